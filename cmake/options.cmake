@@ -1,0 +1,24 @@
+# Two interface targets: what every compilation of the project shares, and what the library adds.
+
+add_library(raxel_warnings INTERFACE)
+target_compile_options(raxel_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align=strict
+  -Wcast-qual -Wformat=2 -Wundef -Wvla -Wdouble-promotion -Werror
+  $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual>
+  $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CXX_COMPILER_ID:GNU>>:-Wduplicated-cond -Wlogical-op -Wuseless-cast>)
+
+# Doubles are plain IEEE, each step rounded as written, on every machine.
+add_library(raxel_numbers INTERFACE)
+target_compile_options(raxel_numbers INTERFACE -ffp-contract=off)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^i[3-6]86$")
+  target_compile_options(raxel_numbers INTERFACE -msse2 -mfpmath=sse)
+endif()
+if(RAXEL_SANITIZE)
+  target_compile_options(raxel_numbers INTERFACE -fsanitize=address,undefined
+    -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(raxel_numbers INTERFACE -fsanitize=address,undefined)
+endif()
+if(RAXEL_COVERAGE)
+  target_compile_options(raxel_numbers INTERFACE --coverage)
+  target_link_options(raxel_numbers INTERFACE --coverage)
+endif()
