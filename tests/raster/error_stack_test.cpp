@@ -1,0 +1,175 @@
+// The driver's error stack and its replies.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "raxel/driver.h"
+
+namespace {
+
+class ErrorStack : public testing::Test {
+ protected:
+  ErrorStack() : reply_(256) {
+    lpEMData = &state_;
+    state_.lpReplyBuf = reply_.data();
+    state_.nReplySize = static_cast<uint32_t>(reply_.size());
+  }
+  ~ErrorStack() override { lpEMData = nullptr; }
+
+  void push(uint32_t func, int32_t code) {
+    state_.nCurFunc = func;
+    push_er(code);
+  }
+  const ErrEntry &first() { return state_.errors[0]; }
+  const ErrEntry &at(int i) { return state_.errors[i + 1]; }
+  void pop(int32_t n) {
+    uint8_t record[20] = {};
+    std::memcpy(record + 16, &n, 4);
+    EXPECT_EQ(d_popes(reinterpret_cast<HostWord>(record)), reinterpret_cast<HostWord>(record));
+  }
+  template <class T>
+  T replyAt(size_t offset) {
+    T value;
+    std::memcpy(&value, reply_.data() + offset, sizeof value);
+    return value;
+  }
+
+  RasterDriverState state_ = {};
+  std::vector<uint8_t> reply_;
+};
+
+TEST_F(ErrorStack, AsDeliveredFirstErrorIsTheLatestAndPopsFindNothing) {
+  push_er(300);
+  push_er(303);
+  EXPECT_EQ(first().nCode, 303);
+  EXPECT_EQ(state_.nErrLost, 2u);
+  EXPECT_EQ(state_.nErrCount, 0u);
+  EXPECT_EQ(state_.nLastError, 303);
+  pop(5);
+  EXPECT_EQ(state_.nReplyPos, 4u);
+  EXPECT_EQ(replyAt<int32_t>(0), 0);
+}
+
+TEST_F(ErrorStack, ARepeatedErrorOfOneFunctionIsRecordedOnce) {
+  state_.nErrMax = 10;
+  push(7, 303);
+  state_.nLastError = 0;
+  push(7, 303);
+  EXPECT_EQ(state_.nErrCount, 1u);
+  EXPECT_EQ(state_.nLastError, 0) << "the repeat is not even the result again";
+  push(8, 303);
+  EXPECT_EQ(state_.nErrCount, 2u);
+  push(8, 300);
+  EXPECT_EQ(state_.nErrCount, 3u);
+}
+
+TEST_F(ErrorStack, AFullStackOverwritesItsTopAndCountsTheLoss) {
+  state_.nErrMax = 2;
+  push(1, 300);
+  push(2, 303);
+  push(3, 901);
+  EXPECT_EQ(at(0).nCode, 300);
+  EXPECT_EQ(at(1).nCode, 901);
+  EXPECT_EQ(at(1).nFunc, 3u);
+  EXPECT_EQ(state_.nErrLost, 1u);
+  EXPECT_EQ(state_.nErrCount, 2u);
+  EXPECT_EQ(first().nCode, 300);
+  EXPECT_EQ(state_.nLastErrFunc, 3u);
+}
+
+TEST_F(ErrorStack, PopsTheNewestFirst) {
+  state_.nErrMax = 10;
+  push(11, 300);
+  push(12, 303);
+  pop(5);
+  EXPECT_EQ(state_.nReplyPos, 20u);
+  EXPECT_EQ(replyAt<int32_t>(0), 2);
+  EXPECT_EQ(replyAt<uint32_t>(4), 12u);
+  EXPECT_EQ(replyAt<int16_t>(8), 303);
+  EXPECT_EQ(replyAt<uint32_t>(12), 11u);
+  EXPECT_EQ(replyAt<int16_t>(16), 300);
+  EXPECT_EQ(state_.nErrCount, 0u);
+}
+
+TEST_F(ErrorStack, ANegativePopIsAnsweredAsItCame) {
+  state_.nErrMax = 10;
+  push(11, 300);
+  pop(-3);
+  EXPECT_EQ(state_.nReplyPos, 4u);
+  EXPECT_EQ(replyAt<int32_t>(0), -3);
+  EXPECT_EQ(state_.nErrCount, 1u);
+}
+
+TEST_F(ErrorStack, EmptyingKeepsFirstError) {
+  state_.nErrMax = 10;
+  push(4, 300);
+  EXPECT_EQ(d_empes(77), 77u);
+  EXPECT_EQ(state_.nErrCount, 0u);
+  EXPECT_EQ(state_.nErrLost, 0u);
+  EXPECT_EQ(state_.nLastErrFunc, 0u);
+  EXPECT_EQ(state_.nLastError, 0);
+  EXPECT_EQ(first().nCode, 300);
+}
+
+TEST_F(ErrorStack, SummaryIsCountFirstErrorLost) {
+  push(9, 303);
+  push(9, 300);
+  dq_es();
+  EXPECT_EQ(state_.nReplyPos, 16u);
+  EXPECT_EQ(replyAt<uint32_t>(0), 0u);
+  EXPECT_EQ(replyAt<uint32_t>(4), 9u);
+  EXPECT_EQ(replyAt<int16_t>(8), 300);
+  EXPECT_EQ(replyAt<int16_t>(10), 0);
+  EXPECT_EQ(replyAt<uint32_t>(12), 2u);
+}
+
+TEST_F(ErrorStack, RepliesAreCutWhereTheBufferEnds) {
+  state_.nReplySize = 10;
+  std::memset(reply_.data(), 0xEE, reply_.size());
+  push(0x01020304, 303);
+  dq_es();
+  EXPECT_EQ(state_.nReplyPos, 10u);
+  EXPECT_EQ(reply_[10], 0xEE);
+  dq_es();
+  EXPECT_EQ(state_.nReplyPos, 10u);
+  EXPECT_EQ(reply_[10], 0xEE);
+}
+
+TEST_F(ErrorStack, APositionPastTheBufferMovesNothing) {
+  state_.nReplySize = 8;
+  state_.nReplyPos = 0xFFFFFFF0u;
+  const uint32_t value = 5;
+  mov2buf(&value, 4);
+  EXPECT_EQ(state_.nReplyPos, 0xFFFFFFF0u);
+}
+
+TEST_F(ErrorStack, CapacitiesAndCountsOutsideTheStackCountAsItsEnds) {
+  state_.nErrMax = 0x7FFFFFFF;
+  for (uint32_t i = 0; i < 12; ++i) push(i, 300);
+  EXPECT_EQ(state_.nErrCount, 10u);
+  EXPECT_EQ(at(9).nFunc, 11u);
+  EXPECT_EQ(state_.nErrLost, 2u);
+  state_.nErrCount = 0xFFFFFFFFu;  // -1
+  state_.nErrMax = 0x80000000u;    // negative
+  push(50, 303);
+  EXPECT_EQ(first().nFunc, 50u);
+}
+
+TEST_F(ErrorStack, CodesAreSixteenBits) {
+  push_er(0x10000 + 303);
+  EXPECT_EQ(state_.nLastError, 303);
+  push_er(0xFFFF);
+  EXPECT_EQ(state_.nLastError, -1);
+}
+
+TEST(ErrorStackAlone, WithoutAStateBlockNothingHappens) {
+  lpEMData = nullptr;
+  push_er(300);
+  EXPECT_EQ(d_empes(3), 3u);
+  EXPECT_EQ(d_popes(0), 0u);
+  EXPECT_EQ(dq_es(), 0u);
+  mov2buf(nullptr, 4);
+}
+
+}  // namespace
