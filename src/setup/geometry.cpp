@@ -1,0 +1,108 @@
+#include "setup/geometry.h"
+
+#include <cmath>
+
+#include "runtime/numbers.h"
+#include "runtime/unaligned.h"
+#include "setup/settings.h"
+
+namespace setup {
+namespace {
+
+// One more than a side's whole units, so that no side is empty.
+double sideOf(double units) {
+  const auto whole = runtime::truncateTo<int64_t>(units);
+  return std::fabs(static_cast<double>(whole)) + 1.0;
+}
+
+int16_t low16(int32_t value) {
+  return static_cast<int16_t>(static_cast<uint16_t>(value));
+}
+
+void takeSize(RasterSetup &record, const RasterPictureInfo &picture) {
+  if (record.nSizeMode == kPictureSize && picture.nPictureResolution != 0) {
+    record.dWidth = static_cast<double>(picture.nPictureWidth) / picture.nPictureResolution;
+    record.dHeight = static_cast<double>(picture.nPictureHeight) / picture.nPictureResolution;
+  } else if (record.nSizeMode == kDisplaySize && picture.nDisplayResolution != 0) {
+    record.dWidth = static_cast<double>(picture.nDisplayWidth) / picture.nDisplayResolution;
+    record.dHeight = static_cast<double>(picture.nDisplayHeight) / picture.nDisplayResolution;
+  }
+}
+
+void takeResolution(RasterSetup &record, const RasterPictureInfo &picture) {
+  int32_t dotsPerInch = 0;
+  if (record.nResolutionMode == kPictureResolution) dotsPerInch = picture.nPictureResolution;
+  if (record.nResolutionMode == kDisplayResolution) dotsPerInch = picture.nDisplayResolution;
+  if (dotsPerInch == 0) return;
+  record.tiff.nXResolution = low16(dotsPerInch);
+  record.tiff.nYResolution = low16(dotsPerInch);
+}
+
+// Bits per pixel of a bitmap mode, negative for grey; `other` for a code that is none.
+int32_t signedDepth(int32_t bitmapMode, int32_t other) {
+  switch (bitmapMode) {
+    case kBilevel:
+      return 1;
+    case kGrey16:
+      return -4;
+    case kGrey256:
+      return -8;
+    case kColor8:
+    case kColor16:
+      return 4;
+    case kColor256:
+      return 8;
+    case kRgb:
+      return 24;
+    default:
+      return other;
+  }
+}
+
+}  // namespace
+
+Inches fitAspect(const RasterSetup &record, double pictureWidth, double pictureHeight) {
+  // Whole pixels, kept in doubles: a record with huge sizes or no resolution yields infinities and
+  // no-numbers here, which the caller cuts to its range.
+  const double xResolution = record.tiff.nXResolution;
+  const double yResolution = record.tiff.nYResolution;
+  double width = std::trunc(xResolution * record.dWidth);
+  double height = std::trunc(yResolution * record.dHeight);
+  const double box = width / height;
+  const double picture = sideOf(pictureWidth) / sideOf(pictureHeight);
+  if (picture < box) {
+    width -= std::trunc(width - height * picture);
+  } else if (picture > box) {
+    height -= std::trunc(height - width / picture);
+  }
+  return {width / xResolution, height / yResolution};
+}
+
+RasterInfoResult rasterInfo(RasterSetup &record, const RasterPictureInfo &picture,
+                            const RasterInfoResult &before) {
+  takeSize(record, picture);
+  takeResolution(record, picture);
+  const bool ownSize = picture.nPictureResolution != 0 && record.nSizeMode == kPictureSize;
+  const Inches size = ownSize ? Inches{record.dWidth, record.dHeight}
+                              : fitAspect(record, picture.nPictureWidth, picture.nPictureHeight);
+  return {runtime::toI32(std::ceil(record.tiff.nXResolution * size.width)),
+          runtime::toI32(std::ceil(record.tiff.nYResolution * size.height)),
+          signedDepth(record.nBitmapMode, before.nDepth)};
+}
+
+}  // namespace setup
+
+void GetRasterInfo(Handle /*setup*/, const RasterPictureInfo *picture, RasterInfoResult *result) {
+  // The record last locked counts, not the handle.
+  if (lpRaster == nullptr || picture == nullptr || result == nullptr) return;
+  const auto before = runtime::load<RasterInfoResult>(result);
+  const auto raster = setup::rasterInfo(*lpRaster, runtime::load<RasterPictureInfo>(picture), before);
+  runtime::store(result, raster);
+}
+
+void AdjustAspect(double *pair, double width, double height) {
+  if (lpRaster == nullptr || pair == nullptr) return;
+  const setup::Inches size = setup::fitAspect(*lpRaster, width, height);
+  runtime::store(pair, size.width);
+  runtime::store(pair + 1, size.height);
+}
