@@ -4,10 +4,10 @@
 
 add_library(raxel_warnings INTERFACE)
 target_compile_options(raxel_warnings INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-align=strict
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
   -Wcast-qual -Wformat=2 -Wundef -Wvla -Wdouble-promotion -Werror
   $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual>
-  $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CXX_COMPILER_ID:GNU>>:-Wduplicated-cond -Wlogical-op>)
+  $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CXX_COMPILER_ID:GNU>>:-Wcast-align=strict -Wduplicated-cond -Wlogical-op>)
 
 # Doubles are plain IEEE, each step rounded as written, on every machine.
 add_library(raxel_numbers INTERFACE)
@@ -23,4 +23,9 @@ endif()
 if(RAXEL_COVERAGE)
   target_compile_options(raxel_numbers INTERFACE --coverage)
   target_link_options(raxel_numbers INTERFACE --coverage)
+endif()
+if(RAXEL_FUZZ)
+  target_compile_options(raxel_numbers INTERFACE -g -fsanitize=fuzzer-no-link,address,undefined
+    -fno-sanitize-recover=all)
+  target_link_options(raxel_numbers INTERFACE -fsanitize=address,undefined)
 endif()

@@ -47,7 +47,8 @@ TEST(Rows, PastThirtyTwoBitsAnswerTheNumberModulo) {
 }
 
 TEST(Rows, HaveNoBytesAtDepthsBelowOne) {
-  for (const int16_t depth : std::to_array<int16_t>({0, -1, -8, -32768})) EXPECT_EQ(rlBytesPerLine(100, depth), 0) << depth;
+  for (const int16_t depth : std::to_array<int16_t>({0, -1, -8, -32768}))
+    EXPECT_EQ(rlBytesPerLine(100, depth), 0) << depth;
 }
 
 TEST(Pixels, OneBitLiesMostSignificantFirst) {

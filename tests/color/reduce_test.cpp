@@ -1,0 +1,157 @@
+// Choosing a table: the direct one, the median cut, contexts, and what is printed.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "raxel/color.h"
+#include "raxel/memory.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+// A one-row picture of these pixels, three bytes each; the padding is left white, so that counting
+// it would show.
+Handle rowOf(const Bytes &pixels) {
+  const auto width = static_cast<uint32_t>(pixels.size() / 3);
+  const Handle bits = GlobalAlloc(66, rlCalcNewSize(width, 1, 24));
+  std::memset(GlobalLock(bits), 0xFF, GlobalSize(bits));
+  std::memcpy(GlobalLock(bits), pixels.data(), pixels.size());
+  return bits;
+}
+
+struct Table {
+  Bytes bytes;
+  uint16_t count;
+};
+
+Table reduce(Handle bits, uint32_t width, int16_t height, uint16_t wanted) {
+  uint16_t count = wanted;
+  const Handle table = rlReduceColorTable(bits, width, height, &count);
+  const auto *p = static_cast<const uint8_t *>(GlobalLock(table));
+  Table out{Bytes(p, p + GlobalSize(table)), count};
+  GlobalFree(table);
+  return out;
+}
+
+Table reduceRow(const Bytes &pixels, uint16_t wanted) {
+  const Handle bits = rowOf(pixels);
+  Table table = reduce(bits, static_cast<uint32_t>(pixels.size() / 3), 1, wanted);
+  GlobalFree(bits);
+  return table;
+}
+
+// The first bytes of a table, followed by nothing but zeros.
+void expectTable(const Table &table, uint16_t wanted, const Bytes &entries) {
+  Bytes expected = entries;
+  expected.resize(size_t{wanted} * 3);
+  EXPECT_EQ(table.bytes, expected);
+}
+
+TEST(Reduce, FewColoursAreListedInCellOrder) {
+  // Ten distinct cells, out of order, some twice.
+  const Bytes pixels{0, 0, 8, 0, 8, 0,   8, 0, 0,  0,  0, 0, 0, 0,  255, 248, 0, 0,
+                     1, 2, 3, 0, 0, 248, 0, 9, 15, 16, 0, 0, 0, 16, 31,  128, 0, 0};
+  const Table table = reduceRow(pixels, 256);
+  EXPECT_EQ(table.count, 10);
+  // 0 stays 0, 1 of 31 becomes 15, 31 becomes 255.
+  expectTable(table, 256, {0, 0,  0,  0,  0, 15, 0,  0, 255, 0,   15, 0, 0,   15, 15,
+                           0, 23, 31, 15, 0, 0,  23, 0, 0,   135, 0,  0, 255, 0,  0});
+}
+
+TEST(Reduce, NearColoursShareACell) {
+  const Table table = reduceRow({0x08, 0x0F, 0x08, 0x0F, 0x08, 0x0F, 0x07, 0x00, 0x10}, 8);
+  EXPECT_EQ(table.count, 2);
+  expectTable(table, 8, {0, 0, 23, 15, 15, 15});
+}
+
+TEST(Reduce, AsManyColoursAsWantedAreCut) {
+  // Two colours, two wanted: the median cut runs, ends before its first split, and leaves slot 1
+  // unused. The mean of (2,0,0) three times and (31,0,0) once is 37/4 = 9: 79.
+  const Table table = reduceRow({16, 0, 0, 16, 0, 0, 248, 0, 0, 16, 0, 0}, 2);
+  EXPECT_EQ(table.count, 2);
+  expectTable(table, 2, {79, 0, 0, 0, 0, 0});
+}
+
+TEST(Reduce, OneWantedColourIsTheMeanOfAll) {
+  const Table table = reduceRow({16, 0, 0, 16, 0, 0, 248, 0, 0, 16, 0, 0}, 1);
+  EXPECT_EQ(table.count, 1);
+  expectTable(table, 1, {79, 0, 0});
+}
+
+TEST(Reduce, NothingWantedIsNothing) {
+  const Table table = reduceRow({16, 0, 0, 248, 0, 0}, 0);
+  EXPECT_EQ(table.count, 0);
+  EXPECT_TRUE(table.bytes.empty());
+}
+
+TEST(Reduce, TheLastParentsMeanIsTheLastColour) {
+  // Cells 1 to 4 of blue, counts 1, 2, 3, 4. One split: half of 10 is 5, reached at the third entry
+  // (1 + 2 + 3), so the lower box holds 1 to 3 with the mean 14/6 = 2 and goes to slot 1, the upper
+  // one holds 4 and goes to slot 2. Slot 0 keeps the parent's mean 30/10 = 3.
+  Bytes pixels;
+  for (int blue = 1; blue <= 4; ++blue) {
+    for (int n = 0; n < blue; ++n) pixels.insert(pixels.end(), {0, 0, static_cast<uint8_t>(blue * 8)});
+  }
+  const Table table = reduceRow(pixels, 3);
+  EXPECT_EQ(table.count, 3);
+  expectTable(table, 3, {0, 0, 31, 0, 0, 23, 0, 0, 39});
+}
+
+TEST(Reduce, AnEmptyPictureHasNoColours) {
+  for (const auto &[width, height] :
+       {std::pair<uint32_t, int16_t>{0, 1}, {1, 0}, {0, 0}, {0xFFFFFFFF, 0}, {1, -1}, {1, -32768}}) {
+    const Handle bits = rowOf({9, 9, 9});
+    const Table table = reduce(bits, width, height, 16);
+    EXPECT_EQ(table.count, 0) << width << " by " << height;
+    expectTable(table, 16, {});
+    GlobalFree(bits);
+  }
+}
+
+TEST(Reduce, WithoutAPictureTheTableIsZeroAndTheCountStays) {
+  const Table table = reduce(0, 4, 4, 5);
+  EXPECT_EQ(table.count, 5);
+  expectTable(table, 5, {});
+  EXPECT_EQ(rlReduceColorTable(0, 4, 4, nullptr), 0u);
+}
+
+TEST(Reduce, WhatABlockLacksIsBlack) {
+  // Two white pixels and one byte of a third where 8 rows of 4 pixels are claimed: the third is
+  // (16,0,0), 29 are black. Red is (62 + 16) / 32 = 2, green and blue 62 / 32 = 1.
+  const Handle bits = GlobalAlloc(66, 7);
+  std::memcpy(GlobalLock(bits), "\xFF\xFF\xFF\xFF\xFF\xFF\x80", 7);
+  expectTable(reduce(bits, 4, 8, 1), 1, {23, 15, 15});
+  GlobalFree(bits);
+}
+
+TEST(Reduce, SizesFarPastTheBlockEndAtOnce) {
+  // The block holds 4 bytes: white, and the red of the next pixel.
+  const Handle bits = rowOf({255, 255, 255});
+  const Table table = reduce(bits, 0xFFFFFFFF, 32767, 4);
+  EXPECT_EQ(table.count, 3);
+  expectTable(table, 4, {0, 0, 0, 255, 0, 0, 255, 255, 255});
+  GlobalFree(bits);
+}
+
+TEST(Reduce, PrintsTheTableOnStandardError) {
+  const Bytes pixels{0, 0, 0, 255, 255, 255};
+  const std::string expected =
+      "Color Reduction in Process...24bit -> 7 colors\n"
+      "  -new color table size: 2\n"
+      "   color 0: [0, 0, 0]\n"
+      "   color 1: [255, 255, 255]\n";
+  for (const uint16_t level : {uint16_t{1}, uint16_t{3}, uint16_t{5}, uint16_t{0x8000}}) {
+    _debug_color_res = level;
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    reduceRow(pixels, 7);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), expected) << level;
+  }
+  _debug_color_res = 0;
+}
+
+}  // namespace

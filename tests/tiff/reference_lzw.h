@@ -1,0 +1,31 @@
+// LZW word for word as this library's stream is defined, with its table searched one entry after
+// another, and a decoder as TIFF 6.0 describes it.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace reference {
+
+using Bytes = std::vector<uint8_t>;
+
+// A code and the bits it is written in.
+struct LzwCode {
+  uint32_t code;
+  uint32_t width;
+  bool operator==(const LzwCode &) const = default;
+};
+
+// The codes of a strip in order, and the same packed first bit first.
+std::vector<LzwCode> lzwCodes(std::span<const uint8_t> strip);
+Bytes packLzw(std::span<const LzwCode> codes);
+inline Bytes lzw(std::span<const uint8_t> strip) {
+  return packLzw(lzwCodes(strip));
+}
+
+// Decodes as far as `length` bytes, as a TIFF reader does that knows a strip's size. Codes that no
+// writer could have meant end the output early.
+Bytes unpackLzw(std::span<const uint8_t> codes, size_t length);
+
+}  // namespace reference
