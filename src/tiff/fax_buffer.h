@@ -1,0 +1,126 @@
+// Where fax codes go: a block of handle memory that grows, and a writer that packs codes into it, the
+// first bit of a code in the highest free bit of a byte.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+#include "raxel/driver.h"
+#include "raxel/memory.h"
+#include "runtime/blocks.h"
+#include "tiff/fax_codes.h"
+
+namespace tiff {
+
+// Owns the output block. When it cannot grow it is given up: 300 goes on the driver's error stack,
+// the handle becomes 0, and the coder that asked gives 0 bytes.
+class FaxBuffer {
+ public:
+  // Takes over a block of any size, also 0 bytes. `largest` bounds its growth, in bytes.
+  explicit FaxBuffer(Handle owned, uint64_t largest = 0xFFFFFFFFu)
+      : block_(owned), bytes_(block_.bytes()), largest_(largest) {}
+
+  Handle handle() const { return block_.handle(); }
+  uint8_t *data() const { return bytes_.data(); }
+  uint32_t size() const { return static_cast<uint32_t>(bytes_.size()); }
+
+  // Makes the block larger and keeps its bytes; they may move. False when the block is lost.
+  bool grow() {
+    const uint64_t step = 5000 + size() / 2;
+    const uint64_t wanted = size() + step <= largest_ ? size() + step : size() + uint64_t{5000};
+    if (handle() == 0) return false;
+    if (wanted > largest_ || !runtime::fitsInBlock(wanted)) return lose();
+    block_ =
+        runtime::Block(GlobalReAlloc(block_.release(), static_cast<uint32_t>(wanted), RAXEL_MOVEABLE_ZERO));
+    bytes_ = block_.bytes();
+    return true;
+  }
+
+ private:
+  bool lose() {
+    push_er(RAXEL_NO_MEMORY);
+    block_ = runtime::Block();
+    bytes_ = {};
+    return false;
+  }
+
+  runtime::Block block_;
+  std::span<uint8_t> bytes_;
+  uint64_t largest_;
+};
+
+// Packs codes into a FaxBuffer from its first byte on. Up to 7 bits wait in `pending_`, at its top;
+// every put stores 8 bytes and then steps over the whole ones:
+//
+//   pending_  ppppp000 00000000 ...      put(1101, 4)      byte at to_  ppppp110
+//                                                          pending_     10000000 ...
+class FaxWriter {
+ public:
+  explicit FaxWriter(FaxBuffer &buffer)
+      : buffer_(buffer), to_(buffer.data()), end_(buffer.data() + buffer.size()) {}
+
+  // Makes room for two puts. False when the buffer is lost: then nothing more may be put.
+  bool reserve() { return end_ - to_ >= kRoom || growBuffer(); }
+
+  // Places `length` bits, at most 56, right-aligned in `bits`.
+  void put(uint64_t bits, uint32_t length) {
+    pending_ |= bits << 1 << (63 - used_ - length);
+    storeBig(to_, pending_);
+    used_ += length;
+    to_ += used_ / 8;
+    pending_ <<= used_ & ~7u;
+    used_ &= 7;
+  }
+  void put(BitCode code) { put(code.bits, code.length); }
+
+  // Places a whole run as make-up codes and a terminating code, reserving for itself.
+  //   colour  0 white, 1 black
+  bool putRun(uint32_t colour, uint32_t run) {
+    const auto &codes = kRunCodes[colour];
+    for (; run > kLongestMakeUp; run -= kLongestMakeUp) {
+      if (!reserve()) return false;
+      put(codes[kMakeUpBase + kLongestMakeUp / 64]);
+    }
+    if (!reserve()) return false;
+    if (run >= 64) put(codes[kMakeUpBase + run / 64]);
+    put(codes[run % 64]);
+    return true;
+  }
+
+  // Steps to the next whole byte; the bits stepped over are 0.
+  void fillByte() {
+    if (used_ == 0) return;
+    ++to_;
+    pending_ = 0;
+    used_ = 0;
+  }
+
+  // The bytes written when a partly filled byte counts as a whole one.
+  uint32_t byteCount() const { return static_cast<uint32_t>(to_ - buffer_.data()) + (used_ != 0 ? 1 : 0); }
+
+ private:
+  static constexpr ptrdiff_t kRoom = 16;  // two puts store at most 15 bytes from where the first began
+
+  static void storeBig(uint8_t *to, uint64_t value) {
+    if constexpr (std::endian::native == std::endian::little) value = __builtin_bswap64(value);
+    std::memcpy(to, &value, sizeof value);
+  }
+  bool growBuffer() {
+    const ptrdiff_t at = to_ - buffer_.data();
+    const bool grown = buffer_.grow();
+    to_ = grown ? buffer_.data() + at : nullptr;
+    end_ = buffer_.data() + buffer_.size();
+    return grown;
+  }
+
+  FaxBuffer &buffer_;
+  uint8_t *to_;   // the byte that the next bit goes to
+  uint8_t *end_;  // the end of the block
+  uint64_t pending_ = 0;
+  uint32_t used_ = 0;  // bits waiting, 0 to 7
+};
+
+}  // namespace tiff
