@@ -2,66 +2,25 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <vector>
 
 #include "support/cases.h"
-#include "tiff/fax_1d.h"
-#include "tiff/fax_2d.h"
 #include "tiff/fax_pictures.h"
+#include "tiff/fax_strips.h"
 
 namespace {
 
-using Bytes = std::vector<uint8_t>;
+using reference::Bytes;
 using reference::Kind;
 using reference::Picture;
-
-Bytes take(const tiff::FaxBuffer &buffer, uint32_t n) {
-  return Bytes(buffer.data(), buffer.data() + n);
-}
-
-uint32_t widthOf(const Picture &picture) {
-  return static_cast<uint32_t>(picture[0].size());
-}
-
-Bytes encodeRow(const std::string &row, uint32_t compression, bool pad) {
-  const Bytes packed = reference::packRow(row, pad);
-  tiff::FaxBuffer buffer(runtime::allocate(packed.size() * 2));
-  return take(buffer, tiff::encodeFaxRow(packed, static_cast<uint32_t>(row.size()), compression, buffer));
-}
-
-void append(Bytes &to, const Bytes &more) {
-  to.insert(to.end(), more.begin(), more.end());
-}
-
-// A strip as a file holds it.
-Bytes huffmanStrip(const Picture &picture, bool pad) {
-  Bytes strip;
-  for (const std::string &row : picture) append(strip, encodeRow(row, 2, pad));
-  return strip;
-}
-
-Bytes t4Strip(const Picture &picture, bool pad) {
-  Bytes strip = {0x00, 0x01};
-  for (const std::string &row : picture) append(strip, encodeRow(row, 3, pad));
-  for (int i = 0; i < 5; ++i) append(strip, {0x00, 0x01});
-  return strip;
-}
-
-Bytes t6Strip(const Picture &picture, bool pad) {
-  const Bytes packed = reference::packPicture(picture, pad);
-  tiff::FaxBuffer buffer(runtime::allocate(packed.size() * 2));
-  return take(buffer,
-              tiff::encodeFax2D(packed, widthOf(picture), static_cast<uint32_t>(picture.size()), buffer));
-}
 
 void check(const Picture &picture, bool pad) {
   const size_t width = picture[0].size();
   for (const std::string &row : picture) {
-    ASSERT_EQ(encodeRow(row, 2, pad), reference::packBits01(reference::fax1D(row)));
+    ASSERT_EQ(support::faxRow(row, 2, pad), reference::packBits01(reference::fax1D(row)));
   }
-  ASSERT_EQ(reference::unfaxHuffman(huffmanStrip(picture, pad), width, picture.size()), picture);
-  ASSERT_EQ(reference::unfaxT4(t4Strip(picture, pad), width), picture);
-  const Bytes t6 = t6Strip(picture, pad);
+  ASSERT_EQ(reference::unfaxHuffman(support::huffmanStrip(picture, pad), width, picture.size()), picture);
+  ASSERT_EQ(reference::unfaxT4(support::t4Strip(picture, pad), width), picture);
+  const Bytes t6 = support::t6Strip(picture, pad);
   ASSERT_EQ(t6, reference::packBits01(reference::fax2D(picture)));
   ASSERT_EQ(reference::unfaxT6(t6, width, picture.size()), picture);
 }
@@ -74,7 +33,7 @@ TEST_P(FaxPictures, EqualThePlainFormAndDecode) {
   for (size_t i = 0; i < n; ++i) {
     const Picture picture = reference::faxPicture(random, GetParam());
     ASSERT_NO_FATAL_FAILURE(check(picture, random.chance(50)))
-        << "case " << i << " width " << widthOf(picture);
+        << "case " << i << " width " << picture[0].size();
   }
 }
 
