@@ -1,0 +1,92 @@
+#include "color/depth.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "color/bitmap.h"
+#include "color/colormap.h"
+#include "color/debug_level.h"
+#include "color/indexed_rows.h"
+#include "color/rgb_rows.h"
+#include "color/row_source.h"
+#include "raxel/color.h"
+#include "runtime/blocks.h"
+
+namespace color {
+
+namespace {
+
+// What the diagnostics level asks for while rows are set: places of pixels, or a mark after each row.
+void printRow(uint32_t width, uint32_t y) {
+  if (printsPixels()) {
+    for (uint32_t x = 0; x < width; ++x) {
+      std::fprintf(stderr, "(%d,%d): ", static_cast<int32_t>(x), static_cast<int32_t>(y));
+    }
+  }
+  if (printsRowMarks()) std::fputs(".", stderr);
+}
+
+// Runs `convertRow(from, to)` for every row.
+template <class ConvertRow>
+void convertRows(const DepthChange &change, std::span<uint8_t> out, const ConvertRow &convertRow) {
+  const auto lineBytes = static_cast<size_t>(bytesPerLine(change.width, change.depth));
+  const bool writes = isPixelDepth(change.depth) && change.width != 0;
+  if (!writes && !printsSummaries()) return;
+  RowSource source(change.bits, change.width, change.sourceDepth);
+  for (uint32_t y = 0; y < change.height; ++y) {
+    if (writes) convertRow(source.row(y), out.data() + y * lineBytes);
+    printRow(change.width, y);
+  }
+}
+
+}  // namespace
+
+void convertDepth(const DepthChange &change, std::span<uint8_t> out) {
+  const uint32_t width = change.width;
+  if (hasColormap(change.sourceDepth)) {
+    IndexedRows rows;
+    prepareIndexedRows(change, rows);
+    convertRows(change, out,
+                [&](const uint8_t *from, uint8_t *to) { convertIndexedRow(rows, from, to, width); });
+  } else {
+    RgbRows rows;
+    prepareRgbRows(change, rows);
+    convertRows(change, out,
+                [&](const uint8_t *from, uint8_t *to) { convertRgbRow(rows, from, to, width); });
+  }
+}
+
+uint16_t entriesWithin(std::span<const uint8_t> table, uint16_t count) {
+  return static_cast<uint16_t>(std::min<size_t>(count, table.size() / 3));
+}
+
+}  // namespace color
+
+Handle rlConvertBitmapDepth(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
+                            int16_t depth, Handle sourceTable, Handle table, uint16_t count) {
+  if (bits == 0) return 0;
+  const uint64_t size = color::bitmapSize(width, height, depth);
+  // A source too large for any block cannot exist either.
+  const bool fits = runtime::fitsInBlock(size) && runtime::fitsInBlock(color::bitmapSize(
+                                                      width, height, color::readableDepth(sourceDepth)));
+  runtime::Block out = fits ? runtime::Block::ofSize(size) : runtime::Block();
+  if (color::printsSummaries()) {
+    std::fprintf(stderr, "Allocated %d bytes of new memory for the destination bitmap\n",
+                 static_cast<int32_t>(size));
+  }
+  if (color::printsRowMarks()) std::fputs("Converted bits. Each (.) represents one scan line\n", stderr);
+  if (out) {
+    const std::span<const uint8_t> entries = runtime::lockBytes(table);
+    color::convertDepth({.bits = runtime::lockBytes(bits),
+                         .width = width,
+                         .height = height,
+                         .sourceDepth = sourceDepth,
+                         .depth = depth,
+                         .sourceTable = runtime::lockBytes(sourceTable),
+                         .table = entries,
+                         .count = count},
+                        out.bytes());
+  }
+  if (color::printsSummaries()) std::fputs("\nColor resolution conversion complete\n", stderr);
+  return out.release();
+}

@@ -1,0 +1,28 @@
+#include "color/packed_pixels.h"
+
+namespace color {
+
+void packBits(const uint8_t *values, size_t n, uint8_t *out) {
+  // Eight bytes that hold one bit each are gathered by one multiplication: bit 56 - 8k, the lowest of
+  // byte k, arrives at bit 63 - k.
+  constexpr uint64_t kGather = 0x0102040810204080;
+  constexpr uint64_t kLowestBits = 0x0101010101010101;
+  size_t x = 0;
+  for (; x + 8 <= n; x += 8) {
+    uint64_t eight = 0;
+    for (size_t k = 0; k < 8; ++k) eight = eight << 8 | values[x + k];
+    *out++ = static_cast<uint8_t>(((eight & kLowestBits) * kGather) >> 56);
+  }
+  uint32_t last = 0;
+  for (size_t k = 0; x + k < n; ++k) last |= (values[x + k] & 1u) << (7 - k);
+  if (x < n) *out = static_cast<uint8_t>(last);
+}
+
+void packNibbles(const uint8_t *values, size_t n, uint8_t *out) {
+  for (size_t k = 0; k < n / 2; ++k) {
+    out[k] = static_cast<uint8_t>(values[2 * k] << 4 | (values[2 * k + 1] & 15));
+  }
+  if (n % 2 != 0) out[n / 2] = static_cast<uint8_t>(values[n - 1] << 4);
+}
+
+}  // namespace color
