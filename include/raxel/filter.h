@@ -48,6 +48,19 @@ typedef struct PictureRecord {
   Handle hBits;     // rows, bottom row first in the file's eyes
 } PictureRecord;
 
+typedef struct MetafilePicture {
+  Handle hMetafile;
+  HostWord nFrameLeft;  // words 7 to 11 of the host status record
+  HostWord nFrameTop;
+  HostWord nFrameRight;
+  HostWord nFrameBottom;
+  HostWord nFrameResolution;
+  double dGeometry[4];  // from the settings record
+  double dRoundedWidth;
+  double dRoundedHeight;
+  HostWord dwPlatform;
+} MetafilePicture;
+
 typedef struct PictureFormat {
   double dWidth;
   double dHeight;

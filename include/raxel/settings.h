@@ -43,6 +43,7 @@ typedef struct RasterSetup {
   double dRoundedHeight;
   uint32_t bPrinterInfo;  // stays 0: no printer information
   Handle hOutFile;        // metafile session: output stream
+  void *lpOutputMemory;   // metafile session into memory: locked address of the output block
 } RasterSetup;
 
 typedef struct StringTableEntry {

@@ -1,0 +1,30 @@
+// Progress and stop requests: the one place where the host's status callback is called.
+#include "entry/host_status.h"
+#include "raxel/filter.h"
+
+namespace {
+
+// The question that follows a refused progress report: (2, 61) with a block for the host to fill.
+constexpr HostWord kAskAgain = 2;
+constexpr HostWord kAboutStopping = 61;
+constexpr int kAnswerWords = 10;
+
+}  // namespace
+
+int32_t CallGetSet_Status(StatusCallback callback, HostWord context, HostWord a, HostWord b, HostWord c,
+                          HostWord d, HostWord e, HostWord f) {
+  if (callback == nullptr) return 0;
+  const int32_t answer = callback(context, a, b, c, d, e, f);
+  // Only a refused plain report is asked about again; the second answer then decides.
+  if (answer == 0 || a != 0 || b != 0) return answer;
+  HostWord block[kAnswerWords] = {};
+  return callback(context, kAskAgain, kAboutStopping, 0, 0, 0, reinterpret_cast<HostWord>(block));
+}
+
+int32_t UpdateStatus(uint32_t percent) {
+  const HostWord *status = lpRaster != nullptr ? lpRaster->lpStatus : nullptr;
+  const StatusCallback callback = entry::statusCallback(status);
+  if (callback == nullptr) return 0;
+  const HostWord context = entry::statusWord(status, entry::kStatusContext);
+  return CallGetSet_Status(callback, context, 0, 0, 0, percent, 0, 0) == 0 ? RAXEL_OK : RAXEL_STOPPED;
+}

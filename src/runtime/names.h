@@ -1,0 +1,22 @@
+// Parts of file names, and names for temporary files, within bounds.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+namespace runtime {
+
+// Copies text into a buffer, cut to its room and terminated. Returns whether all of it fitted.
+bool copyText(std::span<char> to, const char *text);
+
+// What follows the last backslash, or failing that the last slash, or failing that the last colon.
+const char *fileNameOf(const char *path);
+
+// Puts the folder, "/" unless the folder ends in one, and the name into a buffer. Returns whether
+// all of it fitted.
+bool joinPath(std::span<char> to, const char *folder, const char *name);
+
+// Appends 12 random letters and digits. Returns whether there was room and randomness.
+bool appendRandomName(std::span<char> text);
+
+}  // namespace runtime

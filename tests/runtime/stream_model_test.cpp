@@ -1,0 +1,234 @@
+// Streams against plain models: what a file or a growing block holds after any sequence of calls,
+// and the record's fields after every write as storing one byte at a time leaves them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "raxel/memory.h"
+#include "raxel/stream.h"
+#include "support/cases.h"
+#include "support/random.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+const KvlStream &record(Handle handle) {
+  return *static_cast<const KvlStream *>(GlobalLock(handle));
+}
+
+// A file with a position, and nothing between.
+struct PlainFile {
+  Bytes bytes;
+  int64_t at = 0;
+
+  int32_t write(const Bytes &from) {
+    if (from.empty()) return 0;
+    if (bytes.size() < static_cast<size_t>(at) + from.size())
+      bytes.resize(static_cast<size_t>(at) + from.size());
+    std::copy(from.begin(), from.end(), bytes.begin() + at);
+    at += static_cast<int64_t>(from.size());
+    return static_cast<int32_t>(from.size());
+  }
+  Bytes read(size_t n) {
+    const size_t size = bytes.size(), start = std::min(static_cast<size_t>(at), size);
+    const Bytes out(bytes.begin() + static_cast<int64_t>(start),
+                    bytes.begin() + static_cast<int64_t>(std::min(start + n, size)));
+    at += static_cast<int64_t>(out.size());
+    return out;
+  }
+  int32_t seek(int64_t offset, int32_t whence) {
+    const int64_t from = whence == 0 ? 0 : whence == 1 ? at : static_cast<int64_t>(bytes.size());
+    if (from + offset < 0) return -1;
+    at = from + offset;
+    return static_cast<int32_t>(at);
+  }
+};
+
+// A size near the numbers that matter: one byte, a page, the window, several windows.
+size_t interestingSize(support::Random &random) {
+  switch (random.between(0, 5)) {
+    case 0:
+      return 1;
+    case 1:
+      return static_cast<size_t>(random.between(0, 8));
+    case 2:
+      return static_cast<size_t>(12288 + random.between(-2, 2));
+    case 3:
+      return static_cast<size_t>(random.between(0, 40000));
+    default:
+      return static_cast<size_t>(random.between(0, 3000));
+  }
+}
+
+void compareOneRun(uint64_t seed, const std::string &path, bool attached) {
+  support::Random random(seed);
+  PlainFile plain{random.bytes(interestingSize(random))};
+  support::writeFile(path, std::string(plain.bytes.begin(), plain.bytes.end()));
+  FILE *fp = attached ? std::fopen(path.c_str(), "r+") : nullptr;
+  KvlStreamDesc d = {};
+  d.fpOpen = reinterpret_cast<HostWord>(fp);
+  const Handle h = attached ? kvlOpen(nullptr, &d, KVL_ATTACH) : kvlOpen(path.c_str(), nullptr, KVL_UPDATE);
+  ASSERT_NE(h, 0u);
+  for (int step = 0; step < 60; ++step) {
+    const size_t n = interestingSize(random);
+    if (random.chance(40)) {
+      const Bytes from = random.bytes(n);
+      ASSERT_EQ(kvlWrite(h, from.data(), static_cast<int32_t>(n)), plain.write(from));
+    } else if (random.chance(50)) {
+      Bytes to(n + 1);
+      const int32_t got = kvlRead(h, to.data(), static_cast<int32_t>(n));
+      to.resize(static_cast<size_t>(std::max(got, 0)));
+      ASSERT_EQ(to, plain.read(n));
+    } else {
+      const auto whence = static_cast<int32_t>(random.between(0, 2));
+      const int64_t offset = whence == 0 ? random.between(-1, 50000) : random.between(-9000, 9000);
+      const int32_t position = plain.seek(offset, whence);
+      if (position < 0) continue;  // a failed seek would forbid every later flush
+      ASSERT_EQ(kvlSeek(h, static_cast<int32_t>(offset), whence), position);
+    }
+    ASSERT_EQ(kvlSeek(h, 0, 1), plain.at) << "seed " << seed << " step " << step;
+  }
+  ASSERT_EQ(kvlClose(h), 0);
+  if (fp != nullptr) std::fclose(fp);
+  ASSERT_EQ(support::readFile(path), plain.bytes) << "seed " << seed;
+}
+
+TEST(StreamModel, FilesHoldWhatAPlainFileHolds) {
+  const support::TempDir dir;
+  for (uint64_t seed = 0; seed < support::cases(200); ++seed) compareOneRun(seed, dir.file("f"), false);
+}
+
+TEST(StreamModel, AttachedFilesHoldWhatAPlainFileHolds) {
+  const support::TempDir dir;
+  for (uint64_t seed = 0; seed < support::cases(60); ++seed)
+    compareOneRun(seed + 7000, dir.file("f"), true);
+}
+
+// Writing as one store a byte: the window fills, and the next byte flushes it.
+struct ByteWriter {
+  Bytes disk;
+  Bytes window = Bytes(12288);
+  int32_t nPos = 0, nHigh = -1, lBufStart = 0, bDirty = 0, lSize = 0;
+
+  void put(uint8_t byte) {
+    if (nPos > 12287) {
+      disk.insert(disk.end(), window.begin(), window.begin() + nHigh + 1);
+      lBufStart += nHigh + 1;
+      lSize = static_cast<int32_t>(disk.size());
+      nPos = 0;
+      nHigh = -1;
+    }
+    window[static_cast<size_t>(nPos)] = byte;
+    nHigh = std::max(nHigh, nPos++);
+    bDirty = 1;
+  }
+};
+
+TEST(StreamModel, WritesInBulkLeaveWhatSingleStoresLeave) {
+  const support::TempDir dir;
+  const std::string path = dir.file("f");
+  for (uint64_t seed = 0; seed < support::cases(60); ++seed) {
+    support::Random random(seed);
+    ByteWriter plain;
+    const Handle h = kvlOpen(path.c_str(), nullptr, KVL_OUTPUT);
+    for (int step = 0; step < 20; ++step) {
+      const Bytes from = random.bytes(interestingSize(random));
+      ASSERT_EQ(kvlWrite(h, from.data(), static_cast<int32_t>(from.size())),
+                static_cast<int32_t>(from.size()));
+      for (const uint8_t byte : from) plain.put(byte);
+      const KvlStream &s = record(h);
+      ASSERT_EQ(s.nPos, plain.nPos) << "seed " << seed << " step " << step;
+      ASSERT_EQ(s.nHigh, plain.nHigh);
+      ASSERT_EQ(s.nLimit, 12287);
+      ASSERT_EQ(s.lBufStart, plain.lBufStart);
+      ASSERT_EQ(s.lNextRead, plain.lBufStart);
+      ASSERT_EQ(s.bDirty, plain.bDirty);
+      ASSERT_EQ(s.lSize, plain.lSize);
+      ASSERT_EQ(support::readFile(path), plain.disk);
+      ASSERT_EQ(std::memcmp(GlobalLock(s.hBuffer), plain.window.data(), static_cast<size_t>(s.nPos)), 0);
+    }
+    ASSERT_EQ(kvlClose(h), 0);
+  }
+}
+
+// A block of the caller's that grows: stores behind nLimit add nGrow bytes.
+struct PlainBlock {
+  Bytes bytes;
+  int64_t at, high, limit, grow;
+
+  int32_t write(const Bytes &from) {
+    for (const uint8_t byte : from) {
+      if (at > limit) {
+        limit += grow;
+        bytes.resize(static_cast<size_t>(limit + 1));
+      }
+      bytes[static_cast<size_t>(at)] = byte;
+      high = std::max(high, at++);
+    }
+    return static_cast<int32_t>(from.size());
+  }
+  Bytes read(size_t n) {
+    Bytes out;
+    while (out.size() < n && at <= high) out.push_back(bytes[static_cast<size_t>(at++)]);
+    return out;
+  }
+  int32_t seek(int64_t offset, int32_t whence) {
+    const int64_t target = whence == 0 ? offset : whence == 1 ? at + offset : high + 1 + offset;
+    if (target < 0) return -1;
+    // One past the last byte is reached from the end without growing, from the start by growing.
+    if (target > limit + (whence == 2 ? 1 : 0) && !(whence == 1 && offset == 0)) {
+      limit = target + grow;
+      bytes.resize(static_cast<size_t>(limit + 1));
+    }
+    at = target;
+    return static_cast<int32_t>(at);
+  }
+};
+
+TEST(StreamModel, BlocksHoldWhatAPlainBlockHolds) {
+  for (uint64_t seed = 0; seed < support::cases(400); ++seed) {
+    support::Random random(seed);
+    const auto length = static_cast<uint32_t>(random.between(1, 300));
+    const auto grow = static_cast<uint32_t>(random.between(1, 5000));
+    void *data = GlobalLock(GlobalAlloc(66, length));
+    KvlStreamDesc d = {};
+    d.lpMemVar = reinterpret_cast<HostWord>(&data);
+    d.dwLength = length;
+    d.dwGrow = grow;
+    const Handle h = kvlOpen(nullptr, &d, KVL_OUTPUT);
+    PlainBlock plain{Bytes(length), 0, -1, int64_t{length} - 1, grow};
+    for (int step = 0; step < 40; ++step) {
+      const auto n = static_cast<size_t>(random.between(0, random.chance(20) ? 9000 : 200));
+      if (random.chance(45)) {
+        const Bytes from = random.bytes(n);
+        ASSERT_EQ(kvlWrite(h, from.data(), static_cast<int32_t>(n)), plain.write(from));
+      } else if (random.chance(40)) {
+        Bytes to(n + 1);
+        to.resize(static_cast<size_t>(kvlRead(h, to.data(), static_cast<int32_t>(n))));
+        ASSERT_EQ(to, plain.read(n));
+      } else {
+        const auto whence = static_cast<int32_t>(random.between(0, 2));
+        const int64_t offset = random.between(-300, random.chance(10) ? 20000 : 300);
+        const int32_t position = plain.seek(offset, whence);
+        if (position < 0) continue;
+        ASSERT_EQ(kvlSeek(h, static_cast<int32_t>(offset), whence), position);
+      }
+      const KvlStream &s = record(h);
+      ASSERT_EQ(s.nPos, plain.at) << "seed " << seed << " step " << step;
+      ASSERT_EQ(s.nHigh, plain.high);
+      ASSERT_EQ(s.nLimit, plain.limit);
+      ASSERT_EQ(data, GlobalLock(s.hBuffer)) << "the caller's variable follows the block";
+      ASSERT_EQ(GlobalSize(s.hBuffer), plain.bytes.size());
+      ASSERT_EQ(std::memcmp(data, plain.bytes.data(), plain.bytes.size()), 0);
+    }
+    ASSERT_EQ(kvlClose(h), 0);
+    GlobalFree(GlobalHandle(data));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,63 @@
+#!/bin/sh
+# structure.sh CHECK SOURCE-FOLDER: checks the sources as text; prints every line that breaks a rule.
+set -eu
+check=$1
+cd "$2"
+LC_ALL=C
+export LC_ALL
+
+sources() { find "$@" \( -name '*.cpp' -o -name '*.h' \) | sort; }
+
+case $check in
+  includes)
+    # A folder of src/ includes its own headers, the public ones, and those of runtime/. The public
+    # headers include each other. The command-line host knows the library by its public headers only.
+    sources include/raxel src host | xargs awk '
+      /^ *# *include *"/ {
+        split($0, quoted, "\"")
+        split(FILENAME, path, "/")
+        target = quoted[2]; split(target, parts, "/")
+        allowed = parts[1] == "raxel"
+        if (path[1] == "src") allowed = allowed || parts[1] == "runtime" || parts[1] == path[2]
+        if (path[1] == "host") allowed = allowed || parts[1] !~ /^(entry|raster|tiff|color|setup|runtime)$/
+        if (!allowed) { print FILENAME ":" FNR ": may not include " target; bad = 1 }
+        ++seen
+      }
+      END { exit bad || seen == 0 }'
+    ;;
+  circles)
+    # Takes away every header that includes no header left, until nothing changes; a circle remains.
+    sources include src | xargs awk '
+      FNR == 1 { name = FILENAME; sub(/^(include|src)\//, "", name); files[name] }
+      /^ *# *include *"/ { split($0, quoted, "\""); edges[name, quoted[2]] }
+      END {
+        do {
+          changed = 0
+          for (file in files) {
+            open = 0
+            for (edge in edges) { split(edge, ends, SUBSEP); if (ends[1] == file && ends[2] in files) open = 1 }
+            if (!open) { delete files[file]; changed = 1 }
+          }
+        } while (changed)
+        for (file in files) { print file " is part of a circle of includes, or leads into one"; bad = 1 }
+        exit bad
+      }'
+    ;;
+  plain)
+    # The library takes its memory from handles and throws nothing: no containers that allocate, no
+    # streams, no threads; and it reads text in the C locale, whatever the host has set.
+    ! sources src | xargs grep -nE \
+      '# *include *<(vector|string|map|set|unordered_map|unordered_set|deque|list|queue|stack|functional|memory|iostream|sstream|fstream|ostream|istream|format|regex|thread|mutex|future|any|variant|exception|stdexcept|locale|clocale|cctype|ctype\.h)>'
+    ;;
+  unfinished)
+    ! grep -rnwEI 'TO''DO|FIX''ME|XX''X' include src host tests bench fuzz docs dev README.md CONTRIBUTING.md
+    ;;
+  short)
+    # A file of one purpose is short. Beyond this many lines it has a second one.
+    sources include src host | xargs wc -l | awk '$2 != "total" && $1 > 400 { print; bad = 1 } END { exit bad }'
+    ;;
+  *)
+    echo "structure.sh knows no check '$check'"
+    exit 2
+    ;;
+esac
