@@ -6,6 +6,8 @@
 
 namespace runtime {
 
+constexpr size_t kTempNameRoom = 144;  // what KVLGetTempFileName may fill, zero byte included
+
 // Copies text into a buffer, cut to its room and terminated. Returns whether all of it fitted.
 bool copyText(std::span<char> to, const char *text);
 
