@@ -16,7 +16,7 @@ constexpr uint16_t cellOf(uint8_t red, uint8_t green, uint8_t blue) {
 
 // One 5-bit channel of a cell: axis 0 red, 1 green, anything else blue.
 constexpr uint32_t channelOf(uint16_t cell, int32_t axis) {
-  return (cell >> (axis == 0 ? 10 : axis == 1 ? 5 : 0)) & 31u;
+  return uint32_t{cell} >> (axis == 0 ? 10 : axis == 1 ? 5 : 0) & 31u;
 }
 
 // Counts every pixel of a picture whose rows are bytesPerLine(width, 24) bytes apart; what lies past

@@ -1,0 +1,21 @@
+// Pictures of four bytes a pixel, changed in place. The pixels follow one another without padding:
+// rows of 4 bytes a pixel need none.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace color {
+
+// Red, green, blue become their complements cyan, magenta, yellow, and the fourth byte 0: no black is
+// taken out.
+void rgbToCmyk(uint8_t *pixels, size_t count);
+
+// Cyan, magenta, yellow, black become red, green, blue at the start of the same bytes, 3 for every 4:
+// the complement of the larger of the ink and black. Example: 10 200 30 100 -> 155 55 155
+void cmykToRgb(uint8_t *pixels, size_t count);
+
+// Drops the fourth byte of every pixel, packing the other three at the start of the same bytes.
+void dropAlpha(uint8_t *pixels, size_t count);
+
+}  // namespace color

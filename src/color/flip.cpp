@@ -1,0 +1,74 @@
+// Mirroring in place.
+//
+// Left-right, the partner of pixel x is width - x, not width - 1 - x: pixel 0 changes places with what
+// lies just past its row (the padding, or the first pixel of the next row), and the last pixel with
+// pixel 1. On the last row that may be past the picture, and past the size that was asked for its
+// block; the bytes of the block itself go on a little further and take part.
+#include <algorithm>
+#include <cstring>
+
+#include "color/bitmap.h"
+#include "raxel/color.h"
+#include "runtime/blocks.h"
+
+namespace color {
+
+namespace {
+
+constexpr uint32_t kDataAt = 24;      // from a block's handle to its bytes
+constexpr uint32_t kBlockExtra = 34;  // a block is its size and this, rounded down to 8 bytes
+
+// All bytes of a block, with the 3 to 10 past its size. Memory that is only described by a handle has
+// none past its size.
+std::span<uint8_t> wholeBlock(Handle bits) {
+  const std::span<uint8_t> bytes = runtime::lockBytes(bits);
+  if (reinterpret_cast<uintptr_t>(bytes.data()) != bits + kDataAt) return bytes;
+  return {bytes.data(), ((bytes.size() + kBlockExtra) & ~size_t{7}) - kDataAt};
+}
+
+// Swaps the bytes of two rows that do not overlap, as far as both lie in the block: what lies past it
+// reads as 0 and is not written.
+void swapRows(std::span<uint8_t> top, std::span<uint8_t> bottom, uint64_t line) {
+  const auto length = static_cast<size_t>(std::min<uint64_t>(line, top.size()));
+  const size_t shared = std::min(length, bottom.size());
+  std::swap_ranges(top.begin(), top.begin() + static_cast<ptrdiff_t>(shared), bottom.begin());
+  std::memset(top.data() + shared, 0, length - shared);
+}
+
+void mirrorRows(std::span<uint8_t> top, std::span<uint8_t> bottom, uint32_t width, int16_t depth) {
+  for (uint32_t x = 0; x < width / 2; ++x) {
+    if (uint64_t{x} * static_cast<uint64_t>(depth) / 8 >= top.size()) return;
+    // All four are read before any is written: the two rows may be one, or share the pixel between.
+    const uint32_t topLeft = getPixel(top, x, depth);
+    const uint32_t topRight = getPixel(top, width - x, depth);
+    const uint32_t bottomLeft = getPixel(bottom, x, depth);
+    const uint32_t bottomRight = getPixel(bottom, width - x, depth);
+    setPixel(top, x, 0, depth, topRight, {});
+    setPixel(top, width - x, 0, depth, topLeft, {});
+    setPixel(bottom, x, 0, depth, bottomRight, {});
+    setPixel(bottom, width - x, 0, depth, bottomLeft, {});
+  }
+}
+
+void flip(std::span<uint8_t> block, int16_t depth, uint32_t width, uint32_t height, bool leftRight,
+          bool topBottom) {
+  const uint64_t line = bytesPerLine(width, depth);
+  if (line == 0) return;
+  for (uint64_t y = 0; y < (uint64_t{height} + 1) / 2; ++y) {
+    const std::span<uint8_t> top = rowAt(block, line, y);
+    const std::span<uint8_t> bottom = rowAt(block, line, height - 1 - y);
+    if (top.empty()) return;
+    if (topBottom && y != height - 1 - y) swapRows(top, bottom, line);
+    if (leftRight) mirrorRows(top, bottom, width, depth);
+  }
+}
+
+}  // namespace
+
+}  // namespace color
+
+Handle rlFlipBitmap(Handle bits, int16_t depth, uint32_t width, uint32_t height, uint16_t leftRight,
+                    uint16_t topBottom) {
+  if (bits != 0) color::flip(color::wholeBlock(bits), depth, width, height, leftRight != 0, topBottom != 0);
+  return bits;
+}

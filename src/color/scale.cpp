@@ -1,0 +1,163 @@
+#include "color/scale.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "color/bitmap.h"
+#include "color/debug_level.h"
+#include "color/gather.h"
+#include "raxel/color.h"
+#include "runtime/blocks.h"
+
+namespace color {
+
+namespace {
+
+bool nothingToScale(std::span<uint8_t> destination, int16_t depth, Size from, Size to) {
+  return from.width == 0 || from.height == 0 || to.width == 0 || to.height == 0 ||
+         destination.size() < bitmapSize(to.width, to.height, depth) || depth < 1;
+}
+
+// Whether a picture of these sizes is its own copy, with no bits between rows that must stay.
+bool isPlainCopy(std::span<const uint8_t> source, int16_t depth, Size from, Size to) {
+  const uint64_t bits = uint64_t{to.width} * static_cast<uint64_t>(depth);
+  return from.width == to.width && from.height == to.height && bits % 32 == 0 &&
+         source.size() >= bitmapSize(to.width, to.height, depth);
+}
+
+// Runs a step for each run of columns of a row.
+template <class Step>
+void forEachRun(Columns how, uint32_t sourceWidth, uint32_t width, Step step) {
+  ColumnRun run;
+  for (uint64_t first = 0; first < width; first += ColumnRun::kLongest) {
+    planRun(run, how, sourceWidth, width, static_cast<uint32_t>(first));
+    step(run);
+  }
+}
+
+}  // namespace
+
+void shrink(std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth, Size from,
+            Size to) {
+  if (nothingToScale(destination, depth, from, to)) return;
+  if (printsPixels()) return shrinkPlainly(source, destination, depth, from, to);
+  if (!isPixelDepth(depth)) return;
+  const uint64_t sourceLine = bytesPerLine(from.width, depth);
+  const uint64_t line = bytesPerLine(to.width, depth);
+  if (isPlainCopy(source, depth, from, to)) {
+    std::memcpy(destination.data(), source.data(), static_cast<size_t>(line * to.height));
+    return;
+  }
+  const double ratio = static_cast<double>(from.height) / to.height;
+  forEachRun(columnsFor(from.width, to.width), from.width, to.width, [&](const ColumnRun &run) {
+    for (uint32_t k = 0; k < to.height; ++k) {
+      const auto y = static_cast<uint64_t>(k * ratio);
+      gather(run, rowAt(source, sourceLine, y), rowAt(destination, line, k), depth);
+    }
+  });
+}
+
+void stretch(std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth, Size from,
+             Size to) {
+  if (nothingToScale(destination, depth, from, to)) return;
+  if (printsPixels()) return stretchPlainly(source, destination, depth, from, to);
+  if (!isPixelDepth(depth)) return;
+  const uint64_t sourceLine = bytesPerLine(from.width, depth);
+  const uint64_t line = bytesPerLine(to.width, depth);
+  const double ratio = static_cast<double>(to.height) / from.height;
+  forEachRun(columnsFor(from.width, to.width), from.width, to.width, [&](const ColumnRun &run) {
+    // The bytes of the run in every row; the last one takes the padding along.
+    const uint64_t at = uint64_t{run.first} * static_cast<uint64_t>(depth) / 8;
+    const bool last = run.first + run.end == to.width;
+    const uint64_t bytes = last ? line - at : uint64_t{run.end} * static_cast<uint64_t>(depth) / 8;
+    uint64_t filled = 0;  // rows from the bottom
+    for (uint64_t t = 1; t <= from.height && filled < to.height; ++t) {
+      const uint64_t fills =
+          std::min<uint64_t>(static_cast<uint64_t>(static_cast<double>(t) * ratio), to.height);
+      if (fills == filled) continue;
+      const std::span<uint8_t> bottom = rowAt(destination, line, to.height - filled - 1);
+      gather(run, rowAt(source, sourceLine, from.height - t), bottom, depth);
+      for (++filled; filled < fills; ++filled) {
+        uint8_t *above = rowAt(destination, line, to.height - filled - 1).data();
+        std::memcpy(above + at, bottom.data() + at, static_cast<size_t>(bytes));
+      }
+    }
+  });
+}
+
+void scaleRow(Columns how, std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth,
+              uint32_t sourceWidth, uint32_t width) {
+  if (nothingToScale(destination, depth, {sourceWidth, 1}, {width, 1})) return;
+  if (printsPixels()) return scaleRowPlainly(how, source, destination, depth, sourceWidth, width);
+  forEachRun(how, sourceWidth, width,
+             [&](const ColumnRun &run) { gather(run, source, destination, depth); });
+}
+
+namespace {
+
+Handle scaledCopy(Handle bits, int16_t depth, Size from, Size to) {
+  if (bits == 0) return 0;
+  const Handle scaled = runtime::allocate(bitmapSize(to.width, to.height, depth));
+  if (scaled == 0) return 0;
+  const auto scale = to.height > from.height ? stretch : shrink;
+  scale(runtime::lockBytes(bits), runtime::lockBytes(scaled), depth, from, to);
+  return scaled;
+}
+
+// The exported workers know no block sizes: the host answers for what its geometry names.
+template <class Byte>
+std::span<Byte> picture(Byte *data, int16_t depth, Size size) {
+  const uint64_t bytes = std::min<uint64_t>(bitmapSize(size.width, size.height, depth), SIZE_MAX / 2);
+  return {data, static_cast<size_t>(bytes)};
+}
+
+}  // namespace
+
+}  // namespace color
+
+Handle rlShrinkBitmap(Handle bits, int16_t depth, uint32_t sourceWidth, uint32_t sourceHeight,
+                      uint32_t width, uint32_t height) {
+  return color::scaledCopy(bits, depth, {sourceWidth, sourceHeight}, {width, height});
+}
+
+Handle rlStretchBitmap(Handle bits, int16_t depth, uint32_t sourceWidth, uint32_t sourceHeight,
+                       uint32_t width, uint32_t height) {
+  return color::scaledCopy(bits, depth, {sourceWidth, sourceHeight}, {width, height});
+}
+
+int32_t Shrink(const uint8_t *source, uint8_t *destination, int16_t depth, uint32_t sourceWidth,
+               uint32_t sourceHeight, uint32_t width, uint32_t height) {
+  if (source == nullptr || destination == nullptr) return 0;
+  const color::Size from{sourceWidth, sourceHeight};
+  const color::Size to{width, height};
+  color::shrink(color::picture(source, depth, from), color::picture(destination, depth, to), depth, from,
+                to);
+  return 0;
+}
+
+int32_t Stretch(const uint8_t *source, uint8_t *destination, int16_t depth, uint32_t sourceWidth,
+                uint32_t sourceHeight, uint32_t width, uint32_t height) {
+  if (source == nullptr || destination == nullptr) return 0;
+  const color::Size from{sourceWidth, sourceHeight};
+  const color::Size to{width, height};
+  color::stretch(color::picture(source, depth, from), color::picture(destination, depth, to), depth, from,
+                 to);
+  return 0;
+}
+
+// One row, whatever the number of rows says: it is 1 wherever rows are scaled.
+int32_t ShrinkX(const uint8_t *source, uint8_t *destination, int16_t depth, uint32_t sourceWidth,
+                uint32_t /*rows*/, uint32_t width) {
+  if (source == nullptr || destination == nullptr) return 0;
+  color::scaleRow(color::Columns::kNarrow, color::picture(source, depth, {sourceWidth, 1}),
+                  color::picture(destination, depth, {width, 1}), depth, sourceWidth, width);
+  return 0;
+}
+
+int32_t StretchX(const uint8_t *source, uint8_t *destination, int16_t depth, uint32_t sourceWidth,
+                 uint32_t /*rows*/, uint32_t width) {
+  if (source == nullptr || destination == nullptr) return 0;
+  color::scaleRow(color::Columns::kWiden, color::picture(source, depth, {sourceWidth, 1}),
+                  color::picture(destination, depth, {width, 1}), depth, sourceWidth, width);
+  return 0;
+}
