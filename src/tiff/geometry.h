@@ -1,0 +1,41 @@
+// The sizes that the writer computes with: rows, strips and tiles. All products are taken in 64 bits.
+#pragma once
+
+#include "raxel/tiff.h"
+
+namespace tiff {
+
+constexpr uint16_t kTiledLayout = 771;  // wLayoutMode; every other value means strips
+
+constexpr uint32_t kTilePixelsAcross = 512;
+constexpr uint32_t kTileRows = 128;
+constexpr uint32_t kTileRowBytes = kTilePixelsAcross / 8;  // tiles hold bilevel pixels
+constexpr uint32_t kTileBytes = kTileRowBytes * kTileRows;
+static_assert(kTileBytes == 8192);
+
+inline bool isTiled(const TiffWriterState &state) {
+  return state.wLayoutMode == kTiledLayout;
+}
+
+// Strips or tiles in all, modulo 2^32: the length of the directory's two arrays.
+inline uint32_t pieceCount(const TiffWriterState &state) {
+  return state.nTilesAcross * state.nStripsDown;
+}
+
+// Bytes of a row in the file, where rows carry no padding to words.
+constexpr uint64_t rowBytes(uint32_t width, uint16_t bitsPerPixel) {
+  return (uint64_t{width} * bitsPerPixel + 7) / 8;
+}
+
+// Bytes from one row to the next in a bitmap, where rows are padded to a multiple of 4.
+constexpr uint64_t rowStride(uint32_t width, uint16_t bitsPerPixel) {
+  return (rowBytes(width, bitsPerPixel) + 3) & ~uint64_t{3};
+}
+
+// Rows of a strip: a quarter of the rows, so that a picture makes four strips, or five with a short
+// last one. Fewer than 4 rows make strips of one row.
+constexpr uint32_t stripRows(uint32_t rows) {
+  return rows < 4 ? 1 : rows / 4;
+}
+
+}  // namespace tiff

@@ -1,0 +1,132 @@
+// A settings record in use, an output that the test can look into, and pictures for the writer.
+#pragma once
+
+#include <cstring>
+#include <span>
+#include <vector>
+
+#include "raxel/memory.h"
+#include "raxel/settings.h"
+#include "raxel/stream.h"
+#include "support/stream_procedure.h"
+
+namespace support {
+
+using Bytes = std::vector<uint8_t>;
+
+// Option codes of the settings record.
+enum BitmapModeCode : int32_t {
+  kBilevel = 215,
+  kGrey16 = 216,
+  kGrey256 = 217,
+  kFixed8 = 218,
+  kColors16 = 219,
+  kColors256 = 221,
+  kRgb24 = 222,
+};
+enum CompressionModeCode : int32_t {
+  kNone = 224,
+  kPackBitsMode = 225,
+  kHuffmanMode = 226,
+  kLzwMode = 227,
+  kT4Mode = 229,
+  kT6Mode = 230,
+};
+enum LayoutCode : uint16_t { kTiles = 771, kStrips = 772 };
+
+inline uint16_t depthOfMode(int32_t mode) {
+  return mode == kBilevel                                          ? 1
+         : mode == kGrey16 || mode == kFixed8 || mode == kColors16 ? 4
+         : mode == kGrey256 || mode == kColors256                  ? 8
+                                                                   : 24;
+}
+
+// A block of handle memory with these bytes.
+class Pixels {
+ public:
+  explicit Pixels(const Bytes &bytes) : handle_(GlobalAlloc(66, static_cast<uint32_t>(bytes.size()))) {
+    if (!bytes.empty()) std::memcpy(GlobalLock(handle_), bytes.data(), bytes.size());
+  }
+  ~Pixels() { GlobalFree(handle_); }
+  Pixels(const Pixels &) = delete;
+  Pixels &operator=(const Pixels &) = delete;
+
+  Handle handle() const { return handle_; }
+  Bytes bytes() const {
+    const auto *p = static_cast<const uint8_t *>(GlobalLock(handle_));
+    return {p, p + GlobalSize(handle_)};
+  }
+
+ private:
+  Handle handle_;
+};
+
+// Puts a record of defaults in use for the length of a test.
+class InUse {
+ public:
+  InUse(int32_t bitmapMode, int32_t compressionMode, uint16_t layout = kStrips) {
+    setup.nBitmapMode = bitmapMode;
+    setup.nCompressionMode = compressionMode;
+    setup.tiff.wLayoutMode = layout;
+    setup.tiff.nXResolution = setup.tiff.nYResolution = 96;
+    lpRaster = &setup;
+  }
+  ~InUse() { lpRaster = nullptr; }
+  InUse(const InUse &) = delete;
+  InUse &operator=(const InUse &) = delete;
+
+  RasterSetup setup{};
+};
+
+// A stream whose every operation goes to a HostStream.
+class HostOutput {
+ public:
+  HostOutput() {
+    KvlStreamDesc descriptor{};
+    descriptor.lpMemVar = host.context();
+    descriptor.lpfnProc = host.procedureWord();
+    file = kvlOpen("out.tif", &descriptor, KVL_OUTPUT);
+    host.clearLog();
+  }
+  ~HostOutput() { kvlClose(file); }
+  HostOutput(const HostOutput &) = delete;
+  HostOutput &operator=(const HostOutput &) = delete;
+
+  const Bytes &bytes() const { return host.bytes(); }
+
+  HostStream host;
+  Handle file = 0;
+};
+
+// A picture in the bitmap's own form: bottom row first, rows padded to 4 bytes.
+struct Picture {
+  uint32_t width = 0;
+  uint32_t height = 0;
+  uint16_t bits = 0;
+  Bytes pixels;
+  Bytes palette;
+
+  uint32_t rowBytes() const { return (width * bits + 7) / 8; }
+  uint32_t stride() const { return (rowBytes() + 3) / 4 * 4; }
+};
+
+// The whole road of a picture in one band, through the record in use. Answers WriteCellBits's code.
+inline int32_t writePicture(Handle file, const Picture &picture, Handle pixels) {
+  Handle descriptor = 0;
+  const uint8_t *palette = picture.palette.empty() ? nullptr : picture.palette.data();
+  if (BeginCellBitmap(file, picture.width, picture.height, picture.bits, palette, &descriptor) != -1)
+    return -2;
+  const int32_t code =
+      WriteCellBits(file, pixels, picture.width, picture.height, picture.bits, 1, descriptor);
+  EndCellBitmap(file, descriptor);
+  return code;
+}
+
+inline Bytes slice(const Bytes &bytes, size_t at, size_t count) {
+  const size_t from = at < bytes.size() ? at : bytes.size();
+  const size_t to = count < bytes.size() - from ? from + count : bytes.size();
+  return {bytes.begin() + static_cast<std::ptrdiff_t>(from),
+          bytes.begin() + static_cast<std::ptrdiff_t>(to)};
+}
+
+}  // namespace support
