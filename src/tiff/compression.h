@@ -1,0 +1,42 @@
+// Coding pieces of image data with the file's compression and writing them.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "raxel/tiff.h"
+#include "tiff/fax_buffer.h"
+
+namespace tiff {
+
+constexpr uint32_t kUncompressed = 1;  // nCompression
+constexpr uint32_t kHuffman = 2;
+constexpr uint32_t kT4 = 3;
+constexpr uint32_t kT6 = 4;
+constexpr uint32_t kLzw = 5;
+constexpr uint32_t kPackBits = 32773;
+
+// Codes one piece after the other for the same file, and keeps one output buffer for all of them.
+class PieceWriter {
+ public:
+  explicit PieceWriter(TiffWriterState &state);
+
+  // Codes a piece, writes it, and adds the bytes produced to the state's nStripBytes, also when the
+  // stream did not take them. Arguments and result are those of CompressAndWrite.
+  int32_t write(std::span<const uint8_t> data, uint32_t width, uint32_t rows);
+
+ private:
+  bool reserve(uint64_t size);
+  int32_t writePackBits(std::span<const uint8_t> data);
+  int32_t writePackBitsPieces(std::span<const uint8_t> data);
+  int32_t writeLzw(std::span<const uint8_t> data);
+  int32_t writeFaxRow(std::span<const uint8_t> row, uint32_t width);
+  int32_t writeFax2D(std::span<const uint8_t> data, uint32_t width, uint32_t rows);
+  int32_t put(size_t produced);
+
+  TiffWriterState &state_;
+  FaxBuffer out_;
+  bool hostStream_;
+};
+
+}  // namespace tiff

@@ -1,0 +1,179 @@
+// Coding single pieces: which coder, how many writes, what counts as failed, and what is counted.
+#include <gtest/gtest.h>
+
+#include "support/temp_dir.h"
+#include "tiff/hex.h"
+#include "tiff/writer_fixture.h"
+
+namespace {
+
+using support::Bytes;
+using support::hex;
+
+enum : uint32_t { kHuffman = 2, kT4 = 3, kT6 = 4, kLzw = 5, kPackBits = 32773 };
+
+class Compression : public testing::Test {
+ protected:
+  int32_t code(uint32_t compression, const Bytes &data, uint32_t width = 0, uint32_t rows = 1) {
+    state.nCompression = compression;
+    state.hTiffFile = out.file;
+    return CompressAndWrite(&state, data.data(), static_cast<uint32_t>(data.size()), width, rows);
+  }
+  support::HostOutput out;
+  TiffWriterState state{};
+};
+
+TEST_F(Compression, PackBitsRow) {
+  EXPECT_EQ(code(kPackBits, {0x41, 0x42, 0x42}), 0);
+  EXPECT_EQ(out.bytes(), hex("00 41 FF 42"));
+  EXPECT_EQ(state.nStripBytes, 4u);
+}
+
+// A row of 300 bytes is three pieces, and no run crosses from one to the next.
+TEST_F(Compression, PackBitsCutsRowsIntoPieces) {
+  EXPECT_EQ(code(kPackBits, Bytes(300, 0x33)), 0);
+  EXPECT_EQ(out.bytes(), hex("82 33  82 33  D3 33"));
+  EXPECT_EQ(out.host.log(), "write 2 x 3\n");
+  EXPECT_EQ(state.nStripBytes, 6u);
+}
+
+TEST_F(Compression, PackBitsOfNothingWritesNothing) {
+  EXPECT_EQ(code(kPackBits, {}), 0);
+  EXPECT_EQ(CompressAndWrite(&state, nullptr, 0, 0, 0), 0);
+  EXPECT_TRUE(out.host.calls().empty());
+}
+
+TEST_F(Compression, HuffmanRow) {
+  EXPECT_EQ(code(kHuffman, {0xFF}, 8), 0);  // white 8: 10011
+  EXPECT_EQ(out.bytes(), hex("98"));
+}
+
+TEST_F(Compression, T4RowHasItsEol) {
+  EXPECT_EQ(code(kT4, {0xFF}, 8), 0);
+  EXPECT_EQ(out.bytes(), hex("98 00 01"));
+}
+
+TEST_F(Compression, T6Strip) {
+  EXPECT_EQ(code(kT6, {0xFF, 0xFF, 0xFF}, 8, 3), 0);  // V0 three times
+  EXPECT_EQ(out.bytes(), hex("E0"));
+}
+
+TEST_F(Compression, LzwStrip) {
+  EXPECT_EQ(code(kLzw, {0x41, 0x42}), 0);
+  EXPECT_EQ(out.bytes(), hex("80 10 48 50 10"));
+  EXPECT_EQ(code(kLzw, {}), 0);
+  EXPECT_EQ(support::slice(out.bytes(), 5, 9), hex("80 40 40"));
+  EXPECT_EQ(state.nStripBytes, 8u);
+}
+
+TEST_F(Compression, EveryOtherCodeIs303) {
+  for (const uint32_t compression : {0u, 1u, 6u, 7u, 32771u, 32772u, 32774u, 0x80008005u}) {
+    EXPECT_EQ(code(compression, {1, 2, 3}, 8, 3), 303) << compression;
+  }
+  EXPECT_TRUE(out.host.calls().empty());
+  EXPECT_EQ(state.nStripBytes, 0u);
+}
+
+// Codes 2, 3 and 5 are content with a write that took anything; PackBits and T.6 want all of it.
+TEST_F(Compression, ShortWrites) {
+  const struct {
+    uint32_t compression;
+    Bytes data;
+    uint32_t produced;
+    int32_t result;
+  } rows[] = {{kT4, {0xFF}, 3, 0},
+              {kHuffman, {0xAA}, 3, 0},
+              {kLzw, {0x41, 0x42}, 5, 0},
+              {kPackBits, {0x41, 0x42}, 3, 303},
+              {kT6, {0xAA}, 4, 303}};
+  for (const auto &row : rows) {
+    support::HostOutput full;
+    full.host.limitTo(1);
+    state = {};
+    state.nCompression = row.compression;
+    state.hTiffFile = full.file;
+    EXPECT_EQ(CompressAndWrite(&state, row.data.data(), static_cast<uint32_t>(row.data.size()), 8, 1),
+              row.result)
+        << row.compression;
+    EXPECT_EQ(full.host.writeSizes(), (std::vector<size_t>{state.nStripBytes})) << row.compression;
+    EXPECT_EQ(full.bytes().size(), 1u);
+  }
+}
+
+// What was produced counts, also when the stream did not take it.
+TEST_F(Compression, FailingWritesAre303AndCounted) {
+  for (const uint32_t compression : {kHuffman, kT4, kT6, kLzw, kPackBits}) {
+    support::HostOutput failing;
+    failing.host.failAt(1);
+    state = {};
+    state.nCompression = compression;
+    state.hTiffFile = failing.file;
+    const Bytes data = {0xAA};
+    EXPECT_EQ(CompressAndWrite(&state, data.data(), 1, 8, 1), 303) << compression;
+    EXPECT_EQ(failing.host.writeSizes(), (std::vector<size_t>{state.nStripBytes}));
+  }
+}
+
+TEST_F(Compression, PackBitsStopsAtThePieceThatFailed) {
+  out.host.failAt(2);
+  EXPECT_EQ(code(kPackBits, Bytes(300, 0x33)), 303);
+  EXPECT_EQ(out.host.calls().size(), 2u);
+  EXPECT_EQ(state.nStripBytes, 4u);
+}
+
+// No row at all makes no codes, and a write of nothing answers 0: less than 1, but all of it.
+TEST_F(Compression, FaxRowsOfNoPixels) {
+  EXPECT_EQ(code(kHuffman, {}, 0), 303);
+  EXPECT_EQ(code(kT6, {}, 0, 0), 0);
+  EXPECT_EQ(code(kT6, {0xFF}, 8, 0), 0);
+  EXPECT_TRUE(out.bytes().empty());
+}
+
+TEST_F(Compression, MoreRowsOrPixelsThanBytesIs300) {
+  EXPECT_EQ(code(kHuffman, {0xFF}, 9), 300);
+  EXPECT_EQ(code(kT4, {0xFF}, 0xFFFFFFFF), 300);
+  EXPECT_EQ(code(kT6, {0xFF, 0xFF}, 8, 3), 300);
+  EXPECT_EQ(code(kT6, {0xFF, 0xFF}, 9, 2), 300);
+  EXPECT_EQ(code(kT6, {0xFF}, 0xFFFFFFFF, 0xFFFFFFFF), 300);
+  EXPECT_TRUE(out.host.calls().empty());
+}
+
+TEST_F(Compression, MissingArgumentsAre300) {
+  EXPECT_EQ(CompressAndWrite(nullptr, nullptr, 0, 0, 0), 300);
+  state.nCompression = kPackBits;
+  EXPECT_EQ(CompressAndWrite(&state, nullptr, 1, 8, 1), 300);
+}
+
+// Twice the bytes must fit into a block.
+TEST_F(Compression, PiecesOfTwoGigabytesAre300) {
+  const uint8_t byte = 0;
+  state.nCompression = kPackBits;
+  state.hTiffFile = out.file;
+  EXPECT_EQ(CompressAndWrite(&state, &byte, 0x80000000, 8, 1), 300);
+  EXPECT_EQ(CompressAndWrite(&state, &byte, 0xFFFFFFFF, 8, 1), 300);
+}
+
+TEST_F(Compression, NoFileIs303) {
+  state.nCompression = kLzw;
+  const uint8_t byte = 7;
+  EXPECT_EQ(CompressAndWrite(&state, &byte, 1, 8, 1), 303);
+}
+
+// On a file of our own a row goes out in one piece of work, with the same bytes.
+TEST_F(Compression, PackBitsOnDiskIsTheSame) {
+  const support::TempDir dir;
+  const std::string name = dir.file("pieces");
+  Bytes row;
+  for (size_t i = 0; i < 1000; ++i) row.push_back(static_cast<uint8_t>(i * i / 50));
+  EXPECT_EQ(code(kPackBits, row), 0);
+  const uint32_t counted = state.nStripBytes;
+  state = {};
+  state.nCompression = kPackBits;
+  state.hTiffFile = kvlOpen(name.c_str(), nullptr, KVL_OUTPUT);
+  EXPECT_EQ(CompressAndWrite(&state, row.data(), 1000, 0, 0), 0);
+  EXPECT_EQ(kvlClose(state.hTiffFile), 0);
+  EXPECT_EQ(support::readFile(name), out.bytes());
+  EXPECT_EQ(state.nStripBytes, counted);
+}
+
+}  // namespace
