@@ -1,0 +1,123 @@
+// What size, resolution and depth a bitmap must have to become the picture that the settings ask for.
+#include <cmath>
+
+#include "raxel/settings.h"
+#include "runtime/numbers.h"
+
+namespace {
+
+// The display as the settings see it. Its horizontal resolution speaks for both axes.
+struct Display {
+  double width = 0.0;
+  double height = 0.0;
+  int16_t resolution = 0;
+};
+
+Display askDisplay() {
+  Display display;
+  int16_t yResolution = 0;
+  GetDisplayInfo(&display.width, &display.height, &display.resolution, &yResolution);
+  return display;
+}
+
+enum SizeMode : int32_t { kDisplaySize = 600, kPictureSize = 602 };
+enum ResolutionMode : int32_t { kDisplayResolution = 307, kPictureResolution = 309 };
+
+// Takes the output size from the picture (inches) or the display.
+void settleSize(RasterSetup &setup, double width, double height, uint32_t resolution) {
+  if (setup.nSizeMode == kPictureSize && resolution != 0) {
+    setup.dWidth = width;
+    setup.dHeight = height;
+  } else if (setup.nSizeMode == kDisplaySize) {
+    if (const Display display = askDisplay(); display.resolution != 0) {
+      setup.dWidth = display.width;
+      setup.dHeight = display.height;
+    }
+  }
+}
+
+// Takes the output resolution from the picture or the display; 16 bits are kept of it.
+void settleResolution(RasterSetup &setup, uint32_t resolution) {
+  if (setup.nResolutionMode == kPictureResolution && resolution != 0) {
+    setup.tiff.nXResolution = setup.tiff.nYResolution = static_cast<int16_t>(resolution);
+  } else if (setup.nResolutionMode == kDisplayResolution) {
+    if (const Display display = askDisplay(); display.resolution != 0) {
+      setup.tiff.nXResolution = setup.tiff.nYResolution = display.resolution;
+    }
+  }
+}
+
+// Bits per pixel of a bitmap mode; 0 for a mode that does not exist.
+uint16_t depthOf(int32_t bitmapMode) {
+  switch (bitmapMode) {
+    case 215:  // bilevel
+      return 1;
+    case 216:  // 16 greys
+    case 218:  // 8 colours
+    case 219:  // 16 colours
+      return 4;
+    case 217:  // 256 greys
+    case 221:  // 256 colours
+      return 8;
+    case 222:  // RGB
+      return 24;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+int32_t QueryCellFormat(double *width, double *height, uint16_t *bitsPerPixel, uint32_t *resolution,
+                        uint16_t * /*colourSpace*/, void * /*flags*/) {
+  if (lpRaster == nullptr || width == nullptr || height == nullptr) return 0;
+  RasterSetup &setup = *lpRaster;
+  const uint32_t pictureResolution = resolution == nullptr ? 0 : *resolution;
+  settleSize(setup, *width, *height, pictureResolution);
+  settleResolution(setup, pictureResolution);
+
+  double inches[2] = {setup.dWidth, setup.dHeight};
+  const bool ownSize = setup.nSizeMode == kPictureSize && (resolution == nullptr || *resolution != 0);
+  if (!ownSize) RasterAdjustAspect(inches, *width, *height);
+
+  if (setup.tiff.nXResolution != 0) {
+    *width = inches[0] * setup.tiff.nXResolution;
+    *height = inches[1] * setup.tiff.nYResolution;
+    if (resolution != nullptr) *resolution = static_cast<uint32_t>(int32_t{setup.tiff.nXResolution});
+  }
+  if (const uint16_t depth = depthOf(setup.nBitmapMode); bitsPerPixel != nullptr && depth != 0) {
+    *bitsPerPixel = depth;
+  }
+  return 0;
+}
+
+// The picture's proportion here is plainly width over height. A resolution of 0 makes infinities and
+// NaNs, which come out as a size of 0 pixels at the end of the road.
+void RasterAdjustAspect(double *result, double pictureWidth, double pictureHeight) {
+  if (lpRaster == nullptr || result == nullptr) return;
+  const double xResolution = lpRaster->tiff.nXResolution;
+  const double yResolution = lpRaster->tiff.nYResolution;
+  double width = std::trunc(xResolution * lpRaster->dWidth);
+  double height = std::trunc(yResolution * lpRaster->dHeight);
+  const double box = width / height;
+  const double picture = pictureWidth / pictureHeight;
+  if (picture < box) {
+    width -= std::trunc(width - height * picture);
+  } else if (picture > box) {
+    height -= std::trunc(height - width / picture);
+  }
+  result[0] = width / xResolution;
+  result[1] = height / yResolution;
+}
+
+void ScaleImageSize(double *width, double *height) {
+  constexpr double kLongest = 22.0;  // inches
+  if (width == nullptr || height == nullptr) return;
+  if (*width >= *height && *width > kLongest) {
+    *height = *height * (kLongest / *width);
+    *width = kLongest;
+  } else if (*height > *width && *height > kLongest) {
+    *width = *width * (kLongest / *height);
+    *height = kLongest;
+  }
+}
