@@ -1,0 +1,46 @@
+// Palettes and index remapping of the indexed bitmap modes.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "raxel/tiff.h"
+#include "tiff/cell_descriptor.h"
+
+namespace tiff {
+
+constexpr uint32_t kBlackIsZero = 1;  // nPhotometric
+constexpr uint32_t kRgb = 2;
+constexpr uint32_t kPalette = 3;
+
+// The host's palette: red, green, blue bytes. Entries past its end read as black.
+class Palette {
+ public:
+  // A bitmap of up to 8 bits per pixel comes with one entry for each of its pixel values; deeper ones
+  // and a null pointer have no palette.
+  Palette(const uint8_t *entries, uint16_t bitsPerPixel)
+      : bytes_(entries, entries == nullptr || bitsPerPixel > 8 ? 0 : size_t{3} << bitsPerPixel) {}
+
+  uint8_t channel(uint32_t entry, uint32_t which) const {
+    const size_t at = size_t{3} * entry + which;
+    return at < bytes_.size() ? bytes_[at] : 0;
+  }
+
+ private:
+  std::span<const uint8_t> bytes_;
+};
+
+// Fills the state's colour map for its photometric interpretation and number of colours: the eight
+// fixed colours, the host's palette, or evenly spaced greys.
+void settleColorMap(TiffWriterState &state, const Palette &palette);
+
+// Fills the descriptor's remapping from the host's palette to the colour map, for the eight fixed
+// colours and the two grey modes; every other mode keeps the host's indices.
+void buildRemap(CellFormat &format, const TiffWriterState &state, const Palette &palette);
+
+// Replaces the indices in `rows` through the table, in place, with a lead of one byte: each byte
+// receives the mapping of the byte after it. `after` is the byte that follows the rows.
+//   nibbles  true when a byte holds two 4-bit indices
+void remapRows(std::span<uint8_t> rows, uint8_t after, const uint8_t (&table)[256], bool nibbles);
+
+}  // namespace tiff
