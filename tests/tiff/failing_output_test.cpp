@@ -1,0 +1,162 @@
+// An output that fails at every possible call, in every compression: 303 where pixels are lost, and
+// never a crash, a leak or pixels left half turned.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/random.h"
+#include "support/temp_dir.h"
+#include "tiff/writer_fixture.h"
+
+namespace {
+
+using support::Bytes;
+using support::HostStream;
+using support::InUse;
+using support::Pixels;
+
+struct Job {
+  std::string name;
+  int32_t mode;
+  int32_t compression;
+  uint16_t layout;
+  uint32_t width;
+  uint32_t height;
+};
+
+void PrintTo(const Job &job, std::ostream *out) {
+  *out << job.name;
+}
+
+class FailingOutput : public testing::TestWithParam<Job> {
+ protected:
+  void SetUp() override {
+    const Job &job = GetParam();
+    picture = {job.width, job.height, support::depthOfMode(job.mode), {}, {}};
+    support::Random random(7);
+    picture.pixels = random.bytes(picture.stride() * job.height);
+    picture.palette = Bytes(768);
+    for (size_t i = 3; i < 768; ++i) picture.palette[i] = static_cast<uint8_t>(i);
+  }
+  // How many calls the front needs, and then every call in order.
+  std::pair<size_t, std::vector<HostStream::Call>> calls() {
+    InUse use(GetParam().mode, GetParam().compression, GetParam().layout);
+    support::HostOutput out;
+    Handle descriptor = 0;
+    BeginCellBitmap(out.file, picture.width, picture.height, picture.bits, picture.palette.data(),
+                    &descriptor);
+    const size_t front = out.host.calls().size();
+    const Pixels block(picture.pixels);
+    EXPECT_EQ(
+        WriteCellBits(out.file, block.handle(), picture.width, picture.height, picture.bits, 1, descriptor),
+        0);
+    EndCellBitmap(out.file, descriptor);
+    finished = block.bytes();
+    return {front, out.host.calls()};
+  }
+  int32_t writeFailingAt(size_t n, HostStream::Failure failure, Bytes *pixels = nullptr) {
+    InUse use(GetParam().mode, GetParam().compression, GetParam().layout);
+    support::HostOutput out;
+    out.host.failAt(n, failure);
+    const Pixels block(picture.pixels);
+    const int32_t code = support::writePicture(out.file, picture, block.handle());
+    if (pixels != nullptr) *pixels = block.bytes();
+    return code;
+  }
+  // Patches are one-byte writes; no piece of pixels of these pictures is one byte.
+  static bool isData(const HostStream::Call &call) {
+    return call.op == HostStream::kWrite && call.number > 1;
+  }
+
+  support::Picture picture;
+  Bytes finished;  // the host's pixels when nothing failed
+};
+
+TEST_P(FailingOutput, ALostWriteOfPixelsIs303) {
+  const auto [front, all] = calls();
+  for (size_t n = 1; n <= all.size(); ++n) {
+    const bool lost = n > front && isData(all[n - 1]);
+    EXPECT_EQ(writeFailingAt(n, HostStream::Failure::kOnce), lost ? 303 : 0) << n;
+  }
+}
+
+TEST_P(FailingOutput, AStreamThatStaysBrokenIs303) {
+  const auto [front, all] = calls();
+  size_t last = all.size();
+  while (!isData(all[last - 1])) --last;
+  for (size_t n = 1; n <= all.size(); ++n) {
+    EXPECT_EQ(writeFailingAt(n, HostStream::Failure::kForever), n <= last ? 303 : 0) << n;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Pictures, FailingOutput,
+    testing::Values(Job{"rgb", support::kRgb24, support::kNone, support::kStrips, 5, 6},
+                    Job{"bilevel", support::kBilevel, support::kNone, support::kStrips, 20, 5},
+                    Job{"packbits", support::kRgb24, support::kPackBitsMode, support::kStrips, 50, 6},
+                    Job{"huffman", support::kBilevel, support::kHuffmanMode, support::kStrips, 60, 5},
+                    Job{"lzw", support::kColors16, support::kLzwMode, support::kStrips, 9, 7},
+                    Job{"t4", support::kBilevel, support::kT4Mode, support::kStrips, 60, 5},
+                    Job{"t6", support::kBilevel, support::kT6Mode, support::kStrips, 60, 9},
+                    Job{"tiles", support::kBilevel, support::kT6Mode, support::kTiles, 600, 130}),
+    [](const auto &job) { return job.param.name; });
+
+// The strip that failed still gets the count of what was produced for it, and the ones after it
+// nothing.
+TEST(FailingStrips, TheFailedStripKeepsItsCount) {
+  InUse use(support::kBilevel, support::kPackBitsMode);
+  support::HostOutput out;
+  const Pixels block(Bytes(4 * 8, 0x55));
+  Handle descriptor = 0;
+  const Bytes palette(6);
+  BeginCellBitmap(out.file, 16, 8, 1, palette.data(), &descriptor);  // strips of two rows
+  // A patch is 7 calls, and a strip two patches around two rows. The second row of strip 2 is lost.
+  out.host.failAt(7 + 2 + 7 + 7 + 2, HostStream::Failure::kOnce);
+  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 16, 8, 1, 1, descriptor), 303);
+  EndCellBitmap(out.file, descriptor);
+  const Bytes expected = {0xDA, 0, 0, 0, 0xDE, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                          4,    0, 0, 0, 4,    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+  EXPECT_EQ(support::slice(out.bytes(), 0xBA, 32), expected);
+}
+
+// A chunk is swapped whole, also when its first row cannot be written.
+TEST(FailingStrips, PixelsAreTurnedByWholeChunks) {
+  for (const bool onDisk : {false, true}) {
+    InUse use(support::kRgb24, support::kNone);
+    Bytes pixels;
+    for (uint8_t i = 0; i < 8; ++i) pixels.insert(pixels.end(), {1, 2, 3, 0});
+    const Pixels block(pixels);
+    Handle descriptor = 0;
+    if (onDisk) {
+      BeginCellBitmap(0, 1, 8, 24, nullptr, &descriptor);
+      EXPECT_EQ(WriteCellBits(0, block.handle(), 1, 8, 24, 1, descriptor), 303);
+    } else {
+      support::HostOutput out;
+      BeginCellBitmap(out.file, 1, 8, 24, nullptr, &descriptor);
+      out.host.failAt(1);
+      EXPECT_EQ(WriteCellBits(out.file, block.handle(), 1, 8, 24, 1, descriptor), 303);
+    }
+    EndCellBitmap(0, descriptor);
+    Bytes expected = pixels;
+    for (size_t row = 6; row < 8; ++row) std::swap(expected[4 * row], expected[4 * row + 2]);
+    EXPECT_EQ(block.bytes(), expected) << onDisk;
+  }
+}
+
+// A full disk answers at the write that meets it, or at the latest when the stream is closed.
+TEST(FailingStrips, AFullDiskIsReported) {
+  for (const int32_t compression : {224, 225, 226, 227, 229, 230}) {
+    InUse use(support::kBilevel, compression);
+    const Handle file = kvlOpen("/dev/full", nullptr, KVL_OUTPUT);
+    if (file == 0) GTEST_SKIP() << "no /dev/full here";
+    const support::Picture picture{4000, 400, 1, {}, {}};
+    support::Random random(3);
+    const Pixels block(random.bytes(500 * 400));
+    const int32_t code = support::writePicture(file, picture, block.handle());
+    const int32_t closed = kvlClose(file);
+    EXPECT_TRUE(code == 303 || closed == -1) << compression;
+  }
+}
+
+}  // namespace
