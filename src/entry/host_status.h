@@ -8,11 +8,10 @@
 namespace entry {
 
 enum StatusWord : size_t {
-  kStatusContext = 1,      // handed back with every callback
-  kStatusCallback = 2,     // a StatusCallback, or 0
-  kStatusValue = 4,        // metafile session: kept in the settings record
-  kStatusOutputBlock = 6,  // the handle of an in-memory output, written by the library
-  kStatusFrameLeft = 7,    // metafile session: the picture's frame
+  kStatusContext = 1,    // handed back with every callback
+  kStatusCallback = 2,   // a StatusCallback, or 0
+  kStatusValue = 4,      // metafile session: kept in the settings record
+  kStatusFrameLeft = 7,  // metafile session: the picture's frame
   kStatusFrameTop = 8,
   kStatusFrameRight = 9,
   kStatusFrameBottom = 10,
