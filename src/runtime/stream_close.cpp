@@ -15,13 +15,9 @@ int32_t closeMemory(Stream &stream) {
 }
 
 int32_t closeFile(Stream &stream) {
-  int32_t result = flushWindow(stream) < 0 || stream.bBytesLost != 0 ? -1 : 0;
-  if (stream.bBorrowed == 0) {
-    if (std::fclose(stream.fp) != 0) result = -1;
-  } else if (isOpenForWriting(stream) && std::fflush(stream.fp) != 0) {
-    result = -1;
-  }
-  return result;
+  const bool lost = flushWindow(stream) < 0 || stream.bBytesLost != 0;
+  const bool closed = stream.bBorrowed != 0 || std::fclose(stream.fp) == 0;
+  return lost || !closed ? -1 : 0;
 }
 
 // Closes all that the record holds, and frees it. `last` is the procedure's last argument.

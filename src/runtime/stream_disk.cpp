@@ -16,7 +16,9 @@ int32_t readBorrowed(FILE *fp, int32_t offset, std::span<uint8_t> to) {
 
 int32_t writeBorrowed(FILE *fp, int32_t offset, std::span<const uint8_t> from) {
   if (unxSeek(fp, offset, SEEK_SET) < 0) return 0;
-  return static_cast<int32_t>(std::fwrite(from.data(), 1, from.size(), fp));
+  const size_t n = std::fwrite(from.data(), 1, from.size(), fp);
+  // Bytes that stay in the caller's buffer could fail unseen later.
+  return std::fflush(fp) != 0 ? 0 : static_cast<int32_t>(n);
 }
 
 int32_t sizeOfBorrowed(FILE *fp) {

@@ -9,7 +9,10 @@ constexpr char kCr = '\r';
 constexpr char kLf = '\n';
 
 bool readByte(Handle handle, char &byte) {
-  return kvlRead(handle, &byte, 1) >= 1;
+  Stream &stream = *streamOf(handle);
+  if (stream.lpfnProc != nullptr || stream.nPos > stream.nHigh) return kvlRead(handle, &byte, 1) >= 1;
+  byte = static_cast<char>(windowOf(stream)[stream.nPos++]);
+  return true;
 }
 
 }  // namespace

@@ -1,8 +1,17 @@
 // Handle memory: the block's layout, locking, reallocation and the pointer layer.
 #include <gtest/gtest.h>
+#include <malloc.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <cstring>
+#include <string>
 #include <vector>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#endif
 
 #include "raxel/memory.h"
 
@@ -96,13 +105,105 @@ TEST(PointerMemory, GrowsAndFrees) {
   EXPECT_EQ(kvlPtrGlobalReAlloc(p, 0, 66), nullptr);
 }
 
-TEST(HandlesDeathTest, ExhaustionPrintsTheRoundedLengthAndEndsTheProcess) {
-  // Nothing can supply these on a 32-bit machine; a 64-bit one may, so ask there under a limit.
-  if (sizeof(void *) == 4) {
-    EXPECT_DEATH(GlobalAlloc(66, 0xFFFFFFF0u), "");
-  } else {
-    GTEST_SKIP() << "a 64-bit machine can supply every size that a u32 asks for";
+// Bytes that the heap hands out for a request: what a block of this length, and no shorter one, has.
+TEST(Handles, BlocksAreTheSizePlusThirtyFourRoundedDownToEight) {
+  const uint32_t lengths[][2] = {{0, 32}, {1, 32}, {5, 32}, {6, 40}, {13, 40}, {14, 48}, {4096, 4128}};
+  for (const auto &[size, length] : lengths) {
+    Handle h = GlobalAlloc(66, size);
+    for (int pass = 0; pass < 2; ++pass) {
+      const auto *block = reinterpret_cast<const uint8_t *>(h);
+      EXPECT_GE(malloc_usable_size(reinterpret_cast<void *>(h)), length);
+      for (uint32_t i = 24; i < length; ++i) EXPECT_EQ(block[i], 0) << "slack is zero too";
+#if defined(__SANITIZE_ADDRESS__)
+      EXPECT_FALSE(__asan_address_is_poisoned(block + length - 1)) << size;
+      EXPECT_TRUE(__asan_address_is_poisoned(block + length)) << size;
+#endif
+      h = GlobalReAlloc(h, size, 66);  // and a block of the same size again
+    }
+    GlobalFree(h);
   }
+}
+
+TEST(Handles, TheHeaderLiesInFrontOfTheData) {
+  const Handle h = GlobalAlloc(0x12345678, 10);
+  const auto *block = reinterpret_cast<const uint8_t *>(h);
+  uint32_t words[3];
+  std::memcpy(words, block, 12);
+  EXPECT_EQ(words[0], 10u);
+  EXPECT_EQ(words[1], 0x12345678u);
+  EXPECT_EQ(words[2], 0u);
+  void *data;
+  std::memcpy(&data, block + 12, sizeof data);
+  EXPECT_EQ(data, block + 24);
+  EXPECT_EQ(block[12 + sizeof data], 24);
+  EXPECT_EQ(h % 8, 0u);
+  GlobalFree(h);
+}
+
+TEST(Handles, ReallocationRecordsItsOwnFlagsAndForgetsTheLock) {
+  Handle h = GlobalAlloc(66, 10);
+  GlobalLock(h);
+  h = GlobalReAlloc(h, 12, 7);
+  uint32_t flags;
+  std::memcpy(&flags, reinterpret_cast<const uint8_t *>(h) + 4, 4);
+  EXPECT_EQ(flags, 7u);
+  EXPECT_EQ(reinterpret_cast<const uint8_t *>(h)[23], 0) << "the next lock writes it";
+  GlobalFree(h);
+}
+
+TEST(Handles, TheByteBeforeForeignDataIsNotOurs) {
+  // Caller memory within reach of a one-byte back-offset, behind the header itself.
+  alignas(8) uint8_t memory[64];
+  std::memset(memory, 7, sizeof memory);
+  const Handle h = GlobalPointerToHandle(memory + 8, 8);
+  EXPECT_EQ(GlobalLock(h), memory + 8);
+  EXPECT_EQ(memory[7], 7);
+  auto *header = reinterpret_cast<uint8_t *>(h);
+  EXPECT_EQ(header[12 + sizeof(void *)], 20);
+  GlobalFree(h);
+}
+
+TEST(PointerMemory, ReallocationOfNullIgnoresTheFlags) {
+  void *p = kvlPtrGlobalReAlloc(nullptr, 4, 5);
+  uint32_t flags;
+  std::memcpy(&flags, reinterpret_cast<const uint8_t *>(kvlPtrGlobalHandle(p)) + 4, 4);
+  EXPECT_EQ(flags, 66u);
+  EXPECT_EQ(kvlPtrGlobalFree(p), 0u);
+  EXPECT_EQ(kvlPtrGlobalReAlloc(nullptr, 0, 66), nullptr);
+  EXPECT_EQ(kvlPtrGlobalHandle(nullptr), 0u);
+}
+
+// Leaves little memory to this process, and sends the message where death tests read it.
+[[maybe_unused]] void limitMemory(rlim_t addressSpace) {
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  const rlimit limit = {addressSpace, addressSpace};
+  setrlimit(RLIMIT_AS, &limit);
+}
+
+[[maybe_unused]] void exhaust(uint32_t size, rlim_t addressSpace) {
+  limitMemory(addressSpace);
+  GlobalAlloc(66, size);
+}
+
+[[maybe_unused]] void exhaustByGrowing(uint32_t size, rlim_t addressSpace) {
+  limitMemory(addressSpace);
+  GlobalReAlloc(GlobalAlloc(66, 8), size, 66);
+}
+
+TEST(HandlesDeathTest, ExhaustionPrintsTheRoundedLengthAndEndsTheProcess) {
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the checking heap ends the process with a report of its own";
+#else
+  // %ld of the rounded length, which a 32-bit long shows as a negative number.
+  const std::string start = "GloalAlloc function failed due to insufficient memory: needs ";
+  const bool wide = sizeof(long) == 8;
+  EXPECT_EXIT(exhaust(4000000000u, 1u << 30), testing::KilledBySignal(SIGABRT),
+              start + (wide ? "4000000032" : "-294967264") + " bytes memory!!");
+  EXPECT_EXIT(exhaust(0xFFFFFFFFu, 1u << 30), testing::KilledBySignal(SIGABRT),
+              start + (wide ? "4294967328" : "32") + " bytes memory!!");
+  EXPECT_EXIT(exhaustByGrowing(4000000000u, 1u << 30), testing::KilledBySignal(SIGABRT),
+              start + (wide ? "4000000032" : "-294967264") + " bytes memory!!");
+#endif
 }
 
 }  // namespace

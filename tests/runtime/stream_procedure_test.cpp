@@ -1,0 +1,200 @@
+// Streams that the host keeps itself: every call arrives at its procedure, unchanged and in order.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "raxel/memory.h"
+#include "raxel/stream.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+struct Call {
+  HostWord token, op, arg1, arg2;
+  bool operator==(const Call &) const = default;
+};
+
+std::vector<Call> calls;
+std::string written;
+HostWord answer = 0;  // to everything but a write
+int32_t failAt = -1;  // the call that answers -1, counted from 0
+HostWord openAnswer = 77;
+
+// A host that keeps what is written and tells the offset where an address was passed.
+HostWord keep(HostWord token, HostWord op, HostWord arg1, HostWord arg2) {
+  const auto at = static_cast<int32_t>(calls.size());
+  Call call{token, op, arg1, arg2};
+  if (op == 4) call.arg1 = static_cast<HostWord>(*reinterpret_cast<const int32_t *>(arg1));
+  if (op == 3 || op == 2) call.arg1 = 0;
+  calls.push_back(call);
+  if (at == failAt) return static_cast<HostWord>(-1);
+  if (op == 1) return openAnswer;
+  if (op == 3 && arg1 != 0) written.append(reinterpret_cast<const char *>(arg1), static_cast<size_t>(arg2));
+  return op == 3 ? arg2 : answer;
+}
+
+struct Procedure : testing::Test {
+  KvlStreamDesc d = {};
+
+  void SetUp() override {
+    calls.clear();
+    written.clear();
+    answer = 0;
+    failAt = -1;
+    openAnswer = 77;
+    d.lpMemVar = 0xC0DE;
+    d.lpfnProc = reinterpret_cast<HostWord>(keep);
+  }
+};
+
+const KvlStream &record(Handle handle) {
+  return *static_cast<const KvlStream *>(GlobalLock(handle));
+}
+
+TEST_F(Procedure, SeesTheWholeLifeOfAStream) {
+  const char *name = "picture.tif";
+  const Handle h = kvlOpen(name, &d, KVL_OUTPUT);
+  ASSERT_NE(h, 0u);
+  EXPECT_EQ(record(h).dwProcToken, 77u);
+  EXPECT_EQ(record(h).wLineFormat, 2);
+  EXPECT_EQ(record(h).hBuffer, 0u);
+  EXPECT_EQ(kvlWrite(h, "abc", 3), 3);
+  answer = 1234;
+  EXPECT_EQ(kvlSeek(h, -5, 2), 1234);
+  EXPECT_EQ(kvlSeek(h, 0, 1), 1234);
+  char buffer[4];
+  answer = 2;
+  EXPECT_EQ(kvlRead(h, buffer, 4), 2);
+  EXPECT_EQ(kvlClose(h), 0);
+  const std::vector<Call> want = {
+      {0xC0DE, 1, reinterpret_cast<HostWord>(name), 4097},
+      {77, 3, 0, 3},
+      {77, 4, static_cast<HostWord>(-5), 2},
+      {77, 4, 0, 1},
+      {77, 2, 0, 4},
+      {77, 5, 0, 0},
+  };
+  EXPECT_EQ(calls, want);
+}
+
+TEST_F(Procedure, OddArgumentsPassUnchanged) {
+  const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
+  calls.clear();
+  EXPECT_EQ(kvlWrite(h, nullptr, 0), 0);
+  EXPECT_EQ(kvlWrite(h, nullptr, -3), -3);
+  kvlRead(h, nullptr, -1);
+  kvlSeek(h, 1, 99);
+  const std::vector<Call> want = {{77, 3, 0, 0},
+                                  {77, 3, 0, static_cast<HostWord>(-3)},
+                                  {77, 2, 0, static_cast<HostWord>(-1)},
+                                  {77, 4, 1, 99}};
+  EXPECT_EQ(calls, want);
+  EXPECT_EQ(FillKvlIOBuf(h), 0);
+  EXPECT_EQ(FlushKvlIO(h), 0);
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
+TEST_F(Procedure, AnswersOfTheProcedureAreTheResults) {
+  const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
+  failAt = static_cast<int32_t>(calls.size());
+  EXPECT_EQ(kvlWrite(h, "abc", 3), -1);
+  EXPECT_EQ(kvlWrite(h, "abc", 3), 3) << "the procedure decides, no error sticks";
+  failAt = static_cast<int32_t>(calls.size());
+  EXPECT_EQ(kvlClose(h), 0) << "closing answers 0 whatever the procedure says";
+}
+
+TEST_F(Procedure, DeletingIsToldAtTheClose) {
+  const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
+  EXPECT_EQ(kvlCloseandDelete(h, "x"), 0);
+  const Call want{77, 5, 0, 512};
+  EXPECT_EQ(calls.back(), want);
+}
+
+TEST_F(Procedure, ExistenceAndDeletionCarryNoContext) {
+  const char *name = "x";
+  answer = 5;
+  EXPECT_EQ(kvlOpen(name, &d, KVL_EXISTS), 5u);
+  answer = 6;
+  EXPECT_EQ(kvlOpen(name, &d, KVL_DELETE), 6u);
+  const std::vector<Call> want = {{0, 6, reinterpret_cast<HostWord>(name), 0},
+                                  {0, 7, reinterpret_cast<HostWord>(name), 0}};
+  EXPECT_EQ(calls, want);
+}
+
+TEST_F(Procedure, AttachingUsesTheTokenThatWasGiven) {
+  d.dwToken = 99;
+  const Handle h = kvlOpen(nullptr, &d, KVL_ATTACH);
+  ASSERT_NE(h, 0u);
+  EXPECT_TRUE(calls.empty()) << "nothing is opened";
+  EXPECT_EQ(kvlWrite(h, "z", 1), 1);
+  EXPECT_EQ(kvlClose(h), 0);
+  const std::vector<Call> want = {{99, 3, 0, 1}, {99, 5, 0, 0}};
+  EXPECT_EQ(calls, want);
+}
+
+TEST_F(Procedure, ThatDeclinesANameStaysAttachedToTheFile) {
+  const support::TempDir dir;
+  const std::string path = dir.file("f");
+  support::writeFile(path, "old");
+  openAnswer = 0;
+  const Handle h = kvlOpen(path.c_str(), &d, KVL_OUTPUT);
+  ASSERT_NE(h, 0u);
+  EXPECT_EQ(support::readText(path), "") << "created all the same";
+  EXPECT_EQ(kvlWrite(h, "abc", 3), 3);
+  EXPECT_EQ(kvlClose(h), 0);
+  EXPECT_EQ(support::readText(path), "");
+  EXPECT_EQ(written, "abc");
+  const Call want{0, 5, 0, 0};
+  EXPECT_EQ(calls.back(), want);
+}
+
+TEST_F(Procedure, ThatDeclinesAStreamWithoutANameOpensNothing) {
+  openAnswer = 0;
+  EXPECT_EQ(kvlOpen("", &d, KVL_OUTPUT), 0u);
+  EXPECT_EQ(kvlOpen(nullptr, &d, KVL_READ), 0u);
+}
+
+TEST_F(Procedure, EndingsOfLinesAreSingleBytes) {
+  const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
+  calls.clear();
+  EXPECT_EQ(kvlSetLineFormat(h, 0), 0);
+  EXPECT_EQ(kvlWriteLine(h, "ab", 2), 2);
+  const std::vector<Call> want = {{77, 3, 0, 2}, {77, 3, 0, 1}, {77, 3, 0, 1}};
+  EXPECT_EQ(calls, want);
+  EXPECT_EQ(written, "ab\r\n");
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
+// A line, some values and a record, written through a procedure that fails at its Nth call.
+int32_t writeSomething(Handle h) {
+  const uint16_t shorts[2] = {1, 2};
+  const uint8_t bytes[16] = {};
+  kvlSetLineFormat(h, 0);
+  if (kvlWriteLine(h, "line", 4) != 4) return 1;
+  if (kvlWriteShort(h, shorts, 2) != 2) return 2;
+  if (kvlWriteChar(h, shorts, 1) != 1) return 3;
+  if (kvlWriteStruct(h, bytes, "CS(L|D)", 1) != 1) return 4;
+  if (kvlSeek(h, 0, 0) != 0) return 5;
+  return 0;
+}
+
+TEST_F(Procedure, MayFailAtAnyCall) {
+  const int32_t expected[] = {1, 1, 1, 2, 2, 3, 4, 4, 4, 5};
+  for (int32_t n = 0; n < 12; ++n) {
+    SetUp();
+    const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
+    failAt = n + 1;
+    EXPECT_EQ(writeSomething(h), n < 10 ? expected[n] : 0) << n;
+    EXPECT_EQ(kvlClose(h), 0);
+  }
+  SetUp();
+  failAt = 0;  // -1 is a token like any other
+  const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
+  EXPECT_NE(h, 0u);
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
+}  // namespace
