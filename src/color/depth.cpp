@@ -4,11 +4,8 @@
 #include <cstdio>
 
 #include "color/bitmap.h"
-#include "color/colormap.h"
 #include "color/debug_level.h"
-#include "color/indexed_rows.h"
-#include "color/rgb_rows.h"
-#include "color/row_source.h"
+#include "color/row_converter.h"
 #include "raxel/color.h"
 #include "runtime/blocks.h"
 
@@ -26,33 +23,16 @@ void printRow(uint32_t width, uint32_t y) {
   if (printsRowMarks()) std::fputs(".", stderr);
 }
 
-// Runs `convertRow(from, to)` for every row.
-template <class ConvertRow>
-void convertRows(const DepthChange &change, std::span<uint8_t> out, const ConvertRow &convertRow) {
-  const auto lineBytes = static_cast<size_t>(bytesPerLine(change.width, change.depth));
-  const bool writes = isPixelDepth(change.depth) && change.width != 0;
-  if (!writes && !printsSummaries()) return;
-  RowSource source(change.bits, change.width, change.sourceDepth);
-  for (uint32_t y = 0; y < change.height; ++y) {
-    if (writes) convertRow(source.row(y), out.data() + y * lineBytes);
-    printRow(change.width, y);
-  }
-}
-
 }  // namespace
 
 void convertDepth(const DepthChange &change, std::span<uint8_t> out) {
-  const uint32_t width = change.width;
-  if (hasColormap(change.sourceDepth)) {
-    IndexedRows rows;
-    prepareIndexedRows(change, rows);
-    convertRows(change, out,
-                [&](const uint8_t *from, uint8_t *to) { convertIndexedRow(rows, from, to, width); });
-  } else {
-    RgbRows rows;
-    prepareRgbRows(change, rows);
-    convertRows(change, out,
-                [&](const uint8_t *from, uint8_t *to) { convertRgbRow(rows, from, to, width); });
+  const bool writes = isPixelDepth(change.depth) && change.width != 0;
+  if (!writes && !printsSummaries()) return;
+  RowConverter rows(change);
+  const auto lineBytes = static_cast<size_t>(bytesPerLine(change.width, change.depth));
+  for (uint32_t y = 0; y < change.height; ++y) {
+    if (writes) rows.convert(y, out.data() + y * lineBytes);
+    printRow(change.width, y);
   }
 }
 

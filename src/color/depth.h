@@ -14,8 +14,8 @@ struct DepthChange {
   uint32_t height = 0;
   int16_t sourceDepth = 0;
   int16_t depth = 0;
-  std::span<const uint8_t> sourceTable;
-  std::span<const uint8_t> table;
+  std::span<const uint8_t> sourceTable = {};
+  std::span<const uint8_t> table = {};
   uint16_t count = 0;  // entries of the destination's table
 };
 

@@ -1,19 +1,281 @@
 #include "color/nearest_search.h"
 
+#include <algorithm>
+#include <cstring>
+
 #include "color/nearest.h"
 
 namespace color {
 
-void startSearch(NearestSearch &search, std::span<const uint8_t> table, uint16_t count) {
-  search.table = table;
-  // A count is a signed 16-bit number to the search: from 32768 on there are no entries.
-  search.count = static_cast<int16_t>(count);
+constexpr AddressTable kAddress = [] {
+  AddressTable table{};
+  for (uint32_t v = 0; v < 256; ++v) {
+    table.red[v] = (v >> 2) << 18 | (v & 3) << 4;
+    table.green[v] = (v >> 2) << 12 | (v & 3) << 2;
+    table.blue[v] = (v >> 2) << 6 | (v & 3);
+  }
+  return table;
+}();
+
+namespace {
+
+constexpr uint32_t kFineCells = 64 * 64 * 64;
+constexpr uint32_t kCoarseCells = 16 * 16 * 16;
+constexpr uint32_t kGreySums = 3 * 255 + 1;
+constexpr uint32_t kFewPixels = 256;    // below this, preparing costs more than it saves
+constexpr uint32_t kMostEntries = 256;  // answers are bytes
+constexpr uint32_t kMostUnits = 65536;  // unit numbers are 16 bits
+
+constexpr int32_t kFineSide = 4;
+constexpr int32_t kCoarseSide = 16;
+
+// A cube of colours: its lowest corner and the length of its sides.
+struct Cube {
+  int32_t low[3];
+  int32_t side;
+};
+
+// A list of colours by their places in search.colors, ascending.
+struct Candidates {
+  uint32_t count;
+  uint8_t places[256];
+};
+
+int32_t square(int32_t d) {
+  return d * d;
 }
+
+// Four times the squared distance of a colour from the middle of a cube, where four keeps it whole.
+int32_t distanceFromMiddle(const uint8_t *color, const Cube &cube) {
+  int32_t sum = 0;
+  for (int a = 0; a < 3; ++a) sum += square(2 * color[a] - 2 * cube.low[a] - (cube.side - 1));
+  return sum;
+}
+
+// The least that a colour's squared distance exceeds another's by, over the whole cube. Squared
+// distances to two fixed colours differ by a linear function of the request, so that the least
+// difference is at a corner and each axis decides for itself.
+int32_t leastExcess(const uint8_t *color, const uint8_t *other, const Cube &cube) {
+  int32_t least = 0;
+  for (int a = 0; a < 3; ++a) {
+    const int32_t apart = color[a] - other[a];
+    const int32_t corner = apart > 0 ? cube.low[a] + cube.side - 1 : cube.low[a];
+    least += apart * (color[a] + other[a] - 2 * corner);
+  }
+  return least;
+}
+
+// Keeps the colours that can be the answer somewhere in a cube: those not beaten throughout by the
+// colour nearest to its middle. One that is never nearer than that, only as near, loses the tie when
+// it comes later in the table.
+void keepPossible(const NearestSearch &search, const Cube &cube, Candidates &candidates) {
+  if (candidates.count == 0) return;
+  uint32_t winner = 0;
+  int32_t least = INT32_MAX;
+  for (uint32_t i = 0; i < candidates.count; ++i) {
+    const int32_t distance = distanceFromMiddle(search.colors[candidates.places[i]], cube);
+    if (distance < least) {
+      least = distance;
+      winner = i;
+    }
+  }
+  const uint8_t *best = search.colors[candidates.places[winner]];
+  uint32_t kept = 0;
+  for (uint32_t i = 0; i < candidates.count; ++i) {
+    const int32_t excess = leastExcess(search.colors[candidates.places[i]], best, cube);
+    if (excess < 0 || (excess == 0 && i <= winner)) candidates.places[kept++] = candidates.places[i];
+  }
+  candidates.count = kept;
+}
+
+// Units for n bytes, or 0 when there is no more room; unit 0 is never given out.
+uint32_t takeUnits(NearestSearch &search, uint32_t bytes) {
+  const uint32_t wanted = (bytes + kUnitBytes - 1) / kUnitBytes;
+  if (wanted > search.unitCount - search.unitsUsed) return 0;
+  const uint32_t first = search.unitsUsed;
+  search.unitsUsed += wanted;
+  return first;
+}
+
+// The candidates of the coarse cell around a fine one. A list is a byte with the count less 1 and the
+// places.
+void coarseCandidates(NearestSearch &search, const Cube &fine, Candidates &out) {
+  Cube coarse{{}, kCoarseSide};
+  uint32_t cell = 0;
+  for (int a = 0; a < 3; ++a) {
+    coarse.low[a] = fine.low[a] & ~(kCoarseSide - 1);
+    cell = cell << 4 | static_cast<uint32_t>(fine.low[a] / kCoarseSide);
+  }
+  if (search.lists[cell] != 0) {
+    const uint8_t *list = search.units + search.lists[cell] * kUnitBytes;
+    out.count = list[0] + 1u;
+    std::memcpy(out.places, list + 1, out.count);
+    return;
+  }
+  out.count = search.colorCount;
+  for (uint32_t i = 0; i < out.count; ++i) out.places[i] = static_cast<uint8_t>(i);
+  keepPossible(search, coarse, out);
+  if (out.count == 0) return;
+  const uint32_t unit = takeUnits(search, out.count + 1);
+  if (unit == 0) return;
+  uint8_t *list = search.units + unit * kUnitBytes;
+  list[0] = static_cast<uint8_t>(out.count - 1);
+  std::memcpy(list + 1, out.places, out.count);
+  search.lists[cell] = static_cast<uint16_t>(unit);
+}
+
+// The squared distance of a request from a grey is 3 v v - 2 v sum and a term that is the same for
+// all greys: the nearest one depends on the sum of the channels alone.
+uint8_t nearestGrey(NearestSearch &search, int32_t sum) {
+  uint16_t &known = search.greys[sum];
+  if (known == 0) {
+    int32_t least = INT32_MAX;
+    known = 1;
+    for (int32_t i = 0; i < search.count; ++i) {
+      const uint8_t *entry = search.table.data() + ptrdiff_t{i} * 3;
+      const int32_t v = entry[0];
+      if (v != entry[1] || v != entry[2]) continue;
+      const int32_t order = 3 * v * v - 2 * v * sum;
+      if (order >= least) continue;
+      least = order;
+      known = static_cast<uint16_t>(i + 1);
+    }
+  }
+  return static_cast<uint8_t>(known - 1);
+}
+
+// The answers for the colours of a fine cell that are not grey.
+void answerColors(const NearestSearch &search, const Cube &cube, const Candidates &candidates,
+                  uint8_t *out) {
+  // The key of an answer is its distance and then its place: the smallest key is the first of the
+  // nearest.
+  int32_t least[64];
+  std::fill(least, least + 64, INT32_MAX);
+  for (uint32_t n = 0; n < candidates.count; ++n) {
+    const uint8_t *color = search.colors[candidates.places[n]];
+    int32_t keys[3][4];
+    for (int a = 0; a < 3; ++a) {
+      for (int k = 0; k < 4; ++k) keys[a][k] = square(cube.low[a] + k - color[a]) << 8;
+    }
+    int32_t plane[16];
+    for (int k = 0; k < 16; ++k) plane[k] = keys[1][k / 4] + keys[2][k % 4] + candidates.places[n];
+    for (int r = 0; r < 4; ++r) {
+      for (int k = 0; k < 16; ++k) {
+        const int32_t key = plane[k] + keys[0][r];
+        least[16 * r + k] = key < least[16 * r + k] ? key : least[16 * r + k];
+      }
+    }
+  }
+  for (int k = 0; k < 64; ++k)
+    out[k] = candidates.count == 0 ? uint8_t{0} : search.colorIndexes[least[k] & 255];
+}
+
+// Whether any colour of a fine cell counts as grey.
+bool mayBeGrey(const Cube &cube) {
+  const auto farApart = [&](int a, int b) {
+    const int32_t apart = cube.low[a] > cube.low[b] ? cube.low[a] - cube.low[b] : cube.low[b] - cube.low[a];
+    return apart > kGreyTolerance + kFineSide - 1;
+  };
+  return !farApart(0, 1) && !farApart(1, 2) && !farApart(0, 2);
+}
+
+// Puts the answers for greys in their places.
+void answerGreys(NearestSearch &search, const Cube &cube, uint8_t *out) {
+  for (int k = 0; k < 64; ++k) {
+    const int32_t red = cube.low[0] + k / 16;
+    const int32_t green = cube.low[1] + k / 4 % 4;
+    const int32_t blue = cube.low[2] + k % 4;
+    if (isGreyRequest(red, green, blue)) out[k] = nearestGrey(search, red + green + blue);
+  }
+}
+
+void sortTable(NearestSearch &search) {
+  for (int32_t i = 0; i < search.count; ++i) {
+    const uint8_t *entry = search.table.data() + ptrdiff_t{i} * 3;
+    if (entry[0] == entry[1] && entry[1] == entry[2]) continue;
+    std::memcpy(search.colors[search.colorCount], entry, 3);
+    search.colorIndexes[search.colorCount++] = static_cast<uint8_t>(i);
+  }
+}
+
+}  // namespace
+
+void startSearch(NearestSearch &search, std::span<const uint8_t> table, uint16_t count, uint64_t pixels) {
+  search.table = table;
+  search.count = std::min(static_cast<int32_t>(std::max(static_cast<int16_t>(count), int16_t{0})),
+                          static_cast<int32_t>(std::min<size_t>(table.size() / 3, 32767)));
+  if (pixels < kFewPixels || search.count > static_cast<int32_t>(kMostEntries)) return;
+  // Without entries the answer is 0.
+  const auto uniform = static_cast<uint32_t>(std::max(search.count, 1));
+  const auto units = static_cast<uint32_t>(std::min<uint64_t>(1 + uniform + pixels, kMostUnits));
+  constexpr size_t kTables = (size_t{kFineCells} + kCoarseCells + kGreySums + 2) * sizeof(uint16_t);
+  search.memory = runtime::Block::ofSize(kTables + size_t{units} * kUnitBytes);
+  if (!search.memory) return;
+  search.cells = static_cast<uint16_t *>(GlobalLock(search.memory.handle()));
+  search.lists = search.cells + kFineCells;
+  search.greys = search.lists + kCoarseCells;
+  search.units = search.memory.data() + kTables;
+  search.unitCount = units;
+  // Unit i + 1 answers i everywhere; cells with one answer share it.
+  for (uint32_t i = 0; i < uniform; ++i) {
+    std::memset(search.units + (i + 1) * kUnitBytes, static_cast<int>(i), kUnitBytes);
+  }
+  search.unitsUsed = uniform + 1;
+  sortTable(search);
+}
+
+uint8_t findUnmet(NearestSearch &search, uint32_t address) {
+  const uint32_t cell = address / kUnitBytes;
+  Cube cube{{static_cast<int32_t>(cell >> 12) * kFineSide, static_cast<int32_t>(cell >> 6 & 63) * kFineSide,
+             static_cast<int32_t>(cell & 63) * kFineSide},
+            kFineSide};
+  Candidates candidates;
+  coarseCandidates(search, cube, candidates);
+  keepPossible(search, cube, candidates);
+  const bool greys = mayBeGrey(cube);
+  if (candidates.count == 1 && !greys) {
+    const uint8_t only = search.colorIndexes[candidates.places[0]];
+    search.cells[cell] = static_cast<uint16_t>(only + 1);
+    return only;
+  }
+  uint8_t answers[kUnitBytes];
+  answerColors(search, cube, candidates, answers);
+  if (greys) answerGreys(search, cube, answers);
+  uint32_t unit = answers[0] + 1u;
+  if (std::memcmp(answers, search.units + unit * kUnitBytes, kUnitBytes) != 0) {
+    unit = takeUnits(search, kUnitBytes);
+    if (unit != 0) std::memcpy(search.units + unit * kUnitBytes, answers, kUnitBytes);
+  }
+  search.cells[cell] = static_cast<uint16_t>(unit);
+  return answers[address % kUnitBytes];
+}
+
+namespace {
+
+template <int pixelBytes>
+void findRemembered(NearestSearch &search, const uint8_t *pixels, uint8_t *indexes, uint32_t n) {
+  const uint16_t *cells = search.cells;
+  const uint8_t *units = search.units;
+  for (uint32_t x = 0; x < n; ++x, pixels += pixelBytes) {
+    const uint32_t address = addressOf(pixels[0], pixels[1], pixels[2]);
+    const uint32_t unit = cells[address / kUnitBytes];
+    indexes[x] = unit != 0 ? units[unit * kUnitBytes + address % kUnitBytes] : findUnmet(search, address);
+  }
+}
+
+}  // namespace
 
 void findNearest(NearestSearch &search, const uint8_t *pixels, int pixelBytes, uint8_t *indexes,
                  uint32_t n) {
-  for (uint32_t x = 0; x < n; ++x, pixels += pixelBytes) {
-    indexes[x] = static_cast<uint8_t>(nearest(pixels[0], pixels[1], pixels[2], search.table, search.count));
+  if (search.cells == nullptr) {
+    for (uint32_t x = 0; x < n; ++x, pixels += pixelBytes) {
+      indexes[x] =
+          static_cast<uint8_t>(nearest(pixels[0], pixels[1], pixels[2], search.table, search.count));
+    }
+  } else if (pixelBytes == 3) {
+    findRemembered<3>(search, pixels, indexes, n);
+  } else {
+    findRemembered<4>(search, pixels, indexes, n);
   }
 }
 

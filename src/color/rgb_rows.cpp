@@ -64,7 +64,9 @@ void prepareRgbRows(const DepthChange &change, RgbRows &rows) {
   rows.sourceDepth = readableDepth(change.sourceDepth);
   rows.depth = change.depth;
   rows.hasTable = change.table.data() != nullptr;
-  if (rows.hasTable && rows.depth <= 8) startSearch(rows.search, change.table, change.count);
+  if (rows.hasTable && rows.depth <= 8) {
+    startSearch(rows.search, change.table, change.count, uint64_t{change.width} * change.height);
+  }
 }
 
 void convertRgbRow(RgbRows &rows, const uint8_t *from, uint8_t *to, uint32_t width) {

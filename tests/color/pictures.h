@@ -96,7 +96,7 @@ inline plain::Table table(support::Random &random, uint32_t entries) {
 
 // A side of a picture: mostly short, at times up to 70.
 inline uint32_t side(support::Random &random) {
-  return static_cast<uint32_t>(random.between(1, random.chance(10) ? 70 : 12));
+  return static_cast<uint32_t>(random.between(1, random.chance(25) ? 70 : 12));
 }
 
 }  // namespace pictures

@@ -1,0 +1,131 @@
+#include "color/dither_picture.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "color/bitmap.h"
+#include "color/diffuse_colors.h"
+#include "color/diffuse_greys.h"
+#include "color/grey.h"
+#include "color/nearest.h"
+#include "color/packed_pixels.h"
+#include "color/row_converter.h"
+
+namespace color {
+
+namespace {
+
+// Rows of 24 bits, read in place where the source has them.
+class WideRows {
+ public:
+  explicit WideRows(const DepthChange &change) : rows_(widening(change)) {
+    if (change.sourceDepth != 24) row_ = runtime::Block::ofSize(uint64_t{change.width} * 3);
+  }
+
+  const uint8_t *row(uint32_t y) {
+    if (!row_) return rows_.sourceRow(y);
+    rows_.convert(y, row_.data());
+    return row_.data();
+  }
+
+ private:
+  static DepthChange widening(DepthChange change) {
+    change.depth = 24;
+    change.table = {};
+    change.count = 0;
+    return change;
+  }
+
+  RowConverter rows_;
+  runtime::Block row_;
+};
+
+// Packs rows of one byte a pixel into the picture.
+struct PackedRows {
+  std::span<uint8_t> out;
+  uint32_t width;
+  int16_t depth;
+
+  void put(uint32_t y, const uint8_t *values) const {
+    uint8_t *row = out.data() + y * static_cast<size_t>(bytesPerLine(width, depth));
+    if (depth == 1) {
+      packBits(values, width, row);
+    } else if (depth == 4) {
+      packNibbles(values, width, row);
+    } else {
+      std::copy(values, values + width, row);
+    }
+  }
+};
+
+void putGreys(const uint8_t *row, uint32_t width, uint8_t *levels) {
+  for (size_t x = 0; x < width; ++x) levels[x] = greyOf(row[3 * x], row[3 * x + 1], row[3 * x + 2]);
+}
+
+bool ditherGreys(const DepthChange &change, const PackedRows &packed) {
+  GreyDiffusion diffusion;
+  prepareGreys(diffusion, change.table, static_cast<int16_t>(change.count));
+  // Two rows with a byte before each, and the values of one.
+  const size_t room = size_t{change.width} + 1;
+  const runtime::Block memory = runtime::Block::ofSize(uint64_t{3} * room);
+  if (!memory) return false;
+  uint8_t *current = memory.data() + 1;
+  uint8_t *next = current + room;
+  uint8_t *values = next + room;
+  WideRows wide(change);
+  putGreys(wide.row(0), change.width, current);
+  for (uint32_t y = 0; y < change.height; ++y) {
+    if (y + 1 < change.height) putGreys(wide.row(y + 1), change.width, next);
+    diffuseGreyRow(diffusion, current, next, values, change.width);
+    packed.put(y, values);
+    std::swap(current, next);
+  }
+  return true;
+}
+
+void putPixels(const uint8_t *row, uint32_t width, bool bilevel, PixelWord *pixels) {
+  for (size_t x = 0; x < width; ++x, row += 3) {
+    const uint8_t grey = greyOf(row[0], row[1], row[2]);
+    pixels[x] = bilevel ? packPixel(grey, grey, grey) : packPixel(row[0], row[1], row[2]);
+  }
+}
+
+bool ditherColors(const DepthChange &change, const PackedRows &packed) {
+  NearestSearch search;
+  startSearch(search, change.table, change.count, uint64_t{change.width} * change.height);
+  ColorDiffusion diffusion;
+  if (search.cells == nullptr || !startDiffusion(diffusion, search, change.width)) return false;
+  for (size_t i = 0; i < change.count; ++i) {
+    const uint8_t *entry = change.table.data() + 3 * i;
+    diffusion.entries[i] = packPixel(entry[0], entry[1], entry[2]);
+    // Packing looks each pixel's colour up once more, and may find another entry.
+    diffusion.stored[i] =
+        static_cast<uint8_t>(nearest(entry[0], entry[1], entry[2], change.table, change.count));
+  }
+  WideRows wide(change);
+  const bool bilevel = change.depth == 1;
+  putPixels(wide.row(0), change.width, bilevel, diffusion.rows[0]);
+  for (uint32_t y = 0; y < change.height; y += kRowsAtOnce) {
+    const uint32_t rows = std::min(kRowsAtOnce, change.height - y);
+    for (uint32_t k = 1; k <= rows && k < change.height - y; ++k) {
+      putPixels(wide.row(y + k), change.width, bilevel, diffusion.rows[k]);
+    }
+    diffuseRows(diffusion, rows);
+    for (uint32_t k = 0; k < rows; ++k) packed.put(y + k, diffusion.values[k]);
+  }
+  return true;
+}
+
+}  // namespace
+
+bool ditherPicture(const DepthChange &change, std::span<uint8_t> out) {
+  // Without entries everything is 0, and so are pictures without pixels.
+  if (change.count == 0 || change.width == 0 || change.height == 0) return true;
+  const PackedRows packed{out, change.width, change.depth};
+  if (change.depth == 1 && hasGrey(change.table, static_cast<int16_t>(change.count))) {
+    return ditherGreys(change, packed);
+  }
+  return ditherColors(change, packed);
+}
+
+}  // namespace color
