@@ -1,0 +1,61 @@
+// The one-call export: a finished picture becomes a file, a block or a host stream.
+#include "entry/output_stream.h"
+#include "raxel/filter.h"
+#include "raxel/memory.h"
+#include "runtime/settings_in_use.h"
+#include "runtime/unaligned.h"
+
+namespace entry {
+namespace {
+
+enum ExportWord : size_t { kExportSetup = 2, kExportStatus = 6 };
+
+// What the host says about picture and display: 28 bytes with fixed offsets, at any address.
+struct CellInfo {
+  int16_t displayResolution;   // dots per inch, for both axes
+  uint16_t pictureResolution;  // extent units per inch
+  int32_t extentX;
+  int32_t extentY;
+  int32_t displayWidth;  // dots
+  int32_t displayHeight;
+};
+
+CellInfo readInfo(const void *info) {
+  const auto *bytes = static_cast<const uint8_t *>(info);
+  return {runtime::load<int16_t>(bytes + 2),  runtime::load<uint16_t>(bytes + 10),
+          runtime::load<int32_t>(bytes + 12), runtime::load<int32_t>(bytes + 16),
+          runtime::load<int32_t>(bytes + 20), runtime::load<int32_t>(bytes + 24)};
+}
+
+}  // namespace
+}  // namespace entry
+
+uint32_t ExportCellData(const char *name, PictureRecord *picture, const void *info,
+                        HostWord *exportRecord) {
+  if (picture == nullptr || info == nullptr || exportRecord == nullptr) return RAXEL_BAD_SETUP;
+  auto *settings = static_cast<RasterSetup *>(GlobalLock(exportRecord[entry::kExportSetup]));
+  if (settings == nullptr) return RAXEL_BAD_SETUP;
+  auto *status = reinterpret_cast<HostWord *>(exportRecord[entry::kExportStatus]);
+  const runtime::SettingsInUse use(settings);
+  lpRaster = settings;
+  settings->lpStatus = status;
+
+  void *memory = nullptr;
+  const Handle file = entry::openOutput({name, settings->lpfnOutputProc, status}, &memory);
+  if (file == 0) return RAXEL_CANNOT_WRITE;
+  // The host's procedure may have locked another record meanwhile. One that destroyed ours has left
+  // none, and the picture has no format then.
+  lpRaster = use.destroyed() ? nullptr : settings;
+
+  const entry::CellInfo cell = entry::readInfo(info);
+  SetDisplayInfo(cell.displayWidth, cell.displayHeight, cell.displayResolution, cell.displayResolution);
+  picture->dExtentX = cell.extentX;
+  picture->dExtentY = cell.extentY;
+  picture->nResolution = cell.pictureResolution;
+
+  // Once the output is open the call reports success, whatever became of the picture: hosts learn of
+  // that through the status callback or the stream procedure.
+  OutputPicture(file, picture, DrawExportCellData);
+  entry::closeOutput(file, status, &memory);
+  return RAXEL_OK;
+}

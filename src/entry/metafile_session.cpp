@@ -1,0 +1,184 @@
+// A metafile session: the output is opened at the start, the host records a metafile, and the end
+// renders it into the output and closes.
+#include "entry/metafile_session.h"
+
+#include <cstring>
+
+#include "entry/host_status.h"
+#include "entry/output_stream.h"
+#include "raxel/driver.h"
+#include "raxel/memory.h"
+#include "runtime/settings_in_use.h"
+
+namespace entry {
+namespace {
+
+// Words of the initialisation record.
+enum InitWord : size_t { kPlatform1 = 1, kFileName = 3, kPlatform2 = 5, kSetup = 13, kStatus = 14 };
+
+struct WriterFields {
+  int32_t bitmapMode;
+  uint32_t photometric;
+  uint32_t bitsPerSample;
+  uint32_t samplesPerPixel;  // 0: left as it is
+  uint32_t colors;
+};
+
+constexpr WriterFields kWriterFields[] = {
+    {215, 1, 1, 0, 2},    // bilevel
+    {216, 1, 4, 0, 16},   // 16 greys
+    {217, 1, 8, 0, 256},  // 256 greys
+    {218, 3, 4, 0, 8},    // 8 colours
+    {219, 3, 4, 0, 16},   // 16 colours
+    {221, 3, 8, 0, 256},  // 256 colours
+    {222, 2, 8, 3, 0},    // RGB
+};
+
+int32_t closeSessionOutput(RasterSetup &settings) {
+  const Handle stream = settings.hOutFile;
+  settings.hOutFile = 0;
+  return closeOutput(stream, settings.lpStatus, &settings.lpOutputMemory);
+}
+
+// Takes the name over and leaves the host an empty one. False for a name that does not fit.
+bool takeName(RasterSetup &settings, char *name) {
+  const size_t length = name == nullptr ? 0 : strnlen(name, sizeof settings.szOutputFile);
+  const bool fits = length < sizeof settings.szOutputFile;
+  std::memset(settings.szOutputFile, 0, sizeof settings.szOutputFile);
+  if (fits && length != 0) std::memcpy(settings.szOutputFile, name, length);
+  if (name != nullptr) name[0] = '\0';
+  return fits;
+}
+
+// The colour mode by the code that the host gave for it.
+int32_t externalColorMode(int32_t colorMode) {
+  return colorMode >= 104 && colorMode <= 107 ? colorMode - 2 : 101;
+}
+
+MetafilePicture describe(Handle metafile, const RasterSetup &settings) {
+  MetafilePicture picture = {};
+  picture.hMetafile = metafile;
+  picture.nFrameLeft = statusWord(settings.lpStatus, kStatusFrameLeft);
+  picture.nFrameTop = statusWord(settings.lpStatus, kStatusFrameTop);
+  picture.nFrameRight = statusWord(settings.lpStatus, kStatusFrameRight);
+  picture.nFrameBottom = statusWord(settings.lpStatus, kStatusFrameBottom);
+  picture.nFrameResolution = statusWord(settings.lpStatus, kStatusFrameResolution);
+  std::memcpy(picture.dGeometry, settings.dPictureGeometry, sizeof picture.dGeometry);
+  picture.dRoundedWidth = settings.dRoundedWidth;
+  picture.dRoundedHeight = settings.dRoundedHeight;
+  picture.dwPlatform = settings.dwPlatformA;
+  return picture;
+}
+
+}  // namespace
+
+void setWriterFields(TiffWriterState &tiff, int32_t bitmapMode) {
+  for (const WriterFields &row : kWriterFields) {
+    if (row.bitmapMode != bitmapMode) continue;
+    tiff.nPhotometric = row.photometric;
+    tiff.nBitsPerSample = row.bitsPerSample;
+    if (row.samplesPerPixel != 0) tiff.nSamplesPerPixel = row.samplesPerPixel;
+    tiff.nColors = row.colors;
+  }
+}
+
+void tellItems(ItemCallback tell, Handle setup, Handle recordSetup, const RasterSetup &settings) {
+  struct {
+    HostWord number;
+    Handle setup;
+    int32_t value;
+  } const items[] = {
+      {1, setup, externalColorMode(settings.nColorMode)},
+      {2, setup, AltFontsAvailable() != 0 ? 111 : 110},
+      {6, setup, 130},
+      {5, recordSetup, settings.nLineMode},
+      {3, setup, 1},
+  };
+  for (const auto &item : items) {
+    int32_t value = item.value;
+    tell(item.setup, item.number, sizeof value, reinterpret_cast<HostWord>(&value), 0, 0);
+  }
+}
+
+int32_t renderMetafile(Handle metafile, RasterSetup &settings) {
+  const runtime::SettingsInUse use(&settings);
+  if (metafile == 0 || escape() != 0 || use.destroyed()) return RAXEL_NO_MEMORY;
+  lpRaster = &settings;
+  MetafilePicture picture = describe(metafile, settings);
+  const int32_t result = OutputPicture(settings.hOutFile, &picture, DrawPlatformMetafile);
+  if (escape() != 0 && !use.destroyed() && settings.szOutputFile[0] != '\0') {
+    kvlOpen(settings.szOutputFile, nullptr, KVL_DELETE);
+  }
+  return result;
+}
+
+}  // namespace entry
+
+int32_t initdvr(HostWord *record) {
+  using namespace entry;
+  if (record == nullptr) return RAXEL_BAD_SETUP;
+  hRaster = record[kSetup];
+  lpRaster = static_cast<RasterSetup *>(GlobalLock(hRaster));
+  if (lpRaster == nullptr) return RAXEL_BAD_SETUP;
+  RasterSetup &settings = *lpRaster;
+  // A session that was never terminated: its output is closed as it stands.
+  if (settings.hOutFile != 0) closeSessionOutput(settings);
+
+  auto *status = reinterpret_cast<HostWord *>(record[kStatus]);
+  settings.lpStatus = status;
+  HostWord itemCallback = 0;
+  const HostWord platform =
+      InitPlatformMetafileFilter(record[kPlatform1], record[kPlatform2], status, &settings.dwPlatformA,
+                                 &hSetup, &settings.dwPlatformB, &itemCallback);
+
+  auto *name = reinterpret_cast<char *>(record[kFileName]);
+  if (!takeName(settings, name)) return RAXEL_CANNOT_WRITE;
+  settings.hOutFile =
+      openOutput({settings.szOutputFile, settings.lpfnOutputProc, status}, &settings.lpOutputMemory);
+  // A host procedure that refuses goes unnoticed here; the session then has no output.
+  if (settings.hOutFile == 0 && settings.lpfnOutputProc == nullptr) return RAXEL_CANNOT_WRITE;
+  if (name != nullptr) name[0] = '\0';
+
+  setWriterFields(settings.tiff, settings.nBitmapMode);
+  settings.dwStatusValue = statusWord(status, kStatusValue);
+  settings.dwPlatformResult = platform;
+  record[kSetup] = hSetup;
+  if (itemCallback != 0) {
+    tellItems(reinterpret_cast<ItemCallback>(itemCallback), hRaster, record[kSetup], settings);
+  }
+  return RAXEL_OK;
+}
+
+int32_t termdvr(HostWord /*unused*/) {
+  const Handle metafile = GetMetaFileHandle();
+  RasterSetup *settings = lpRaster;
+  const runtime::SettingsInUse use(settings);
+  int32_t result =
+      settings != nullptr ? entry::renderMetafile(metafile, *settings) : int32_t{RAXEL_NO_MEMORY};
+  DeleteMetaFileHandle();
+  const int32_t ended = TermPlatformMetafileFilter();
+  if (settings != nullptr && !use.destroyed() && settings->hOutFile != 0 &&
+      entry::closeSessionOutput(*settings) != 0) {
+    result = RAXEL_CANNOT_WRITE;
+  }
+  return result == RAXEL_OK ? ended : result;
+}
+
+int32_t escape() {
+  if (lpCommon == nullptr || lpCommon->lpSessStatus == nullptr) return 0;
+  const HostWord *status = lpCommon->lpSessStatus;
+  const int32_t stop =
+      CallGetSet_Status(entry::statusCallback(status), entry::statusWord(status, entry::kStatusContext), 0,
+                        0, 0, lpCommon->nSessStatusArg, 0, 0);
+  if (stop == 0) return RAXEL_OK;
+  push_er(RAXEL_STOPPED);
+  return RAXEL_STOPPED;
+}
+
+int32_t esc_mode(int32_t /*on*/) {
+  return 0;
+}
+
+int32_t AltFontsAvailable() {
+  return 0;
+}

@@ -1,0 +1,356 @@
+// Metafile sessions from initdvr to termdvr.
+#include "entry/metafile_session.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "entry/export_host.h"
+#include "raxel/driver.h"
+#include "support/stream_procedure.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using entry_test::Bytes;
+using entry_test::ExportHost;
+
+class MetafileSession : public testing::Test {
+ protected:
+  MetafileSession() {
+    record_[1] = 4711;
+    record_[13] = host_.setup();
+    record_[14] = reinterpret_cast<HostWord>(host_.status.record());
+  }
+  ~MetafileSession() override {
+    hCommon = 0;
+    lpCommon = nullptr;
+  }
+
+  // Starts a session that writes to this name.
+  int32_t start(const std::string &name) {
+    name_.assign(name.begin(), name.end());
+    name_.push_back('\0');
+    record_[3] = reinterpret_cast<HostWord>(name_.data());
+    record_[13] = host_.setup();
+    return initdvr(record_.data());
+  }
+  static int32_t end() { return termdvr(0); }
+
+  ExportHost host_;
+  support::TempDir folder_;
+  std::vector<char> name_;
+  std::array<HostWord, 16> record_ = {};
+  SessionCommon common_ = {};
+};
+
+TEST_F(MetafileSession, OpensAndClosesItsOutputAndEndsWith300) {
+  const std::string path = folder_.file("out.tif");
+  EXPECT_EQ(start(path), 0);
+  EXPECT_TRUE(std::filesystem::exists(path));
+  EXPECT_EQ(lpRaster, &host_.settings());
+  EXPECT_EQ(hRaster, host_.setup());
+  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(support::readFile(path).size(), 0u) << "no picture is written";
+  EXPECT_EQ(host_.settings().hOutFile, 0u);
+}
+
+TEST_F(MetafileSession, EmptiesTheHostsNameAndItsSetupWord) {
+  hSetup = 99;
+  EXPECT_EQ(start(folder_.file("out.tif")), 0);
+  EXPECT_EQ(name_[0], '\0');
+  EXPECT_EQ(record_[13], 0u);
+  EXPECT_EQ(hSetup, 0u) << "the hook has set it";
+  EXPECT_EQ(host_.settings().szOutputFile, folder_.file("out.tif"));
+  end();
+}
+
+TEST_F(MetafileSession, KeepsTheHostsWords) {
+  host_.status.word(4) = 1234;
+  host_.settings().dwPlatformA = 5;
+  host_.settings().dwPlatformB = 6;
+  start(folder_.file("out.tif"));
+  EXPECT_EQ(host_.settings().lpStatus, host_.status.record());
+  EXPECT_EQ(host_.settings().dwStatusValue, 1234u);
+  EXPECT_EQ(host_.settings().dwPlatformResult, 4711u) << "the hook's answer: the first value";
+  EXPECT_EQ(host_.settings().dwPlatformA, 0u);
+  EXPECT_EQ(host_.settings().dwPlatformB, 0u);
+  end();
+}
+
+TEST_F(MetafileSession, WithoutASetupNothingIsOpened) {
+  const std::string path = folder_.file("out.tif");
+  name_.assign(path.begin(), path.end());
+  name_.push_back('\0');
+  record_[3] = reinterpret_cast<HostWord>(name_.data());
+  record_[13] = 0;
+  EXPECT_EQ(initdvr(record_.data()), 22);
+  EXPECT_EQ(lpRaster, nullptr);
+  EXPECT_STREQ(name_.data(), path.c_str());
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_EQ(initdvr(nullptr), 22);
+}
+
+TEST_F(MetafileSession, NamesOf143CharactersFitAndOf144DoNot) {
+  const std::string folder = folder_.path() + "/";
+  const std::string fits = folder + std::string(143 - folder.size(), 'n');
+  EXPECT_EQ(start(fits), 0);
+  EXPECT_EQ(end(), 300);
+  EXPECT_TRUE(std::filesystem::exists(fits));
+
+  for (size_t length : {144u, 145u, 200u}) {
+    const std::string tooLong = folder + std::string(length - folder.size(), 'x');
+    EXPECT_EQ(start(tooLong), 303) << length;
+    EXPECT_EQ(name_[0], '\0') << "emptied all the same";
+    EXPECT_EQ(host_.settings().hOutFile, 0u);
+    EXPECT_EQ(end(), 300);
+  }
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path()), {}), 1);
+}
+
+TEST_F(MetafileSession, AnOutputThatCannotBeOpenedIs303) {
+  EXPECT_EQ(start(folder_.file("no/such/folder/out.tif")), 303);
+  EXPECT_EQ(end(), 300);
+}
+
+TEST_F(MetafileSession, WithoutANameTheOutputIsABlock) {
+  EXPECT_EQ(start(""), 0);
+  EXPECT_NE(host_.status.word(6), 0u);
+  EXPECT_EQ(end(), 300);
+  const Bytes bytes = entry_test::bytesOf(host_.status.word(6));
+  ASSERT_FALSE(bytes.empty());
+  EXPECT_EQ(bytes[0], 0xFF) << "closing a block appends one byte";
+  GlobalFree(host_.status.word(6));
+}
+
+TEST_F(MetafileSession, ANullNameIsAnEmptyOne) {
+  record_[3] = 0;
+  EXPECT_EQ(initdvr(record_.data()), 0);
+  EXPECT_NE(host_.status.word(6), 0u);
+  EXPECT_EQ(end(), 300);
+  GlobalFree(host_.status.word(6));
+}
+
+TEST_F(MetafileSession, ABlockThatNobodyCanFindIsFreed) {
+  record_[14] = 0;
+  EXPECT_EQ(start(""), 0);
+  EXPECT_EQ(end(), 300);
+}
+
+TEST_F(MetafileSession, AHostProcedureReceivesTheOutput) {
+  support::HostStream stream;
+  host_.settings().lpfnOutputProc = stream.procedure();
+  host_.status.word(12) = stream.context();
+  EXPECT_EQ(start("picture.tif"), 0);
+  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(stream.log(), "open picture.tif 4097\nclose\n");
+}
+
+TEST_F(MetafileSession, AHostProcedureThatRefusesGoesUnnoticed) {
+  support::HostStream stream;
+  host_.settings().lpfnOutputProc = stream.procedure();
+  host_.status.word(12) = stream.context();
+  stream.failAt(1);
+  EXPECT_EQ(start(""), 0);
+  EXPECT_EQ(host_.settings().hOutFile, 0u);
+  EXPECT_EQ(end(), 300);
+}
+
+TEST_F(MetafileSession, EndingTwiceClosesOnce) {
+  support::HostStream stream;
+  host_.settings().lpfnOutputProc = stream.procedure();
+  host_.status.word(12) = stream.context();
+  start("a");
+  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(stream.count(support::HostStream::kClose), 1u);
+}
+
+TEST_F(MetafileSession, EndingWithoutASessionIs300) {
+  lpRaster = nullptr;
+  EXPECT_EQ(end(), 300);
+}
+
+TEST_F(MetafileSession, StartingAgainClosesTheFirstOutput) {
+  support::HostStream stream;
+  host_.settings().lpfnOutputProc = stream.procedure();
+  host_.status.word(12) = stream.context();
+  start("a");
+  EXPECT_EQ(start("b"), 0);
+  EXPECT_EQ(stream.log(), "open a 4097\nclose\nopen b 4097\n");
+  EXPECT_EQ(end(), 300);
+}
+
+TEST_F(MetafileSession, StartingAgainInMemoryHandsTheFirstBlockOver) {
+  start("");
+  host_.status.word(6) = 0;
+  EXPECT_EQ(start(folder_.file("second.tif")), 0);
+  EXPECT_NE(host_.status.word(6), 0u) << "the first output's block, which grew when it was closed";
+  GlobalFree(host_.status.word(6));
+  EXPECT_EQ(end(), 300);
+}
+
+TEST_F(MetafileSession, DestroyingTheSetupEndsTheSessionQuietly) {
+  start("");
+  DestroySetup(host_.setup());
+  host_.forgetSetup();
+  EXPECT_EQ(end(), 300);
+  GlobalFree(host_.status.word(6));
+}
+
+// ---- Writer fields
+
+TEST(WriterFields, FollowTheBitmapMode) {
+  const struct {
+    int32_t mode;
+    uint32_t photometric, bits, samples, colors;
+  } rows[] = {{215, 1, 1, 55, 2}, {216, 1, 4, 55, 16},   {217, 1, 8, 55, 256},
+              {218, 3, 4, 55, 8}, {219, 3, 4, 55, 16},   {221, 3, 8, 55, 256},
+              {222, 2, 8, 3, 0},  {220, 55, 55, 55, 55}, {0, 55, 55, 55, 55}};
+  for (const auto &row : rows) {
+    TiffWriterState tiff = {};
+    tiff.nPhotometric = tiff.nBitsPerSample = tiff.nSamplesPerPixel = tiff.nColors = 55;
+    entry::setWriterFields(tiff, row.mode);
+    EXPECT_EQ(tiff.nPhotometric, row.photometric) << row.mode;
+    EXPECT_EQ(tiff.nBitsPerSample, row.bits) << row.mode;
+    EXPECT_EQ(tiff.nSamplesPerPixel, row.samples) << row.mode;
+    EXPECT_EQ(tiff.nColors, row.colors) << row.mode;
+  }
+}
+
+TEST_F(MetafileSession, SetsTheWriterFieldsAtTheStart) {
+  host_.settings().nBitmapMode = 217;
+  start(folder_.file("out.tif"));
+  EXPECT_EQ(host_.settings().tiff.nPhotometric, 1u);
+  EXPECT_EQ(host_.settings().tiff.nColors, 256u);
+  end();
+  host_.settings().nBitmapMode = 220;
+  start(folder_.file("out.tif"));
+  EXPECT_EQ(host_.settings().tiff.nColors, 256u) << "220 leaves them as they are";
+  end();
+}
+
+// ---- Items
+
+struct Item {
+  HostWord setup, number, size;
+  int32_t value;
+  HostWord e, f;
+  friend bool operator==(const Item &, const Item &) = default;
+};
+std::vector<Item> told;
+
+int32_t tell(HostWord setup, HostWord item, HostWord size, HostWord value, HostWord e, HostWord f) {
+  told.push_back({setup, item, size, *reinterpret_cast<const int32_t *>(value), e, f});
+  return 1;
+}
+
+TEST(Items, FiveSettingsAreTold) {
+  RasterSetup settings = {};
+  settings.nColorMode = 103;
+  settings.nLineMode = 119;
+  told.clear();
+  entry::tellItems(&tell, 70, 80, settings);
+  EXPECT_EQ(told, (std::vector<Item>{{70, 1, 4, 101, 0, 0},
+                                     {70, 2, 4, 110, 0, 0},
+                                     {70, 6, 4, 130, 0, 0},
+                                     {80, 5, 4, 119, 0, 0},
+                                     {70, 3, 4, 1, 0, 0}}));
+}
+
+TEST(Items, ColorModesGoOutByTheHostsCodes) {
+  const int32_t rows[][2] = {{102, 101}, {103, 101}, {104, 102}, {105, 103},
+                             {106, 104}, {107, 105}, {108, 101}, {0, 101}};
+  for (const auto &row : rows) {
+    RasterSetup settings = {};
+    settings.nColorMode = row[0];
+    told.clear();
+    entry::tellItems(&tell, 1, 2, settings);
+    EXPECT_EQ(told[0].value, row[1]);
+  }
+}
+
+// ---- escape
+
+TEST_F(MetafileSession, EscapeAsksTheSessionsHost) {
+  lpCommon = &common_;
+  common_.lpSessStatus = host_.status.record();
+  common_.nSessStatusArg = 4242;
+  EXPECT_EQ(escape(), 0);
+  ASSERT_EQ(host_.status.calls.size(), 1u);
+  EXPECT_EQ(host_.status.calls[0].arguments, (std::array<HostWord, 7>{77, 0, 0, 0, 4242, 0, 0}));
+}
+
+TEST_F(MetafileSession, ARefusalThatIsKeptUpPushes901) {
+  RasterDriverState driver = {};
+  lpEMData = &driver;
+  lpCommon = &common_;
+  common_.lpSessStatus = host_.status.record();
+  host_.status.answers = {1, 0, 1, 1};
+  EXPECT_EQ(escape(), 0) << "taken back in the follow-up";
+  EXPECT_EQ(driver.nLastError, 0);
+  EXPECT_EQ(escape(), 901);
+  EXPECT_EQ(driver.nLastError, 901);
+  lpEMData = nullptr;
+}
+
+TEST_F(MetafileSession, EscapeWithoutAHostGoesOn) {
+  EXPECT_EQ(escape(), 0);
+  lpCommon = &common_;
+  EXPECT_EQ(escape(), 0);
+  common_.lpSessStatus = host_.status.record();
+  host_.status.word(2) = 0;
+  EXPECT_EQ(escape(), 0);
+  EXPECT_EQ(esc_mode(1), 0);
+  EXPECT_EQ(AltFontsAvailable(), 0);
+}
+
+// ---- Rendering, with a metafile that a platform would have recorded
+
+class Rendering : public MetafileSession {
+ protected:
+  Rendering() {
+    lpCommon = &common_;
+    common_.lpSessStatus = host_.status.record();
+    start(path_);
+    host_.status.calls.clear();
+  }
+  ~Rendering() override { end(); }
+  std::string path_ = folder_.file("out.tif");
+};
+
+TEST_F(Rendering, AsksBeforeAndAfterAndDrawsInBetween) {
+  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), 27) << "the hook allows no band rows";
+  EXPECT_EQ(host_.status.calls.size(), 2u);
+  EXPECT_TRUE(std::filesystem::exists(path_));
+}
+
+TEST_F(Rendering, AStopBeforeItIs300) {
+  host_.status.answers = {1, 1};
+  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), 300);
+  EXPECT_EQ(host_.status.calls.size(), 2u);
+  EXPECT_TRUE(std::filesystem::exists(path_));
+}
+
+TEST_F(Rendering, AStopAfterItDeletesTheFile) {
+  host_.status.answers = {0, 1, 1};
+  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), 27);
+  EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(Rendering, WithoutAMetafileNobodyIsAsked) {
+  EXPECT_EQ(entry::renderMetafile(0, host_.settings()), 300);
+  EXPECT_TRUE(host_.status.calls.empty());
+}
+
+TEST_F(Rendering, ASetupDestroyedWhileAskingIs300) {
+  host_.status.action = [this] {
+    if (host_.setup() != 0) DestroySetup(host_.setup());
+    host_.forgetSetup();
+  };
+  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), 300);
+}
+
+}  // namespace
