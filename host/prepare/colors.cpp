@@ -1,0 +1,195 @@
+#include "prepare/colors.h"
+
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <optional>
+#include <vector>
+
+#include "prepare/quantize.h"
+#include "prepare/swap.h"
+
+namespace prepare {
+namespace {
+
+// The fixed colours of the 8-colour mode, in the writer's order.
+constexpr std::array<Color, 8> kCorners{{{255, 255, 255},
+                                         {0, 0, 0},
+                                         {0, 0, 255},
+                                         {0, 255, 0},
+                                         {255, 0, 0},
+                                         {0, 255, 255},
+                                         {255, 0, 255},
+                                         {255, 255, 0}}};
+
+// The index of a corner by its bits: red 4, green 2, blue 1.
+constexpr std::array<uint8_t, 8> kCornerOf{1, 2, 3, 5, 4, 6, 7, 0};
+
+// Index of each of a picture's colours, in the order in which they appear; open addressing.
+class Palette {
+ public:
+  // The colour's index, or none when it is one too many.
+  std::optional<uint8_t> add(const uint8_t *color, uint32_t most) {
+    const uint32_t key =
+        1u << 24 | static_cast<uint32_t>(color[0]) << 16 | static_cast<uint32_t>(color[1]) << 8 | color[2];
+    for (uint32_t slot = key * 2654435761u >> 22;; slot = (slot + 1) % kSlots) {
+      if (keys_[slot] == key) return indices_[slot];
+      if (keys_[slot] != 0) continue;
+      if (count_ == most) return std::nullopt;
+      keys_[slot] = key;
+      indices_[slot] = static_cast<uint8_t>(count_);
+      std::copy_n(color, 3, colors_[count_].begin());
+      ++count_;
+      return indices_[slot];
+    }
+  }
+  const std::array<Color, 256> &colors() const { return colors_; }
+
+ private:
+  static constexpr uint32_t kSlots = 1024;  // four times the most, so that searches are short
+  std::array<uint32_t, kSlots> keys_{};
+  std::array<uint8_t, kSlots> indices_{};
+  std::array<Color, 256> colors_{};
+  uint32_t count_ = 0;
+};
+
+void writeTable(std::span<const Color> colors, uint32_t most, uint8_t *table) {
+  for (size_t i = 0; i < std::min<size_t>(colors.size(), most); ++i) {
+    std::copy(colors[i].begin(), colors[i].end(), table + 3 * i);
+  }
+}
+
+// An indexed picture of no more bits than the mode: indices and table as they are.
+void keepIndices(const Source &source, const Block &block, uint8_t *table) {
+  writeTable(source.table(), block.plan.colors, table);
+  std::vector<uint8_t> row(source.width());
+  for (uint32_t y = 0; y < source.height(); ++y) {
+    source.readIndices(y, row.data());
+    packRow(row, block.plan.bits, block.row(y));
+  }
+}
+
+// All pixels by index when the picture's colours fit the mode; false when they do not.
+bool keepColors(const Source &source, const Block &block, uint8_t *table) {
+  Palette palette;
+  std::vector<uint8_t> colors(size_t{source.width()} * 3), indices(source.width());
+  for (uint32_t y = 0; y < source.height(); ++y) {
+    source.readColors(y, colors.data());
+    const uint8_t *color = colors.data();
+    for (uint32_t x = 0; x < source.width(); ++x, color += 3) {
+      if (x != 0 && std::equal(color, color + 3, color - 3)) {
+        indices[x] = indices[x - 1];
+        continue;
+      }
+      const std::optional<uint8_t> index = palette.add(color, block.plan.colors);
+      if (!index) return false;
+      indices[x] = *index;
+    }
+    packRow(indices, block.plan.bits, block.row(y));
+  }
+  writeTable(palette.colors(), block.plan.colors, table);
+  return true;
+}
+
+// Error diffusion to the corners of the colour cube: each channel is a bilevel picture of its own, so
+// the nearest corner is found channel by channel. Floyd and Steinberg's weights, left to right.
+class CornerDither {
+ public:
+  explicit CornerDither(uint32_t width) : errors_(3 * (size_t{width} + 2)), next_(errors_.size()) {}
+
+  void row(std::span<const uint8_t> colors, uint8_t *indices) {
+    const size_t pixels = colors.size() / 3;
+    std::fill(next_.begin(), next_.end(), 0);
+    for (size_t x = 0; x < pixels; ++x) {
+      unsigned corner = 0;
+      for (size_t c = 0; c < 3; ++c) {
+        const size_t at = 3 * (x + 1) + c;  // one pixel of room on the left
+        const int wanted = colors[3 * x + c] + errors_[at] / 16;
+        const bool on = wanted >= 128;
+        const int error = wanted - (on ? 255 : 0);
+        corner = corner << 1 | (on ? 1u : 0u);
+        errors_[at + 3] += error * 7;
+        next_[at - 3] += error * 3;
+        next_[at] += error * 5;
+        next_[at + 3] += error;
+      }
+      indices[x] = kCornerOf[corner];
+    }
+    errors_.swap(next_);
+  }
+
+ private:
+  std::vector<int> errors_, next_;  // in sixteenths
+};
+
+void nearestCorners(std::span<const uint8_t> colors, uint8_t *indices) {
+  for (size_t x = 0; x < colors.size() / 3; ++x) {
+    const uint8_t *c = colors.data() + 3 * x;
+    indices[x] = kCornerOf[(c[0] >> 7) << 2 | (c[1] >> 7) << 1 | (c[2] >> 7)];
+  }
+}
+
+int quantize(const Source &source, const RaxelRequest &request, const RaxelServices *services,
+             uint32_t colors, bool dither, Reduced &out) {
+  switch (request.quantizer) {
+    case RAXEL_QUANTIZE_FAST:
+      return quantizeFast(source, colors, dither, out);
+    case RAXEL_QUANTIZE_FILTER:
+      return quantizeFilter(source, colors, dither, services, out);
+    default:
+      return quantizeBest(source, colors, dither, out);
+  }
+}
+
+}  // namespace
+
+int toRgb(const Source &source, bool untouched, const Block &block) {
+  std::vector<uint8_t> row(untouched ? 0 : size_t{source.width()} * 3);
+  for (uint32_t y = 0; y < source.height(); ++y) {
+    const uint8_t *in = untouched ? source.row(y) : row.data();
+    if (!untouched) source.readColors(y, row.data());
+    swapRedBlue(in, block.row(y), source.width());
+  }
+  return RAXEL_HOST_OK;
+}
+
+int toColor8(const Source &source, const RaxelRequest &request, const Block &block, RaxelPlan &plan,
+             uint8_t *table) {
+  writeTable(kCorners, 8, table);
+  std::vector<uint8_t> colors(size_t{source.width()} * 3), indices(source.width());
+  const bool dither = request.dither != RAXEL_DITHER_OFF;
+  CornerDither ditherer(source.width());
+  bool exact = true;
+  for (uint32_t y = 0; y < source.height(); ++y) {
+    source.readColors(y, colors.data());
+    exact = exact && std::ranges::all_of(colors, [](uint8_t v) { return v == 0 || v == 255; });
+    dither ? ditherer.row(colors, indices.data()) : nearestCorners(colors, indices.data());
+    packRow(indices, 4, block.row(y));
+  }
+  if (!exact) plan.notes |= RAXEL_NOTE_REDUCED;
+  if (!exact && dither) plan.notes |= RAXEL_NOTE_DITHERED;
+  return RAXEL_HOST_OK;
+}
+
+int toOwnColors(const Source &source, const RaxelRequest &request, const RaxelServices *services,
+                const Block &block, RaxelPlan &plan, uint8_t *table) {
+  if (source.bits() <= plan.bits) {
+    keepIndices(source, block, table);
+    return RAXEL_HOST_OK;
+  }
+  if (keepColors(source, block, table)) return RAXEL_HOST_OK;
+  plan.notes |= RAXEL_NOTE_REDUCED;
+  // With 256 colours the steps are too fine for the eye, and dithering would only add noise.
+  const bool dither = request.dither == RAXEL_DITHER_ON ||
+                      (request.dither == RAXEL_DITHER_AUTO && plan.mode == RAXEL_MODE_COLOR16);
+  if (dither) plan.notes |= RAXEL_NOTE_DITHERED;
+  Reduced reduced;
+  if (const int code = quantize(source, request, services, plan.colors, dither, reduced)) return code;
+  writeTable(reduced.table, plan.colors, table);
+  for (uint32_t y = 0; y < source.height(); ++y) {
+    packRow({reduced.indices.data() + size_t{source.width()} * y, source.width()}, plan.bits, block.row(y));
+  }
+  return RAXEL_HOST_OK;
+}
+
+}  // namespace prepare

@@ -1,0 +1,16 @@
+// Pictures so small that a compression cannot carry them.
+#pragma once
+
+#include "prepare/block.h"
+
+namespace prepare {
+
+// The compression that the prepared block must go out with, and the note that says why: the planned one
+// and 0, or PackBits.
+struct Fallback {
+  int32_t compression;
+  uint32_t note;
+};
+Fallback fallbackOf(const Block &block);
+
+}  // namespace prepare

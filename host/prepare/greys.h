@@ -1,0 +1,20 @@
+// Bilevel and grey modes.
+#pragma once
+
+#include "prepare/block.h"
+#include "prepare/source.h"
+
+namespace prepare {
+
+// Each fills the rows of the block and the table; each may add notes. The source has the block's size.
+int toBilevel(const Source &source, const RaxelRequest &request, const RaxelServices *services,
+              const Block &block, RaxelPlan &plan, uint8_t *table);
+int toGrey16(const Source &source, const RaxelRequest &request, const RaxelServices *services,
+             const Block &block, RaxelPlan &plan, uint8_t *table);
+int toGrey256(const Source &source, const Block &block, RaxelPlan &plan, uint8_t *table);
+
+// The colour that the filter's own grey rule turns into exactly this level: (level, level, level), or
+// one more in blue or green where the sum of three doubles falls short of a whole number.
+Color greyOfLevel(uint8_t level);
+
+}  // namespace prepare

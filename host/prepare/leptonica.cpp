@@ -1,0 +1,38 @@
+#include "prepare/leptonica.h"
+
+#include <dlfcn.h>
+
+namespace prepare {
+namespace {
+
+template <class Function>
+bool resolve(void *library, const char *name, Function &function) {
+  function = reinterpret_cast<Function>(dlsym(library, name));
+  return function != nullptr;
+}
+
+bool load(Leptonica &to) {
+  // The name under which this major version of its interface is installed.
+  void *library = dlopen("liblept.so.5", RTLD_NOW | RTLD_LOCAL);
+  if (!library) return false;
+#define RAXEL_RESOLVE(name) resolve(library, #name, to.name)
+  const bool whole = RAXEL_RESOLVE(setMsgSeverity) && RAXEL_RESOLVE(pixReadMem) &&
+                     RAXEL_RESOLVE(pixCreate) && RAXEL_RESOLVE(pixDestroy) && RAXEL_RESOLVE(pixGetData) &&
+                     RAXEL_RESOLVE(pixGetWpl) && RAXEL_RESOLVE(pixGetDepth) && RAXEL_RESOLVE(pixGetSpp) &&
+                     RAXEL_RESOLVE(pixGetDimensions) && RAXEL_RESOLVE(pixGetResolution) &&
+                     RAXEL_RESOLVE(pixGetColormap) && RAXEL_RESOLVE(pixcmapGetCount) &&
+                     RAXEL_RESOLVE(pixcmapGetRGBA) && RAXEL_RESOLVE(pixMedianCutQuantGeneral);
+#undef RAXEL_RESOLVE
+  if (whole) to.setMsgSeverity(L_SEVERITY_NONE);
+  return whole;
+}
+
+}  // namespace
+
+const Leptonica *leptonica() {
+  static Leptonica functions{};
+  static const bool loaded = load(functions);
+  return loaded ? &functions : nullptr;
+}
+
+}  // namespace prepare

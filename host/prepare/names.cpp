@@ -1,0 +1,132 @@
+// Names and escape values of modes and compressions, and the sentences for codes and notes.
+#include <strings.h>
+
+#include <array>
+#include <cstddef>
+
+#include "raxel/host.h"
+
+namespace {
+
+constexpr size_t kNames = 7;  // a name and up to six other names
+
+struct Choice {
+  int32_t value;  // what the escape takes
+  std::array<const char *, kNames> names;
+};
+
+// In the order of RaxelMode. Values of escape 9.
+constexpr std::array<Choice, RAXEL_MODES> kModes{{
+    {140, {"bilevel", "mono", "bw", "1"}},
+    {141, {"grey16", "gray16"}},
+    {142, {"grey256", "gray256", "grey", "gray"}},
+    {143, {"color8", "colour8"}},
+    {144, {"color16", "colour16"}},
+    {145, {"color256", "colour256", "palette"}},
+    {146, {"rgb", "truecolor", "24"}},
+}};
+
+// In the order of RaxelCompression. Values of escape 10.
+constexpr std::array<Choice, RAXEL_COMPRESSIONS> kCompressions{{
+    {150, {"none", "uncompressed"}},
+    {151, {"packbits", "rle"}},
+    {152, {"huffman", "mh", "ccittrle", "fax1d"}},
+    {153, {"lzw"}},
+    {154, {"t4", "g3", "group3", "fax3", "ccittfax3"}},
+    {155, {"t6", "g4", "group4", "fax", "fax4", "ccittfax4"}},
+}};
+
+constexpr std::array<const char *, RAXEL_HOST_CODES> kMessages{
+    "done",
+    "a value handed over lies outside its range",
+    "the picture has no pixels, or a depth other than 1, 2, 4, 8 and 24 bits",
+    "the picture is wider than the 65535 pixels that a file holds: give a smaller --size",
+    "the picture is taller than the 65534 rows that a file holds: give a smaller --size",
+    "the picture takes 2 GiB or more, and a file ends there: use fewer bits (--mode) or a smaller --size",
+    "a resolution lies between 32 and 400 dots an inch: give one with --dpi",
+    "a size is a positive number of inches that gives at least one pixel: check --size and --dpi",
+    "fax compressions code one bit a pixel: use --mode bilevel, or --compress lzw or packbits",
+    "tiles are made with the T.6 compression only: use --compress t6, or --layout strips",
+    "readers cannot open a single row of tiles with several columns: use --layout strips",
+    "readers cannot open tiles in pictures wider than 2016 pixels: use --layout strips",
+    "the filter lacks a function that this preparation needs",
+    "this quantizer is not available here: use another --quantizer",
+    "there is not enough memory for this picture",
+};
+
+constexpr std::array<const char *, RAXEL_NOTES> kNotes{
+    "the height was odd, so the last row is repeated",
+    "the picture was scaled to the size asked for",
+    "the picture has more colours or levels than the mode holds and was reduced",
+    "lost levels are dithered",
+    "strips of one byte cannot be coded as LZW, so PackBits is used",
+    "readers misread a modified-Huffman picture this small, so PackBits is used",
+};
+
+template <size_t N>
+int find(const std::array<Choice, N> &choices, const char *name) {
+  if (!name) return -1;
+  for (size_t i = 0; i < N; ++i) {
+    for (const char *known : choices[i].names) {
+      if (known && strcasecmp(known, name) == 0) return static_cast<int>(i);
+    }
+  }
+  return -1;
+}
+
+template <size_t N>
+const char *nameAt(const std::array<Choice, N> &choices, int index, int n) {
+  if (index < 0 || static_cast<size_t>(index) >= N || n < 0 || static_cast<size_t>(n) >= kNames) {
+    return nullptr;
+  }
+  return choices[static_cast<size_t>(index)].names[static_cast<size_t>(n)];
+}
+
+template <size_t N>
+int32_t valueOf(const std::array<Choice, N> &choices, int index) {
+  return index < 0 || static_cast<size_t>(index) >= N ? -1 : choices[static_cast<size_t>(index)].value;
+}
+
+}  // namespace
+
+extern "C" {
+
+const char *raxelHostModeName(int mode) {
+  return nameAt(kModes, mode, 0);
+}
+int32_t raxelHostModeValue(int mode) {
+  return valueOf(kModes, mode);
+}
+const char *raxelHostModeAlias(int mode, int n) {
+  return n < 0 ? nullptr : nameAt(kModes, mode, n + 1);
+}
+int raxelHostFindMode(const char *name) {
+  return find(kModes, name);
+}
+
+const char *raxelHostCompressionName(int compression) {
+  return nameAt(kCompressions, compression, 0);
+}
+int32_t raxelHostCompressionValue(int compression) {
+  return valueOf(kCompressions, compression);
+}
+const char *raxelHostCompressionAlias(int compression, int n) {
+  return n < 0 ? nullptr : nameAt(kCompressions, compression, n + 1);
+}
+int raxelHostFindCompression(const char *name) {
+  return find(kCompressions, name);
+}
+
+const char *raxelHostMessage(int code) {
+  if (code < 0 || code >= RAXEL_HOST_CODES) return "unknown code";
+  return kMessages[static_cast<size_t>(code)];
+}
+
+const char *raxelHostNote(uint32_t note) {
+  for (size_t i = 0; i < kNotes.size(); ++i) {
+    if (note == 1u << i) return kNotes[i];
+  }
+  return "unknown note";
+}
+
+}  // extern "C"

@@ -1,0 +1,111 @@
+// The stages of a preparation, one after the other.
+#include <new>
+
+#include "prepare/block.h"
+#include "prepare/colors.h"
+#include "prepare/fallback.h"
+#include "prepare/greys.h"
+#include "prepare/leptonica.h"
+#include "prepare/scale.h"
+#include "prepare/services.h"
+#include "raxel/host.h"
+
+namespace prepare {
+namespace {
+
+int reduce(const Source &source, bool untouched, const RaxelRequest &request, const RaxelServices *services,
+           const Block &block, RaxelPlan &plan, uint8_t *table) {
+  switch (request.mode) {
+    case RAXEL_MODE_BILEVEL:
+      return toBilevel(source, request, services, block, plan, table);
+    case RAXEL_MODE_GREY16:
+      return toGrey16(source, request, services, block, plan, table);
+    case RAXEL_MODE_GREY256:
+      return toGrey256(source, block, plan, table);
+    case RAXEL_MODE_COLOR8:
+      return toColor8(source, request, block, plan, table);
+    case RAXEL_MODE_RGB:
+      return toRgb(source, untouched, block);
+    default:
+      return toOwnColors(source, request, services, block, plan, table);
+  }
+}
+
+// The fax coders code white as white runs while the file calls black 0, and readers go by the file: so
+// they get the complement. Bits beyond the width are not coded.
+void exchangeBlackAndWhite(const Block &block) {
+  for (uint64_t i = 0; i < block.plan.bytes; ++i) block.pixels[i] = static_cast<uint8_t>(~block.pixels[i]);
+}
+
+// A picture made by scaling, as a source.
+RaxelPicture pictureOf(const Raster &raster) {
+  return {raster.width,
+          raster.height,
+          raster.channels == 1 ? 8u : 24u,
+          raster.bytes.data(),
+          size_t{raster.width} * raster.channels,
+          nullptr,
+          0};
+}
+
+int prepare(const RaxelPicture &picture, const RaxelRequest &request, const RaxelServices *services,
+            RaxelPlan &plan, uint8_t *pixels, uint8_t *table) {
+  if (request.treatment != RAXEL_TREAT_NONE && !complete(services)) return RAXEL_HOST_NO_SERVICE;
+  const Block block{plan, pixels};
+  const Source original(picture, request.treatment, services);
+  int code = RAXEL_HOST_OK;
+  if (plan.width == picture.width && plan.rows == picture.height) {
+    const bool untouched = picture.bits == 24 && request.treatment == RAXEL_TREAT_NONE;
+    code = reduce(original, untouched, request, services, block, plan, table);
+  } else {
+    const Raster raster = scale(original, plan.width, plan.rows);
+    const Source scaled(pictureOf(raster), RAXEL_TREAT_NONE, nullptr);
+    // A page of two colours stays one: its edges are drawn by the nearest level, not by dots.
+    RaxelRequest own = request;
+    if (picture.bits == 1 && own.dither == RAXEL_DITHER_AUTO) own.dither = RAXEL_DITHER_OFF;
+    code = reduce(scaled, raster.channels == 3, own, services, block, plan, table);
+  }
+  if (code != RAXEL_HOST_OK) return code;
+  block.repeatLastRow();
+  const Fallback fallback = fallbackOf(block);
+  plan.compression = fallback.compression;
+  plan.notes |= fallback.note;
+  if (isFax(plan.compression) && plan.bits == 1) exchangeBlackAndWhite(block);
+  return RAXEL_HOST_OK;
+}
+
+}  // namespace
+}  // namespace prepare
+
+extern "C" {
+
+int raxelHostPrepare(const RaxelPicture *picture, const RaxelRequest *request,
+                     const RaxelServices *services, RaxelPlan *plan, uint8_t *pixels, uint8_t *table) {
+  if (!picture || !request || !plan || !pixels || !table) return RAXEL_HOST_BAD_ARGUMENT;
+  // A plan that does not belong to picture and request would lead outside the block.
+  RaxelPlan own;
+  if (const int code = raxelHostPlanAnyway(picture, request, &own)) return code;
+  if (own.bytes != plan->bytes || own.width != plan->width || own.height != plan->height) {
+    return RAXEL_HOST_BAD_ARGUMENT;
+  }
+  *plan = own;
+  try {
+    return prepare::prepare(*picture, *request, services, *plan, pixels, table);
+  } catch (const std::bad_alloc &) {
+    return RAXEL_HOST_NO_MEMORY;
+  }
+}
+
+int raxelHostHasQuantizer(int quantizer) {
+  switch (quantizer) {
+#ifdef RAXEL_HAS_IMAGEQUANT
+    case RAXEL_QUANTIZE_BEST:
+#endif
+    case RAXEL_QUANTIZE_FILTER:
+      return 1;
+    default:
+      return prepare::leptonica() ? 1 : 0;
+  }
+}
+
+}  // extern "C"

@@ -1,0 +1,51 @@
+// Leptonica's median cut: boxes weighed first by pixels and then by pixels times volume.
+#include <algorithm>
+
+#include "prepare/leptonica.h"
+#include "prepare/quantize.h"
+
+namespace prepare {
+
+int quantizeFast(const Source &source, uint32_t colors, bool dither, Reduced &out) {
+  const Leptonica *lept = leptonica();
+  if (!lept) return RAXEL_HOST_NO_QUANTIZER;
+  const uint32_t width = source.width(), height = source.height();
+  PIX *picture = lept->pixCreate(static_cast<l_int32>(width), static_cast<l_int32>(height), 32);
+  if (!picture) return RAXEL_HOST_NO_MEMORY;
+  std::vector<uint8_t> row(size_t{width} * 3);
+  l_uint32 *words = lept->pixGetData(picture);
+  for (uint32_t y = 0; y < height; ++y, words += width) {
+    source.readColors(y, row.data());
+    const uint8_t *in = row.data();
+    for (uint32_t x = 0; x < width; ++x, in += 3) {
+      words[x] = static_cast<l_uint32>(in[0]) << 24 | static_cast<l_uint32>(in[1]) << 16 |
+                 static_cast<l_uint32>(in[2]) << 8;
+    }
+  }
+  // Depth 8 for the result; significant bits and subsampling as the library finds best.
+  PIX *reduced = lept->pixMedianCutQuantGeneral(picture, dither ? 1 : 0, 8, static_cast<l_int32>(colors),
+                                                colors == 256 ? 6 : 5, 0, 0);
+  lept->pixDestroy(&picture);
+  PIXCMAP *map = reduced ? lept->pixGetColormap(reduced) : nullptr;
+  if (!map || lept->pixGetDepth(reduced) != 8) {
+    lept->pixDestroy(&reduced);
+    return RAXEL_HOST_NO_MEMORY;
+  }
+  const l_int32 count = std::min(lept->pixcmapGetCount(map), static_cast<l_int32>(colors));
+  for (l_int32 i = 0; i < count; ++i) {
+    l_int32 red = 0, green = 0, blue = 0, alpha = 0;
+    lept->pixcmapGetRGBA(map, i, &red, &green, &blue, &alpha);
+    out.table[static_cast<size_t>(i)] = {static_cast<uint8_t>(red), static_cast<uint8_t>(green),
+                                         static_cast<uint8_t>(blue)};
+  }
+  out.indices.resize(size_t{width} * height);
+  const l_uint32 *line = lept->pixGetData(reduced);
+  uint8_t *index = out.indices.data();
+  for (uint32_t y = 0; y < height; ++y, line += lept->pixGetWpl(reduced)) {
+    for (uint32_t x = 0; x < width; ++x) *index++ = static_cast<uint8_t>(line[x / 4] >> (24 - 8 * (x % 4)));
+  }
+  lept->pixDestroy(&reduced);
+  return RAXEL_HOST_OK;
+}
+
+}  // namespace prepare

@@ -1,0 +1,85 @@
+#include <gtest/gtest.h>
+
+#include "host/pictures.h"
+#include "raxel/tiff.h"
+#include "support/random.h"
+
+using host_test::prepared;
+using host_test::Prepared;
+using host_test::request;
+using host_test::TestPicture;
+
+namespace {
+
+int compressionFor(uint32_t width, uint32_t height, int mode, int wanted) {
+  TestPicture picture(width, height, 1);
+  return prepared(picture, request(mode, wanted)).plan.compression;
+}
+
+// Bits that the filter's own tables give a row of black and white pixels, white first.
+uint32_t codedBits(const std::vector<bool> &row) {
+  uint32_t bits = 0;
+  size_t x = 0;
+  for (bool color = true; x < row.size(); color = !color) {
+    size_t run = 0;
+    while (x < row.size() && row[x] == color) ++x, ++run;
+    bits += (color ? ::white : ::black)[run].length;
+  }
+  return bits;
+}
+
+}  // namespace
+
+TEST(HostFallback, LzwStripsOfOneByteGoOutAsPackBits) {
+  // Up to 7 rows a strip is one row.
+  EXPECT_EQ(compressionFor(8, 6, RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_LZW), RAXEL_COMPRESS_PACKBITS);
+  EXPECT_EQ(compressionFor(9, 6, RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_LZW), RAXEL_COMPRESS_LZW);
+  EXPECT_EQ(compressionFor(8, 8, RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_LZW), RAXEL_COMPRESS_LZW);
+  EXPECT_EQ(compressionFor(2, 1, RAXEL_MODE_COLOR16, RAXEL_COMPRESS_LZW), RAXEL_COMPRESS_PACKBITS);
+  EXPECT_EQ(compressionFor(3, 1, RAXEL_MODE_COLOR16, RAXEL_COMPRESS_LZW), RAXEL_COMPRESS_LZW);
+  EXPECT_EQ(compressionFor(1, 5, RAXEL_MODE_GREY256, RAXEL_COMPRESS_LZW), RAXEL_COMPRESS_PACKBITS);
+  EXPECT_EQ(compressionFor(1, 7, RAXEL_MODE_GREY256, RAXEL_COMPRESS_LZW), RAXEL_COMPRESS_LZW);
+  EXPECT_EQ(compressionFor(1, 1, RAXEL_MODE_RGB, RAXEL_COMPRESS_LZW), RAXEL_COMPRESS_LZW);
+}
+
+TEST(HostFallback, SaysWhy) {
+  TestPicture picture(1, 1, 1);
+  EXPECT_TRUE(prepared(picture, request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_LZW)).plan.notes &
+              RAXEL_NOTE_LZW_AS_PACKBITS);
+  EXPECT_TRUE(prepared(picture, request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_HUFFMAN)).plan.notes &
+              RAXEL_NOTE_HUFFMAN_AS_PACKBITS);
+}
+
+// What is black in the picture goes out as white runs. The filter's code tables decide independently.
+TEST(HostFallback, HuffmanGoesOutAsPackBitsWhenTheLastRowFitsInAByte) {
+  support::Random random(3);
+  int small = 0, large = 0;
+  for (uint32_t width = 1; width <= 70; ++width) {
+    for (int round = 0; round < 40; ++round) {
+      TestPicture picture(width, 4, 1);
+      std::vector<bool> dark(width);
+      // Few changes: rows that code short.
+      const auto changes = random.between(0, 3);
+      for (int c = 0; c < changes; ++c) {
+        for (size_t x = static_cast<size_t>(random.between(0, width - 1)); x < width; ++x)
+          dark[x] = !dark[x];
+      }
+      if (random.chance(50)) dark.flip();
+      for (uint32_t x = 0; x < width; ++x) picture.setIndex(x, 3, dark[x] ? 0 : 1);
+      const bool fits = width < 64 && codedBits(dark) <= 8;
+      const int got =
+          prepared(picture, request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_HUFFMAN)).plan.compression;
+      ASSERT_EQ(got, fits ? RAXEL_COMPRESS_PACKBITS : RAXEL_COMPRESS_HUFFMAN) << width;
+      ++(fits ? small : large);
+    }
+  }
+  EXPECT_GT(small, 100);
+  EXPECT_GT(large, 100);
+}
+
+TEST(HostFallback, APackBitsFallbackIsNotComplemented) {
+  TestPicture picture(4, 2, 1);
+  const Prepared made = prepared(picture, request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_HUFFMAN));
+  ASSERT_EQ(made.plan.compression, RAXEL_COMPRESS_PACKBITS);
+  EXPECT_EQ(made.row(0)[0], 0x00);
+}
