@@ -1,0 +1,221 @@
+// Cell arrays: rows of pixels, collected between begin raster and end raster into one picture, or
+// each a picture of its own outside such a frame.
+#include <algorithm>
+#include <cstring>
+
+#include "raster/cell_geometry.h"
+#include "raster/driver_state.h"
+#include "raster/record.h"
+#include "raxel/color.h"
+#include "raxel/filter.h"
+#include "raxel/memory.h"
+#include "runtime/blocks.h"
+
+namespace {
+
+constexpr int32_t kBeginRaster = -5;
+constexpr int32_t kEndRaster = -6;
+constexpr uint32_t kMostPoints = 0x7FFFFFF / 24;  // more points than this cannot precede the data
+
+uint32_t outputWidth(uint32_t columns) {
+  return raster::spanOf(lpEMData->DevWindow[3], lpEMData->DevWindow[0], columns);
+}
+
+void dropBuffer() {
+  GlobalFree(lpEMData->hCellBuf);
+  lpEMData->hCellBuf = 0;
+}
+
+void beginRaster(HostWord record) {
+  const auto points = raster::field<uint32_t>(record, raster::kPointCountAt);
+  if (points > kMostPoints) return;
+  const size_t lengthAt = raster::kPointsAt + raster::kPointBytes * points;
+  if (raster::field<uint32_t>(record, lengthAt) < raster::kBeginBytes) return;
+  const HostWord data = record + lengthAt + sizeof(uint32_t);
+
+  const auto columns = raster::field<uint32_t>(data, raster::kBeginColumnsAt);
+  const auto rows = raster::field<uint32_t>(data, raster::kBeginRowsAt);
+  RasterDriverState &state = *lpEMData;
+  state.nCellFlags = raster::field<uint16_t>(data, raster::kBeginFlagsAt);
+  state.bCellActive = 1;
+  state.nCellWidth = outputWidth(columns);
+  state.nCellHeight = rows;
+  state.nCellBits = raster::bitsOf(raster::field<int32_t>(data, raster::kBeginPrecisionAt));
+  state.nCellRowsDone = 0;
+  dropBuffer();
+  state.hCellBuf =
+      runtime::allocate(raster::bufferBytes(raster::rowBytes(state.nCellWidth, state.nCellBits), rows));
+}
+
+// The colour table as a palette of 2^bits entries; entries past the 256 of the table are black.
+runtime::Block paletteCopy(uint32_t bits) {
+  const size_t entries = size_t{1} << bits;
+  runtime::Block palette = runtime::Block::ofSize(uint64_t{entries} * 3);
+  if (palette) std::memcpy(palette.data(), lpEMData->ColorTable, std::min<size_t>(entries, 256) * 3);
+  return palette;
+}
+
+void endRaster() {
+  RasterDriverState &state = *lpEMData;
+  state.bCellActive = 0;
+  if (state.hCellBuf == 0) return;
+  if (!raster::useDriverSetup()) {
+    push_er(RAXEL_NO_MEMORY);
+    dropBuffer();
+    return;
+  }
+  PictureRecord picture = {};
+  picture.nBits = static_cast<uint16_t>(state.nCellBits);
+  picture.nWidth = static_cast<uint16_t>(state.nCellWidth);
+  picture.nHeight = static_cast<uint16_t>(state.nCellHeight);
+  picture.nResolution = static_cast<uint16_t>(state.nResolution);
+  picture.dExtentX = state.nCellWidth;
+  picture.dExtentY = state.nCellHeight;
+  picture.hBits = state.hCellBuf;
+  runtime::Block palette;
+  if (state.nCellBits < 24) {
+    palette = paletteCopy(state.nCellBits);
+    if (!palette) {
+      push_er(RAXEL_NO_MEMORY);
+      return;
+    }
+    picture.hPalette = palette.handle();
+  }
+  OutputPicture(state.hOutFile, &picture, DrawExportCellData);
+  if (lpEMData != nullptr) dropBuffer();
+}
+
+// One cell array, with its record's numbers resolved.
+struct Cells {
+  uint32_t bits;
+  uint32_t width;
+  uint32_t rows;
+  uint64_t rowBytes;
+  uint64_t sourceStride;
+  bool bottomUp;
+  const uint8_t *pixels;  // null when the record's pointer is null
+};
+
+// Rows run upward when the array and the window disagree about which way y grows.
+bool runsBottomUp(HostWord record) {
+  const auto first = raster::field<double>(record, raster::kFirstYAt);
+  const auto second = raster::field<double>(record, raster::kSecondYAt);
+  const double windowFirst = lpEMData->DevWindow[1];
+  const double windowSecond = lpEMData->DevWindow[4];
+  return (second < first && windowSecond > windowFirst) || (second > first && windowSecond < windowFirst);
+}
+
+Cells readCells(HostWord record) {
+  const auto precision = raster::field<int32_t>(record, raster::kPrecisionAt);
+  const auto columns = raster::field<uint32_t>(record, raster::kColumnsAt);
+  Cells cells = {};
+  cells.bits = raster::bitsOf(precision);
+  cells.width = outputWidth(columns);
+  cells.rows = raster::field<uint32_t>(record, raster::kRowsAt);
+  cells.rowBytes = raster::rowBytes(cells.width, cells.bits);
+  // Only 24-bit sources carry their full width when the window cuts the row.
+  cells.sourceStride = cells.bits == 24 ? raster::rowBytes(columns, 24) : cells.rowBytes;
+  cells.bottomUp = runsBottomUp(record);
+  cells.pixels = precision < 0 ? raster::field<const uint8_t *>(record, raster::kPixelsAt)
+                               : raster::recordBytes(record) + raster::kPixelsAt;
+  return cells;
+}
+
+// Copies one row into the buffer, cut where the buffer ends, and treats its colours.
+void placeRow(const Cells &cells, const uint8_t *source, std::span<uint8_t> buffer, uint64_t row) {
+  const uint64_t at = row * cells.rowBytes;
+  const uint64_t copied = std::min<uint64_t>(cells.rowBytes, buffer.size() - at);
+  uint8_t *target = buffer.data() + at;
+  std::memcpy(target, source, static_cast<size_t>(copied));
+  if (cells.bits == 24 && lpEMData->nColorOp != 0) {
+    const auto pixels = static_cast<uint32_t>(std::min<uint64_t>(cells.width, copied / 3));
+    rev_rgb(pixels, target, static_cast<int32_t>(lpEMData->nColorOp));
+  }
+}
+
+// Rows that lie in the buffer at all, in part or whole. A cell array wider or deeper than begin
+// raster announced reaches past its end.
+uint64_t rowsInside(const Cells &cells, std::span<const uint8_t> buffer) {
+  return cells.rowBytes == 0 ? 0 : (buffer.size() + cells.rowBytes - 1) / cells.rowBytes;
+}
+
+// Row r goes to buffer row done - 1 - r.
+void placeUpward(const Cells &cells, std::span<uint8_t> buffer, uint32_t count, uint32_t done) {
+  const uint64_t inside = rowsInside(cells, buffer);
+  for (uint64_t r = done > inside ? done - inside : 0; r < count; ++r) {
+    placeRow(cells, cells.pixels + cells.sourceStride * r, buffer, done - 1 - r);
+  }
+}
+
+// Row r goes to buffer row done + r.
+void placeDownward(const Cells &cells, std::span<uint8_t> buffer, uint32_t count, uint32_t done) {
+  const uint64_t inside = rowsInside(cells, buffer);
+  for (uint64_t r = 0; r < count && done + r < inside; ++r) {
+    placeRow(cells, cells.pixels + cells.sourceStride * r, buffer, done + r);
+  }
+}
+
+// Places the array's rows into a picture of `height` rows and moves its row counter `done`.
+// Bottom-up the counter starts at height - 1, so that the first row lands in row height - 2 and the
+// last buffer row is never filled; when it has come down to 0 the next array starts again there.
+void placeRows(const Cells &cells, uint32_t height, uint32_t &done) {
+  if (cells.bottomUp && done == 0 && height != 0) done = height - 1;
+  if (lpEMData->hCellBuf == 0) {
+    push_er(RAXEL_NO_MEMORY);
+    return;
+  }
+  if (cells.pixels == nullptr) return;
+  const std::span<uint8_t> buffer = runtime::lockBytes(lpEMData->hCellBuf);
+  if (cells.bottomUp) {
+    const uint32_t count = std::min(cells.rows, done);
+    placeUpward(cells, buffer, count, done);
+    done -= count;
+  } else {
+    const uint32_t count = std::min(cells.rows, height > done ? height - done : 0);
+    placeDownward(cells, buffer, count, done);
+    done += count;
+  }
+}
+
+void writeAlone(const Cells &cells) {
+  dropBuffer();
+  lpEMData->hCellBuf = runtime::allocate(raster::bufferBytes(cells.rowBytes, cells.rows));
+  uint32_t done = 0;
+  placeRows(cells, cells.rows, done);
+  if (lpEMData->hCellBuf == 0) return;
+  if (raster::useDriverSetup()) {
+    RasterWriteCellData(lpEMData->hCellBuf, cells.width, cells.rows, lpEMData->nResolution, cells.bits,
+                        cells.bits == 24 ? 1 : 0);
+  } else {
+    push_er(RAXEL_NO_MEMORY);
+  }
+  if (lpEMData != nullptr) dropBuffer();
+}
+
+}  // namespace
+
+HostWord d_gdp(HostWord record) {
+  if (lpEMData == nullptr || record == 0) return record;
+  switch (raster::field<int32_t>(record, raster::kPrimitiveAt)) {
+    case kBeginRaster:
+      beginRaster(record);
+      break;
+    case kEndRaster:
+      endRaster();
+      break;
+    default:
+      break;
+  }
+  return record;
+}
+
+HostWord d_ca(HostWord record) {
+  if (lpEMData == nullptr || record == 0) return record;
+  const Cells cells = readCells(record);
+  if (lpEMData->bCellActive != 0) {
+    placeRows(cells, lpEMData->nCellHeight, lpEMData->nCellRowsDone);
+  } else {
+    writeAlone(cells);
+  }
+  return record;
+}

@@ -1,0 +1,66 @@
+// The driver's state block: allocated at initialisation, locked for its whole life.
+#include "raster/driver_state.h"
+
+#include "raster/memory_output.h"
+#include "raxel/filter.h"
+#include "raxel/memory.h"
+#include "raxel/stream.h"
+
+namespace raster {
+
+void releaseOwned(RasterDriverState &state) {
+  if (state.hOutFile != 0) kvlClose(state.hOutFile);
+  state.hOutFile = 0;
+  GlobalFree(state.hCellBuf);
+  state.hCellBuf = 0;
+  GlobalFree(state.hReplyBuf);
+  state.hReplyBuf = 0;
+  state.lpReplyBuf = nullptr;
+  freeMemoryOutput();
+}
+
+bool useDriverSetup() {
+  if (lpSetup == nullptr) return false;
+  hRaster = hSetup;
+  lpRaster = lpSetup;
+  return true;
+}
+
+int32_t tellHost(HostWord a, HostWord b, HostWord c, HostWord d) {
+  if (lpEMData == nullptr || lpEMData->lpHostStatus == nullptr) return 0;
+  const HostWord *status = lpEMData->lpHostStatus;
+  return CallGetSet_Status(reinterpret_cast<StatusCallback>(status[kStatusCallback]),
+                           status[kStatusContext], a, b, c, d, 0, 0);
+}
+
+}  // namespace raster
+
+// With a common block the state is the host's business, and nothing is allocated.
+int32_t AllocGlobal() {
+  if (hCommon != 0) return 0;
+  // A second initialisation starts afresh; what the first one left is closed quietly.
+  if (lpEMData != nullptr) {
+    raster::releaseOwned(*lpEMData);
+    FreeGlobal();
+  }
+  hEMData = GlobalAlloc(RAXEL_MOVEABLE_ZERO, sizeof(RasterDriverState));
+  lpEMData = static_cast<RasterDriverState *>(GlobalLock(hEMData));
+  return 0;
+}
+
+int32_t FreeGlobal() {
+  if (lpEMData == nullptr) return 0;
+  GlobalUnlock(hEMData);
+  GlobalFree(hEMData);
+  hEMData = 0;
+  lpEMData = nullptr;
+  return 0;
+}
+
+int32_t LockGlobal(HostWord /*unused*/) {
+  return 0;
+}
+
+int32_t UnlockGlobal(HostWord /*unused*/) {
+  return 0;
+}

@@ -1,0 +1,42 @@
+// The driver's states and the life of its state block.
+#pragma once
+
+#include <cstdint>
+
+#include "raxel/driver.h"
+
+namespace raster {
+
+// nState holds exactly one of the first five. The rest appear in the opcode table's masks alone:
+// they belong to drivers with more states, and this one never enters them.
+enum State : uint32_t {
+  kInitialised = 1,  // device closed
+  kOpen = 2,
+  kPicture = 4,  // picture begun
+  kBody = 8,     // picture body begun
+  kEnded = 16,   // picture ended
+  kOther5 = 1u << 5,
+  kOther6 = 1u << 6,
+  kOther7 = 1u << 7,
+  kOther8 = 1u << 8,
+  kOther9 = 1u << 9,
+  kOther10 = 1u << 10,
+  kOther11 = 1u << 11,
+  kOther15 = 1u << 15,
+};
+
+// Words of the host status record.
+constexpr int kStatusContext = 1;
+constexpr int kStatusCallback = 2;
+constexpr int kStatusProcContext = 12;
+
+// Closes and frees whatever a state block still owns, without asking the host anything.
+void releaseOwned(RasterDriverState &state);
+
+// Points the writer at the settings record that this driver was given. False when there is none.
+bool useDriverSetup();
+
+// Sends six values to the host's status callback; 0 when there is none.
+int32_t tellHost(HostWord a, HostWord b, HostWord c, HostWord d);
+
+}  // namespace raster

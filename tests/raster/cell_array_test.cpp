@@ -1,0 +1,423 @@
+// Cell arrays: where rows land, and the files that framed and unframed pictures become.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "raster/session.h"
+#include "support/temp_dir.h"
+#include "support/tiff_reader.h"
+
+namespace {
+
+using raster_test::Host;
+
+// Rows of `stride` bytes, row r filled with first + r.
+std::vector<uint8_t> numberedRows(size_t rows, size_t stride, uint8_t first) {
+  std::vector<uint8_t> out;
+  for (size_t r = 0; r < rows; ++r) out.insert(out.end(), stride, static_cast<uint8_t>(first + r));
+  return out;
+}
+
+std::vector<uint8_t> bufferRows(size_t stride) {
+  const auto *data = static_cast<const uint8_t *>(GlobalLock(lpEMData->hCellBuf));
+  const size_t size = GlobalSize(lpEMData->hCellBuf);
+  std::vector<uint8_t> firsts;
+  for (size_t at = 0; at < size; at += stride) firsts.push_back(data[at]);
+  return firsts;
+}
+
+class Cells : public testing::Test {
+ protected:
+  Cells() : host(dir.file("cells.tif")) {}
+  support::TempDir dir;
+  Host host;
+};
+
+TEST_F(Cells, BeforeTheBodyTheyAreIgnored) {
+  host.initialise();
+  host.send(1);
+  host.send(3);
+  EXPECT_EQ(host.send(Host::cellArray(4, 1, 8, {1, 2, 3, 4})), 0);
+  EXPECT_EQ(lpEMData->hCellBuf, 0u);
+}
+
+TEST_F(Cells, TheWindowCutsTheirWidth) {
+  host.openBody(100, 10);
+  host.beginRaster(120, 10, 1);
+  EXPECT_EQ(lpEMData->nCellWidth, 100u);
+  EXPECT_EQ(GlobalSize(lpEMData->hCellBuf), 160u) << "a 1-bit row of 100 pixels takes 16 bytes";
+  host.beginRaster(60, 10, 1, 0x1234);
+  EXPECT_EQ(lpEMData->nCellWidth, 60u);
+  EXPECT_EQ(lpEMData->nCellFlags, 0x1234);
+}
+
+TEST_F(Cells, PrecisionGivesBitsPerPixel) {
+  host.openBody(10, 10);
+  const std::pair<int32_t, uint32_t> precisions[] = {{-32768, 1}, {-8, 8}, {24, 24}, {4, 4}, {-1, 1}};
+  for (const auto &[precision, bits] : precisions) {
+    host.beginRaster(10, 2, precision);
+    EXPECT_EQ(lpEMData->nCellBits, bits) << precision;
+  }
+}
+
+TEST_F(Cells, PointsBeforeTheDataAreSteppedOver) {
+  host.openBody(10, 10);
+  host.beginRaster(7, 3, 8, 5, 4);
+  EXPECT_EQ(lpEMData->nCellWidth, 7u);
+  EXPECT_EQ(lpEMData->nCellHeight, 3u);
+}
+
+TEST_F(Cells, ABeginRecordThatIsTooShortOrHasTooManyPointsIsIgnored) {
+  host.openBody(10, 10);
+  auto record = Host::recordOf(1034, 60);
+  Host::put<int32_t>(record, 16, -5);
+  Host::put<uint32_t>(record, 24, 27);
+  host.send(record);
+  EXPECT_EQ(lpEMData->bCellActive, 0u);
+  Host::put<uint32_t>(record, 20, 0xFFFFFFFFu);
+  Host::put<uint32_t>(record, 24, 28);
+  host.send(record);
+  EXPECT_EQ(lpEMData->bCellActive, 0u);
+  Host::put<int32_t>(record, 16, -4);
+  Host::put<uint32_t>(record, 20, 0);
+  host.send(record);
+  EXPECT_EQ(lpEMData->bCellActive, 0u) << "other primitives do nothing";
+}
+
+TEST_F(Cells, TopDownRowsFillFromTheStart) {
+  host.openBody(4, 10);
+  host.beginRaster(4, 10, 8);
+  host.send(Host::cellArray(4, 6, 8, numberedRows(6, 4, 1)));
+  EXPECT_EQ(lpEMData->nCellRowsDone, 6u);
+  host.send(Host::cellArray(4, 6, 8, numberedRows(6, 4, 11)));
+  EXPECT_EQ(lpEMData->nCellRowsDone, 10u) << "only four of the second six are placed";
+  EXPECT_EQ(bufferRows(4), (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 11, 12, 13, 14}));
+  host.send(Host::cellArray(4, 6, 8, numberedRows(6, 4, 21)));
+  EXPECT_EQ(lpEMData->nCellRowsDone, 10u);
+}
+
+TEST_F(Cells, BottomUpRowsLeaveTheLastBufferRowEmpty) {
+  host.openBody(4, 4);
+  host.beginRaster(4, 4, 8);
+  host.send(Host::cellArray(4, 4, 8, numberedRows(4, 4, 1), true));
+  EXPECT_EQ(bufferRows(4), (std::vector<uint8_t>{3, 2, 1, 0})) << "the fourth row is dropped";
+  EXPECT_EQ(lpEMData->nCellRowsDone, 0u);
+  host.send(Host::cellArray(4, 1, 8, numberedRows(1, 4, 9), true));
+  EXPECT_EQ(bufferRows(4), (std::vector<uint8_t>{3, 2, 9, 0})) << "counted down to 0 it starts again";
+}
+
+TEST_F(Cells, DirectionComparesTheArrayWithTheWindow) {
+  host.initialise();
+  host.send(1);
+  host.send(3);
+  host.setWindow(0, 3, 3, 0);  // y grows downward
+  host.send(4);
+  host.beginRaster(4, 4, 8);
+  host.send(Host::cellArray(4, 1, 8, numberedRows(1, 4, 7)));  // first y below second: they disagree
+  EXPECT_EQ(bufferRows(4), (std::vector<uint8_t>{0, 0, 7, 0}));
+}
+
+TEST_F(Cells, MixedDirectionsNeverLeaveTheBuffer) {
+  host.openBody(4, 4);
+  host.beginRaster(4, 4, 8);
+  host.send(Host::cellArray(4, 4, 8, numberedRows(4, 4, 1)));
+  EXPECT_EQ(lpEMData->nCellRowsDone, 4u);
+  host.send(Host::cellArray(4, 2, 8, numberedRows(2, 4, 21), true));
+  EXPECT_EQ(bufferRows(4), (std::vector<uint8_t>{1, 2, 22, 21}));
+}
+
+TEST_F(Cells, ColorRowsCarryTheirFullWidthInTheRecord) {
+  host.openBody(2, 2);
+  host.beginRaster(5, 2, 24);
+  EXPECT_EQ(lpEMData->nCellWidth, 2u);
+  // Five pixels take 16 bytes a row; two of them take 8.
+  std::vector<uint8_t> pixels = numberedRows(2, 16, 1);
+  pixels[0] = 200;
+  pixels[16] = 201;
+  host.send(Host::cellArray(5, 2, 24, pixels));
+  EXPECT_EQ(bufferRows(8), (std::vector<uint8_t>{200, 201}));
+}
+
+TEST_F(Cells, OtherDepthsHaveRowsAsWideAsTheWindow) {
+  host.openBody(4, 2);
+  host.beginRaster(8, 2, 8);
+  host.send(Host::cellArray(8, 2, 8, numberedRows(2, 4, 1)));
+  EXPECT_EQ(bufferRows(4), (std::vector<uint8_t>{1, 2}));
+}
+
+TEST_F(Cells, NegativePrecisionPointsAtTheRows) {
+  host.openBody(4, 2);
+  host.beginRaster(4, 2, 8);
+  const std::vector<uint8_t> elsewhere = numberedRows(2, 4, 50);
+  auto record = Host::cellArray(4, 2, -8, {});
+  Host::put(record, 102, elsewhere.data());
+  host.send(record);
+  EXPECT_EQ(bufferRows(4), (std::vector<uint8_t>{50, 51}));
+  Host::put<const uint8_t *>(record, 102, nullptr);
+  EXPECT_EQ(host.send(record), 0);
+}
+
+TEST_F(Cells, ColorTreatmentAppliesToColorRows) {
+  host.settings().nColorMode = 104;  // every channel inverted
+  host.openBody(1, 2);
+  host.beginRaster(1, 2, 24);
+  host.send(Host::cellArray(1, 1, 24, {10, 20, 30, 99}));
+  const auto *row = static_cast<const uint8_t *>(GlobalLock(lpEMData->hCellBuf));
+  EXPECT_EQ(row[0], 245);
+  EXPECT_EQ(row[1], 235);
+  EXPECT_EQ(row[2], 225);
+  EXPECT_EQ(row[3], 99) << "padding is no pixel";
+}
+
+TEST_F(Cells, ArraysLargerThanAnnouncedAreCutAtTheBuffer) {
+  host.openBody(64, 4);
+  host.beginRaster(4, 4, 8);
+  host.send(Host::cellArray(64, 4, 8, numberedRows(4, 64, 1)));  // 64-byte rows into 16 bytes
+  EXPECT_EQ(bufferRows(4), (std::vector<uint8_t>{1, 1, 1, 1}));
+  EXPECT_EQ(lpEMData->nCellRowsDone, 4u) << "the counter moves past rows that were dropped";
+}
+
+TEST_F(Cells, WithoutABufferTheyPushError300) {
+  host.openBody(1000000, 1000000);
+  EXPECT_EQ(host.beginRaster(1000000, 1000000, 24), 0);
+  EXPECT_EQ(lpEMData->hCellBuf, 0u);
+  EXPECT_EQ(host.send(Host::cellArray(4, 1, 8, {1, 2, 3, 4})), 300);
+  EXPECT_EQ(host.endRaster(), 0);
+}
+
+TEST_F(Cells, HugeRowCountsOfNothingEndAtOnce) {
+  host.openBody(4, 4);
+  host.beginRaster(4, 0xFFFFFFFFu, 0);
+  host.send(Host::cellArray(4, 0xFFFFFFFEu, 0, {}));
+  EXPECT_EQ(lpEMData->nCellRowsDone, 0xFFFFFFFEu);
+}
+
+TEST_F(Cells, StrangeWindowsGiveTheFullWidth) {
+  host.initialise();
+  host.send(1);
+  host.send(3);
+  host.setWindow(-std::numeric_limits<double>::infinity(), 0, std::numeric_limits<double>::infinity(), 1);
+  host.send(4);
+  host.beginRaster(12, 2, 8);
+  EXPECT_EQ(lpEMData->nCellWidth, 12u);
+  host.send(5);
+  host.send(3);
+  host.setWindow(std::nan(""), 0, 2.9, 1);
+  host.send(4);
+  host.beginRaster(12, 2, 8);
+  EXPECT_EQ(lpEMData->nCellWidth, 3u) << "no number counts as 0";
+}
+
+TEST_F(Cells, EndRasterWithoutBeginWritesNothing) {
+  host.openBody(4, 4);
+  EXPECT_EQ(host.endRaster(), 0);
+  host.finish();
+  EXPECT_TRUE(support::readFile(dir.file("cells.tif")).empty());
+}
+
+// Rows land in the buffer from its start, and the file shows the buffer's last row on top.
+TEST_F(Cells, AFramedColorPictureBecomesAFile) {
+  host.initialise();
+  host.send(1);
+  host.send(3);
+  host.setWindow(0, 0, 3, 3);
+  host.setResolution(0.254);  // 100 dots per inch
+  host.send(4);
+  host.beginRaster(4, 4, 24);
+  std::vector<uint8_t> pixels;
+  for (uint8_t i = 0; i < 48; ++i) pixels.push_back(i);
+  EXPECT_EQ(host.send(Host::cellArray(4, 4, 24, pixels)), 0);
+  EXPECT_EQ(host.endRaster(), 0);
+  EXPECT_EQ(lpEMData->hCellBuf, 0u);
+  host.finish();
+  const auto bytes = support::readFile(dir.file("cells.tif"));
+  const auto file = support::readTiff(bytes);
+  ASSERT_TRUE(file.ok()) << file.error;
+  EXPECT_EQ(file.width(), 4u);
+  EXPECT_EQ(file.height(), 4u);
+  EXPECT_EQ(file.value(282), 100u);
+  std::vector<uint8_t> expected;
+  for (int row = 3; row >= 0; --row) {
+    for (int x = 0; x < 4; ++x) {
+      const int at = row * 12 + x * 3;
+      for (int channel : {2, 1, 0}) expected.push_back(static_cast<uint8_t>(at + channel));
+    }
+  }
+  EXPECT_EQ(support::uncompressedRows(file), expected);
+}
+
+TEST_F(Cells, AFramedIndexedPictureTakesItsPaletteFromTheColorTable) {
+  host.settings().nBitmapMode = 221;
+  host.initialise();
+  host.send(1);
+  host.send(3);
+  host.setWindow(0, 0, 3, 1);
+  host.setResolution(0.254);
+  host.send(4);
+  host.setColors(0, {1, 2, 3, 10, 20, 30});
+  host.beginRaster(4, 2, 8);
+  host.send(Host::cellArray(4, 2, 8, {0, 1, 1, 0, 1, 0, 0, 1}));
+  host.endRaster();
+  host.finish();
+  const auto bytes = support::readFile(dir.file("cells.tif"));
+  const auto file = support::readTiff(bytes);
+  ASSERT_TRUE(file.ok()) << file.error;
+  EXPECT_EQ(support::uncompressedRows(file), (std::vector<uint8_t>{1, 0, 0, 1, 0, 1, 1, 0}));
+  ASSERT_NE(file.find(320), nullptr);
+  EXPECT_EQ(file.value(320, 0, 0), 257u);
+  EXPECT_EQ(file.value(320, 0, 1), 2570u);
+  EXPECT_EQ(file.value(320, 0, 256), 514u);
+  EXPECT_EQ(file.value(320, 0, 513), 7710u);
+}
+
+TEST_F(Cells, AnUnframedPictureIsWrittenAtOnce) {
+  host.initialise();
+  host.send(1);
+  host.send(3);
+  host.setWindow(0, 0, 3, 3);
+  host.setResolution(0.254);
+  host.send(4);
+  std::vector<uint8_t> pixels;
+  for (uint8_t i = 0; i < 48; ++i) pixels.push_back(i);
+  EXPECT_EQ(host.send(Host::cellArray(4, 4, 24, pixels)), 0);
+  EXPECT_EQ(lpEMData->hCellBuf, 0u);
+  EXPECT_EQ(lpEMData->nCellRowsDone, 0u);
+  // No conversion and equal heights: the one report is the half-way one.
+  ASSERT_EQ(host.calls.size(), 2u);
+  EXPECT_EQ(host.calls[1].values[3], 50u);
+  host.finish();
+  const auto bytes = support::readFile(dir.file("cells.tif"));
+  const auto file = support::readTiff(bytes);
+  ASSERT_TRUE(file.ok()) << file.error;
+  EXPECT_EQ(file.width(), 4u);
+  ASSERT_EQ(support::uncompressedRows(file).size(), 48u);
+  EXPECT_EQ(support::uncompressedRows(file)[0], 38) << "buffer row 3, red and blue exchanged";
+}
+
+TEST_F(Cells, AnUnframedBottomUpPictureMissesItsLastRow) {
+  host.settings().nBitmapMode = 221;
+  host.initialise();
+  host.send(1);
+  host.send(3);
+  host.setWindow(0, 0, 3, 3);
+  host.setResolution(0.254);
+  host.send(4);
+  host.send(Host::cellArray(4, 4, 8, numberedRows(4, 4, 1), true));
+  host.finish();
+  const auto bytes = support::readFile(dir.file("cells.tif"));
+  const auto file = support::readTiff(bytes);
+  ASSERT_TRUE(file.ok()) << file.error;
+  const auto rows = support::uncompressedRows(file);
+  ASSERT_EQ(rows.size(), 16u);
+  EXPECT_EQ(rows[0], 0);
+  EXPECT_EQ(rows[4], 1);
+  EXPECT_EQ(rows[8], 2);
+  EXPECT_EQ(rows[12], 3);
+}
+
+// Shrinking and a change of depth each count for 20 percent; then half-way is reported.
+TEST_F(Cells, UnframedConversionsReportTheirProgress) {
+  host.settings().nBitmapMode = 221;
+  host.settings().dWidth = 0.5;
+  host.settings().dHeight = 0.5;
+  host.openBody(100, 100);
+  host.send(Host::cellArray(100, 100, 24, std::vector<uint8_t>(100 * 300, 90)));
+  std::vector<HostWord> percents;
+  for (size_t i = 1; i < host.calls.size(); ++i) percents.push_back(host.calls[i].values[3]);
+  EXPECT_EQ(percents, (std::vector<HostWord>{20, 40, 50}));
+  host.finish();
+  const auto bytes = support::readFile(dir.file("cells.tif"));
+  const auto file = support::readTiff(bytes);
+  ASSERT_TRUE(file.ok()) << file.error;
+  EXPECT_EQ(file.width(), 48u);
+  EXPECT_EQ(file.height(), 48u);
+}
+
+TEST_F(Cells, UnframedStretchingReportsToo) {
+  host.settings().dWidth = 2.0;
+  host.settings().dHeight = 2.0;
+  host.openBody(16, 16);
+  host.send(Host::cellArray(16, 16, 24, std::vector<uint8_t>(16 * 48, 90)));
+  std::vector<HostWord> percents;
+  for (size_t i = 1; i < host.calls.size(); ++i) percents.push_back(host.calls[i].values[3]);
+  EXPECT_EQ(percents, (std::vector<HostWord>{20, 50}));
+}
+
+TEST_F(Cells, ARefusedReportAbandonsAnUnframedPicture) {
+  host.openBody(16, 16);
+  host.refuseFrom = host.calls.size() + 1;
+  host.send(Host::cellArray(16, 16, 24, std::vector<uint8_t>(16 * 48, 90)));
+  host.refuseFrom = 0;
+  EXPECT_EQ(lpEMData->hCellBuf, 0u);
+  host.finish();
+  EXPECT_TRUE(support::readFile(dir.file("cells.tif")).empty());
+}
+
+TEST_F(Cells, WithoutASetupOutputFails) {
+  host.record_[13] = 0;
+  host.openBody(4, 4);
+  EXPECT_EQ(host.send(Host::cellArray(4, 1, 8, {1, 2, 3, 4})), 300);
+  host.beginRaster(4, 4, 8);
+  EXPECT_EQ(host.endRaster(), 300);
+  EXPECT_EQ(lpEMData->hCellBuf, 0u);
+}
+
+TEST_F(Cells, AnUnknownBitmapModeWritesNothing) {
+  host.settings().nBitmapMode = 220;
+  host.openBody(4, 4);
+  EXPECT_EQ(host.send(Host::cellArray(4, 4, 8, std::vector<uint8_t>(16))), 0);
+  host.finish();
+  EXPECT_TRUE(support::readFile(dir.file("cells.tif")).empty());
+}
+
+TEST_F(Cells, SeveralPicturesLeaveTheFirstDirectoryToTheLast) {
+  host.settings().nBitmapMode = 221;
+  host.initialise();
+  host.send(1);
+  for (int picture = 0; picture < 2; ++picture) {
+    host.send(3);
+    host.setWindow(0, 0, 3, 3);
+    host.setResolution(0.254);
+    host.send(4);
+    host.send(Host::cellArray(4, 4, 8, numberedRows(4, 4, static_cast<uint8_t>(1 + 10 * picture))));
+    host.send(5);
+  }
+  host.send(2);
+  host.terminate();
+  const auto bytes = support::readFile(dir.file("cells.tif"));
+  // Two whole files one after the other, and the patches of both go to the first.
+  const size_t one = 8 + 2 + 14 * 12 + 4 + 768 * 2 + 16 + 16;
+  EXPECT_EQ(bytes.size(), 2 * one);
+}
+
+// Four channels are reached only by calling the function itself.
+TEST_F(Cells, FourChannelPicturesLoseTheFourthBeforeDepthsChange) {
+  for (int32_t kind : {2, 3}) {
+    host.settings().nBitmapMode = 222;
+    host.initialise();
+    host.send(1);
+    lpEMData->DevWindow[3] = 3;
+    lpEMData->DevWindow[4] = 3;
+    Handle pixels = GlobalAlloc(66, 64);
+    auto *p = static_cast<uint8_t *>(GlobalLock(pixels));
+    for (int i = 0; i < 16; ++i) {
+      const uint8_t pixel[4] = {10, 200, 30, 100};
+      std::memcpy(p + i * 4, pixel, 4);
+    }
+    RasterWriteCellData(pixels, 4, 4, 100, 32, kind);
+    GlobalFree(pixels);
+    host.terminate();
+    const auto bytes = support::readFile(dir.file("cells.tif"));
+    const auto file = support::readTiff(bytes);
+    ASSERT_TRUE(file.ok()) << file.error;
+    const auto rows = support::uncompressedRows(file);
+    ASSERT_EQ(rows.size(), 48u);
+    // The writer exchanges the first and third byte of every pixel.
+    EXPECT_EQ(rows[0], kind == 2 ? 155 : 30) << kind;
+    EXPECT_EQ(rows[1], kind == 2 ? 55 : 200) << kind;
+    EXPECT_EQ(rows[2], kind == 2 ? 155 : 10) << kind;
+  }
+}
+
+}  // namespace

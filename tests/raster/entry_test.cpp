@@ -1,0 +1,190 @@
+// The driver's entries: initialisation, termination, versions and capabilities.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <set>
+
+#include "raster/session.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using raster_test::Call;
+using raster_test::Host;
+
+constexpr HostWord kMinusTwo = static_cast<HostWord>(intptr_t{-2});
+
+TEST(DriverEntry, AnswersVersionAndAddress) {
+  uint32_t version = 0;
+  EXPECT_EQ(RASTER_dd_entry(0xFFFE, &version, 0), 0);
+  EXPECT_EQ(version, 0x02000005u);
+  int32_t (*entry)(HostWord, uint32_t, void *) = nullptr;
+  EXPECT_EQ(RASTER_dd_entry(0x1FFFD, &entry, 0), 0) << "only the low 16 bits of the op count";
+  EXPECT_EQ(entry, &RASTER_dd_entry32);
+  uint32_t untouched = 7;
+  EXPECT_EQ(RASTER_dd_entry(0, &untouched, 0), 0);
+  EXPECT_EQ(untouched, 7u);
+  EXPECT_EQ(RASTER_dd_entry(0xFFFE, nullptr, 0), 0);
+  version = 0;
+  EXPECT_EQ(RASTER_dd_entry32(0, 0xFFFE, &version), 4);
+  EXPECT_EQ(version, 0x02000005u);
+  EXPECT_EQ(RASTER_dd_entry32(0, 0xFFFE, nullptr), 4);
+  EXPECT_EQ(RASTER_dd_entry32(0, 1, nullptr), 0);
+  EXPECT_EQ(RASTER_dd_entry32(0, 3, nullptr), 0);
+}
+
+TEST(DriverEntry, InitialisesAndAnnouncesProgressToOneHundred) {
+  Host host("picture.tif");
+  host.settings().nColorMode = 106;
+  EXPECT_EQ(host.initialise(), 0);
+  ASSERT_NE(lpEMData, nullptr);
+  EXPECT_EQ(lpEMData->nState, 1u);
+  EXPECT_STREQ(lpEMData->szOutFile, "picture.tif");
+  EXPECT_EQ(lpEMData->nColorOp, 3u);
+  EXPECT_EQ(lpEMData->hSetupRef, host.setup_);
+  EXPECT_EQ(hSetup, host.setup_);
+  EXPECT_EQ(lpSetup, &host.settings());
+  EXPECT_EQ(host.record_[10], reinterpret_cast<HostWord>(lpEMData->lpReplyBuf));
+  EXPECT_EQ(GlobalSize(lpEMData->hReplyBuf), 256u);
+  ASSERT_EQ(host.calls.size(), 1u);
+  EXPECT_EQ(host.calls[0], (Call{reinterpret_cast<HostWord>(&host), {0, kMinusTwo, 100, 0, 0, 0}}));
+  EXPECT_EQ(host.terminate(), 0);
+  EXPECT_EQ(lpEMData, nullptr);
+  EXPECT_EQ(hEMData, 0u);
+}
+
+TEST(DriverEntry, SaysNothingToAHostWithoutContext) {
+  Host host;
+  host.status_[1] = 0;
+  host.initialise();
+  EXPECT_TRUE(host.calls.empty());
+}
+
+TEST(DriverEntry, WritesExactlyTheListedCapabilities) {
+  Host host;
+  host.settings().nColorMode = 107;
+  host.capabilities_.fill(0xAAAA5555u);
+  host.initialise();
+  const std::set<int> minusOne = {1,  2,  3,  4,  9,  10, 11, 12, 13, 14, 15, 16, 17, 18, 23,
+                                  24, 25, 26, 27, 28, 29, 32, 33, 36, 37, 41, 45, 57, 59};
+  const std::set<int> nought = {5, 19, 20, 21, 22, 31, 34, 35, 40, 44, 55, 56, 58};
+  for (int i = 0; i < 64; ++i) {
+    uint32_t expected = 0xAAAA5555u;
+    if (minusOne.count(i) != 0) expected = 0xFFFFFFFFu;
+    if (nought.count(i) != 0) expected = 0;
+    if (i == 0) expected = 100;
+    if (i == 38 || i == 39) expected = 1;
+    if (i == 47) expected = 4;
+    EXPECT_EQ(host.capabilities_[static_cast<size_t>(i)], expected) << i;
+  }
+}
+
+TEST(DriverEntry, ColorModesBecomeTreatments) {
+  for (int32_t mode : {0, 102, 103, 104, 105, 106, 107, 108}) {
+    Host host;
+    host.settings().nColorMode = mode;
+    host.initialise();
+    const uint32_t expected = mode >= 103 && mode <= 107 ? static_cast<uint32_t>(mode - 103) : 0;
+    EXPECT_EQ(lpEMData->nColorOp, expected) << mode;
+  }
+}
+
+TEST(DriverEntry, RefusesNamesThatDoNotFit) {
+  Host fits(std::string(143, 'n'));
+  EXPECT_EQ(fits.initialise(), 0);
+  EXPECT_EQ(std::strlen(lpEMData->szOutFile), 143u);
+  fits.terminate();
+  Host tooLong(std::string(144, 'n'));
+  EXPECT_EQ(tooLong.initialise(), 303);
+  EXPECT_EQ(lpEMData, nullptr);
+  EXPECT_EQ(tooLong.record_[10], 0u);
+  EXPECT_EQ(tooLong.send(1), 0);
+}
+
+TEST(DriverEntry, RefusesReplyBuffersPastAllReason) {
+  Host host;
+  host.record_[9] = 0x80000000u;
+  EXPECT_EQ(host.initialise(), 300);
+  EXPECT_EQ(lpEMData, nullptr);
+}
+
+TEST(DriverEntry, TakesNullsForNothing) {
+  EXPECT_EQ(RASTER_dd_entry32(0, 0, nullptr), 300);
+  EXPECT_EQ(RASTER_dd_entry32(0, 2, nullptr), 0);
+  EXPECT_EQ(RASTER_dd_entry32(0, 0xFFFF, nullptr), 0);
+  Host host;
+  host.record_[3] = 0;
+  host.record_[13] = 0;
+  host.record_[14] = 0;
+  host.record_[15] = 0;
+  EXPECT_EQ(host.initialise(), 0);
+  EXPECT_EQ(lpSetup, nullptr);
+  EXPECT_STREQ(lpEMData->szOutFile, "");
+  EXPECT_EQ(RASTER_dd_entry32(0, 2, nullptr), 0);
+}
+
+TEST(DriverEntry, WithACommonBlockThereIsNoStateToAllocate) {
+  Host host;
+  hCommon = 5;
+  EXPECT_EQ(host.initialise(), 300);
+  EXPECT_EQ(lpEMData, nullptr);
+}
+
+TEST(DriverEntry, WithACommonBlockARunningStateIsLeftAlone) {
+  Host host;
+  host.initialise();
+  lpEMData->nColorOp = 77;
+  hCommon = 5;
+  EXPECT_EQ(host.initialise(), 0);
+  EXPECT_EQ(lpEMData->nColorOp, 77u);
+  lpEMData->nState = 0xFFFFFFFFu;  // marked as ended by the host: initialised again, in place
+  RasterDriverState *state = lpEMData;
+  GlobalFree(lpEMData->hReplyBuf);
+  EXPECT_EQ(host.initialise(), 0);
+  EXPECT_EQ(lpEMData, state);
+  EXPECT_EQ(lpEMData->nState, 1u);
+  hCommon = 0;
+}
+
+TEST(DriverEntry, ASecondInitialisationStartsAfresh) {
+  support::TempDir dir;
+  Host host(dir.file("again.tif"));
+  host.openBody(4, 4);
+  host.beginRaster(4, 4, 8);
+  const size_t calls = host.calls.size();
+  EXPECT_EQ(host.initialise(), 0);
+  EXPECT_EQ(lpEMData->nState, 1u);
+  EXPECT_EQ(lpEMData->hOutFile, 0u);
+  EXPECT_EQ(host.calls.size(), calls + 1) << "the old output is closed without asking the host";
+}
+
+TEST(DriverEntry, TerminationClosesAnOpenDevice) {
+  support::TempDir dir;
+  Host host(dir.file("open.tif"));
+  host.initialise();
+  host.send(1);
+  EXPECT_EQ(host.terminate(), 0);
+  ASSERT_EQ(host.calls.size(), 2u);
+  EXPECT_EQ(host.calls[1].values, (std::array<HostWord, 6>{0, 0, 0, 0, 0, 0}));
+  EXPECT_TRUE(std::filesystem::exists(dir.file("open.tif")));
+  EXPECT_EQ(host.terminate(), 0);
+}
+
+TEST(DriverEntry, ANegativeStateDispatchesNothing) {
+  Host host;
+  host.initialise();
+  lpEMData->nState = 0x80000001u;
+  lpEMData->nLastError = 9;
+  EXPECT_EQ(host.send(1), 0);
+  EXPECT_EQ(lpEMData->hOutFile, 0u);
+  lpEMData->nState = 1;
+}
+
+TEST(DriverEntry, LocksAreNoWork) {
+  EXPECT_EQ(LockGlobal(3), 0);
+  EXPECT_EQ(UnlockGlobal(3), 0);
+  EXPECT_EQ(FreeGlobal(), 0);
+}
+
+}  // namespace

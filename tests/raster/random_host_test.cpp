@@ -1,0 +1,243 @@
+// A host that sends anything: every opcode in every state, records cut short and lengths that wrap,
+// numbers that are none. The sanitizers say whether the driver stays inside its blocks.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "raster/session.h"
+#include "support/cases.h"
+#include "support/random.h"
+
+namespace {
+
+using raster_test::Host;
+using support::Random;
+
+constexpr uint32_t kOpcodes[] = {
+    1,    2,    3,    4,    5,    8,    9,    778,  255,  269,  270,  518,    519,     520,
+    521,  767,  766,  765,  771,  772,  773,  774,  1025, 1026, 1027, 1028,   1029,    1030,
+    1031, 1033, 1034, 1035, 1043, 1282, 1288, 1290, 1299, 1295, 1296, 1312,   1323,    1314,
+    1537, 2310, 3841, 3842, 3843, 1788, 0,    6,    7,    1032, 3844, 0xFFFF, 0x10409, 0xFFFFFFFF};
+
+// The files go nowhere; the token is any number but 0.
+HostWord swallow(HostWord, HostWord op, HostWord, HostWord arg2) {
+  if (op == 3) return arg2;
+  return op == 1 ? 1 : 0;
+}
+
+double anyDouble(Random &random) {
+  switch (random.between(0, 11)) {
+    case 0:
+      return std::numeric_limits<double>::quiet_NaN();
+    case 1:
+      return std::numeric_limits<double>::infinity();
+    case 2:
+      return -std::numeric_limits<double>::infinity();
+    case 3:
+      return 1e300;
+    case 4:
+      return -1e19;
+    default:
+      return static_cast<double>(random.between(-40, 40)) / 2;
+  }
+}
+
+uint32_t anySize(Random &random) {
+  switch (random.between(0, 19)) {
+    case 0:
+      return 0;
+    case 1:
+      return 0xFFFFFFFFu;
+    case 2:
+      return 0x80000000u;
+    case 3:
+      return 0x10001u;
+    default:
+      return static_cast<uint32_t>(random.between(1, 24));
+  }
+}
+
+int32_t anyPrecision(Random &random) {
+  static constexpr int32_t kPrecisions[] = {1,      4, 8, 24, -1, -4, -8,     -24,
+                                            -32768, 0, 2, 16, 32, 33, 1 << 30};
+  return random.chance(2) ? std::numeric_limits<int32_t>::min()
+                          : kPrecisions[random.between(0, std::ssize(kPrecisions) - 1)];
+}
+
+// Bytes that a cell array of this record needs for its rows: the host's promise.
+uint64_t promisedBytes(uint32_t columns, uint32_t rows, int32_t precision) {
+  const uint64_t bits = precision == -32768 ? 1 : static_cast<uint64_t>(std::llabs(precision));
+  return (((uint64_t{columns} * bits + 7) / 8 + 7) & ~uint64_t{3}) * rows;
+}
+
+class RandomHost {
+ public:
+  explicit RandomHost(uint64_t seed) : random_(seed), scratch_(1 << 16, 0x5A) {}
+
+  void run(size_t records) {
+    for (size_t i = 0; i < records; ++i) {
+      if (lpEMData == nullptr || random_.chance(1)) restart();
+      sendOne();
+    }
+  }
+
+ private:
+  void restart() {
+    if (random_.chance(50)) RASTER_dd_entry32(0, 0xFFFF, nullptr);
+    RasterSetup &settings = host_.settings();
+    static constexpr int32_t kModes[] = {215, 216, 217, 218, 219, 221, 222, 220};
+    static constexpr int32_t kCompressions[] = {224, 225, 226, 227, 229, 230, 228};
+    settings.nBitmapMode = kModes[random_.between(0, 7)];
+    settings.nCompressionMode = kCompressions[random_.between(0, 6)];
+    settings.nColorMode = static_cast<int32_t>(random_.between(102, 108));
+    settings.nSizeMode = static_cast<int32_t>(random_.between(601, 603));
+    settings.nResolutionMode = static_cast<int32_t>(random_.between(308, 310));
+    settings.tiff.wLayoutMode = random_.chance(20) ? 771 : 772;
+    settings.tiff.nXResolution = static_cast<int16_t>(random_.between(32, 60));
+    settings.tiff.nYResolution = settings.tiff.nXResolution;
+    settings.dWidth = static_cast<double>(random_.between(1, 20)) / 32;
+    settings.dHeight = static_cast<double>(random_.between(1, 20)) / 32;
+    settings.lpfnOutputProc = random_.chance(80) ? swallow : nullptr;
+    host_.record_[9] = static_cast<HostWord>(random_.between(0, 300));
+    host_.record_[13] = random_.chance(95) ? host_.setup_ : 0;
+    host_.record_[14] = random_.chance(90) ? reinterpret_cast<HostWord>(host_.status_.data()) : 0;
+    host_.record_[15] = random_.chance(90) ? reinterpret_cast<HostWord>(host_.capabilities_.data()) : 0;
+    host_.calls.clear();
+    host_.refuseFrom = random_.chance(10) ? static_cast<size_t>(random_.between(1, 9)) : 0;
+    hCommon = random_.chance(1) ? 9 : 0;
+    host_.initialise();
+    hCommon = 0;
+    if (lpEMData != nullptr && random_.chance(30)) {
+      lpEMData->nErrMax = random_.chance(80) ? static_cast<uint32_t>(random_.between(-2, 12))
+                                             : static_cast<uint32_t>(random_.next());
+    }
+    host_.calls.clear();
+  }
+
+  // Mostly the opcode that the state waits for, so that sessions get somewhere.
+  uint32_t nextOpcode() {
+    if (lpEMData == nullptr || random_.chance(25))
+      return kOpcodes[random_.between(0, std::ssize(kOpcodes) - 1)];
+    switch (lpEMData->nState) {
+      case 1:
+        return 1;
+      case 2:
+      case 16:
+        return random_.chance(80) ? 3 : 2;
+      case 4:
+        return random_.chance(60) ? 4 : (random_.chance(50) ? 518 : 521);
+      default:
+        return random_.chance(10) ? 5 : (random_.chance(50) ? 1033 : 1034);
+    }
+  }
+
+  void sendOne() {
+    const uint32_t opcode = nextOpcode();
+    std::vector<uint8_t> record = random_.bytes(128);
+    Host::put(record, 0, opcode);
+    if (opcode == 518 || opcode == 520) {
+      for (size_t at = 16; at < 64; at += 8) Host::put(record, at, anyDouble(random_));
+    } else if (opcode == 521) {
+      Host::put<int16_t>(record, 16, static_cast<int16_t>(random_.between(-1, 3)));
+      // A resolution low enough keeps the pictures small.
+      Host::put(record, 24, random_.chance(70) ? 0.5 : anyDouble(random_));
+    } else if (opcode == 1314) {
+      fillColors(record);
+    } else if (opcode == 1034) {
+      fillPrimitive(record);
+    } else if (opcode == 1033) {
+      if (!fillCells(record)) return;
+    }
+    if (lpEMData != nullptr && lpEMData->nState == 8) boundWindow();
+    host_.send(std::move(record));
+    if (host_.calls.size() > 64) host_.calls.clear();
+    if (lpEMData != nullptr && random_.chance(1)) lpEMData->nState = static_cast<uint32_t>(random_.next());
+    if (lpEMData != nullptr && random_.chance(5)) dq_es();
+  }
+
+  // A resolution of an unframed picture multiplies its window: keep both within a few hundred pixels,
+  // or so large that no block holds the picture.
+  void boundWindow() {
+    for (const size_t corner : {0u, 1u, 3u, 4u}) {
+      double &value = lpEMData->DevWindow[corner];
+      if (std::fabs(value) > 100 && std::fabs(value) < 1e9) value = 100;
+    }
+    const uint32_t resolution = lpEMData->nResolution;
+    if (resolution > 2000 && resolution < 0x7FFF0000u) lpEMData->nResolution = 2000;
+  }
+
+  void fillColors(std::vector<uint8_t> &record) {
+    const auto colors = static_cast<uint32_t>(random_.between(0, 300));
+    record.resize(20 + size_t{colors} * 3);
+    Host::put(record, 4,
+              random_.chance(10) ? static_cast<uint32_t>(random_.between(0, 2)) : colors * 3 + 2);
+    Host::put(record, 16,
+              random_.chance(90) ? static_cast<uint32_t>(random_.between(0, 300))
+                                 : static_cast<uint32_t>(random_.next()));
+  }
+
+  void fillPrimitive(std::vector<uint8_t> &record) {
+    const uint32_t points = random_.chance(5)   ? 0xFFFFFFFFu
+                            : random_.chance(5) ? 0x555556u
+                                                : static_cast<uint32_t>(random_.between(0, 3));
+    Host::put(record, 16,
+              static_cast<int32_t>(random_.chance(45)   ? -5
+                                   : random_.chance(80) ? -6
+                                                        : random_.between(-8, 2)));
+    Host::put(record, 20, points);
+    if (points > 3) return;
+    const size_t at = 24 + size_t{points} * 24;
+    record.resize(at + 4);
+    const bool whole = random_.chance(90);
+    Host::put(record, at, whole ? 28u : static_cast<uint32_t>(random_.between(0, 27)));
+    Host::put(record, at + 4, anySize(random_));
+    uint32_t rows = anySize(random_);
+    int32_t precision = anyPrecision(random_);
+    if (random_.chance(70)) precision = 8;
+    Host::put(record, at + 8, rows);
+    Host::put(record, at + 12, precision);
+    record.resize(at + 32, 0x33);
+  }
+
+  bool fillCells(std::vector<uint8_t> &record) {
+    uint32_t columns = anySize(random_);
+    uint32_t rows = anySize(random_);
+    int32_t precision = anyPrecision(random_);
+    // Either no block can hold the rows, or the record really holds them.
+    uint64_t promised = promisedBytes(columns, rows, precision);
+    if (promised > scratch_.size()) {
+      columns = static_cast<uint32_t>(random_.between(0, 24));
+      rows = static_cast<uint32_t>(random_.between(0, 24));
+      precision = precision < 0 ? -24 : 24;
+      promised = promisedBytes(columns, rows, precision);
+    }
+    for (const size_t at : {24u, 48u}) Host::put(record, at, anyDouble(random_));
+    Host::put(record, 88, columns);
+    Host::put(record, 92, rows);
+    Host::put(record, 96, precision);
+    record.resize(102);
+    if (precision < 0) {
+      const uint8_t *rowsAt = random_.chance(5) ? nullptr : scratch_.data();
+      Host::put(record, 102, rowsAt);
+    } else {
+      record.resize(102 + static_cast<size_t>(promised), 0x44);
+    }
+    return true;
+  }
+
+  Random random_;
+  std::vector<uint8_t> scratch_;
+  Host host_;
+};
+
+TEST(RandomHost, NeverLeavesTheDriversBlocks) {
+#if defined(__SANITIZE_ADDRESS__)
+  const size_t records = 1000000;  // here every access is checked, so here it counts
+#else
+  const size_t records = support::cases(300000);
+#endif
+  RandomHost(20241).run(records);
+}
+
+}  // namespace
