@@ -54,7 +54,9 @@ class Script {
     words.erase(words.begin());
     if (expectation(verb, words)) return;
     const int32_t code = action(verb, words);
-    if (!expected.empty()) EXPECT_EQ(code, std::stoi(expected)) << verb;
+    if (!expected.empty()) {
+      EXPECT_EQ(code, std::stoi(expected)) << verb;
+    }
   }
 
   // Lines that check something.
@@ -98,8 +100,11 @@ class Script {
       return;
     }
     for (size_t i = 1; i < words.size(); ++i) {
-      if (words[0] == "f64") EXPECT_EQ(nextReply<double>(), number(words[i]));
-      if (words[0] == "i32") EXPECT_EQ(nextReply<int32_t>(), std::stoi(words[i]));
+      if (words[0] == "f64") {
+        EXPECT_EQ(nextReply<double>(), number(words[i]));
+      } else if (words[0] == "i32") {
+        EXPECT_EQ(nextReply<int32_t>(), std::stoi(words[i]));
+      }
     }
     if (words[0] == "error") {
       EXPECT_EQ(nextReply<uint32_t>(), whole(words[1]));
