@@ -4,19 +4,32 @@
 #include <cstring>
 
 #include "color/bitmap.h"
+#include "color/packed_pixels.h"
 #include "runtime/unaligned.h"
 
 namespace color {
 
-void planRun(ColumnRun &run, Columns how, uint32_t sourceWidth, uint32_t width, uint32_t first) {
-  run.first = first;
-  run.end = std::min(ColumnRun::kLongest, width - first);
-  run.begin = static_cast<uint32_t>(mapColumns(how, sourceWidth, width, first, {run.columns, run.end}));
-  // Widening counts wide sources differently, so that there equal widths say nothing.
-  run.straight = how == Columns::kNarrow && sourceWidth == width;
+namespace {
+
+// Pixels of less than a byte are gathered as bytes when the run's source columns fit in this many: up
+// to about every second column left out.
+constexpr uint32_t kUnpacked = 2 * ColumnRun::kLongest + 64;
+
+uint32_t pixelsPerByte(int16_t depth) {
+  return depth < 8 ? 8u / static_cast<uint32_t>(depth) : 1u;
 }
 
-namespace {
+// The columns that fill whole bytes by themselves, counted from the run's first.
+struct WholeBytes {
+  uint32_t begin;
+  uint32_t end;
+};
+
+WholeBytes wholeBytes(const ColumnRun &run) {
+  const uint32_t perByte = pixelsPerByte(run.depth);
+  const uint32_t begin = std::min((run.begin + perByte - 1) / perByte * perByte, run.end);
+  return {begin, std::max(run.end / perByte * perByte, begin)};
+}
 
 uint32_t bitAt(const uint8_t *row, uint32_t x) {
   return static_cast<uint32_t>(row[x >> 3] >> (~x & 7)) & 1u;
@@ -61,50 +74,96 @@ void gatherWords(const uint32_t *columns, uint32_t n, const uint8_t *source, uin
   for (uint32_t i = 0; i < n; ++i) std::memcpy(out + size_t{i} * 4, source + size_t{columns[i]} * 4, 4);
 }
 
+// Pixels of whole bytes: what the shuffle leaves over, one by one.
+void gatherWhole(const ColumnRun &run, WholeBytes whole, std::span<const uint8_t> source, uint8_t *out) {
+  const bool shuffled = run.shuffle.reach <= source.size();
+  const auto done = static_cast<uint32_t>(shuffled ? run.shuffle.columns : 0);
+  if (done != 0) shuffleRow(run.shuffle, source.data(), out);
+  const uint32_t *columns = run.columns + whole.begin + done;
+  const uint32_t n = whole.end - whole.begin - done;
+  if (run.depth <= 8) {
+    gatherBytes(columns, n, source.data(), out + done);
+  } else if (run.depth == 24) {
+    gatherTriples(columns, n, source, out + size_t{done} * 3);
+  } else {
+    gatherWords(columns, n, source.data(), out + size_t{done} * 4);
+  }
+}
+
+// Pixels of less than a byte, each in a byte of its own on the way.
+void gatherUnpacked(const ColumnRun &run, WholeBytes whole, std::span<const uint8_t> source, uint8_t *out) {
+  uint8_t values[kUnpacked + 32];
+  uint8_t gathered[ColumnRun::kLongest];
+  const uint32_t perByte = pixelsPerByte(run.depth);
+  const uint32_t used = (run.columns[whole.end - 1] + perByte) / perByte * perByte;
+  const uint8_t *bytes = source.data() + run.origin / perByte;
+  run.depth == 1 ? unpackBits(bytes, used, values) : unpackNibbles(bytes, used, values);
+  std::memset(values + used, 0, 32);  // a shuffle may read this far
+  gatherWhole(run, whole, values, gathered);
+  const uint32_t n = whole.end - whole.begin;
+  run.depth == 1 ? packBits(gathered, n, out) : packNibbles(gathered, n, out);
+}
+
 // Pixel by pixel: for columns that share a byte with others, and rows that their block cuts short.
 void copyPixels(const ColumnRun &run, uint32_t begin, uint32_t end, std::span<const uint8_t> source,
-                std::span<uint8_t> destination, int16_t depth) {
+                std::span<uint8_t> destination) {
   for (uint32_t i = begin; i < end; ++i) {
-    const uint32_t x = run.first + i;
-    setPixel(destination, x, 0, depth, getPixel(source, run.columns[i], depth), {});
+    const uint32_t value = getPixel(source, run.origin + run.columns[i], run.depth);
+    setPixel(destination, run.first + i, 0, run.depth, value, {});
   }
 }
 
 }  // namespace
 
-void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination,
-            int16_t depth) {
-  if (run.begin >= run.end || !isPixelDepth(depth)) return;
+void planRun(ColumnRun &run, Columns how, int16_t depth, uint32_t sourceWidth, uint32_t width,
+             uint32_t first) {
+  run.depth = depth;
+  run.first = first;
+  run.end = std::min(ColumnRun::kLongest, width - first);
+  run.begin = static_cast<uint32_t>(mapColumns(how, sourceWidth, width, first, {run.columns, run.end}));
+  run.origin = 0;
+  // Widening counts wide sources differently, so that there equal widths say nothing.
+  run.straight = how == Columns::kNarrow && sourceWidth == width;
+  if (run.begin >= run.end || run.straight || !isPixelDepth(depth)) return;
+  // Pixels of less than a byte count from the byte that holds the first of them, when they are near
+  // enough to one another to be unpacked together.
+  const uint32_t perByte = pixelsPerByte(depth);
+  const uint32_t origin = run.columns[run.begin] / perByte * perByte;
+  if (run.columns[run.end - 1] - origin < kUnpacked - 8) {
+    run.origin = origin;
+    for (uint32_t i = run.begin; i < run.end; ++i) run.columns[i] -= origin;
+  }
+  const WholeBytes whole = wholeBytes(run);
+  planShuffle(run.shuffle, {run.columns + whole.begin, whole.end - whole.begin},
+              depth < 8 ? 1 : static_cast<uint32_t>(depth) / 8);
+}
+
+void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination) {
+  if (run.begin >= run.end || !isPixelDepth(run.depth)) return;
+  const auto depth = static_cast<uint64_t>(run.depth);
   // Columns rise from left to right: when the last one lies in the row, all do.
-  const uint64_t lastBit = (uint64_t{run.columns[run.end - 1]} + 1) * static_cast<uint64_t>(depth);
+  const uint64_t lastBit = (uint64_t{run.origin} + run.columns[run.end - 1] + 1) * depth;
   if ((lastBit + 7) / 8 > source.size()) {
-    return copyPixels(run, run.begin, run.end, source, destination, depth);
+    return copyPixels(run, run.begin, run.end, source, destination);
   }
-  // Whole bytes in the middle; single pixels at either end where a byte is shared.
-  const uint32_t perByte = depth < 8 ? 8u / static_cast<uint32_t>(depth) : 1u;
-  const uint32_t begin = std::min((run.begin + perByte - 1) / perByte * perByte, run.end);
-  const uint32_t end = std::max(run.end / perByte * perByte, begin);
-  copyPixels(run, run.begin, begin, source, destination, depth);
-  uint8_t *out = destination.data() + uint64_t{run.first + begin} * static_cast<uint64_t>(depth) / 8;
-  const uint32_t *columns = run.columns + begin;
-  const uint32_t n = end - begin;
-  if (run.straight) {
-    if (n != 0) {
-      const uint64_t from = uint64_t{columns[0]} * static_cast<uint64_t>(depth) / 8;
-      std::memcpy(out, source.data() + from, size_t{n} * static_cast<size_t>(depth) / 8);
-    }
-  } else if (depth == 1) {
-    gatherBits(columns, n, source.data(), out);
-  } else if (depth == 4) {
-    gatherNibbles(columns, n, source.data(), out);
-  } else if (depth == 8) {
-    gatherBytes(columns, n, source.data(), out);
-  } else if (depth == 24) {
-    gatherTriples(columns, n, source, out);
+  const WholeBytes whole = wholeBytes(run);
+  copyPixels(run, run.begin, whole.begin, source, destination);
+  uint8_t *out = destination.data() + (uint64_t{run.first} + whole.begin) * depth / 8;
+  if (whole.begin == whole.end) {
+    // All columns share their bytes with others.
+  } else if (run.straight) {
+    const uint64_t from = uint64_t{run.columns[whole.begin]} * depth / 8;
+    std::memcpy(out, source.data() + from, static_cast<size_t>((whole.end - whole.begin) * depth / 8));
+  } else if (run.depth >= 8) {
+    gatherWhole(run, whole, source.subspan(size_t{run.origin} * static_cast<size_t>(run.depth) / 8), out);
+  } else if (run.columns[run.end - 1] < kUnpacked - 8) {
+    gatherUnpacked(run, whole, source, out);
+  } else if (run.depth == 1) {
+    gatherBits(run.columns + whole.begin, whole.end - whole.begin, source.data(), out);
   } else {
-    gatherWords(columns, n, source.data(), out);
+    gatherNibbles(run.columns + whole.begin, whole.end - whole.begin, source.data(), out);
   }
-  copyPixels(run, end, run.end, source, destination, depth);
+  copyPixels(run, whole.end, run.end, source, destination);
 }
 
 }  // namespace color

@@ -5,27 +5,31 @@
 #include <span>
 
 #include "color/columns.h"
+#include "color/shuffle.h"
 
 namespace color {
 
-// A run of destination columns. It starts at a multiple of 8, so that at every depth it starts
-// with a byte.
+// A run of destination columns and the plan for the rows of one call. It starts at a multiple of 8, so
+// that at every depth it starts with a byte.
 struct ColumnRun {
-  static constexpr uint32_t kLongest = 4096;
+  static constexpr uint32_t kLongest = ShufflePlan::kMostColumns;
 
+  int16_t depth = 0;
   uint32_t first = 0;          // its first column
   uint32_t begin = 0;          // the first one that is written, counted from there
   uint32_t end = 0;            // one past the last, counted from there
   bool straight = false;       // every column takes the source column of the same number
+  uint32_t origin = 0;         // the source column that `columns` count from
   uint32_t columns[kLongest];  // source columns
+  ShufflePlan shuffle;         // for the columns from the first whole byte on
 };
 
 // Plans the run that starts at column first.
-void planRun(ColumnRun &run, Columns how, uint32_t sourceWidth, uint32_t width, uint32_t first);
+void planRun(ColumnRun &run, Columns how, int16_t depth, uint32_t sourceWidth, uint32_t width,
+             uint32_t first);
 
 // Copies one row's pixels. The rows must not overlap; source columns past the end of their row read
 // as 0, and the destination must hold the whole run. Bits beside the run keep their values.
-void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination,
-            int16_t depth);
+void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination);
 
 }  // namespace color

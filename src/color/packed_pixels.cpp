@@ -1,5 +1,8 @@
 #include "color/packed_pixels.h"
 
+#include <array>
+#include <cstring>
+
 namespace color {
 
 void packBits(const uint8_t *values, size_t n, uint8_t *out) {
@@ -23,6 +26,31 @@ void packNibbles(const uint8_t *values, size_t n, uint8_t *out) {
     out[k] = static_cast<uint8_t>(values[2 * k] << 4 | (values[2 * k + 1] & 15));
   }
   if (n % 2 != 0) out[n / 2] = static_cast<uint8_t>(values[n - 1] << 4);
+}
+
+namespace {
+
+// The eight pixels of every byte, so that unpacking moves eight at a time.
+using Eight = std::array<uint8_t, 8>;
+constexpr std::array<Eight, 256> kBits = [] {
+  std::array<Eight, 256> table{};
+  for (unsigned byte = 0; byte < 256; ++byte) {
+    for (unsigned k = 0; k < 8; ++k) table[byte][k] = static_cast<uint8_t>(byte >> (7 - k) & 1);
+  }
+  return table;
+}();
+
+}  // namespace
+
+void unpackBits(const uint8_t *bytes, size_t n, uint8_t *values) {
+  for (size_t x = 0; x < n; x += 8) std::memcpy(values + x, kBits[*bytes++].data(), 8);
+}
+
+void unpackNibbles(const uint8_t *bytes, size_t n, uint8_t *values) {
+  for (size_t k = 0; k < n / 2; ++k) {
+    values[2 * k] = bytes[k] >> 4;
+    values[2 * k + 1] = bytes[k] & 15;
+  }
 }
 
 }  // namespace color

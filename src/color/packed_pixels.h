@@ -1,4 +1,4 @@
-// Values of one byte a pixel, packed to the depths of 1 and 4 bits.
+// Values of one byte a pixel, packed to the depths of 1 and 4 bits and unpacked from them.
 #pragma once
 
 #include <cstddef>
@@ -15,5 +15,10 @@ void packBits(const uint8_t *values, size_t n, uint8_t *out);
 // over is 0.  Example: 01 02 13 -> 12 30
 //   out  (n + 1) / 2 bytes
 void packNibbles(const uint8_t *values, size_t n, uint8_t *out);
+
+// Unpacks pixels, whole bytes of them.
+//   n  a multiple of 8 for bits, of 2 for nibbles
+void unpackBits(const uint8_t *bytes, size_t n, uint8_t *values);
+void unpackNibbles(const uint8_t *bytes, size_t n, uint8_t *values);
 
 }  // namespace color

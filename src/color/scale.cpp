@@ -27,10 +27,10 @@ bool isPlainCopy(std::span<const uint8_t> source, int16_t depth, Size from, Size
 
 // Runs a step for each run of columns of a row.
 template <class Step>
-void forEachRun(Columns how, uint32_t sourceWidth, uint32_t width, Step step) {
+void forEachRun(Columns how, int16_t depth, uint32_t sourceWidth, uint32_t width, Step step) {
   ColumnRun run;
   for (uint64_t first = 0; first < width; first += ColumnRun::kLongest) {
-    planRun(run, how, sourceWidth, width, static_cast<uint32_t>(first));
+    planRun(run, how, depth, sourceWidth, width, static_cast<uint32_t>(first));
     step(run);
   }
 }
@@ -49,10 +49,10 @@ void shrink(std::span<const uint8_t> source, std::span<uint8_t> destination, int
     return;
   }
   const double ratio = static_cast<double>(from.height) / to.height;
-  forEachRun(columnsFor(from.width, to.width), from.width, to.width, [&](const ColumnRun &run) {
+  forEachRun(columnsFor(from.width, to.width), depth, from.width, to.width, [&](const ColumnRun &run) {
     for (uint32_t k = 0; k < to.height; ++k) {
       const auto y = static_cast<uint64_t>(k * ratio);
-      gather(run, rowAt(source, sourceLine, y), rowAt(destination, line, k), depth);
+      gather(run, rowAt(source, sourceLine, y), rowAt(destination, line, k));
     }
   });
 }
@@ -65,7 +65,7 @@ void stretch(std::span<const uint8_t> source, std::span<uint8_t> destination, in
   const uint64_t sourceLine = bytesPerLine(from.width, depth);
   const uint64_t line = bytesPerLine(to.width, depth);
   const double ratio = static_cast<double>(to.height) / from.height;
-  forEachRun(columnsFor(from.width, to.width), from.width, to.width, [&](const ColumnRun &run) {
+  forEachRun(columnsFor(from.width, to.width), depth, from.width, to.width, [&](const ColumnRun &run) {
     // The bytes of the run in every row; the last one takes the padding along.
     const uint64_t at = uint64_t{run.first} * static_cast<uint64_t>(depth) / 8;
     const bool last = run.first + run.end == to.width;
@@ -76,7 +76,7 @@ void stretch(std::span<const uint8_t> source, std::span<uint8_t> destination, in
           std::min<uint64_t>(static_cast<uint64_t>(static_cast<double>(t) * ratio), to.height);
       if (fills == filled) continue;
       const std::span<uint8_t> bottom = rowAt(destination, line, to.height - filled - 1);
-      gather(run, rowAt(source, sourceLine, from.height - t), bottom, depth);
+      gather(run, rowAt(source, sourceLine, from.height - t), bottom);
       for (++filled; filled < fills; ++filled) {
         uint8_t *above = rowAt(destination, line, to.height - filled - 1).data();
         std::memcpy(above + at, bottom.data() + at, static_cast<size_t>(bytes));
@@ -89,8 +89,8 @@ void scaleRow(Columns how, std::span<const uint8_t> source, std::span<uint8_t> d
               uint32_t sourceWidth, uint32_t width) {
   if (nothingToScale(destination, depth, {sourceWidth, 1}, {width, 1})) return;
   if (printsPixels()) return scaleRowPlainly(how, source, destination, depth, sourceWidth, width);
-  forEachRun(how, sourceWidth, width,
-             [&](const ColumnRun &run) { gather(run, source, destination, depth); });
+  forEachRun(how, depth, sourceWidth, width,
+             [&](const ColumnRun &run) { gather(run, source, destination); });
 }
 
 namespace {

@@ -108,9 +108,13 @@ TEST(ColorLib, RemembersItsLastSplit) {
 
 TEST(ColorLib, CountersStayAt65535) {
   const Context context;
-  const Bytes rows(size_t{300} * 900, 0xFF);  // 300 by 300 white pixels
+  const Bytes rows(size_t{400} * 1200, 0xFF);  // 400 by 400 white pixels
   uint16_t count = 0;
-  direct_indexed(rows.data(), 300, 300, &count, 0, nullptr, context.handle());
+  direct_indexed(rows.data(), 256, 255, &count, 0, nullptr, context.handle());
+  EXPECT_EQ(context.counter(32767), 65280);
+  direct_indexed(rows.data(), 255, 1, &count, 0, nullptr, context.handle());
+  EXPECT_EQ(context.counter(32767), 65535);
+  direct_indexed(rows.data(), 400, 400, &count, 0, nullptr, context.handle());
   EXPECT_EQ(context.counter(32767), 65535);
   direct_indexed(rows.data(), 1, 1, &count, 0, nullptr, context.handle());
   EXPECT_EQ(context.counter(32767), 65535);

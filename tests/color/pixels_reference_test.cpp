@@ -2,6 +2,7 @@
 // seeded random pictures of every kind.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "color/pictures.h"
@@ -124,6 +125,23 @@ TEST(Reference, ReducedTablesAgree) {
   }
 }
 
+TEST(Reference, ReducedTablesOfLargePicturesAgree) {
+  // Large enough to be counted in tables of their own, and for counters to fill up.
+  support::Random random(110);
+  for (const uint32_t width : {401u, 402u, 403u, 404u}) {
+    plain::Picture picture = pictures::picture(random, width, 380, 24);
+    if (width == 404) std::fill(picture.bits.begin(), picture.bits.begin() + 300 * 1212, uint8_t{0x77});
+    const runtime::Block bits = pictures::block(picture.bits);
+    for (const int wanted : {5, 256, 32768, 65535}) {
+      auto count = static_cast<uint16_t>(wanted);
+      const runtime::Block table(rlReduceColorTable(bits.handle(), width, 380, &count));
+      const reference::Reduced expected = reference::reduce(picture.bits, width, 380, wanted);
+      ASSERT_EQ(count, expected.count) << width;
+      ASSERT_EQ(pictures::bytesOf(table.handle()), expected.table) << width << " to " << wanted;
+    }
+  }
+}
+
 TEST(Reference, ScaledPicturesAgree) {
   support::Random random(105);
   for (size_t n = 0; n < support::cases(6000); ++n) {
@@ -141,6 +159,22 @@ TEST(Reference, ScaledPicturesAgree) {
         rlStretchBitmap(bits.handle(), depth, picture.width, picture.height, width, height));
     ASSERT_EQ(pictures::bytesOf(scaled.handle()), expected)
         << depth << " bits, " << picture.width << "x" << picture.height << " to " << width << "x" << height;
+  }
+}
+
+TEST(Reference, ScaledWidePicturesAgree) {
+  // Wider than the runs in which columns are planned, by factors near 1, near 2 and far from both.
+  support::Random random(111);
+  for (size_t n = 0; n < support::cases(300); ++n) {
+    const int16_t depth = anyDepth(random);
+    const auto from = static_cast<uint32_t>(random.between(1, 7000));
+    const uint32_t percent[] = {95, 105, 48, 52, static_cast<uint32_t>(random.between(1, 400))};
+    const uint32_t to = std::min(from * percent[random.between(0, 4)] / 100 + 1, 7000u);
+    const Bytes bits = random.bytes(size_t{reference::lineBytes(from, depth)} * 2);
+    const runtime::Block block = pictures::block(bits);
+    const runtime::Block scaled(rlShrinkBitmap(block.handle(), depth, from, 2, to, 3));
+    ASSERT_TRUE(pictures::bytesOf(scaled.handle()) == reference::scale(bits, depth, from, 2, to, 3))
+        << depth << " bits, " << from << " to " << to;
   }
 }
 

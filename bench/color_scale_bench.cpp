@@ -1,0 +1,91 @@
+// Scaling and the conversions of four-byte pixels, beside a memcpy of the bytes that each writes.
+//
+// Arguments: bits per pixel, then the width and height of the result of a 4000 by 3000 picture.
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+
+#include "pictures.h"
+#include "raxel/color.h"
+#include "runtime/blocks.h"
+#include "support/random.h"
+
+namespace {
+
+constexpr uint32_t kWidth = bench::kPhotoWidth;
+constexpr uint32_t kHeight = bench::kPhotoHeight;
+
+// A picture of the photo's size whose bytes are the photo's, at any depth.
+runtime::Block pictureOf(int16_t depth) {
+  runtime::Block block = runtime::Block::ofSize(rlCalcNewSize(kWidth, kHeight, depth));
+  const auto bytes = bench::photo(kWidth, kHeight, depth == 32 ? 4 : 3);
+  std::memcpy(block.data(), bytes.data(), std::min(block.bytes().size(), bytes.size()));
+  return block;
+}
+
+void scale(benchmark::State &state) {
+  const auto depth = static_cast<int16_t>(state.range(0));
+  const auto width = static_cast<uint32_t>(state.range(1));
+  const auto height = static_cast<uint32_t>(state.range(2));
+  const runtime::Block source = pictureOf(depth);
+  const runtime::Block scaled = runtime::Block::ofSize(rlCalcNewSize(width, height, depth));
+  const auto worker = height > kHeight ? Stretch : Shrink;
+  for (auto _ : state) {
+    worker(source.data(), scaled.data(), depth, kWidth, kHeight, width, height);
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(scaled.bytes().size()));
+}
+
+// The limit: the bytes that scaling to this size writes, copied.
+void copyOfTheBytesWritten(benchmark::State &state) {
+  const auto depth = static_cast<int16_t>(state.range(0));
+  const uint32_t size =
+      rlCalcNewSize(static_cast<uint32_t>(state.range(1)), static_cast<uint32_t>(state.range(2)), depth);
+  const runtime::Block from = runtime::Block::ofSize(size);
+  const runtime::Block to = runtime::Block::ofSize(size);
+  std::memset(from.data(), 1, size);
+  for (auto _ : state) {
+    std::memcpy(to.data(), from.data(), size);
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(size));
+}
+
+void sizes(benchmark::internal::Benchmark *bench) {
+  bench->Unit(benchmark::kMicrosecond);
+  for (const int64_t depth : {1, 4, 8, 24, 32}) {
+    bench->Args({depth, 4000, 3000})
+        ->Args({depth, 2000, 1500})
+        ->Args({depth, 3001, 2251})
+        ->Args({depth, 4800, 3600});
+  }
+}
+BENCHMARK(copyOfTheBytesWritten)->Apply(sizes);
+BENCHMARK(scale)->Apply(sizes);
+
+void fourBytes(benchmark::State &state, void (*convert)(Handle, uint32_t, uint32_t)) {
+  const runtime::Block picture = pictureOf(32);
+  for (auto _ : state) {
+    convert(picture.handle(), kWidth, kHeight);
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(picture.bytes().size()));
+}
+BENCHMARK_CAPTURE(fourBytes, rgbToCmyk, rlRGB4toCMYK)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(fourBytes, cmykToRgb, rlCMYKtoRGB)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(fourBytes, dropAlpha, rlALPHAtoRGB)->Unit(benchmark::kMicrosecond);
+
+void flip(benchmark::State &state) {
+  const auto depth = static_cast<int16_t>(state.range(0));
+  const runtime::Block picture = pictureOf(depth);
+  for (auto _ : state) {
+    rlFlipBitmap(picture.handle(), depth, kWidth, kHeight, static_cast<uint16_t>(state.range(1)),
+                 static_cast<uint16_t>(state.range(2)));
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(picture.bytes().size()));
+}
+BENCHMARK(flip)->Unit(benchmark::kMicrosecond)->Args({24, 1, 0})->Args({24, 0, 1})->Args({8, 1, 0});
+
+}  // namespace
