@@ -1,19 +1,89 @@
+// The idea: bytes that only go on with the run before them are stepped over by the dozen (fax_news.h),
+// and for every other byte a table tells which runs end in it and what their codes are (kByteSteps).
 #include "tiff/fax_1d.h"
 
-#include "tiff/fax_runs.h"
+#include <algorithm>
+#include <bit>
+
+#include "tiff/fax_news.h"
 
 namespace tiff {
+namespace {
+
+uint32_t colourOfLastPixel(uint8_t byte) {
+  return 1 - (byte & 1u);
+}
+
+// Takes the pixels of a chunk into the runs of the row: `run` is the length of the run at hand. What
+// stands before the chunk, chunk[-1], tells its colour. False when the buffer is lost.
+[[gnu::always_inline]] inline bool takeChunk(const uint8_t *chunk, uint32_t &run, FaxWriter &writer) {
+  uint64_t news = newsMask(chunk);
+  uint32_t done = 0;  // bytes
+  if (news != 0) {
+    // Every byte with news gives up to 12 + 33 bits. A make-up code needs seven bytes without news before
+    // it, so that there are at most nine of them.
+    const ptrdiff_t room = 6 * std::popcount(news) + 2 * 9 + 8;
+    if (!writer.reserve(room)) return false;
+    for (; news != 0; news &= news - 1) {
+      const auto at = static_cast<uint32_t>(std::countr_zero(news));
+      const uint32_t colour = colourOfLastPixel(chunk[ptrdiff_t{at} - 1]);
+      const ByteStep &step = kByteSteps[colour][chunk[at]];
+      run += 8 * (at - done) + step.lead;
+      const auto &codes = kRunCodes[colour];
+      if (run >= 64) {
+        if (run <= kLongestMakeUp) {
+          writer.put(codes[kMakeUpBase + run / 64]);
+        } else if (!writer.putMakeUps(colour, run, room)) {
+          return false;
+        }
+        run %= 64;
+      }
+      const uint64_t bits = uint64_t{codes[run].bits} << step.length | step.bits;
+      writer.put(bits, uint32_t{codes[run].length} + step.length);
+      run = step.trail;
+      done = at + 1;
+    }
+  }
+  run += 8 * (kNewsChunk - done);
+  return true;
+}
+
+// The last byte of a row with the bits past the width in the colour of its last pixel.
+uint8_t withoutPadding(uint8_t byte, uint32_t width) {
+  const auto past = static_cast<uint8_t>(0xFF >> 1 >> (width - 1) % 8);
+  const bool lastIsWhite = (byte >> (7 - (width - 1) % 8) & 1) != 0;
+  return static_cast<uint8_t>(lastIsWhite ? byte | past : byte & ~past);
+}
+
+}  // namespace
 
 uint32_t encodeFaxRow(std::span<const uint8_t> row, uint32_t width, uint32_t compression, FaxBuffer &out) {
-  if (width == 0 || row.size() < (uint64_t{width} + 7) / 8) return 0;
+  const uint64_t rowBytes = (uint64_t{width} + 7) / 8;
+  if (width == 0 || row.size() < rowBytes) return 0;
   FaxWriter writer(out);
-  Colour colour = kWhite;
-  for (uint32_t at = 0; at < width;) {
-    const uint32_t end = findOther(row, at, width, colour);
-    if (!writer.putRun(colour, end - at)) return 0;
-    at = end;
-    colour = opposite(colour);
+  uint32_t run = 0;
+  // The first chunk needs the white pixel that stands before every row, and the last is filled up with
+  // the colour of the last pixel; these two are copies.
+  uint8_t copy[1 + kNewsChunk] = {0xFF};
+  const uint8_t lastByte = withoutPadding(row[rowBytes - 1], width);
+  for (size_t at = 0; at < rowBytes; at += kNewsChunk) {
+    const uint8_t *chunk = row.data() + at;
+    const bool isLast = at + kNewsChunk >= rowBytes;
+    if (at == 0 || isLast) {
+      const size_t n = isLast ? static_cast<size_t>(rowBytes) - at : kNewsChunk;
+      if (at != 0) copy[0] = row[at - 1];
+      std::copy_n(chunk, n, copy + 1);
+      if (isLast) {
+        copy[n] = lastByte;
+        std::fill(copy + 1 + n, copy + sizeof copy, (lastByte & 1) != 0 ? 0xFF : 0);
+      }
+      chunk = copy + 1;
+    }
+    if (!takeChunk(chunk, run, writer)) return 0;
   }
+  const auto filledUp =
+      static_cast<uint32_t>((8 * kNewsChunk - width % (8 * kNewsChunk)) % (8 * kNewsChunk));
+  if (!writer.putRun(colourOfLastPixel(lastByte), run - filledUp)) return 0;
   if (compression != 3) return writer.byteCount();
   if (!writer.reserve()) return 0;
   writer.fillByte();

@@ -28,7 +28,7 @@ class FaxBuffer {
   uint32_t size() const { return static_cast<uint32_t>(bytes_.size()); }
 
   // Makes the block larger and keeps its bytes; they may move. False when the block is lost.
-  bool grow() {
+  [[gnu::noinline]] bool grow() {
     const uint64_t step = 5000 + size() / 2;
     const uint64_t wanted = size() + step <= largest_ ? size() + step : size() + uint64_t{5000};
     if (handle() == 0) return false;
@@ -57,13 +57,24 @@ class FaxBuffer {
 //
 //   pending_  ppppp000 00000000 ...      put(1101, 4)      byte at to_  ppppp110
 //                                                          pending_     10000000 ...
+//
+// A writer is a value that the coders keep in registers: what is called out of line takes it and gives
+// it back, so that its address is never taken.
 class FaxWriter {
  public:
   explicit FaxWriter(FaxBuffer &buffer)
-      : buffer_(buffer), to_(buffer.data()), end_(buffer.data() + buffer.size()) {}
+      : buffer_(&buffer), to_(buffer.data()), end_(buffer.data() + buffer.size()) {}
 
-  // Makes room for two puts. False when the buffer is lost: then nothing more may be put.
-  bool reserve() { return end_ - to_ >= kRoom || growBuffer(); }
+  // Makes room for two puts, or for `bytes`: what the puts fill, and 8 more. False when the buffer is
+  // lost: then nothing more may be put.
+  bool reserve(ptrdiff_t bytes = 16) {
+    if (end_ - to_ >= bytes) return true;
+    const ptrdiff_t at = to_ - buffer_->data();
+    const bool grown = buffer_->grow();
+    to_ = grown ? buffer_->data() + at : nullptr;
+    end_ = buffer_->data() + buffer_->size();
+    return grown;
+  }
 
   // Places `length` bits, at most 56, right-aligned in `bits`.
   void put(uint64_t bits, uint32_t length) {
@@ -76,17 +87,17 @@ class FaxWriter {
   }
   void put(BitCode code) { put(code.bits, code.length); }
 
-  // Places a whole run as make-up codes and a terminating code, reserving for itself.
+  // Places the make-up codes of a run of 64 or more, and then makes room as reserve() does.
   //   colour  0 white, 1 black
+  bool putMakeUps(uint32_t colour, uint32_t run, ptrdiff_t bytes = 16) {
+    *this = withMakeUps(*this, colour, run, bytes);
+    return to_ != nullptr;
+  }
+
+  // Places a whole run as make-up codes and a terminating code, reserving for itself.
   bool putRun(uint32_t colour, uint32_t run) {
-    const auto &codes = kRunCodes[colour];
-    for (; run > kLongestMakeUp; run -= kLongestMakeUp) {
-      if (!reserve()) return false;
-      put(codes[kMakeUpBase + kLongestMakeUp / 64]);
-    }
-    if (!reserve()) return false;
-    if (run >= 64) put(codes[kMakeUpBase + run / 64]);
-    put(codes[run % 64]);
+    if (run >= 64 ? !putMakeUps(colour, run) : !reserve()) return false;
+    put(kRunCodes[colour][run % 64]);
     return true;
   }
 
@@ -99,25 +110,27 @@ class FaxWriter {
   }
 
   // The bytes written when a partly filled byte counts as a whole one.
-  uint32_t byteCount() const { return static_cast<uint32_t>(to_ - buffer_.data()) + (used_ != 0 ? 1 : 0); }
+  uint32_t byteCount() const { return static_cast<uint32_t>(to_ - buffer_->data()) + (used_ != 0 ? 1 : 0); }
 
  private:
-  static constexpr ptrdiff_t kRoom = 16;  // two puts store at most 15 bytes from where the first began
-
   static void storeBig(uint8_t *to, uint64_t value) {
     if constexpr (std::endian::native == std::endian::little) value = __builtin_bswap64(value);
     std::memcpy(to, &value, sizeof value);
   }
-  bool growBuffer() {
-    const ptrdiff_t at = to_ - buffer_.data();
-    const bool grown = buffer_.grow();
-    to_ = grown ? buffer_.data() + at : nullptr;
-    end_ = buffer_.data() + buffer_.size();
-    return grown;
+
+  [[gnu::noinline]] static FaxWriter withMakeUps(FaxWriter writer, uint32_t colour, uint32_t run,
+                                                 ptrdiff_t bytes) {
+    const auto &codes = kRunCodes[colour];
+    for (; run >= 64; run = run > kLongestMakeUp ? run - kLongestMakeUp : 0) {
+      if (!writer.reserve()) return writer;
+      writer.put(codes[kMakeUpBase + (run > kLongestMakeUp ? kLongestMakeUp : run) / 64]);
+    }
+    writer.reserve(bytes);
+    return writer;
   }
 
-  FaxBuffer &buffer_;
-  uint8_t *to_;   // the byte that the next bit goes to
+  FaxBuffer *buffer_;
+  uint8_t *to_;   // the byte that the next bit goes to; null when the buffer was lost
   uint8_t *end_;  // the end of the block
   uint64_t pending_ = 0;
   uint32_t used_ = 0;  // bits waiting, 0 to 7

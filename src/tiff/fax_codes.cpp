@@ -336,4 +336,43 @@ consteval std::array<BitCode, 9> placedModes() {
 constexpr std::array<std::array<BitCode, 104>, 2> kRunCodes = placedRuns();
 constexpr std::array<BitCode, 9> kModeCodes = placedModes();
 
+namespace {
+
+// Cannot be evaluated by a compiler, so that a table that needs it does not compile.
+[[maybe_unused]] void codesOfAByteAreTooLong() {}
+
+consteval ByteStep byteStep(uint32_t colour, uint32_t pixels) {
+  const auto at = [&](uint32_t i) { return 1 - (pixels >> (7 - i) & 1); };  // the colour of pixel i
+  uint32_t lead = 0;
+  while (lead < 8 && at(lead) == colour) ++lead;
+  uint32_t trail = 0;
+  while (trail < 8 && at(7 - trail) == at(7)) ++trail;
+  ByteStep step{0, 0, static_cast<uint8_t>(lead), static_cast<uint8_t>(trail)};
+  uint64_t bits = 0;
+  for (uint32_t from = lead; from + trail < 8;) {
+    uint32_t to = from;
+    while (at(to) == at(from)) ++to;
+    const BitCode code = kRunCodes[at(from)][to - from];
+    bits = bits << code.length | code.bits;
+    step.length = static_cast<uint8_t>(step.length + code.length);
+    from = to;
+  }
+  step.bits = static_cast<uint32_t>(bits);
+  if (step.bits != bits || step.length > 33) codesOfAByteAreTooLong();
+  return step;
+}
+
+consteval std::array<std::array<ByteStep, 256>, 2> byteSteps() {
+  std::array<std::array<ByteStep, 256>, 2> out{};
+  for (uint32_t pixels = 0; pixels < 256; ++pixels) {
+    out[0][pixels] = byteStep(0, pixels);
+    out[1][pixels] = byteStep(1, pixels);
+  }
+  return out;
+}
+
+}  // namespace
+
+constexpr std::array<std::array<ByteStep, 256>, 2> kByteSteps = byteSteps();
+
 }  // namespace tiff

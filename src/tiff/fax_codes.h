@@ -30,4 +30,20 @@ struct BitCode {
 extern const std::array<std::array<BitCode, 104>, 2> kRunCodes;
 extern const std::array<BitCode, 9> kModeCodes;
 
+// What a byte of eight pixels does to the runs of a row, say w w b w w b b b after a white run:
+//
+//   the run before grows by `lead` = 2 and ends; a black run of 1 and a white one of 2 follow, whose
+//   codes are `bits`; a run of `trail` = 3 begins
+//
+// A byte that only goes on with the run before has lead = 8 and ends nothing.
+struct ByteStep {
+  uint32_t bits;   // right-aligned codes of the runs inside
+  uint8_t length;  // their length in bits: at most 33, of which the first is 0 then
+  uint8_t lead;
+  uint8_t trail;
+};
+
+// By colour of the run before (0 white, 1 black), and by the byte, in which set bits are white.
+extern const std::array<std::array<ByteStep, 256>, 2> kByteSteps;
+
 }  // namespace tiff

@@ -1,9 +1,10 @@
 // Which neighbouring bytes are equal, as a mask of bits: what the PackBits coder finds its runs with.
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <cstring>
+
+#include "tiff/byte_masks.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -19,28 +20,13 @@ struct EqualMask {
 
 constexpr uint32_t kEqualMaskReads = 129;  // bytes, all of which must be readable
 
-// Eight bits, one for each pair of the 9 bytes at `from`. Of x, the bytes of 8 pairs combined with
-// exclusive or, those that are 0 stand for equal pairs: adding 7F to the low seven bits carries into
-// the eighth unless all are 0.
-inline uint32_t equalPairs8(const uint8_t *from) {
-  constexpr uint64_t kLow7 = 0x7F7F7F7F7F7F7F7F;
-  uint64_t a;
-  uint64_t b;
-  std::memcpy(&a, from, 8);
-  std::memcpy(&b, from + 1, 8);
-  const uint64_t x = a ^ b;
-  const uint64_t zeros = ~(((x & kLow7) + kLow7) | x | kLow7) >> 7;  // 01 for every equal pair
-  // The multiplication moves the eight bits side by side into the top byte, byte 0 lowest.
-  constexpr uint64_t kGather =
-      std::endian::native == std::endian::little ? 0x0102040810204080 : 0x8040201008040201;
-  return static_cast<uint32_t>(zeros * kGather >> 56);
-}
-
 inline EqualMask equalMaskPlain(const uint8_t *from) {
   EqualMask mask{0, 0};
   for (uint32_t i = 0; i < 8; ++i) {
-    mask.low |= uint64_t{equalPairs8(from + 8 * i)} << 8 * i;
-    mask.high |= uint64_t{equalPairs8(from + 64 + 8 * i)} << 8 * i;
+    const uint8_t *low = from + 8 * i;
+    const uint8_t *high = low + 64;
+    mask.low |= uint64_t{zeroBytes8(bytes8(low) ^ bytes8(low + 1))} << 8 * i;
+    mask.high |= uint64_t{zeroBytes8(bytes8(high) ^ bytes8(high + 1))} << 8 * i;
   }
   return mask;
 }

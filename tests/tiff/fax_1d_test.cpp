@@ -123,6 +123,16 @@ TEST(Fax1D, EveryRunLength) {
   }
 }
 
+// The longest codes that one byte can give: a black make-up code of 13 bits, a terminating code of 12,
+// and 33 bits for the single pixels after them, at every bit position.
+TEST(Fax1D, LongestCodesOfAByte) {
+  for (size_t lead = 1; lead <= 64; ++lead) {
+    const std::string row = rowOf({{'w', lead}, {'b', 16}, {'w', 24 - lead % 8}, {'b', 544}}) + "wbwbwbwb" +
+                            rowOf({{'w', 600}, {'b', 8}, {'w', 1}, {'b', 1}, {'w', 1}});
+    EXPECT_EQ(encode(row, 2), reference::packBits01(reference::fax1D(row))) << lead;
+  }
+}
+
 // 262,144 pixels of one colour in a buffer that starts with 20 bytes.
 TEST(Fax1D, BufferGrowsWithinOneRun) {
   const Bytes row(32768, 0xFF);

@@ -114,10 +114,10 @@ TEST(FaxBuffer, GrowsByAtLeast5000BytesWithinItsBound) {
 }
 
 TEST(FaxBuffer, RunsThatCannotBePlacedAreRefused) {
-  tiff::FaxBuffer buffer(runtime::allocate(20), 20);
+  tiff::FaxBuffer buffer(runtime::allocate(100), 100);
   tiff::FaxWriter writer(buffer);
   EXPECT_TRUE(writer.putRun(0, 63));
-  EXPECT_FALSE(writer.putRun(0, 100000));
+  EXPECT_FALSE(writer.putRun(0, 1000000));
   EXPECT_EQ(buffer.handle(), 0u);
 }
 
