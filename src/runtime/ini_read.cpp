@@ -17,7 +17,7 @@ constexpr const char *kDefaultProfile = "KVL.INI";
 // Copies as much as fits, without a terminator. Returns the bytes copied.
 int32_t overlay(std::span<char> buffer, const char *text) {
   const size_t n = std::min(std::strlen(text), buffer.size());
-  std::memcpy(buffer.data(), text, n);
+  if (n > 0) std::memcpy(buffer.data(), text, n);
   return static_cast<int32_t>(n);
 }
 
