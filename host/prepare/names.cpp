@@ -15,12 +15,13 @@ struct Choice {
   std::array<const char *, kNames> names;
 };
 
-// In the order of RaxelMode. Values of escape 9.
+// In the order of RaxelMode. Values of escape 9 for a prepared picture: eight colours go out as sixteen, of
+// which eight are the fixed ones, since the filter's own mode for them would remap every pixel.
 constexpr std::array<Choice, RAXEL_MODES> kModes{{
     {140, {"bilevel", "mono", "bw", "1"}},
     {141, {"grey16", "gray16"}},
     {142, {"grey256", "gray256", "grey", "gray"}},
-    {143, {"color8", "colour8"}},
+    {144, {"color8", "colour8"}},
     {144, {"color16", "colour16"}},
     {145, {"color256", "colour256", "palette"}},
     {146, {"rgb", "truecolor", "24"}},

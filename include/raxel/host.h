@@ -206,7 +206,8 @@ RAXEL_EXPORT const char *raxelHostMessage(int code);
 // One sentence for one bit of the notes. Never null.
 RAXEL_EXPORT const char *raxelHostNote(uint32_t note);
 
-// The name of a mode or compression, and the number that its escape takes; null and -1 for none.
+// The name of a mode or compression, and the number that its escape takes for a prepared picture (8
+// colours are handed over as 16, so that the filter does not map them again); null and -1 for none.
 RAXEL_EXPORT const char *raxelHostModeName(int mode);
 RAXEL_EXPORT int32_t raxelHostModeValue(int mode);
 RAXEL_EXPORT const char *raxelHostCompressionName(int compression);

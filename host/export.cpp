@@ -1,0 +1,152 @@
+#include "export.h"
+
+#include <chrono>
+#include <cstring>
+
+#include "asis.h"
+#include "buffer.h"
+#include "handover.h"
+#include "pictures/picture.h"
+#include "progress.h"
+#include "target.h"
+
+namespace host {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point &start) {
+  const Clock::time_point now = Clock::now();
+  const double passed = std::chrono::duration<double>(now - start).count();
+  start = now;
+  return passed;
+}
+
+Exit exitOf(int code) {
+  switch (code) {
+    case RAXEL_HOST_BAD_PICTURE:
+    case RAXEL_HOST_TOO_WIDE:
+    case RAXEL_HOST_TOO_TALL:
+    case RAXEL_HOST_TOO_LARGE:
+      return kNoInput;
+    case RAXEL_HOST_NO_SERVICE:
+    case RAXEL_HOST_NO_MEMORY:
+      return kLibrary;
+    default:
+      return kUsage;
+  }
+}
+
+void check(int code, const std::string &input) {
+  if (code != RAXEL_HOST_OK) throw Failure(exitOf(code), input + ": " + raxelHostMessage(code));
+}
+
+// Writes of image data that the library will make: the measure of progress.
+uint64_t dataWrites(const RaxelPlan &plan) {
+  const uint64_t rowBytes = (uint64_t{plan.width} * plan.bits + 7) / 8;
+  switch (plan.compression) {
+    case RAXEL_COMPRESS_PACKBITS:
+      return plan.height * ((rowBytes + 126) / 127);
+    case RAXEL_COMPRESS_LZW:
+      return 4;
+    case RAXEL_COMPRESS_T6:
+      return plan.layout == RAXEL_LAYOUT_TILES
+                 ? uint64_t{(plan.width + 511) / 512} * ((plan.height + 127) / 128)
+                 : 4;
+    default:
+      return plan.height;
+  }
+}
+
+void noteAll(const RaxelPlan &plan, Report &report) {
+  constexpr uint32_t kWorthTelling = RAXEL_NOTE_LZW_AS_PACKBITS | RAXEL_NOTE_HUFFMAN_AS_PACKBITS;
+  for (uint32_t bit = 1; bit < 1u << RAXEL_NOTES; bit <<= 1) {
+    if ((plan.notes & bit) == 0) continue;
+    (bit & kWorthTelling ? report.notes : report.details).push_back(raxelHostNote(bit));
+  }
+}
+
+void describe(const Picture &picture, Report &report) {
+  report.format = picture.format.empty() ? "picture" : picture.format;
+  report.width = picture.view.width;
+  report.height = picture.view.height;
+  report.bits = picture.view.bits;
+  report.colors = picture.view.table ? picture.view.colors : 0;
+  report.notes = picture.notes;
+}
+
+// What the library says that it would write. The plan must agree with it: a difference means that one of
+// the two is wrong, and nothing should be written.
+void crossCheck(Setup &setup, const RaxelPlan &plan, const Library &library) {
+  RasterPictureInfo info{};
+  info.nPictureResolution = static_cast<int32_t>(plan.unitsPerInch);
+  info.nPictureWidth = plan.queryX;
+  info.nPictureHeight = plan.queryY;
+  const RasterInfoResult result = setup.query(info);
+  const int32_t depth = result.nDepth < 0 ? -result.nDepth : result.nDepth;
+  if (result.nWidth != static_cast<int32_t>(plan.width) ||
+      result.nHeight != static_cast<int32_t>(plan.height) || depth != static_cast<int32_t>(plan.bits)) {
+    throw Failure(kLibrary, library.path + ": would write " + std::to_string(result.nWidth) + " by " +
+                                std::to_string(result.nHeight) + " pixels of " + std::to_string(depth) +
+                                " bits instead of what is planned");
+  }
+}
+
+}  // namespace
+
+void exportPicture(const Library &library, const Options &options, const std::string &inputPath,
+                   const std::string &output, Report &report) {
+  report.input = inputPath;
+  report.output = options.dryRun ? "" : output;
+  report.dryRun = options.dryRun;
+  Progress progress(inputPath, !options.quiet && !options.json);
+  Clock::time_point start = Clock::now();
+
+  const Input input(inputPath);
+  const std::unique_ptr<Picture> picture = readPicture(input, options.background);
+  describe(*picture, report);
+  report.readSeconds = secondsSince(start);
+
+  Setup setup(library, options);
+  if (options.asIs) return exportAsIs(library, options, setup, *picture, output, progress, report);
+  const RaxelRequest request = requestFor(options, setup, *picture, report.notes);
+  RaxelPlan plan;
+  check(raxelHostPlan(&picture->view, &request, &plan), inputPath);
+  report.plan = plan;
+  report.planned = true;
+  sendPlan(setup, plan);
+  crossCheck(setup, plan, library);
+  if (options.dryRun) return noteAll(plan, report);
+
+  Target target(output, options.rules);
+  progress.stage("preparing");
+  const prepare::HandleMemory pixels(library.services, plan.bytes), table(library.services, 256 * 3);
+  if (!pixels.bytes() || !table.bytes()) check(RAXEL_HOST_NO_MEMORY, inputPath);
+  useLargePages(pixels.bytes(), static_cast<size_t>(plan.bytes));
+  check(raxelHostPrepare(&picture->view, &request, &library.services, &plan, pixels.bytes(), table.bytes()),
+        inputPath);
+  sendPlan(setup, plan);
+  report.plan = plan;
+  noteAll(plan, report);
+  report.prepareSeconds = secondsSince(start);
+
+  OutputStream stream(target.sink(), progress);
+  setup.setOutput(&OutputStream::procedure);
+  progress.expect(dataWrites(plan));
+  const Handover handover{pixels,
+                          table,
+                          static_cast<uint16_t>(plan.bits),
+                          static_cast<uint16_t>(plan.width),
+                          static_cast<uint16_t>(plan.height),
+                          plan.extentX,
+                          plan.extentY,
+                          static_cast<uint16_t>(plan.unitsPerInch)};
+  const uint32_t result = exportCells(library, setup, handover, output.c_str(), stream);
+  checkComplete(stream, result, target, library);
+  report.bytes = target.sink().size();
+  target.commit();
+  if (options.save) sendGiven(setup, options, true);
+  report.writeSeconds = secondsSince(start);
+}
+
+}  // namespace host

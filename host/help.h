@@ -1,0 +1,14 @@
+// Texts made from the option table.
+#pragma once
+
+#include <string>
+
+namespace host {
+
+// What --help prints.
+std::string helpText();
+// What --list prints.
+std::string listText();
+std::string listJson();
+
+}  // namespace host

@@ -1,0 +1,31 @@
+// The filter, loaded as an application loads it: at run time, entries resolved by their numbers.
+#pragma once
+
+#include <string>
+
+#include "raxel/filter.h"
+#include "raxel/host.h"
+#include "raxel/settings.h"
+
+namespace host {
+
+// Every function of the library that this program calls.
+struct Library {
+  std::string path;
+  uint32_t version = 0;
+
+  // Entries of the export table.
+  decltype(&::CreateSetup) createSetup = nullptr;
+  decltype(&::DestroySetup) destroySetup = nullptr;
+  decltype(&::xEscapeSetup) escapeSetup = nullptr;
+  decltype(&::ExportCellData) exportCellData = nullptr;
+
+  // Services, by name: handle memory, and what the preparation borrows.
+  RaxelServices services{};
+};
+
+// Loads the library from `path`; when it is empty, from the program's own folder or ../lib/raxel beside
+// that. Checks its version. Throws a Failure that names what is missing. The library stays loaded.
+Library loadLibrary(const std::string &path);
+
+}  // namespace host

@@ -1,0 +1,124 @@
+// Every option of raxel-export, once: the command line, --help, the manual page and the completions are
+// made from this table.
+#pragma once
+
+#include <array>
+#include <string_view>
+
+namespace host {
+
+enum class OptionId {
+  kOutput,
+  kDirectory,
+  kJobs,
+  kForce,
+  kNoClobber,
+  kMode,
+  kCompress,
+  kDpi,
+  kSize,
+  kLayout,
+  kDither,
+  kNoDither,
+  kTreatment,
+  kQuantizer,
+  kBackground,
+  kAsIs,
+  kLibrary,
+  kProfile,
+  kSection,
+  kSave,
+  kSet,
+  kDryRun,
+  kList,
+  kJson,
+  kQuiet,
+  kVerbose,
+  kVersion,
+};
+
+// What completes an argument.
+enum class Completes { kNothing, kChoices, kFile, kFolder };
+
+struct OptionRow {
+  OptionId id;
+  char shortName;  // 0 for none
+  std::string_view longName;
+  std::string_view argument;  // what stands for its value in texts; empty for a flag
+  Completes completes;
+  std::string_view choices;  // separated by spaces
+  std::string_view group;
+  std::string_view help;  // a sentence without its full stop
+};
+
+inline constexpr std::string_view kGroupOutput = "Output";
+inline constexpr std::string_view kGroupPicture = "Picture";
+inline constexpr std::string_view kGroupFilter = "Filter";
+inline constexpr std::string_view kGroupReport = "Report";
+
+// clang-format off
+inline constexpr auto kOptions = std::to_array<OptionRow>({
+  {OptionId::kOutput, 'o', "output", "FILE", Completes::kFile, "", kGroupOutput,
+   "Write to FILE; - is standard output"},
+  {OptionId::kDirectory, 'd', "directory", "DIR", Completes::kFolder, "", kGroupOutput,
+   "Write every input to a file of the same name with .tif in DIR"},
+  {OptionId::kJobs, 'j', "jobs", "N", Completes::kNothing, "", kGroupOutput,
+   "With -d: export N pictures at a time, each in a process of its own"},
+  {OptionId::kForce, 'f', "force", "", Completes::kNothing, "", kGroupOutput,
+   "Replace an output even when it is write-protected"},
+  {OptionId::kNoClobber, 'n', "no-clobber", "", Completes::kNothing, "", kGroupOutput,
+   "Never replace a file"},
+
+  {OptionId::kMode, 'm', "mode", "MODE", Completes::kChoices,
+   "auto bilevel grey16 grey256 color8 color16 color256 rgb", kGroupPicture,
+   "What the pixels become; auto (the default) is the smallest mode that keeps the picture"},
+  {OptionId::kCompress, 'c', "compress", "CODE", Completes::kChoices,
+   "none packbits huffman lzw t4 t6", kGroupPicture,
+   "How they are coded; huffman, t4 and t6 are for bilevel pictures; none is the default"},
+  {OptionId::kDpi, 0, "dpi", "X[xY]", Completes::kNothing, "", kGroupPicture,
+   "Dots an inch, 32 to 400; the picture's own or 96 by default"},
+  {OptionId::kSize, 0, "size", "WxH[UNIT]", Completes::kNothing, "", kGroupPicture,
+   "Scale to fit into W by H in, cm, mm or px (inches by default); either may be left out"},
+  {OptionId::kLayout, 0, "layout", "LAYOUT", Completes::kChoices, "strips tiles", kGroupPicture,
+   "strips (the default), or tiles of 512 by 128 pixels with t6"},
+  {OptionId::kDither, 0, "dither", "", Completes::kNothing, "", kGroupPicture,
+   "Spread lost levels by error diffusion; by default for every mode of 1 and 4 bits"},
+  {OptionId::kNoDither, 0, "no-dither", "", Completes::kNothing, "", kGroupPicture,
+   "Take the nearest colour instead"},
+  {OptionId::kTreatment, 0, "color-treatment", "KIND", Completes::kChoices,
+   "none invert invert-grey grey grey-invert", kGroupPicture,
+   "Change colours first: invert all or only greys, or make all grey"},
+  {OptionId::kQuantizer, 0, "quantizer", "WHICH", Completes::kChoices, "best fast filter", kGroupPicture,
+   "Who chooses colours for the 16- and 256-colour modes: the smallest error, the least time, or the filter"},
+  {OptionId::kBackground, 0, "background", "COLOR", Completes::kChoices, "white black", kGroupPicture,
+   "What shows through transparent parts: white (the default), black or #RRGGBB"},
+  {OptionId::kAsIs, 0, "as-is", "", Completes::kNothing, "", kGroupPicture,
+   "Hand the picture over unprepared and let the filter do everything in its own way"},
+
+  {OptionId::kLibrary, 0, "library", "FILE", Completes::kFile, "", kGroupFilter,
+   "Load this raxel.so"},
+  {OptionId::kProfile, 0, "profile", "FILE", Completes::kFile, "", kGroupFilter,
+   "Take settings from this profile; other options go before it"},
+  {OptionId::kSection, 0, "section", "NAME", Completes::kNothing, "", kGroupFilter,
+   "The profile's section; what its ~Mode key names by default"},
+  {OptionId::kSave, 0, "save", "", Completes::kNothing, "", kGroupFilter,
+   "Store the settings given on the command line in the profile"},
+  {OptionId::kSet, 0, "set", "N=VALUE", Completes::kNothing, "", kGroupFilter,
+   "Send setup escape N with this value before all else; may be repeated"},
+
+  {OptionId::kDryRun, 0, "dry-run", "", Completes::kNothing, "", kGroupReport,
+   "Write nothing; tell what would be written"},
+  {OptionId::kList, 0, "list", "", Completes::kNothing, "", kGroupReport,
+   "List modes and compressions, with their other names"},
+  {OptionId::kJson, 0, "json", "", Completes::kNothing, "", kGroupReport,
+   "Report as one JSON document on standard output (standard error when the picture goes there)"},
+  {OptionId::kQuiet, 'q', "quiet", "", Completes::kNothing, "", kGroupReport,
+   "No progress and no notes"},
+  {OptionId::kVerbose, 'v', "verbose", "", Completes::kNothing, "", kGroupReport,
+   "Tell what was done, with times"},
+  {OptionId::kVersion, 0, "version", "", Completes::kNothing, "", kGroupReport,
+   "Print the version and stop"},
+});
+// clang-format on
+
+}  // namespace host

@@ -1,0 +1,166 @@
+// JPEG through libjpeg-turbo: grey stays grey, all else becomes RGB, and Exif says which side is up.
+// jpeglib.h needs the standard headers before it, and jerror.h needs jpeglib.h.
+// clang-format off
+#include <cstddef>
+#include <cstdio>
+#include <jpeglib.h>
+#include <jerror.h>
+// clang-format on
+
+#include <csetjmp>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "pictures/picture.h"
+
+namespace host {
+namespace {
+
+// The library reports by calling back and must not be returned to; so the reader below holds nothing
+// but plain data across calls, and leaves by longjmp.
+struct Trouble {
+  jpeg_error_mgr manager;
+  std::jmp_buf leave;
+  char message[JMSG_LENGTH_MAX];
+  bool damaged;  // data is missing: the library would go on with grey
+};
+
+void leaveOnError(j_common_ptr common) {
+  Trouble *trouble = reinterpret_cast<Trouble *>(common->err);
+  common->err->format_message(common, trouble->message);
+  std::longjmp(trouble->leave, 1);
+}
+
+void noteWarning(j_common_ptr common, int level) {
+  if (level >= 0) return;  // a trace, not a warning
+  Trouble *trouble = reinterpret_cast<Trouble *>(common->err);
+  ++common->err->num_warnings;
+  const int code = common->err->msg_code;
+  if (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER || code == JWRN_HUFF_BAD_CODE) {
+    common->err->format_message(common, trouble->message);
+    trouble->damaged = true;
+  }
+}
+
+// What the decoder leaves behind; plain data, so that a jump may pass over it.
+struct Decoded {
+  uint8_t *pixels;
+  uint32_t width, height, channels;
+  bool inverted;  // Adobe's CMYK stores 255 - ink
+  uint8_t unit;   // 1 dots an inch, 2 dots a centimetre
+  uint16_t densityX, densityY;
+  int orientation;
+};
+
+unsigned word(const uint8_t *p, bool little) {
+  return little ? p[0] | p[1] << 8 : p[0] << 8 | p[1];
+}
+uint32_t quad(const uint8_t *p, bool little) {
+  return little ? word(p, true) | static_cast<uint32_t>(word(p + 2, true)) << 16
+                : static_cast<uint32_t>(word(p, false)) << 16 | word(p + 2, false);
+}
+
+// Tag 274 of the first directory of an Exif block; 1 when there is none.
+int orientationOf(const uint8_t *data, size_t size) {
+  constexpr size_t kTiff = 6;  // past "Exif\0\0"
+  if (size < kTiff + 8 || std::memcmp(data, "Exif\0\0", 6) != 0) return 1;
+  const uint8_t *tiff = data + kTiff;
+  const size_t room = size - kTiff;
+  const bool little = tiff[0] == 'I';
+  const uint32_t start = quad(tiff + 4, little);
+  if (start > room - 2) return 1;
+  const unsigned entries = word(tiff + start, little);
+  for (unsigned i = 0; i < entries; ++i) {
+    const uint64_t at = uint64_t{start} + 2 + 12 * uint64_t{i};
+    if (at + 12 > room) return 1;
+    if (word(tiff + at, little) != 274) continue;
+    const unsigned value = word(tiff + at + 8, little);
+    return value >= 1 && value <= 8 ? static_cast<int>(value) : 1;
+  }
+  return 1;
+}
+
+bool decode(std::span<const uint8_t> bytes, Trouble &trouble, Decoded &out) {
+  jpeg_decompress_struct info;
+  info.err = jpeg_std_error(&trouble.manager);
+  trouble.manager.error_exit = leaveOnError;
+  trouble.manager.emit_message = noteWarning;
+  if (setjmp(trouble.leave) != 0) {
+    jpeg_destroy_decompress(&info);
+    return false;
+  }
+  jpeg_create_decompress(&info);
+  jpeg_save_markers(&info, JPEG_APP0 + 1, 0xFFFF);
+  jpeg_mem_src(&info, bytes.data(), bytes.size());
+  jpeg_read_header(&info, TRUE);
+  if (info.num_components == 4) {
+    info.out_color_space = JCS_CMYK;
+  } else if (info.num_components == 3) {
+    info.out_color_space = JCS_RGB;
+  }
+  jpeg_start_decompress(&info);
+  out.width = info.output_width;
+  out.height = info.output_height;
+  out.channels = static_cast<uint32_t>(info.output_components);
+  const size_t stride = size_t{out.width} * out.channels;
+  out.pixels = static_cast<uint8_t *>(std::malloc(stride * out.height));
+  if (!out.pixels) {
+    std::strcpy(trouble.message, "there is not enough memory");
+    jpeg_destroy_decompress(&info);
+    return false;
+  }
+  while (info.output_scanline < info.output_height) {
+    JSAMPROW row = out.pixels + stride * info.output_scanline;
+    jpeg_read_scanlines(&info, &row, 1);
+  }
+  out.inverted = info.saw_Adobe_marker;
+  out.unit = info.saw_JFIF_marker ? info.density_unit : 0;
+  out.densityX = info.X_density;
+  out.densityY = info.Y_density;
+  out.orientation = 1;
+  for (jpeg_saved_marker_ptr m = info.marker_list; m && out.orientation == 1; m = m->next) {
+    out.orientation = orientationOf(m->data, m->data_length);
+  }
+  jpeg_finish_decompress(&info);
+  jpeg_destroy_decompress(&info);
+  return !trouble.damaged;
+}
+
+// Ink on white paper.
+void fromCmyk(const Decoded &from, Picture &out) {
+  const uint64_t pixels = uint64_t{from.width} * from.height;
+  const uint8_t *in = from.pixels;
+  uint8_t *to = out.pixels.data();
+  for (uint64_t i = 0; i < pixels; ++i, in += 4, to += 3) {
+    for (size_t c = 0; c < 3; ++c) {
+      const unsigned paper = from.inverted ? in[c] : 255u - in[c],
+                     black = from.inverted ? in[3] : 255u - in[3];
+      to[c] = static_cast<uint8_t>((paper * black + 127) / 255);
+    }
+  }
+}
+
+}  // namespace
+
+void readJpeg(std::span<const uint8_t> bytes, Picture &out) {
+  Trouble trouble{};
+  Decoded decoded{};
+  const bool whole = decode(bytes, trouble, decoded);
+  const std::unique_ptr<uint8_t, decltype(&std::free)> pixels(decoded.pixels, &std::free);
+  if (!whole) throw Unreadable(std::string("is damaged: ") + trouble.message);
+  if (trouble.manager.num_warnings != 0) out.notes.push_back("the JPEG data has small faults");
+  if (decoded.channels == 2) throw Unreadable("has two channels, which is no known kind of picture");
+  out.allocate(decoded.width, decoded.height, decoded.channels == 1 ? 8 : 24);
+  if (decoded.channels == 4) {
+    fromCmyk(decoded, out);
+  } else {
+    std::memcpy(out.pixels.data(), decoded.pixels, out.pixels.size());
+  }
+  const double scale = decoded.unit == 1 ? 1 : decoded.unit == 2 ? 2.54 : 0;
+  out.dpiX = decoded.densityX * scale;
+  out.dpiY = decoded.densityY * scale;
+  turnUpright(out, decoded.orientation);
+}
+
+}  // namespace host

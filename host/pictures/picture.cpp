@@ -1,0 +1,90 @@
+#include "pictures/picture.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "failure.h"
+
+namespace host {
+namespace {
+
+struct Magic {
+  std::string_view bytes;
+  size_t at;
+  const char *format;
+};
+
+using namespace std::string_view_literals;
+// How each format begins. What is not in the list goes to Leptonica all the same.
+constexpr Magic kMagic[] = {
+    {"\x89PNG\r\n\x1A\n"sv, 0, "PNG"},
+    {"\xFF\xD8\xFF"sv, 0, "JPEG"},
+    {"BM"sv, 0, "BMP"},
+    {"GIF87a"sv, 0, "GIF"},
+    {"GIF89a"sv, 0, "GIF"},
+    {"II*\0"sv, 0, "TIFF"},
+    {"MM\0*"sv, 0, "TIFF"},
+    {"WEBP"sv, 8, "WebP"},
+    {"jP  "sv, 4, "JPEG 2000"},
+    {"\xFF\x4F\xFF\x51"sv, 0, "JPEG 2000"},
+    {"%PDF"sv, 0, "PDF"},
+    {"<svg"sv, 0, "SVG"},
+    {"P7\n"sv, 0, "PAM"},
+};
+
+std::string formatOf(std::span<const uint8_t> bytes) {
+  for (const Magic &magic : kMagic) {
+    if (bytes.size() >= magic.at + magic.bytes.size() &&
+        std::memcmp(bytes.data() + magic.at, magic.bytes.data(), magic.bytes.size()) == 0) {
+      return magic.format;
+    }
+  }
+  if (bytes.size() > 2 && bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '6') return "PNM";
+  return "";
+}
+
+void readAs(const std::string &format, std::span<const uint8_t> bytes, const Background &background,
+            Picture &out) {
+  if (format == "PNM") return readPnm(bytes, out);
+  if (format == "PNG") return readPng(bytes, background, out);
+  if (format == "JPEG") return readJpeg(bytes, out);
+  if (format == "PDF" || format == "SVG") {
+    throw Unreadable("is a " + format + " drawing; render it to PNG or PPM first");
+  }
+  readWithLeptonica(bytes, background, out);
+}
+
+}  // namespace
+
+void Picture::allocate(uint32_t width, uint32_t height, uint32_t bits) {
+  const uint64_t stride = (uint64_t{width} * bits + 7) / 8;
+  if (width == 0 || height == 0) throw Unreadable("has no pixels");
+  if (stride * height > kLargestPicture) {
+    throw Unreadable("is too large: " + std::to_string(width) + " by " + std::to_string(height) +
+                     " pixels");
+  }
+  pixels = Buffer(static_cast<size_t>(stride * height));
+  view = RaxelPicture{width, height, bits, pixels.data(), static_cast<size_t>(stride), nullptr, 0};
+}
+
+void Picture::useTable(uint32_t colors) {
+  view.table = table.data();
+  view.colors = colors;
+}
+
+std::unique_ptr<Picture> readPicture(const Input &input, const Background &background) {
+  auto picture = std::make_unique<Picture>();
+  picture->format = formatOf(input.bytes());
+  try {
+    readAs(picture->format, input.bytes(), background, *picture);
+  } catch (const Unreadable &why) {
+    const std::string kind = picture->format.empty() ? "" : " (" + picture->format + ")";
+    throw Failure(kNoInput, input.name() + kind + ": " + why.what());
+  } catch (const std::bad_alloc &) {
+    throw Failure(kNoInput, input.name() + ": there is not enough memory for this picture");
+  }
+  return picture;
+}
+
+}  // namespace host

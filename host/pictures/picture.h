@@ -1,0 +1,67 @@
+// A picture as it was read, ready for the preparation.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "buffer.h"
+#include "input.h"
+#include "raxel/host.h"
+
+namespace host {
+
+struct Picture {
+  RaxelPicture view{};  // points into the members below, or into the input
+  double dpiX = 0;      // dots an inch as the file says; 0 when it does not
+  double dpiY = 0;
+  std::string format;  // "PNG", "JPEG"...
+  std::vector<std::string> notes;
+
+  std::array<uint8_t, 256 * 3> table{};
+  Buffer pixels;
+
+  Picture() = default;
+  Picture(const Picture &) = delete;
+  Picture &operator=(const Picture &) = delete;
+
+  // Makes room for rows of this size and shows them in the view, without a table.
+  void allocate(uint32_t width, uint32_t height, uint32_t bits);
+  // Shows `colors` entries of the table in the view.
+  void useTable(uint32_t colors);
+};
+
+using Background = std::array<uint8_t, 3>;  // what shows through transparent pixels: red, green, blue
+
+// Reads a picture of any known format; transparent parts are laid on the background. The result may
+// point into the input. Throws a Failure that names the input and says what is wrong with it.
+std::unique_ptr<Picture> readPicture(const Input &input, const Background &background);
+
+// The readers behind it. Each trusts nothing in the bytes, and throws Unreadable.
+class Unreadable : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+void readPnm(std::span<const uint8_t> bytes, Picture &out);
+void readPng(std::span<const uint8_t> bytes, const Background &background, Picture &out);
+void readJpeg(std::span<const uint8_t> bytes, Picture &out);
+void readWithLeptonica(std::span<const uint8_t> bytes, const Background &background, Picture &out);
+
+// Turns the picture as an Exif orientation (1 to 8) asks; 8- and 24-bit pictures only.
+void turnUpright(Picture &picture, int orientation);
+
+// `over` laid on `under` with an opacity of 0 to 255.
+constexpr uint8_t blend(unsigned over, unsigned under, unsigned opacity) {
+  return static_cast<uint8_t>((over * opacity + under * (255 - opacity) + 127) / 255);
+}
+
+// 16 bits to 8, rounded.
+constexpr uint8_t narrow(unsigned v) {
+  return static_cast<uint8_t>((v * 255 + 32767) / 65535);
+}
+
+// The most that a decoded picture may take: hostile headers promise more than any machine has.
+constexpr uint64_t kLargestPicture = uint64_t{1} << 32;
+
+}  // namespace host

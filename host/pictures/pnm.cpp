@@ -1,0 +1,161 @@
+// PBM, PGM and PPM, plain and raw. Raw pictures of 1 and 8 bits are read where they lie.
+#include <algorithm>
+#include <cstring>
+
+#include "pictures/picture.h"
+
+namespace host {
+namespace {
+
+// Walks over the text of a header or of a plain picture.
+class Scanner {
+ public:
+  explicit Scanner(std::span<const uint8_t> bytes) : bytes_(bytes) {}
+
+  size_t at() const { return at_; }
+  size_t left() const { return bytes_.size() - at_; }
+
+  // The next number, after white space and comments. `what` is for the message.
+  uint32_t number(const char *what, uint32_t most) {
+    skipSpace();
+    if (at_ == bytes_.size() || !digit(bytes_[at_])) {
+      throw Unreadable(std::string(at_ == bytes_.size() ? "ends before the " : "has no number for the ") +
+                       what);
+    }
+    uint64_t value = 0;
+    for (; at_ < bytes_.size() && digit(bytes_[at_]); ++at_) {
+      value = value * 10 + (bytes_[at_] - '0');
+      if (value > most) throw Unreadable(std::string("has a ") + what + " above " + std::to_string(most));
+    }
+    return static_cast<uint32_t>(value);
+  }
+
+  // One digit 0 or 1; digits of a plain bitmap need no space between them.
+  uint8_t bit() {
+    skipSpace();
+    if (at_ == bytes_.size()) throw Unreadable("ends in the middle of its pixels");
+    const uint8_t c = bytes_[at_++];
+    if (c != '0' && c != '1') throw Unreadable("has a pixel that is neither 0 nor 1");
+    return static_cast<uint8_t>(c - '0');
+  }
+
+  // The single white space between a raw picture's header and its pixels.
+  void endHeader() {
+    if (at_ == bytes_.size() || !space(bytes_[at_])) throw Unreadable("has no space after its header");
+    ++at_;
+  }
+
+ private:
+  static bool digit(uint8_t c) { return c >= '0' && c <= '9'; }
+  static bool space(uint8_t c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+  void skipSpace() {
+    for (; at_ < bytes_.size(); ++at_) {
+      if (bytes_[at_] == '#') {
+        while (at_ < bytes_.size() && bytes_[at_] != '\n' && bytes_[at_] != '\r') ++at_;
+        if (at_ == bytes_.size()) return;
+      } else if (!space(bytes_[at_])) {
+        return;
+      }
+    }
+  }
+
+  std::span<const uint8_t> bytes_;
+  size_t at_ = 2;  // past the magic
+};
+
+struct Header {
+  char kind;                     // '1' to '6'
+  uint32_t width, height, most;  // most: the value of full brightness
+  bool raw() const { return kind >= '4'; }
+  bool bitmap() const { return kind == '1' || kind == '4'; }
+  uint32_t samples() const { return kind == '3' || kind == '6' ? 3 : 1; }
+};
+
+Header readHeader(std::span<const uint8_t> bytes, Scanner &scanner) {
+  Header header{static_cast<char>(bytes[1]), 0, 0, 1};
+  header.width = scanner.number("width", INT32_MAX);
+  header.height = scanner.number("height", INT32_MAX);
+  if (!header.bitmap()) header.most = scanner.number("largest value", 65535);
+  if (header.width == 0 || header.height == 0) throw Unreadable("has no pixels");
+  if (header.most == 0) throw Unreadable("has a largest value of 0");
+  if (header.raw()) scanner.endHeader();
+  return header;
+}
+
+uint64_t rawStride(const Header &header) {
+  if (header.bitmap()) return (uint64_t{header.width} + 7) / 8;
+  return uint64_t{header.width} * header.samples() * (header.most > 255 ? 2 : 1);
+}
+
+// The file's own bytes as the picture's rows.
+void showInPlace(const Header &header, const uint8_t *rows, Picture &out) {
+  const uint32_t bits = header.bitmap() ? 1 : header.samples() * 8;
+  out.view = RaxelPicture{
+      header.width, header.height, bits, rows, static_cast<size_t>(rawStride(header)), nullptr, 0};
+}
+
+// In a bitmap a set bit is black.
+void useBitmapTable(Picture &out) {
+  out.table[0] = out.table[1] = out.table[2] = 255;
+  out.useTable(2);
+}
+
+// A grey picture of fewer levels: its values are indices of a table; values above the largest are white.
+void useShortRamp(uint32_t most, Picture &out) {
+  for (uint32_t i = 0; i < 256; ++i) {
+    std::fill_n(out.table.data() + 3 * i, 3,
+                static_cast<uint8_t>((std::min(i, most) * 255 + most / 2) / most));
+  }
+  out.useTable(256);
+}
+
+uint8_t toByte(uint32_t value, uint32_t most) {
+  return static_cast<uint8_t>((std::min(value, most) * 255 + most / 2) / most);
+}
+
+void readPlain(const Header &header, Scanner &scanner, Picture &out) {
+  // Each pixel takes at least one byte of text, so a short file cannot ask for a large block.
+  if (uint64_t{header.width} * header.height * header.samples() > scanner.left()) {
+    throw Unreadable("ends in the middle of its pixels");
+  }
+  out.allocate(header.width, header.height, header.samples() * 8);
+  uint8_t *to = out.pixels.data();
+  for (size_t i = 0; i < out.pixels.size(); ++i) {
+    to[i] = header.bitmap() ? static_cast<uint8_t>(scanner.bit() == 0 ? 255 : 0)
+                            : toByte(scanner.number("pixel", 65535), header.most);
+  }
+}
+
+void readConverted(const Header &header, const uint8_t *in, Picture &out) {
+  out.allocate(header.width, header.height, header.samples() * 8);
+  uint8_t *to = out.pixels.data();
+  const bool wide = header.most > 255;
+  for (size_t i = 0; i < out.pixels.size(); ++i) {
+    const uint32_t value = wide ? static_cast<uint32_t>(in[2 * i]) << 8 | in[2 * i + 1] : in[i];
+    to[i] = toByte(value, header.most);
+  }
+}
+
+}  // namespace
+
+void readPnm(std::span<const uint8_t> bytes, Picture &out) {
+  Scanner scanner(bytes);
+  const Header header = readHeader(bytes, scanner);
+  if (header.most > 255) out.notes.push_back("16-bit channels are reduced to 8");
+  if (!header.raw()) return readPlain(header, scanner, out);
+  const uint64_t wanted = rawStride(header) * header.height;
+  if (wanted > scanner.left()) {
+    throw Unreadable("ends after " + std::to_string(scanner.left()) + " of " + std::to_string(wanted) +
+                     " bytes of pixels");
+  }
+  const uint8_t *pixels = bytes.data() + scanner.at();
+  const bool inPlace =
+      header.most == 255 || header.bitmap() || (header.samples() == 1 && header.most < 255);
+  if (!inPlace) return readConverted(header, pixels, out);
+  showInPlace(header, pixels, out);
+  if (header.bitmap()) useBitmapTable(out);
+  if (!header.bitmap() && header.most < 255) useShortRamp(header.most, out);
+}
+
+}  // namespace host

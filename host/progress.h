@@ -1,0 +1,44 @@
+// A line on the terminal while a picture takes its time.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace host {
+
+// Shows percent, speed and time left on standard error when that is a terminal; otherwise nothing, at no
+// cost.
+class Progress {
+ public:
+  Progress(std::string name, bool wanted);
+  ~Progress();
+  Progress(const Progress &) = delete;
+  Progress &operator=(const Progress &) = delete;
+
+  // A step without a measure: "reading".
+  void stage(const char *what);
+  // Writing begins: the number of image-data writes to come.
+  void expect(uint64_t writes);
+  // One write of `count` bytes; `size` is that of the file so far.
+  void wrote(uint64_t count, uint64_t size) {
+    // Header, directory and patches come in single bytes and pairs; the measure is the pixels.
+    if (shown_ && count > 2) update(size);
+  }
+  // Wipes the line.
+  void clear();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  void update(uint64_t size);
+  void print(const std::string &text);
+
+  std::string name_;
+  bool shown_;
+  bool lineThere_ = false;
+  uint64_t done_ = 0;
+  uint64_t expected_ = 0;
+  Clock::time_point start_, last_;
+};
+
+}  // namespace host

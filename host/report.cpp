@@ -1,0 +1,93 @@
+#include "report.h"
+
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace host {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string geometry(const Report &report) {
+  const RaxelPlan &p = report.plan;
+  char text[200];
+  std::snprintf(text, sizeof text, "%u by %u pixels, %s, %s%s, %d by %d dots an inch", p.width, p.height,
+                raxelHostModeName(p.mode), raxelHostCompressionName(p.compression),
+                p.layout == RAXEL_LAYOUT_TILES ? " in tiles" : "", p.dpiX, p.dpiY);
+  return text;
+}
+
+const char *orNull(const char *text) {
+  return text ? text : "";
+}
+
+}  // namespace
+
+void tell(const Report &report, const Options &options) {
+  if (report.exit != kDone) {
+    std::fprintf(stderr, "raxel-export: %s\n", report.error.c_str());
+    return;
+  }
+  if (!options.quiet) {
+    for (const std::string &note : report.notes) {
+      std::fprintf(stderr, "raxel-export: %s: note: %s\n", report.input.c_str(), note.c_str());
+    }
+  }
+  if (options.verbose) {
+    for (const std::string &detail : report.details) {
+      std::fprintf(stderr, "raxel-export: %s: %s\n", report.input.c_str(), detail.c_str());
+    }
+  }
+  if (report.dryRun && !options.json) {
+    std::printf("%s: %s; %llu bytes uncompressed\n", report.input.c_str(), geometry(report).c_str(),
+                static_cast<unsigned long long>(report.plan.uncompressedBytes));
+  }
+  if (options.verbose && !report.dryRun) {
+    std::fprintf(stderr, "raxel-export: %s: %s; %llu bytes; read %.3f s, prepared %.3f s, written %.3f s\n",
+                 report.output.c_str(), geometry(report).c_str(),
+                 static_cast<unsigned long long>(report.bytes), report.readSeconds, report.prepareSeconds,
+                 report.writeSeconds);
+  }
+}
+
+std::string toJson(const Report &report) {
+  Json json{{"input", report.input}, {"exit", report.exit}};
+  if (!report.output.empty()) json["output"] = report.output;
+  if (!report.error.empty()) json["error"] = report.error;
+  if (!report.format.empty()) {
+    json["picture"] = {{"format", report.format},
+                       {"width", report.width},
+                       {"height", report.height},
+                       {"bits", report.bits},
+                       {"colors", report.colors}};
+  }
+  if (report.planned) {
+    const RaxelPlan &p = report.plan;
+    json["file"] = {{"width", p.width},
+                    {"height", p.height},
+                    {"bits", p.bits},
+                    {"mode", orNull(raxelHostModeName(p.mode))},
+                    {"compression", orNull(raxelHostCompressionName(p.compression))},
+                    {"layout", p.layout == RAXEL_LAYOUT_TILES ? "tiles" : "strips"},
+                    {"dpi", {p.dpiX, p.dpiY}},
+                    {"uncompressedBytes", p.uncompressedBytes}};
+    if (report.bytes != 0) json["file"]["bytes"] = report.bytes;
+  }
+  if (report.exit == kDone) {
+    json["dryRun"] = report.dryRun;
+    json["notes"] = report.notes;
+    json["details"] = report.details;
+    json["seconds"] = {
+        {"read", report.readSeconds}, {"prepare", report.prepareSeconds}, {"write", report.writeSeconds}};
+  }
+  // Names of files may be any bytes.
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string toJsonDocument(const std::vector<std::string> &reports, int exit) {
+  std::string all = "{\"command\":\"export\",\"exit\":" + std::to_string(exit) + ",\"results\":[";
+  for (size_t i = 0; i < reports.size(); ++i) all += (i ? ",\n" : "\n") + reports[i];
+  return all + "\n]}\n";
+}
+
+}  // namespace host

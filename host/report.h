@@ -1,0 +1,43 @@
+// What happened to a picture, for people and for programs.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "failure.h"
+#include "options.h"
+#include "raxel/host.h"
+
+namespace host {
+
+struct Report {
+  std::string input;
+  std::string output;
+  Exit exit = kDone;
+  std::string error;  // when exit is not kDone
+
+  // The picture that was read; empty format: it never was.
+  std::string format;
+  uint32_t width = 0, height = 0, bits = 0, colors = 0;
+
+  // The file. With --as-is its geometry is what the library answers.
+  bool planned = false;
+  RaxelPlan plan{};
+  uint64_t bytes = 0;  // 0: nothing was written
+  bool dryRun = false;
+
+  std::vector<std::string> notes;    // always worth telling
+  std::vector<std::string> details;  // for --verbose
+  double readSeconds = 0, prepareSeconds = 0, writeSeconds = 0;
+};
+
+// Tells people: notes and errors on standard error, and what --dry-run and --verbose ask for.
+void tell(const Report &report, const Options &options);
+
+// The report as a JSON object, in one line.
+std::string toJson(const Report &report);
+// The document around the objects of an export.
+std::string toJsonDocument(const std::vector<std::string> &reports, int exit);
+
+}  // namespace host

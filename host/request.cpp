@@ -1,0 +1,153 @@
+// What is to be done with a picture, from three sources.
+#include <algorithm>
+#include <cmath>
+
+#include "setup.h"
+
+namespace host {
+namespace {
+
+// Stored codes of the settings record.
+constexpr int32_t kOwnSize = 602, kOwnResolution = 309, kFirstColorMode = 103;
+constexpr uint16_t kStoredTiles = 771;
+
+int modeOfCode(int32_t code) {
+  switch (code) {
+    case 215:
+      return RAXEL_MODE_BILEVEL;
+    case 216:
+      return RAXEL_MODE_GREY16;
+    case 217:
+      return RAXEL_MODE_GREY256;
+    case 218:
+      return RAXEL_MODE_COLOR8;
+    case 219:
+      return RAXEL_MODE_COLOR16;
+    case 221:
+      return RAXEL_MODE_COLOR256;
+    default:
+      return RAXEL_MODE_RGB;
+  }
+}
+
+// Unknown codes write uncompressed data.
+int compressionOfCode(int32_t code) {
+  switch (code) {
+    case 225:
+      return RAXEL_COMPRESS_PACKBITS;
+    case 226:
+      return RAXEL_COMPRESS_HUFFMAN;
+    case 227:
+      return RAXEL_COMPRESS_LZW;
+    case 229:
+      return RAXEL_COMPRESS_T4;
+    case 230:
+      return RAXEL_COMPRESS_T6;
+    default:
+      return RAXEL_COMPRESS_NONE;
+  }
+}
+
+bool isGrey(const RaxelPicture &picture) {
+  for (uint32_t i = 0; picture.table && i < picture.colors; ++i) {
+    const uint8_t *c = picture.table + 3 * i;
+    if (c[0] != c[1] || c[1] != c[2]) return false;
+  }
+  return true;
+}
+
+// Black and white, in either order; a table that the picture does not fill counts as black.
+bool isBlackAndWhite(const RaxelPicture &picture) {
+  if (picture.bits != 1) return false;
+  if (!isGrey(picture)) return false;
+  for (uint32_t i = 0; picture.table && i < std::min(picture.colors, 2u); ++i) {
+    const uint8_t v = picture.table[3 * i];
+    if (v != 0 && v != 255) return false;
+  }
+  return true;
+}
+
+// Grey levels without a table, or with one of evenly spaced greys.
+bool keepsIn16Greys(const RaxelPicture &picture) {
+  if (picture.bits > 4 || !isGrey(picture)) return false;
+  for (uint32_t i = 0; picture.table && i < picture.colors; ++i) {
+    if (picture.table[3 * i] % 17 != 0) return false;
+  }
+  return true;
+}
+
+// The smallest mode that keeps what the picture can hold.
+int ownMode(const RaxelPicture &picture) {
+  if (isBlackAndWhite(picture)) return RAXEL_MODE_BILEVEL;
+  if (picture.bits == 24) return RAXEL_MODE_RGB;
+  if (keepsIn16Greys(picture)) return RAXEL_MODE_GREY16;
+  if (isGrey(picture)) return RAXEL_MODE_GREY256;
+  return picture.bits <= 4 || picture.colors <= 16 ? RAXEL_MODE_COLOR16 : RAXEL_MODE_COLOR256;
+}
+
+int ownDpi(double dpi, std::vector<std::string> &notes) {
+  if (!(dpi > 0) || !std::isfinite(dpi)) return 96;
+  const double rounded = std::round(dpi), kept = std::clamp(rounded, 32.0, 400.0);
+  if (kept != rounded && dpi >= 1.5) {  // 1 by 1 is how many files say "unknown"
+    notes.push_back("the picture's " + std::to_string(static_cast<long>(rounded)) +
+                    " dots an inch cannot be written; " + std::to_string(static_cast<int>(kept)) + " are");
+  }
+  return dpi < 1.5 ? 96 : static_cast<int>(kept);
+}
+
+// The largest size inside the box that keeps the proportions, in inches.
+void fit(const SizeBox &box, const RaxelPicture &picture, RaxelRequest &request) {
+  const double unitsX = box.pixels ? 1 : request.dpiX, unitsY = box.pixels ? 1 : request.dpiY;
+  // The picture's own proportions are those of its pixels at the file's resolution.
+  const double scaleX = box.x > 0 ? box.x * unitsX / picture.width : HUGE_VAL;
+  const double scaleY = box.y > 0 ? box.y * unitsY / picture.height : HUGE_VAL;
+  const double scale = std::min(scaleX, scaleY);
+  const double width = std::max(1.0, std::round(picture.width * scale));
+  const double height = std::max(1.0, std::round(picture.height * scale));
+  request.inchesX = width / request.dpiX;
+  request.inchesY = height / request.dpiY;
+}
+
+}  // namespace
+
+RaxelRequest requestFor(const Options &options, const Setup &setup, const Picture &picture,
+                        std::vector<std::string> &notes) {
+  RaxelRequest request;
+  raxelHostDefaults(&request);
+  const RasterSetup &stored = setup.record();
+  // Without a profile the record holds the library's defaults, which nobody has chosen.
+  const bool chosen = stored.szProfilePath[0] != '\0' || !options.set.empty();
+
+  request.mode = options.mode                  ? *options.mode
+                 : chosen && !options.autoMode ? modeOfCode(stored.nBitmapMode)
+                                               : ownMode(picture.view);
+  request.compression = options.compression ? *options.compression
+                        : chosen            ? compressionOfCode(stored.nCompressionMode)
+                                            : RAXEL_COMPRESS_NONE;
+  request.layout = options.layout                                      ? *options.layout
+                   : chosen && stored.tiff.wLayoutMode == kStoredTiles ? RAXEL_LAYOUT_TILES
+                                                                       : RAXEL_LAYOUT_STRIPS;
+  request.treatment = options.treatment ? *options.treatment
+                      : chosen          ? std::clamp(stored.nColorMode - kFirstColorMode, 0, 4)
+                                        : RAXEL_TREAT_NONE;
+  request.dither = options.dither;
+  request.quantizer = options.quantizer;
+  if (options.dpi) {
+    request.dpiX = (*options.dpi)[0];
+    request.dpiY = (*options.dpi)[1];
+  } else if (chosen && stored.nResolutionMode != kOwnResolution) {
+    request.dpiX = stored.tiff.nXResolution;
+    request.dpiY = stored.tiff.nYResolution;
+  } else {
+    request.dpiX = ownDpi(picture.dpiX, notes);
+    request.dpiY = picture.dpiY == picture.dpiX ? request.dpiX : ownDpi(picture.dpiY, notes);
+  }
+  if (options.size) {
+    fit(*options.size, picture.view, request);
+  } else if (chosen && stored.nSizeMode != kOwnSize) {
+    fit({stored.dWidth, stored.dHeight, false}, picture.view, request);
+  }
+  return request;
+}
+
+}  // namespace host

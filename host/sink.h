@@ -1,0 +1,45 @@
+// Bytes on their way to a file: written in large pieces, with the front held back for patches.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace host {
+
+// A file being written from the start on. The filter appends picture data and comes back to the
+// directory at the front to fill in offsets; that front stays in memory until the end, so that a patch
+// costs no system call.
+class Sink {
+ public:
+  // Writes go to `fd`, which stays the caller's. -1 keeps everything in memory.
+  explicit Sink(int fd) : fd_(fd) {}
+
+  // At the current position. False after the first failure, and from then on; error() says why.
+  bool write(const uint8_t *bytes, size_t count);
+  // Moves the position, up to 2 GiB. False for a place that no file has.
+  bool seek(int64_t offset, int whence);
+  // Everything to the file.
+  bool flush();
+
+  uint64_t position() const { return position_; }
+  uint64_t size() const { return size_; }
+  int error() const { return error_; }  // an errno
+  // All bytes; only when they are kept in memory.
+  const std::vector<uint8_t> &kept() const { return front_; }
+
+ private:
+  bool writeAt(uint64_t position, const uint8_t *bytes, size_t count);
+  bool append(const uint8_t *bytes, size_t count);
+  bool flushTail();
+
+  int fd_;
+  int error_ = 0;
+  uint64_t position_ = 0;
+  uint64_t size_ = 0;
+  std::vector<uint8_t> front_;  // bytes from 0 on
+  std::vector<uint8_t> tail_;   // bytes from tailStart_ on, not written yet
+  uint64_t tailStart_ = 0;
+};
+
+}  // namespace host

@@ -1,0 +1,42 @@
+// Ctrl-C and its kin: the temporary goes, the old file stays, and the process ends at once.
+//
+// The handlers run whatever the program is doing, be it inside the library, a decoder or a wait for the
+// disk; so the end comes within milliseconds, and nothing needs to poll.
+#pragma once
+
+#include <signal.h>
+#include <sys/types.h>
+
+#include <string>
+
+namespace host::stop {
+
+// Installs the handlers: interrupt, terminate and hang-up, and the fault that a mapped input gives when
+// somebody cuts it short.
+void install();
+
+// The file to remove when a signal comes; empty for none. Longer names than a path may have are cut off.
+void setTemporary(const std::string &path);
+
+// True on a terminal line that must be wiped before a message.
+void setLineShown(bool shown);
+
+// Children to be stopped along with this process.
+void addChild(pid_t child);
+void removeChild(pid_t child);
+// In a new child: the others are not its own.
+void forgetChildren();
+
+// While it lives, signals wait: for steps that must not be left half done.
+class Hold {
+ public:
+  Hold();
+  ~Hold();
+  Hold(const Hold &) = delete;
+  Hold &operator=(const Hold &) = delete;
+
+ private:
+  sigset_t before_;
+};
+
+}  // namespace host::stop
