@@ -12,6 +12,7 @@
 
 #include "raster/session.h"
 #include "support/golden.h"
+#include "support/paths.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -214,7 +215,7 @@ class Script {
 
 std::vector<std::string> recorded() {
   std::vector<std::string> names;
-  for (const auto &entry : std::filesystem::directory_iterator(RAXEL_SOURCE_DIR "/tests/raster/sessions")) {
+  for (const auto &entry : std::filesystem::directory_iterator(support::sourcePath("tests/raster/sessions"))) {
     if (entry.path().extension() == ".session") names.push_back(entry.path().stem().string());
   }
   std::sort(names.begin(), names.end());
@@ -224,7 +225,7 @@ std::vector<std::string> recorded() {
 class RecordedSession : public testing::TestWithParam<std::string> {};
 
 TEST_P(RecordedSession, AnswersAsWritten) {
-  Script(GetParam()).run(RAXEL_SOURCE_DIR "/tests/raster/sessions/" + GetParam() + ".session");
+  Script(GetParam()).run(support::sourcePath("tests/raster/sessions/" + GetParam() + ".session"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Driver, RecordedSession, testing::ValuesIn(recorded()),

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 
+#include "support/paths.h"
 #include "support/sha256.h"
 #include "support/temp_dir.h"
 
@@ -40,7 +41,7 @@ void record(const std::string &name, const std::string &hex) {
 }  // namespace
 
 std::string goldenPath() {
-  return RAXEL_SOURCE_DIR "/tests/golden/sha256.txt";
+  return sourcePath("tests/golden/sha256.txt");
 }
 
 std::string goldenText() {
