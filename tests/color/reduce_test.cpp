@@ -100,6 +100,19 @@ TEST(Reduce, TheLastParentsMeanIsTheLastColour) {
   expectTable(table, 3, {0, 0, 31, 0, 0, 23, 0, 0, 39});
 }
 
+TEST(Reduce, TheSortTakesAnEntryOfTheNextBox) {
+  // The example of src/color/README.md: reds 1 2 3 4 9 10 with 2 1 1 1 3 2 pixels. The second cut's
+  // sort takes the 9 into the lower box and gives the 2 away. Means 1, 2 (the last parent), 9 (as
+  // measured before), 7.
+  Bytes pixels;
+  for (const auto &[red, count] : {std::pair<int, int>{1, 2}, {2, 1}, {3, 1}, {4, 1}, {9, 3}, {10, 2}}) {
+    for (int n = 0; n < count; ++n) pixels.insert(pixels.end(), {static_cast<uint8_t>(red * 8), 0, 0});
+  }
+  const Table table = reduceRow(pixels, 4);
+  EXPECT_EQ(table.count, 4);
+  expectTable(table, 4, {15, 0, 0, 23, 0, 0, 79, 0, 0, 63, 0, 0});
+}
+
 TEST(Reduce, AnEmptyPictureHasNoColours) {
   for (const auto &[width, height] :
        {std::pair<uint32_t, int16_t>{0, 1}, {1, 0}, {0, 0}, {0xFFFFFFFF, 0}, {1, -1}, {1, -32768}}) {
