@@ -1,5 +1,7 @@
 #include "color/diffuse_greys.h"
 
+#include <utility>
+
 #include "color/nearest.h"
 #include "raxel/color.h"
 
@@ -8,6 +10,10 @@ namespace color {
 namespace {
 
 constexpr int32_t kLowestSum = -128;  // 0 and the largest negative error, with room to spare
+constexpr ptrdiff_t kLag = 2;         // pixels between a row and the one above it
+constexpr ptrdiff_t kLastLag = kLag * (ptrdiff_t{kGreyRowsAtOnce} - 1);
+// Steps outside the row touch that many pixels more on either side.
+constexpr ptrdiff_t kMargin = kLastLag + kLag;
 
 uint8_t clamp(int32_t sum) {
   return BOUNDARY_CHK[sum - kLowestSum];
@@ -20,6 +26,24 @@ uint8_t storedFor(std::span<const uint8_t> table, int32_t count, int32_t entry) 
   return nearest(color[0], color[1], color[2], table, count) & 1;
 }
 
+// A row, and what is carried along it from pixel to pixel.
+struct GreyRow {
+  const uint8_t *current;
+  uint8_t *next;
+  uint8_t *values;
+  int32_t right;       // to the next pixel of the row
+  int32_t below;       // the pixel below the last one, complete but for one addition
+  int32_t belowRight;  // the pixel after that, complete but for two
+};
+
+void advance(GreyRow &row, ptrdiff_t x, const GreyStep &step) {
+  row.values[x] = step.stored;
+  row.next[x - 1] = clamp(row.below + step.belowLeft);
+  row.below = clamp(row.belowRight + step.below);
+  row.belowRight = clamp(row.next[x + 1] + step.belowRight);
+  row.right = step.right;
+}
+
 }  // namespace
 
 bool hasGrey(std::span<const uint8_t> table, int32_t count) {
@@ -30,7 +54,7 @@ bool hasGrey(std::span<const uint8_t> table, int32_t count) {
   return false;
 }
 
-void prepareGreys(GreyDiffusion &diffusion, std::span<const uint8_t> table, int32_t count) {
+bool startGreys(GreyDiffusion &diffusion, std::span<const uint8_t> table, int32_t count, uint32_t width) {
   GreyStep levels[256];
   for (int16_t level = 0; level < 256; ++level) {
     const int32_t entry = nearest(level, level, level, table, count);
@@ -44,29 +68,48 @@ void prepareGreys(GreyDiffusion &diffusion, std::span<const uint8_t> table, int3
   // The sum is clamped by the same look-up that finds what it spreads.
   for (size_t i = 0; i < 512; ++i) diffusion.steps[i] = levels[BOUNDARY_CHK[i]];
   diffusion.storedAlone = storedFor(table, count, 0);
+
+  diffusion.width = width;
+  const uint64_t room = uint64_t{width} + 2 * uint64_t{kMargin};
+  diffusion.memory = runtime::Block::ofSize(room * (2 * kGreyRowsAtOnce + 1));
+  if (!diffusion.memory) return false;
+  uint8_t *row = diffusion.memory.data() + kMargin;
+  for (uint8_t *&r : diffusion.rows) r = std::exchange(row, row + room);
+  for (uint8_t *&v : diffusion.values) v = std::exchange(row, row + room);
+  return true;
 }
 
-void diffuseGreyRow(const GreyDiffusion &diffusion, const uint8_t *current, uint8_t *next, uint8_t *values,
-                    uint32_t width) {
-  int32_t right = 0;
-  int32_t below = 0;
-  int32_t belowRight = next[0];
-  for (ptrdiff_t x = 0; x + 1 < ptrdiff_t{width}; ++x) {
-    const GreyStep step = diffusion.steps[current[x] + right - kLowestSum];
-    values[x] = step.stored;
-    next[x - 1] = clamp(below + step.belowLeft);
-    below = clamp(belowRight + step.below);
-    belowRight = clamp(next[x + 1] + step.belowRight);
-    right = step.right;
+void diffuseGreyRows(GreyDiffusion &diffusion, uint32_t count) {
+  const GreyStep none = {};
+  const GreyStep *steps = diffusion.steps - kLowestSum;
+  GreyRow rows[kGreyRowsAtOnce];
+  for (uint32_t k = 0; k < kGreyRowsAtOnce; ++k) {
+    rows[k] = {diffusion.rows[k], diffusion.rows[k + 1], diffusion.values[k], 0, 0, 0};
   }
-  if (width < 2) {
-    values[0] = diffusion.storedAlone;
-    return;
+  // The last pixel of a row spreads nothing. Steps before and after a row bring in its first pixel
+  // and take what is carried to the row below.
+  const ptrdiff_t spreading = ptrdiff_t{diffusion.width} - 1;
+  const ptrdiff_t end = spreading + kLag + kLastLag;
+  for (ptrdiff_t t = -1; t < end; ++t) {
+    if (count == kGreyRowsAtOnce && t >= kLastLag && t < spreading) {
+      for (uint32_t k = 0; k < kGreyRowsAtOnce; ++k) {
+        const ptrdiff_t x = t - kLag * k;
+        advance(rows[k], x, steps[rows[k].current[x] + rows[k].right]);
+      }
+    } else {
+      for (uint32_t k = 0; k < kGreyRowsAtOnce; ++k) {
+        const ptrdiff_t x = t - kLag * k;
+        const bool spreads = k < count && x >= 0 && x < spreading;
+        advance(rows[k], x, spreads ? steps[rows[k].current[x] + rows[k].right] : none);
+      }
+    }
   }
-  // The last pixel is not searched: it repeats the one before it and spreads nothing.
-  next[width - 2] = static_cast<uint8_t>(below);
-  next[width - 1] = static_cast<uint8_t>(belowRight);
-  values[width - 1] = values[width - 2];
+  // The last pixel is not searched: it repeats the one before it, and a lone one takes entry 0.
+  for (uint32_t k = 0; k < count; ++k) {
+    uint8_t *values = diffusion.values[k];
+    values[spreading] = spreading > 0 ? values[spreading - 1] : diffusion.storedAlone;
+  }
+  std::swap(diffusion.rows[0], diffusion.rows[count]);
 }
 
 }  // namespace color

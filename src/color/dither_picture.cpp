@@ -1,7 +1,6 @@
 #include "color/dither_picture.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "color/bitmap.h"
 #include "color/diffuse_colors.h"
@@ -64,21 +63,16 @@ void putGreys(const uint8_t *row, uint32_t width, uint8_t *levels) {
 
 bool ditherGreys(const DepthChange &change, const PackedRows &packed) {
   GreyDiffusion diffusion;
-  prepareGreys(diffusion, change.table, static_cast<int16_t>(change.count));
-  // Two rows with a byte before each, and the values of one.
-  const size_t room = size_t{change.width} + 1;
-  const runtime::Block memory = runtime::Block::ofSize(uint64_t{3} * room);
-  if (!memory) return false;
-  uint8_t *current = memory.data() + 1;
-  uint8_t *next = current + room;
-  uint8_t *values = next + room;
+  if (!startGreys(diffusion, change.table, static_cast<int16_t>(change.count), change.width)) return false;
   WideRows wide(change);
-  putGreys(wide.row(0), change.width, current);
-  for (uint32_t y = 0; y < change.height; ++y) {
-    if (y + 1 < change.height) putGreys(wide.row(y + 1), change.width, next);
-    diffuseGreyRow(diffusion, current, next, values, change.width);
-    packed.put(y, values);
-    std::swap(current, next);
+  putGreys(wide.row(0), change.width, diffusion.rows[0]);
+  for (uint32_t y = 0; y < change.height; y += kGreyRowsAtOnce) {
+    const uint32_t rows = std::min(kGreyRowsAtOnce, change.height - y);
+    for (uint32_t k = 1; k <= rows && k < change.height - y; ++k) {
+      putGreys(wide.row(y + k), change.width, diffusion.rows[k]);
+    }
+    diffuseGreyRows(diffusion, rows);
+    for (uint32_t k = 0; k < rows; ++k) packed.put(y + k, diffusion.values[k]);
   }
   return true;
 }

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "color/nearest.h"
+#include "runtime/unaligned.h"
 
 namespace color {
 
@@ -25,6 +26,8 @@ constexpr uint32_t kGreySums = 3 * 255 + 1;
 constexpr uint32_t kFewPixels = 256;    // below this, preparing costs more than it saves
 constexpr uint32_t kMostEntries = 256;  // answers are bytes
 constexpr uint32_t kMostUnits = 65536;  // unit numbers are 16 bits
+
+constexpr uint32_t kAlikeSlots = 8192;
 
 constexpr int32_t kFineSide = 4;
 constexpr int32_t kCoarseSide = 16;
@@ -144,30 +147,32 @@ uint8_t nearestGrey(NearestSearch &search, int32_t sum) {
   return static_cast<uint8_t>(known - 1);
 }
 
+// Numbers for the four blues of a fine cell, worked on together.
+using Four = int32_t __attribute__((vector_size(16)));
+
 // The answers for the colours of a fine cell that are not grey.
 void answerColors(const NearestSearch &search, const Cube &cube, const Candidates &candidates,
                   uint8_t *out) {
   // The key of an answer is its distance and then its place: the smallest key is the first of the
   // nearest.
-  int32_t least[64];
-  std::fill(least, least + 64, INT32_MAX);
+  Four least[16];
+  for (Four &four : least) four = Four{INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX};
   for (uint32_t n = 0; n < candidates.count; ++n) {
     const uint8_t *color = search.colors[candidates.places[n]];
-    int32_t keys[3][4];
-    for (int a = 0; a < 3; ++a) {
-      for (int k = 0; k < 4; ++k) keys[a][k] = square(cube.low[a] + k - color[a]) << 8;
-    }
-    int32_t plane[16];
-    for (int k = 0; k < 16; ++k) plane[k] = keys[1][k / 4] + keys[2][k % 4] + candidates.places[n];
-    for (int r = 0; r < 4; ++r) {
-      for (int k = 0; k < 16; ++k) {
-        const int32_t key = plane[k] + keys[0][r];
-        least[16 * r + k] = key < least[16 * r + k] ? key : least[16 * r + k];
+    const auto key = [&](int axis, int step) { return square(cube.low[axis] + step - color[axis]) * 256; };
+    const Four blues = Four{key(2, 0), key(2, 1), key(2, 2), key(2, 3)} + candidates.places[n];
+    for (int green = 0; green < 4; ++green) {
+      const Four greens = blues + key(1, green);
+      for (int red = 0; red < 4; ++red) {
+        const Four keys = greens + key(0, red);
+        Four &four = least[4 * red + green];
+        four = keys < four ? keys : four;
       }
     }
   }
-  for (int k = 0; k < 64; ++k)
-    out[k] = candidates.count == 0 ? uint8_t{0} : search.colorIndexes[least[k] & 255];
+  for (int k = 0; k < 64; ++k) {
+    out[k] = candidates.count == 0 ? uint8_t{0} : search.colorIndexes[least[k / 4][k % 4] & 255];
+  }
 }
 
 // Whether any colour of a fine cell counts as grey.
@@ -208,12 +213,14 @@ void startSearch(NearestSearch &search, std::span<const uint8_t> table, uint16_t
   // Without entries the answer is 0.
   const auto uniform = static_cast<uint32_t>(std::max(search.count, 1));
   const auto units = static_cast<uint32_t>(std::min<uint64_t>(1 + uniform + pixels, kMostUnits));
-  constexpr size_t kTables = (size_t{kFineCells} + kCoarseCells + kGreySums + 2) * sizeof(uint16_t);
+  constexpr size_t kTables =
+      (size_t{kFineCells} + kCoarseCells + kGreySums + 2 + kAlikeSlots) * sizeof(uint16_t);
   search.memory = runtime::Block::ofSize(kTables + size_t{units} * kUnitBytes);
   if (!search.memory) return;
   search.cells = static_cast<uint16_t *>(GlobalLock(search.memory.handle()));
   search.lists = search.cells + kFineCells;
   search.greys = search.lists + kCoarseCells;
+  search.alike = search.greys + kGreySums;
   search.units = search.memory.data() + kTables;
   search.unitCount = units;
   // Unit i + 1 answers i everywhere; cells with one answer share it.
@@ -223,6 +230,27 @@ void startSearch(NearestSearch &search, std::span<const uint8_t> table, uint16_t
   search.unitsUsed = uniform + 1;
   sortTable(search);
 }
+
+namespace {
+
+// A unit with these answers: one made before, where the slot of their hash still knows it, or a new
+// one; 0 when there is no room. Cells on the border of the same two entries are often alike.
+uint32_t unitOf(NearestSearch &search, const uint8_t *answers) {
+  uint64_t hash = 0;
+  for (size_t i = 0; i < kUnitBytes; i += 8) {
+    hash = (hash ^ runtime::load<uint64_t>(answers + i)) * 0x9E3779B97F4A7C15u;
+    hash ^= hash >> 32;
+  }
+  uint16_t &alike = search.alike[hash % kAlikeSlots];
+  if (std::memcmp(search.units + alike * kUnitBytes, answers, kUnitBytes) == 0) return alike;
+  const uint32_t unit = takeUnits(search, kUnitBytes);
+  if (unit == 0) return 0;
+  std::memcpy(search.units + unit * kUnitBytes, answers, kUnitBytes);
+  alike = static_cast<uint16_t>(unit);
+  return unit;
+}
+
+}  // namespace
 
 uint8_t findUnmet(NearestSearch &search, uint32_t address) {
   const uint32_t cell = address / kUnitBytes;
@@ -243,8 +271,7 @@ uint8_t findUnmet(NearestSearch &search, uint32_t address) {
   if (greys) answerGreys(search, cube, answers);
   uint32_t unit = answers[0] + 1u;
   if (std::memcmp(answers, search.units + unit * kUnitBytes, kUnitBytes) != 0) {
-    unit = takeUnits(search, kUnitBytes);
-    if (unit != 0) std::memcpy(search.units + unit * kUnitBytes, answers, kUnitBytes);
+    unit = unitOf(search, answers);
   }
   search.cells[cell] = static_cast<uint16_t>(unit);
   return answers[address % kUnitBytes];

@@ -25,6 +25,7 @@ struct NearestSearch {
   uint16_t *cells = nullptr;  // for each fine cell the unit with its answers, 0 while it is not met
   uint16_t *lists = nullptr;  // for each coarse cell (16 x 16 x 16) the first unit of its list, or 0
   uint16_t *greys = nullptr;  // for each sum of channels the index of the nearest grey, plus 1, or 0
+  uint16_t *alike = nullptr;  // units by a hash of their answers
   uint8_t *units = nullptr;   // pieces of 64 bytes
   uint32_t unitsUsed = 0;
   uint32_t unitCount = 0;
