@@ -1,43 +1,23 @@
-// Handle memory: a handle is the address of a block, and the block starts with a small header.
-//
-//   byte     0     size that the caller asked for (4)
-//            4     flags as given, never interpreted (4)
-//            8     reserved, 0 (4)
-//           12     address of the data (4 or 8)
-//     16 or 20     distance from the block to the data, 24 (1)
-//           23     back-offset: written by GlobalLock, read by GlobalHandle (1)
-//           24     the caller's data, 8-aligned, then 3 to 10 bytes of slack, all zero
-//
-// A pointer handle is such a header alone, and its data belong to the caller.
+// Handle memory: a handle is the address of a block, laid out as runtime/handle_layout.h shows.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "raxel/memory.h"
+#include "runtime/handle_layout.h"
 #include "runtime/unaligned.h"
 
 namespace {
 
-constexpr size_t kFlagsAt = 4;
-constexpr size_t kReservedAt = 8;
-constexpr size_t kDataPtrAt = 12;
-constexpr size_t kDataOffsetAt = kDataPtrAt + sizeof(void *);
-constexpr size_t kDataAt = 24;
-constexpr uint8_t kPointerHandleOffset = 20;  // what a pointer handle records as its data offset
-
-static_assert(kDataOffsetAt < kDataAt - 1, "the header must leave room for the back-offset");
-
-uint8_t *bytesOf(Handle handle) {
-  return reinterpret_cast<uint8_t *>(handle);
-}
-
-uint8_t *dataOf(Handle handle) {
-  return static_cast<uint8_t *>(runtime::load<void *>(bytesOf(handle) + kDataPtrAt));
-}
+using runtime::blockOf;
+using runtime::dataOf;
+using runtime::kDataAt;
+using runtime::kDataOffsetAt;
+using runtime::kDataPtrAt;
 
 // Whether the data lie in the handle's own block, behind its header.
 bool ownsData(Handle handle) {
-  return dataOf(handle) == bytesOf(handle) + kDataAt && bytesOf(handle)[kDataOffsetAt] == kDataAt;
+  return dataOf(handle) == blockOf(handle) + kDataAt && blockOf(handle)[kDataOffsetAt] == kDataAt;
 }
 
 // The whole block: size + 34 with the low three bits cleared. 0 when no size_t can hold it.
@@ -58,7 +38,7 @@ size_t blockLength(uint32_t size) {
 void writeHeader(uint8_t *block, uint32_t size, uint32_t flags) {
   std::memset(block, 0, kDataAt);
   runtime::store(block, size);
-  runtime::store(block + kFlagsAt, flags);
+  runtime::store(block + runtime::kFlagsAt, flags);
   runtime::store<void *>(block + kDataPtrAt, block + kDataAt);
   block[kDataOffsetAt] = kDataAt;
 }
@@ -96,7 +76,7 @@ Handle GlobalReAlloc(Handle handle, uint32_t size, uint32_t flags) {
   const uint32_t kept = oldSize < size ? oldSize : size;
   if (!ownsData(handle)) {
     const Handle fresh = GlobalAlloc(flags, size);
-    if (kept != 0) std::memcpy(bytesOf(fresh) + kDataAt, dataOf(handle), kept);
+    if (kept != 0) std::memcpy(blockOf(fresh) + kDataAt, dataOf(handle), kept);
     GlobalFree(handle);
     return fresh;
   }
@@ -117,7 +97,7 @@ Handle GlobalHandle(const void *data) {
 }
 
 uint32_t GlobalSize(Handle handle) {
-  return handle == 0 ? 0 : runtime::load<uint32_t>(bytesOf(handle));
+  return handle == 0 ? 0 : runtime::load<uint32_t>(blockOf(handle));
 }
 
 uint32_t GlobalCompact(uint32_t bytes) {
@@ -128,9 +108,9 @@ Handle GlobalPointerToHandle(void *data, uint32_t size) {
   auto *block = static_cast<uint8_t *>(std::calloc(1, kDataAt));
   if (block == nullptr) exhausted(0);
   runtime::store(block, size);
-  runtime::store(block + kReservedAt, uint32_t{0});
+  runtime::store(block + runtime::kReservedAt, uint32_t{0});
   runtime::store<void *>(block + kDataPtrAt, data);
-  block[kDataOffsetAt] = kPointerHandleOffset;
+  block[kDataOffsetAt] = runtime::kPointerHandleOffset;
   return reinterpret_cast<Handle>(block);
 }
 

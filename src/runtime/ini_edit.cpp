@@ -30,14 +30,14 @@ void writeEntry(Handle to, const Edit &edit) {
   kvlWriteLine(to, edit.value, static_cast<int32_t>(std::strlen(edit.value)));
 }
 
-// Whether a line holds the edit's key. Spaces before the "=" do not count here, though a reader
-// takes them for a part of the key.
+// Whether a line holds the edit's key: what stands before its first "=", without a comment and
+// without spaces. A reader looks for comments in the whole line first, and takes spaces before the
+// "=" for a part of the key.
 bool holdsKey(IniLine line, const char *key) {
-  IniCleanLine(line.text, kKeyLine);
   char *equals = std::strchr(line.text, '=');
   if (equals == nullptr) return false;
   *equals = 0;
-  IniTrimChar(line.text, ' ');
+  IniCleanLine(line.text, kKeyLine);
   return stricmp(line.text, key) == 0;
 }
 

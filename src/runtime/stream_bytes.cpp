@@ -12,6 +12,19 @@ namespace runtime {
 
 namespace {
 
+// How many bytes fit between the position and the window's end; 0 where a flush is due.
+size_t roomInWindow(const Stream &stream) {
+  return static_cast<size_t>(stream.nLimit - stream.nPos + 1);
+}
+
+// Stores bytes that fit.
+void storeInWindow(Stream &stream, std::span<const uint8_t> from) {
+  std::memcpy(windowOf(stream) + stream.nPos, from.data(), from.size());
+  stream.nPos += static_cast<int32_t>(from.size());
+  stream.nHigh = std::max(stream.nHigh, stream.nPos - 1);
+  stream.bDirty = 1;
+}
+
 // Room for the next byte to write. Returns 1, or what kvlWrite then answers: 0 when an earlier
 // failure forbids another try, -1 when the flush fails.
 int32_t makeRoom(Stream &stream) {
@@ -109,12 +122,8 @@ int32_t writeBytes(Stream &stream, std::span<const uint8_t> from) {
       if (writeStraight(stream, from.subspan(done, straight)) < 0) return -1;
       done += straight;
     }
-    const size_t here = static_cast<size_t>(stream.nLimit - stream.nPos) + 1;
-    const size_t n = std::min(here, from.size() - done);
-    std::memcpy(windowOf(stream) + stream.nPos, from.data() + done, n);
-    stream.nPos += static_cast<int32_t>(n);
-    stream.nHigh = std::max(stream.nHigh, stream.nPos - 1);
-    stream.bDirty = 1;
+    const size_t n = std::min(roomInWindow(stream), from.size() - done);
+    storeInWindow(stream, from.subspan(done, n));
     done += n;
   }
   return static_cast<int32_t>(done);
@@ -145,10 +154,7 @@ int32_t kvlRead(Handle handle, void *buffer, int32_t count) {
   if (stream == nullptr) return 0;
   if (stream->lpfnProc != nullptr) return runtime::askProcedure(*stream, runtime::kOpRead, buffer, count);
   if (buffer == nullptr || count <= 0) return 0;
-  const int32_t done =
-      runtime::readBytes(*stream, {static_cast<uint8_t *>(buffer), static_cast<size_t>(count)});
-  GlobalUnlock(handle);
-  return done;
+  return runtime::readBytes(*stream, {static_cast<uint8_t *>(buffer), static_cast<size_t>(count)});
 }
 
 int32_t kvlWrite(Handle handle, const void *buffer, int32_t count) {
@@ -156,17 +162,16 @@ int32_t kvlWrite(Handle handle, const void *buffer, int32_t count) {
   if (stream == nullptr) return 0;
   if (stream->lpfnProc != nullptr) return runtime::askProcedure(*stream, runtime::kOpWrite, buffer, count);
   if (buffer == nullptr || count <= 0) return 0;
-  const int32_t done =
-      runtime::writeBytes(*stream, {static_cast<const uint8_t *>(buffer), static_cast<size_t>(count)});
-  GlobalUnlock(handle);
-  return done;
+  const std::span<const uint8_t> from{static_cast<const uint8_t *>(buffer), static_cast<size_t>(count)};
+  // Directories come a byte at a time and packed rows in small pieces: most writes only store.
+  if (from.size() > runtime::roomInWindow(*stream)) return runtime::writeBytes(*stream, from);
+  runtime::storeInWindow(*stream, from);
+  return count;
 }
 
 int32_t kvlSeek(Handle handle, int32_t offset, int32_t whence) {
   runtime::Stream *stream = runtime::streamOf(handle);
   if (stream == nullptr) return -1;
   if (stream->lpfnProc != nullptr) return runtime::askProcedure(*stream, runtime::kOpSeek, &offset, whence);
-  const int32_t position = runtime::seekTo(*stream, offset, whence);
-  GlobalUnlock(handle);
-  return position;
+  return runtime::seekTo(*stream, offset, whence);
 }

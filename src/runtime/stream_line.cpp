@@ -65,7 +65,6 @@ int32_t kvlSetLineFormat(Handle handle, int32_t format) {
   runtime::Stream *stream = runtime::streamOf(handle);
   // -1, the answer for data without a line end, is kept as 65535 and means CR LF.
   if (stream != nullptr) stream->wLineFormat = static_cast<uint16_t>(format);
-  GlobalUnlock(handle);
   return 0;
 }
 

@@ -12,6 +12,7 @@
 
 #include "raxel/memory.h"
 #include "raxel/stream.h"
+#include "runtime/handle_layout.h"
 
 namespace runtime {
 
@@ -24,12 +25,13 @@ struct Stream : KvlStream {
   int32_t bBytesLost;  // 1 once written bytes could not be flushed and are gone; close reports it
 };
 
+// Null for the null handle.
 inline Stream *streamOf(Handle handle) {
-  return static_cast<Stream *>(GlobalLock(handle));
+  return handle == 0 ? nullptr : static_cast<Stream *>(static_cast<void *>(dataOf(handle)));
 }
 
 inline uint8_t *windowOf(const Stream &stream) {
-  return static_cast<uint8_t *>(GlobalLock(stream.hBuffer));
+  return dataOf(stream.hBuffer);
 }
 
 inline bool isMemory(const Stream &stream) {

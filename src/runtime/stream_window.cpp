@@ -59,15 +59,11 @@ int32_t fillWindow(Stream &stream) {
 int32_t FillKvlIOBuf(Handle handle) {
   runtime::Stream *stream = runtime::streamOf(handle);
   if (stream == nullptr) return -1;
-  const int32_t count = stream->lpfnProc != nullptr ? 0 : runtime::fillWindow(*stream);
-  GlobalUnlock(handle);
-  return count;
+  return stream->lpfnProc != nullptr ? 0 : runtime::fillWindow(*stream);
 }
 
 int32_t FlushKvlIO(Handle handle) {
   runtime::Stream *stream = runtime::streamOf(handle);
   if (stream == nullptr) return -1;
-  const int32_t count = stream->lpfnProc != nullptr ? 0 : runtime::flushWindow(*stream);
-  GlobalUnlock(handle);
-  return count;
+  return stream->lpfnProc != nullptr ? 0 : runtime::flushWindow(*stream);
 }

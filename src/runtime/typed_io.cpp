@@ -75,7 +75,6 @@ int32_t kvlSetDataFormat(Handle handle, uint16_t dataFormat, uint16_t floatForma
   if (stream == nullptr) return 0;
   stream->wDataFormat = dataFormat;
   stream->wFloatFormat = floatFormat;
-  GlobalUnlock(handle);
   return 0;
 }
 
@@ -84,7 +83,6 @@ int32_t kvlGetDataFormat(Handle handle, uint16_t *dataFormat, uint16_t *floatFor
   if (stream == nullptr) return 0;
   if (dataFormat != nullptr) *dataFormat = stream->wDataFormat;
   if (floatFormat != nullptr) *floatFormat = stream->wFloatFormat;
-  GlobalUnlock(handle);
   return 0;
 }
 

@@ -51,7 +51,11 @@ TEST_F(Rewrite, SpacesAroundTheKeyDoNotMatterHere) {
 
 TEST_F(Rewrite, CommentedKeysStay) {
   EXPECT_EQ(after("[s]\n;k=1\nx;k=2\nk=3 ; old\n", "s", "k", "9"), "[s]\n;k=1\nx;k=2\nk=9\n");
-  EXPECT_EQ(after("[s]\nk\nk;=2\n", "s", "k", "9"), "[s]\nk\nk;=2\nk=9\n") << "no equals sign, no key";
+  EXPECT_EQ(after("[s]\nk\n", "s", "k", "9"), "[s]\nk\nk=9\n") << "no equals sign, no key";
+}
+
+TEST_F(Rewrite, AKeyEndsAtTheEqualsSignBeforeItsCommentIsCut) {
+  EXPECT_EQ(after("[s]\nk ; once x=2\n", "s", "k", "9"), "[s]\nk=9\n");
 }
 
 TEST_F(Rewrite, AddsAKeyAtTheEndOfItsSection) {

@@ -28,18 +28,17 @@ struct PlainFile {
 
   int32_t write(const Bytes &from) {
     if (from.empty()) return 0;
-    if (bytes.size() < static_cast<size_t>(at) + from.size())
-      bytes.resize(static_cast<size_t>(at) + from.size());
-    std::copy(from.begin(), from.end(), bytes.begin() + at);
+    const auto start = static_cast<size_t>(at);
+    if (bytes.size() < start + from.size()) bytes.resize(start + from.size());
+    std::copy(from.begin(), from.end(), bytes.data() + start);
     at += static_cast<int64_t>(from.size());
     return static_cast<int32_t>(from.size());
   }
   Bytes read(size_t n) {
-    const size_t size = bytes.size(), start = std::min(static_cast<size_t>(at), size);
-    const Bytes out(bytes.begin() + static_cast<int64_t>(start),
-                    bytes.begin() + static_cast<int64_t>(std::min(start + n, size)));
-    at += static_cast<int64_t>(out.size());
-    return out;
+    const size_t start = std::min(static_cast<size_t>(at), bytes.size());
+    const size_t end = std::min(start + n, bytes.size());
+    at += static_cast<int64_t>(end - start);
+    return {bytes.data() + start, bytes.data() + end};
   }
   int32_t seek(int64_t offset, int32_t whence) {
     const int64_t from = whence == 0 ? 0 : whence == 1 ? at : static_cast<int64_t>(bytes.size());
