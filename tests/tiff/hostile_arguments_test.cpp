@@ -25,7 +25,7 @@ uint16_t anyDepth(support::Random &random) {
 
 TEST(HostileArguments, EveryCallStaysInsideItsBlocks) {
   support::Random random(21);
-  for (size_t n = support::cases(2000); n > 0; --n) {
+  for (size_t n = support::cases(800); n > 0; --n) {
     InUse use(static_cast<int32_t>(random.between(214, 223)),
               static_cast<int32_t>(random.between(223, 231)),
               random.chance(40) ? support::kTiles : support::kStrips);

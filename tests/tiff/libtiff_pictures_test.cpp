@@ -186,7 +186,7 @@ TEST(LibtiffOpens, RandomPicturesOfEveryModeAndCoder) {
 // Two rows of tiles or more, and rows of at most 2016 pixels, make files that readers can show.
 TEST(LibtiffOpens, TiledPictures) {
   support::Random random(6);
-  for (size_t n = support::cases(30); n > 0; --n) {
+  for (size_t n = support::cases(15); n > 0; --n) {
     const auto width = static_cast<uint32_t>(random.between(1, 2016));
     const auto height = static_cast<uint32_t>(random.between(129, 400));
     SCOPED_TRACE(testing::Message() << width << "x" << height);

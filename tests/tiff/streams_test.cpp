@@ -75,7 +75,7 @@ TEST(Streams, EveryKindGetsTheSameFile) {
   support::Random random(11);
   const support::TempDir dir;
   const std::string name = dir.file("out.tif");
-  for (size_t n = support::cases(600); n > 0; --n) {
+  for (size_t n = support::cases(250); n > 0; --n) {
     const Job job = randomJob(random);
     SCOPED_TRACE(testing::Message() << "mode " << job.mode << " compression " << job.compression
                                     << " layout " << job.layout << " " << job.width << "x" << job.height
