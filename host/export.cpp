@@ -1,10 +1,12 @@
 #include "export.h"
 
 #include <chrono>
-#include <cstring>
+#include <optional>
 
 #include "asis.h"
 #include "buffer.h"
+#include "check/verify.h"
+#include "driver.h"
 #include "handover.h"
 #include "pictures/picture.h"
 #include "progress.h"
@@ -92,6 +94,19 @@ void crossCheck(Setup &setup, const RaxelPlan &plan, const Library &library) {
   }
 }
 
+// By the road that is asked for. The result is a code of the library.
+uint32_t send(const Library &library, const Options &options, Setup &setup, const RaxelPlan &plan,
+              const Handover &picture, OutputStream &stream) {
+  switch (options.via) {
+    case Via::kDriver:
+      return static_cast<uint32_t>(exportThroughDriver(library, setup, plan, picture, stream));
+    case Via::kMetafile:
+      return static_cast<uint32_t>(exportThroughMetafile(library, setup, stream));
+    default:
+      return exportCells(library, setup, picture, "output", stream);
+  }
+}
+
 }  // namespace
 
 void exportPicture(const Library &library, const Options &options, const std::string &inputPath,
@@ -112,6 +127,10 @@ void exportPicture(const Library &library, const Options &options, const std::st
   const RaxelRequest request = requestFor(options, setup, *picture, report.notes);
   RaxelPlan plan;
   check(raxelHostPlan(&picture->view, &request, &plan), inputPath);
+  if (options.via == Via::kDriver) {
+    if (const std::string why = driverRefusal(plan); !why.empty())
+      throw Failure(kUsage, inputPath + ": " + why);
+  }
   report.plan = plan;
   report.planned = true;
   sendPlan(setup, plan);
@@ -141,9 +160,12 @@ void exportPicture(const Library &library, const Options &options, const std::st
                           plan.extentX,
                           plan.extentY,
                           static_cast<uint16_t>(plan.unitsPerInch)};
-  const uint32_t result = exportCells(library, setup, handover, output.c_str(), stream);
-  checkComplete(stream, result, target, library);
+  std::optional<Meant> meant;
+  if (options.verify) meant.emplace(plan, pixels.bytes(), table.bytes());
+  checkComplete(stream, send(library, options, setup, plan, handover, stream), target, library);
   report.bytes = target.sink().size();
+  if (meant) meant->compare(target.bytes(), target.name());
+  report.verified = options.verify;
   target.commit();
   if (options.save) sendGiven(setup, options, true);
   report.writeSeconds = secondsSince(start);

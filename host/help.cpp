@@ -55,6 +55,7 @@ std::string helpText() {
       "Writes pictures as TIFF files, through the raxel export filter.\n\n"
       "Usage: raxel-export [OPTION]... INPUT OUTPUT\n"
       "       raxel-export [OPTION]... -d DIR INPUT...\n"
+      "       raxel-export --inspect FILE...\n"
       "       raxel-export --list\n\n"
       "INPUT is a PNG, JPEG, PNM, BMP, GIF, TIFF, WebP or JPEG 2000 picture, or - for standard input.\n";
   std::string_view group;
@@ -72,8 +73,8 @@ std::string helpText() {
   }
   out.append("  -h, --help").append(kColumn - 12, ' ').append("Print this help and stop\n");
   out +=
-      "\nExit codes: 0 done, 64 usage, 66 input, 70 library, 73 cannot create, 74 cannot write,\n"
-      "130 stopped. Until the new file is whole, the old one stays as it is.\n";
+      "\nExit codes: 0 done, 64 usage, 66 input, 70 library, 73 cannot create, 74 cannot write or\n"
+      "verify, 130 stopped. Until the new file is whole, the old one stays as it is.\n";
   return out;
 }
 

@@ -18,6 +18,8 @@ enum Ordinal : uint16_t {
   kDestroySetup = 1002,
   kEscapeSetup = 1004,
   kVersion = 1005,
+  kMetafileEntry = 1006,
+  kRasterEntry = 1008,
   kExportCellData = 1009,
 };
 
@@ -104,6 +106,8 @@ Library loadLibrary(const std::string &wanted) {
   loaded.byOrdinal(kDestroySetup, library.destroySetup);
   loaded.byOrdinal(kEscapeSetup, library.escapeSetup);
   loaded.byOrdinal(kExportCellData, library.exportCellData);
+  loaded.byOrdinal(kMetafileEntry, library.metafileEntry);
+  loaded.byOrdinal(kRasterEntry, library.rasterEntry);
 
   RaxelServices &s = library.services;
   loaded.byName("GlobalAlloc", s.GlobalAlloc);

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "raxel/driver.h"
 #include "raxel/filter.h"
 #include "raxel/host.h"
 #include "raxel/settings.h"
@@ -19,6 +20,8 @@ struct Library {
   decltype(&::DestroySetup) destroySetup = nullptr;
   decltype(&::xEscapeSetup) escapeSetup = nullptr;
   decltype(&::ExportCellData) exportCellData = nullptr;
+  decltype(&::dd_entry) metafileEntry = nullptr;
+  decltype(&::RASTER_dd_entry) rasterEntry = nullptr;
 
   // Services, by name: handle memory, and what the preparation borrows.
   RaxelServices services{};

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "batch.h"
+#include "check/inspect.h"
 #include "failure.h"
 #include "help.h"
 #include "options.h"
@@ -25,6 +26,8 @@ int run(const host::Options &options) {
       return print("raxel-export for raxel.so version 2.0.5\n");
     case host::Command::kList:
       return print(options.json ? host::listJson() : host::listText());
+    case host::Command::kInspect:
+      return host::inspectAll(options);
     case host::Command::kExport:
       return host::exportAll(options);
   }

@@ -161,6 +161,9 @@ void apply(const OptionRow &row, const std::string &value, Parsed &to) {
     case OptionId::kAsIs:
       o.asIs = true;
       return;
+    case OptionId::kVia:
+      o.via = static_cast<Via>(chosen(row, value));
+      return;
     case OptionId::kLibrary:
       o.library = value;
       return;
@@ -178,6 +181,12 @@ void apply(const OptionRow &row, const std::string &value, Parsed &to) {
       return;
     case OptionId::kDryRun:
       o.dryRun = true;
+      return;
+    case OptionId::kVerify:
+      o.verify = true;
+      return;
+    case OptionId::kInspect:
+      o.command = Command::kInspect;
       return;
     case OptionId::kList:
       o.command = Command::kList;
@@ -237,6 +246,8 @@ void check(const Parsed &parsed) {
   if (!o.section.empty() && o.profile.empty()) fail("--section needs --profile");
   if (o.quiet && o.verbose) fail("--quiet and --verbose exclude each other");
   if (o.rules.force && o.rules.noClobber) fail("--force and --no-clobber exclude each other");
+  if (o.asIs && (o.size || o.verify)) fail("--as-is leaves all to the filter: no --size and no --verify");
+  if (o.asIs && o.via != Via::kCell) fail("--as-is goes by --via cell");
 }
 
 }  // namespace
@@ -271,7 +282,10 @@ Options parseOptions(int argc, char **argv) {
     fail(std::string(error.what()) + "; see --help");
   }
   Options &o = parsed.options;
-  if (o.command == Command::kExport) {
+  if (o.command == Command::kInspect) {
+    if (files.empty()) fail("--inspect needs a file");
+    o.inputs = std::move(files);
+  } else if (o.command == Command::kExport) {
     check(parsed);
     pairFiles(parsed, std::move(files));
   }

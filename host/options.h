@@ -13,7 +13,9 @@
 
 namespace host {
 
-enum class Command { kExport, kList, kVersion, kHelp };
+enum class Command { kExport, kInspect, kList, kVersion, kHelp };
+
+enum class Via { kCell, kDriver, kMetafile };
 
 // A box to fit the picture into; 0 leaves a side open.
 struct SizeBox {
@@ -47,6 +49,7 @@ struct Options {
   std::array<uint8_t, 3> background{255, 255, 255};
   bool asIs = false;
 
+  Via via = Via::kCell;
   std::string library;
   std::string profile;
   std::string section;
@@ -54,6 +57,7 @@ struct Options {
   std::vector<SetEscape> set;
 
   bool dryRun = false;
+  bool verify = false;
   bool json = false;
   bool quiet = false;
   bool verbose = false;

@@ -43,10 +43,11 @@ void tell(const Report &report, const Options &options) {
                 static_cast<unsigned long long>(report.plan.uncompressedBytes));
   }
   if (options.verbose && !report.dryRun) {
-    std::fprintf(stderr, "raxel-export: %s: %s; %llu bytes; read %.3f s, prepared %.3f s, written %.3f s\n",
+    std::fprintf(stderr,
+                 "raxel-export: %s: %s; %llu bytes%s; read %.3f s, prepared %.3f s, written %.3f s\n",
                  report.output.c_str(), geometry(report).c_str(),
-                 static_cast<unsigned long long>(report.bytes), report.readSeconds, report.prepareSeconds,
-                 report.writeSeconds);
+                 static_cast<unsigned long long>(report.bytes), report.verified ? ", verified" : "",
+                 report.readSeconds, report.prepareSeconds, report.writeSeconds);
   }
 }
 
@@ -75,6 +76,7 @@ std::string toJson(const Report &report) {
   }
   if (report.exit == kDone) {
     json["dryRun"] = report.dryRun;
+    json["verified"] = report.verified;
     json["notes"] = report.notes;
     json["details"] = report.details;
     json["seconds"] = {

@@ -26,6 +26,7 @@ struct Report {
   RaxelPlan plan{};
   uint64_t bytes = 0;  // 0: nothing was written
   bool dryRun = false;
+  bool verified = false;
 
   std::vector<std::string> notes;    // always worth telling
   std::vector<std::string> details;  // for --verbose

@@ -82,6 +82,10 @@ void Setup::setOutput(StreamProc procedure) {
   send(kOutputProcedure, sizeof(void *), reinterpret_cast<const void *>(procedure), false);
 }
 
+void Setup::setStatus(HostWord *status) {
+  record_->lpStatus = status;
+}
+
 RasterInfoResult Setup::query(const RasterPictureInfo &picture) {
   RasterInfoResult result{};
   library_.escapeSetup(handle_, kGeometry, sizeof picture, &picture, &result, 0);

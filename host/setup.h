@@ -26,6 +26,8 @@ class Setup {
   void setLayout(int32_t layout);
   // Hands output over to a stream procedure.
   void setOutput(StreamProc procedure);
+  // Makes progress known to the host on roads that do not do it by themselves.
+  void setStatus(HostWord *status);
   // Size in pixels and signed depth of what would be written (escape 56).
   RasterInfoResult query(const RasterPictureInfo &picture);
 

@@ -1,0 +1,203 @@
+#include "check/directory.h"
+
+#include <algorithm>
+#include <array>
+
+namespace host {
+namespace {
+
+struct Named {
+  uint16_t number;
+  const char *name;
+};
+
+constexpr Named kTags[] = {
+    {254, "NewSubfileType"}, {256, "ImageWidth"},          {257, "ImageLength"},
+    {258, "BitsPerSample"},  {259, "Compression"},         {262, "Photometric"},
+    {266, "FillOrder"},      {270, "ImageDescription"},    {271, "Make"},
+    {273, "StripOffsets"},   {274, "Orientation"},         {277, "SamplesPerPixel"},
+    {278, "RowsPerStrip"},   {279, "StripByteCounts"},     {282, "XResolution"},
+    {283, "YResolution"},    {284, "PlanarConfiguration"}, {292, "T4Options"},
+    {293, "T6Options"},      {296, "ResolutionUnit"},      {305, "Software"},
+    {306, "DateTime"},       {317, "Predictor"},           {320, "ColorMap"},
+    {322, "TileWidth"},      {323, "TileLength"},          {324, "TileOffsets"},
+    {325, "TileByteCounts"}, {338, "ExtraSamples"},        {339, "SampleFormat"},
+};
+
+struct Type {
+  const char *name;
+  uint32_t size;
+};
+constexpr std::array<Type, 13> kTypes{{{"", 0},
+                                       {"BYTE", 1},
+                                       {"ASCII", 1},
+                                       {"SHORT", 2},
+                                       {"LONG", 4},
+                                       {"RATIONAL", 8},
+                                       {"SBYTE", 1},
+                                       {"UNDEFINED", 1},
+                                       {"SSHORT", 2},
+                                       {"SLONG", 4},
+                                       {"SRATIONAL", 8},
+                                       {"FLOAT", 4},
+                                       {"DOUBLE", 8}}};
+
+constexpr uint32_t kMostValues = 70000;  // more than the strips or tiles of any file written here
+constexpr uint32_t kMostText = 200;
+
+// Numbers at places of the file; a place outside reads as 0 and is remembered.
+class Bytes {
+ public:
+  Bytes(std::span<const uint8_t> file, bool little) : file_(file), little_(little) {}
+
+  bool has(uint64_t at, uint64_t count) const { return at <= file_.size() && count <= file_.size() - at; }
+  uint64_t number(uint64_t at, uint32_t size) const {
+    uint64_t value = 0;
+    if (!has(at, size)) return 0;
+    for (uint32_t i = 0; i < size; ++i) {
+      value |= uint64_t{file_[static_cast<size_t>(at) + i]} << 8 * (little_ ? i : size - 1 - i);
+    }
+    return value;
+  }
+  char letter(uint64_t at) const {
+    return has(at, 1) ? static_cast<char>(file_[static_cast<size_t>(at)]) : '\0';
+  }
+
+ private:
+  std::span<const uint8_t> file_;
+  bool little_;
+};
+
+double valueAt(const Bytes &bytes, uint64_t at, uint16_t type) {
+  switch (type) {
+    case 1:
+    case 7:
+      return static_cast<double>(bytes.number(at, 1));
+    case 3:
+      return static_cast<double>(bytes.number(at, 2));
+    case 4:
+      return static_cast<double>(bytes.number(at, 4));
+    case 5: {
+      const double below = static_cast<double>(bytes.number(at + 4, 4));
+      return below == 0 ? 0 : static_cast<double>(bytes.number(at, 4)) / below;
+    }
+    case 6:
+      return static_cast<int8_t>(bytes.number(at, 1));
+    case 8:
+      return static_cast<int16_t>(bytes.number(at, 2));
+    case 9:
+      return static_cast<int32_t>(bytes.number(at, 4));
+    default:
+      return 0;
+  }
+}
+
+DirectoryEntry readEntry(const Bytes &bytes, uint64_t at, std::vector<std::string> &faults) {
+  DirectoryEntry entry{static_cast<uint16_t>(bytes.number(at, 2)),
+                       static_cast<uint16_t>(bytes.number(at + 2, 2)),
+                       static_cast<uint32_t>(bytes.number(at + 4, 4)),
+                       {},
+                       {}};
+  if (entry.type == 0 || entry.type >= kTypes.size()) {
+    faults.push_back(tagName(entry.tag) + " has the unknown type " + std::to_string(entry.type));
+    return entry;
+  }
+  const uint64_t size = uint64_t{kTypes[entry.type].size} * entry.count;
+  const uint64_t place = size <= 4 ? at + 8 : bytes.number(at + 8, 4);
+  if (!bytes.has(place, size)) {
+    faults.push_back(tagName(entry.tag) + " has values beyond the end of the file");
+    return entry;
+  }
+  if (entry.type == 2) {
+    for (uint32_t i = 0; i < std::min(entry.count, kMostText); ++i) {
+      const char c = bytes.letter(place + i);
+      if (c != '\0') entry.text.push_back(c >= ' ' && c <= '~' ? c : '?');
+    }
+    return entry;
+  }
+  for (uint32_t i = 0; i < std::min(entry.count, kMostValues); ++i) {
+    entry.values.push_back(valueAt(bytes, place + uint64_t{kTypes[entry.type].size} * i, entry.type));
+  }
+  return entry;
+}
+
+void checkOrder(Directory &directory) {
+  for (size_t i = 1; i < directory.entries.size(); ++i) {
+    const uint16_t before = directory.entries[i - 1].tag, tag = directory.entries[i].tag;
+    if (tag > before) continue;
+    directory.faults.push_back(tagName(tag) +
+                               (tag == before ? " stands twice" : " stands after " + tagName(before)) +
+                               ", and tags should ascend");
+  }
+}
+
+// Offsets and byte counts of strips or tiles.
+void checkPieces(Directory &directory, uint64_t fileSize, uint16_t offsetsTag, uint16_t countsTag) {
+  const DirectoryEntry *offsets = directory.find(offsetsTag), *counts = directory.find(countsTag);
+  if (!offsets || !counts) return;
+  if (offsets->values.size() != counts->values.size()) {
+    directory.faults.push_back("there are not as many byte counts as offsets");
+  }
+  for (size_t i = 0; i < std::min(offsets->values.size(), counts->values.size()); ++i) {
+    const double offset = offsets->values[i], count = counts->values[i];
+    const std::string piece = (offsetsTag == 273 ? "strip " : "tile ") + std::to_string(i + 1);
+    if (offset == 0 || count == 0) {
+      directory.faults.push_back(piece + " is empty or has no place");
+    } else if (offset + count > static_cast<double>(fileSize)) {
+      directory.faults.push_back(piece + " reaches beyond the end of the file");
+    }
+  }
+}
+
+}  // namespace
+
+const DirectoryEntry *Directory::find(uint16_t tag) const {
+  const auto found = std::ranges::find(entries, tag, &DirectoryEntry::tag);
+  return found == entries.end() ? nullptr : &*found;
+}
+
+double Directory::value(uint16_t tag, double none) const {
+  const DirectoryEntry *entry = find(tag);
+  return entry && !entry->values.empty() ? entry->values.front() : none;
+}
+
+std::string tagName(uint16_t tag) {
+  for (const Named &named : kTags) {
+    if (named.number == tag) return named.name;
+  }
+  return "tag " + std::to_string(tag);
+}
+
+std::string typeName(uint16_t type) {
+  return type != 0 && type < kTypes.size() ? kTypes[type].name : "type " + std::to_string(type);
+}
+
+Directory readDirectory(std::span<const uint8_t> file) {
+  Directory directory;
+  if (file.size() < 8 || (file[0] != 'I' && file[0] != 'M') || file[1] != file[0]) {
+    directory.faults.push_back("it is no TIFF file");
+    return directory;
+  }
+  directory.littleEndian = file[0] == 'I';
+  const Bytes bytes(file, directory.littleEndian);
+  if (bytes.number(2, 2) != 42) {
+    directory.faults.push_back(bytes.number(2, 2) == 43 ? "it is a BigTIFF file" : "it is no TIFF file");
+    return directory;
+  }
+  directory.offset = static_cast<uint32_t>(bytes.number(4, 4));
+  const uint64_t count = bytes.number(directory.offset, 2), start = uint64_t{directory.offset} + 2;
+  if (directory.offset < 8 || count == 0 || !bytes.has(start, 12 * count + 4)) {
+    directory.faults.push_back("its directory lies beyond the end of the file");
+    return directory;
+  }
+  for (uint64_t i = 0; i < count; ++i)
+    directory.entries.push_back(readEntry(bytes, start + 12 * i, directory.faults));
+  directory.next = static_cast<uint32_t>(bytes.number(start + 12 * count, 4));
+  checkOrder(directory);
+  checkPieces(directory, file.size(), 273, 279);
+  checkPieces(directory, file.size(), 324, 325);
+  if (directory.next != 0) directory.faults.push_back("further pictures follow; only the first is shown");
+  return directory;
+}
+
+}  // namespace host

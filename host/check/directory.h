@@ -1,0 +1,38 @@
+// The directory of a TIFF file, read without trust and without a library.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct DirectoryEntry {
+  uint16_t tag;
+  uint16_t type;
+  uint32_t count;
+  std::vector<double> values;  // the first ones, numbers only
+  std::string text;            // of an ASCII entry
+};
+
+struct Directory {
+  bool littleEndian = true;
+  uint32_t offset = 0;
+  uint32_t next = 0;
+  std::vector<DirectoryEntry> entries;
+  std::vector<std::string> faults;  // what breaks the format, or is no good sign
+
+  const DirectoryEntry *find(uint16_t tag) const;
+  // The first value of an entry; `none` without one.
+  double value(uint16_t tag, double none) const;
+};
+
+// Reads the first directory. A file that is no TIFF has no entries and a fault that says so.
+Directory readDirectory(std::span<const uint8_t> file);
+
+// Names for texts; "tag 65000" and "type 13" for unknown ones.
+std::string tagName(uint16_t tag);
+std::string typeName(uint16_t type);
+
+}  // namespace host

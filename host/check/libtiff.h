@@ -1,0 +1,71 @@
+// libtiff over bytes in memory, loaded when a file is verified or inspected.
+#pragma once
+
+#include <tiffio.h>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct LibTiff {
+  decltype(&::TIFFClientOpen) TIFFClientOpen;
+  decltype(&::TIFFClose) TIFFClose;
+  decltype(&::TIFFGetField) TIFFGetField;
+  decltype(&::TIFFGetFieldDefaulted) TIFFGetFieldDefaulted;
+  decltype(&::TIFFIsTiled) TIFFIsTiled;
+  decltype(&::TIFFScanlineSize64) TIFFScanlineSize64;
+  decltype(&::TIFFReadScanline) TIFFReadScanline;
+  decltype(&::TIFFTileSize64) TIFFTileSize64;
+  decltype(&::TIFFTileRowSize64) TIFFTileRowSize64;
+  decltype(&::TIFFReadTile) TIFFReadTile;
+  decltype(&::TIFFSetErrorHandler) TIFFSetErrorHandler;
+  decltype(&::TIFFSetWarningHandler) TIFFSetWarningHandler;
+};
+
+// Bytes and a place in them.
+struct TiffBytes {
+  std::span<const uint8_t> bytes;
+  uint64_t at = 0;
+};
+
+// A TIFF being read. Only one lives at a time: the library's messages come without a context.
+class TiffReader {
+ public:
+  // Throws a Failure when libtiff is not installed. The bytes are borrowed.
+  explicit TiffReader(std::span<const uint8_t> bytes);
+  ~TiffReader();
+  TiffReader(const TiffReader &) = delete;
+  TiffReader &operator=(const TiffReader &) = delete;
+
+  bool isOpen() const { return tiff_ != nullptr; }
+  // A field of one number; the format's default, or `none` when there is neither.
+  uint32_t number(uint32_t tag, bool wide, uint32_t none) const;
+  double real(uint32_t tag) const;  // 0 for none
+  // The colour map as 8-bit red, green, blue; empty when there is none.
+  std::vector<uint8_t> colorMap(uint32_t bits) const;
+  // Decodes the next row of bytes, in order from 0 on; `row` has rowBytes() of room. False when it
+  // cannot.
+  bool readRow(uint32_t y, uint8_t *row);
+  uint64_t rowBytes() const { return rowBytes_; }
+
+  // What the library had to say so far.
+  const std::vector<std::string> &errors() const;
+  const std::vector<std::string> &warnings() const;
+
+ private:
+  const LibTiff *lib_;
+  TIFF *tiff_ = nullptr;
+  uint64_t rowBytes_ = 0;
+  bool tiled_ = false;
+  uint32_t tileWidth_ = 0, tileHeight_ = 0, width_ = 0;
+  std::vector<uint8_t> tiles_;  // one row of tiles, as rows of the picture
+  TiffBytes memory_;
+
+  bool readTileRow(uint32_t y);
+};
+
+}  // namespace host
