@@ -8,11 +8,11 @@ namespace color {
 
 namespace {
 
-constexpr uint32_t kLag = 2;                              // pixels between a row and the one above it
-constexpr uint32_t kPairs = kRowsAtOnce / 2;              // vectors for all rows
-constexpr uint32_t kFirstLag = kLag * (kRowsAtOnce - 1);  // of the last row behind the first
-// Steps outside the row touch that many pixels more on either side.
-constexpr uint32_t kMargin = kFirstLag + kLag;
+constexpr int kRows = kRowsAtOnce;
+constexpr int kPairs = kRows / 2;                   // vectors for all rows
+constexpr ptrdiff_t kLag = 2;                       // pixels between a row and the one above it
+constexpr ptrdiff_t kLastLag = kLag * (kRows - 1);  // between the last row and the first
+constexpr ptrdiff_t kMargin = kLastLag + kLag;      // pixels on either side of a row that steps touch
 
 // What is carried from pixel to pixel: two rows in each vector.
 struct Carried {
@@ -41,29 +41,36 @@ uint32_t answerOf(const Places &places, NearestSearch &search, PixelWord pixel) 
 // One pixel of every row: pixel t of the first, two pixels less of each further one.
 //   active  all ones for rows whose pixel spreads its error, else 0
 void step(const Places &places, NearestSearch &search, ptrdiff_t t, const Lanes *active, Carried &carried) {
-  for (uint32_t k = 0; k < kPairs; ++k) {
-    const uint32_t row = 2 * k;
-    const ptrdiff_t x = t - ptrdiff_t{kLag} * row;
-    const ptrdiff_t x2 = x - ptrdiff_t{kLag};
-    const Lanes here = joinPixels(places.rows[row][x], places.rows[row + 1][x2]);
-    const Lanes pixel = clampLanes(here + carried.right[k]);
-    const uint32_t first = answerOf(places, search, firstPixel(pixel));
-    const uint32_t second = answerOf(places, search, secondPixel(pixel));
+  for (int k = 0; k < kPairs; ++k) {
+    const int row = 2 * k;
+    const ptrdiff_t x = t - kLag * row;
+    const ptrdiff_t x2 = x - kLag;
+    Lanes pixel;
+    joinPixels(places.rows[row][x], places.rows[row + 1][x2], pixel);
+    pixel += carried.right[k];
+    clampLanes(pixel);
+    const uint32_t first = answerOf(places, search, pixelOf(pixel, 0));
+    const uint32_t second = answerOf(places, search, pixelOf(pixel, 1));
     places.values[row][x] = places.stored[first];
     places.values[row + 1][x2] = places.stored[second];
 
-    const Lanes error = (pixel - joinPixels(places.entries[first], places.entries[second])) & active[k];
-    const Lanes most = sevenSixteenths(error);
-    const Lanes eighth = oneEighth(error);
-    const Lanes below = most - eighth;
-    const Lanes belowLeft = below - eighth;
-    const Lanes belowRight = belowLeft - eighth;
-    const Lanes complete = clampLanes(carried.below[k] + belowLeft);
-    places.rows[row + 1][x - 1] = firstPixel(complete);
-    places.rows[row + 2][x2 - 1] = secondPixel(complete);
-    const Lanes next = joinPixels(places.rows[row + 1][x + 1], places.rows[row + 2][x2 + 1]);
-    carried.below[k] = clampLanes(carried.belowRight[k] + below);
-    carried.belowRight[k] = clampLanes(next + belowRight);
+    Lanes entry;
+    joinPixels(places.entries[first], places.entries[second], entry);
+    const Lanes error = (pixel - entry) & active[k];
+    Lanes most;
+    Lanes eighth;
+    sevenSixteenths(error, most);
+    oneEighth(error, eighth);
+
+    Lanes complete = carried.below[k] + (most - 2 * eighth);
+    clampLanes(complete);
+    places.rows[row + 1][x - 1] = pixelOf(complete, 0);
+    places.rows[row + 2][x2 - 1] = pixelOf(complete, 1);
+    carried.below[k] = carried.belowRight[k] + (most - eighth);
+    clampLanes(carried.below[k]);
+    joinPixels(places.rows[row + 1][x + 1], places.rows[row + 2][x2 + 1], carried.belowRight[k]);
+    carried.belowRight[k] += most - 3 * eighth;
+    clampLanes(carried.belowRight[k]);
     carried.right[k] = most;
   }
 }
@@ -73,29 +80,24 @@ void step(const Places &places, NearestSearch &search, ptrdiff_t t, const Lanes 
 bool startDiffusion(ColorDiffusion &diffusion, NearestSearch &search, uint32_t width) {
   diffusion.search = &search;
   diffusion.width = width;
-  const uint64_t pixels = uint64_t{width} + 2 * kMargin;
-  diffusion.memory = runtime::Block::ofSize(pixels * ((kRowsAtOnce + 1) * sizeof(PixelWord) + kRowsAtOnce));
+  const uint64_t room = uint64_t{width} + 2 * uint64_t{kMargin};
+  diffusion.memory = runtime::Block::ofSize(room * ((kRowsAtOnce + 1) * sizeof(PixelWord) + kRowsAtOnce));
   if (!diffusion.memory) return false;
   auto *row = static_cast<PixelWord *>(GlobalLock(diffusion.memory.handle())) + kMargin;
-  for (PixelWord *&r : diffusion.rows) {
-    r = row;
-    row += pixels;
-  }
+  for (PixelWord *&r : diffusion.rows) r = std::exchange(row, row + room);
   auto *values = reinterpret_cast<uint8_t *>(row - kMargin) + kMargin;
-  for (uint8_t *&v : diffusion.values) {
-    v = values;
-    values += pixels;
-  }
+  for (uint8_t *&v : diffusion.values) v = std::exchange(values, values + room);
   return true;
 }
 
-void diffuseRows(ColorDiffusion &diffusion, uint32_t count) {
+void diffuseRows(ColorDiffusion &diffusion, int count) {
   NearestSearch &search = *diffusion.search;
-  // The last pixel of a row spreads nothing. Two steps more bring what is carried to the row below.
+  // The last pixel of a row spreads nothing. Steps before and after a row bring in its first pixel
+  // and take what is carried to the row below.
   const auto spreading = static_cast<ptrdiff_t>(diffusion.width) - 1;
-  const ptrdiff_t end = spreading + kLag + kFirstLag;
-  const auto activeAt = [&](ptrdiff_t t, uint32_t row) {
-    const ptrdiff_t x = t - ptrdiff_t{kLag} * row;
+  const ptrdiff_t end = spreading + kLag + kLastLag;
+  const auto activeAt = [&](ptrdiff_t t, int row) {
+    const ptrdiff_t x = t - kLag * row;
     return row < count && x >= 0 && x < spreading ? ~PixelWord{0} : PixelWord{0};
   };
   Places places{search.cells, search.units, diffusion.entries, diffusion.stored, {}, {}};
@@ -104,14 +106,13 @@ void diffuseRows(ColorDiffusion &diffusion, uint32_t count) {
   Carried carried = {};
   Lanes active[kPairs];
   for (ptrdiff_t t = -1; t < end; ++t) {
-    if (t <= ptrdiff_t{kFirstLag} || t >= spreading) {
-      for (uint32_t k = 0; k < kPairs; ++k)
-        active[k] = joinPixels(activeAt(t, 2 * k), activeAt(t, 2 * k + 1));
+    if (t <= kLastLag || t >= spreading) {
+      for (int k = 0; k < kPairs; ++k) joinPixels(activeAt(t, 2 * k), activeAt(t, 2 * k + 1), active[k]);
     }
     step(places, search, t, active, carried);
   }
   // The last pixel is not searched: it repeats the one before it, and a lone one takes entry 0.
-  for (uint32_t row = 0; row < count; ++row) {
+  for (int row = 0; row < count; ++row) {
     uint8_t *values = diffusion.values[row];
     values[spreading] = spreading > 0 ? values[spreading - 1] : diffusion.stored[0];
   }

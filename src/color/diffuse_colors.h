@@ -41,6 +41,6 @@ bool startDiffusion(ColorDiffusion &diffusion, NearestSearch &search, uint32_t w
 
 // Diffuses the first `count` rows (at most kRowsAtOnce) into `values` and into the row after them,
 // which becomes the first.
-void diffuseRows(ColorDiffusion &diffusion, uint32_t count);
+void diffuseRows(ColorDiffusion &diffusion, int count);
 
 }  // namespace color

@@ -10,10 +10,10 @@ namespace color {
 namespace {
 
 constexpr int32_t kLowestSum = -128;  // 0 and the largest negative error, with room to spare
-constexpr ptrdiff_t kLag = 2;         // pixels between a row and the one above it
-constexpr ptrdiff_t kLastLag = kLag * (ptrdiff_t{kGreyRowsAtOnce} - 1);
-// Steps outside the row touch that many pixels more on either side.
-constexpr ptrdiff_t kMargin = kLastLag + kLag;
+constexpr int kRows = kGreyRowsAtOnce;
+constexpr ptrdiff_t kLag = 2;                       // pixels between a row and the one above it
+constexpr ptrdiff_t kLastLag = kLag * (kRows - 1);  // between the last row and the first
+constexpr ptrdiff_t kMargin = kLastLag + kLag;      // pixels on either side of a row that steps touch
 
 uint8_t clamp(int32_t sum) {
   return BOUNDARY_CHK[sum - kLowestSum];
@@ -79,25 +79,25 @@ bool startGreys(GreyDiffusion &diffusion, std::span<const uint8_t> table, int32_
   return true;
 }
 
-void diffuseGreyRows(GreyDiffusion &diffusion, uint32_t count) {
+void diffuseGreyRows(GreyDiffusion &diffusion, int count) {
   const GreyStep none = {};
   const GreyStep *steps = diffusion.steps - kLowestSum;
-  GreyRow rows[kGreyRowsAtOnce];
-  for (uint32_t k = 0; k < kGreyRowsAtOnce; ++k) {
+  GreyRow rows[kRows];
+  for (int k = 0; k < kRows; ++k) {
     rows[k] = {diffusion.rows[k], diffusion.rows[k + 1], diffusion.values[k], 0, 0, 0};
   }
   // The last pixel of a row spreads nothing. Steps before and after a row bring in its first pixel
   // and take what is carried to the row below.
-  const ptrdiff_t spreading = ptrdiff_t{diffusion.width} - 1;
+  const ptrdiff_t spreading = static_cast<ptrdiff_t>(diffusion.width) - 1;
   const ptrdiff_t end = spreading + kLag + kLastLag;
   for (ptrdiff_t t = -1; t < end; ++t) {
-    if (count == kGreyRowsAtOnce && t >= kLastLag && t < spreading) {
-      for (uint32_t k = 0; k < kGreyRowsAtOnce; ++k) {
+    if (count == kRows && t >= kLastLag && t < spreading) {
+      for (int k = 0; k < kRows; ++k) {
         const ptrdiff_t x = t - kLag * k;
         advance(rows[k], x, steps[rows[k].current[x] + rows[k].right]);
       }
     } else {
-      for (uint32_t k = 0; k < kGreyRowsAtOnce; ++k) {
+      for (int k = 0; k < kRows; ++k) {
         const ptrdiff_t x = t - kLag * k;
         const bool spreads = k < count && x >= 0 && x < spreading;
         advance(rows[k], x, spreads ? steps[rows[k].current[x] + rows[k].right] : none);
@@ -105,7 +105,7 @@ void diffuseGreyRows(GreyDiffusion &diffusion, uint32_t count) {
     }
   }
   // The last pixel is not searched: it repeats the one before it, and a lone one takes entry 0.
-  for (uint32_t k = 0; k < count; ++k) {
+  for (int k = 0; k < count; ++k) {
     uint8_t *values = diffusion.values[k];
     values[spreading] = spreading > 0 ? values[spreading - 1] : diffusion.storedAlone;
   }

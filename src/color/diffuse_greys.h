@@ -40,6 +40,6 @@ bool startGreys(GreyDiffusion &diffusion, std::span<const uint8_t> table, int32_
 
 // Diffuses the first `count` rows (at most kGreyRowsAtOnce) into `values` and into the row after
 // them, which becomes the first.
-void diffuseGreyRows(GreyDiffusion &diffusion, uint32_t count);
+void diffuseGreyRows(GreyDiffusion &diffusion, int count);
 
 }  // namespace color

@@ -71,7 +71,7 @@ bool ditherGreys(const DepthChange &change, const PackedRows &packed) {
     for (uint32_t k = 1; k <= rows && k < change.height - y; ++k) {
       putGreys(wide.row(y + k), change.width, diffusion.rows[k]);
     }
-    diffuseGreyRows(diffusion, rows);
+    diffuseGreyRows(diffusion, static_cast<int>(rows));
     for (uint32_t k = 0; k < rows; ++k) packed.put(y + k, diffusion.values[k]);
   }
   return true;
@@ -104,7 +104,7 @@ bool ditherColors(const DepthChange &change, const PackedRows &packed) {
     for (uint32_t k = 1; k <= rows && k < change.height - y; ++k) {
       putPixels(wide.row(y + k), change.width, bilevel, diffusion.rows[k]);
     }
-    diffuseRows(diffusion, rows);
+    diffuseRows(diffusion, static_cast<int>(rows));
     for (uint32_t k = 0; k < rows; ++k) packed.put(y + k, diffusion.values[k]);
   }
   return true;

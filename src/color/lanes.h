@@ -35,37 +35,36 @@ constexpr uint32_t blueOf(PixelWord pixel) {
          255;
 }
 
-inline Lanes joinPixels(PixelWord first, PixelWord second) {
-  using Words = uint64_t __attribute__((vector_size(16)));
-  return std::bit_cast<Lanes>(Words{first, second});
+// Vectors go in and out by reference: how they are passed by value is not settled on every machine.
+
+inline void joinPixels(PixelWord first, PixelWord second, Lanes &lanes) {
+  const PixelWord both[2] = {first, second};
+  std::memcpy(&lanes, both, sizeof lanes);
 }
 
-inline PixelWord firstPixel(Lanes lanes) {
-  using Words = uint64_t __attribute__((vector_size(16)));
-  return std::bit_cast<Words>(lanes)[0];
+// A pixel of the two, 0 or 1.
+inline PixelWord pixelOf(const Lanes &lanes, int which) {
+  PixelWord both[2];
+  std::memcpy(both, &lanes, sizeof both);
+  return both[which];
 }
 
-inline PixelWord secondPixel(Lanes lanes) {
-  using Words = uint64_t __attribute__((vector_size(16)));
-  return std::bit_cast<Words>(lanes)[1];
-}
-
-// Every lane limited to 0..255.
-inline Lanes clampLanes(Lanes lanes) {
+// Limits every lane to 0..255.
+inline void clampLanes(Lanes &lanes) {
   const Lanes low = {};
   const Lanes high = low + 255;
   lanes = lanes < low ? low : lanes;
-  return lanes > high ? high : lanes;
+  lanes = lanes > high ? high : lanes;
 }
 
-// 7 sixteenths and one eighth of an error, both truncated toward zero: a negative number is raised by
+// 7 sixteenths and one eighth of errors, both truncated toward zero: a negative number is raised by
 // one less than the divisor before it is shifted.
-inline Lanes sevenSixteenths(Lanes error) {
+inline void sevenSixteenths(const Lanes &error, Lanes &quotient) {
   const Lanes seven = error * 7;
-  return (seven + ((seven >> 15) & 15)) >> 4;
+  quotient = (seven + ((seven >> 15) & 15)) >> 4;
 }
-inline Lanes oneEighth(Lanes error) {
-  return (error + ((error >> 15) & 7)) >> 3;
+inline void oneEighth(const Lanes &error, Lanes &quotient) {
+  quotient = (error + ((error >> 15) & 7)) >> 3;
 }
 
 }  // namespace color
