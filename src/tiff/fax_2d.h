@@ -16,4 +16,7 @@ namespace tiff {
 // Returns the bytes produced; 0 when the buffer was lost.
 uint32_t encodeFax2D(std::span<const uint8_t> rows, uint32_t width, uint32_t rowCount, FaxBuffer &out);
 
+// The same with instructions that every machine has; encodeFax2D() chooses at run time.
+uint32_t encodeFax2DPlain(std::span<const uint8_t> rows, uint32_t width, uint32_t rowCount, FaxBuffer &out);
+
 }  // namespace tiff

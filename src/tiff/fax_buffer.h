@@ -52,46 +52,63 @@ class FaxBuffer {
   uint64_t largest_;
 };
 
-// Packs codes into a FaxBuffer from its first byte on. Up to 7 bits wait in `pending_`, at its top;
-// every put stores 8 bytes and then steps over the whole ones:
+// Packs codes into memory. Up to 7 bits wait in `pending`, at its top; every put stores 8 bytes and then
+// steps over the whole ones:
 //
-//   pending_  ppppp000 00000000 ...      put(1101, 4)      byte at to_  ppppp110
-//                                                          pending_     10000000 ...
+//   pending  ppppp000 00000000 ...      put(1101, 4)      byte at to  ppppp110
+//                                                         pending     10000000 ...
+struct BitPen {
+  uint8_t *to;           // the byte that the next bit goes to
+  uint64_t pending = 0;  // its bits below the top `used` are 0
+  uint32_t used = 0;     // 0 to 7
+
+  // Places `length` bits, at most 56, right-aligned in `bits`.
+  void put(uint64_t bits, uint32_t length) {
+    pending |= bits << 1 << (63 - used - length);
+    const uint64_t word = std::endian::native == std::endian::little ? __builtin_bswap64(pending) : pending;
+    std::memcpy(to, &word, sizeof word);
+    used += length;
+    to += used / 8;
+    pending <<= used & ~7u;
+    used &= 7;
+  }
+  void put(BitCode code) { put(code.bits, code.length); }
+};
+
+// Packs codes into a FaxBuffer from its first byte on, and makes it grow.
 //
 // A writer is a value that the coders keep in registers: what is called out of line takes it and gives
 // it back, so that its address is never taken.
 class FaxWriter {
  public:
   explicit FaxWriter(FaxBuffer &buffer)
-      : buffer_(&buffer), to_(buffer.data()), end_(buffer.data() + buffer.size()) {}
+      : buffer_(&buffer), pen_{buffer.data()}, end_(buffer.data() + buffer.size()) {}
 
   // Makes room for two puts, or for `bytes`: what the puts fill, and 8 more. False when the buffer is
   // lost: then nothing more may be put.
   bool reserve(ptrdiff_t bytes = 16) {
-    if (end_ - to_ >= bytes) return true;
-    const ptrdiff_t at = to_ - buffer_->data();
+    if (room() >= bytes) return true;
+    const ptrdiff_t at = pen_.to - buffer_->data();
     const bool grown = buffer_->grow();
-    to_ = grown ? buffer_->data() + at : nullptr;
+    pen_.to = grown ? buffer_->data() + at : nullptr;
     end_ = buffer_->data() + buffer_->size();
     return grown;
   }
+  ptrdiff_t room() const { return end_ - pen_.to; }
+  bool lost() const { return pen_.to == nullptr; }
 
-  // Places `length` bits, at most 56, right-aligned in `bits`.
-  void put(uint64_t bits, uint32_t length) {
-    pending_ |= bits << 1 << (63 - used_ - length);
-    storeBig(to_, pending_);
-    used_ += length;
-    to_ += used_ / 8;
-    pending_ <<= used_ & ~7u;
-    used_ &= 7;
-  }
-  void put(BitCode code) { put(code.bits, code.length); }
+  void put(uint64_t bits, uint32_t length) { pen_.put(bits, length); }
+  void put(BitCode code) { pen_.put(code); }
+
+  // The pen alone, for loops that know that there is room, and back again.
+  BitPen pen() const { return pen_; }
+  void setPen(const BitPen &pen) { pen_ = pen; }
 
   // Places the make-up codes of a run of 64 or more, and then makes room as reserve() does.
   //   colour  0 white, 1 black
   bool putMakeUps(uint32_t colour, uint32_t run, ptrdiff_t bytes = 16) {
     *this = withMakeUps(*this, colour, run, bytes);
-    return to_ != nullptr;
+    return !lost();
   }
 
   // Places a whole run as make-up codes and a terminating code, reserving for itself.
@@ -103,21 +120,16 @@ class FaxWriter {
 
   // Steps to the next whole byte; the bits stepped over are 0.
   void fillByte() {
-    if (used_ == 0) return;
-    ++to_;
-    pending_ = 0;
-    used_ = 0;
+    if (pen_.used == 0) return;
+    pen_ = {pen_.to + 1};
   }
 
   // The bytes written when a partly filled byte counts as a whole one.
-  uint32_t byteCount() const { return static_cast<uint32_t>(to_ - buffer_->data()) + (used_ != 0 ? 1 : 0); }
-
- private:
-  static void storeBig(uint8_t *to, uint64_t value) {
-    if constexpr (std::endian::native == std::endian::little) value = __builtin_bswap64(value);
-    std::memcpy(to, &value, sizeof value);
+  uint32_t byteCount() const {
+    return static_cast<uint32_t>(pen_.to - buffer_->data()) + (pen_.used != 0 ? 1 : 0);
   }
 
+ private:
   [[gnu::noinline]] static FaxWriter withMakeUps(FaxWriter writer, uint32_t colour, uint32_t run,
                                                  ptrdiff_t bytes) {
     const auto &codes = kRunCodes[colour];
@@ -130,10 +142,8 @@ class FaxWriter {
   }
 
   FaxBuffer *buffer_;
-  uint8_t *to_;   // the byte that the next bit goes to; null when the buffer was lost
+  BitPen pen_;    // its `to` is null once the buffer is lost
   uint8_t *end_;  // the end of the block
-  uint64_t pending_ = 0;
-  uint32_t used_ = 0;  // bits waiting, 0 to 7
 };
 
 }  // namespace tiff

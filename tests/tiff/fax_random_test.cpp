@@ -22,6 +22,7 @@ void check(const Picture &picture, bool pad) {
   ASSERT_EQ(reference::unfaxT4(support::t4Strip(picture, pad), width), picture);
   const Bytes t6 = support::t6Strip(picture, pad);
   ASSERT_EQ(t6, reference::packBits01(reference::fax2D(picture)));
+  ASSERT_EQ(support::t6StripPlain(picture, pad), t6);
   ASSERT_EQ(reference::unfaxT6(t6, width, picture.size()), picture);
 }
 

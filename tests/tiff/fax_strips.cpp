@@ -13,6 +13,15 @@ void append(Bytes &to, const Bytes &more) {
   to.insert(to.end(), more.begin(), more.end());
 }
 
+template <class Encode>
+Bytes encodeStrip(const Picture &picture, bool pad, Encode encode) {
+  const Bytes packed = reference::packPicture(picture, pad);
+  const auto width = static_cast<uint32_t>(picture[0].size());
+  tiff::FaxBuffer buffer(runtime::allocate(packed.size() * 2));
+  const uint32_t n = encode(packed, width, static_cast<uint32_t>(picture.size()), buffer);
+  return Bytes(buffer.data(), buffer.data() + n);
+}
+
 }  // namespace
 
 Bytes faxRow(const std::string &row, uint32_t compression, bool pad) {
@@ -36,11 +45,11 @@ Bytes t4Strip(const Picture &picture, bool pad) {
 }
 
 Bytes t6Strip(const Picture &picture, bool pad) {
-  const Bytes packed = reference::packPicture(picture, pad);
-  tiff::FaxBuffer buffer(runtime::allocate(packed.size() * 2));
-  const uint32_t n = tiff::encodeFax2D(packed, static_cast<uint32_t>(picture[0].size()),
-                                       static_cast<uint32_t>(picture.size()), buffer);
-  return Bytes(buffer.data(), buffer.data() + n);
+  return encodeStrip(picture, pad, tiff::encodeFax2D);
+}
+
+Bytes t6StripPlain(const Picture &picture, bool pad) {
+  return encodeStrip(picture, pad, tiff::encodeFax2DPlain);
 }
 
 }  // namespace support

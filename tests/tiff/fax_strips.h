@@ -10,5 +10,6 @@ reference::Bytes faxRow(const std::string &row, uint32_t compression, bool pad);
 reference::Bytes huffmanStrip(const reference::Picture &picture, bool pad);
 reference::Bytes t4Strip(const reference::Picture &picture, bool pad);  // EOL, rows, five EOLs more
 reference::Bytes t6Strip(const reference::Picture &picture, bool pad);
+reference::Bytes t6StripPlain(const reference::Picture &picture, bool pad);  // the form for every machine
 
 }  // namespace support
