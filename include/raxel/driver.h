@@ -1,4 +1,27 @@
 // The raster driver: the filter driven like a graphics device, one numbered function at a time.
+//
+// A host asks RASTER_dd_entry for the working entry and sends it, in this order:
+//
+//   op 0    the initialisation record                                  state becomes
+//   op 2    function records:      1  open the output                  open
+//                                  3  begin a picture                  picture
+//                                518, 519, 520, 521  window ...
+//                                  4  begin its body                   body
+//                               1314  colours
+//                               1034  begin raster (-5)
+//                               1033  cell arrays, any number
+//                               1034  end raster (-6)
+//                                  5  end the picture                  ended
+//                                     (3 again for another picture)
+//                                  2  close the output                 initialised
+//   op -1   terminate
+//
+// Each call below names the states in which the opcode table lets it run, in brackets; in any other
+// state, and for an opcode that is not in the table, nothing happens and the dispatch answers 0.
+//
+// Function records have fixed byte offsets on every build, native numbers, and may lie at any
+// address. Their first 32-bit word is the opcode. "RESULT" of a dispatch is the last error code that
+// the function pushed, 0 when it pushed none.
 #ifndef RAXEL_DRIVER_H
 #define RAXEL_DRIVER_H
 
@@ -7,102 +30,225 @@
 
 RAXEL_BEGIN
 
-// One error: who raised it and its code. Also the reply format, 8 bytes.
+// ---- The state block
+
+// One error: who raised it and its code. 8 bytes, in the block and in replies.
 typedef struct ErrEntry {
-  uint32_t nFunc;
-  int16_t nCode;
-  int16_t nPad;  // 0
+  uint32_t nFunc;  // nCurFunc at the time
+  int16_t nCode;   // 300, 303 or 901
+  int16_t nPad;    // 0
 } ErrEntry;
 
-// Entry index i of the error stack is errors[i + 1]; index -1 is FirstError.
 #define RAXEL_ERR_CAPACITY 10
 
+// From a successful op 0 to op -1; zero-filled at the start. A host reaches it through lpEMData.
 typedef struct RasterDriverState {
-  Handle hOutFile;
-  Handle hCellBuf;
-  uint32_t bCellActive;
-  uint32_t nCellRowsDone;
-  uint8_t ColorTable[256][3];
-  uint8_t BkColor[3];
-  uint32_t nLastErrFunc;
-  int16_t nLastError;
-  uint32_t nErrMax;
-  uint32_t nErrCount;
-  uint32_t nErrLost;
-  ErrEntry errors[1 + RAXEL_ERR_CAPACITY];  // FirstError, then ErrStack
+  Handle hOutFile;             // output stream while the device is open
+  Handle hCellBuf;             // rows collected between begin and end raster
+  uint32_t bCellActive;        // 1 between begin and end raster
+  uint32_t nCellRowsDone;      // rows placed into hCellBuf so far
+  uint8_t ColorTable[256][3];  // R, G, B
+  uint8_t BkColor[3];          // background R, G, B; kept only
+  uint32_t nLastErrFunc;       // nCurFunc of the last error pushed
+  int16_t nLastError;          // its code; cleared before each function and RESULT of the dispatch after
+  uint32_t nErrMax;            // capacity of the error stack: 0 unless the host stores 1 to 10 here
+  uint32_t nErrCount;          // entries on it
+  uint32_t nErrLost;           // pushes that found it full
+  ErrEntry errors[1 + RAXEL_ERR_CAPACITY];  // FirstError, then the stack: entry i is errors[i + 1]
   double DevWindow[6];                      // x1, y1, z1, x2, y2, z2
-  double DevViewport[6];
-  uint32_t nState;  // 1, 2, 4, 8 or 16
-  uint32_t nCurFunc;
-  uint32_t nReplyPos;
-  uint32_t nReplySize;
+  double DevViewport[6];                    // the same order; z1 and z2 are never set
+  uint32_t nState;                          // 1 initialised, 2 open, 4 picture, 8 body, 16 ended
+  uint32_t nCurFunc;                        // the host's tag for errors; the driver only reads it
+  uint32_t nReplyPos;                       // bytes of replies so far; nothing rewinds it
+  uint32_t nReplySize;                      // room for replies, as the host asked
   Handle hReplyBuf;
-  uint8_t *lpReplyBuf;
+  uint8_t *lpReplyBuf;  // what the host reads replies from; the driver's
   char szOutFile[RAXEL_NAME_ROOM];
-  uint32_t nCellWidth;
+  uint32_t nCellWidth;  // of the picture between begin and end raster
   uint32_t nCellHeight;
   uint32_t nCellBits;
-  HostWord *lpHostStatus;  // [1] context, [2] callback, [12] procedure context
-  uint32_t nColorOp;       // 0..4
+  HostWord *lpHostStatus;  // the host's: [1] context, [2] callback, [12] procedure context
+  uint32_t nColorOp;       // colour treatment 0..4: the setup's colour mode minus 103
   Handle hSetupRef;
-  uint32_t nResolution;
-  uint16_t nCellFlags;
+  uint32_t nResolution;  // dots per inch from viewport mode 1; 0: none
+  uint16_t nCellFlags;   // bytes 14 and 15 of begin raster's data; kept only
 } RasterDriverState;
 
 RAXEL_EXPORT extern Handle hEMData;
-RAXEL_EXPORT extern RasterDriverState *lpEMData;
-RAXEL_EXPORT extern const int32_t GDPSupport[8];
+RAXEL_EXPORT extern RasterDriverState *lpEMData;  // null outside a session
 
-// Every driver function takes the address of a function record (its first 32-bit word is the
-// opcode) and returns its argument.
+// ---- The entries
+
+// op (low 16 bits, signed) -2 copies the version into 4 bytes at `out`, -3 the address of
+// RASTER_dd_entry32 into sizeof(void *) bytes; every other op, and a null `out`, does nothing.
+// Returns 0.
+RAXEL_EXPORT int32_t RASTER_dd_entry(uint32_t op, void *out, uint32_t unused);
+
+// op (low 16 bits, signed):
+//    0  RASTER_initdvr(record), unless hCommon is set, a state block is there and its nState is not -1:
+//       then nothing. Returns what it returns, else 0.
+//    2  Executes the function record and returns its RESULT.
+//   -1  RASTER_termdvr. Returns 0.
+//   -2  Copies the version into the record's first 4 bytes. Returns 4.
+// Any other op does nothing and returns 0. A null record counts as one with nothing to do (300 for op 0).
+RAXEL_EXPORT int32_t RASTER_dd_entry32(HostWord unused, uint32_t op, void *record);
+
+// The initialisation record, in host words (byte 4 * N on a 32-bit build):
+//    3  in   output name, up to 143 characters; null or empty: the output goes to memory
+//    9  in   bytes of replies to make room for, up to 2^31 - 1
+//   10  out  address of the reply buffer, the driver's until op -1
+//   13  in   setup handle; 0: nothing can be output
+//   14  in   host status record, borrowed until op -1; 0: no reports
+//   15  in   array of 60 32-bit capability words, filled in as listed; 0: none
+// Reports (0, -2, 100, 0, 0, 0) to the status callback when callback and context are both set: progress
+// will count to 100. Returns 0; 300 without room for the state or the replies; 303 for a name of 144
+// characters or more. After a failure there is no state block.
+RAXEL_EXPORT int32_t RASTER_initdvr(HostWord *record);
+
+// Closes an open device, frees the replies and the state block. Returns 0.
+RAXEL_EXPORT int32_t RASTER_termdvr(void);
+
+// ---- Dispatch
+
+// Every driver function takes the address of its record as a word and hands a word back, which the
+// dispatch ignores: the record's address where nothing else is said.
 typedef HostWord (*DriverFunction)(HostWord record);
 
-RAXEL_EXPORT int32_t RASTER_dd_entry(uint32_t op, void *out, uint32_t unused);
-RAXEL_EXPORT int32_t RASTER_dd_entry32(HostWord unused, uint32_t op, void *record);
-RAXEL_EXPORT int32_t RASTER_initdvr(HostWord *record);
-RAXEL_EXPORT int32_t RASTER_termdvr(void);
+// The function of the first table row with this opcode if the row allows the current state; otherwise
+// d_noop. Without a state block always d_noop.
 RAXEL_EXPORT DriverFunction getfunc(uint32_t opcode);
+
+// Accepts a record and does nothing.
 RAXEL_EXPORT HostWord d_noop(HostWord record);
+
+// Whether an opcode (low 16 bits, signed) can be used in the state at the time of asking: 2 or 0. For
+// 1034 the answer is InqGDPSupport(argument), for 1323 it is 0.
 RAXEL_EXPORT int32_t InquireSupport(uint32_t opcode, int32_t argument);
+
+// Word -primitive of GDPSupport for -7..-1, else 0. Always 0: also for -5 and -6, which d_gdp carries out.
 RAXEL_EXPORT int32_t InqGDPSupport(int32_t primitive);
+RAXEL_EXPORT extern const int32_t GDPSupport[8];
+
+// Allocate and free the state block; with hCommon set nothing is allocated. All return 0.
 RAXEL_EXPORT int32_t AllocGlobal(void);
 RAXEL_EXPORT int32_t FreeGlobal(void);
 RAXEL_EXPORT int32_t LockGlobal(HostWord unused);
 RAXEL_EXPORT int32_t UnlockGlobal(HostWord unused);
 
+// ---- Errors and replies
+
+// Records an error. With room, on top of the stack; without (as delivered: nErrMax is 0) over the top
+// entry, which is FirstError when there is no stack, and nErrLost counts. The same code again from the
+// same function is recorded once. Codes keep their low 16 bits.
 RAXEL_EXPORT void push_er(int32_t code);
+
+// 3842 [every state]   16 i32 n
+// Replies with the number of entries that follow (4 bytes: n, or as many as there are), then each, the
+// newest first (8 bytes), which leave the stack.
 RAXEL_EXPORT HostWord d_popes(HostWord record);
+
+// 3843 [every state]   Empties the stack; FirstError stays. Returns its argument.
 RAXEL_EXPORT HostWord d_empes(HostWord value);
+
+// Replies with nErrCount (4 bytes), FirstError (8), nErrLost (4). No opcode leads here. Returns 0.
 RAXEL_EXPORT HostWord dq_es(void);
+
+// Appends to the reply buffer, cut where it ends.
 RAXEL_EXPORT void mov2buf(const void *source, uint32_t count);
 
+// ---- The device and its pictures
+
+// 1 [initialised]   Empties the error stack and opens the output: through the setup's stream procedure
+// (escape 81; its context is word 12 of the status record), by name, or into memory that the driver keeps
+// to itself. RESULT 303 when the output cannot be opened; a procedure that refuses goes unreported.
 RAXEL_EXPORT HostWord d_opdv(HostWord record);
+
+// 2 [open, picture, body, ended]   Asks the host whether to keep the output, closes it, and deletes it when
+// the host says stop (RESULT 901). RESULT 303 when it cannot be closed.
 RAXEL_EXPORT HostWord d_cldv(HostWord record);
+
+// 3 [open, ended]   Begins a picture.
 RAXEL_EXPORT HostWord d_begp(HostWord record);
+
+// 4 [picture]   Begins its body.
 RAXEL_EXPORT HostWord d_begpb(HostWord record);
+
+// 5 [body]   Ends it.
 RAXEL_EXPORT HostWord d_endp(HostWord record);
+
+// 518 [picture]   16 f64 x1, y1, z1, x2, y2, z2      the window, in pixels
 RAXEL_EXPORT HostWord ds_dvwn(HostWord record);
+
+// 519 [picture]   16 u8 red, green, blue             the background, kept only
 RAXEL_EXPORT HostWord ds_bgc(HostWord record);
+
+// 520 [picture]   16 f64 x1, y1, z1, x2, y2, z2      the viewport; z1 and z2 are not taken
 RAXEL_EXPORT HostWord ds_dvvp(HostWord record);
+
+// 521 [picture]   16 i16 mode, 24 f64 scale
+// Mode 1 with a scale of millimetres a unit gives the resolution 25.4 / scale, rounded; modes 0 and 2 and
+// a scale of 0 give none; other modes are ignored.
 RAXEL_EXPORT HostWord ds_vpsm(HostWord record);
+
+// 767 [every state but initialised]   Replies with the window: 6 f64.
 RAXEL_EXPORT HostWord dq_dvwn(HostWord record);
+
+// 765 [every state but initialised]   Replies with x1, y2, 0, y1, x2, 0 of the viewport: 6 f64.
 RAXEL_EXPORT HostWord dq_dvvp(HostWord record);
+
+// 1314 [body]   4 u32 L, 16 u32 first, 20 (L - 2) / 3 colours R, G, B
+// Treats the record's own colours by nColorOp, in place, and stores them from index `first` on; what would
+// go past index 255 is dropped.
+RAXEL_EXPORT HostWord ds_ct(HostWord record);
+
+// 771, 772, 773, 774, 2310 [body]   Accepted, without effect.
 RAXEL_EXPORT HostWord ds_axc(HostWord record);
 RAXEL_EXPORT HostWord ds_tran(HostWord record);
 RAXEL_EXPORT HostWord ds_clpr(HostWord record);
 RAXEL_EXPORT HostWord ds_clip(HostWord record);
-RAXEL_EXPORT HostWord ds_ct(HostWord record);
 RAXEL_EXPORT HostWord ds_dm(HostWord record);
+
+// No opcode leads to these two, and they do nothing; the first returns its first argument.
 RAXEL_EXPORT HostWord d_reset(HostWord first, HostWord second);
 RAXEL_EXPORT HostWord ds_fl(HostWord record);
+
+// Asks the host, as the plain report (0, 0, 0, 0, 0, 0), whether to stop. Pushes and returns 901 when it
+// does; otherwise 0.
 RAXEL_EXPORT int32_t RASTER_escape(void);
 
+// ---- Cell arrays
+//
+// Rows take ((w * bits + 7) / 8) bytes, rounded up to a multiple of 4, where w is the window's width in
+// pixels, |x2 - x1| + 1 of the integer parts, at most the record's columns. The buffer's first row is the
+// lowest of the picture, and 24-bit pixels are blue, green, red, as in raxel/filter.h.
+
+// 1034 [body]   16 i32 primitive, 20 u32 n, 24 n points of 3 f64, then a u32 length and the data
+//   -5  begin raster. Data, at least 28 bytes:
+//          0 u32 columns, 4 u32 rows, 8 i32 precision, 14 u16 flags
+//       Precision is bits per pixel; -32768 means 1, any other negative value its absolute value.
+//   -6  end raster: writes the collected rows through OutputPicture, with the colour table as the palette
+//       below 24 bits. RESULT 300 without a setup or a palette. What OutputPicture answers is not passed
+//       on.
+// Other primitives do nothing.
 RAXEL_EXPORT HostWord d_gdp(HostWord record);
+
+// 1033 [body]   24 f64 first corner's y, 48 f64 second corner's y, 88 u32 columns, 92 u32 rows,
+//               96 i32 precision, 102 the rows; with a negative precision a pointer to them
+// Between begin and end raster the rows are collected; rows beyond the announced ones are dropped. Outside
+// such a frame the array is a picture of its own and written at once. When the corners' y and the window's
+// run in opposite directions the rows go bottom-up: the first lands in buffer row height - 2, and the last
+// buffer row is never filled. Wider 24-bit source rows carry all their columns; rows of other depths are as
+// wide as w. After each 24-bit row nColorOp is applied to it. RESULT 300 without a buffer or a setup.
 RAXEL_EXPORT HostWord d_ca(HostWord record);
+
+// Writes a complete picture from one buffer to the open output. `resolution` is dots per inch of the
+// window, 0: none. `kind` is 0 for indexed, 1 for RGB, 2 for CMYK and 3 for RGB with alpha pixels (those
+// two at 32 bits, converted in place). Reports 20 percent for each conversion and at least 50 before
+// writing; a host that answers stop gets no file structure.
 RAXEL_EXPORT void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t resolution,
                                       uint32_t bitsPerPixel, int32_t kind);
 
-// Default attribute tables, for the host; the driver reads none of them.
+// Default attribute tables, for the host: 64 zero bytes each. The driver reads none of them.
 RAXEL_EXPORT extern const uint8_t ln_def[64];
 RAXEL_EXPORT extern const uint8_t tx_def[64];
 RAXEL_EXPORT extern const uint8_t mk_def[64];
