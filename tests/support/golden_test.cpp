@@ -6,6 +6,9 @@
 
 #include <vector>
 
+#include "support/paths.h"
+#include "support/temp_dir.h"
+
 namespace {
 
 const std::vector<uint8_t> kHello = {'h', 'e', 'l', 'l', 'o'};
@@ -14,6 +17,15 @@ TEST(Golden, TheListIsSortedAndWellFormed) {
   std::string problem;
   EXPECT_FALSE(support::parseGolden(support::goldenText(), problem).empty());
   EXPECT_EQ(problem, "");
+}
+
+TEST(Golden, EveryGroupHasItsRecipe) {
+  std::string problem;
+  const std::string readme = support::readText(support::sourcePath("tests/golden/README.md"));
+  for (const auto &[name, digest] : support::parseGolden(support::goldenText(), problem)) {
+    const std::string heading = "\n## " + name.substr(0, name.find('/') + 1) + "\n";
+    EXPECT_NE(readme.find(heading), std::string::npos) << name;
+  }
 }
 
 TEST(Golden, KnowsTheBytes) {

@@ -1,0 +1,43 @@
+// A host's first steps: the table, the names in it, the version, the working entries.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "library/library.h"
+
+namespace {
+
+TEST(EntryTable, EveryRowLeadsToAnExportedName) {
+  FilterLoadRecord record{};
+  LOADED(fltLoadPointers)(&record);
+  ASSERT_EQ(record.count, 9);
+  for (int row = 0; row < record.count; ++row) {
+    // The names of two rows are the host's words for symbols that are called otherwise.
+    std::string name = record.table[row].name;
+    if (name == "EscapeSetup") name = "xEscapeSetup";
+    if (name == "szDLLName") name = "export_szDLLName";
+    EXPECT_NE(library::address(name.c_str()), nullptr) << name;
+  }
+}
+
+TEST(EntryTable, AllRoadsGiveTheSameVersion) {
+  EXPECT_EQ(LOADED(KVLGetFilterVersion)(), 0x02000005u);
+  uint32_t version = 0;
+  EXPECT_EQ(LOADED(dd_entry)(0xFFFE, &version, 0), 0);
+  EXPECT_EQ(version, 0x02000005u);
+  version = 0;
+  EXPECT_EQ(LOADED(RASTER_dd_entry)(0xFFFE, &version, 0), 0);
+  EXPECT_EQ(version, 0x02000005u);
+}
+
+// A whole address goes out, on machines of 64 bits as well.
+TEST(EntryTable, RedirectsLeadToTheWorkingEntries) {
+  void *entry = nullptr;
+  LOADED(dd_entry)(0xFFFD, &entry, 0);
+  EXPECT_EQ(entry, library::address("dd_entry32"));
+  LOADED(RASTER_dd_entry)(0xFFFD, &entry, 0);
+  EXPECT_EQ(entry, library::address("RASTER_dd_entry32"));
+}
+
+}  // namespace
