@@ -4,8 +4,6 @@
 
 #include "color/histogram.h"
 
-static_assert(sizeof(ColorFreq) == 4 && sizeof(ColorBox) == 20, "records of the host's without holes");
-
 namespace color {
 
 namespace {

@@ -1,0 +1,133 @@
+// One whole export with any settings and any small picture, into a host's stream that fails or fills up
+// at any point, or into memory, with a host that may ask to stop.
+#include <cstring>
+#include <string>
+
+#include "input.h"
+#include "raxel/raxel.h"
+#include "support/stream_procedure.h"
+#include "support/tiff_reader.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+
+namespace {
+
+constexpr size_t kStatusWords = 16, kExportWords = 8;
+
+struct Listener {
+  unsigned untilRefusal = 0;  // 0: never refuses
+  HostWord lastPercent = 0;
+};
+
+int32_t listen(HostWord context, HostWord a, HostWord, HostWord, HostWord percent, HostWord, HostWord) {
+  auto *listener = reinterpret_cast<Listener *>(context);
+  if (a == 0) listener->lastPercent = percent;
+  return listener->untilRefusal > 0 && --listener->untilRefusal == 0 ? 1 : 0;
+}
+
+template <typename T, size_t N>
+T oneOf(fuzz::Input &input, const T (&choices)[N]) {
+  return choices[input.byte() % N];
+}
+
+// Option codes that exist, and some that do not. Sizes stay small: half an inch at most.
+void settle(fuzz::Input &input, RasterSetup &setup) {
+  setup.nBitmapMode = oneOf(input, {215, 216, 217, 218, 219, 220, 221, 222, 0, -1});
+  setup.nCompressionMode = oneOf(input, {224, 225, 226, 227, 228, 229, 230, 0, -1});
+  setup.nColorMode = oneOf(input, {103, 104, 105, 106, 107, 102, 108, 0});
+  setup.nSizeMode = oneOf(input, {600, 601, 602, 603, 0});
+  setup.nResolutionMode = oneOf(input, {307, 308, 309, 310, 0});
+  setup.tiff.wLayoutMode = oneOf<uint16_t>(input, {772, 771, 0});
+  setup.tiff.nXResolution = oneOf<int16_t>(input, {32, 96, 100, 300, 400, 1, 0, -1, -400});
+  setup.tiff.nYResolution = oneOf<int16_t>(input, {32, 96, 100, 300, 400, 1, 0, -1, -400});
+  setup.dWidth = oneOf(input, {0.5, 0.03125, 0.3, 0.0, -0.2, 1e-300});
+  setup.dHeight = oneOf(input, {0.5, 0.03125, 0.3, 0.0, -0.2, 1e-300});
+}
+
+Handle block(const std::vector<uint8_t> &bytes) {
+  const Handle handle = GlobalAlloc(66, static_cast<uint32_t>(bytes.size()));
+  if (!bytes.empty()) std::memcpy(GlobalLock(handle), bytes.data(), bytes.size());
+  GlobalUnlock(handle);
+  return handle;
+}
+
+template <typename T>
+void put(uint8_t *record, size_t at, T value) {
+  std::memcpy(record + at, &value, sizeof value);
+}
+
+void describe(fuzz::Input &input, uint8_t *info) {
+  put(info, 2, oneOf<uint16_t>(input, {96, 0, 1, 300}));  // display dots per inch
+  const auto unitsPerInch = oneOf<uint16_t>(input, {100, 72, 300, 1, 0});
+  put(info, 10, unitsPerInch);
+  // Up to half an inch; without a resolution the extents are inches already.
+  const uint32_t longest = unitsPerInch == 0 ? 1 : unitsPerInch / 2;
+  for (const size_t at : {12u, 16u}) {
+    const auto extent = static_cast<int32_t>(input.between(0, longest));
+    put(info, at, input.byte() % 16 == 0 ? -extent : extent);
+  }
+  for (const size_t at : {20u, 24u}) put(info, at, static_cast<int32_t>(input.between(0, 90)));
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  fuzz::Input input(data, size);
+  const Handle setup = CreateSetup(0, "/nonexistent/none.ini", nullptr, nullptr);
+  auto *settings = static_cast<RasterSetup *>(GlobalLock(setup));
+  settle(input, *settings);
+
+  support::HostStream stream;
+  const bool toStream = input.byte() % 4 != 0;
+  if (toStream) settings->lpfnOutputProc = stream.procedure();
+  const unsigned failing = input.word();
+  if (failing % 2 == 1) stream.failAt(failing / 2 % 600 + 1);
+  const unsigned filling = input.word();
+  if (filling % 4 == 1) stream.limitTo(filling / 4);
+  GlobalUnlock(setup);
+
+  uint8_t info[EXPORT_CELL_INFO_BYTES] = {};
+  describe(input, info);
+
+  PictureRecord picture{};
+  picture.nBits = oneOf<uint16_t>(input, {1, 4, 8, 24, 32, 16, 0});
+  picture.nWidth = static_cast<uint16_t>(input.between(0, 90));
+  picture.nHeight = static_cast<uint16_t>(input.between(0, 90));
+  const unsigned palette = input.byte();
+  if (palette % 4 != 0 && picture.nBits <= 8) {
+    auto colours = input.bytes(palette % 4 == 1 ? palette : size_t{3} << picture.nBits);
+    picture.hPalette = block(colours);
+  }
+  // Sometimes fewer rows than the picture should have.
+  std::vector<uint8_t> rows((picture.nWidth * size_t{picture.nBits} + 31) / 32 * 4 * picture.nHeight);
+  if (input.byte() % 16 == 0) rows.resize(rows.size() / 2);
+
+  Listener listener;
+  listener.untilRefusal = input.byte() % 8;
+  HostWord status[kStatusWords] = {};
+  status[1] = reinterpret_cast<HostWord>(&listener);
+  status[2] = reinterpret_cast<HostWord>(&listen);
+  status[12] = stream.context();
+  HostWord request[kExportWords] = {};
+  request[2] = setup;
+  request[6] = reinterpret_cast<HostWord>(status);
+
+  // What is left of the input is repeated until all rows are full.
+  const auto pixels = input.rest();
+  for (size_t i = 0; i < rows.size() && !pixels.empty(); ++i) rows[i] = pixels[i % pixels.size()];
+  picture.hBits = block(rows);
+
+  const uint32_t result = ExportCellData(toStream ? "any.tif" : "", &picture, info, request);
+  fuzz::require(result == 0 || result == 303, "a code of the list");
+  fuzz::require(!stream.isOpen(), "an open stream is closed");
+  if (toStream && result == 0 && failing % 2 == 0 && filling % 4 != 1 && listener.lastPercent == 100) {
+    const support::TiffFile file = support::readTiff(stream.bytes());
+    fuzz::require(file.ok(), "a finished export is a TIFF file");
+    fuzz::require(file.width() > 0 && file.height() > 0 && file.height() % 2 == 0, "of even height");
+  }
+  if (status[6] != 0) GlobalFree(status[6]);
+  GlobalFree(picture.hBits);
+  if (picture.hPalette != 0) GlobalFree(picture.hPalette);
+  DestroySetup(setup);
+  return 0;
+}
