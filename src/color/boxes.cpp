@@ -4,6 +4,8 @@
 
 #include "color/histogram.h"
 
+static_assert(sizeof(ColorFreq) == 4 && sizeof(ColorBox) == 20, "records of the host's without holes");
+
 namespace color {
 
 namespace {

@@ -11,6 +11,8 @@
 #include "color/histogram.h"
 #include "runtime/blocks.h"
 
+static_assert(sizeof(void *) != 4 || sizeof(ColorLibContext) == 24, "three handles and six numbers");
+
 namespace color {
 
 namespace {
