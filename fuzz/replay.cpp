@@ -28,7 +28,7 @@ void feed(const Bytes &bytes) {
 
 Bytes varied(Bytes bytes, support::Random &random) {
   if (bytes.empty()) return bytes;
-  if (random.chance(30)) bytes.resize(random.next() % bytes.size());
+  if (random.chance(30)) bytes.resize(static_cast<size_t>(random.next() % bytes.size()));
   if (bytes.empty()) return bytes;
   for (int64_t changes = random.between(1, 8); changes > 0; --changes) {
     bytes[static_cast<size_t>(random.next() % bytes.size())] = random.byte();
