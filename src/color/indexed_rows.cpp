@@ -59,6 +59,7 @@ void fillBytes(IndexedRows &rows) {
       same = same << bits | rows.index[i];
     }
     rows.same[byte] = static_cast<uint8_t>(same);
+    if (perByte == 8) packNibbles(rows.unpacked[byte], 8, rows.nibbles[byte]);
   }
 }
 
@@ -69,22 +70,37 @@ void unpackBytes(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint
     std::memcpy(to + i * perByte, rows.unpacked[from[i]], perByte);
 }
 
-// One byte for each of n pixels, for `out` of that size.
+// The same for indexes of 4 bits that are wanted as they are.
+void splitNibbles(const uint8_t *from, uint8_t *to, uint32_t pixels) {
+  for (size_t i = 0; i < pixels / 2; ++i) {
+    to[2 * i] = from[i] >> 4;
+    to[2 * i + 1] = from[i] & 15;
+  }
+}
+
+// One byte for each of n pixels.
 void unpack(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t n) {
+  if (rows.sourceDepth == 8) {
+    for (uint32_t x = 0; x < n; ++x) to[x] = rows.unpacked[from[x]][0];
+    return;
+  }
   const uint32_t perByte = 8u / static_cast<uint32_t>(rows.sourceDepth);
   const uint32_t whole = n - n % perByte;
-  switch (rows.sourceDepth) {
-    case 1:
-      unpackBytes<8>(rows, from, to, whole);
-      break;
-    case 4:
-      unpackBytes<2>(rows, from, to, whole);
-      break;
-    default:
-      for (uint32_t x = 0; x < n; ++x) to[x] = rows.unpacked[from[x]][0];
-      return;
+  if (rows.sourceDepth == 1) {
+    unpackBytes<8>(rows, from, to, whole);
+  } else if (rows.depth > 8 || rows.keepsIndexes) {
+    splitNibbles(from, to, whole);
+  } else {
+    unpackBytes<2>(rows, from, to, whole);
   }
   if (whole < n) std::memcpy(to + whole, rows.unpacked[from[whole / perByte]], n - whole);
+}
+
+// From 1 to 4 bits a source byte becomes four.
+void convertBitsToNibbles(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t width) {
+  const uint32_t whole = width / 8;
+  for (size_t i = 0; i < whole; ++i) std::memcpy(to + 4 * i, rows.nibbles[from[i]], 4);
+  if (width % 8 != 0) packNibbles(rows.unpacked[from[whole]], width % 8, to + size_t{4} * whole);
 }
 
 // Pixels of 3 bytes are stored 4 at a time where the next one still follows.
@@ -122,6 +138,7 @@ void prepareIndexedRows(const DepthChange &change, IndexedRows &rows) {
 
 void convertIndexedRow(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t width) {
   if (rows.sourceDepth == rows.depth) return convertSame(rows, from, to, width);
+  if (rows.sourceDepth == 1 && rows.depth == 4) return convertBitsToNibbles(rows, from, to, width);
   uint8_t values[kPiece];
   const auto sourceBits = static_cast<uint32_t>(rows.sourceDepth);
   for (uint32_t x = 0, n = 0; x < width; x += n) {
