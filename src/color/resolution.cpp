@@ -24,6 +24,10 @@ Handle rlChangeColorResolution(Handle bits, uint32_t width, uint32_t height, int
                                  : rlReduceColorTable(*table, 1u << sourceDepth, 1, &count);
   }
   result = rlConvertBitmapDepth(bits, width, height, sourceDepth, depth, *table, newTable, count);
+  if (result == 0) {
+    rlFreeNewData(newTable);
+    return 0;
+  }
   *table = newTable;
   return result;
 }

@@ -107,4 +107,14 @@ TEST(Resolution, RefusedDepthsLeaveTheTableHandle) {
   }
 }
 
+TEST(Resolution, TooLargeAPictureLeavesTheTableHandle) {
+  const runtime::Block bits = pictures::block(Bytes(64, 1));
+  const runtime::Block old = pictures::block(Bytes{5, 6, 7});
+  for (int16_t depth : {int16_t{1}, int16_t{8}, int16_t{24}, int16_t{32}}) {
+    Handle table = old.handle();
+    EXPECT_EQ(rlChangeColorResolution(bits.handle(), 65535, 65535, 24, depth, &table), 0u) << depth;
+    EXPECT_EQ(table, old.handle()) << depth;
+  }
+}
+
 }  // namespace
