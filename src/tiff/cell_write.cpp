@@ -8,6 +8,7 @@
 #include "raxel/settings.h"
 #include "runtime/blocks.h"
 #include "tiff/cell_rows.h"
+#include "tiff/collector.h"
 #include "tiff/colors.h"
 #include "tiff/compression.h"
 #include "tiff/geometry.h"
@@ -35,6 +36,7 @@ struct CellJob {
   uint32_t width;  // pixels
   uint32_t rows;
   runtime::Block spare;  // one row, for a block that is too short; otherwise none
+  Collector &out;
   PieceWriter coder;
   bool swaps;       // 24-bit pixels change from blue, green, red to red, green, blue
   bool swapsByRow;  // each row just before it is taken, while it is still near the processor
@@ -94,7 +96,8 @@ int32_t forRows(const CellJob &job, const Chunk &chunk, Take take) {
 
 int32_t writePlain(const CellJob &job, const Chunk &chunk) {
   return forRows(job, chunk, [&](std::span<const uint8_t> row) -> int32_t {
-    return writeAll(job.file, row) ? RAXEL_OK : RAXEL_CANNOT_WRITE;
+    const bool taken = job.out.write(row.data(), row.size()) == static_cast<int32_t>(row.size());
+    return taken ? RAXEL_OK : RAXEL_CANNOT_WRITE;
   });
 }
 
@@ -102,7 +105,7 @@ int32_t writePlain(const CellJob &job, const Chunk &chunk) {
 int32_t writeEol(const CellJob &job) {
   static constexpr uint8_t kEol[2] = {0x00, 0x01};
   job.state.nStripBytes += sizeof kEol;
-  return writeAll(job.file, kEol) ? RAXEL_OK : RAXEL_CANNOT_WRITE;
+  return job.out.write(kEol, sizeof kEol) == sizeof kEol ? RAXEL_OK : RAXEL_CANNOT_WRITE;
 }
 
 // Row by row. A T.4 strip begins with an EOL, and five more behind that of its last row make the six
@@ -163,10 +166,16 @@ int32_t codeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
   return job.coder.write(packed.bytes(), job.width, chunk.rows);
 }
 
+// Ends a chunk that went out row by row.
+int32_t finishRows(CellJob &job, int32_t result) {
+  const bool taken = job.out.finish();
+  return taken || result != RAXEL_OK ? result : RAXEL_CANNOT_WRITE;
+}
+
 int32_t writeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
   const uint32_t compression = job.state.nCompression;
   recolorChunk(job, chunk);
-  if (compression == kUncompressed) return writePlain(job, chunk);
+  if (compression == kUncompressed) return finishRows(job, writePlain(job, chunk));
   const bool strip = !isTiled(job.state);
   const uint32_t number = nextStrip(job.format);
   if (strip) {
@@ -174,7 +183,7 @@ int32_t writeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
     job.state.nStripBytes = 0;
   }
   const bool whole = compression == kLzw || compression == kT6;
-  const int32_t result = whole ? codeChunk(job, chunk, patches) : codeRows(job, chunk);
+  const int32_t result = whole ? codeChunk(job, chunk, patches) : finishRows(job, codeRows(job, chunk));
   if (strip) {
     patches.end(number, job.state.nStripBytes);
     setNextStrip(job.format, number + 1);
@@ -221,6 +230,7 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
   }
   TiffWriterState &state = lpRaster->tiff;
   const bool swaps = state.nSamplesPerPixel * state.nBitsPerSample == 24;
+  tiff::Collector out(file, size);
   tiff::CellJob job{
       .file = file,
       .state = state,
@@ -229,7 +239,8 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
       .width = width,
       .rows = rows,
       .spare = runtime::Block::ofSize(cells.block.size() < size ? cells.rowBytes : 0),
-      .coder = tiff::PieceWriter(state),
+      .out = out,
+      .coder = tiff::PieceWriter(state, out),
       .swaps = swaps,
       // A host that sees each write finds a whole chunk swapped by then. Rows that share pixels, because
       // the bitmap is less deep than the file, are swapped in order.

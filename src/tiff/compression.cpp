@@ -20,8 +20,8 @@ int32_t writeOnce(Handle file, const uint8_t *bytes, size_t count) {
 
 }  // namespace
 
-PieceWriter::PieceWriter(TiffWriterState &state)
-    : state_(state), out_(0), hostStream_(isHostStream(state.hTiffFile)) {}
+PieceWriter::PieceWriter(TiffWriterState &state, Collector &rows)
+    : state_(state), rows_(rows), out_(0), hostStream_(isHostStream(state.hTiffFile)) {}
 
 int32_t PieceWriter::write(std::span<const uint8_t> data, uint32_t width, uint32_t rows) {
   if (!reserve(2 * uint64_t{data.size()} + kSlack)) return RAXEL_NO_MEMORY;
@@ -46,18 +46,12 @@ bool PieceWriter::reserve(uint64_t size) {
   return out_.handle() != 0;
 }
 
-// Writes what the coder produced. The fax row and LZW coders are content when the stream took
-// anything at all.
-int32_t PieceWriter::put(size_t produced) {
-  state_.nStripBytes += static_cast<uint32_t>(produced);
-  return writeOnce(state_.hTiffFile, out_.data(), produced) < 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK;
-}
-
 int32_t PieceWriter::writePackBits(std::span<const uint8_t> data) {
   if (data.empty()) return RAXEL_OK;
   const size_t produced = encodePackBits(data, out_.data());
   state_.nStripBytes += static_cast<uint32_t>(produced);
-  return writeAll(state_.hTiffFile, {out_.data(), produced}) ? RAXEL_OK : RAXEL_CANNOT_WRITE;
+  return rows_.write(out_.data(), produced) == static_cast<int32_t>(produced) ? RAXEL_OK
+                                                                              : RAXEL_CANNOT_WRITE;
 }
 
 // A host sees one write for each piece.
@@ -72,14 +66,19 @@ int32_t PieceWriter::writePackBitsPieces(std::span<const uint8_t> data) {
   return RAXEL_OK;
 }
 
+// A write that took anything at all is good enough for LZW and for rows of fax codes.
 int32_t PieceWriter::writeLzw(std::span<const uint8_t> data) {
-  return put(encodeLzw(data, {out_.data(), out_.size()}));
+  const uint32_t produced = encodeLzw(data, {out_.data(), out_.size()});
+  state_.nStripBytes += produced;
+  return writeOnce(state_.hTiffFile, out_.data(), produced) < 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK;
 }
 
 int32_t PieceWriter::writeFaxRow(std::span<const uint8_t> row, uint32_t width) {
   if ((uint64_t{width} + 7) / 8 > row.size()) return RAXEL_NO_MEMORY;
   const uint32_t produced = encodeFaxRow(row, width, state_.nCompression, out_);
-  return out_.handle() == 0 ? RAXEL_NO_MEMORY : put(produced);
+  if (out_.handle() == 0) return RAXEL_NO_MEMORY;
+  state_.nStripBytes += produced;
+  return rows_.write(out_.data(), produced) < 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK;
 }
 
 int32_t PieceWriter::writeFax2D(std::span<const uint8_t> data, uint32_t width, uint32_t rows) {
@@ -95,5 +94,6 @@ int32_t PieceWriter::writeFax2D(std::span<const uint8_t> data, uint32_t width, u
 int32_t CompressAndWrite(TiffWriterState *state, const uint8_t *data, uint32_t byteCount, uint32_t width,
                          uint32_t rows) {
   if (state == nullptr || (data == nullptr && byteCount != 0)) return RAXEL_NO_MEMORY;
-  return tiff::PieceWriter(*state).write({data, byteCount}, width, rows);
+  tiff::Collector atOnce(state->hTiffFile, 0);
+  return tiff::PieceWriter(*state, atOnce).write({data, byteCount}, width, rows);
 }

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "raxel/tiff.h"
+#include "tiff/collector.h"
 #include "tiff/fax_buffer.h"
 
 namespace tiff {
@@ -19,7 +20,8 @@ constexpr uint32_t kPackBits = 32773;
 // Codes one piece after the other for the same file, and keeps one output buffer for all of them.
 class PieceWriter {
  public:
-  explicit PieceWriter(TiffWriterState &state);
+  // Rows go out through `rows`, which must belong to the state's file; whole strips and tiles do not.
+  PieceWriter(TiffWriterState &state, Collector &rows);
 
   // Codes a piece, writes it, and adds the bytes produced to the state's nStripBytes, also when the
   // stream did not take them. Arguments and result are those of CompressAndWrite.
@@ -32,9 +34,9 @@ class PieceWriter {
   int32_t writeLzw(std::span<const uint8_t> data);
   int32_t writeFaxRow(std::span<const uint8_t> row, uint32_t width);
   int32_t writeFax2D(std::span<const uint8_t> data, uint32_t width, uint32_t rows);
-  int32_t put(size_t produced);
 
   TiffWriterState &state_;
+  Collector &rows_;
   FaxBuffer out_;
   bool hostStream_;
 };
