@@ -132,6 +132,14 @@ TEST(Pixels, DeepDestinationsTakeTheEntryThatTheMapNames) {
   EXPECT_EQ(block, (Bytes{0, 0, 255, 0, 0, 0, 0, 0, 0, 0, 0, 3, 1, 2, 3, 0}));
 }
 
+TEST(Pixels, EntriesPastTheCountAreBlack) {
+  constexpr uint32_t map[] = {1, 2};
+  Bytes block(8, 0x77);
+  color::setPixel(block, 0, 0, 24, 0, {.map = map, .table = kTable, .count = 2});
+  color::setPixel(block, 1, 0, 24, 1, {.map = map, .table = kTable, .count = 2});
+  EXPECT_EQ(block, (Bytes{0, 0, 255, 0, 0, 0, 0x77, 0x77}));
+}
+
 TEST(Pixels, ATableOfMoreThan32767EntriesMatchesNothing) {
   // The count is a signed number to the search.
   const Bytes table(size_t{40000} * 3, 9);
