@@ -90,18 +90,26 @@ void gatherWhole(const ColumnRun &run, WholeBytes whole, std::span<const uint8_t
   }
 }
 
-// Pixels of less than a byte, each in a byte of its own on the way.
+// Puts back what a byte held past the first n pixels of a row, of which it now holds the last few.
+void restorePast(uint8_t &last, uint8_t kept, uint64_t n, int16_t depth) {
+  last |= static_cast<uint8_t>(kept & (0xFFu >> (n * static_cast<uint64_t>(depth) % 8)));
+}
+
+// Pixels of less than a byte, each in a byte of its own on the way, up to the run's last column.
 void gatherUnpacked(const ColumnRun &run, WholeBytes whole, std::span<const uint8_t> source, uint8_t *out) {
   uint8_t values[kUnpacked + 32];
   uint8_t gathered[ColumnRun::kLongest];
   const uint32_t perByte = pixelsPerByte(run.depth);
-  const uint32_t used = (run.columns[whole.end - 1] + perByte) / perByte * perByte;
+  const uint32_t used = (run.columns[run.end - 1] + perByte) / perByte * perByte;
   const uint8_t *bytes = source.data() + run.origin / perByte;
   run.depth == 1 ? unpackBits(bytes, used, values) : unpackNibbles(bytes, used, values);
   std::memset(values + used, 0, 32);  // a shuffle may read this far
-  gatherWhole(run, whole, values, gathered);
-  const uint32_t n = whole.end - whole.begin;
+  gatherWhole(run, {whole.begin, run.end}, values, gathered);
+  const uint32_t n = run.end - whole.begin;
+  uint8_t *last = out + n / perByte;
+  const uint8_t kept = n % perByte != 0 ? *last : uint8_t{0};
   run.depth == 1 ? packBits(gathered, n, out) : packNibbles(gathered, n, out);
+  if (n % perByte != 0) restorePast(*last, kept, n, run.depth);
 }
 
 // Pixel by pixel: for columns that share a byte with others, and rows that their block cuts short.
@@ -134,7 +142,7 @@ void planRun(ColumnRun &run, Columns how, int16_t depth, uint32_t sourceWidth, u
     for (uint32_t i = run.begin; i < run.end; ++i) run.columns[i] -= origin;
   }
   const WholeBytes whole = wholeBytes(run);
-  planShuffle(run.shuffle, {run.columns + whole.begin, whole.end - whole.begin},
+  planShuffle(run.shuffle, {run.columns + whole.begin, run.end - whole.begin},
               depth < 8 ? 1 : static_cast<uint32_t>(depth) / 8);
 }
 
@@ -149,15 +157,13 @@ void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uin
   const WholeBytes whole = wholeBytes(run);
   copyPixels(run, run.begin, whole.begin, source, destination);
   uint8_t *out = destination.data() + (uint64_t{run.first} + whole.begin) * depth / 8;
-  if (whole.begin == whole.end) {
-    // All columns share their bytes with others.
-  } else if (run.straight) {
+  if (run.straight) {
     const uint64_t from = uint64_t{run.columns[whole.begin]} * depth / 8;
     std::memcpy(out, source.data() + from, static_cast<size_t>((whole.end - whole.begin) * depth / 8));
   } else if (run.depth >= 8) {
     gatherWhole(run, whole, source.subspan(size_t{run.origin} * static_cast<size_t>(run.depth) / 8), out);
   } else if (run.columns[run.end - 1] < kUnpacked - 8) {
-    gatherUnpacked(run, whole, source, out);
+    return gatherUnpacked(run, whole, source, out);
   } else if (run.depth == 1) {
     gatherBits(run.columns + whole.begin, whole.end - whole.begin, source.data(), out);
   } else {
