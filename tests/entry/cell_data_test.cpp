@@ -241,6 +241,13 @@ TEST(CellDataBand, SizeAndDepthTogether) {
   EXPECT_EQ(bytesOf(cell.band()), (Bytes{1, 1, 0, 0, 1, 1, 0, 0}));
 }
 
+TEST(CellDataBand, ASmallerOutputIsShrunkBeforeItsDepthChanges) {
+  Picture picture(8, 10, {{0, 1, 2, 3, 0, 1, 2, 3, 0, 1}}, kFourColors);
+  Cell cell(picture, 24, 4, 1);
+  // Columns 0, 2, 5 and 9: the indices 0, 2, 1 and 1.
+  EXPECT_EQ(bytesOf(cell.band()), (Bytes{255, 0, 0, 0, 0, 255, 0, 255, 0, 0, 255, 0}));
+}
+
 TEST(CellDataBand, TrueColorToBilevelUsesTheFirstTwoGreys) {
   Picture picture(24, 4, {{255, 255, 255, 0, 0, 0, 255, 255, 255, 0, 0, 0}});
   Cell cell(picture, 1, 4, 1);
