@@ -1,6 +1,8 @@
 // The draw procedure for host pixels: one band, the whole picture, converted in memory.
 #include "entry/cell_data.h"
 
+#include <cstring>
+
 #include "entry/draw_protocol.h"
 #include "raxel/color.h"
 
@@ -23,14 +25,28 @@ struct Size {
   uint32_t height;
 };
 
+// Gives a block that is shorter than its picture a copy with zeros behind, so that whatever the writer
+// does to the pixels it does to those as well.
+bool extendTo(Working &pixels, uint64_t bytes) {
+  const auto held = runtime::lockBytes(pixels.handle());
+  if (held.size() >= bytes) return true;
+  const Handle longer = runtime::allocate(bytes);
+  if (longer == 0) return false;
+  if (!held.empty()) std::memcpy(GlobalLock(longer), held.data(), held.size());
+  pixels.replace(longer);
+  return true;
+}
+
 // The picture at the output's depth and size. Leaves `pixels` the host's own block when nothing has
-// to be converted; false when there is no such picture.
+// to be converted; false when there is no such picture. To the colour library, pixels and table
+// entries past the end of their blocks are zeros.
 bool convert(const OffscreenRecord &record, const PictureRecord &picture, Working &pixels) {
   const Size from = {picture.nWidth, picture.nHeight};
   const Size to = {record.nWidth, record.nBandRows};
   const auto fromBits = static_cast<int16_t>(picture.nBits);
   const auto toBits = static_cast<int16_t>(record.nBits);
-  if (!pixels.extendTo(pictureBytes(from.width, from.height, picture.nBits))) return false;
+  const uint64_t bytes = pictureBytes(from.width, from.height, picture.nBits);
+  if (!runtime::fitsInBlock(bytes)) return false;
 
   const bool shrinks = to.width < from.width || to.height < from.height;
   if (shrinks) {
@@ -39,21 +55,18 @@ bool convert(const OffscreenRecord &record, const PictureRecord &picture, Workin
   }
   if (fromBits != toBits) {
     const Size now = shrinks ? to : from;
-    Working sourceTable(picture.hPalette);
-    sourceTable.extendTo(tableBytes(picture.nBits));
     const Handle table = lockCache(record)[BANDCACHE_PALETTE];
-    pixels.replace(CellDataDepth(pixels.handle(), now.width, now.height, fromBits, toBits,
-                                 sourceTable.handle(), table, record.nColors));
+    pixels.replace(CellDataDepth(pixels.handle(), now.width, now.height, fromBits, toBits, picture.hPalette,
+                                 table, record.nColors));
     if (pixels.handle() == 0) return false;
   }
   if (to.width > from.width || to.height > from.height) {
     // Still with the source's sizes, also when the other direction has just been shrunk and the rows
     // have new lengths: the picture comes out sheared then. Pictures have always come out so.
-    if (!pixels.extendTo(pictureBytes(from.width, from.height, record.nBits))) return false;
     pixels.replace(rlStretchBitmap(pixels.handle(), toBits, from.width, from.height, to.width, to.height));
     if (pixels.handle() == 0) return false;
   }
-  return true;
+  return pixels.isOurs() || extendTo(pixels, bytes);
 }
 
 }  // namespace

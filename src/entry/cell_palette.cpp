@@ -1,4 +1,7 @@
 // Opening cell data: the palette that the output will have.
+#include <algorithm>
+#include <cstring>
+
 #include "entry/cell_data.h"
 #include "raxel/color.h"
 #include "raxel/driver.h"
@@ -22,7 +25,8 @@ void adoptTable(OffscreenRecord &record, Handle table, uint32_t entries) {
   std::memset(record.lpPalette, 0, bytes);
   if (known != 0) std::memcpy(record.lpPalette, from.data(), known);
 
-  auto copy = runtime::Block::ofSize(std::max<uint64_t>(bytes, tableBytes(record.nBits)));
+  const size_t indices = size_t{1} << std::min<uint32_t>(record.nBits, 8);
+  auto copy = runtime::Block::ofSize(std::max(bytes, indices * kEntryBytes));
   std::memcpy(copy.data(), record.lpPalette, bytes);
   lockCache(record)[BANDCACHE_PALETTE] = copy.release();
 }
@@ -38,21 +42,18 @@ void keepColors(OffscreenRecord &record, const PictureRecord &picture) {
 // The output has fewer colours: a true-colour picture of 256 colours or more has them chosen by
 // median cut, any other picture by the ditherer.
 void reduceColors(OffscreenRecord &record, const PictureRecord &picture) {
-  if (record.nBits > 8 || !isReadable(picture.nBits)) return;
-  Working pixels(picture.hBits);
-  if (!pixels.extendTo(pictureBytes(picture.nWidth, picture.nHeight, picture.nBits))) return;
-  Working sourceTable(picture.hPalette);
-  sourceTable.extendTo(tableBytes(picture.nBits));
+  if (record.nBits > 8 || picture.hBits == 0 || !isReadable(picture.nBits)) return;
+  if (!runtime::fitsInBlock(pictureBytes(picture.nWidth, picture.nHeight, picture.nBits))) return;
 
   const uint32_t wanted = 1u << record.nBits;
   auto count = static_cast<uint16_t>(wanted);
   Handle table = 0;
   if (picture.nBits == 24 && record.nBits > 7) {
     table =
-        rlReduceColorTable(pixels.handle(), picture.nWidth, static_cast<int16_t>(picture.nHeight), &count);
+        rlReduceColorTable(picture.hBits, picture.nWidth, static_cast<int16_t>(picture.nHeight), &count);
   } else {
-    rlDitherGetCT(pixels.handle(), picture.nWidth, picture.nHeight, static_cast<int16_t>(picture.nBits),
-                  static_cast<int16_t>(record.nBits), sourceTable.handle(), &table, &count);
+    rlDitherGetCT(picture.hBits, picture.nWidth, picture.nHeight, static_cast<int16_t>(picture.nBits),
+                  static_cast<int16_t>(record.nBits), picture.hPalette, &table, &count);
   }
   // For one bit the ditherer has eight greys: the palette holds them all, of which two count.
   adoptTable(record, table, std::max<uint32_t>(count, wanted));

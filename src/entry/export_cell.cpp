@@ -1,9 +1,17 @@
 // The one-call export: a finished picture becomes a file, a block or a host stream.
+#include <cstddef>
+
 #include "entry/output_stream.h"
 #include "raxel/filter.h"
 #include "raxel/memory.h"
 #include "runtime/settings_in_use.h"
 #include "runtime/unaligned.h"
+
+// What hosts lay out by offset, and on 32-bit machines to the end.
+static_assert(offsetof(PictureRecord, nWidth) == 2 && offsetof(PictureRecord, nHeight) == 4 &&
+              offsetof(PictureRecord, nResolution) == 6 && offsetof(PictureRecord, dExtentX) == 8 &&
+              offsetof(PictureRecord, dExtentY) == 16 && offsetof(PictureRecord, hPalette) == 24);
+static_assert(sizeof(void *) != 4 || (offsetof(PictureRecord, hBits) == 28 && sizeof(PictureRecord) == 32));
 
 namespace entry {
 namespace {

@@ -1,5 +1,12 @@
 // The filter's front door: the table of entries and the version.
+#include <cstddef>
+
 #include "raxel/filter.h"
+
+// What a 32-bit host reads by offset.
+static_assert(sizeof(void *) != 4 ||
+              (sizeof(FilterExportEntry) == 12 && offsetof(FilterExportEntry, ordinal) == 4));
+static_assert(offsetof(FilterLoadRecord, count) == 4 && offsetof(FilterLoadRecord, table) == 8);
 
 // The ordinals leave 1007 out: between the generic entry and the raster entry there is a hole. The
 // names "EscapeSetup" and "szDLLName" stand for the symbols xEscapeSetup and export_szDLLName.

@@ -1,8 +1,13 @@
 // The generic driver entry: its address and version for the host, and the metafile session's
 // operations behind it.
+#include <cstddef>
+
 #include "raxel/driver.h"
 #include "raxel/filter.h"
 #include "runtime/unaligned.h"
+
+static_assert(offsetof(SessionCommon, nSessError) == 4 && offsetof(SessionCommon, lpSessStatus) == 8);
+static_assert(sizeof(void *) != 4 || offsetof(SessionCommon, nSessStatusArg) == 12);
 
 namespace entry {
 namespace {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "entry/picture_bytes.h"
 #include "raxel/filter.h"
 #include "raxel/memory.h"
 #include "raxel/tiff.h"
@@ -79,6 +80,9 @@ int32_t openScreen(Output &out) {
   }
   out.bandRows = std::min(rows, out.height);
   if (out.bandRows == 0) return RAXEL_NO_FORMAT;
+  // A band that no block holds cannot come. Known now, the directory need not be written first: for
+  // such sizes it may list billions of tiles.
+  if (!runtime::fitsInBlock(pictureBytes(out.width, out.bandRows, out.bits))) return RAXEL_NO_MEMORY;
   return takeSettingsBack(out);
 }
 

@@ -6,6 +6,8 @@
 #include "runtime/unaligned.h"
 #include "setup/settings.h"
 
+static_assert(sizeof(RasterPictureInfo) == 28 && sizeof(RasterInfoResult) == 12);
+
 namespace setup {
 namespace {
 

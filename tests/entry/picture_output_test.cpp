@@ -150,6 +150,14 @@ TEST_F(PictureOutput, WithoutWidthIs300) {
   EXPECT_EQ(output(0, 6), 300);
 }
 
+TEST_F(PictureOutput, ABandThatNoBlockHoldsIs300BeforeAnythingIsWritten) {
+  host_.settings().tiff.wLayoutMode = 771;  // a directory of 65535 times ten million tiles otherwise
+  host_.settings().nCompressionMode = 230;
+  EXPECT_EQ(output(33553920, 1e9), 300);
+  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 2}));
+  EXPECT_TRUE(stream_.bytes().empty());
+}
+
 TEST_F(PictureOutput, WithoutSettingsIs27) {
   keepRecord_ = true;
   lpRaster = nullptr;
