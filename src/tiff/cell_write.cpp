@@ -29,7 +29,6 @@ struct Chunk {
 };
 
 struct CellJob {
-  Handle file;
   TiffWriterState &state;
   CellFormat &format;
   CellRows cells;
@@ -230,9 +229,10 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
   }
   TiffWriterState &state = lpRaster->tiff;
   const bool swaps = state.nSamplesPerPixel * state.nBitsPerSample == 24;
-  tiff::Collector out(file, size);
+  // Plain rows go to the stream of this call, codes to the one that the picture began with.
+  const Handle rowsTo = state.nCompression == tiff::kUncompressed ? file : state.hTiffFile;
+  tiff::Collector out(rowsTo, size);
   tiff::CellJob job{
-      .file = file,
       .state = state,
       .format = *format,
       .cells = cells,
@@ -244,7 +244,7 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
       .swaps = swaps,
       // A host that sees each write finds a whole chunk swapped by then. Rows that share pixels, because
       // the bitmap is less deep than the file, are swapped in order.
-      .swapsByRow = swaps && !tiff::isHostStream(file) && cells.stride >= uint64_t{width} * 3,
+      .swapsByRow = swaps && !tiff::isHostStream(rowsTo) && cells.stride >= uint64_t{width} * 3,
   };
   if (bitsPerPixel == 1) {
     const auto held = cells.held(0, size);

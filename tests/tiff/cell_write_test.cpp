@@ -262,6 +262,23 @@ TEST(WriteCellBits, PicturesPastFourGigabytesAre300) {
   EndCellBitmap(out.file, descriptor);
 }
 
+// A host that changes streams in between: plain rows follow the call, codes the picture's beginning.
+TEST(WriteCellBits, PlainRowsGoToTheCallsOwnStream) {
+  for (const int32_t compression : {224, 225, 226, 227, 229, 230}) {
+    InUse use(support::kBilevel, compression);
+    support::HostOutput first;
+    support::HostOutput second;
+    const Pixels block(Bytes(4 * 4, 0xFF));
+    Handle descriptor = 0;
+    BeginCellBitmap(first.file, 8, 4, 1, nullptr, &descriptor);
+    first.host.clearLog();
+    EXPECT_EQ(WriteCellBits(second.file, block.handle(), 8, 4, 1, 1, descriptor), 0);
+    EXPECT_EQ(first.host.calls().empty(), compression == support::kNone) << compression;
+    EXPECT_EQ(second.host.calls().empty(), compression != support::kNone) << compression;
+    EndCellBitmap(first.file, descriptor);
+  }
+}
+
 // An uncompressed picture in two bands: the rows just follow each other.
 TEST(WriteCellBits, BandsFollowEachOther) {
   InUse use(support::kColors256, support::kNone);
