@@ -71,6 +71,15 @@ TEST(Depth, ANewTableAt24BitsIsAskedForRgbWordsAndAnswersBlack) {
             (Bytes{0, 0, 0, 7, 8, 9, 0, 0}));
 }
 
+TEST(Depth, ASmallRgbWordNamesAnEntryOfALongTable) {
+  // The RGB word of (0, 0, 1) is 256.
+  const Table source = pictures::table({0, 0, 1});
+  Table table{true, Bytes(900, 5), 300};
+  EXPECT_EQ(convert({0, 0, 0, 0}, 1, 1, 8, 24, source, table), (Bytes{5, 5, 5, 0}));
+  table.count = 256;
+  EXPECT_EQ(convert({0, 0, 0, 0}, 1, 1, 8, 24, source, table), (Bytes{0, 0, 0, 0}));
+}
+
 TEST(Depth, WithoutTablesIndexesBecome0) {
   EXPECT_EQ(convert({0xFF, 0, 0, 0}, 4, 1, 1, 8, {}, {}), (Bytes{0, 0, 0, 0}));
   EXPECT_EQ(convert({1, 2, 3, 4}, 4, 1, 8, 4, kRedBlue, {}), (Bytes{0, 0, 0, 0}));

@@ -60,6 +60,27 @@ TEST(Dither, An8BitTableHas256Entries) {
   EXPECT_EQ(count, 256);
 }
 
+TEST(Dither, PicturesOf32768RowsAndMoreGetTheFixedColoursOnly) {
+  // The median cut takes heights as signed 16-bit numbers, and finds no colours.
+  Bytes expected = kFixedColors;
+  expected.resize(48, 0);
+  const Bytes red{200, 0, 0};
+  for (uint32_t height : {32767u, 32768u}) {
+    const runtime::Block wide = pictures::block(flat(1, height, red));
+    const runtime::Block indexed = pictures::block(Bytes(size_t{4} * height, 0));
+    const runtime::Block source = pictures::block(red);
+    Handle wideTable = 0;
+    Handle indexedTable = 0;
+    uint16_t count = 0;
+    rlDitherGetCT(wide.handle(), 1, height, 24, 4, 0, &wideTable, &count);
+    rlDitherGetCT(indexed.handle(), 1, height, 8, 4, source.handle(), &indexedTable, &count);
+    const runtime::Block owned(wideTable);
+    const runtime::Block ownedToo(indexedTable);
+    EXPECT_EQ(pictures::bytesOf(wideTable) == expected, height == 32768) << height;
+    EXPECT_EQ(pictures::bytesOf(indexedTable) == expected, height == 32768) << height;
+  }
+}
+
 TEST(Dither, ABilevelTableIsACopyOfMonoTable) {
   const runtime::Block from = pictures::block(Bytes{1, 2, 3, 0});
   Handle table = 0;
