@@ -169,9 +169,18 @@ RAXEL_EXPORT int32_t GetMaxHistSum(const ColorBox *boxes, const uint16_t *states
 RAXEL_EXPORT Handle rlChangeColorResolution(Handle bits, uint32_t width, uint32_t height,
                                             int16_t sourceDepth, int16_t depth, Handle *table);
 
-// Converts a picture pixel by pixel: indexes by the map of rlBuildColormap, deeper pixels by the
-// nearest entry of the table, or copied when the result is as deep.
-//   sourceTable  1 << sourceDepth entries for a source of indexes; may be 0
+// Converts a picture pixel by pixel:
+//
+//   from      to            a pixel becomes
+//   24, 32    1, 4, 8       the nearest entry of the table
+//   24, 32    24, 32        its red, green, blue; the fourth byte goes along where both have one and no
+//                           table is given, else it is 0
+//   1, 4, 8   as deep or    the entry of its own table nearest to its colour, mostly its own index; with
+//             deeper        a table for the destination the nearest of that
+//   1, 4, 8   shallower     the nearest entry of the table
+//   1, 4, 8   24, 32        its colour in the source's table; the fourth byte is 0
+//
+//   sourceTable   1 << sourceDepth entries for a source of indexes; may be 0, and indexes become 0 then
 //   table, count  the destination's table and its entries; may be 0
 RAXEL_EXPORT Handle rlConvertBitmapDepth(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
                                          int16_t depth, Handle sourceTable, Handle table, uint16_t count);
@@ -195,8 +204,13 @@ RAXEL_EXPORT void rlDitherGetCT(Handle bits, uint32_t width, uint32_t height, in
 RAXEL_EXPORT Handle rlDitherGivenCT(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
                                     int16_t depth, Handle sourceTable, Handle table, uint16_t count);
 
-// Dithers one row of width 24-bit pixels in place and spreads the errors to the row below.
-//   next  null for the last row
+// Dithers one row of width 24-bit pixels in place, from left to right, and spreads the errors. With an
+// error e of a channel, e8 = e / 8 and e716 = 7 * e / 16, both truncated toward zero, the pixel to the
+// right gets e716, the one below e716 - e8, below left e716 - 2 * e8, below right e716 - 3 * e8; each
+// sum is clamped to 0..255 at once. The last pixel takes the entry of the one before it (entry 0 where
+// it is alone) and spreads nothing.
+//   current, next  first bytes of the two rows; next is null for the last row
+//   table, count   3-byte entries; without any the row becomes black
 RAXEL_EXPORT void _rlDitherOneLine(uint8_t *current, uint8_t *next, const uint8_t *table, uint32_t width,
                                    int16_t count);
 

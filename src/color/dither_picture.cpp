@@ -113,10 +113,12 @@ bool ditherColors(const DepthChange &change, const PackedRows &packed) {
 }  // namespace
 
 bool ditherPicture(const DepthChange &change, std::span<uint8_t> out) {
-  // Without entries everything is 0, and so are pictures without pixels.
-  if (change.count == 0 || change.width == 0 || change.height == 0) return true;
+  // Without entries everything is 0, and so are pictures without pixels. A count is a signed 16-bit
+  // number: from 32768 on there are no entries.
+  const int32_t count = static_cast<int16_t>(change.count);
+  if (count <= 0 || change.width == 0 || change.height == 0) return true;
   const PackedRows packed{out, change.width, change.depth};
-  if (change.depth == 1 && hasGrey(change.table, static_cast<int16_t>(change.count))) {
+  if (change.depth == 1 && hasGrey(change.table, count)) {
     return ditherGreys(change, packed);
   }
   return ditherColors(change, packed);

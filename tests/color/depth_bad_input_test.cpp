@@ -138,6 +138,21 @@ TEST(DepthBadInput, CountsAreCutAtTheTable) {
   EXPECT_EQ(pictures::bytesOf(dithered.handle()), (Bytes{0, 0, 0, 0}));
 }
 
+TEST(DepthBadInput, TablesOf32768EntriesAndMoreGiveZeros) {
+  support::Random random(61);
+  const runtime::Block bits = pictures::block(random.bytes(size_t{plain::lineBytes(40, 24)} * 40));
+  const runtime::Block table = pictures::block(random.bytes(3 * 65535));
+  for (uint16_t count : {uint16_t{32768}, uint16_t{40000}, uint16_t{65535}}) {
+    for (int16_t depth : {int16_t{1}, int16_t{4}, int16_t{8}}) {
+      const runtime::Block out(rlDitherGivenCT(bits.handle(), 40, 40, 24, depth, 0, table.handle(), count));
+      EXPECT_EQ(pictures::bytesOf(out.handle()), Bytes(rlCalcNewSize(40, 40, depth), 0)) << count;
+    }
+  }
+  // One fewer, and all of them are searched.
+  const runtime::Block out(rlDitherGivenCT(bits.handle(), 40, 40, 24, 8, 0, table.handle(), 32767));
+  EXPECT_NE(pictures::bytesOf(out.handle()), Bytes(1600, 0));
+}
+
 TEST(DepthBadInput, LongLinesAndColumnsAreServed) {
   for (uint32_t length : {32767u, 32768u, 65535u}) {
     const runtime::Block bits = pictures::block(Bytes(100, 0x5A));
