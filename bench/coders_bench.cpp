@@ -23,35 +23,37 @@ constexpr uint16_t kT6 = 4;
 constexpr uint16_t kLzw = 5;
 constexpr uint16_t kPackBits = 32773;
 
-void encodePackBitsStrip(std::span<const uint8_t> strip, size_t rowBytes, Memory &memory) {
-  std::vector<uint8_t> out(2 * rowBytes + 2);
+// What codes are made in, kept from strip to strip as the writer keeps it.
+struct Room : tiff::FaxBuffer {
+  using FaxBuffer::FaxBuffer;
+  tiff::LzwMemory lzw;
+};
+
+void encodePackBitsStrip(std::span<const uint8_t> strip, size_t rowBytes, Room &room, Memory &memory) {
   for (; !strip.empty(); strip = strip.subspan(rowBytes)) {
-    memory.write(out.data(), tiff::encodePackBits(strip.first(rowBytes), out.data()));
+    memory.write(room.data(), tiff::encodePackBits(strip.first(rowBytes), room.data()));
   }
 }
 
-void encodeLzwStrip(std::span<const uint8_t> strip, Memory &memory) {
-  const auto block = runtime::Block::ofSize(2 * strip.size() + 16);
-  const std::span<uint8_t> out = block.bytes();
-  memory.write(out.data(), tiff::encodeLzw(strip, out));
+void encodeLzwStrip(std::span<const uint8_t> strip, Room &room, Memory &memory) {
+  memory.write(room.data(), tiff::encodeLzw(strip, {room.data(), room.size()}, room.lzw));
 }
 
 void encodeFaxStrip(std::span<const uint8_t> strip, const Picture &picture, uint16_t compression,
-                    Memory &memory) {
+                    Room &room, Memory &memory) {
   const auto width = static_cast<uint32_t>(picture.width);
   const size_t rowBytes = picture.rowBytes();
-  const bool whole = compression == kT6;
-  tiff::FaxBuffer out(runtime::allocate(2 * (whole ? strip.size() : rowBytes)));
-  if (whole) {
-    const uint32_t n = tiff::encodeFax2D(strip, width, static_cast<uint32_t>(strip.size() / rowBytes), out);
-    memory.write(out.data(), n);
+  if (compression == kT6) {
+    const uint32_t n =
+        tiff::encodeFax2D(strip, width, static_cast<uint32_t>(strip.size() / rowBytes), room);
+    memory.write(room.data(), n);
     return;
   }
   const uint8_t eol[] = {0, 1};
   if (compression == kT4) memory.write(eol, 2);
   for (; !strip.empty(); strip = strip.subspan(rowBytes)) {
-    const uint32_t n = tiff::encodeFaxRow(strip.first(rowBytes), width, compression, out);
-    memory.write(out.data(), n);
+    const uint32_t n = tiff::encodeFaxRow(strip.first(rowBytes), width, compression, room);
+    memory.write(room.data(), n);
   }
   for (int i = 0; compression == kT4 && i < 5; ++i) memory.write(eol, 2);
 }
@@ -59,12 +61,14 @@ void encodeFaxStrip(std::span<const uint8_t> strip, const Picture &picture, uint
 void encodeWithRaxel(const Picture &picture, uint16_t compression, Memory &memory) {
   memory.at = memory.end = 0;
   const size_t stripBytes = bench::rowsPerStrip(picture) * picture.rowBytes();
+  const bool byRow = compression == kPackBits || compression == kHuffman || compression == kT4;
+  Room room(runtime::allocate(2 * (byRow ? picture.rowBytes() : stripBytes) + 16));
   for (std::span<const uint8_t> left = picture.pixels; !left.empty();) {
     const std::span<const uint8_t> strip = left.first(std::min(stripBytes, left.size()));
     left = left.subspan(strip.size());
-    if (compression == kPackBits) encodePackBitsStrip(strip, picture.rowBytes(), memory);
-    if (compression == kLzw) encodeLzwStrip(strip, memory);
-    if (compression <= kT6) encodeFaxStrip(strip, picture, compression, memory);
+    if (compression == kPackBits) encodePackBitsStrip(strip, picture.rowBytes(), room, memory);
+    if (compression == kLzw) encodeLzwStrip(strip, room, memory);
+    if (compression <= kT6) encodeFaxStrip(strip, picture, compression, room, memory);
   }
 }
 

@@ -107,6 +107,10 @@ uint32_t colourOf(uint64_t same) {
   return writer.putRun(colourOf(same), a1) && writer.putRun(1 - colourOf(same), a2 - a1);
 }
 
+[[gnu::always_inline]] inline void put(BitPen &pen, BitCode code) {
+  pen.put(code.bits, code.length);
+}
+
 // Takes as many steps as one window shows, which is of advantage where steps are short. Room for 64
 // pixels of at most 14 bits each must be there. The row must have begun.
 [[gnu::always_inline]] inline void stepsOfOneWindow(BitPen &pen, const uint8_t *row, const uint8_t *above,
@@ -125,10 +129,10 @@ uint32_t colourOf(uint64_t same) {
     const uint64_t b2 = endOfRun(aboveBits, changes);
     uint32_t length;
     if (isPass(rowBits, b2)) {
-      pen.put(kModeCodes[kPass]);
+      put(pen, kModeCodes[kPass]);
       length = distance(b2);
     } else if (const uint32_t b1 = distance(changes); isVertical(a1, b1)) {
-      pen.put(kModeCodes[kV0 + (a1 - b1)]);
+      put(pen, kModeCodes[kV0 + (a1 - b1)]);
       length = a1;
       same = ~same;
     } else {

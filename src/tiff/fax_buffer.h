@@ -1,16 +1,14 @@
-// Where fax codes go: a block of handle memory that grows, and a writer that packs codes into it, the
-// first bit of a code in the highest free bit of a byte.
+// Where fax codes go: a block of handle memory that grows, and a writer that packs codes into it.
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <span>
 
 #include "raxel/driver.h"
 #include "raxel/memory.h"
 #include "runtime/blocks.h"
+#include "tiff/bit_pen.h"
 #include "tiff/fax_codes.h"
 
 namespace tiff {
@@ -52,29 +50,6 @@ class FaxBuffer {
   uint64_t largest_;
 };
 
-// Packs codes into memory. Up to 7 bits wait in `pending`, at its top; every put stores 8 bytes and then
-// steps over the whole ones:
-//
-//   pending  ppppp000 00000000 ...      put(1101, 4)      byte at to  ppppp110
-//                                                         pending     10000000 ...
-struct BitPen {
-  uint8_t *to;           // the byte that the next bit goes to
-  uint64_t pending = 0;  // its bits below the top `used` are 0
-  uint32_t used = 0;     // 0 to 7
-
-  // Places `length` bits, at most 56, right-aligned in `bits`.
-  void put(uint64_t bits, uint32_t length) {
-    pending |= bits << 1 << (63 - used - length);
-    const uint64_t word = std::endian::native == std::endian::little ? __builtin_bswap64(pending) : pending;
-    std::memcpy(to, &word, sizeof word);
-    used += length;
-    to += used / 8;
-    pending <<= used & ~7u;
-    used &= 7;
-  }
-  void put(BitCode code) { put(code.bits, code.length); }
-};
-
 // Packs codes into a FaxBuffer from its first byte on, and makes it grow.
 //
 // A writer is a value that the coders keep in registers: what is called out of line takes it and gives
@@ -98,7 +73,7 @@ class FaxWriter {
   bool lost() const { return pen_.to == nullptr; }
 
   void put(uint64_t bits, uint32_t length) { pen_.put(bits, length); }
-  void put(BitCode code) { pen_.put(code); }
+  void put(BitCode code) { pen_.put(code.bits, code.length); }
 
   // The pen alone, for loops that know that there is room, and back again.
   BitPen pen() const { return pen_; }
@@ -125,9 +100,7 @@ class FaxWriter {
   }
 
   // The bytes written when a partly filled byte counts as a whole one.
-  uint32_t byteCount() const {
-    return static_cast<uint32_t>(pen_.to - buffer_->data()) + (pen_.used != 0 ? 1 : 0);
-  }
+  uint32_t byteCount() const { return static_cast<uint32_t>(pen_.end() - buffer_->data()); }
 
  private:
   [[gnu::noinline]] static FaxWriter withMakeUps(FaxWriter writer, uint32_t colour, uint32_t run,

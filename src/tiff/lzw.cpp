@@ -1,105 +1,231 @@
+// The idea: the codes do not depend on how strings are looked up, so that two ways are open which need no
+// search (lzw_strings.h), one for data that repeats little and one for data that repeats much. Whenever
+// the table is cleared, what it held tells which way is the better one for what follows.
 #include "tiff/lzw.h"
 
+#include <algorithm>
+#include <bit>
+#include <cstddef>
 #include <cstring>
 
-#include "runtime/blocks.h"
-#include "runtime/unaligned.h"
+#include "tiff/bit_pen.h"
+#include "tiff/lzw_strings.h"
 
 namespace tiff {
 namespace {
 
 constexpr uint32_t kClear = 256;
 constexpr uint32_t kEndOfInformation = 257;
-constexpr uint32_t kFirstFree = 258;
-constexpr uint32_t kClearAt = 4090;  // readers allow 4094; our exact bytes are a promise
 
-// Packs codes, first bit first.
-class CodeWriter {
- public:
-  explicit CodeWriter(uint8_t *out) : begin_(out), to_(out) {}
-  void put(uint32_t code, uint32_t width) {
-    pending_ = pending_ << width | code;
-    used_ += width;
-    for (; used_ >= 8; used_ -= 8) *to_++ = static_cast<uint8_t>(pending_ >> (used_ - 8));
-  }
-  uint32_t finish() {
-    if (used_ > 0) *to_++ = static_cast<uint8_t>(pending_ << (8 - used_));
-    return static_cast<uint32_t>(to_ - begin_);
-  }
-
- private:
-  uint8_t *begin_;
-  uint8_t *to_;
-  uint32_t pending_ = 0;
-  uint32_t used_ = 0;
+struct Stream {
+  BitPen pen;
+  const uint8_t *at;           // the byte to take next
+  uint32_t prefix;             // the known string that the bytes before it are
+  uint32_t width = 9;          // of the next code, in bits
+  uint32_t next = kFirstFree;  // the code of the next string
 };
 
-// The strings known so far, by prefix code and appended byte: the code of the longer string, or 0.
-// Clearing undoes the entries made, which are far fewer than the table has places.
-class StringTable {
- public:
-  static constexpr size_t kPlaces = size_t{4096} * 256;
-  static constexpr size_t kBytes = kPlaces * 2 + kClearAt * 4;
+struct ColumnTables {
+  StringColumns columns;
+  RunStrings runs;
+};
 
-  explicit StringTable(uint8_t *memory) : codes_(memory), made_(memory + kPlaces * 2) {}
-  uint32_t find(uint32_t key) const { return runtime::load<uint16_t>(codes_ + key * 2); }
-  void add(uint32_t key) {
-    // The last byte of a strip may add a string that is known; the first copy stays the one found.
-    runtime::store(codes_ + key * 2, static_cast<uint16_t>(next_));
-    runtime::store(made_ + next_ * 4, key);
-    ++next_;
+// After a string was made: writes the prefix and goes on with the byte that it does not hold. True when
+// the table is full and Clear was written.
+[[gnu::always_inline]] inline bool writePrefix(Stream &s, uint32_t byte) {
+  ++s.next;
+  s.pen.put(s.prefix, s.width);
+  s.prefix = byte;
+  if ((s.next & (s.next - 1)) == 0) {  // 512, 1024, 2048
+    ++s.width;
+  } else if (s.next == kClearAt) {
+    s.pen.put(kClear, s.width);
+    return true;
   }
-  uint32_t next() const { return next_; }
-  void clear() {
-    for (uint32_t code = kFirstFree; code < next_; ++code) {
-      runtime::store(codes_ + runtime::load<uint32_t>(made_ + code * 4) * 2, uint16_t{0});
+  return false;
+}
+
+// The two ways take bytes up to `last`, or up to the first Clear: true for that. The prefix is a single
+// byte at first.
+
+bool codeWithLists(Stream &stream, StringLists &lists, const uint8_t *last) {
+  Stream s = stream;
+  uint32_t made = 0;
+  bool cleared = false;
+  while (!cleared && s.at != last) {
+    uint32_t byte = *s.at++;
+    uint16_t &pair = lists.pairs[s.prefix][byte];
+    if (pair == 0) {
+      pair = static_cast<uint16_t>(s.next);
+      lists.made.places[made++] = s.prefix << 8 | byte;
+    } else {
+      s.prefix = pair;
+      StringLists::Link *end = nullptr;
+      while (end == nullptr && s.at != last) {
+        byte = *s.at++;
+        StringLists::Link *link = lists.find(s.prefix, byte);
+        if (*link == 0) {
+          end = link;
+        } else {
+          s.prefix = *link & 0xFFFF;
+        }
+      }
+      if (end == nullptr) break;  // the bytes end within a known string
+      *end = byte << 16 | s.next;
     }
-    next_ = kFirstFree;
+    lists.nodes[s.next] = {0, 0};
+    cleared = writePrefix(s, byte);
   }
+  lists.made.count = made;
+  stream = s;
+  return cleared;
+}
 
- private:
-  uint8_t *codes_;
-  uint8_t *made_;
-  uint32_t next_ = kFirstFree;
-};
+// The first byte of a word that is not 0, in the order of memory.
+[[gnu::always_inline]] inline uint32_t firstByteSet(uint64_t word) {
+  const int bits =
+      std::endian::native == std::endian::little ? std::countr_zero(word) : std::countl_zero(word);
+  return static_cast<uint32_t>(bits) / 8;
+}
+
+// How many of `limit` bytes, 8 or more, are like this one.
+[[gnu::always_inline]] inline uint32_t countLike(const uint8_t *bytes, uint32_t limit, uint32_t byte) {
+  const uint64_t like = byte * uint64_t{0x0101010101010101};
+  for (uint32_t at = 0;; at = std::min(at + 8, limit - 8)) {
+    uint64_t word;
+    std::memcpy(&word, bytes + at, sizeof word);
+    if (word != like) return at + firstByteSet(word ^ like);
+    if (at == limit - 8) return limit;
+  }
+}
+
+// When the prefix is a byte of which long runs are known as strings, takes the longest one that follows
+// and ends before `last`.
+[[gnu::always_inline]] inline void takeRun(Stream &s, const RunStrings &runs, const uint8_t *last) {
+  const uint32_t byte = s.prefix;
+  const uint32_t known = runs.length[byte] - 1u;  // bytes that may follow the prefix
+  if (known < 8 || last - s.at < 8) return;
+  uint32_t n = countLike(s.at, static_cast<uint32_t>(std::min<ptrdiff_t>(known, last - s.at)), byte);
+  if (n == known) {
+    s.prefix = runs.longest[byte];
+  } else {
+    n = std::min(n, RunStrings::kListed - 2);
+    if (n != 0) s.prefix = runs.codes[byte][n + 1];
+  }
+  s.at += n;
+}
+
+bool codeWithColumns(Stream &stream, ColumnTables &tables, const uint8_t *last) {
+  Stream s = stream;
+  PlacesMade &made = tables.columns.made;
+  bool cleared = false;
+  while (!cleared) {
+    takeRun(s, tables.runs, last);
+    uint32_t byte = 0;
+    uint16_t *place = nullptr;
+    while (place == nullptr && s.at != last) {
+      byte = *s.at++;
+      uint16_t &code = tables.columns.codes[byte][s.prefix];
+      if (code == 0) {
+        place = &code;
+      } else {
+        s.prefix = code;
+      }
+    }
+    if (place == nullptr) break;  // the bytes end within a known string
+    *place = static_cast<uint16_t>(s.next);
+    made.places[s.next - kFirstFree] = byte << 12 | s.prefix;
+    tables.runs.add(s.prefix, byte, s.next);
+    cleared = writePrefix(s, byte);
+  }
+  made.count = s.next - kFirstFree;
+  stream = s;
+  return cleared;
+}
+
+// Whether a strip looks, by its first bytes, as if it repeated much: one byte in four is like the one
+// before it.
+bool looksRepetitive(std::span<const uint8_t> strip) {
+  const size_t n = std::min<size_t>(strip.size(), 4096);
+  size_t equal = 0;
+  for (size_t i = 1; i < n; ++i) equal += strip[i] == strip[i - 1] ? size_t{1} : size_t{0};
+  return equal > n / 4;
+}
+
+// Whether a table that was filled by this many bytes held strings of more than some.
+bool repeatedMuch(ptrdiff_t bytes) {
+  return bytes >= ptrdiff_t{kClearAt} * 5 / 2;
+}
+
+template <class Table>
+Table &tableIn(runtime::Block &block) {
+  if (!block) block = runtime::Block::ofSize(sizeof(Table));
+  return *static_cast<Table *>(static_cast<void *>(block.data()));
+}
+
+// Codes all bytes but the last, and answers what string the last one makes with the prefix then: its
+// code, or 0 when it is not known. Leaves the tables without strings.
+uint32_t codeAllButLast(Stream &s, std::span<const uint8_t> strip, LzwMemory &memory) {
+  const uint8_t *last = &strip.back();
+  bool repeats = looksRepetitive(strip);
+  for (;;) {
+    const uint8_t *begin = s.at;
+    uint32_t known = 0;
+    bool cleared = false;
+    if (repeats) {
+      auto &tables = tableIn<ColumnTables>(memory.columns);
+      tables.runs.clear();
+      cleared = codeWithColumns(s, tables, last);
+      known = tables.columns.codes[*last][s.prefix];
+      tables.columns.clear();
+    } else {
+      auto &lists = tableIn<StringLists>(memory.lists);
+      cleared = codeWithLists(s, lists, last);
+      known = s.prefix < 256 ? lists.pairs[s.prefix][*last] : *lists.find(s.prefix, *last) & 0xFFFF;
+      lists.clear();
+    }
+    if (!cleared) return known;
+    s.width = 9;
+    s.next = kFirstFree;
+    repeats = repeatedMuch(s.at - begin);
+  }
+}
+
+// Codes the last byte. The string that it makes with the prefix counts also when it is known, though it
+// is stored a second time then. When it is not known the byte is written as a code of its own, and is
+// followed by the same checks made with the same count: so the width can grow twice, and Clear come twice.
+void codeLastByte(Stream &s, uint32_t known, uint32_t byte) {
+  const uint32_t counted = s.next + 1;
+  const auto write = [&](uint32_t code) {
+    s.pen.put(code, s.width);
+    if (counted == 512 || counted == 1024 || counted == 2048) ++s.width;
+    if (counted == kClearAt) {
+      s.pen.put(kClear, s.width);
+      s.width = 9;
+    }
+  };
+  write(known != 0 ? known : s.prefix);
+  if (known == 0) write(byte);
+}
 
 }  // namespace
 
-uint32_t encodeLzw(std::span<const uint8_t> strip, std::span<uint8_t> out) {
-  CodeWriter writer(out.data());
-  uint32_t width = 9;
-  writer.put(kClear, width);
+uint32_t encodeLzw(std::span<const uint8_t> strip, std::span<uint8_t> out, LzwMemory &memory) {
+  Stream s{{out.data()}, strip.data(), 0};
+  s.pen.put(kClear, s.width);
+  // A strip of one byte gets no code for it.
   if (strip.size() > 1) {
-    const runtime::Block memory = runtime::Block::ofSize(StringTable::kBytes);
-    if (!memory) return 0;
-    StringTable table(memory.data());
-    uint32_t prefix = strip[0];
-    for (size_t at = 1; at < strip.size(); ++at) {
-      const uint32_t key = prefix << 8 | strip[at];
-      const uint32_t found = table.find(key);
-      const bool last = at + 1 == strip.size();
-      if (found != 0) {
-        prefix = found;
-        if (!last) continue;
-      }
-      // The key is stored also when it was found at the last byte, where nothing follows to use it.
-      table.add(key);
-      const uint32_t next = table.next();
-      const bool writesLastByte = last && found == 0;
-      for (int step = 0; step <= (writesLastByte ? 1 : 0); ++step) {
-        writer.put(prefix, width);
-        if (next == 512 || next == 1024 || next == 2048) ++width;
-        if (next == kClearAt) {
-          writer.put(kClear, width);
-          width = 9;
-          table.clear();
-        }
-        prefix = strip[at];
-      }
-    }
+    s.prefix = *s.at++;
+    const uint32_t known = codeAllButLast(s, strip, memory);
+    codeLastByte(s, known, strip.back());
   }
-  writer.put(kEndOfInformation, width);
-  return writer.finish();
+  s.pen.put(kEndOfInformation, s.width);
+  return static_cast<uint32_t>(s.pen.end() - out.data());
+}
+
+uint32_t encodeLzw(std::span<const uint8_t> strip, std::span<uint8_t> out) {
+  LzwMemory memory;
+  return encodeLzw(strip, out, memory);
 }
 
 }  // namespace tiff

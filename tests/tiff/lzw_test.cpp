@@ -142,17 +142,33 @@ TEST(Lzw, StringStoredAgainAtTheLastByteCountsForTheClearing) {
   EXPECT_EQ(encode(strip), packed(bytesWithoutRepeats(strip, 3831), {{258, 12}, {kClear, 12}, {kEnd, 9}}));
 }
 
-// Strips of one value, of short cycles, of noise, and of letters that repeat.
+// Strips of one value, of short cycles, of noise, of few letters, of runs, and of all of these in turn.
+constexpr int64_t kKinds = 6;
+
 Bytes sampleStrip(support::Random &random, size_t length, int64_t kind) {
   Bytes strip(length);
   const auto period = static_cast<size_t>(random.between(1, 40));
   const Bytes cycle = random.bytes(period);
-  const uint8_t letters = static_cast<uint8_t>(random.between(1, 7));
+  const auto letters = static_cast<uint8_t>(random.between(1, 7));
+  const int64_t longest = random.between(1, 600);
+  size_t left = 0;
   for (size_t i = 0; i < length; ++i) {
     if (kind == 0) strip[i] = cycle[0];
     if (kind == 1) strip[i] = cycle[i % period];
     if (kind == 2) strip[i] = random.byte();
     if (kind == 3) strip[i] = random.byte() % letters;
+    if (kind == 4) {
+      if (left == 0) left = static_cast<size_t>(random.between(1, longest));
+      --left;
+      strip[i] = left == 0 ? random.byte() : cycle[0];
+    }
+  }
+  for (size_t at = 0; kind == 5 && at < length;) {
+    const Bytes part =
+        sampleStrip(random, static_cast<size_t>(random.between(1, 9000)), random.between(0, 4));
+    const size_t n = std::min(part.size(), length - at);
+    std::copy_n(part.begin(), n, strip.begin() + static_cast<ptrdiff_t>(at));
+    at += n;
   }
   return strip;
 }
@@ -161,7 +177,7 @@ TEST(Lzw, EveryLengthDecodes) {
   support::Random random(80);
   const size_t step = std::max<size_t>(1, 5000 / support::cases(5000));
   for (size_t length = 2; length <= 5000; length += length < 300 ? 1 : step) {
-    const Bytes strip = sampleStrip(random, length, static_cast<int64_t>(length / step % 4));
+    const Bytes strip = sampleStrip(random, length, static_cast<int64_t>(length / step) % kKinds);
     ASSERT_EQ(reference::unpackLzw(encode(strip), length), strip) << length;
   }
 }
@@ -171,7 +187,7 @@ TEST(Lzw, EqualsThePlainForm) {
   support::Random random(81);
   const size_t step = 20 * std::max<size_t>(1, 100 / support::cases(100));
   for (size_t length = 0; length <= 5000; length += length < 300 ? 1 : step) {
-    for (int64_t kind = 0; kind < 4; ++kind) {
+    for (int64_t kind = 0; kind < kKinds; ++kind) {
       const Bytes strip = sampleStrip(random, length, kind);
       ASSERT_EQ(encode(strip), reference::lzw(strip)) << length << " kind " << kind;
     }
@@ -180,13 +196,26 @@ TEST(Lzw, EqualsThePlainForm) {
 
 TEST(Lzw, EqualsThePlainFormOverManyClearings) {
   support::Random random(82);
-  const size_t n = support::cases(24);
+  tiff::LzwMemory memory;  // used again for every strip
+  const size_t n = support::cases(36);
   for (size_t i = 0; i < n; ++i) {
     const auto length = static_cast<size_t>(random.between(20000, 60000));
-    const Bytes strip = sampleStrip(random, length, static_cast<int64_t>(i % 4));
-    const Bytes codes = encode(strip);
+    const Bytes strip = sampleStrip(random, length, static_cast<int64_t>(i) % kKinds);
+    Bytes codes(2 * length + 16, 0xA5);
+    codes.resize(tiff::encodeLzw(strip, codes, memory));
     ASSERT_EQ(codes, reference::lzw(strip)) << "case " << i;
+    ASSERT_EQ(codes, encode(strip)) << "case " << i;
     ASSERT_EQ(reference::unpackLzw(codes, length), strip) << "case " << i;
+  }
+}
+
+// A string of one byte grows by one with every code, far past what is listed by length.
+TEST(Lzw, LongRunsOfOneByte) {
+  for (const size_t length : {1000u, 8256u, 8257u, 100000u}) {
+    Bytes strip(length, 0xFF);
+    ASSERT_EQ(encode(strip), reference::lzw(strip)) << length;
+    for (size_t at = 0; at < length; at += 97 + at / 50) strip[at] = 0;
+    ASSERT_EQ(encode(strip), reference::lzw(strip)) << length;
   }
 }
 
