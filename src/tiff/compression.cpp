@@ -4,7 +4,6 @@
 
 #include "tiff/fax_1d.h"
 #include "tiff/fax_2d.h"
-#include "tiff/lzw.h"
 #include "tiff/output.h"
 #include "tiff/packbits.h"
 
@@ -68,7 +67,7 @@ int32_t PieceWriter::writePackBitsPieces(std::span<const uint8_t> data) {
 
 // A write that took anything at all is good enough for LZW and for rows of fax codes.
 int32_t PieceWriter::writeLzw(std::span<const uint8_t> data) {
-  const uint32_t produced = encodeLzw(data, {out_.data(), out_.size()});
+  const uint32_t produced = encodeLzw(data, {out_.data(), out_.size()}, lzwMemory_);
   state_.nStripBytes += produced;
   return writeOnce(state_.hTiffFile, out_.data(), produced) < 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK;
 }

@@ -7,6 +7,7 @@
 #include "raxel/tiff.h"
 #include "tiff/collector.h"
 #include "tiff/fax_buffer.h"
+#include "tiff/lzw.h"
 
 namespace tiff {
 
@@ -17,7 +18,8 @@ constexpr uint32_t kT6 = 4;
 constexpr uint32_t kLzw = 5;
 constexpr uint32_t kPackBits = 32773;
 
-// Codes one piece after the other for the same file, and keeps one output buffer for all of them.
+// Codes one piece after the other for the same file, and keeps one output buffer and one set of
+// tables for all of them.
 class PieceWriter {
  public:
   // Rows go out through `rows`, which must belong to the state's file; whole strips and tiles do not.
@@ -38,6 +40,7 @@ class PieceWriter {
   TiffWriterState &state_;
   Collector &rows_;
   FaxBuffer out_;
+  LzwMemory lzwMemory_;
   bool hostStream_;
 };
 
