@@ -1,7 +1,7 @@
 // A 12-megapixel photo brought to 256, 16 and 2 colours, beside Leptonica and Pillow doing the like,
 // and beside the plain form of the tests on a twelfth of the picture.
 //
-//   color_bench --benchmark_enable_random_interleaving=true --benchmark_repetitions=9
+//   color_bench --benchmark_enable_random_interleaving=true --benchmark_repetitions=7
 //               --benchmark_report_aggregates_only=true
 #include <benchmark/benchmark.h>
 #include <leptonica/allheaders.h>
