@@ -26,7 +26,7 @@ uint32_t colourOfLastPixel(uint8_t byte) {
     if (!writer.reserve(room)) return false;
     for (; news != 0; news &= news - 1) {
       const auto at = static_cast<uint32_t>(std::countr_zero(news));
-      const uint32_t colour = colourOfLastPixel(chunk[ptrdiff_t{at} - 1]);
+      const uint32_t colour = colourOfLastPixel((chunk + at)[-1]);
       const ByteStep &step = kByteSteps[colour][chunk[at]];
       run += 8 * (at - done) + step.lead;
       const auto &codes = kRunCodes[colour];
@@ -58,7 +58,7 @@ uint8_t withoutPadding(uint8_t byte, uint32_t width) {
 }  // namespace
 
 uint32_t encodeFaxRow(std::span<const uint8_t> row, uint32_t width, uint32_t compression, FaxBuffer &out) {
-  const uint64_t rowBytes = (uint64_t{width} + 7) / 8;
+  const size_t rowBytes = width / 8 + (width % 8 != 0 ? 1 : 0);
   if (width == 0 || row.size() < rowBytes) return 0;
   FaxWriter writer(out);
   uint32_t run = 0;
@@ -70,7 +70,7 @@ uint32_t encodeFaxRow(std::span<const uint8_t> row, uint32_t width, uint32_t com
     const uint8_t *chunk = row.data() + at;
     const bool isLast = at + kNewsChunk >= rowBytes;
     if (at == 0 || isLast) {
-      const size_t n = isLast ? static_cast<size_t>(rowBytes) - at : kNewsChunk;
+      const size_t n = isLast ? rowBytes - at : kNewsChunk;
       if (at != 0) copy[0] = row[at - 1];
       std::copy_n(chunk, n, copy + 1);
       if (isLast) {

@@ -104,8 +104,9 @@ bool codeWithLists(Stream &stream, StringLists &lists, const uint8_t *last) {
 [[gnu::always_inline]] inline void takeRun(Stream &s, const RunStrings &runs, const uint8_t *last) {
   const uint32_t byte = s.prefix;
   const uint32_t known = runs.length[byte] - 1u;  // bytes that may follow the prefix
-  if (known < 8 || last - s.at < 8) return;
-  uint32_t n = countLike(s.at, static_cast<uint32_t>(std::min<ptrdiff_t>(known, last - s.at)), byte);
+  const auto left = static_cast<size_t>(last - s.at);
+  if (known < 8 || left < 8) return;
+  uint32_t n = countLike(s.at, static_cast<uint32_t>(std::min<size_t>(known, left)), byte);
   if (n == known) {
     s.prefix = runs.longest[byte];
   } else {
