@@ -1,0 +1,98 @@
+#include "check/directory.h"
+
+#include <gtest/gtest.h>
+
+#include "support/random.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+void put16(Bytes &out, unsigned v, bool little) {
+  out.push_back(static_cast<uint8_t>(little ? v : v >> 8));
+  out.push_back(static_cast<uint8_t>(little ? v >> 8 : v));
+}
+void put32(Bytes &out, uint32_t v, bool little) {
+  put16(out, little ? v & 0xFFFF : v >> 16, little);
+  put16(out, little ? v >> 16 : v & 0xFFFF, little);
+}
+
+// Width 7, one strip at 74 of 3 bytes, a resolution of 3/2 at 66.
+Bytes sample(bool little) {
+  Bytes file{static_cast<uint8_t>(little ? 'I' : 'M'), static_cast<uint8_t>(little ? 'I' : 'M')};
+  put16(file, 42, little);
+  put32(file, 8, little);
+  put16(file, 4, little);
+  const auto entry = [&](unsigned tag, unsigned type, uint32_t count, uint32_t value) {
+    put16(file, tag, little);
+    put16(file, type, little);
+    put32(file, count, little);
+    if (type == 3) {
+      put16(file, value, little);
+      put16(file, 0, little);
+    } else {
+      put32(file, value, little);
+    }
+  };
+  entry(256, 3, 1, 7);
+  entry(273, 4, 1, 74);
+  entry(279, 4, 1, 3);
+  entry(282, 5, 1, 66);
+  put32(file, 0, little);
+  file.resize(66);
+  put32(file, 3, little);
+  put32(file, 2, little);
+  file.insert(file.end(), {1, 2, 3});
+  return file;
+}
+
+}  // namespace
+
+TEST(Directory, ReadsBothByteOrders) {
+  for (bool little : {true, false}) {
+    const host::Directory d = host::readDirectory(sample(little));
+    EXPECT_EQ(d.littleEndian, little);
+    ASSERT_EQ(d.entries.size(), 4u);
+    EXPECT_EQ(d.value(256, 0), 7);
+    EXPECT_EQ(d.value(273, 0), 74);
+    EXPECT_EQ(d.value(282, 0), 1.5);
+    EXPECT_EQ(d.value(999, -1), -1);
+    EXPECT_TRUE(d.faults.empty());
+  }
+}
+
+TEST(Directory, NamesFaults) {
+  const auto faultsOf = [](const Bytes &file) {
+    std::string all;
+    for (const std::string &fault : host::readDirectory(file).faults) all += fault + ";";
+    return all;
+  };
+  EXPECT_EQ(faultsOf({}), "it is no TIFF file;");
+  EXPECT_EQ(faultsOf({'I', 'I', 43, 0, 8, 0, 0, 0}), "it is a BigTIFF file;");
+  Bytes file = sample(true);
+  file[22] = 0xFF;  // the offset's tag becomes 511
+  EXPECT_EQ(faultsOf(file), "StripByteCounts stands after tag 511, and tags should ascend;");
+  file = sample(true);
+  file.pop_back();
+  EXPECT_EQ(faultsOf(file), "strip 1 reaches beyond the end of the file;");
+  file = sample(true);
+  file[42] = 0;  // byte count
+  EXPECT_EQ(faultsOf(file), "strip 1 is empty or has no place;");
+  file = sample(true);
+  file[54] = 200;  // the resolution's place
+  EXPECT_EQ(faultsOf(file), "XResolution has values beyond the end of the file;");
+  file = sample(true);
+  file[4] = 250;
+  EXPECT_EQ(faultsOf(file), "its directory lies beyond the end of the file;");
+}
+
+TEST(Directory, AnyBytesAreReadWithoutHarm) {
+  support::Random random(11);
+  for (int round = 0; round < 3000; ++round) {
+    Bytes file = sample(random.chance(50));
+    const auto changes = random.between(1, 6);
+    for (int i = 0; i < changes; ++i) file[static_cast<size_t>(random.between(4, 76))] = random.byte();
+    file.resize(static_cast<size_t>(random.between(0, 77)));
+    host::readDirectory(file);
+  }
+}

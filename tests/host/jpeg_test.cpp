@@ -1,0 +1,176 @@
+// clang-format off
+#include <cstddef>
+#include <cstdio>
+#include <jpeglib.h>
+// clang-format on
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "pictures/picture.h"
+
+namespace {
+
+using host::Picture;
+using Bytes = std::vector<uint8_t>;
+
+struct Jpeg {
+  uint32_t width, height;
+  int channels;
+  J_COLOR_SPACE space;
+  Bytes rows;
+  int dpi = 0;
+  Bytes exif{};
+};
+
+Bytes encode(const Jpeg &jpeg) {
+  jpeg_compress_struct info;
+  jpeg_error_mgr errors;
+  info.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&info);
+  unsigned char *buffer = nullptr;
+  unsigned long size = 0;
+  jpeg_mem_dest(&info, &buffer, &size);
+  info.image_width = jpeg.width;
+  info.image_height = jpeg.height;
+  info.input_components = jpeg.channels;
+  info.in_color_space = jpeg.space;
+  jpeg_set_defaults(&info);
+  jpeg_set_quality(&info, 100, TRUE);
+  if (jpeg.dpi) {
+    info.density_unit = 1;
+    info.X_density = info.Y_density = static_cast<UINT16>(jpeg.dpi);
+  }
+  jpeg_start_compress(&info, TRUE);
+  if (!jpeg.exif.empty()) {
+    jpeg_write_marker(&info, JPEG_APP0 + 1, jpeg.exif.data(), static_cast<unsigned>(jpeg.exif.size()));
+  }
+  Bytes rows = jpeg.rows;
+  while (info.next_scanline < info.image_height) {
+    JSAMPROW row =
+        rows.data() + size_t{jpeg.width} * static_cast<size_t>(jpeg.channels) * info.next_scanline;
+    jpeg_write_scanlines(&info, &row, 1);
+  }
+  jpeg_finish_compress(&info);
+  jpeg_destroy_compress(&info);
+  const Bytes file(buffer, buffer + size);
+  std::free(buffer);
+  return file;
+}
+
+// An Exif block that says nothing but an orientation, in either byte order.
+Bytes exifOf(uint8_t orientation, bool little) {
+  Bytes block{'E', 'x', 'i', 'f', 0, 0};
+  const Bytes tiff = little ? Bytes{'I', 'I', 42, 0, 8, 0,           0, 0, 1, 0, 0x12, 1, 3,
+                                    0,   1,   0,  0, 0, orientation, 0, 0, 0, 0, 0,    0, 0}
+                            : Bytes{'M', 'M', 0, 42, 0, 0, 0,           8, 0, 1, 1, 0x12, 0,
+                                    3,   0,   0, 0,  1, 0, orientation, 0, 0, 0, 0, 0,    0};
+  block.insert(block.end(), tiff.begin(), tiff.end());
+  return block;
+}
+
+// 16 by 8 greys, darkening from left to right in the upper half only.
+Jpeg greyPicture() {
+  Jpeg jpeg{16, 8, 1, JCS_GRAYSCALE, Bytes(16 * 8, 200)};
+  for (size_t y = 0; y < 4; ++y) {
+    for (size_t x = 0; x < 16; ++x) jpeg.rows[16 * y + x] = static_cast<uint8_t>(200 - 10 * x);
+  }
+  return jpeg;
+}
+
+}  // namespace
+
+TEST(Jpeg, GreyStaysGreyAndKnowsItsResolution) {
+  Jpeg jpeg = greyPicture();
+  jpeg.dpi = 150;
+  Picture picture;
+  host::readJpeg(encode(jpeg), picture);
+  EXPECT_EQ(picture.view.bits, 8u);
+  EXPECT_EQ(picture.view.width, 16u);
+  EXPECT_EQ(picture.dpiX, 150);
+  for (size_t i = 0; i < jpeg.rows.size(); ++i) EXPECT_NEAR(picture.view.rows[i], jpeg.rows[i], 3);
+}
+
+TEST(Jpeg, ColoursComeAsRedGreenBlue) {
+  Bytes rows;
+  for (int i = 0; i < 64; ++i) rows.insert(rows.end(), {220, 120, 20});
+  Picture picture;
+  host::readJpeg(encode({8, 8, 3, JCS_RGB, rows}), picture);
+  EXPECT_EQ(picture.view.bits, 24u);
+  EXPECT_NEAR(picture.view.rows[0], 220, 4);
+  EXPECT_NEAR(picture.view.rows[1], 120, 4);
+  EXPECT_NEAR(picture.view.rows[2], 20, 4);
+}
+
+// Adobe's files store 255 - ink: full cyan ink is 0, and paper stays where the other inks are 255.
+TEST(Jpeg, InksBecomeColoursOnPaper) {
+  Bytes rows;
+  for (int i = 0; i < 64; ++i) rows.insert(rows.end(), {0, 255, 255, 255});
+  Picture picture;
+  host::readJpeg(encode({8, 8, 4, JCS_CMYK, rows}), picture);
+  EXPECT_EQ(picture.view.bits, 24u);
+  EXPECT_NEAR(picture.view.rows[0], 0, 4);
+  EXPECT_NEAR(picture.view.rows[1], 255, 4);
+  EXPECT_NEAR(picture.view.rows[2], 255, 4);
+}
+
+TEST(Jpeg, ExifTurnsThePictureUpright) {
+  for (bool little : {true, false}) {
+    Jpeg jpeg = greyPicture();
+    jpeg.exif = exifOf(6, little);
+    Picture picture;
+    host::readJpeg(encode(jpeg), picture);
+    ASSERT_EQ(picture.view.width, 8u);
+    ASSERT_EQ(picture.view.height, 16u);
+    // Turned clockwise: the stored left edge is on top, the stored upper half on the right.
+    EXPECT_NEAR(picture.view.rows[7], 200, 5);
+    EXPECT_NEAR(picture.view.rows[8 * 15 + 7], 50, 5);
+    EXPECT_NEAR(picture.view.rows[8 * 15], 200, 5);
+  }
+}
+
+TEST(Jpeg, DamagedExifIsIgnored) {
+  const Bytes whole = exifOf(6, true);
+  for (size_t length = 0; length < whole.size(); ++length) {
+    Jpeg jpeg = greyPicture();
+    jpeg.exif = Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length));
+    Picture picture;
+    host::readJpeg(encode(jpeg), picture);
+    if (length < 28) {
+      EXPECT_EQ(picture.view.width, 16u) << length;
+    }
+  }
+  for (size_t at = 0; at < whole.size(); ++at) {
+    for (uint8_t value : {uint8_t{0}, uint8_t{0xFF}, uint8_t{9}}) {
+      Jpeg jpeg = greyPicture();
+      jpeg.exif = whole;
+      jpeg.exif[at] = value;
+      Picture picture;
+      host::readJpeg(encode(jpeg), picture);
+      EXPECT_EQ(picture.view.width * picture.view.height, 128u);
+    }
+  }
+}
+
+TEST(Jpeg, TruncatedPicturesAreRefused) {
+  const Bytes file = encode(greyPicture());
+  for (size_t length = 0; length + 4 < file.size(); ++length) {
+    const Bytes part(file.begin(), file.begin() + static_cast<ptrdiff_t>(length));
+    Picture picture;
+    EXPECT_THROW(host::readJpeg(part, picture), host::Unreadable) << length << " of " << file.size();
+  }
+}
+
+TEST(Jpeg, DamagedBytesAreReadOrRefused) {
+  const Bytes file = encode(greyPicture());
+  for (size_t at = 0; at < file.size(); ++at) {
+    Bytes damaged = file;
+    damaged[at] ^= 0x55;
+    Picture picture;
+    try {
+      host::readJpeg(damaged, picture);
+    } catch (const host::Unreadable &) {
+    }
+  }
+}

@@ -1,0 +1,131 @@
+#include "options.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+
+#include "option_table.h"
+
+namespace {
+
+using host::Options;
+
+Options parse(std::initializer_list<const char *> words) {
+  std::vector<char *> argv{const_cast<char *>("raxel-export")};
+  for (const char *word : words) argv.push_back(const_cast<char *>(word));
+  return host::parseOptions(static_cast<int>(argv.size()), argv.data());
+}
+
+std::string errorOf(std::initializer_list<const char *> words) {
+  try {
+    parse(words);
+  } catch (const host::Failure &failure) {
+    EXPECT_EQ(failure.code(), host::kUsage);
+    return failure.what();
+  }
+  return "";
+}
+
+}  // namespace
+
+TEST(Options, TheLastFileIsTheOutput) {
+  const Options o = parse({"in.png", "out.tif"});
+  EXPECT_EQ(o.inputs, (std::vector<std::string>{"in.png"}));
+  EXPECT_EQ(o.outputs, (std::vector<std::string>{"out.tif"}));
+  EXPECT_FALSE(o.mode || o.compression || o.dpi || o.size || o.layout || o.treatment);
+}
+
+TEST(Options, OutputAndStandardStreamsCanBeNamed) {
+  const Options o = parse({"-o", "-", "-"});
+  EXPECT_EQ(o.inputs.front(), "-");
+  EXPECT_EQ(o.outputs.front(), "-");
+  EXPECT_EQ(parse({"-", "out.tif"}).inputs.front(), "-");
+}
+
+TEST(Options, AFolderGetsEveryInputUnderItsOwnName) {
+  const Options o = parse({"-d", "to", "-j", "3", "a/x.png", "y.tar.gz", "z", ".hidden"});
+  EXPECT_EQ(o.outputs,
+            (std::vector<std::string>{"to/x.tif", "to/y.tar.tif", "to/z.tif", "to/.hidden.tif"}));
+  EXPECT_EQ(o.jobs, 3u);
+  EXPECT_EQ(errorOf({"-d", "to", "a/x.png", "b/x.jpg"}), "two inputs would be written to to/x.tif");
+  EXPECT_EQ(errorOf({"-d", "to", "-"}), "standard input has no name to use with -d; give -o");
+}
+
+TEST(Options, SeveralInputsNeedAFolder) {
+  EXPECT_EQ(errorOf({"a.png", "b.png", "c.tif"}), "several inputs go into a folder: give -d DIR");
+  EXPECT_EQ(errorOf({}), "no input given");
+  EXPECT_EQ(errorOf({"a.png"}), "no output given");
+  EXPECT_EQ(parse({"--dry-run", "a.png"}).outputs.front(), "");
+}
+
+TEST(Options, UnderstandsOtherNamesOfModesAndCompressions) {
+  const Options o = parse({"-m", "bw", "-c", "CCITTFax4", "a", "b"});
+  EXPECT_EQ(o.mode, RAXEL_MODE_BILEVEL);
+  EXPECT_EQ(o.compression, RAXEL_COMPRESS_T6);
+  EXPECT_TRUE(parse({"--mode", "auto", "a", "b"}).autoMode);
+  EXPECT_EQ(errorOf({"-c", "zip", "a", "b"}),
+            "--compress zip: is none of none packbits huffman lzw t4 t6; see --list");
+}
+
+TEST(Options, ReadsResolutions) {
+  EXPECT_EQ(parse({"--dpi", "300", "a", "b"}).dpi, (std::array{300, 300}));
+  EXPECT_EQ(parse({"--dpi=200x100", "a", "b"}).dpi, (std::array{200, 100}));
+  for (const char *bad : {"31", "401", "x", "300x", "300x31", "3e2", "-96", "96.5", ""}) {
+    EXPECT_EQ(errorOf({"--dpi", bad, "a", "b"}),
+              std::string("--dpi ") + bad + ": give 32 to 400, as 300 or 200x100");
+  }
+}
+
+TEST(Options, ReadsSizes) {
+  const auto size = [](const char *text) { return *parse({"--size", text, "a", "b"}).size; };
+  EXPECT_EQ(size("6x4").x, 6);
+  EXPECT_EQ(size("6x4in").y, 4);
+  EXPECT_DOUBLE_EQ(size("25.4x50.8mm").y, 2);
+  EXPECT_DOUBLE_EQ(size("5.08x2.54cm").x, 2);
+  EXPECT_TRUE(size("800x600px").pixels);
+  EXPECT_EQ(size("x3").x, 0);
+  EXPECT_EQ(size("x3").y, 3);
+  EXPECT_EQ(size("7").x, 7);
+  for (const char *bad : {"", "x", "0x0", "axb", "6x4ft", "6x4x2", "-6x4", "1e9x1", "nanx1"}) {
+    EXPECT_NE(errorOf({"--size", bad, "a", "b"}), "") << bad;
+  }
+}
+
+TEST(Options, ReadsColoursAndEscapes) {
+  EXPECT_EQ(parse({"--background", "#1080fF", "a", "b"}).background,
+            (std::array<uint8_t, 3>{16, 128, 255}));
+  for (const char *bad : {"red", "#12345", "#1234567", "#12345g", "#-12345"}) {
+    EXPECT_NE(errorOf({"--background", bad, "a", "b"}), "") << bad;
+  }
+  const Options o = parse({"--set", "10=153", "--set", "13=2.5", "a", "b"});
+  ASSERT_EQ(o.set.size(), 2u);
+  EXPECT_EQ(o.set[1].number, 13);
+  EXPECT_EQ(o.set[1].value, "2.5");
+  EXPECT_NE(errorOf({"--set", "10", "a", "b"}), "");
+  EXPECT_NE(errorOf({"--set", "x=1", "a", "b"}), "");
+}
+
+TEST(Options, RefusesWhatDoesNotGoTogether) {
+  EXPECT_EQ(errorOf({"--save", "a", "b"}), "--save needs --profile");
+  EXPECT_EQ(errorOf({"--section", "s", "a", "b"}), "--section needs --profile");
+  EXPECT_EQ(errorOf({"-q", "-v", "a", "b"}), "--quiet and --verbose exclude each other");
+  EXPECT_EQ(errorOf({"-f", "-n", "a", "b"}), "--force and --no-clobber exclude each other");
+  EXPECT_EQ(errorOf({"-o", "x", "-d", "y", "a"}), "-o and -d exclude each other");
+  EXPECT_NE(errorOf({"--as-is", "--verify", "a", "b"}), "");
+  EXPECT_NE(errorOf({"--as-is", "--via", "driver", "a", "b"}), "");
+  EXPECT_NE(errorOf({"-j", "0", "-d", "x", "a"}), "");
+  EXPECT_NE(errorOf({"--bogus", "a", "b"}), "");
+  EXPECT_NE(errorOf({"a", "--mode"}), "");
+}
+
+TEST(Options, EveryRowOfTheTableIsAnOption) {
+  for (const host::OptionRow &row : host::kOptions) {
+    EXPECT_FALSE(row.help.empty());
+    EXPECT_NE(row.help.back(), '.') << row.longName;
+    EXPECT_EQ(row.completes == host::Completes::kChoices, !row.choices.empty()) << row.longName;
+    // Without its argument an option is an error that is not "unknown".
+    const std::string name = "--" + std::string(row.longName);
+    const std::string error = errorOf({name.c_str()});
+    EXPECT_EQ(error.find("not expected"), std::string::npos) << error;
+  }
+}

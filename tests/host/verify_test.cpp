@@ -1,0 +1,86 @@
+#include "check/verify.h"
+
+#include <gtest/gtest.h>
+
+#include "failure.h"
+#include "host/pictures.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+void put(Bytes &out, uint32_t value, int bytes) {
+  for (int i = 0; i < bytes; ++i) out.push_back(static_cast<uint8_t>(value >> 8 * i));
+}
+
+// A bilevel TIFF of one uncompressed strip, written out by hand.
+Bytes bilevelFile(uint32_t width, uint32_t height, uint32_t dpi, const Bytes &rows) {
+  Bytes file{'I', 'I', 42, 0, 8, 0, 0, 0};
+  const uint32_t entries = 11, after = 10 + 12 * entries + 4;
+  put(file, entries, 2);
+  const auto entry = [&](uint32_t tag, uint32_t type, uint32_t value) {
+    put(file, tag, 2);
+    put(file, type, 2);
+    put(file, 1, 4);
+    put(file, value, 4);
+  };
+  entry(256, 3, width);
+  entry(257, 3, height);
+  entry(258, 3, 1);
+  entry(259, 3, 1);
+  entry(262, 3, 1);
+  entry(273, 4, after + 16);
+  entry(277, 3, 1);
+  entry(278, 4, height);
+  entry(279, 4, static_cast<uint32_t>(rows.size()));
+  entry(282, 5, after);
+  entry(283, 5, after + 8);
+  put(file, 0, 4);
+  for (int i = 0; i < 2; ++i) {
+    put(file, dpi, 4);
+    put(file, 1, 4);
+  }
+  file.insert(file.end(), rows.begin(), rows.end());
+  return file;
+}
+
+struct Case {
+  host_test::TestPicture picture{10, 2, 1};
+  host_test::Prepared made;
+  Case() {
+    picture.setIndex(3, 0, 1);
+    picture.setIndex(9, 1, 1);
+    made = host_test::prepared(picture, host_test::request(RAXEL_MODE_BILEVEL));
+  }
+  std::string errorOf(const Bytes &file) const {
+    try {
+      host::Meant(made.plan, made.pixels.data(), made.table.data()).compare(file, "x.tif");
+    } catch (const host::Failure &failure) {
+      EXPECT_EQ(failure.code(), host::kNoWrite);
+      return failure.what();
+    }
+    return "";
+  }
+};
+
+}  // namespace
+
+TEST(Verify, AcceptsThePictureThatWasMeant) {
+  EXPECT_EQ(Case().errorOf(bilevelFile(10, 2, 96, {0x10, 0x00, 0x00, 0x40})), "");
+}
+
+TEST(Verify, NamesTheFirstDifference) {
+  const Case c;
+  EXPECT_EQ(c.errorOf(bilevelFile(10, 2, 96, {0x10, 0x00, 0x01, 0x40})),
+            "x.tif: the check failed: row 1 differs from column 0 on; the file is not kept");
+  EXPECT_EQ(c.errorOf(bilevelFile(10, 2, 96, {0x10, 0x40, 0x00, 0x40})),
+            "x.tif: the check failed: row 0 differs from column 8 on; the file is not kept");
+  EXPECT_NE(c.errorOf(bilevelFile(10, 2, 72, {0x10, 0x00, 0x00, 0x40})), "");
+  EXPECT_NE(c.errorOf(bilevelFile(11, 2, 96, {0x10, 0x00, 0x00, 0x40})), "");
+  EXPECT_NE(c.errorOf(bilevelFile(10, 3, 96, {0x10, 0x00, 0x00, 0x40, 0, 0})), "");
+  EXPECT_NE(c.errorOf({1, 2, 3}), "");
+}
+
+TEST(Verify, BitsBeyondTheWidthDoNotCount) {
+  EXPECT_EQ(Case().errorOf(bilevelFile(10, 2, 96, {0x10, 0x3F, 0x00, 0x55})), "");
+}
