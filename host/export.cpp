@@ -100,8 +100,12 @@ uint32_t send(const Library &library, const Options &options, Setup &setup, cons
   switch (options.via) {
     case Via::kDriver:
       return static_cast<uint32_t>(exportThroughDriver(library, setup, plan, picture, stream));
-    case Via::kMetafile:
-      return static_cast<uint32_t>(exportThroughMetafile(library, setup, stream));
+    case Via::kMetafile: {
+      const auto code = static_cast<uint32_t>(exportThroughMetafile(library, setup, stream));
+      if (code != RAXEL_NO_MEMORY) return code;
+      throw Failure(kLibrary,
+                    library.path + ": records no metafiles on this platform (code 300); use --via cell");
+    }
     default:
       return exportCells(library, setup, picture, "output", stream);
   }

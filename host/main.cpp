@@ -1,5 +1,6 @@
 // raxel-export: writes pictures as TIFF files through the raxel export filter.
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 #include "batch.h"
@@ -7,7 +8,7 @@
 #include "failure.h"
 #include "help.h"
 #include "options.h"
-#include "raxel/filter.h"
+#include "report.h"
 #include "stop.h"
 
 namespace {
@@ -19,11 +20,13 @@ int print(const std::string &text) {
 }
 
 int run(const host::Options &options) {
+  constexpr const char *kVersion = "2.0.5";
   switch (options.command) {
     case host::Command::kHelp:
       return print(host::helpText());
     case host::Command::kVersion:
-      return print("raxel-export for raxel.so version 2.0.5\n");
+      return print(options.json ? host::versionJson(kVersion)
+                                : std::string("raxel-export for raxel.so version ") + kVersion + "\n");
     case host::Command::kList:
       return print(options.json ? host::listJson() : host::listText());
     case host::Command::kInspect:
@@ -34,6 +37,20 @@ int run(const host::Options &options) {
   return host::kUsage;
 }
 
+// The command line may be the very thing that is wrong, so it is looked at word by word.
+bool wantsJson(int argc, char **argv) {
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--json") == 0) return true;
+  }
+  return false;
+}
+
+int fail(int argc, char **argv, int code, const std::string &message) {
+  std::fprintf(stderr, "raxel-export: %s\n", message.c_str());
+  if (wantsJson(argc, argv)) std::fputs(host::errorJson(code, message).c_str(), stdout);
+  return code;
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -41,13 +58,10 @@ int main(int argc, char **argv) {
     host::stop::install();
     return run(host::parseOptions(argc, argv));
   } catch (const host::Failure &failure) {
-    std::fprintf(stderr, "raxel-export: %s\n", failure.what());
-    return failure.code();
+    return fail(argc, argv, failure.code(), failure.what());
   } catch (const std::bad_alloc &) {
-    std::fprintf(stderr, "raxel-export: there is not enough memory\n");
-    return host::kLibrary;
+    return fail(argc, argv, host::kLibrary, "there is not enough memory");
   } catch (const std::exception &error) {
-    std::fprintf(stderr, "raxel-export: %s\n", error.what());
-    return host::kLibrary;
+    return fail(argc, argv, host::kLibrary, error.what());
   }
 }

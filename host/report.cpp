@@ -92,4 +92,14 @@ std::string toJsonDocument(const std::vector<std::string> &reports, int exit) {
   return all + "\n]}\n";
 }
 
+std::string errorJson(int exit, const std::string &message) {
+  return Json{{"command", "none"}, {"exit", exit}, {"error", message}}.dump(
+             -1, ' ', false, Json::error_handler_t::replace) +
+         "\n";
+}
+
+std::string versionJson(const std::string &version) {
+  return Json{{"command", "version"}, {"exit", 0}, {"version", version}}.dump() + "\n";
+}
+
 }  // namespace host

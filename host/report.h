@@ -41,4 +41,8 @@ std::string toJson(const Report &report);
 // The document around the objects of an export.
 std::string toJsonDocument(const std::vector<std::string> &reports, int exit);
 
+// The documents of a command that failed before it began, and of --version.
+std::string errorJson(int exit, const std::string &message);
+std::string versionJson(const std::string &version);
+
 }  // namespace host

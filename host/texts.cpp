@@ -15,6 +15,13 @@ std::string escaped(std::string_view text, std::string_view characters) {
   return out;
 }
 
+// Inside single quotes of a Bourne shell a quote is written by leaving them.
+std::string quoted(const std::string &text) {
+  std::string out;
+  for (char c : text) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return out;
+}
+
 std::string longName(const OptionRow &row) {
   return "--" + std::string(row.longName);
 }
@@ -81,9 +88,9 @@ std::string zshCompletion() {
       "#compdef raxel-export\n_arguments -s \\\n  '(-h --help)'{-h,--help}'[Print this help and stop]' "
       "\\\n";
   for (const OptionRow &row : kOptions) {
-    const std::string help = "[" + escaped(row.help, "[]:'\\") + "]";
+    const std::string help = "[" + quoted(escaped(row.help, "[]:\\")) + "]";
     const std::string value =
-        row.argument.empty() ? "" : ":" + escaped(row.argument, "[]:'\\") + ":" + zshAction(row);
+        row.argument.empty() ? "" : ":" + escaped(row.argument, "[]:\\") + ":" + zshAction(row);
     const std::string repeat = row.id == OptionId::kSet ? "*" : "";
     if (row.shortName) {
       out += "  '(" + shortName(row) + " " + longName(row) + ")'{" + shortName(row) + "," + longName(row) +

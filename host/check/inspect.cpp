@@ -65,6 +65,12 @@ void printPieces(const Directory &directory) {
 
 void print(const Inspection &seen) {
   const Directory &d = seen.directory;
+  if (d.entries.empty()) {
+    for (const std::string &fault : d.faults) {
+      std::fprintf(stderr, "raxel-export: %s: %s\n", seen.name.c_str(), fault.c_str());
+    }
+    return;
+  }
   std::printf("%s: %llu bytes, %s-endian\n", seen.name.c_str(), static_cast<unsigned long long>(seen.bytes),
               d.littleEndian ? "little" : "big");
   std::printf("Directory at %u, %zu entries:\n", d.offset, d.entries.size());
@@ -88,7 +94,12 @@ Json jsonOf(const Inspection &seen) {
     if (entry.type == 2) {
       json["text"] = entry.text;
     } else {
-      json["values"] = entry.values;
+      // Whole numbers are shown as such.
+      json["values"] = Json::array();
+      for (double value : entry.values) {
+        const bool whole = value == std::floor(value);
+        json["values"].push_back(whole ? Json(static_cast<int64_t>(value)) : Json(value));
+      }
     }
     entries.push_back(json);
   }

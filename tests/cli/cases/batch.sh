@@ -1,0 +1,11 @@
+# Several inputs into a folder: one that fails does not keep the others from being written.
+mkdir to
+cp "$SAMPLES/chart4.png" "$SAMPLES/chart8.png" "$SAMPLES/ramp.png" .
+echo broken >broken.png
+for jobs in 1 3; do
+  code raxel-export -j $jobs -c lzw -d to chart4.png broken.png chart8.png ramp.png
+  ls -A to
+  rm to/*
+done
+raxel-export -j 2 --json -d to chart4.png broken.png | sed 's/"seconds":{[^}]*}/"seconds":{}/'
+code raxel-export -d missing chart4.png ramp.png

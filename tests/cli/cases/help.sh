@@ -1,0 +1,2 @@
+raxel-export --help
+raxel-export -h | head -3

@@ -1,0 +1,20 @@
+# Inputs that are none: exit 66, and nothing is written.
+code raxel-export missing.png out.tif
+mkdir folder
+code raxel-export folder out.tif
+: >empty.png
+code raxel-export empty.png out.tif
+echo 'hello, this is no picture' >text.txt
+code raxel-export text.txt out.tif
+echo '%PDF-1.7' >drawing.pdf
+code raxel-export drawing.pdf out.tif
+head -c 5000 "$SAMPLES/photo.png" >cut.png
+code raxel-export cut.png out.tif
+printf 'P6\n70000 2\n255\n' >wide.ppm
+head -c 420000 /dev/zero >>wide.ppm
+code raxel-export wide.ppm out.tif
+printf 'P4\n8 65535\n' >tall.pbm
+head -c 65535 /dev/zero >>tall.pbm
+code raxel-export tall.pbm out.tif
+ls *.tif 2>/dev/null
+code raxel-export --size x600px tall.pbm out.tif

@@ -1,0 +1,12 @@
+# Libraries that will not do: exit 70, and a message that names what is wrong.
+in=$SAMPLES/chart4.png
+code raxel-export --library missing.so "$in" out.tif
+echo 'no library' >text.so
+code raxel-export --library text.so "$in" out.tif
+code raxel-export --library "$FAKES/libother_version.so" "$in" out.tif
+code raxel-export --library "$FAKES/libno_entry.so" "$in" out.tif
+code raxel-export --library "$FAKES/libno_row.so" "$in" out.tif
+code raxel-export --library /usr/lib/x86_64-linux-gnu/libz.so.1 "$in" out.tif
+cp "$(command -v raxel-export)" alone
+code ./alone "$in" out.tif
+ls

@@ -1,0 +1,3 @@
+raxel-export --list
+raxel-export --list --json
+raxel-export --version

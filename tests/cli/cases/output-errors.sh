@@ -1,0 +1,11 @@
+# Outputs that cannot be created (73) or written (74).
+code raxel-export "$SAMPLES/chart4.png" missing/out.tif
+mkdir folder
+code raxel-export "$SAMPLES/chart4.png" folder
+echo old >kept.tif
+code raxel-export --no-clobber "$SAMPLES/chart4.png" kept.tif
+cat kept.tif
+code raxel-export "$SAMPLES/chart4.png" /dev/full
+(ulimit -f 30; code raxel-export "$SAMPLES/chart4.png" kept.tif)
+cat kept.tif
+ls -A

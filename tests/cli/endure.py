@@ -1,0 +1,186 @@
+#!/usr/bin/python3
+"""Kills the command at random instants, interrupts it, and lets the disk run full: the old file must stay.
+
+    endure.py --build FOLDER --source FOLDER
+"""
+
+import argparse
+import os
+import random
+import resource
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+KILLS = 200
+STEP = 4096
+SIZE = 1 << 20  # of the file that the full disk is tried on
+
+
+class Endurance:
+    def __init__(self, program, source, folder):
+        self.program = program
+        self.sample = os.path.join(source, "samples/photo.png")
+        self.folder = folder
+        self.target = os.path.join(folder, "out.tif")
+        self.old = random.Random(1).randbytes(5000)
+        self.failed = self.passed = 0
+        # A grey picture whose file has 1 MB.
+        self.grey = os.path.join(folder, "grey.pgm")
+        with open(self.grey, "wb") as out:
+            out.write(b"P5\n1024 1024\n255\n" + random.Random(2).randbytes(SIZE))
+
+    def check(self, what, fine):
+        if fine:
+            self.passed += 1
+        else:
+            self.failed += 1
+            print("FAILED", what)
+
+    def put_old(self):
+        with open(self.target, "wb") as out:
+            out.write(self.old)
+
+    def content(self):
+        with open(self.target, "rb") as file:
+            return file.read()
+
+    def strays(self):
+        return [name for name in os.listdir(self.folder) if ".raxel-" in name]
+
+    def start(self, *arguments, **how):
+        return subprocess.Popen([self.program, "-q", *arguments], stderr=subprocess.DEVNULL, **how)
+
+    def kills(self):
+        """kill -9 at random instants of an export and a little beyond."""
+        arguments = [self.sample, self.target, "-c", "lzw"]
+        times = []
+        for _ in range(5):
+            begin = time.monotonic()
+            self.start(*arguments).wait()
+            times.append(time.monotonic() - begin)
+        whole = self.content()
+        longest = sorted(times)[2] * 1.2
+        rng = random.Random(3)
+        left_behind = replaced = 0
+        for _ in range(KILLS):
+            self.put_old()
+            process = self.start(*arguments)
+            time.sleep(rng.uniform(0, longest))
+            process.send_signal(signal.SIGKILL)
+            process.wait()
+            seen = self.content()
+            left_behind += bool(self.strays())
+            replaced += seen == whole
+            self.check("kill: the file is neither the old nor the new one", seen in (self.old, whole))
+        self.start(*arguments).wait()
+        self.check(f"kill: {self.strays()} after the next run", not self.strays() and self.content() == whole)
+        return f"{KILLS} kills: {left_behind} left a temporary, {replaced} came too late"
+
+    def interrupts(self):
+        """Ctrl-C ends an export within 100 ms and leaves nothing behind."""
+        big = os.path.join(self.folder, "big.ppm")
+        with open(big, "wb") as out:
+            out.write(b"P6\n3000 2000\n255\n" + random.Random(4).randbytes(3000) * 6000)
+        slowest = 0
+        for number, delay in enumerate((0.01, 0.02, 0.04, 0.06, 0.08, 0.1, 0.15, 0.2, 0.25, 0.3)):
+            self.put_old()
+            process = self.start(big, self.target, "-m", "color256" if number % 2 else "rgb", "-c", "lzw",
+                                 preexec_fn=lambda: signal.signal(signal.SIGINT, signal.default_int_handler))
+            time.sleep(delay)
+            if process.poll() is not None:
+                continue
+            process.send_signal(signal.SIGINT)
+            begin = time.monotonic()
+            code = process.wait()
+            slowest = max(slowest, time.monotonic() - begin)
+            # It may have come before the handlers were there, or after all was done.
+            self.check(f"interrupt: exit code {code}", code in (130, -signal.SIGINT, 0))
+            self.check("interrupt: the old file is gone", code == 0 or self.content() == self.old)
+            self.check("interrupt: a temporary is left", not self.strays())
+        self.check(f"interrupt: took {slowest:.3f} s", slowest < 0.1 * patience())
+        os.unlink(big)
+        return f"interrupts took at most {slowest * 1000:.0f} ms"
+
+    def limits(self):
+        """A limit on file sizes, at every 4 KiB of a file of 1 MB."""
+        arguments = [self.grey, self.target]
+        full = 0
+        for limit in range(0, SIZE + 3 * STEP, STEP):
+            self.put_old()
+            process = self.start(*arguments, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+            code = process.wait()
+            full += code == 74
+            self.check(f"limit {limit}: exit code {code}", code == (74 if limit < SIZE + 186 else 0))
+            self.check(f"limit {limit}: the old file is gone", code == 0 or self.content() == self.old)
+            self.check(f"limit {limit}: a temporary is left", not self.strays())
+        return f"{full} sizes at which a limit was hit"
+
+    def full_disk(self):
+        """The same on a small disk that is really full; inside a namespace that may mount one."""
+        inside = subprocess.run(["unshare", "--user", "--map-root-user", "--mount", sys.executable,
+                                 os.path.abspath(__file__), "--inside", self.folder, "--program", self.program],
+                                capture_output=True, text=True)
+        last = inside.stdout.strip().splitlines()[-1:] or [""]
+        if not last[0].startswith("disk:"):
+            return "no full disk: a small one cannot be mounted here"
+        print("".join(line + "\n" for line in inside.stdout.splitlines() if line.startswith("FAILED")), end="")
+        _, passed, failed = last[0].split()
+        self.passed += int(passed)
+        self.failed += int(failed)
+        return f"{passed} checks on a full disk"
+
+
+def patience():
+    """More time where every instruction is checked or the machine is shared."""
+    return 20 if "ASAN_OPTIONS" in os.environ else max(1, min(10, os.getloadavg()[0]))
+
+
+def inside(folder, program):
+    """In a namespace of our own: a disk of 1.2 MB, with less and less room on it."""
+    disk = os.path.join(folder, "disk")
+    os.makedirs(disk, exist_ok=True)
+    room = SIZE + 50 * STEP
+    subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={room}", "none", disk], check=True)
+    tried = Endurance(program, os.path.dirname(program), disk)
+    os.unlink(tried.grey)  # the picture lies outside
+    picture = os.path.join(folder, "grey.pgm")
+    filler = os.path.join(disk, "filler")
+    for free in range(0, SIZE + 4 * STEP, STEP):
+        if os.path.exists(filler):
+            os.unlink(filler)
+        tried.put_old()
+        about = os.statvfs(disk)
+        with open(filler, "wb") as out:
+            out.write(bytes(max(0, about.f_bavail * about.f_bsize - free)))
+        code = tried.start(picture, tried.target).wait()
+        enough = free >= SIZE + STEP  # 186 bytes of header take a block of their own
+        tried.check(f"disk with {free} bytes: exit code {code}", code == (0 if enough else 74) or (code == 73 and free == 0))
+        tried.check(f"disk with {free} bytes: the old file is gone", code == 0 or tried.content() == tried.old)
+        tried.check(f"disk with {free} bytes: a temporary is left", not tried.strays())
+    print("disk:", tried.passed, tried.failed)
+
+
+def main():
+    arguments = argparse.ArgumentParser()
+    arguments.add_argument("--build")
+    arguments.add_argument("--source")
+    arguments.add_argument("--inside")
+    arguments.add_argument("--program")
+    wanted = arguments.parse_args()
+    if wanted.inside:
+        inside(wanted.inside, wanted.program)
+        return 0
+    program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
+    with tempfile.TemporaryDirectory(prefix="raxel-endure-") as folder:
+        tried = Endurance(program, os.path.realpath(wanted.source), folder)
+        for step in (tried.kills, tried.interrupts, tried.limits, tried.full_disk):
+            print(step())
+    print(f"endure: {tried.passed} passed, {tried.failed} failed")
+    return 1 if tried.failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,12 @@
+// A library that is whole but of another version.
+#include <stdint.h>
+
+#include "raxel/filter.h"
+
+static const FilterExportEntry table[] = {{"KVLGetFilterVersion", 1005, 0, 0}};
+
+void fltLoadPointers(FilterLoadRecord *record) {
+  record->count = 1;
+  record->table = table;
+}
+uint32_t KVLGetFilterVersion(void) { return 0x01000004; }

@@ -1,0 +1,118 @@
+#!/usr/bin/python3
+"""Feeds the command damaged pictures of every format: each is exported or refused, and nothing in between.
+
+    hostile.py --build FOLDER --source FOLDER
+"""
+
+import argparse
+import io
+import json
+import os
+import random
+import subprocess
+import sys
+import tempfile
+
+from PIL import Image
+
+EACH = 60  # damaged pictures of a kind
+
+
+def kinds(source):
+    """Name to the bytes of a whole picture."""
+    photo = Image.open(os.path.join(source, "samples/photo.png")).convert("RGB").resize((61, 40))
+    made = {}
+
+    def save(name, image, form, **options):
+        out = io.BytesIO()
+        image.save(out, form, **options)
+        made[name] = out.getvalue()
+
+    save("rgb.png", photo, "PNG")
+    save("alpha.png", photo.convert("RGBA"), "PNG")
+    save("table.png", photo.convert("P"), "PNG")
+    save("bits.png", photo.convert("1"), "PNG")
+    save("deep.png", photo.convert("I").point(lambda v: v * 200), "PNG")
+    save("rgb.jpg", photo, "JPEG", quality=90)
+    save("grey.jpg", photo.convert("L"), "JPEG", progressive=True)
+    save("inks.jpg", photo.convert("CMYK"), "JPEG")
+    save("rgb.bmp", photo, "BMP")
+    save("table.gif", photo.convert("P"), "GIF")
+    save("rgb.tiff", photo, "TIFF", compression="tiff_lzw")
+    save("fax.tiff", photo.convert("1"), "TIFF", compression="group4")
+    save("rgb.webp", photo, "WEBP", lossless=True)
+    save("rgb.ppm", photo, "PPM")
+    save("grey.pgm", photo.convert("L"), "PPM")
+    save("bits.pbm", photo.convert("1"), "PPM")
+    made["plain.ppm"] = b"P3\n3 2\n255\n" + b"255 0 0  0 255 0  0 0 255  255 255 0  1 2 3  7 8 9\n"
+    return made
+
+
+def damage(whole, rng):
+    data = bytearray(whole)
+    kind = rng.randrange(4)
+    if kind == 0:
+        return bytes(data[:rng.randrange(len(data))])
+    if kind == 1:  # the header is where the sizes are
+        for _ in range(rng.randrange(1, 4)):
+            data[rng.randrange(min(64, len(data)))] = rng.choice((0, 255, rng.randrange(256)))
+    elif kind == 2:
+        for _ in range(rng.randrange(1, 10)):
+            data[rng.randrange(len(data))] ^= 1 << rng.randrange(8)
+    else:
+        at = rng.randrange(len(data))
+        data[at:at + rng.randrange(1, 40)] = rng.randbytes(rng.randrange(1, 40))
+    return bytes(data)
+
+
+def main():
+    arguments = argparse.ArgumentParser()
+    arguments.add_argument("--build", required=True)
+    arguments.add_argument("--source", required=True)
+    wanted = arguments.parse_args()
+    program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
+    rng = random.Random(5)
+    exported = refused = 0
+    faults = []
+    place = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
+    with tempfile.TemporaryDirectory(prefix="raxel-hostile-", dir=place) as folder:
+        for name, whole in kinds(os.path.realpath(wanted.source)).items():
+            inputs = []
+            for i in range(EACH):
+                path = os.path.join(folder, f"{i}-{name}")
+                with open(path, "wb") as out:
+                    out.write(damage(whole, rng) if i else whole)
+                inputs.append(path)
+            target = os.path.join(folder, "to")
+            os.makedirs(target)
+            try:
+                done = subprocess.run([program, "--json", "-q", "-d", target, *inputs], capture_output=True, timeout=120)
+                results = json.loads(done.stdout)["results"]
+            except (subprocess.TimeoutExpired, ValueError) as error:
+                faults.append(f"{name}: {error}; {done.returncode}: {done.stderr[-300:]}")
+                results = []
+            for number, result in enumerate(results):
+                there = os.path.exists(result["output"])
+                exported += result["exit"] == 0
+                refused += result["exit"] != 0
+                if result["exit"] not in (0, 66):
+                    faults.append(f"{result['input']}: exit {result['exit']}: {result.get('error')}")
+                if there != (result["exit"] == 0):
+                    faults.append(f"{result['input']}: exit {result['exit']}, and the output is {'' if there else 'not '}there")
+                if number == 0 and result["exit"] != 0:
+                    faults.append(f"{name}, undamaged: {result.get('error')}")
+            left = [entry for entry in os.listdir(target) if ".raxel-" in entry]
+            if left:
+                faults.append(f"{name}: {left} are left behind")
+            for entry in os.listdir(target):
+                os.unlink(os.path.join(target, entry))
+            os.rmdir(target)
+            for path in inputs:
+                os.unlink(path)
+    print(*(f"FAILED {fault}" for fault in faults), sep="\n", end="\n" if faults else "")
+    print(f"hostile: {exported} pictures exported, {refused} refused; {len(faults)} failed")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
