@@ -66,7 +66,7 @@ struct Prepared {
   }
   unsigned index(uint32_t x, uint32_t y) const {
     const uint32_t bit = x * plan.bits;
-    return row(y)[bit / 8] >> (8 - plan.bits - bit % 8) & ((1u << plan.bits) - 1);
+    return uint32_t{row(y)[bit / 8]} >> (8 - plan.bits - bit % 8) & ((1u << plan.bits) - 1);
   }
   // What a reader sees: through the table, or blue, green, red.
   Color color(uint32_t x, uint32_t y) const {
