@@ -221,6 +221,8 @@ TEST_F(Profile, AKeyListThatDoesNotFitEndsInTwoZeroBytes) {
   EXPECT_EQ(result, 1);
   get("s", nullptr, "", 1);
   EXPECT_EQ(result, 0);
+  get("s", nullptr, "", 4);
+  EXPECT_EQ(raw, std::string("ab\0\0", 4)) << "a name needs room for its zero byte";
   get("s", nullptr, "", 10);
   EXPECT_EQ(raw, std::string("abcd\0efg\0\0", 10)) << "the third name cuts the second";
   EXPECT_EQ(result, 9);

@@ -69,6 +69,17 @@ TEST_F(File, WritesAndReadsBack) {
   EXPECT_EQ(kvlClose(h), 0);
 }
 
+TEST_F(File, WholeWindowsKeepTheLastOne) {
+  const Handle h = open(KVL_OUTPUT);
+  const std::string bytes(3 * 12288, 'w');
+  EXPECT_EQ(kvlWrite(h, bytes.data(), 3 * 12288), 3 * 12288);
+  EXPECT_EQ(record(h).lBufStart, 2 * 12288);
+  EXPECT_EQ(record(h).nPos, 12288);
+  EXPECT_EQ(support::readText(path).size(), 2u * 12288);
+  EXPECT_EQ(kvlClose(h), 0);
+  EXPECT_EQ(support::readText(path), bytes);
+}
+
 TEST_F(File, ModesChooseHowTheFileOpens) {
   EXPECT_EQ(open(KVL_READ), 0u) << "nothing to read";
   EXPECT_EQ(open(KVL_UPDATE), 0u) << "nothing to update";
@@ -193,6 +204,31 @@ TEST_F(File, SeekInsideTheWindowLeavesTheDiskAlone) {
   }
   EXPECT_EQ(record(h).lBufStart, 0);
   EXPECT_EQ(record(h).lNextRead, 10);
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
+TEST_F(File, SeekOutOfTheWindowFillsItAtTheTarget) {
+  support::writeFile(path, std::string(30000, 'q'));
+  const Handle h = open(KVL_READ);
+  EXPECT_EQ(kvlSeek(h, 20000, 0), 20000);
+  EXPECT_EQ(record(h).lBufStart, 20000);
+  EXPECT_EQ(record(h).nHigh, 9999);
+  EXPECT_EQ(record(h).lNextRead, 30000);
+  EXPECT_EQ(kvlSeek(h, -30000, 2), 0);
+  EXPECT_EQ(record(h).nHigh, 12287);
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
+TEST_F(File, SeekOnAWritableStreamLeavesTheFillToTheNextRead) {
+  support::writeFile(path, std::string(30000, 'q'));
+  const Handle h = open(KVL_UPDATE);
+  EXPECT_EQ(kvlSeek(h, 20000, 0), 20000);
+  EXPECT_EQ(record(h).lBufStart, 20000);
+  EXPECT_EQ(record(h).nHigh, -1);
+  EXPECT_EQ(record(h).lNextRead, 20000);
+  char c;
+  EXPECT_EQ(kvlRead(h, &c, 1), 1);
+  EXPECT_EQ(record(h).nHigh, 9999);
   EXPECT_EQ(kvlClose(h), 0);
 }
 

@@ -56,7 +56,7 @@ size_t interestingSize(support::Random &random) {
     case 1:
       return static_cast<size_t>(random.between(0, 8));
     case 2:
-      return static_cast<size_t>(12288 + random.between(-2, 2));
+      return static_cast<size_t>(12288 * random.between(1, 3) + random.between(-1, 1));
     case 3:
       return static_cast<size_t>(random.between(0, 40000));
     default:

@@ -168,6 +168,18 @@ TEST_F(Procedure, EndingsOfLinesAreSingleBytes) {
   EXPECT_EQ(kvlClose(h), 0);
 }
 
+TEST_F(Procedure, ALineThatCannotBeWrittenGetsNoEnding) {
+  const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
+  calls.clear();
+  failAt = 0;
+  EXPECT_EQ(kvlWriteLine(h, "ab", 2), -1);
+  EXPECT_EQ(calls.size(), 1u);
+  calls.clear();
+  failAt = 1;
+  EXPECT_EQ(kvlWriteLine(h, "ab", 2), -1) << "the ending failed";
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
 // A line, some values and a record, written through a procedure that fails at its Nth call.
 int32_t writeSomething(Handle h) {
   const uint16_t shorts[2] = {1, 2};

@@ -106,6 +106,22 @@ TEST_F(Record, BracketsAdvanceWithoutMoving) {
   EXPECT_EQ(result, 1);
 }
 
+TEST_F(Record, ABracketLeftOpenEndsWithTheFormat) {
+  EXPECT_EQ(read("LLLL", "L[C", 1, 8), "LLLL#" + z(3)) << "what pads the record is not inside";
+  EXPECT_EQ(result, 1);
+}
+
+TEST_F(Record, RecordsOfSkippedMembersAreCountedAtOnce) {
+  std::string format;
+  for (int i = 0; i < 1000; ++i) format += "[LS2CD(C|{2S}|2F)]p";  // without padding at its end
+  read("abc", format.c_str(), 2000000000, 0);
+  EXPECT_EQ(result, 2000000000);
+  EXPECT_EQ(left, 3);
+  char memory[1] = {};
+  EXPECT_EQ(write(memory, (format + "[C]").c_str(), 2000000000), "");
+  EXPECT_EQ(result, 2000000000) << "a writer has no padding to clear";
+}
+
 TEST_F(Record, PointersAndClosersMeanNothing) {
   EXPECT_EQ(read("ab", "CP})]pC", 1, 2), "ab");
   EXPECT_EQ(result, 1);
