@@ -51,7 +51,7 @@ int32_t writeStraight(Stream &stream, std::span<const uint8_t> from) {
   const int32_t whole = written / kBufferSize * kBufferSize;
   if (whole != 0) {
     moveWindow(stream, stream.lBufStart + whole);
-    stream.lSize = std::max(stream.lSize, stream.lBufStart);
+    stream.lSize = sizeAfterWrite(stream, stream.lBufStart);
   }
   if (static_cast<size_t>(whole) == from.size()) return whole;
   std::memcpy(windowOf(stream), from.data() + whole, kBufferSize);

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace runtime {
@@ -59,6 +60,8 @@ int32_t writeAt(const Stream &stream, int32_t offset, std::span<const uint8_t> f
 
 int32_t positionOf(const Stream &stream, int32_t offset, int32_t whence) {
   if (stream.bBorrowed != 0) return unxSeek(stream.fp, offset, whence);
+  // A file with a size has every position.
+  if (whence == SEEK_SET && offset >= 0 && stream.lSize >= 0) return offset;
   // fseek knows these three only; lseek would take more.
   if (whence != SEEK_SET && whence != SEEK_CUR && whence != SEEK_END) return -1;
   const off_t position = lseek(fileno(stream.fp), offset, whence);
@@ -69,6 +72,11 @@ int32_t sizeOf(const Stream &stream) {
   if (stream.bBorrowed != 0) return sizeOfBorrowed(stream.fp);
   const off_t size = lseek(fileno(stream.fp), 0, SEEK_END);
   return size > INT32_MAX ? INT32_MAX : static_cast<int32_t>(size);
+}
+
+int32_t sizeAfterWrite(const Stream &stream, int32_t end) {
+  if (stream.bBorrowed != 0 || stream.lSize < 0 || !isOpenForWriting(stream)) return sizeOf(stream);
+  return std::max(stream.lSize, end);
 }
 
 }  // namespace runtime

@@ -18,4 +18,8 @@ int32_t positionOf(const Stream &stream, int32_t offset, int32_t whence);
 // Returns the size of the file, at most 2^31 - 1; -1 when it has none.
 int32_t sizeOf(const Stream &stream);
 
+// Returns the size after a write that ended at `end`. A file that only this stream writes need not be
+// asked.
+int32_t sizeAfterWrite(const Stream &stream, int32_t end);
+
 }  // namespace runtime

@@ -33,7 +33,7 @@ int32_t flushWindow(Stream &stream) {
   const std::span<const uint8_t> bytes{windowOf(stream), static_cast<size_t>(count)};
   if (end > INT32_MAX || writeAt(stream, stream.lBufStart, bytes) != count) return fail(stream);
   moveWindow(stream, static_cast<int32_t>(end));
-  stream.lSize = sizeOf(stream);
+  stream.lSize = sizeAfterWrite(stream, stream.lBufStart);
   return count;
 }
 
