@@ -46,7 +46,7 @@ inline void copyForWindows(const uint8_t *from, uint32_t width, uint8_t *to) {
     std::memcpy(rest, from + at, rowBytes - at);
     storeLittle(to + at, reverseBits(loadLittle(rest)));
   }
-  const uint32_t last = to[(width - 1) / 8] >> (width - 1) % 8 & 1u;
+  const uint32_t last = uint32_t{to[(width - 1) / 8]} >> (width - 1) % 8 & 1u;
   const uint8_t alternating = ((width & 1) ^ last) != 0 ? 0xAA : 0x55;
   const auto kept = static_cast<uint8_t>((1u << width % 8) - 1);
   uint8_t *end = to + width / 8;

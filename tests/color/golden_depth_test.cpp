@@ -45,9 +45,10 @@ TEST(GoldenDepth, EveryPairOfDepthsIsConverted) {
       const Sample in = sample(from);
       const runtime::Block table = pictures::block(support::Random(9).bytes(768));
       const bool searches = to <= 8 && to < from;
+      const auto count = static_cast<uint16_t>(searches ? 1u << static_cast<unsigned>(to) : 0u);
       const runtime::Block out(rlConvertBitmapDepth(
           in.bits.handle(), kWidth, kHeight, static_cast<int16_t>(from), static_cast<int16_t>(to),
-          in.table.handle(), searches ? table.handle() : 0, searches ? static_cast<uint16_t>(1 << to) : 0));
+          in.table.handle(), searches ? table.handle() : 0, count));
       support::golden(nameOf("convert", from, to), out.bytes());
     }
   }
