@@ -115,8 +115,10 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   RaxelRequest request;
   raxelHostDefaults(&request);
   const RasterSetup &stored = setup.record();
-  // Without a profile the record holds the library's defaults, which nobody has chosen.
-  const bool chosen = stored.szProfilePath[0] != '\0' || !options.set.empty();
+  // Without a profile the record holds the library's defaults, which nobody has chosen; with one whose
+  // section is empty it holds zeros.
+  const bool fromProfile = stored.szProfilePath[0] != '\0' && stored.szDriverName[0] != '\0';
+  const bool chosen = fromProfile || !options.set.empty();
 
   request.mode = options.mode                  ? *options.mode
                  : chosen && !options.autoMode ? modeOfCode(stored.nBitmapMode)
@@ -135,7 +137,8 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   if (options.dpi) {
     request.dpiX = (*options.dpi)[0];
     request.dpiY = (*options.dpi)[1];
-  } else if (chosen && stored.nResolutionMode != kOwnResolution) {
+  } else if (chosen && stored.nResolutionMode != kOwnResolution && stored.tiff.nXResolution > 0 &&
+             stored.tiff.nYResolution > 0) {
     request.dpiX = stored.tiff.nXResolution;
     request.dpiY = stored.tiff.nYResolution;
   } else {
@@ -144,7 +147,7 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   }
   if (options.size) {
     fit(*options.size, picture.view, request);
-  } else if (chosen && stored.nSizeMode != kOwnSize) {
+  } else if (chosen && stored.nSizeMode != kOwnSize && stored.dWidth > 0 && stored.dHeight > 0) {
     fit({stored.dWidth, stored.dHeight, false}, picture.view, request);
   }
   return request;

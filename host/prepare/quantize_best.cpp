@@ -1,4 +1,6 @@
-// libimagequant: median cut by variance, then k-means, in a perceptual space.
+// libimagequant chooses the colours: median cut by variance, then k-means, in a perceptual space. It is
+// given the picture's colours as a histogram, which is a thousand times smaller than a photo. Without
+// dithering the choice is then refined for the plain error, and each pixel goes to its nearest colour.
 //
 // It is licensed under the GPL, version 3 or later, and so is a binary built with it. A build without
 // it (RAXEL_IMAGEQUANT=OFF, or the library not installed) leaves this quantizer to Leptonica.
@@ -8,10 +10,23 @@
 
 #include <libimagequant.h>
 
+#include <algorithm>
 #include <memory>
+
+#include "prepare/histogram.h"
+#include "prepare/nearest.h"
 
 namespace prepare {
 namespace {
+
+template <class T, void (*release)(T *)>
+struct Release {
+  void operator()(T *p) const { release(p); }
+};
+template <class T, void (*release)(T *)>
+using Owned = std::unique_ptr<T, Release<T, release>>;
+using Attributes = Owned<liq_attr, liq_attr_destroy>;
+using Result = Owned<liq_result, liq_result_destroy>;
 
 // Called from several threads at a time. The colours are read to the end of the row's room and moved
 // to their places from the left, where they overtake only what has been read.
@@ -26,36 +41,66 @@ void readRow(liq_color *out, int y, int width, void *user) {
   }
 }
 
-template <class T, void (*release)(T *)>
-struct Release {
-  void operator()(T *p) const { release(p); }
-};
-template <class T, void (*release)(T *)>
-using Owned = std::unique_ptr<T, Release<T, release>>;
-
-}  // namespace
-
-int quantizeBest(const Source &source, uint32_t colors, bool dither, Reduced &out) {
-  const Owned<liq_attr, liq_attr_destroy> attributes(liq_attr_create());
-  if (!attributes) return RAXEL_HOST_NO_MEMORY;
-  if (liq_set_max_colors(attributes.get(), static_cast<int>(colors)) != LIQ_OK) return RAXEL_HOST_NO_MEMORY;
-  const Owned<liq_image, liq_image_destroy> image(
-      liq_image_create_custom(attributes.get(), readRow, const_cast<Source *>(&source),
-                              static_cast<int>(source.width()), static_cast<int>(source.height()), 0));
-  if (!image) return RAXEL_HOST_NO_MEMORY;
+Result choose(liq_attr *attributes, const std::vector<ColorCount> &colors) {
+  const Owned<liq_histogram, liq_histogram_destroy> histogram(liq_histogram_create(attributes));
+  if (!histogram) return nullptr;
+  std::vector<liq_histogram_entry> entries;
+  entries.reserve(colors.size());
+  for (const ColorCount &c : colors) entries.push_back({{c.mean[0], c.mean[1], c.mean[2], 255}, c.count});
   liq_result *made = nullptr;
-  if (liq_image_quantize(image.get(), attributes.get(), &made) != LIQ_OK) return RAXEL_HOST_NO_MEMORY;
-  const Owned<liq_result, liq_result_destroy> result(made);
-  if (liq_set_dithering_level(made, dither ? 1.0f : 0.0f) != LIQ_OK) return RAXEL_HOST_NO_MEMORY;
-  out.indices.resize(size_t{source.width()} * source.height());
-  if (liq_write_remapped_image(made, image.get(), out.indices.data(), out.indices.size()) != LIQ_OK) {
-    return RAXEL_HOST_NO_MEMORY;
-  }
-  const liq_palette *palette = liq_get_palette(made);
-  for (unsigned i = 0; i < palette->count && i < colors; ++i) {
+  const bool done = liq_histogram_add_colors(histogram.get(), attributes, entries.data(),
+                                             static_cast<int>(entries.size()), 0) == LIQ_OK &&
+                    liq_histogram_quantize(histogram.get(), attributes, &made) == LIQ_OK;
+  return Result(done ? made : nullptr);
+}
+
+uint32_t copyTable(liq_result *result, uint32_t colors, Reduced &out) {
+  const liq_palette *palette = liq_get_palette(result);
+  const uint32_t count = std::min<uint32_t>(palette->count, colors);
+  for (uint32_t i = 0; i < count; ++i) {
     const liq_color &c = palette->entries[i];
     out.table[i] = {c.r, c.g, c.b};
   }
+  return count;
+}
+
+bool dither(const Source &source, liq_attr *attributes, liq_result *result, Reduced &out) {
+  const Owned<liq_image, liq_image_destroy> image(
+      liq_image_create_custom(attributes, readRow, const_cast<Source *>(&source),
+                              static_cast<int>(source.width()), static_cast<int>(source.height()), 0));
+  return image && liq_set_dithering_level(result, 1.0f) == LIQ_OK &&
+         liq_write_remapped_image(result, image.get(), out.indices.data(), out.indices.size()) == LIQ_OK;
+}
+
+void toNearest(const Source &source, std::span<const Color> table, Reduced &out) {
+  NearestColor nearest(table);
+  std::vector<uint8_t> row(size_t{source.width()} * 3);
+  uint8_t *index = out.indices.data();
+  for (uint32_t y = 0; y < source.height(); ++y) {
+    source.readColors(y, row.data());
+    for (size_t i = 0; i < row.size(); i += 3) *index++ = nearest.find(row[i], row[i + 1], row[i + 2]);
+  }
+}
+
+}  // namespace
+
+int quantizeBest(const Source &source, uint32_t colors, bool dithered, Reduced &out) {
+  const Attributes attributes(liq_attr_create());
+  if (!attributes || liq_set_max_colors(attributes.get(), static_cast<int>(colors)) != LIQ_OK) {
+    return RAXEL_HOST_NO_MEMORY;
+  }
+  const std::vector<ColorCount> histogram = histogramOf(source);
+  const Result result = choose(attributes.get(), histogram);
+  if (!result) return RAXEL_HOST_NO_MEMORY;
+  out.indices.resize(size_t{source.width()} * source.height());
+  if (dithered) {
+    if (!dither(source, attributes.get(), result.get(), out)) return RAXEL_HOST_NO_MEMORY;
+    copyTable(result.get(), colors, out);
+    return RAXEL_HOST_OK;
+  }
+  const std::span<Color> table(out.table.data(), copyTable(result.get(), colors, out));
+  refine(histogram, table);
+  toNearest(source, table, out);
   return RAXEL_HOST_OK;
 }
 
@@ -65,8 +110,8 @@ int quantizeBest(const Source &source, uint32_t colors, bool dither, Reduced &ou
 
 namespace prepare {
 
-int quantizeBest(const Source &source, uint32_t colors, bool dither, Reduced &out) {
-  return quantizeFast(source, colors, dither, out);
+int quantizeBest(const Source &source, uint32_t colors, bool dithered, Reduced &out) {
+  return quantizeFast(source, colors, dithered, out);
 }
 
 }  // namespace prepare

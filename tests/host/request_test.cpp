@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "host/pictures.h"
+#include "raxel/filter.h"
+#include "setup.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using host_test::Color;
+
+host::Library library() {
+  host::Library made;
+  made.createSetup = CreateSetup;
+  made.destroySetup = DestroySetup;
+  made.escapeSetup = xEscapeSetup;
+  made.services = host_test::services();
+  return made;
+}
+
+// A picture of these bits and colours, 300 by 200 pixels.
+struct Read {
+  host::Picture picture;
+  explicit Read(uint32_t bits, const std::vector<Color> &colors = {}) {
+    picture.allocate(300, 200, bits);
+    for (size_t i = 0; i < colors.size(); ++i)
+      std::copy_n(colors[i].begin(), 3, picture.table.begin() + 3 * i);
+    if (!colors.empty()) picture.useTable(static_cast<uint32_t>(colors.size()));
+  }
+};
+
+RaxelRequest requestOf(const host::Options &options, const Read &read,
+                       std::vector<std::string> *notes = nullptr) {
+  const host::Library filter = library();
+  const host::Setup setup(filter, options);
+  std::vector<std::string> ignored;
+  return host::requestFor(options, setup, read.picture, notes ? *notes : ignored);
+}
+
+int modeOf(const Read &read) {
+  return requestOf({}, read).mode;
+}
+
+}  // namespace
+
+TEST(Request, TakesTheSmallestModeThatKeepsThePicture) {
+  EXPECT_EQ(modeOf(Read(24)), RAXEL_MODE_RGB);
+  EXPECT_EQ(modeOf(Read(8)), RAXEL_MODE_GREY256);
+  EXPECT_EQ(modeOf(Read(4)), RAXEL_MODE_GREY16);
+  EXPECT_EQ(modeOf(Read(2)), RAXEL_MODE_GREY16);
+  EXPECT_EQ(modeOf(Read(1)), RAXEL_MODE_BILEVEL);
+  EXPECT_EQ(modeOf(Read(1, {{255, 255, 255}, {0, 0, 0}})), RAXEL_MODE_BILEVEL);
+  EXPECT_EQ(modeOf(Read(1, {{255, 255, 255}, {0, 0, 9}})), RAXEL_MODE_COLOR16);
+  EXPECT_EQ(modeOf(Read(1, {{0, 0, 0}, {100, 100, 100}})), RAXEL_MODE_GREY256);
+  EXPECT_EQ(modeOf(Read(4, {{17, 17, 17}, {34, 34, 34}})), RAXEL_MODE_GREY16);
+  EXPECT_EQ(modeOf(Read(4, {{17, 17, 17}, {35, 35, 35}})), RAXEL_MODE_GREY256);
+  EXPECT_EQ(modeOf(Read(4, {{1, 2, 3}})), RAXEL_MODE_COLOR16);
+  EXPECT_EQ(modeOf(Read(8, std::vector<Color>(16, Color{1, 2, 3}))), RAXEL_MODE_COLOR16);
+  EXPECT_EQ(modeOf(Read(8, std::vector<Color>(17, Color{1, 2, 3}))), RAXEL_MODE_COLOR256);
+}
+
+TEST(Request, TakesThePicturesResolutionWhereAFileCanHoldIt) {
+  const auto dpiOf = [](double dpiX, double dpiY) {
+    Read read(24);
+    read.picture.dpiX = dpiX;
+    read.picture.dpiY = dpiY;
+    std::vector<std::string> notes;
+    const RaxelRequest request = requestOf({}, read, &notes);
+    return std::array{request.dpiX, request.dpiY, static_cast<int>(notes.size())};
+  };
+  EXPECT_EQ(dpiOf(0, 0), (std::array{96, 96, 0}));
+  EXPECT_EQ(dpiOf(1, 1), (std::array{96, 96, 0}));
+  EXPECT_EQ(dpiOf(299.9994, 299.9994), (std::array{300, 300, 0}));
+  EXPECT_EQ(dpiOf(204, 98), (std::array{204, 98, 0}));
+  EXPECT_EQ(dpiOf(600, 600), (std::array{400, 400, 1}));
+  EXPECT_EQ(dpiOf(10, 10), (std::array{32, 32, 1}));
+}
+
+TEST(Request, FitsThePictureIntoTheBox) {
+  const auto sizeOf = [](host::SizeBox box, std::array<int, 2> dpi) {
+    host::Options options;
+    options.size = box;
+    options.dpi = dpi;
+    const Read read(24);
+    const RaxelRequest request = requestOf(options, read);
+    RaxelPlan plan;
+    EXPECT_EQ(raxelHostPlan(&read.picture.view, &request, &plan), RAXEL_HOST_OK);
+    return std::array{plan.width, plan.rows};
+  };
+  EXPECT_EQ(sizeOf({6, 6, false}, {100, 100}), (std::array{600u, 400u}));
+  EXPECT_EQ(sizeOf({9, 2, false}, {100, 100}), (std::array{300u, 200u}));
+  EXPECT_EQ(sizeOf({0, 1, false}, {100, 100}), (std::array{150u, 100u}));
+  EXPECT_EQ(sizeOf({30, 30, true}, {96, 96}), (std::array{30u, 20u}));
+  EXPECT_EQ(sizeOf({1, 0, true}, {96, 96}), (std::array{1u, 1u}));
+}
+
+TEST(Request, ASettingComesFromTheNearestSource) {
+  const support::TempDir folder;
+  support::writeFile(
+      folder.file("p.ini"),
+      "[m]\nDriver=RAXEL.1\nBitmap Mode=216\nCompression Mode=225\nColor Mode=106\nResolution Mode=310\n"
+      "X Resolution=200\nY Resolution=100\nNot Defined=771\n");
+  host::Options options;
+  options.profile = folder.file("p.ini");
+  options.section = "m";
+  const Read read(24);
+  RaxelRequest request = requestOf(options, read);
+  EXPECT_EQ(request.mode, RAXEL_MODE_GREY16);
+  EXPECT_EQ(request.compression, RAXEL_COMPRESS_PACKBITS);
+  EXPECT_EQ(request.treatment, RAXEL_TREAT_GREY);
+  EXPECT_EQ(request.layout, RAXEL_LAYOUT_TILES);
+  EXPECT_EQ(request.dpiX, 200);
+  EXPECT_EQ(request.dpiY, 100);
+  options.set = {{9, "146"}, {10, "153"}};
+  request = requestOf(options, read);
+  EXPECT_EQ(request.mode, RAXEL_MODE_RGB);
+  EXPECT_EQ(request.compression, RAXEL_COMPRESS_LZW);
+  EXPECT_EQ(request.dpiX, 200);
+  options.mode = RAXEL_MODE_COLOR16;
+  options.dpi = {72, 72};
+  options.layout = RAXEL_LAYOUT_STRIPS;
+  options.treatment = RAXEL_TREAT_NONE;
+  request = requestOf(options, read);
+  EXPECT_EQ(request.mode, RAXEL_MODE_COLOR16);
+  EXPECT_EQ(request.dpiX, 72);
+  EXPECT_EQ(request.layout, RAXEL_LAYOUT_STRIPS);
+  EXPECT_EQ(request.treatment, RAXEL_TREAT_NONE);
+  EXPECT_EQ(request.compression, RAXEL_COMPRESS_LZW);
+}
+
+// A profile that nobody named, found in the usual folder and without the mode that it speaks of.
+TEST(Request, AnEmptySectionOfAnUnnamedProfileIsNoChoice) {
+  const support::TempDir folder;
+  support::writeFile(folder.file("raxel_host_tests.ini"), "[RAXEL]\n~Mode=none\n");
+  support::writeFile(folder.file("raxel.ini"), "[RAXEL]\n~Mode=none\n");
+  setenv("INIDIR", folder.path().c_str(), 1);
+  const RaxelRequest request = requestOf({}, Read(8));
+  unsetenv("INIDIR");
+  EXPECT_EQ(request.mode, RAXEL_MODE_GREY256);
+  EXPECT_EQ(request.dpiX, 96);
+  EXPECT_EQ(request.inchesX, 0);
+}
