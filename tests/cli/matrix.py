@@ -8,9 +8,11 @@ layout and at resolutions from 32 to 400. Reduced pictures must stay near, and m
 """
 
 import argparse
+import io
 import math
 import os
 import random
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -181,6 +183,32 @@ class Matrix:
                     out = os.path.join(self.folder, name + ".tif")
                     self.check(f"{name} {mode} {compression}", out, expected, (300, 300), False)
 
+    def programs(self):
+        """Other programs that people open files with: they rest on libtiff, but colours and which way is up are
+        their own work."""
+        tools = {
+            "tifftopnm": ["tifftopnm", "IN"],
+            "ImageMagick": ["convert", "IN", "-depth", "8", "ppm:-"],
+            "GraphicsMagick": ["gm", "convert", "IN", "-depth", "8", "ppm:-"],
+        }
+        tools = {name: command for name, command in tools.items() if shutil.which(command[0])}
+        path = os.path.join(self.source, "samples/photo.png")
+        out = os.path.join(self.folder, "photo.tif")
+        jobs = [(mode, "lzw", ()) for mode in MODES] + [("bilevel", code, ()) for code in FAX]
+        for mode, compression, more in [*jobs, ("bilevel", "t6", ("--layout", "tiles"))]:
+            self.export(["-m", mode, "-c", compression, *more], [path])
+            width, height, rgb, _ = self.libtiff(out)
+            for name, command in tools.items():
+                done = subprocess.run([out if word == "IN" else word for word in command], capture_output=True)
+                try:
+                    seen = Image.open(io.BytesIO(done.stdout)).convert("RGB")
+                except OSError:
+                    self.fail(f"photo {mode} {compression} in {name}", done.stderr[-200:])
+                    continue
+                if seen.size != (width, height) or seen.tobytes() != rgb:
+                    self.fail(f"photo {mode} {compression} in {name}", "is another picture")
+        self.tools = list(tools)
+
     def near(self, what, mode, seen, meant, least):
         """Blurred, both must be alike; and nowhere more so than at their own places."""
         blur = ImageFilter.BoxBlur(4 if mode in ("bilevel", "color8") else 0)
@@ -232,7 +260,8 @@ def main():
         matrix.exact()
         matrix.real_exact()
         matrix.reduced()
-    names = ", ".join(["libtiff", *matrix.others])
+        matrix.programs()
+    names = ", ".join(["libtiff", *matrix.others, *matrix.tools])
     print(f"matrix: {matrix.files} files read by {names}; {matrix.failed} failed")
     return 1 if matrix.failed else 0
 
