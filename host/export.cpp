@@ -118,7 +118,7 @@ void exportPicture(const Library &library, const Options &options, const std::st
   report.input = inputPath;
   report.output = options.dryRun ? "" : output;
   report.dryRun = options.dryRun;
-  Progress progress(inputPath, !options.quiet && !options.json);
+  Progress progress(inputPath == "-" ? "standard input" : inputPath, !options.quiet && !options.json);
   Clock::time_point start = Clock::now();
 
   const Input input(inputPath);

@@ -1,0 +1,119 @@
+#!/usr/bin/python3
+"""The progress line: on a terminal it comes and goes, and elsewhere it never shows.
+
+    terminal.py --build FOLDER --source FOLDER
+"""
+
+import argparse
+import os
+import pty
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+WIDTH, HEIGHT = 2000, 1000
+
+
+class Terminal:
+    """A process whose standard error is a terminal."""
+
+    def __init__(self, command, **how):
+        self.mine, theirs = pty.openpty()
+        self.process = subprocess.Popen(command, stderr=theirs, **how)
+        os.close(theirs)
+
+    def rest(self):
+        """All that it writes until it ends."""
+        seen = b""
+        while True:
+            try:
+                piece = os.read(self.mine, 4096)
+            except OSError:  # how a terminal says that nobody writes any more
+                piece = b""
+            if not piece:
+                return seen, self.process.wait()
+            seen += piece
+
+
+def slowly(process):
+    """A picture that takes its time to come: the line shows only for what takes long."""
+    process.stdin.write(b"P6\n%d %d\n255\n" % (WIDTH, HEIGHT))
+    process.stdin.write(os.urandom(3 * WIDTH * HEIGHT // 2))
+    process.stdin.flush()
+    time.sleep(0.5)
+    process.stdin.write(os.urandom(3 * WIDTH * HEIGHT // 2))
+    process.stdin.close()
+
+
+def main():
+    arguments = argparse.ArgumentParser()
+    arguments.add_argument("--build", required=True)
+    arguments.add_argument("--source", required=True)
+    wanted = arguments.parse_args()
+    program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
+    faults = []
+    checks = 0
+
+    def check(what, fine, seen):
+        nonlocal checks
+        checks += 1
+        if not fine:
+            faults.append(f"{what}: {seen!r}")
+
+    with tempfile.TemporaryDirectory(prefix="raxel-terminal-") as folder:
+        out = os.path.join(folder, "out.tif")
+
+        shown = Terminal([program, "-c", "packbits", "-", out], stdin=subprocess.PIPE)
+        slowly(shown.process)
+        seen, code = shown.rest()
+        check("a line", code == 0 and b"%" in seen and b"MB/s" in seen and b"left" in seen, seen)
+        check("the line is wiped", seen.endswith(b"\r\x1b[K"), seen)
+
+        for option in ("-q", "--json"):
+            silent = Terminal([program, option, "-c", "packbits", "-", out], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL)
+            slowly(silent.process)
+            seen, code = silent.rest()
+            check(f"nothing with {option}", code == 0 and seen == b"", seen)
+
+        piped = subprocess.Popen([program, "-c", "packbits", "-", out], stdin=subprocess.PIPE, stderr=subprocess.PIPE)
+        slowly(piped)
+        seen = piped.stderr.read()
+        check("nothing in a pipe", piped.wait() == 0 and seen == b"", seen)
+
+        # Ctrl-C while the picture is still coming.
+        stopped = Terminal([program, "-", out], stdin=subprocess.PIPE)
+        stopped.process.stdin.write(b"P6\n2 2\n255\n")
+        stopped.process.stdin.flush()
+        time.sleep(0.3)
+        stopped.process.send_signal(signal.SIGINT)
+        seen, code = stopped.rest()
+        check("stopped", code == 130 and b"raxel-export: stopped" in seen, (code, seen))
+
+        # Children end with their parent, and leave nothing behind.
+        inputs = []
+        for i in range(4):
+            path = os.path.join(folder, f"{i}.fifo")
+            os.mkfifo(path)
+            inputs.append(path)
+        parent = subprocess.Popen([program, "-q", "-j", "4", "-d", folder, *inputs], stderr=subprocess.PIPE)
+        writers = [os.open(path, os.O_WRONLY) for path in inputs]  # opens when a child reads
+        for writer in writers:
+            os.write(writer, b"P5\n9 9\n255\n")
+        time.sleep(0.2)
+        parent.send_signal(signal.SIGTERM)
+        code = parent.wait()
+        parent.stderr.read()  # ends when the last child has gone
+        check("a terminated parent", code == 128 + signal.SIGTERM, code)
+        for writer in writers:
+            os.close(writer)
+        left = [name for name in os.listdir(folder) if ".raxel-" in name]
+        check("nothing is left", not left, left)
+    print(*(f"FAILED {fault}" for fault in faults), sep="\n", end="\n" if faults else "")
+    print(f"terminal: {checks - len(faults)} passed, {len(faults)} failed")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
