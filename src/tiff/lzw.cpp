@@ -1,4 +1,4 @@
-// The idea: the codes do not depend on how strings are looked up, so that two ways are open which need no
+// The idea: the codes do not depend on how strings are looked up, so that two ways are open which hardly
 // search (lzw_strings.h), one for data that repeats little and one for data that repeats much. Whenever
 // the table is cleared, what it held tells which way is the better one for what follows.
 #include "tiff/lzw.h"
@@ -48,35 +48,33 @@ struct ColumnTables {
 // The two ways take bytes up to `last`, or up to the first Clear: true for that. The prefix is a single
 // byte at first.
 
-bool codeWithLists(Stream &stream, StringLists &lists, const uint8_t *last) {
+bool codeWithSlots(Stream &stream, StringSlots &strings, const uint8_t *last) {
   Stream s = stream;
-  uint32_t made = 0;
+  PlacesMade &pairsMade = strings.pairsMade;
   bool cleared = false;
   while (!cleared && s.at != last) {
     uint32_t byte = *s.at++;
-    uint16_t &pair = lists.pairs[s.prefix][byte];
+    uint16_t &pair = strings.pairs[s.prefix][byte];
     if (pair == 0) {
       pair = static_cast<uint16_t>(s.next);
-      lists.made.places[made++] = s.prefix << 8 | byte;
+      pairsMade.places[pairsMade.count++] = s.prefix << 8 | byte;
     } else {
       s.prefix = pair;
-      StringLists::Link *end = nullptr;
-      while (end == nullptr && s.at != last) {
+      uint32_t *place = nullptr;
+      while (place == nullptr && s.at != last) {
         byte = *s.at++;
-        StringLists::Link *link = lists.find(s.prefix, byte);
-        if (*link == 0) {
-          end = link;
+        uint32_t *found = strings.find(s.prefix, byte);
+        if (*found == 0) {
+          place = found;
         } else {
-          s.prefix = *link & 0xFFFF;
+          s.prefix = *found & 0xFFF;
         }
       }
-      if (end == nullptr) break;  // the bytes end within a known string
-      *end = byte << 16 | s.next;
+      if (place == nullptr) break;  // the bytes end within a known string
+      strings.add(place, s.prefix, byte, s.next);
     }
-    lists.nodes[s.next] = {0, 0};
     cleared = writePrefix(s, byte);
   }
-  lists.made.count = made;
   stream = s;
   return cleared;
 }
@@ -180,10 +178,10 @@ uint32_t codeAllButLast(Stream &s, std::span<const uint8_t> strip, LzwMemory &me
       known = tables.columns.codes[*last][s.prefix];
       tables.columns.clear();
     } else {
-      auto &lists = tableIn<StringLists>(memory.lists);
-      cleared = codeWithLists(s, lists, last);
-      known = s.prefix < 256 ? lists.pairs[s.prefix][*last] : *lists.find(s.prefix, *last) & 0xFFFF;
-      lists.clear();
+      auto &strings = tableIn<StringSlots>(memory.slots);
+      cleared = codeWithSlots(s, strings, last);
+      known = s.prefix < 256 ? strings.pairs[s.prefix][*last] : *strings.find(s.prefix, *last) & 0xFFF;
+      strings.clear();
     }
     if (!cleared) return known;
     s.width = 9;

@@ -9,10 +9,10 @@
 
 namespace tiff {
 
-// The tables that strings are looked up in, made when they are first needed: some 180 KB, and 2 MB more
+// The tables that strings are looked up in, made when they are first needed: some 220 KB, and 2 MB more
 // for data that repeats much. Kept from strip to strip, they are made only once.
 struct LzwMemory {
-  runtime::Block lists;
+  runtime::Block slots;
   runtime::Block columns;
 };
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 namespace tiff {
 
@@ -16,31 +17,44 @@ struct PlacesMade {
   uint32_t places[kClearAt];
 };
 
-// For data in which most strings go on in few ways: pictures that repeat little. Strings of two bytes have
-// a place for every pair; longer ones are in a list of all that extend the same string, oldest first. All
-// zeros hold no strings.
-struct StringLists {
-  using Link = uint32_t;  // a code, and the last byte of its string above; 0 is the end of a list
-  struct Node {
-    Link first;  // of the strings that extend this one
-    Link next;   // in the list that this one is in
-  };
+// For pictures that repeat little: most strings are two or three bytes long. Those of two have a place for
+// every pair; longer ones are hashed into slots, of which at most a quarter fill up, so that the slot
+// looked at first is nearly always the right one. All zeros hold no strings.
+struct StringSlots {
+  static constexpr uint32_t kHashBits = 14;
+  static constexpr uint32_t kSlots = 1u << kHashBits;
 
   uint16_t pairs[256][256];  // 0 is none
-  Node nodes[4096];
-  PlacesMade made;
+  uint32_t slots[kSlots];    // the code that is extended, the byte, and the string's own code; 0 is none
+  PlacesMade pairsMade;
+  PlacesMade slotsMade;
 
-  // Where the link to the string `prefix` and `byte`, not a pair, is or belongs.
-  Link *find(uint32_t prefix, uint32_t byte) {
-    Link *link = &nodes[prefix].first;
-    while (*link != 0 && *link >> 16 != byte) link = &nodes[*link & 0xFFFF].next;
-    return link;
+  // Where the string `prefix` and `byte`, not a pair, is or belongs.
+  uint32_t *find(uint32_t prefix, uint32_t byte) {
+    const uint32_t key = prefix << 8 | byte;
+    uint32_t at = key * 2654435769u >> (32 - kHashBits);  // 2 ** 32 / golden ratio: neighbours lie apart
+    while (slots[at] >> 12 != key && slots[at] != 0) at = (at + 1) % kSlots;
+    return &slots[at];
+  }
+  // In a place that find() gave and that is free.
+  void add(uint32_t *place, uint32_t prefix, uint32_t byte, uint32_t code) {
+    *place = prefix << 20 | byte << 12 | code;
+    slotsMade.places[slotsMade.count++] = static_cast<uint32_t>(place - slots);
   }
   void clear() {
-    for (uint32_t i = 0; i < made.count; ++i) pairs[made.places[i] >> 8][made.places[i] & 0xFF] = 0;
-    made.count = 0;
+    constexpr uint32_t kFew = 1000;  // above, it takes less time to set all of them free
+    for (uint32_t i = 0; i < pairsMade.count; ++i) {
+      pairs[pairsMade.places[i] >> 8][pairsMade.places[i] & 0xFF] = 0;
+    }
+    if (slotsMade.count > kFew) {
+      std::memset(slots, 0, sizeof slots);
+    } else {
+      for (uint32_t i = 0; i < slotsMade.count; ++i) slots[slotsMade.places[i]] = 0;
+    }
+    pairsMade.count = slotsMade.count = 0;
   }
 };
+static_assert(kClearAt <= 1u << 12, "a code takes 12 bits of a slot");
 
 // For data that repeats much: a place for every byte and code. The places of one byte lie together, since
 // such data has few bytes that come often. All zeros hold no strings.
