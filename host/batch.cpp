@@ -10,6 +10,7 @@
 
 #include "export.h"
 #include "library.h"
+#include "progress.h"
 #include "report.h"
 #include "stop.h"
 
@@ -30,11 +31,16 @@ struct Outcome {
   }
 };
 
-Report exportOne(const Library &library, const Options &options, size_t index) {
+bool wantsLine(const Options &options) {
+  return !options.quiet && !options.json;
+}
+
+// `line` is where the picture's progress is shown.
+Report exportOne(const Library &library, const Options &options, size_t index, Progress &line) {
   Report report;
   report.input = options.inputs[index];
   try {
-    exportPicture(library, options, options.inputs[index], options.outputs[index], report);
+    exportPicture(library, options, options.inputs[index], options.outputs[index], line, report);
   } catch (const Failure &failure) {
     report.exit = failure.code();
     report.error = failure.what();
@@ -42,6 +48,7 @@ Report exportOne(const Library &library, const Options &options, size_t index) {
     report.exit = kLibrary;
     report.error = report.input + ": there is not enough memory for this picture";
   }
+  line.clear();
   tell(report, options);
   return report;
 }
@@ -74,7 +81,10 @@ struct Child {
 class Pool {
  public:
   Pool(const Library &library, const Options &options, Outcome &outcome)
-      : library_(library), options_(options), outcome_(outcome) {}
+      : library_(library),
+        options_(options),
+        outcome_(outcome),
+        line_(std::to_string(options.inputs.size()) + " pictures", wantsLine(options)) {}
 
   void start(size_t index) {
     int ends[2];
@@ -91,7 +101,10 @@ class Pool {
     if (pid < 0) throw Failure(kLibrary, std::string("cannot start a process: ") + std::strerror(errno));
     if (pid == 0) {
       close(ends[0]);
-      const Report report = exportOne(library_, options_, index);
+      // The line belongs to the parent, which counts pictures; a message takes its place.
+      Progress none("", false);
+      none.takeOver(line_);
+      const Report report = exportOne(library_, options_, index, none);
       std::fflush(nullptr);
       writeAll(ends[1], toJson(report));
       _exit(report.exit);
@@ -111,21 +124,32 @@ class Pool {
     close(pipe);
     children_.erase(child);
     outcome_.exits[index] = WIFEXITED(status) ? static_cast<Exit>(WEXITSTATUS(status)) : kLibrary;
-    if (WIFEXITED(status)) return;
-    Report report;
-    report.input = options_.inputs[index];
-    report.exit = kLibrary;
-    report.error = report.input + ": the export ended by signal " + std::to_string(WTERMSIG(status));
-    tell(report, options_);
-    outcome_.json[index] = toJson(report);
+    if (outcome_.json[index].empty()) reportEnd(index, status);
+    ++done_;
+    line_.stage((std::to_string(done_) + " done").c_str());
   }
 
   size_t running() const { return children_.size(); }
 
  private:
+  // For a child that ended without a report of its own.
+  void reportEnd(size_t index, int status) {
+    Report report;
+    report.input = options_.inputs[index];
+    report.exit = outcome_.exits[index];
+    report.error = report.input +
+                   (WIFEXITED(status) ? ": the export was stopped"
+                                      : ": the export ended by signal " + std::to_string(WTERMSIG(status)));
+    line_.clear();
+    tell(report, options_);
+    outcome_.json[index] = toJson(report);
+  }
+
   const Library &library_;
   const Options &options_;
   Outcome &outcome_;
+  Progress line_;
+  size_t done_ = 0;
   std::map<pid_t, Child> children_;
 };
 
@@ -143,7 +167,9 @@ int exportAll(const Options &options) {
     while (pool.running() != 0) pool.waitForOne();
   } else {
     for (size_t i = 0; i < options.inputs.size(); ++i) {
-      const Report report = exportOne(library, options, i);
+      const std::string &name = options.inputs[i];
+      Progress line(name == "-" ? "standard input" : name, wantsLine(options));
+      const Report report = exportOne(library, options, i, line);
       outcome.exits[i] = report.exit;
       outcome.json[i] = toJson(report);
     }

@@ -114,11 +114,10 @@ uint32_t send(const Library &library, const Options &options, Setup &setup, cons
 }  // namespace
 
 void exportPicture(const Library &library, const Options &options, const std::string &inputPath,
-                   const std::string &output, Report &report) {
+                   const std::string &output, Progress &progress, Report &report) {
   report.input = inputPath;
   report.output = options.dryRun ? "" : output;
   report.dryRun = options.dryRun;
-  Progress progress(inputPath == "-" ? "standard input" : inputPath, !options.quiet && !options.json);
   Clock::time_point start = Clock::now();
 
   const Input input(inputPath);

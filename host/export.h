@@ -3,12 +3,14 @@
 
 #include "library.h"
 #include "options.h"
+#include "progress.h"
 #include "report.h"
 
 namespace host {
 
-// Exports a picture and fills the report as it goes. Throws a Failure; the old output then stands.
+// Exports a picture, shows the progress and fills the report as it goes. Throws a Failure; the old output
+// then stands.
 void exportPicture(const Library &library, const Options &options, const std::string &input,
-                   const std::string &output, Report &report);
+                   const std::string &output, Progress &progress, Report &report);
 
 }  // namespace host

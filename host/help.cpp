@@ -1,5 +1,6 @@
 #include "help.h"
 
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "option_table.h"
@@ -76,6 +77,23 @@ std::string helpText() {
       "\nExit codes: 0 done, 64 usage, 66 input, 70 library, 73 cannot create, 74 cannot write or\n"
       "verify, 130 stopped. Until the new file is whole, the old one stays as it is.\n";
   return out;
+}
+
+std::string helpJson() {
+  using Json = nlohmann::ordered_json;
+  Json options = Json::array();
+  for (const OptionRow &row : kOptions) {
+    Json option{{"name", row.longName}, {"group", row.group}, {"help", row.help}};
+    if (row.shortName) option["short"] = std::string(1, row.shortName);
+    if (!row.argument.empty()) option["argument"] = row.argument;
+    if (row.completes == Completes::kChoices) {
+      std::istringstream words{std::string(row.choices)};
+      option["choices"] = Json::array();
+      for (std::string word; words >> word;) option["choices"].push_back(word);
+    }
+    options.push_back(option);
+  }
+  return Json{{"command", "help"}, {"exit", 0}, {"options", options}}.dump() + "\n";
 }
 
 }  // namespace host

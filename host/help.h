@@ -7,6 +7,7 @@ namespace host {
 
 // What --help prints.
 std::string helpText();
+std::string helpJson();
 // What --list prints.
 std::string listText();
 std::string listJson();

@@ -15,15 +15,20 @@ namespace {
 
 int print(const std::string &text) {
   std::fputs(text.c_str(), stdout);
-  if (std::fflush(stdout) != 0) throw host::Failure(host::kNoWrite, "standard output cannot be written");
   return host::kDone;
+}
+
+// What was printed counts only when it arrived.
+int finish(int code) {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
+  throw host::Failure(host::kNoWrite, "standard output cannot be written");
 }
 
 int run(const host::Options &options) {
   constexpr const char *kVersion = "2.0.5";
   switch (options.command) {
     case host::Command::kHelp:
-      return print(host::helpText());
+      return print(options.json ? host::helpJson() : host::helpText());
     case host::Command::kVersion:
       return print(options.json ? host::versionJson(kVersion)
                                 : std::string("raxel-export for raxel.so version ") + kVersion + "\n");
@@ -46,7 +51,7 @@ bool wantsJson(int argc, char **argv) {
 }
 
 int fail(int argc, char **argv, int code, const std::string &message) {
-  std::fprintf(stderr, "raxel-export: %s\n", message.c_str());
+  host::say(message);
   if (wantsJson(argc, argv)) std::fputs(host::errorJson(code, message).c_str(), stdout);
   return code;
 }
@@ -56,7 +61,7 @@ int fail(int argc, char **argv, int code, const std::string &message) {
 int main(int argc, char **argv) {
   try {
     host::stop::install();
-    return run(host::parseOptions(argc, argv));
+    return finish(run(host::parseOptions(argc, argv)));
   } catch (const host::Failure &failure) {
     return fail(argc, argv, failure.code(), failure.what());
   } catch (const std::bad_alloc &) {

@@ -277,6 +277,7 @@ Options parseOptions(int argc, char **argv) {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &) {
     parsed.options.command = Command::kHelp;
+    parsed.options.json = app.count("--json") != 0;
     return parsed.options;
   } catch (const CLI::ParseError &error) {
     fail(std::string(error.what()) + "; see --help");

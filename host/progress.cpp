@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <utility>
 
+#include "report.h"
 #include "stop.h"
 
 namespace host {
@@ -21,8 +21,8 @@ double seconds(std::chrono::steady_clock::duration d) {
 
 }  // namespace
 
-Progress::Progress(std::string name, bool wanted)
-    : name_(std::move(name)), shown_(wanted && isatty(2) == 1), start_(Clock::now()), last_(start_) {}
+Progress::Progress(const std::string &name, bool wanted)
+    : name_(printable(name)), shown_(wanted && isatty(2) == 1), start_(Clock::now()), last_(start_) {}
 
 Progress::~Progress() {
   clear();

@@ -11,7 +11,7 @@ namespace host {
 // cost.
 class Progress {
  public:
-  Progress(std::string name, bool wanted);
+  Progress(const std::string &name, bool wanted);
   ~Progress();
   Progress(const Progress &) = delete;
   Progress &operator=(const Progress &) = delete;
@@ -27,6 +27,8 @@ class Progress {
   }
   // Wipes the line.
   void clear();
+  // In a child process: a line that the parent may have shown is wiped by this one.
+  void takeOver(const Progress &parents) { lineThere_ = parents.shown_; }
 
  private:
   using Clock = std::chrono::steady_clock;

@@ -17,37 +17,54 @@ std::string geometry(const Report &report) {
   return text;
 }
 
+// What --dry-run tells. As-is pictures have no plan, only the library's answer.
+std::string outlook(const Report &report) {
+  if (!report.planned) return report.details.empty() ? "" : report.details.front();
+  return geometry(report) + "; " + std::to_string(report.plan.uncompressedBytes) + " bytes uncompressed";
+}
+
 const char *orNull(const char *text) {
   return text ? text : "";
 }
 
 }  // namespace
 
-void tell(const Report &report, const Options &options) {
-  if (report.exit != kDone) {
-    std::fprintf(stderr, "raxel-export: %s\n", report.error.c_str());
-    return;
-  }
-  if (!options.quiet) {
-    for (const std::string &note : report.notes) {
-      std::fprintf(stderr, "raxel-export: %s: note: %s\n", report.input.c_str(), note.c_str());
+std::string printable(std::string_view text) {
+  std::string out;
+  for (char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte != 0x7F) {
+      out += c;
+      continue;
     }
+    char code[8];
+    std::snprintf(code, sizeof code, "\\x%02X", unsigned{byte});
+    out += code;
+  }
+  return out;
+}
+
+void say(const std::string &text) {
+  std::fprintf(stderr, "raxel-export: %s\n", printable(text).c_str());
+}
+
+void tell(const Report &report, const Options &options) {
+  if (report.exit != kDone) return say(report.error);
+  if (!options.quiet) {
+    for (const std::string &note : report.notes) say(report.input + ": note: " + note);
   }
   if (options.verbose) {
-    for (const std::string &detail : report.details) {
-      std::fprintf(stderr, "raxel-export: %s: %s\n", report.input.c_str(), detail.c_str());
-    }
+    for (const std::string &detail : report.details) say(report.input + ": " + detail);
   }
   if (report.dryRun && !options.json) {
-    std::printf("%s: %s; %llu bytes uncompressed\n", report.input.c_str(), geometry(report).c_str(),
-                static_cast<unsigned long long>(report.plan.uncompressedBytes));
+    std::printf("%s: %s\n", printable(report.input).c_str(), outlook(report).c_str());
   }
   if (options.verbose && !report.dryRun) {
-    std::fprintf(stderr,
-                 "raxel-export: %s: %s; %llu bytes%s; read %.3f s, prepared %.3f s, written %.3f s\n",
-                 report.output.c_str(), geometry(report).c_str(),
-                 static_cast<unsigned long long>(report.bytes), report.verified ? ", verified" : "",
-                 report.readSeconds, report.prepareSeconds, report.writeSeconds);
+    char times[120];
+    std::snprintf(times, sizeof times, "%llu bytes%s; read %.3f s, prepared %.3f s, written %.3f s",
+                  static_cast<unsigned long long>(report.bytes), report.verified ? ", verified" : "",
+                  report.readSeconds, report.prepareSeconds, report.writeSeconds);
+    say(report.output + ": " + (report.planned ? geometry(report) + "; " : "") + times);
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "failure.h"
@@ -32,6 +33,11 @@ struct Report {
   std::vector<std::string> details;  // for --verbose
   double readSeconds = 0, prepareSeconds = 0, writeSeconds = 0;
 };
+
+// One line on standard error: "raxel-export: " and the text. Names of files may hold control characters,
+// which are written out so that they command no terminal and break no line.
+void say(const std::string &text);
+std::string printable(std::string_view text);
 
 // Tells people: notes and errors on standard error, and what --dry-run and --verbose ask for.
 void tell(const Report &report, const Options &options);

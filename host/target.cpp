@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 
 #include "failure.h"
@@ -31,12 +30,18 @@ std::string slotName(const std::string &path, int slot) {
   return folder + "." + path.substr(folder.size(), kLongestStem) + ".raxel-" + std::to_string(slot);
 }
 
-// The file that a chain of links ends in; the path itself when there is none.
-std::string followLinks(const std::string &path) {
-  char *resolved = realpath(path.c_str(), nullptr);
-  const std::string found = resolved ? resolved : path;
-  std::free(resolved);
-  return found;
+// The file that a chain of links ends in, there or not; the path itself when it is no link. Empty for a
+// chain without an end.
+std::string followLinks(std::string path) {
+  constexpr int kMostLinks = 40;  // as the system does
+  char to[PATH_MAX];
+  for (int links = 0; links < kMostLinks; ++links) {
+    const ssize_t length = readlink(path.c_str(), to, sizeof to);
+    if (length < 0) return path;
+    const std::string next(to, static_cast<size_t>(length));
+    path = next.front() == '/' ? next : folderOf(path) + next;
+  }
+  return "";
 }
 
 // True when the descriptor is locked by us and still is the file of that name.
@@ -123,7 +128,8 @@ Target::Target(const std::string &path, const TargetRules &rules) : name_(path) 
     sink_ = std::make_unique<Sink>(-1);
     return;
   }
-  path_ = exists ? followLinks(path) : path;
+  path_ = followLinks(path);
+  if (path_.empty()) failCreate(name_, "its links lead in a circle");
   makeTemporary();
   replaces_ = exists;
   if (exists) {

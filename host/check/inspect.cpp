@@ -7,6 +7,7 @@
 #include "check/directory.h"
 #include "check/libtiff.h"
 #include "input.h"
+#include "report.h"
 
 namespace host {
 namespace {
@@ -66,13 +67,11 @@ void printPieces(const Directory &directory) {
 void print(const Inspection &seen) {
   const Directory &d = seen.directory;
   if (d.entries.empty()) {
-    for (const std::string &fault : d.faults) {
-      std::fprintf(stderr, "raxel-export: %s: %s\n", seen.name.c_str(), fault.c_str());
-    }
+    for (const std::string &fault : d.faults) say(seen.name + ": " + fault);
     return;
   }
-  std::printf("%s: %llu bytes, %s-endian\n", seen.name.c_str(), static_cast<unsigned long long>(seen.bytes),
-              d.littleEndian ? "little" : "big");
+  std::printf("%s: %llu bytes, %s-endian\n", printable(seen.name).c_str(),
+              static_cast<unsigned long long>(seen.bytes), d.littleEndian ? "little" : "big");
   std::printf("Directory at %u, %zu entries:\n", d.offset, d.entries.size());
   for (const DirectoryEntry &entry : d.entries) {
     std::printf("  %5u  %-20s %-9s %5u  %s\n", entry.tag, tagName(entry.tag).c_str(),
@@ -127,7 +126,7 @@ int inspectAll(const Options &options) {
     } catch (const Failure &failure) {
       seen.exit = failure.code();
       seen.directory.faults.push_back(failure.what());
-      std::fprintf(stderr, "raxel-export: %s\n", failure.what());
+      say(failure.what());
     }
     if (exit == kDone) exit = seen.exit;
     if (options.json) results.push_back(jsonOf(seen));
