@@ -65,6 +65,11 @@ TEST(PackBits, PairIsAlwaysARun) {
   EXPECT_EQ(encode({1, 1, 2, 2, 2, 3, 3}), (Bytes{0xFF, 1, 0xFE, 2, 0xFF, 3}));
 }
 
+TEST(PackBits, LiteralsAndRunsInTurn) {
+  EXPECT_EQ(encode({0x41, 0x42, 0x42, 0x43, 0x44, 0x45, 0x45, 0x45}),
+            (Bytes{0x00, 0x41, 0xFF, 0x42, 0x01, 0x43, 0x44, 0xFE, 0x45}));
+}
+
 TEST(PackBits, LiteralAtTheEndKeepsItsLastByte) {
   EXPECT_EQ(encode({7, 7, 1, 2, 3}), (Bytes{0xFF, 7, 0x02, 1, 2, 3}));
 }
