@@ -13,4 +13,8 @@ namespace bench {
 void writeRgbWithLibtiff(const std::string &path, std::span<const uint8_t> bitmap, uint32_t width,
                          uint32_t height, uint16_t compression);
 
+// The same for rows of one bit a pixel, padded to 4 bytes.
+void writeBilevelWithLibtiff(const std::string &path, std::span<const uint8_t> bitmap, uint32_t width,
+                             uint32_t height, uint16_t compression);
+
 }  // namespace bench
