@@ -131,22 +131,25 @@ RAXEL_EXPORT int32_t TermColorLib(Handle context);
 
 // Adds a 24-bit picture to a context's histogram and chooses a table from all that was added.
 //   rows     the picture, rlBytesPerLine(width, 24) bytes a row
+//   width    more than 2147483647 pixels are none
+//   height   as a signed number; no rows when negative
 //   count    in: the colours wanted; out: those obtained, 0 when no table is built
 //   mode     bit 0: build the table; bit 1: keep the histogram after it (without a table it is kept)
 //   table    3 bytes for each colour wanted, filled for each one obtained
 // Returns 0, or -1 when something is missing or there is no memory.
-RAXEL_EXPORT int32_t direct_indexed(const uint8_t *rows, int16_t width, int16_t height, uint16_t *count,
+RAXEL_EXPORT int32_t direct_indexed(const uint8_t *rows, uint32_t width, int16_t height, uint16_t *count,
                                     uint16_t mode, uint8_t *table, Handle context);
 
 // The steps of the median cut. All positions count from the list's first entry.
 //
 // Measures the box over the entries first to last.
 RAXEL_EXPORT void getCRectData(ColorBox *box, const ColorFreq *list, int16_t first, int16_t last);
-// Sorts n entries by one channel, ascending. The list holds n + 1 entries: the one past the box takes
+// Sorts n entries by one channel, ascending: axis 0 red, 1 green, any other blue. The list holds n + 1 entries: the one past the box takes
 // part in the heap and may change places with one of the box.
 RAXEL_EXPORT void HeapSort(ColorFreq *list, int16_t axis, uint16_t n);
 // Lets the entry at start sink in the heap that ends at position last, included.
-RAXEL_EXPORT void AdjustHeap(ColorFreq *list, int16_t axis, int16_t start, int16_t last);
+RAXEL_EXPORT void AdjustHeap(ColorFreq *list, int16_t axis, int32_t start, int32_t last);
+// Exchanges two entries; does nothing when one is missing.
 RAXEL_EXPORT void clrswap(ColorFreq *a, ColorFreq *b);
 // The position after which to cut a sorted box. The list is read one entry past the box.
 RAXEL_EXPORT int32_t find_median(const ColorFreq *list, const ColorBox *box);

@@ -36,7 +36,7 @@ void clrswap(ColorFreq *a, ColorFreq *b) {
   if (a != nullptr && b != nullptr) std::swap(*a, *b);
 }
 
-void AdjustHeap(ColorFreq *list, int16_t axis, int16_t start, int16_t last) {
+void AdjustHeap(ColorFreq *list, int16_t axis, int32_t start, int32_t last) {
   if (list == nullptr || last < 0) return;
   color::adjustHeap({list, static_cast<size_t>(last) + 1}, axis, start, last);
 }

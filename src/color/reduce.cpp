@@ -171,12 +171,14 @@ int32_t TermColorLib(Handle handle) {
   return 0;
 }
 
-int32_t direct_indexed(const uint8_t *rows, int16_t width, int16_t height, uint16_t *count, uint16_t mode,
+int32_t direct_indexed(const uint8_t *rows, uint32_t width, int16_t height, uint16_t *count, uint16_t mode,
                        uint8_t *table, Handle context) {
   if (rows == nullptr || count == nullptr) return -1;
-  const uint32_t columns = width > 0 ? static_cast<uint32_t>(width) : 0;
+  const uint32_t columns = width <= INT32_MAX ? width : 0;
   const uint32_t lines = height > 0 ? static_cast<uint32_t>(height) : 0;
-  const size_t size = static_cast<size_t>(color::bitmapSize(columns, lines, 24));
+  // The host answers for what its geometry names.
+  const auto size =
+      static_cast<size_t>(std::min<uint64_t>(color::bitmapSize(columns, lines, 24), SIZE_MAX / 2));
   std::span<uint8_t> entries;
   if (table != nullptr) entries = {table, size_t{*count} * 3};
   return color::reduce({rows, size}, columns, height, count, mode, entries, context);

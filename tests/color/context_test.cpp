@@ -140,11 +140,24 @@ TEST(ColorLib, NegativeSidesHoldNoPixels) {
   const Context context;
   uint16_t count = 4;
   Bytes table(12);
-  EXPECT_EQ(direct_indexed(kGreen.data(), -1, 1, &count, 3, table.data(), context.handle()), 0);
+  EXPECT_EQ(direct_indexed(kGreen.data(), UINT32_MAX, 1, &count, 3, table.data(), context.handle()), 0);
   EXPECT_EQ(count, 0);
   count = 4;
   EXPECT_EQ(direct_indexed(kGreen.data(), 1, -1, &count, 3, table.data(), context.handle()), 0);
   EXPECT_EQ(count, 0);
+}
+
+// Sixteen colours in turn, over more columns than 16 bits with a sign count.
+TEST(ColorLib, WidthsAbove32767Count) {
+  constexpr uint32_t kWide = 40000;
+  Bytes row(kWide * 3);
+  for (size_t x = 0; x < kWide; ++x) row[3 * x] = static_cast<uint8_t>(x % 16 * 8);
+  const Context context;
+  uint16_t count = 17;
+  Bytes table(51);
+  EXPECT_EQ(direct_indexed(row.data(), kWide, 1, &count, 3, table.data(), context.handle()), 0);
+  EXPECT_EQ(count, 16);
+  EXPECT_EQ(Bytes(table.begin() + 45, table.begin() + 48), Bytes({127, 0, 0}));
 }
 
 }  // namespace

@@ -91,6 +91,16 @@ TEST(AdjustHeap, SinksThroughSeveralLevels) {
   EXPECT_EQ(blues(list), (Keys{9, 8, 7, 5, 6, 0, 1}));
 }
 
+// Whole histograms have 32,768 entries, and one past them.
+TEST(AdjustHeap, ReachesTheEntryPastAWholeHistogram) {
+  std::vector<ColorFreq> list(32769, ColorFreq{1, 0});
+  list[16383] = {0, 7};  // its left child is the last entry but one
+  list[32768] = {9, 8};
+  AdjustHeap(list.data(), 2, 16383, 32768);
+  EXPECT_EQ(list[16383].count, 8);
+  EXPECT_EQ(list[32768].count, 7);
+}
+
 TEST(Heap, PlacesOutsideTheListAreLeftAlone) {
   auto list = listOf({1, 5});
   color::adjustHeap(list, 2, 0, 30000);
