@@ -183,12 +183,8 @@ void writeAlone(const Cells &cells) {
   uint32_t done = 0;
   placeRows(cells, cells.rows, done);
   if (lpEMData->hCellBuf == 0) return;
-  if (raster::useDriverSetup()) {
-    RasterWriteCellData(lpEMData->hCellBuf, cells.width, cells.rows, lpEMData->nResolution, cells.bits,
-                        cells.bits == 24 ? 1 : 0);
-  } else {
-    push_er(RAXEL_NO_MEMORY);
-  }
+  RasterWriteCellData(lpEMData->hCellBuf, cells.width, cells.rows, lpEMData->nResolution, cells.bits,
+                      cells.bits == 24 ? 1 : 0);
   if (lpEMData != nullptr) dropBuffer();
 }
 

@@ -7,6 +7,7 @@
 #include "raxel/memory.h"
 #include "raxel/tiff.h"
 #include "runtime/blocks.h"
+#include "runtime/settings_in_use.h"
 
 namespace {
 
@@ -33,10 +34,16 @@ struct Target {
   uint16_t colourSpace = 0;
 };
 
-// Reports progress. False when the host asks to stop, or took the settings away meanwhile.
-bool report(uint32_t percent) {
+// Reports progress. False when the host asks to stop, ended the session, or destroyed the settings
+// meanwhile; the last is an error of the picture's.
+bool report(const runtime::SettingsInUse &use, uint32_t percent) {
   const int32_t answer = raster::tellHost(0, 0, 0, percent);
-  return lpEMData != nullptr && raster::useDriverSetup() && answer == 0;
+  if (lpEMData == nullptr) return false;
+  if (use.destroyed() || !raster::useDriverSetup()) {
+    push_er(RAXEL_NO_MEMORY);
+    return false;
+  }
+  return answer == 0;
 }
 
 // The window's size in inches when a resolution is known, else the picture's own in pixels.
@@ -104,6 +111,19 @@ bool changeDepth(Picture &picture, const Target &target) {
   return true;
 }
 
+// Heights alone decide whether a picture is scaled, so the target may be wider than the rows. The
+// block is then filled up with zeros to the writer's size, and whatever the writer does to pixels it
+// does to those as well. False when no block holds that many.
+bool fillUp(Picture &picture, const Target &target) {
+  const uint64_t bytes = raster::bufferBytes(raster::rowBytes(target.width, target.depth), target.height);
+  const auto held = runtime::lockBytes(picture.bits);
+  if (held.size() >= bytes) return true;
+  const Handle longer = runtime::allocate(bytes);
+  if (longer == 0) return false;
+  if (!held.empty()) std::memcpy(GlobalLock(longer), held.data(), held.size());
+  return replace(picture, longer, target.width, target.height);
+}
+
 // The writer reads up to 256 entries, so a shorter table goes to it with black after its end.
 void writeFile(const Picture &picture, const Target &target) {
   uint8_t palette[256][3] = {};
@@ -124,7 +144,12 @@ void writeFile(const Picture &picture, const Target &target) {
 
 void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t resolution,
                          uint32_t bitsPerPixel, int32_t kind) {
-  if (lpEMData == nullptr || pixels == 0 || !raster::useDriverSetup()) return;
+  if (lpEMData == nullptr || pixels == 0) return;
+  if (!raster::useDriverSetup()) {
+    push_er(RAXEL_NO_MEMORY);
+    return;
+  }
+  const runtime::SettingsInUse use(lpSetup);
   const Target target = targetOf(width, rows, resolution);
   if (target.depth == 0) return;
   Picture picture;
@@ -138,7 +163,7 @@ void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t 
   // Only heights are compared; the width follows along.
   if (target.height < rows) {
     if (!shrink(picture, target)) return;
-    if (!report(percent += kStep)) return;
+    if (!report(use, percent += kStep)) return;
   }
   if (picture.depth < 24) {
     picture.palette = runtime::Block::ofSize(sizeof lpEMData->ColorTable);
@@ -149,7 +174,7 @@ void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t 
   }
   if (target.depth != picture.depth) {
     if (!changeDepth(picture, target)) return;
-    if (!report(percent += kStep)) return;
+    if (!report(use, percent += kStep)) return;
   }
   // No setting asks for CMYK output: the colour space stays 0.
   if (target.colourSpace == kCmykSpace && target.depth == 32) {
@@ -158,8 +183,9 @@ void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t 
   }
   if (target.height > rows) {
     if (!stretch(picture, target)) return;
-    if (!report(percent += kStep)) return;
+    if (!report(use, percent += kStep)) return;
   }
-  if (percent < kHalfway && !report(kHalfway)) return;
+  if (percent < kHalfway && !report(use, kHalfway)) return;
+  if (!fillUp(picture, target)) return;
   writeFile(picture, target);
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,12 @@ class Host {
   }
   Host(const Host &) = delete;
   Host &operator=(const Host &) = delete;
+
+  // For a callback that does away with the setup in the middle of a call.
+  void destroySetup() {
+    DestroySetup(setup_);
+    setup_ = 0;
+  }
 
   RasterSetup &settings() { return *static_cast<RasterSetup *>(GlobalLock(setup_)); }
   int32_t initialise() { return RASTER_dd_entry32(0, 0, record_.data()); }
@@ -136,6 +143,8 @@ class Host {
 
   std::vector<Call> calls;
   size_t refuseFrom = 0;  // 1-based number of the first call to refuse
+  // What the host does in its callback, if anything.
+  std::function<void()> action;
   std::array<HostWord, 16> record_ = {};
   std::array<HostWord, 16> status_ = {};
   std::array<uint32_t, 64> capabilities_ = {};
@@ -148,6 +157,8 @@ class Host {
     // The follow-up query carries a block's address, which no test compares.
     const bool followUp = a == 2 && b == 61;
     host->calls.push_back({context, {a, b, c, d, e, followUp ? 0 : f}});
+    const std::function<void()> act = host->action;  // which may replace itself
+    if (act) act();
     return host->refuseFrom != 0 && host->calls.size() >= host->refuseFrom ? 1 : 0;
   }
 

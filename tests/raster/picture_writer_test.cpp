@@ -1,0 +1,142 @@
+// Unframed pictures whose target is wider than their rows, and hosts that take the settings away.
+#include <gtest/gtest.h>
+
+#include "raster/session.h"
+#include "support/temp_dir.h"
+#include "support/tiff_reader.h"
+
+namespace {
+
+using raster_test::Host;
+
+// Pixels of 0.254 mm, 100 to an inch, written at 200 by 100 dots per inch: the target has the rows'
+// height and twice their width, so nothing is scaled.
+class WideTarget : public testing::Test {
+ protected:
+  WideTarget() : host(dir.file("wide.tif")) {
+    host.settings().nResolutionMode = 310;
+    host.settings().tiff.nXResolution = 200;
+    host.settings().tiff.nYResolution = 100;
+  }
+
+  // One cell array of 64 by 8 pixels of the value 0 with this colour table, in this bitmap mode. The
+  // file's rows.
+  std::vector<uint8_t> rowsOfZeros(int32_t mode, int32_t bits, const std::vector<uint8_t> &colors) {
+    host.settings().nBitmapMode = mode;
+    host.initialise();
+    host.send(1);
+    host.send(3);
+    host.setWindow(0, 0, 63, 7);
+    host.setResolution(0.254);
+    host.send(4);
+    host.setColors(0, colors);
+    const std::vector<uint8_t> zeros(static_cast<size_t>(64 * bits));
+    EXPECT_EQ(host.send(Host::cellArray(64, 8, bits, zeros)), 0);
+    host.finish();
+    const auto bytes = support::readFile(dir.file("wide.tif"));
+    const auto file = support::readTiff(bytes);
+    EXPECT_TRUE(file.ok()) << file.error;
+    EXPECT_EQ(file.width(), 128u);
+    EXPECT_EQ(file.height(), 8u);
+    return support::uncompressedRows(file);
+  }
+
+  support::TempDir dir;
+  Host host;
+};
+
+TEST_F(WideTarget, PixelsPastTheBlockAreInvertedLikeTheOthers) {
+  // Entry 0 is white, so a clear bit becomes a set one.
+  EXPECT_EQ(rowsOfZeros(215, 1, {255, 255, 255}), std::vector<uint8_t>(16 * 8, 0xFF));
+}
+
+TEST_F(WideTarget, PixelsPastTheBlockAreRemappedLikeTheOthers) {
+  std::vector<uint8_t> descending;
+  for (int level = 255; level >= 0; --level)
+    descending.insert(descending.end(), 3, static_cast<uint8_t>(level));
+  const auto rows = rowsOfZeros(217, 8, descending);
+  ASSERT_EQ(rows.size(), 128u * 8);
+  // Mapped bytes move one towards the row's start, and the last byte of a row may come from another
+  // chunk: the others are all index 0, which is white.
+  for (size_t at = 0; at < rows.size(); ++at) {
+    if (at % 128 != 127) {
+      ASSERT_EQ(rows[at], rows[0]) << at;
+    }
+  }
+  EXPECT_GE(rows[0], 254) << "give or take the sum of three doubles";
+}
+
+TEST_F(WideTarget, ATargetThatNoBlockHoldsLeavesNoFileStructure) {
+  // Two thousand million columns of three bytes.
+  host.settings().nBitmapMode = 222;
+  host.initialise();
+  host.send(1);
+  host.send(3);
+  host.setWindow(0, 0, 1e9 - 1, 7);
+  host.setResolution(0.254);
+  host.send(4);
+  EXPECT_EQ(host.send(Host::cellArray(4, 8, 24, std::vector<uint8_t>(96))), 0);
+  EXPECT_EQ(lpEMData->hCellBuf, 0u);
+  host.finish();
+  EXPECT_TRUE(support::readFile(dir.file("wide.tif")).empty());
+}
+
+TEST_F(WideTarget, TheCallersBlockStaysAsLongAsItWas) {
+  host.settings().nBitmapMode = 221;
+  host.initialise();
+  host.send(1);
+  lpEMData->DevWindow[3] = 63;
+  lpEMData->DevWindow[4] = 7;
+  const Handle pixels = GlobalAlloc(66, 64 * 8);
+  RasterWriteCellData(pixels, 64, 8, 100, 8, 0);
+  EXPECT_EQ(GlobalSize(pixels), 512u);
+  GlobalFree(pixels);
+}
+
+class TakenAway : public testing::Test {
+ protected:
+  TakenAway() : host(dir.file("gone.tif")) {}
+  support::TempDir dir;
+  Host host;
+};
+
+TEST_F(TakenAway, ASetupDestroyedInTheReportIsError300) {
+  host.openBody(4, 4);
+  host.action = [this] {
+    if (host.calls.back().values[3] == 50) host.destroySetup();
+  };
+  EXPECT_EQ(host.send(Host::cellArray(4, 4, 24, std::vector<uint8_t>(48))), 300);
+  EXPECT_EQ(host.setup_, 0u);
+  EXPECT_EQ(lpEMData->hCellBuf, 0u);
+  host.action = nullptr;
+  host.finish();
+  EXPECT_TRUE(support::readFile(dir.file("gone.tif")).empty());
+}
+
+TEST_F(TakenAway, AStopIsNoErrorOfThePicture) {
+  host.openBody(4, 4);
+  host.refuseFrom = host.calls.size() + 1;
+  EXPECT_EQ(host.send(Host::cellArray(4, 4, 24, std::vector<uint8_t>(48))), 0);
+  host.refuseFrom = 0;
+}
+
+TEST_F(TakenAway, ASessionEndedInTheReportLeavesNothingToAnswer) {
+  host.openBody(4, 4);
+  host.action = [this] {
+    host.action = nullptr;
+    host.terminate();
+  };
+  EXPECT_EQ(host.send(Host::cellArray(4, 4, 24, std::vector<uint8_t>(48))), 0);
+  EXPECT_EQ(lpEMData, nullptr);
+}
+
+TEST_F(TakenAway, WithoutASetupTheWriterItselfPushes300) {
+  host.record_[13] = 0;
+  host.initialise();
+  const Handle pixels = GlobalAlloc(66, 16);
+  RasterWriteCellData(pixels, 4, 4, 0, 8, 0);
+  EXPECT_EQ(lpEMData->nLastError, 300);
+  GlobalFree(pixels);
+}
+
+}  // namespace
