@@ -32,8 +32,9 @@ inline bool isPixelDepth(int16_t depth) {
 // Row y of a block, empty when it lies past the block's end.
 template <class Byte>
 std::span<Byte> rowAt(std::span<Byte> block, uint64_t bytesPerLine, uint64_t y) {
-  if (bytesPerLine != 0 && y > block.size() / bytesPerLine) return {};
-  return block.subspan(static_cast<size_t>(std::min<uint64_t>(y * bytesPerLine, block.size())));
+  uint64_t at = 0;
+  if (__builtin_mul_overflow(bytesPerLine, y, &at)) return {};
+  return block.subspan(static_cast<size_t>(std::min<uint64_t>(at, block.size())));
 }
 
 constexpr uint32_t packRgb(uint8_t red, uint8_t green, uint8_t blue) {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "color/bitmap.h"
+#include "color/kernels.h"
 #include "color/packed_pixels.h"
 #include "runtime/unaligned.h"
 
@@ -11,24 +12,15 @@ namespace color {
 
 namespace {
 
-// Pixels of less than a byte are gathered as bytes when the run's source columns fit in this many: up
-// to about every second column left out.
+// Pixels of less than a byte are moved as bytes when the run's source columns fit in this many: up to
+// about every second column left out.
 constexpr uint32_t kUnpacked = 2 * ColumnRun::kLongest + 64;
+
+// With fewer rows a plan costs more than it saves.
+constexpr uint64_t kRowsWorthPlanning = 3;
 
 uint32_t pixelsPerByte(int16_t depth) {
   return depth < 8 ? 8u / static_cast<uint32_t>(depth) : 1u;
-}
-
-// The columns that fill whole bytes by themselves, counted from the run's first.
-struct WholeBytes {
-  uint32_t begin;
-  uint32_t end;
-};
-
-WholeBytes wholeBytes(const ColumnRun &run) {
-  const uint32_t perByte = pixelsPerByte(run.depth);
-  const uint32_t begin = std::min((run.begin + perByte - 1) / perByte * perByte, run.end);
-  return {begin, std::max(run.end / perByte * perByte, begin)};
 }
 
 uint32_t bitAt(const uint8_t *row, uint32_t x) {
@@ -40,17 +32,21 @@ uint32_t nibbleAt(const uint8_t *row, uint32_t x) {
 }
 
 void gatherBits(const uint32_t *columns, uint32_t n, const uint8_t *source, uint8_t *out) {
-  for (uint32_t i = 0; i < n; i += 8, columns += 8) {
+  for (; n >= 8; n -= 8, columns += 8) {
     uint32_t byte = 0;
     for (int bit = 0; bit < 8; ++bit) byte = byte << 1 | bitAt(source, columns[bit]);
     *out++ = static_cast<uint8_t>(byte);
   }
+  uint32_t last = 0;
+  for (uint32_t bit = 0; bit < n; ++bit) last |= bitAt(source, columns[bit]) << (7 - bit);
+  if (n != 0) *out = static_cast<uint8_t>(last);
 }
 
 void gatherNibbles(const uint32_t *columns, uint32_t n, const uint8_t *source, uint8_t *out) {
-  for (uint32_t i = 0; i < n; i += 2, columns += 2) {
+  for (; n >= 2; n -= 2, columns += 2) {
     *out++ = static_cast<uint8_t>(nibbleAt(source, columns[0]) << 4 | nibbleAt(source, columns[1]));
   }
+  if (n != 0) *out = static_cast<uint8_t>(nibbleAt(source, columns[0]) << 4);
 }
 
 void gatherBytes(const uint32_t *columns, uint32_t n, const uint8_t *source, uint8_t *out) {
@@ -74,13 +70,11 @@ void gatherWords(const uint32_t *columns, uint32_t n, const uint8_t *source, uin
   for (uint32_t i = 0; i < n; ++i) std::memcpy(out + size_t{i} * 4, source + size_t{columns[i]} * 4, 4);
 }
 
-// Pixels of whole bytes: what the shuffle leaves over, one by one.
-void gatherWhole(const ColumnRun &run, WholeBytes whole, std::span<const uint8_t> source, uint8_t *out) {
-  const bool shuffled = run.shuffle.reach <= source.size();
-  const auto done = static_cast<uint32_t>(shuffled ? run.shuffle.columns : 0);
-  if (done != 0) shuffleRow(run.shuffle, source.data(), out);
-  const uint32_t *columns = run.columns + whole.begin + done;
-  const uint32_t n = whole.end - whole.begin - done;
+// Pixels of whole bytes: by the plan, and one by one what it leaves over.
+void gatherWhole(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
+  const auto done = static_cast<uint32_t>(run.move.columns != 0 ? run.move.move(run.move, source, out) : 0);
+  const uint32_t *columns = run.columns + run.whole + done;
+  const uint32_t n = run.end - run.whole - done;
   if (run.depth <= 8) {
     gatherBytes(columns, n, source.data(), out + done);
   } else if (run.depth == 24) {
@@ -90,26 +84,31 @@ void gatherWhole(const ColumnRun &run, WholeBytes whole, std::span<const uint8_t
   }
 }
 
-// Puts back what a byte held past the first n pixels of a row, of which it now holds the last few.
-void restorePast(uint8_t &last, uint8_t kept, uint64_t n, int16_t depth) {
-  last |= static_cast<uint8_t>(kept & (0xFFu >> (n * static_cast<uint64_t>(depth) % 8)));
-}
-
-// Pixels of less than a byte, each in a byte of its own on the way, up to the run's last column.
-void gatherUnpacked(const ColumnRun &run, WholeBytes whole, std::span<const uint8_t> source, uint8_t *out) {
-  uint8_t values[kUnpacked + 32];
+// Pixels of less than a byte, each in a byte of its own on the way.
+void gatherUnpacked(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
+  uint8_t values[kUnpacked + 64];
   uint8_t gathered[ColumnRun::kLongest];
   const uint32_t perByte = pixelsPerByte(run.depth);
   const uint32_t used = (run.columns[run.end - 1] + perByte) / perByte * perByte;
   const uint8_t *bytes = source.data() + run.origin / perByte;
   run.depth == 1 ? unpackBits(bytes, used, values) : unpackNibbles(bytes, used, values);
-  std::memset(values + used, 0, 32);  // a shuffle may read this far
-  gatherWhole(run, {whole.begin, run.end}, values, gathered);
-  const uint32_t n = run.end - whole.begin;
-  uint8_t *last = out + n / perByte;
-  const uint8_t kept = n % perByte != 0 ? *last : uint8_t{0};
+  std::memset(values + used, 0, 64);  // a plan may read this far
+  gatherWhole(run, values, gathered);
+  const uint32_t n = run.end - run.whole;
   run.depth == 1 ? packBits(gathered, n, out) : packNibbles(gathered, n, out);
-  if (n % perByte != 0) restorePast(*last, kept, n, run.depth);
+}
+
+// Pixels of less than a byte as they are packed: by the plan, which takes all of them, or one by one.
+void gatherPacked(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
+  const uint32_t *columns = run.columns + run.whole;
+  const uint32_t n = run.end - run.whole;
+  if (run.move.columns != 0) {
+    run.move.move(run.move, source, out);
+  } else if (run.depth == 1) {
+    gatherBits(columns, n, source.data(), out);
+  } else {
+    gatherNibbles(columns, n, source.data(), out);
+  }
 }
 
 // Pixel by pixel: for columns that share a byte with others, and rows that their block cuts short.
@@ -121,55 +120,67 @@ void copyPixels(const ColumnRun &run, uint32_t begin, uint32_t end, std::span<co
   }
 }
 
+// Pixels of less than a byte count from the byte that holds the first of them, when they are near
+// enough to one another to be unpacked together.
+void planUnpacked(ColumnRun &run) {
+  const uint32_t perByte = pixelsPerByte(run.depth);
+  const uint32_t origin = run.columns[run.begin] / perByte * perByte;
+  run.unpacked = run.columns[run.end - 1] - origin < kUnpacked - 8;
+  if (!run.unpacked) return;
+  run.origin = origin;
+  for (uint32_t i = run.begin; i < run.end; ++i) run.columns[i] -= origin;
+}
+
 }  // namespace
 
 void planRun(ColumnRun &run, Columns how, int16_t depth, uint32_t sourceWidth, uint32_t width,
-             uint32_t first) {
+             uint32_t first, uint64_t rows) {
   run.depth = depth;
   run.first = first;
-  run.end = std::min(ColumnRun::kLongest, width - first);
+  run.end = std::min(longestRun(depth), width - first);
   run.begin = static_cast<uint32_t>(mapColumns(how, sourceWidth, width, first, {run.columns, run.end}));
   run.origin = 0;
+  run.unpacked = false;
+  run.move.columns = 0;
   // Widening counts wide sources differently, so that there equal widths say nothing.
   run.straight = how == Columns::kNarrow && sourceWidth == width;
-  if (run.begin >= run.end || run.straight || !isPixelDepth(depth)) return;
-  // Pixels of less than a byte count from the byte that holds the first of them, when they are near
-  // enough to one another to be unpacked together.
+  if (run.begin >= run.end || !isPixelDepth(depth)) return;
+  // Columns rise from left to right: when the last one lies in a row, all do.
+  run.reads = ((uint64_t{run.columns[run.end - 1]} + 1) * static_cast<uint64_t>(depth) + 7) / 8;
   const uint32_t perByte = pixelsPerByte(depth);
-  const uint32_t origin = run.columns[run.begin] / perByte * perByte;
-  if (run.columns[run.end - 1] - origin < kUnpacked - 8) {
-    run.origin = origin;
-    for (uint32_t i = run.begin; i < run.end; ++i) run.columns[i] -= origin;
-  }
-  const WholeBytes whole = wholeBytes(run);
-  planShuffle(run.shuffle, {run.columns + whole.begin, run.end - whole.begin},
-              depth < 8 ? 1 : static_cast<uint32_t>(depth) / 8);
+  run.whole = std::min((run.begin + perByte - 1) / perByte * perByte, run.end);
+  if (run.straight || run.whole == run.end) return;
+  const std::span<const uint32_t> columns(run.columns + run.whole, run.end - run.whole);
+  const bool worthPlanning = rows >= kRowsWorthPlanning;
+  if (worthPlanning) kernels().planMove(run.move, columns, depth);
+  if (depth >= 8 || run.move.columns != 0) return;
+  planUnpacked(run);
+  if (worthPlanning && run.unpacked) kernels().planMove(run.move, columns, 8);
 }
 
 void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination) {
   if (run.begin >= run.end || !isPixelDepth(run.depth)) return;
+  if (run.reads > source.size()) return copyPixels(run, run.begin, run.end, source, destination);
+  copyPixels(run, run.begin, run.whole, source, destination);
+  if (run.whole == run.end) return;
   const auto depth = static_cast<uint64_t>(run.depth);
-  // Columns rise from left to right: when the last one lies in the row, all do.
-  const uint64_t lastBit = (uint64_t{run.origin} + run.columns[run.end - 1] + 1) * depth;
-  if ((lastBit + 7) / 8 > source.size()) {
-    return copyPixels(run, run.begin, run.end, source, destination);
-  }
-  const WholeBytes whole = wholeBytes(run);
-  copyPixels(run, run.begin, whole.begin, source, destination);
-  uint8_t *out = destination.data() + (uint64_t{run.first} + whole.begin) * depth / 8;
+  uint8_t *out = destination.data() + (uint64_t{run.first} + run.whole) * depth / 8;
+  const uint64_t bits = (run.end - run.whole) * depth;
+  // The bits beside the run in its last byte.
+  uint8_t *last = out + (bits + 7) / 8 - 1;
+  const uint8_t beside = static_cast<uint8_t>(bits % 8 != 0 ? 0xFFu >> (bits % 8) : 0);
+  const uint8_t kept = *last & beside;
   if (run.straight) {
-    const uint64_t from = uint64_t{run.columns[whole.begin]} * depth / 8;
-    std::memcpy(out, source.data() + from, static_cast<size_t>((whole.end - whole.begin) * depth / 8));
+    std::memcpy(out, source.data() + (uint64_t{run.first} + run.whole) * depth / 8,
+                static_cast<size_t>((bits + 7) / 8));
   } else if (run.depth >= 8) {
-    gatherWhole(run, whole, source.subspan(size_t{run.origin} * static_cast<size_t>(run.depth) / 8), out);
-  } else if (run.columns[run.end - 1] < kUnpacked - 8) {
-    return gatherUnpacked(run, whole, source, out);
-  } else if (run.depth == 1) {
-    gatherBits(run.columns + whole.begin, whole.end - whole.begin, source.data(), out);
+    gatherWhole(run, source, out);
+  } else if (run.unpacked) {
+    gatherUnpacked(run, source, out);
   } else {
-    gatherNibbles(run.columns + whole.begin, whole.end - whole.begin, source.data(), out);
+    gatherPacked(run, source, out);
   }
-  copyPixels(run, whole.end, run.end, source, destination);
+  if (beside != 0) *last = static_cast<uint8_t>((*last & ~beside) | kept);
 }
 
 }  // namespace color

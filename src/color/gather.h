@@ -5,28 +5,36 @@
 #include <span>
 
 #include "color/columns.h"
-#include "color/shuffle.h"
+#include "color/move_plan.h"
 
 namespace color {
 
 // A run of destination columns and the plan for the rows of one call. It starts at a multiple of 8, so
 // that at every depth it starts with a byte.
 struct ColumnRun {
-  static constexpr uint32_t kLongest = ShufflePlan::kMostColumns;
+  static constexpr uint32_t kLongest = 8192;
 
   int16_t depth = 0;
   uint32_t first = 0;          // its first column
   uint32_t begin = 0;          // the first one that is written, counted from there
+  uint32_t whole = 0;          // the first one that starts a byte, begin or after it
   uint32_t end = 0;            // one past the last, counted from there
+  uint64_t reads = 0;          // bytes of a source row, up to the last pixel that is read
   bool straight = false;       // every column takes the source column of the same number
+  bool unpacked = false;       // pixels of less than a byte move as bytes, by way of a copy
   uint32_t origin = 0;         // the source column that `columns` count from
   uint32_t columns[kLongest];  // source columns
-  ShufflePlan shuffle;         // for the columns from the first whole byte on
+  MovePlan move;               // for the columns from `whole` on
 };
 
-// Plans the run that starts at column first.
+// How many columns a run has at most. Shallow pixels make longer runs, of about as many bytes.
+constexpr uint32_t longestRun(int16_t depth) {
+  return depth == 1 ? ColumnRun::kLongest : depth <= 8 ? 4096 : 2048;
+}
+
+// Plans the run that starts at column first, for so many rows: few are not worth much of a plan.
 void planRun(ColumnRun &run, Columns how, int16_t depth, uint32_t sourceWidth, uint32_t width,
-             uint32_t first);
+             uint32_t first, uint64_t rows);
 
 // Copies one row's pixels. The rows must not overlap; source columns past the end of their row read
 // as 0, and the destination must hold the whole run. Bits beside the run keep their values.

@@ -1,8 +1,6 @@
 // Sizes, depths and blocks that do not belong together: nothing outside a block is touched, nothing
 // hangs, and what comes back has the size that was asked for.
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <vector>
@@ -12,6 +10,7 @@
 #include "raxel/memory.h"
 #include "runtime/blocks.h"
 #include "support/cases.h"
+#include "support/page_end.h"
 #include "support/random.h"
 
 namespace {
@@ -96,40 +95,13 @@ TEST(BadSizes, AreReduced) {
   }
 }
 
-// Memory that ends where a page does, with a page behind it that cannot be touched.
-class PageEnd {
- public:
-  explicit PageEnd(const std::vector<uint8_t> &bytes)
-      : page_(static_cast<size_t>(::sysconf(_SC_PAGESIZE))) {
-    room_ = (bytes.size() + page_ - 1) / page_ * page_;
-    memory_ = static_cast<uint8_t *>(
-        ::mmap(nullptr, room_ + page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    ::mprotect(memory_ + room_, page_, PROT_NONE);
-    std::memcpy(memory_ + room_ - bytes.size(), bytes.data(), bytes.size());
-    handle_ = GlobalPointerToHandle(memory_ + room_ - bytes.size(), static_cast<uint32_t>(bytes.size()));
-  }
-  ~PageEnd() {
-    GlobalFree(handle_);
-    ::munmap(memory_, room_ + page_);
-  }
-  PageEnd(const PageEnd &) = delete;
-  PageEnd &operator=(const PageEnd &) = delete;
-  Handle handle() const { return handle_; }
-
- private:
-  size_t page_;
-  size_t room_;
-  uint8_t *memory_;
-  Handle handle_;
-};
-
 TEST(GoodSizes, EndWhereTheirMemoryDoes) {
   // Wide enough for every way in which rows move and pixels are counted.
   support::Random random(306);
   for (const int16_t depth : {int16_t{1}, int16_t{4}, int16_t{8}, int16_t{24}, int16_t{32}}) {
     for (const uint32_t width : {31u, 32u, 100u, 1024u}) {
       const uint32_t height = depth == 24 && width == 1024 ? 200 : 20;
-      const PageEnd bits(random.bytes(rlCalcNewSize(width, height, depth)));
+      const support::PageEnd bits(random.bytes(rlCalcNewSize(width, height, depth)));
       for (const uint32_t percent : {45u, 60u, 99u, 100u, 110u, 290u}) {
         const uint32_t to = width * percent / 100;
         // As many rows and more of them: both take the last one too.

@@ -1,0 +1,48 @@
+#include "color/kernels.h"
+
+#include <algorithm>
+
+#include "color/permute.h"
+#include "color/shuffle.h"
+
+namespace color {
+
+namespace {
+
+// By the numbers of Vectors.
+constexpr Kernels kKernels[] = {
+    {.planMove = planNoMove},
+#if defined(RAXEL_HAS_SHUFFLE)
+    {.planMove = planShuffle},
+#endif
+#if defined(RAXEL_HAS_PERMUTE)
+    {.planMove = planPermute},
+#endif
+};
+
+constinit Vectors mostVectors = Vectors::kAvx512;
+
+}  // namespace
+
+Vectors processorVectors() {
+#if defined(RAXEL_HAS_PERMUTE)
+  if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+      __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bitalg")) {
+    return Vectors::kAvx512;
+  }
+#endif
+#if defined(RAXEL_HAS_SHUFFLE)
+  if (__builtin_cpu_supports("ssse3")) return Vectors::kSsse3;
+#endif
+  return Vectors::kNone;
+}
+
+const Kernels &kernels() {
+  return kKernels[static_cast<uint8_t>(std::min(mostVectors, processorVectors()))];
+}
+
+void limitVectors(Vectors most) {
+  mostVectors = most;
+}
+
+}  // namespace color

@@ -1,0 +1,34 @@
+// The inner loops that some processors run faster in another form, chosen in one place, at run time.
+//
+// Every form gives the same bytes. Those of kNone are plain C++ and work everywhere.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "color/move_plan.h"
+
+namespace color {
+
+// What a processor has, in rising order: each includes those before it.
+enum class Vectors : uint8_t {
+  kNone,
+  kSsse3,   // x86: shuffles of 16 bytes
+  kAvx512,  // x86-64: permutations of 64 bytes and gathering of bits (AVX-512 BW, VBMI and BITALG)
+};
+
+struct Kernels {
+  // Plans how rows move; see move_plan.h. May leave out columns from the right, or all.
+  void (*planMove)(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth);
+};
+
+// The fastest forms that this processor has, and that the limit allows.
+const Kernels &kernels();
+
+// What this processor has.
+Vectors processorVectors();
+
+// Keeps kernels() to slower forms from now on, so that tests reach each of them on one machine.
+void limitVectors(Vectors most);
+
+}  // namespace color

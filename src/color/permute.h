@@ -1,0 +1,46 @@
+// Moves the pixels of a row 64 bytes at a time, with the byte permutations of AVX-512.
+//
+// A group takes its pixels from 64 neighbouring bytes of the source, and is as long as they allow: 64
+// bytes where a row is widened, half as many where every second pixel is left out. Pixels of less
+// than a byte are moved as they are packed.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "color/move_plan.h"
+
+#if defined(__x86_64__)
+#define RAXEL_HAS_PERMUTE 1
+#endif
+
+namespace color {
+
+#if defined(RAXEL_HAS_PERMUTE)
+
+// Plans the columns of a run, which never fall, from its first whole byte on. Plans nothing when so
+// many pixels are left out that groups would be too short; pixels of less than a byte all or none.
+void planPermute(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth);
+
+// What the groups of a plan hold, for the functions that move them.
+//   bytes    index[i][k]: which byte of the stretch is byte k of the group
+//   nibbles  index[2 * i][k], index[2 * i + 1][k]: which byte of the stretch has the high, the low nibble
+//            of byte k; 64 more when that nibble is in its other half
+//   bits     of a stretch of 8 bytes, index[i][8 * j + b]: which of its bits is bit b of byte j;
+//            else index[2 * i][8 * j + b]: byte b of the eight that byte j of the group is taken from,
+//            and index[2 * i + 1][8 * j + b]: which of their bits is bit b of it
+// The numbers in the names are the bytes that a group of bytes or nibbles has at most, and those of the
+// stretch that a group of 64 bits comes from.
+size_t permuteBytes16(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
+size_t permuteBytes32(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
+size_t permuteBytes64(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
+size_t permuteNibbles16(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
+size_t permuteNibbles32(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
+size_t permuteNibbles64(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
+size_t permuteBits8(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
+size_t permuteBits16(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
+size_t permuteBits64(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
+
+#endif
+
+}  // namespace color

@@ -1,0 +1,128 @@
+// Scaling at every level of vector instructions, beside the plain form: enough rows that moves are
+// planned, and widths and ratios on both sides of all that a plan depends on.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "color/levels.h"
+#include "color/reference/pixels.h"
+#include "color/reference/scale.h"
+#include "raxel/color.h"
+#include "runtime/blocks.h"
+#include "support/cases.h"
+#include "support/page_end.h"
+#include "support/random.h"
+
+namespace {
+
+using reference::Bytes;
+
+constexpr int16_t kDepths[] = {1, 4, 8, 24, 32};
+
+struct Widths {
+  uint32_t from;
+  uint32_t to;
+};
+
+// From one width to another, by a factor from a ninth to nine.
+Widths anyWidths(support::Random &random) {
+  constexpr uint32_t kPercent[] = {11,  12,  13,  14,  15,  17,  20,  25,  33,  40,  48,  49,
+                                   50,  51,  53,  60,  75,  90,  98,  99,  101, 102, 105, 111,
+                                   115, 120, 133, 150, 190, 200, 201, 290, 400, 900};
+  const auto last = static_cast<int64_t>(std::size(kPercent)) - 1;
+  const auto longest = random.chance(80) ? 700 : 20000;
+  const auto from = static_cast<uint32_t>(random.between(1, longest));
+  const uint32_t percent = random.chance(10) ? 100 : kPercent[random.between(0, last)];
+  const uint32_t to = from * percent / 100 + static_cast<uint32_t>(random.between(0, 2));
+  return {from, std::clamp(to, 1u, 20000u)};
+}
+
+TEST(ScaleLevels, GiveTheSamePictures) {
+  support::Random random(121);
+  for (size_t n = 0; n < support::cases(1500); ++n) {
+    const int16_t depth = kDepths[n % 5];
+    const Widths w = anyWidths(random);
+    const auto height = static_cast<uint32_t>(random.between(1, 5));
+    const auto newHeight = static_cast<uint32_t>(random.between(1, 6));
+    // Now and then the block ends early: in the middle of its last row, or long before.
+    const size_t size = size_t{reference::lineBytes(w.from, depth)} * height;
+    Bytes bits = random.bytes(size);
+    const size_t held = random.chance(80) ? size : size - random.next() % (size + 1);
+    std::fill(bits.begin() + static_cast<ptrdiff_t>(held), bits.end(), uint8_t{0});
+    const Bytes expected = reference::scale(bits, depth, w.from, height, w.to, newHeight);
+    bits.resize(held);
+    const support::PageEnd source(bits);
+    for (const color::Vectors level : levels::all()) {
+      const levels::AtMost limit(level);
+      const runtime::Block scaled(rlShrinkBitmap(source.handle(), depth, w.from, height, w.to, newHeight));
+      const auto bytes = scaled.bytes();
+      ASSERT_TRUE(std::equal(bytes.begin(), bytes.end(), expected.begin(), expected.end()))
+          << "case " << n << " at level " << levels::number(level) << ": " << depth << " bits, " << w.from
+          << "x" << height << " to " << w.to << "x" << newHeight;
+    }
+  }
+}
+
+TEST(ScaleLevels, KeepWhatLiesBesideTheirPixels) {
+  // Both pictures end with their memory. Of as many rows, each comes from the row of the same number.
+  support::Random random(122);
+  for (size_t n = 0; n < support::cases(1000); ++n) {
+    const int16_t depth = kDepths[n % 5];
+    const Widths w = anyWidths(random);
+    constexpr uint32_t kRows = 4;
+    const uint32_t sourceLine = reference::lineBytes(w.from, depth);
+    const uint32_t line = reference::lineBytes(w.to, depth);
+    const support::PageEnd source(random.bytes(size_t{sourceLine} * kRows));
+    const Bytes before = random.bytes(size_t{line} * kRows);
+    Bytes expected = before;
+    for (uint32_t y = 0; y < kRows; ++y) {
+      const auto row = w.to > w.from ? reference::stretchRow : reference::shrinkRow;
+      row(source.data() + size_t{sourceLine} * y, expected.data() + size_t{line} * y, depth, w.from, w.to);
+    }
+    for (const color::Vectors level : levels::all()) {
+      const levels::AtMost limit(level);
+      const support::PageEnd scaled(before);
+      Shrink(source.data(), scaled.data(), depth, w.from, kRows, w.to, kRows);
+      ASSERT_TRUE(scaled.bytes() == expected) << "case " << n << " at level " << levels::number(level)
+                                              << ": " << depth << " bits, " << w.from << " to " << w.to;
+    }
+  }
+}
+
+TEST(ScaleLevels, TakeEveryFactorUpToTen) {
+  // Through all the factors at which groups of pixels get shorter, and past those at which plans end:
+  // the last column reaches further than the others, so that the last group may be the one to fail.
+  support::Random random(123);
+  constexpr uint32_t kRows = 3;
+  constexpr uint32_t kWidth = 144;
+  const auto step = static_cast<uint32_t>(1400 / support::cases(1400));
+  for (const int16_t depth : kDepths) {
+    for (uint32_t from = 20; from < 10 * kWidth; from += step) {
+      const Bytes bits = random.bytes(size_t{reference::lineBytes(from, depth)} * kRows);
+      const Bytes expected = reference::scale(bits, depth, from, kRows, kWidth, kRows);
+      Bytes scaled(expected.size());
+      for (const color::Vectors level : levels::all()) {
+        const levels::AtMost limit(level);
+        std::fill(scaled.begin(), scaled.end(), uint8_t{0});
+        Shrink(bits.data(), scaled.data(), depth, from, kRows, kWidth, kRows);
+        ASSERT_TRUE(scaled == expected)
+            << depth << " bits, from " << from << ", level " << levels::number(level);
+      }
+    }
+  }
+}
+
+TEST(ScaleLevels, StopAtTheLimit) {
+  // What a machine has does not depend on the limit; what it uses does.
+  const color::Vectors best = color::processorVectors();
+  const auto *fastest = &color::kernels();
+  {
+    const levels::AtMost limit(color::Vectors::kNone);
+    EXPECT_EQ(color::processorVectors(), best);
+    EXPECT_EQ(&color::kernels() == fastest, best == color::Vectors::kNone);
+  }
+  EXPECT_EQ(&color::kernels(), fastest);
+}
+
+}  // namespace
