@@ -13,6 +13,7 @@ import math
 import os
 import random
 import resource
+import shutil
 import statistics
 import subprocess
 import tempfile
@@ -33,6 +34,8 @@ def write_photo(folder, source):
     photo.save(os.path.join(folder, "photo.ppm"))
     with open(os.path.join(folder, "photo.raw"), "wb") as raw:
         raw.write(photo.tobytes())
+    photo.save(os.path.join(folder, "photo.png"), compress_level=3)
+    photo.save(os.path.join(folder, "photo.jpg"), quality=92)
     Image.open(os.path.join(source, "samples/page.png")).save(os.path.join(folder, "page.pbm"))
     with open(os.path.join(folder, "one.ppm"), "wb") as one:
         one.write(b"P6\n1 1\n255\nabc")
@@ -98,6 +101,13 @@ def main():
             "ppm2tiff": ["ppm2tiff", "one.ppm", "out.tif"],
             "true": ["true"],
         }, folder, wanted.runs)
+        for form in ("png", "jpg"):
+            others = {"ImageMagick": ["convert"], "GraphicsMagick": ["gm", "convert"]}
+            table(f"the photo from {form.upper()}, none", {
+                "raxel-export": [program, f"photo.{form}", "out.tif"],
+                **{name: [*command, f"photo.{form}", "-compress", "none", "out.tif"]
+                   for name, command in others.items() if shutil.which(command[0])},
+            }, folder, max(3, wanted.runs // 2))
         reduce = {f"raxel-export, {q}": [program, "-m", "color256", "--quantizer", q, "photo.ppm", "out.tif"]
                   for q in ("best", "fast", "filter")}
         reduce["ImageMagick"] = ["convert", "photo.ppm", "+dither", "-colors", "256", "-compress", "none", "out.tif"]
