@@ -48,31 +48,29 @@ struct ColumnTables {
 // The two ways take bytes up to `last`, or up to the first Clear: true for that. The prefix is a single
 // byte at first.
 
-bool codeWithSlots(Stream &stream, StringSlots &strings, const uint8_t *last) {
+bool codeWithLists(Stream &stream, StringLists &lists, const uint8_t *last) {
   Stream s = stream;
-  PlacesMade &pairsMade = strings.pairsMade;
+  PlacesMade &pairsMade = lists.pairsMade;
   bool cleared = false;
   while (!cleared && s.at != last) {
     uint32_t byte = *s.at++;
-    uint16_t &pair = strings.pairs[s.prefix][byte];
+    uint16_t &pair = lists.pairs[s.prefix][byte];
     if (pair == 0) {
       pair = static_cast<uint16_t>(s.next);
       pairsMade.places[pairsMade.count++] = s.prefix << 8 | byte;
     } else {
       s.prefix = pair;
-      uint32_t *place = nullptr;
-      while (place == nullptr && s.at != last) {
+      bool known = true;
+      while (known && s.at != last) {
         byte = *s.at++;
-        uint32_t *found = strings.find(s.prefix, byte);
-        if (*found == 0) {
-          place = found;
-        } else {
-          s.prefix = *found & 0xFFF;
-        }
+        const uint32_t code = lists.find(s.prefix, byte);
+        known = code != 0;
+        if (known) s.prefix = code;
       }
-      if (place == nullptr) break;  // the bytes end within a known string
-      strings.add(place, s.prefix, byte, s.next);
+      if (known) break;  // the bytes end within a known string
+      lists.add(s.prefix, byte, s.next);
     }
+    lists.make(s.next);
     cleared = writePrefix(s, byte);
   }
   stream = s;
@@ -178,10 +176,10 @@ uint32_t codeAllButLast(Stream &s, std::span<const uint8_t> strip, LzwMemory &me
       known = tables.columns.codes[*last][s.prefix];
       tables.columns.clear();
     } else {
-      auto &strings = tableIn<StringSlots>(memory.slots);
-      cleared = codeWithSlots(s, strings, last);
-      known = s.prefix < 256 ? strings.pairs[s.prefix][*last] : *strings.find(s.prefix, *last) & 0xFFF;
-      strings.clear();
+      auto &lists = tableIn<StringLists>(memory.lists);
+      cleared = codeWithLists(s, lists, last);
+      known = s.prefix < 256 ? lists.pairs[s.prefix][*last] : lists.find(s.prefix, *last);
+      lists.clear();
     }
     if (!cleared) return known;
     s.width = 9;

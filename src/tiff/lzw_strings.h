@@ -18,43 +18,38 @@ struct PlacesMade {
 };
 
 // For pictures that repeat little: most strings are two or three bytes long. Those of two have a place for
-// every pair; longer ones are hashed into slots, of which at most a quarter fill up, so that the slot
-// looked at first is nearly always the right one. All zeros hold no strings.
-struct StringSlots {
-  static constexpr uint32_t kHashBits = 14;
-  static constexpr uint32_t kSlots = 1u << kHashBits;
+// every pair. Longer ones are in lists of what extends the same string: one list for each value of the
+// last byte's low bits, so that hardly any holds more than one.
+struct StringLists {
+  static constexpr uint32_t kLists = 8;
 
-  uint16_t pairs[256][256];  // 0 is none
-  uint32_t slots[kSlots];    // the code that is extended, the byte, and the string's own code; 0 is none
+  uint16_t pairs[256][256];      // 0 is none
+  uint16_t first[4096][kLists];  // codes that extend a code; set when the code is made
+  uint16_t next[4096];           // in the list that a code is in
+  uint8_t last[4096];            // byte of a code's string
   PlacesMade pairsMade;
-  PlacesMade slotsMade;
 
-  // Where the string `prefix` and `byte`, not a pair, is or belongs.
-  uint32_t *find(uint32_t prefix, uint32_t byte) {
-    const uint32_t key = prefix << 8 | byte;
-    uint32_t at = key * 2654435769u >> (32 - kHashBits);  // 2 ** 32 / golden ratio: neighbours lie apart
-    while (slots[at] >> 12 != key && slots[at] != 0) at = (at + 1) % kSlots;
-    return &slots[at];
+  // The code of the string `prefix` and `byte`, not a pair; 0 when there is none.
+  uint32_t find(uint32_t prefix, uint32_t byte) const {
+    uint32_t code = first[prefix][byte % kLists];
+    while (last[code] != byte && code != 0) code = next[code];
+    return code;
   }
-  // In a place that find() gave and that is free.
-  void add(uint32_t *place, uint32_t prefix, uint32_t byte, uint32_t code) {
-    *place = prefix << 20 | byte << 12 | code;
-    slotsMade.places[slotsMade.count++] = static_cast<uint32_t>(place - slots);
+  // A new code, which nothing extends yet.
+  void make(uint32_t code) { std::memset(first[code], 0, sizeof first[code]); }
+  void add(uint32_t prefix, uint32_t byte, uint32_t code) {
+    uint16_t &list = first[prefix][byte % kLists];
+    next[code] = list;
+    last[code] = static_cast<uint8_t>(byte);
+    list = static_cast<uint16_t>(code);
   }
   void clear() {
-    constexpr uint32_t kFew = 1000;  // above, it takes less time to set all of them free
     for (uint32_t i = 0; i < pairsMade.count; ++i) {
       pairs[pairsMade.places[i] >> 8][pairsMade.places[i] & 0xFF] = 0;
     }
-    if (slotsMade.count > kFew) {
-      std::memset(slots, 0, sizeof slots);
-    } else {
-      for (uint32_t i = 0; i < slotsMade.count; ++i) slots[slotsMade.places[i]] = 0;
-    }
-    pairsMade.count = slotsMade.count = 0;
+    pairsMade.count = 0;
   }
 };
-static_assert(kClearAt <= 1u << 12, "a code takes 12 bits of a slot");
 
 // For data that repeats much: a place for every byte and code. The places of one byte lie together, since
 // such data has few bytes that come often. All zeros hold no strings.
