@@ -5,6 +5,7 @@
 
 #include "color/bitmap.h"
 #include "color/colormap.h"
+#include "color/kernels.h"
 #include "color/packed_pixels.h"
 #include "color/row_source.h"
 
@@ -61,6 +62,8 @@ void fillBytes(IndexedRows &rows) {
     }
     rows.same[byte] = static_cast<uint8_t>(same);
     if (perByte == 8) packNibbles(rows.unpacked[byte], 8, rows.nibbles[byte]);
+    rows.pairs[byte] =
+        static_cast<uint8_t>((rows.unpacked[byte][0] & 1) << 1 | (rows.unpacked[byte][1] & 1));
   }
 }
 
@@ -137,38 +140,36 @@ void prepareIndexedRows(const DepthChange &change, IndexedRows &rows) {
   fillBytes(rows);
 }
 
-void convertIndexedRow(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t width) {
-  if (rows.sourceDepth == rows.depth) return convertSame(rows, from, to, width);
-  if (rows.sourceDepth == 1 && rows.depth == 4) return convertBitsToNibbles(rows, from, to, width);
+namespace {
+
+// To more bits a pixel: pixels of less than a byte are unpacked piece by piece, those of 24 and 32 bits
+// looked up.
+void deepen(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t width) {
   uint8_t values[kPiece];
   const auto sourceBits = static_cast<uint32_t>(rows.sourceDepth);
   for (uint32_t x = 0, n = 0; x < width; x += n) {
     n = std::min(kPiece, width - x);
     const uint8_t *piece = from + uint64_t{x} * sourceBits / 8;
-    switch (rows.depth) {
-      case 1:
-        unpack(rows, piece, values, n);
-        packBits(values, n, to + x / 8);
-        break;
-      case 4:
-        unpack(rows, piece, values, n);
-        packNibbles(values, n, to + x / 2);
-        break;
-      case 8:
-        unpack(rows, piece, to + x, n);
-        break;
-      case 24:
-        if (sourceBits != 8) unpack(rows, piece, values, n);
-        putPixels24(rows, sourceBits == 8 ? piece : values, to + size_t{3} * x, n);
-        break;
-      case 32:
-        if (sourceBits != 8) unpack(rows, piece, values, n);
-        putPixels32(rows, sourceBits == 8 ? piece : values, to + size_t{4} * x, n);
-        break;
-      default:
-        return;  // no other depth can be written
+    if (rows.depth == 8) {
+      unpack(rows, piece, to + x, n);
+      continue;
     }
+    if (sourceBits != 8) unpack(rows, piece, values, n);
+    const uint8_t *indexes = sourceBits == 8 ? piece : values;
+    if (rows.depth == 24) putPixels24(rows, indexes, to + size_t{3} * x, n);
+    if (rows.depth == 32) putPixels32(rows, indexes, to + size_t{4} * x, n);
   }
+}
+
+}  // namespace
+
+void convertIndexedRow(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t width) {
+  if (rows.sourceDepth == rows.depth) return convertSame(rows, from, to, width);
+  if (rows.sourceDepth == 1 && rows.depth == 4) return convertBitsToNibbles(rows, from, to, width);
+  if (rows.depth == 4) return kernels().bytesToNibbles(rows.index, from, to, width);
+  if (rows.depth == 1 && rows.sourceDepth == 8) return kernels().bytesToBits(rows.index, from, to, width);
+  if (rows.depth == 1) return kernels().nibblesToBits(rows.pairs, from, to, width);
+  deepen(rows, from, to, width);
 }
 
 }  // namespace color

@@ -17,6 +17,7 @@ struct IndexedRows {
   uint8_t unpacked[256][8];  // the pixels of a source byte: bits to store, or indexes into `pixel`
   uint8_t same[256];         // a source byte as a destination byte, where both have the same depth
   uint8_t nibbles[256][4];   // a source byte of 8 pixels as four bytes of a 4-bit destination
+  uint8_t pairs[256];        // a source byte of 2 pixels as two bits of a 1-bit destination
 };
 
 // For sources that have a colour map (depths 1 to 8); those of 2, 3, 5, 6 and 7 bits are read as rows

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "color/lookup.h"
 #include "color/permute.h"
 #include "color/shuffle.h"
 
@@ -11,12 +12,21 @@ namespace {
 
 // By the numbers of Vectors.
 constexpr Kernels kKernels[] = {
-    {.planMove = planNoMove},
+    {.planMove = planNoMove,
+     .bytesToNibbles = bytesToNibblesPlain,
+     .bytesToBits = bytesToBitsPlain,
+     .nibblesToBits = nibblesToBitsPlain},
 #if defined(RAXEL_HAS_SHUFFLE)
-    {.planMove = planShuffle},
+    {.planMove = planShuffle,
+     .bytesToNibbles = bytesToNibblesPlain,
+     .bytesToBits = bytesToBitsPlain,
+     .nibblesToBits = nibblesToBitsPlain},
 #endif
-#if defined(RAXEL_HAS_PERMUTE)
-    {.planMove = planPermute},
+#if defined(RAXEL_HAS_AVX512)
+    {.planMove = planPermute,
+     .bytesToNibbles = bytesToNibblesAvx512,
+     .bytesToBits = bytesToBitsAvx512,
+     .nibblesToBits = nibblesToBitsAvx512},
 #endif
 };
 
@@ -25,9 +35,10 @@ constinit Vectors mostVectors = Vectors::kAvx512;
 }  // namespace
 
 Vectors processorVectors() {
-#if defined(RAXEL_HAS_PERMUTE)
+#if defined(RAXEL_HAS_AVX512)
   if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
-      __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bitalg")) {
+      __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bitalg") &&
+      __builtin_cpu_supports("bmi2")) {
     return Vectors::kAvx512;
   }
 #endif

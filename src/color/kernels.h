@@ -3,6 +3,7 @@
 // Every form gives the same bytes. Those of kNone are plain C++ and work everywhere.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -14,12 +15,17 @@ namespace color {
 enum class Vectors : uint8_t {
   kNone,
   kSsse3,   // x86: shuffles of 16 bytes
-  kAvx512,  // x86-64: permutations of 64 bytes and gathering of bits (AVX-512 BW, VBMI and BITALG)
+  kAvx512,  // x86-64: permutations of 64 bytes and gathering of bits (AVX-512 BW, VBMI and BITALG; BMI2)
 };
 
 struct Kernels {
   // Plans how rows move; see move_plan.h. May leave out columns from the right, or all.
   void (*planMove)(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth);
+
+  // Rows of indexes become rows of fewer bits a pixel; see lookup.h.
+  void (*bytesToNibbles)(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n);
+  void (*bytesToBits)(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n);
+  void (*nibblesToBits)(const uint8_t *pairs, const uint8_t *from, uint8_t *to, size_t n);
 };
 
 // The fastest forms that this processor has, and that the limit allows.

@@ -1,12 +1,8 @@
 #include "color/permute.h"
 
-#if defined(RAXEL_HAS_PERMUTE)
-
-#include <immintrin.h>
+#if defined(RAXEL_HAS_AVX512)
 
 #include "runtime/unaligned.h"
-
-#define RAXEL_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512bitalg")))
 
 namespace color {
 
@@ -31,15 +27,6 @@ RAXEL_AVX512 inline void storeFirst(uint8_t *to, __m512i value) {
     _mm256_storeu_si256(static_cast<__m256i_u *>(at), _mm512_maskz_extracti64x4_epi64(15, value, 0));
   }
   if constexpr (kBytes == 64) _mm512_storeu_si512(at, value);
-}
-
-// The form with a mask, of all bytes, since GCC 12 warns of the other's own unset variable (its bug
-// 105593). The instruction is the same.
-RAXEL_AVX512 inline __m512i permute(__m512i index, __m512i stretch) {
-  return _mm512_maskz_permutexvar_epi8(~__mmask64{0}, index, stretch);
-}
-RAXEL_AVX512 inline __m512i spread(__m128i sixteen) {
-  return _mm512_maskz_broadcast_i32x4(static_cast<__mmask16>(~0), sixteen);
 }
 
 struct Bytes {

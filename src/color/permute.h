@@ -8,15 +8,12 @@
 #include <cstdint>
 #include <span>
 
+#include "color/avx512.h"
 #include "color/move_plan.h"
-
-#if defined(__x86_64__)
-#define RAXEL_HAS_PERMUTE 1
-#endif
 
 namespace color {
 
-#if defined(RAXEL_HAS_PERMUTE)
+#if defined(RAXEL_HAS_AVX512)
 
 // Plans the columns of a run, which never fall, from its first whole byte on. Plans nothing when so
 // many pixels are left out that groups would be too short; pixels of less than a byte all or none.

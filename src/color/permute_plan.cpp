@@ -4,7 +4,7 @@
 
 #include "color/permute.h"
 
-#if defined(RAXEL_HAS_PERMUTE)
+#if defined(RAXEL_HAS_AVX512)
 
 namespace color {
 

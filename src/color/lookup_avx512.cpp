@@ -1,0 +1,73 @@
+#include "color/lookup.h"
+
+#if defined(RAXEL_HAS_AVX512)
+
+#include "runtime/unaligned.h"
+
+namespace color {
+
+namespace {
+
+// A table of 256 bytes in four registers.
+struct Table {
+  __m512i part[4];
+};
+
+RAXEL_AVX512 inline Table loadTable(const uint8_t *values, int shift) {
+  Table table;
+  for (int i = 0; i < 4; ++i) table.part[i] = _mm512_loadu_si512(values + 64 * i) << shift;
+  return table;
+}
+
+// Each permutation looks the low seven bits of an index up in one half of the table; the eighth chooses.
+RAXEL_AVX512 inline __m512i lookUp(const Table &table, __m512i indexes) {
+  const __m512i low = _mm512_permutex2var_epi8(table.part[0], indexes, table.part[1]);
+  const __m512i high = _mm512_permutex2var_epi8(table.part[2], indexes, table.part[3]);
+  return _mm512_mask_blend_epi8(_mm512_movepi8_mask(indexes), low, high);
+}
+
+}  // namespace
+
+RAXEL_AVX512 void bytesToNibblesAvx512(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n) {
+  const Table table = loadTable(values, 0);
+  const __m512i weights = _mm512_set1_epi16(0x0110);  // 16 times the left pixel and once the right
+  for (; n >= 64; n -= 64, from += 64, to += 32) {
+    const __m512i pairs = _mm512_maddubs_epi16(lookUp(table, _mm512_loadu_si512(from)), weights);
+    const __m256i bytes = _mm512_maskz_cvtepi16_epi8(~__mmask32{0}, pairs);
+    _mm256_storeu_si256(static_cast<__m256i_u *>(static_cast<void *>(to)), bytes);
+  }
+  bytesToNibblesPlain(values, from, to, n);
+}
+
+RAXEL_AVX512 void bytesToBitsAvx512(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n) {
+  // Masks are made of the top bits of bytes, and the first byte gives the lowest bit.
+  const Table table = loadTable(values, 7);
+  const __m512i turned = spread(_mm_setr_epi8(7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8));
+  for (; n >= 64; n -= 64, from += 64, to += 8) {
+    const __m512i indexes = _mm512_shuffle_epi8(_mm512_loadu_si512(from), turned);
+    runtime::store(to, uint64_t{_mm512_movepi8_mask(lookUp(table, indexes))});
+  }
+  bytesToBitsPlain(values, from, to, n);
+}
+
+RAXEL_AVX512 void nibblesToBitsAvx512(const uint8_t *pairs, const uint8_t *from, uint8_t *to, size_t n) {
+  // The table of the right pixels, for left pixels of 0: its bit 0 counts.
+  const __m128i right = _mm_loadu_si128(static_cast<const __m128i_u *>(static_cast<const void *>(pairs)));
+  const __m512i table = spread(right) << 7;
+  const __m512i turned = spread(_mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12));
+  const __m512i low = _mm512_set1_epi8(15);
+  constexpr uint64_t kLeft = 0xAAAAAAAAAAAAAAAA;
+  for (; n >= 128; n -= 128, from += 64, to += 16) {
+    const __m512i bytes = _mm512_shuffle_epi8(_mm512_loadu_si512(from), turned);
+    const uint64_t lefts = _mm512_movepi8_mask(_mm512_shuffle_epi8(table, bytes >> 4 & low));
+    const uint64_t rights = _mm512_movepi8_mask(_mm512_shuffle_epi8(table, bytes & low));
+    // Four bytes of the source are one: their left pixels go to its odd bits, the right ones between.
+    runtime::store(to, _pdep_u64(lefts, kLeft) | _pdep_u64(rights, kLeft >> 1));
+    runtime::store(to + 8, _pdep_u64(lefts >> 32, kLeft) | _pdep_u64(rights >> 32, kLeft >> 1));
+  }
+  nibblesToBitsPlain(pairs, from, to, n);
+}
+
+}  // namespace color
+
+#endif
