@@ -1,8 +1,9 @@
-// Requests that no host should send: nothing outside a block is touched, and the answer is defined.
-// (The run with the address sanitizer guards the first half.)
+// Requests that no host should send: nothing outside a block is touched, and the answer is defined. All
+// blocks end where a page does that nobody can touch.
 #include <gtest/gtest.h>
 
 #include "color/pictures.h"
+#include "support/page_end.h"
 
 namespace {
 
@@ -13,7 +14,7 @@ constexpr int16_t kDepths[] = {1, 4, 8, 24, 32};
 TEST(DepthBadInput, NullHandlesAndPointersAnswer0) {
   Handle table = 0;
   uint16_t count = 7;
-  const runtime::Block bits = pictures::block(Bytes(64, 3));
+  const support::PageEnd bits(Bytes(64, 3));
   EXPECT_EQ(rlConvertBitmapDepth(0, 4, 4, 24, 8, 0, 0, 0), 0u);
   EXPECT_EQ(rlChangeColorResolution(0, 4, 4, 24, 8, &table), 0u);
   EXPECT_EQ(rlChangeColorResolution(bits.handle(), 4, 4, 24, 8, nullptr), 0u);
@@ -29,7 +30,7 @@ TEST(DepthBadInput, NullHandlesAndPointersAnswer0) {
 }
 
 TEST(DepthBadInput, AnEmptyPictureIsAnEmptyBlock) {
-  const runtime::Block bits = pictures::block(Bytes(64, 3));
+  const support::PageEnd bits(Bytes(64, 3));
   struct Size {
     uint32_t width;
     uint32_t height;
@@ -56,7 +57,7 @@ TEST(DepthBadInput, AnEmptyPictureIsAnEmptyBlock) {
 }
 
 TEST(DepthBadInput, SizesPast32BitsAnswer0) {
-  const runtime::Block bits = pictures::block(Bytes(64, 3));
+  const support::PageEnd bits(Bytes(64, 3));
   EXPECT_EQ(rlConvertBitmapDepth(bits.handle(), 65535, 65535, 8, 24, 0, 0, 0), 0u);
   EXPECT_EQ(rlConvertBitmapDepth(bits.handle(), 0xFFFFFFFF, 0xFFFFFFFF, 1, 1, 0, 0, 0), 0u);
   // The result would fit, the source cannot.
@@ -72,7 +73,7 @@ TEST(DepthBadInput, SizesPast32BitsAnswer0) {
 }
 
 TEST(DepthBadInput, DepthsThatCannotBeWrittenGiveZeros) {
-  const runtime::Block bits = pictures::block(Bytes(64, 3));
+  const support::PageEnd bits(Bytes(64, 3));
   const runtime::Block two(rlConvertBitmapDepth(bits.handle(), 5, 2, 8, 2, 0, 0, 0));
   EXPECT_EQ(pictures::bytesOf(two.handle()), Bytes(8, 0));
   const runtime::Block sixteen(rlConvertBitmapDepth(bits.handle(), 3, 2, 24, 16, 0, 0, 0));
@@ -84,8 +85,8 @@ TEST(DepthBadInput, DepthsThatCannotBeWrittenGiveZeros) {
 }
 
 TEST(DepthBadInput, DepthsThatCannotBeReadReadAs0) {
-  const runtime::Block bits = pictures::block(Bytes(64, 0xFF));
-  const runtime::Block table = pictures::block(Bytes{9, 9, 9, 0, 0, 0});
+  const support::PageEnd bits(Bytes(64, 0xFF));
+  const support::PageEnd table(Bytes{9, 9, 9, 0, 0, 0});
   for (int16_t depth : {int16_t{-3}, int16_t{0}, int16_t{16}, int16_t{33}, int16_t{32767}}) {
     const runtime::Block wide(rlConvertBitmapDepth(bits.handle(), 2, 1, depth, 24, table.handle(), 0, 0));
     EXPECT_EQ(pictures::bytesOf(wide.handle()), Bytes(8, 0)) << depth;
@@ -95,8 +96,8 @@ TEST(DepthBadInput, DepthsThatCannotBeReadReadAs0) {
 }
 
 TEST(DepthBadInput, DitheringRefusesOtherDepths) {
-  const runtime::Block bits = pictures::block(Bytes(64, 3));
-  const runtime::Block own = pictures::block(Bytes(48, 3));
+  const support::PageEnd bits(Bytes(64, 3));
+  const support::PageEnd own(Bytes(48, 3));
   for (int16_t depth : {int16_t{-1}, int16_t{0}, int16_t{2}, int16_t{3}, int16_t{16}, int16_t{24}}) {
     Handle table = own.handle();
     uint16_t count = 7;
@@ -111,22 +112,22 @@ TEST(DepthBadInput, DitheringRefusesOtherDepths) {
 TEST(DepthBadInput, WhatABlockLacksReadsAsZeros) {
   // 3 x 2 pixels need 24 bytes; the block ends inside the second row's first pixel.
   const Bytes bits{1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 10};
-  const runtime::Block from = pictures::block(bits);
+  const support::PageEnd from(bits);
   const runtime::Block out(rlConvertBitmapDepth(from.handle(), 3, 2, 24, 24, 0, 0, 0));
   EXPECT_EQ(pictures::bytesOf(out.handle()),
             (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 10, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
 TEST(DepthBadInput, TablesShorterThanTheirDepthReadAsBlack) {
-  const runtime::Block bits = pictures::block(Bytes{0, 1, 2, 255});
-  const runtime::Block table = pictures::block(Bytes{9, 8, 7, 6});
+  const support::PageEnd bits(Bytes{0, 1, 2, 255});
+  const support::PageEnd table(Bytes{9, 8, 7, 6});
   const runtime::Block out(rlConvertBitmapDepth(bits.handle(), 4, 1, 8, 24, table.handle(), 0, 0));
   EXPECT_EQ(pictures::bytesOf(out.handle()), (Bytes{9, 8, 7, 6, 0, 0, 0, 0, 0, 0, 0, 0}));
 }
 
 TEST(DepthBadInput, CountsAreCutAtTheTable) {
-  const runtime::Block bits = pictures::block(Bytes{255, 0, 0, 0});
-  const runtime::Block table = pictures::block(Bytes{0, 0, 0, 255, 0, 0});
+  const support::PageEnd bits(Bytes{255, 0, 0, 0});
+  const support::PageEnd table(Bytes{0, 0, 0, 255, 0, 0});
   for (uint16_t count : {uint16_t{2}, uint16_t{3}, uint16_t{32767}}) {
     const runtime::Block out(rlConvertBitmapDepth(bits.handle(), 1, 1, 24, 8, 0, table.handle(), count));
     EXPECT_EQ(pictures::bytesOf(out.handle()), (Bytes{1, 0, 0, 0})) << count;
@@ -140,8 +141,8 @@ TEST(DepthBadInput, CountsAreCutAtTheTable) {
 
 TEST(DepthBadInput, TablesOf32768EntriesAndMoreGiveZeros) {
   support::Random random(61);
-  const runtime::Block bits = pictures::block(random.bytes(size_t{plain::lineBytes(40, 24)} * 40));
-  const runtime::Block table = pictures::block(random.bytes(3 * 65535));
+  const support::PageEnd bits(random.bytes(size_t{plain::lineBytes(40, 24)} * 40));
+  const support::PageEnd table(random.bytes(3 * 65535));
   for (uint16_t count : {uint16_t{32768}, uint16_t{40000}, uint16_t{65535}}) {
     for (int16_t depth : {int16_t{1}, int16_t{4}, int16_t{8}}) {
       const runtime::Block out(rlDitherGivenCT(bits.handle(), 40, 40, 24, depth, 0, table.handle(), count));
@@ -155,7 +156,7 @@ TEST(DepthBadInput, TablesOf32768EntriesAndMoreGiveZeros) {
 
 TEST(DepthBadInput, LongLinesAndColumnsAreServed) {
   for (uint32_t length : {32767u, 32768u, 65535u}) {
-    const runtime::Block bits = pictures::block(Bytes(100, 0x5A));
+    const support::PageEnd bits(Bytes(100, 0x5A));
     const runtime::Block line(rlConvertBitmapDepth(bits.handle(), length, 1, 1, 8, 0, 0, 0));
     EXPECT_EQ(line.bytes().size(), (size_t{length} + 3) / 4 * 4);
     const runtime::Block column(rlConvertBitmapDepth(bits.handle(), 1, length, 24, 1, 0, 0, 0));

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "color/pictures.h"
+#include "color/reference/plain_resolution.h"
 #include "support/cases.h"
 
 namespace {
@@ -54,33 +55,13 @@ void compareGiven(int depth, size_t n) {
   }
 }
 
-// To tables that the library chooses; the expected table is put together from the median cut of the
-// widened picture.
-plain::Table chosenTable(const Case &c, int depth) {
-  if (depth == 1) {
-    return pictures::table({0,   0,   0,   255, 255, 255, 64,  64,  64,  128, 128, 128,
-                            160, 160, 160, 192, 192, 192, 208, 208, 208, 224, 224, 224});
-  }
-  const runtime::Block wide = pictures::block(plain::convert(c.picture, 24, c.source, {}));
-  const uint32_t entries = 1u << depth;
-  auto count = static_cast<uint16_t>(entries - 8);
-  const runtime::Block reduced(
-      rlReduceColorTable(wide.handle(), c.picture.width, static_cast<int16_t>(c.picture.height), &count));
-  plain::Bytes out = pictures::bytesOf(reduced.handle());
-  out.resize(size_t{3} * count);
-  const plain::Bytes fixed{255, 255, 255, 255, 255, 0, 255, 0, 255, 0, 255, 255,
-                           255, 0,   0,   0,   255, 0, 0,   0, 255, 0, 0,   0};
-  out.insert(out.end(), fixed.begin(), fixed.end());
-  out.resize(size_t{3} * entries, 0);
-  return pictures::table(out);
-}
-
+// To tables that the library chooses.
 void compareChosen(int depth, size_t n) {
   for (int sourceDepth : kSourceDepths) {
     support::Random random(static_cast<uint64_t>(9000 + 100 * sourceDepth + depth));
     for (size_t i = 0; i < n; ++i) {
       const Case c = randomCase(random, sourceDepth);
-      const plain::Table table = chosenTable(c, depth);
+      const plain::Table table = plain::chosenTable(c.picture, depth, c.source);
       const plain::Bytes expected = plain::dither(c.picture, depth, c.source, table);
 
       const runtime::Block bits = pictures::block(c.picture.bits);

@@ -54,21 +54,39 @@ inline void putColor(support::Random &random, int kind, uint8_t *to) {
   }
 }
 
-// A picture of any depth: noise, a gradient, few colours, greys and near greys, or a mixture.
-inline plain::Picture picture(support::Random &random, uint32_t width, uint32_t height, int depth) {
-  plain::Picture out{{}, width, height, depth};
-  const uint32_t line = plain::lineBytes(width, depth);
-  out.bits = random.bytes(size_t{line} * height);
-  if ((depth != 8 && depth != 24 && depth != 32) || random.chance(20)) return out;
-  const auto kind = static_cast<int>(random.between(0, 5));
-  const auto bytes = static_cast<size_t>(depth / 8);
+inline void putIndex(plain::Picture &picture, uint32_t x, uint32_t y, uint32_t index) {
+  const auto depth = static_cast<uint32_t>(picture.depth);
+  const uint32_t bit = x * depth;
+  uint8_t &byte = picture.bits[size_t{y} * plain::lineBytes(picture.width, picture.depth) + bit / 8];
+  const uint32_t shift = 8 - depth - bit % 8;
+  const uint32_t mask = (1u << depth) - 1;
+  byte = static_cast<uint8_t>((byte & ~(mask << shift)) | (index & mask) << shift);
+}
+
+// Indexes in place of noise: few of them, a gradient, or one and its neighbour. (They are greys where
+// their table has greys only, see below.)
+inline void putIndexes(support::Random &random, plain::Picture &picture) {
+  const auto kind = static_cast<int>(random.between(0, 3));
   const auto slope = static_cast<uint32_t>(random.between(1, 12));
-  for (uint32_t y = 0; y < height; ++y) {
-    for (uint32_t x = 0; x < width; ++x) {
-      uint8_t *to = out.bits.data() + size_t{y} * line + x * bytes;
-      if (bytes == 1) {
-        if (kind < 3) *to = static_cast<uint8_t>(*to % (1 + slope));
-      } else if (kind == 4) {
+  const uint32_t base = random.byte();
+  for (uint32_t y = 0; y < picture.height; ++y) {
+    for (uint32_t x = 0; x < picture.width; ++x) {
+      const uint32_t any = random.byte();
+      const uint32_t indexes[] = {any % (1 + slope), base + any % (1 + slope), (x + y) * slope / 4,
+                                  base + any % 2};
+      putIndex(picture, x, y, indexes[kind]);
+    }
+  }
+}
+
+inline void putColors(support::Random &random, plain::Picture &picture) {
+  const auto kind = static_cast<int>(random.between(0, 5));
+  const auto slope = static_cast<uint32_t>(random.between(1, 12));
+  const auto bytes = static_cast<size_t>(picture.depth / 8);
+  for (uint32_t y = 0; y < picture.height; ++y) {
+    uint8_t *to = picture.bits.data() + size_t{y} * plain::lineBytes(picture.width, picture.depth);
+    for (uint32_t x = 0; x < picture.width; ++x, to += bytes) {
+      if (kind == 4) {
         to[0] = static_cast<uint8_t>(x * slope);
         to[1] = static_cast<uint8_t>(y * slope);
         to[2] = static_cast<uint8_t>((x + y) * slope / 2);
@@ -77,6 +95,15 @@ inline plain::Picture picture(support::Random &random, uint32_t width, uint32_t 
       }
     }
   }
+}
+
+// A picture of any depth: noise, a gradient, few colours, greys and near greys, or a mixture.
+inline plain::Picture picture(support::Random &random, uint32_t width, uint32_t height, int depth) {
+  plain::Picture out{{}, width, height, depth};
+  out.bits = random.bytes(size_t{plain::lineBytes(width, depth)} * height);
+  if (random.chance(20)) return out;
+  if (depth == 24 || depth == 32) putColors(random, out);
+  if (depth == 1 || depth == 4 || depth == 8) putIndexes(random, out);
   return out;
 }
 

@@ -75,6 +75,15 @@ TEST(Reduce, AsManyColoursAsWantedAreCut) {
   expectTable(table, 2, {79, 0, 0, 0, 0, 0});
 }
 
+TEST(Reduce, AsManyColoursAsWantedAreCutAndOneIsLost) {
+  // Cells 1, 2 and 3 of blue, once each, three wanted. One split: half of 3 is 1, reached at the first
+  // entry, which goes to slot 1 alone; 2 and 3 go to slot 2 with the mean 5/2 = 2. Slot 0 keeps the
+  // parent's mean 6/3 = 2: the table has two different colours.
+  const Table table = reduceRow({0, 0, 8, 0, 0, 16, 0, 0, 24}, 3);
+  EXPECT_EQ(table.count, 3);
+  expectTable(table, 3, {0, 0, 23, 0, 0, 15, 0, 0, 23});
+}
+
 TEST(Reduce, OneWantedColourIsTheMeanOfAll) {
   const Table table = reduceRow({16, 0, 0, 16, 0, 0, 248, 0, 0, 16, 0, 0}, 1);
   EXPECT_EQ(table.count, 1);
