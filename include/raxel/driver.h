@@ -227,8 +227,9 @@ RAXEL_EXPORT int32_t RASTER_escape(void);
 //          0 u32 columns, 4 u32 rows, 8 i32 precision, 14 u16 flags
 //       Precision is bits per pixel; -32768 means 1, any other negative value its absolute value.
 //   -6  end raster: writes the collected rows through OutputPicture, with the colour table as the palette
-//       below 24 bits. RESULT 300 without a setup or a palette. What OutputPicture answers is not passed
-//       on.
+//       below 24 bits. Progress goes to the settings record's own lpStatus, which ExportCellData and
+//       initdvr set: never to word 14 of the initialisation record. RESULT 300 without a setup or a
+//       palette. What OutputPicture answers is not passed on.
 // Other primitives do nothing.
 RAXEL_EXPORT HostWord d_gdp(HostWord record);
 

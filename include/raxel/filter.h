@@ -60,8 +60,10 @@ RAXEL_EXPORT extern double one;                    // 1.0
 
 // ---- The host status record
 //
-// An array of host words of the host's, which must stay where it is until the export has returned (a
-// metafile session: until its output is closed). 13 words, of which the library reads and writes:
+// An array of host words of the host's. ExportCellData and initdvr store its address in the settings
+// record (lpStatus) and leave it there: it stays borrowed until the setup is destroyed or another export
+// stores another one. A framed picture of the raster driver with the same setup reports to it. 13 words,
+// of which the library reads and writes:
 //
 //    1  context, handed back with every status callback
 //    2  status callback (StatusCallback), or 0

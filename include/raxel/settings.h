@@ -53,7 +53,9 @@ typedef struct RasterSetup {
   int32_t nColorMode;
   uint32_t dwReserved2;  // 0
   // Words of the running export.
-  HostWord *lpStatus;         // host status record (raxel/filter.h), borrowed until the export ends
+  // Host status record (raxel/filter.h): stays borrowed until the setup is destroyed or another export
+  // stores another one. Framed pictures of the raster driver report to it.
+  HostWord *lpStatus;
   HostWord dwPlatformA;       // kept for the platform's metafile hooks
   HostWord dwPlatformB;       // the same
   HostWord dwStatusValue;     // metafile session: word 4 of the status record

@@ -271,6 +271,29 @@ TEST_F(Cells, AFramedIndexedPictureTakesItsPaletteFromTheColorTable) {
   EXPECT_EQ(file.value(320, 0, 513), 7710u);
 }
 
+// The frame goes the way of every picture, and that way's progress is for the settings' own status record.
+TEST_F(Cells, AFramesProgressGoesToTheStatusRecordOfTheSetup) {
+  Host earlier;  // stands for the host of an export that used this setup before
+  HostWord exportRecord[7] = {};
+  exportRecord[2] = host.setup_;
+  exportRecord[6] = reinterpret_cast<HostWord>(earlier.status_.data());
+  PictureRecord picture = {};
+  const uint8_t info[EXPORT_CELL_INFO_BYTES] = {};
+  ASSERT_EQ(ExportCellData(dir.file("one.tif").c_str(), &picture, info, exportRecord), 0u);
+  ASSERT_TRUE(earlier.calls.empty()) << "a picture without size has no progress";
+
+  host.openBody(4, 4);
+  host.beginRaster(4, 4, 24);
+  host.send(Host::cellArray(4, 4, 24, std::vector<uint8_t>(48)));
+  const size_t heard = host.calls.size();
+  EXPECT_EQ(host.endRaster(), 0);
+  EXPECT_EQ(host.calls.size(), heard);
+  ASSERT_EQ(earlier.calls.size(), 1u);
+  EXPECT_EQ(earlier.calls[0].context, reinterpret_cast<HostWord>(&earlier));
+  EXPECT_EQ(earlier.calls[0].values, (std::array<HostWord, 6>{0, 0, 0, 100, 0, 0}));
+  host.finish();
+}
+
 TEST_F(Cells, AnUnframedPictureIsWrittenAtOnce) {
   host.initialise();
   host.send(1);
