@@ -73,6 +73,8 @@ int32_t GetProfileDirectory(char *name, const char *modulePath) {
     if (!runtime::nameAfterModule(fromModule, modulePath)) return 1;
     wanted = fromModule;
   }
+  // What a settings record cannot hold is no profile of its.
+  if (strnlen(wanted, runtime::kNameRoom) == runtime::kNameRoom) return 1;
   char path[runtime::kNameRoom];
   const char *folder = runtime::profileFolder();
   if (folder != nullptr && std::strlen(folder) < runtime::kNameRoom &&

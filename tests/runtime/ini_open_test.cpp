@@ -129,6 +129,18 @@ TEST_F(Folder, PathsThatDoNotFitTheRecordAreNotFound) {
   EXPECT_EQ(find("", (std::string(140, 'm') + ".so").c_str()), 1);
 }
 
+TEST_F(Folder, NamesThatDoNotFitTheRecordAreNotFoundWithoutTheFolderEither) {
+  const support::Environment none("INIDIR", nullptr);
+  for (const size_t length : {143u, 144u, 200u}) {
+    std::string path = dir.file(std::string(length - dir.path().size() - 1, 'n'));
+    ASSERT_EQ(path.size(), length);
+    support::writeFile(path, "x");
+    const std::string before = path;
+    EXPECT_EQ(GetProfileDirectory(path.data(), nullptr), length == 143 ? 0 : 1) << length;
+    EXPECT_EQ(path, before);
+  }
+}
+
 TEST_F(Folder, AFolderOfAHundredAndFortyFourCharactersIsNotUsed) {
   const std::string deep = dir.file(std::string(144 - dir.path().size() - 1, 'd'));
   ASSERT_EQ(mkdir(deep.c_str(), 0700), 0);
