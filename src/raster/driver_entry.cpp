@@ -43,7 +43,10 @@ void announceProgress(HostWord *status) {
 // A reply buffer past this size is refused: no allocator of a session should end the process.
 bool makeReplyBuffer(uint32_t size) {
   if (size > INT32_MAX) return false;
+  // A state that the host marked as ended is initialised in place and still has its old buffer.
+  GlobalFree(lpEMData->hReplyBuf);
   lpEMData->hReplyBuf = runtime::allocate(size);
+  lpEMData->lpReplyBuf = nullptr;
   if (lpEMData->hReplyBuf == 0) return false;
   lpEMData->nReplySize = size;
   lpEMData->lpReplyBuf = static_cast<uint8_t *>(GlobalLock(lpEMData->hReplyBuf));

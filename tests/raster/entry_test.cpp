@@ -140,7 +140,6 @@ TEST(DriverEntry, WithACommonBlockARunningStateIsLeftAlone) {
   EXPECT_EQ(lpEMData->nColorOp, 77u);
   lpEMData->nState = 0xFFFFFFFFu;  // marked as ended by the host: initialised again, in place
   RasterDriverState *state = lpEMData;
-  GlobalFree(lpEMData->hReplyBuf);
   EXPECT_EQ(host.initialise(), 0);
   EXPECT_EQ(lpEMData, state);
   EXPECT_EQ(lpEMData->nState, 1u);
