@@ -10,7 +10,7 @@ const int32_t GDPSupport[8] = {};
 namespace raster {
 namespace {
 
-constexpr int kSupported = 2;
+constexpr int kCanBeUsed = 2;
 constexpr int16_t kDrawingPrimitive = 1034;
 constexpr int16_t kPatternTable = 1323;  // always reported unsupported
 
@@ -50,8 +50,8 @@ int32_t InquireSupport(uint32_t opcode, int32_t argument) {
   const auto asked = static_cast<int16_t>(opcode);
   if (asked == raster::kDrawingPrimitive) return InqGDPSupport(argument);
   if (asked == raster::kPatternTable) return 0;
-  const DriverFunction found = getfunc(static_cast<uint32_t>(int32_t{asked}));
-  return found == d_noop ? 0 : raster::kSupported;
+  const raster::OpcodeRow *row = raster::findRow(static_cast<uint32_t>(int32_t{asked}));
+  return row != nullptr && row->support == raster::kSupported ? raster::kCanBeUsed : 0;
 }
 
 int32_t InqGDPSupport(int32_t primitive) {

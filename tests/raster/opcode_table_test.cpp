@@ -51,6 +51,8 @@ TEST(OpcodeTable, HoldsItsSeventyFourRowsInOrder) {
     EXPECT_EQ(raster::kOpcodeTable[i].opcode, kExpected[i].opcode) << "row " << i + 1;
     EXPECT_EQ(raster::kOpcodeTable[i].function, kExpected[i].function) << "row " << i + 1;
     EXPECT_EQ(raster::kOpcodeTable[i].states, kExpected[i].mask) << "row " << i + 1;
+    const auto support = kExpected[i].function == d_noop ? raster::kIgnored : raster::kSupported;
+    EXPECT_EQ(raster::kOpcodeTable[i].support, support) << "row " << i + 1;
   }
 }
 
@@ -89,6 +91,9 @@ TEST_F(Dispatch, SupportDependsOnTheStateAtTheTimeOfAsking) {
   EXPECT_EQ(InquireSupport(2, 0), 2);
   EXPECT_EQ(InquireSupport(1299, 0), 0) << "accepted and ignored is not supported";
   state_.nState = 8;
+  // Functions that take their record and do nothing with it are functions all the same.
+  for (const uint32_t opcode : {771u, 772u, 773u, 774u, 2310u}) EXPECT_EQ(InquireSupport(opcode, 0), 2);
+  EXPECT_EQ(InquireSupport(1312, 0), 0);
   EXPECT_EQ(InquireSupport(1034, -5), 0);
   EXPECT_EQ(InquireSupport(1034, -6), 0);
   EXPECT_EQ(InquireSupport(1323, 0), 0);
