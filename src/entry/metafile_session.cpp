@@ -82,21 +82,23 @@ void setWriterFields(TiffWriterState &tiff, int32_t bitmapMode) {
   }
 }
 
-void tellItems(ItemCallback tell, Handle setup, Handle recordSetup, const RasterSetup &settings) {
-  struct {
+void tellItems(ItemCallback tell, Handle setup, Handle recordSetup, RasterSetup &settings) {
+  int32_t colorMode = externalColorMode(settings.nColorMode);
+  int32_t fonts = AltFontsAvailable() != 0 ? 111 : 110;
+  int32_t item6 = 130;
+  int32_t item3 = 1;
+  const struct {
     HostWord number;
     Handle setup;
-    int32_t value;
-  } const items[] = {
-      {1, setup, externalColorMode(settings.nColorMode)},
-      {2, setup, AltFontsAvailable() != 0 ? 111 : 110},
-      {6, setup, 130},
-      {5, recordSetup, settings.nLineMode},
-      {3, setup, 1},
+    int32_t *value;
+  } items[] = {
+      {1, setup, &colorMode}, {2, setup, &fonts}, {6, setup, &item6}, {5, recordSetup, &settings.nLineMode},
+      {3, setup, &item3},
   };
+  const runtime::SettingsInUse use(&settings);
   for (const auto &item : items) {
-    int32_t value = item.value;
-    tell(item.setup, item.number, sizeof value, reinterpret_cast<HostWord>(&value), 0, 0);
+    tell(item.setup, item.number, sizeof *item.value, reinterpret_cast<HostWord>(item.value), 0, 0);
+    if (use.destroyed()) return;
   }
 }
 

@@ -14,8 +14,9 @@ using ItemCallback = int32_t (*)(HostWord setup, HostWord item, HostWord size, H
                                  HostWord);
 
 // Tells the host five settings in the order 1, 2, 6, 5, 3. Item 5 goes out under the handle that the
-// initialisation record now holds.
-void tellItems(ItemCallback tell, Handle setup, Handle recordSetup, const RasterSetup &settings);
+// initialisation record now holds, and is the record's nLineMode itself: what the host stores there
+// stays. A host that destroys the setup meanwhile is told no more.
+void tellItems(ItemCallback tell, Handle setup, Handle recordSetup, RasterSetup &settings);
 
 // Renders a recorded metafile into the session's open output. 300 without a metafile, and when the
 // host asks to stop before it is rendered.

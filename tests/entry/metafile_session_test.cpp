@@ -272,6 +272,36 @@ TEST(Items, ColorModesGoOutByTheHostsCodes) {
   }
 }
 
+int32_t setLineMode(HostWord, HostWord item, HostWord, HostWord value, HostWord, HostWord) {
+  told.push_back({0, item, 0, 0, 0, 0});
+  *reinterpret_cast<int32_t *>(value) = static_cast<int32_t>(1000 + item);
+  return 0;
+}
+
+TEST(Items, TheLineModeIsTheRecordsOwn) {
+  RasterSetup settings = {};
+  settings.nColorMode = 104;
+  settings.nLineMode = 119;
+  entry::tellItems(&setLineMode, 1, 2, settings);
+  EXPECT_EQ(settings.nLineMode, 1005) << "the host has changed it";
+  EXPECT_EQ(settings.nColorMode, 104) << "the others are copies";
+}
+
+int32_t destroySetup(HostWord setup, HostWord item, HostWord, HostWord, HostWord, HostWord) {
+  told.push_back({setup, item, 0, 0, 0, 0});
+  if (item == 2) DestroySetup(setup);
+  return 0;
+}
+
+TEST(Items, AHostThatDestroysTheSetupIsToldNoMore) {
+  setup_test::Globals globals;
+  const Handle setup = CreateSetup(0, "none", nullptr, nullptr);
+  told.clear();
+  entry::tellItems(&destroySetup, setup, setup, *lpRaster);
+  ASSERT_EQ(told.size(), 2u);
+  EXPECT_EQ(told[1].number, 2u);
+}
+
 // ---- escape
 
 TEST_F(MetafileSession, EscapeAsksTheSessionsHost) {
