@@ -54,13 +54,14 @@ typedef struct RasterDriverState {
   uint32_t nErrMax;            // capacity of the error stack: 0 unless the host stores 1 to 10 here
   uint32_t nErrCount;          // entries on it
   uint32_t nErrLost;           // pushes that found it full
-  ErrEntry errors[1 + RAXEL_ERR_CAPACITY];  // FirstError, then the stack: entry i is errors[i + 1]
-  double DevWindow[6];                      // x1, y1, z1, x2, y2, z2
-  double DevViewport[6];                    // the same order; z1 and z2 are never set
-  uint32_t nState;                          // 1 initialised, 2 open, 4 picture, 8 body, 16 ended
-  uint32_t nCurFunc;                        // the host's tag for errors; the driver only reads it
-  uint32_t nReplyPos;                       // bytes of replies so far; nothing rewinds it
-  uint32_t nReplySize;                      // room for replies, as the host asked
+  ErrEntry FirstError;         // first error since the stack was emptied; see push_er
+  ErrEntry ErrStack[RAXEL_ERR_CAPACITY];  // bottom first; FirstError lies right before it
+  double DevWindow[6];                    // x1, y1, z1, x2, y2, z2
+  double DevViewport[6];                  // the same order; z1 and z2 are never set
+  uint32_t nState;                        // 1 initialised, 2 open, 4 picture, 8 body, 16 ended
+  uint32_t nCurFunc;                      // the host's tag for errors; the driver only reads it
+  uint32_t nReplyPos;                     // bytes of replies so far; nothing rewinds it
+  uint32_t nReplySize;                    // room for replies, as the host asked
   Handle hReplyBuf;
   uint8_t *lpReplyBuf;  // what the host reads replies from; the driver's
   char szOutFile[RAXEL_NAME_ROOM];

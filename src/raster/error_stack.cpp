@@ -1,10 +1,11 @@
 // The driver's error stack and the reply buffer.
 //
-// Entry index i of the stack is errors[i + 1]; index -1 is FirstError, which stands right before
-// it. The driver never sets a capacity, so as delivered every push finds the stack full and
-// overwrites index -1: FirstError is then always the latest error and nErrLost counts them all. A
-// host that stores a capacity of up to 10 gets a working stack.
+// Index -1 of the stack is FirstError, which stands right before it in the block. The driver never sets a
+// capacity, so as delivered every push finds the stack full and overwrites index -1: FirstError is then
+// always the latest error and nErrLost counts them all. A host that stores a capacity of up to 10 gets a
+// working stack.
 #include <algorithm>
+#include <cstddef>
 
 #include "raster/record.h"
 #include "raxel/driver.h"
@@ -16,8 +17,11 @@ int32_t clampToStack(uint32_t value) {
   return std::clamp(static_cast<int32_t>(value), 0, RAXEL_ERR_CAPACITY);
 }
 
+static_assert(offsetof(RasterDriverState, ErrStack) ==
+              offsetof(RasterDriverState, FirstError) + sizeof(ErrEntry));
+
 ErrEntry &entry(int32_t index) {
-  return lpEMData->errors[index + 1];
+  return index < 0 ? lpEMData->FirstError : lpEMData->ErrStack[index];
 }
 
 }  // namespace

@@ -17,6 +17,9 @@ AT(ErrEntry, nCode, 4);
 AT(ErrEntry, nPad, 6);
 BYTES(ErrEntry, 8);
 
+// The first error lies where an index of -1 would look for it.
+AT(RasterDriverState, ErrStack, offsetof(RasterDriverState, FirstError) + sizeof(ErrEntry));
+
 AT(RasterPictureInfo, nDisplayResolution, 0);
 AT(RasterPictureInfo, nUnused, 4);
 AT(RasterPictureInfo, nPictureResolution, 8);
@@ -185,6 +188,36 @@ AT(RasterDriverState, nLastError, 792);
 AT(RasterDriverState, nErrMax, 796);
 AT(RasterDriverState, nErrCount, 800);
 AT(RasterDriverState, nErrLost, 804);
-AT(RasterDriverState, errors, 808);
+AT(RasterDriverState, FirstError, 808);
+AT(RasterDriverState, ErrStack, 816);
+AT(RasterDriverState, DevWindow, 896);
+AT(RasterDriverState, DevViewport, 944);
+AT(RasterDriverState, nState, 992);
+AT(RasterDriverState, nCurFunc, 996);
+AT(RasterDriverState, nReplyPos, 1000);
+AT(RasterDriverState, nReplySize, 1004);
+AT(RasterDriverState, hReplyBuf, 1008);
+AT(RasterDriverState, lpReplyBuf, 1012);
+AT(RasterDriverState, szOutFile, 1016);
+AT(RasterDriverState, nCellWidth, 1160);
+AT(RasterDriverState, nCellHeight, 1164);
+AT(RasterDriverState, nCellBits, 1168);
+AT(RasterDriverState, lpHostStatus, 1172);
+AT(RasterDriverState, nColorOp, 1176);
+AT(RasterDriverState, hSetupRef, 1180);
+AT(RasterDriverState, nResolution, 1184);
+AT(RasterDriverState, nCellFlags, 1188);
+BYTES(RasterDriverState, 1192);
+
+AT(MetafilePicture, hMetafile, 0);
+AT(MetafilePicture, nFrameLeft, 4);
+AT(MetafilePicture, nFrameTop, 8);
+AT(MetafilePicture, nFrameRight, 12);
+AT(MetafilePicture, nFrameBottom, 16);
+AT(MetafilePicture, nFrameResolution, 20);
+AT(MetafilePicture, dGeometry, 24);
+AT(MetafilePicture, dRoundedWidth, 56);
+AT(MetafilePicture, dRoundedHeight, 64);
+AT(MetafilePicture, dwPlatform, 72);
 
 #endif

@@ -21,8 +21,8 @@ class ErrorStack : public testing::Test {
     state_.nCurFunc = func;
     push_er(code);
   }
-  const ErrEntry &first() { return state_.errors[0]; }
-  const ErrEntry &at(int i) { return state_.errors[i + 1]; }
+  const ErrEntry &first() { return state_.FirstError; }
+  const ErrEntry &at(int i) { return state_.ErrStack[i]; }
   void pop(int32_t n) {
     uint8_t record[20] = {};
     std::memcpy(record + 16, &n, 4);
