@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "color/kernels.h"
 #include "raxel/color.h"
 #include "runtime/blocks.h"
 #include "runtime/unaligned.h"
@@ -18,10 +19,13 @@ void rgbToCmyk(uint8_t *pixels, size_t count) {
   }
 }
 
-void cmykToRgb(uint8_t *pixels, size_t count) {
+void cmykToRgbPlain(uint8_t *pixels, size_t count) {
+  cmykToRgbFrom(pixels, pixels, count);
+}
+
+void cmykToRgbFrom(const uint8_t *in, uint8_t *out, size_t count) {
   // What is written never reaches the next pixel to be read.
-  uint8_t *out = pixels;
-  for (const uint8_t *in = pixels; count != 0; --count, in += 4, out += 3) {
+  for (; count != 0; --count, in += 4, out += 3) {
     const uint8_t black = in[3];
     const uint8_t cyan = std::max(in[0], black);
     const uint8_t magenta = std::max(in[1], black);
@@ -61,7 +65,7 @@ void rlRGB4toCMYK(Handle bits, uint32_t width, uint32_t height) {
 }
 
 void rlCMYKtoRGB(Handle bits, uint32_t width, uint32_t height) {
-  color::convertBlock(bits, width, height, color::cmykToRgb);
+  color::convertBlock(bits, width, height, color::kernels().cmykToRgb);
 }
 
 void rlALPHAtoRGB(Handle bits, uint32_t width, uint32_t height) {

@@ -8,6 +8,9 @@
 #include <cstring>
 
 #include "color/bitmap.h"
+#include "color/debug_level.h"
+#include "color/kernels.h"
+#include "color/mirror.h"
 #include "raxel/color.h"
 #include "runtime/blocks.h"
 
@@ -35,18 +38,53 @@ void swapRows(std::span<uint8_t> top, std::span<uint8_t> bottom, uint64_t line) 
   std::memset(top.data() + shared, 0, length - shared);
 }
 
+// Exchanges pixel x of both rows with its partner.
+void exchangePixels(std::span<uint8_t> top, std::span<uint8_t> bottom, uint32_t x, uint32_t width,
+                    int16_t depth) {
+  // All four are read before any is written: the two rows may be one, or share the pixel between.
+  const uint32_t topLeft = getPixel(top, x, depth);
+  const uint32_t topRight = getPixel(top, width - x, depth);
+  const uint32_t bottomLeft = getPixel(bottom, x, depth);
+  const uint32_t bottomRight = getPixel(bottom, width - x, depth);
+  setPixel(top, x, 0, depth, topRight, {});
+  setPixel(top, width - x, 0, depth, topLeft, {});
+  setPixel(bottom, x, 0, depth, bottomRight, {});
+  setPixel(bottom, width - x, 0, depth, bottomLeft, {});
+}
+
+// Mirrors the pixels 1 to width - 1 of a row, which change places among themselves.
+void mirrorInside(uint8_t *row, uint32_t width, int16_t depth) {
+  const size_t n = width / 2 - 1;
+  const Kernels &use = kernels();
+  if (depth == 8) {
+    use.mirrorBytes(row + 1, row + width, n);
+  } else if (depth == 24) {
+    use.mirrorTriples(row + 3, row + size_t{width} * 3, n);
+  } else if (depth == 32) {
+    use.mirrorWords(row + 4, row + size_t{width} * 4, n);
+  } else {
+    mirrorPacked(row, depth, 1, width, n);
+  }
+}
+
+// Whether mirrorInside can be left to do a row.
+bool isWhole(std::span<const uint8_t> row, uint32_t width, int16_t depth) {
+  const uint64_t bytes = (uint64_t{width} * static_cast<uint64_t>(depth) + 7) / 8;
+  return row.size() >= bytes && (depth >= 8 || bytes >= kMirrorPackedBytes);
+}
+
 void mirrorRows(std::span<uint8_t> top, std::span<uint8_t> bottom, uint32_t width, int16_t depth) {
+  if (width < 2) return;
+  if (isPixelDepth(depth) && !printsPixels() && isWhole(top, width, depth) &&
+      isWhole(bottom, width, depth)) {
+    exchangePixels(top, bottom, 0, width, depth);
+    mirrorInside(top.data(), width, depth);
+    if (top.data() != bottom.data()) mirrorInside(bottom.data(), width, depth);
+    return;
+  }
   for (uint32_t x = 0; x < width / 2; ++x) {
     if (uint64_t{x} * static_cast<uint64_t>(depth) / 8 >= top.size()) return;
-    // All four are read before any is written: the two rows may be one, or share the pixel between.
-    const uint32_t topLeft = getPixel(top, x, depth);
-    const uint32_t topRight = getPixel(top, width - x, depth);
-    const uint32_t bottomLeft = getPixel(bottom, x, depth);
-    const uint32_t bottomRight = getPixel(bottom, width - x, depth);
-    setPixel(top, x, 0, depth, topRight, {});
-    setPixel(top, width - x, 0, depth, topLeft, {});
-    setPixel(bottom, x, 0, depth, bottomRight, {});
-    setPixel(bottom, width - x, 0, depth, bottomLeft, {});
+    exchangePixels(top, bottom, x, width, depth);
   }
 }
 

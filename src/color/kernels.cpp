@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "color/cmyk.h"
 #include "color/lookup.h"
+#include "color/mirror.h"
 #include "color/permute.h"
 #include "color/shuffle.h"
 
@@ -15,18 +17,30 @@ constexpr Kernels kKernels[] = {
     {.planMove = planNoMove,
      .bytesToNibbles = bytesToNibblesPlain,
      .bytesToBits = bytesToBitsPlain,
-     .nibblesToBits = nibblesToBitsPlain},
+     .nibblesToBits = nibblesToBitsPlain,
+     .mirrorBytes = mirrorBytesPlain,
+     .mirrorTriples = mirrorTriplesPlain,
+     .mirrorWords = mirrorWordsPlain,
+     .cmykToRgb = cmykToRgbPlain},
 #if defined(RAXEL_HAS_SHUFFLE)
     {.planMove = planShuffle,
      .bytesToNibbles = bytesToNibblesPlain,
      .bytesToBits = bytesToBitsPlain,
-     .nibblesToBits = nibblesToBitsPlain},
+     .nibblesToBits = nibblesToBitsPlain,
+     .mirrorBytes = mirrorBytesSsse3,
+     .mirrorTriples = mirrorTriplesSsse3,
+     .mirrorWords = mirrorWordsSsse3,
+     .cmykToRgb = cmykToRgbSsse3},
 #endif
 #if defined(RAXEL_HAS_AVX512)
     {.planMove = planPermute,
      .bytesToNibbles = bytesToNibblesAvx512,
      .bytesToBits = bytesToBitsAvx512,
-     .nibblesToBits = nibblesToBitsAvx512},
+     .nibblesToBits = nibblesToBitsAvx512,
+     .mirrorBytes = mirrorBytesSsse3,
+     .mirrorTriples = mirrorTriplesSsse3,
+     .mirrorWords = mirrorWordsSsse3,
+     .cmykToRgb = cmykToRgbSsse3},
 #endif
 };
 

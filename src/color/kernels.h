@@ -26,6 +26,14 @@ struct Kernels {
   void (*bytesToNibbles)(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n);
   void (*bytesToBits)(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n);
   void (*nibblesToBits)(const uint8_t *pairs, const uint8_t *from, uint8_t *to, size_t n);
+
+  // Pixels of one, three and four bytes are exchanged; see mirror.h.
+  void (*mirrorBytes)(uint8_t *left, uint8_t *right, size_t n);
+  void (*mirrorTriples)(uint8_t *left, uint8_t *right, size_t n);
+  void (*mirrorWords)(uint8_t *left, uint8_t *right, size_t n);
+
+  // Pictures change in place; see cmyk.h.
+  void (*cmykToRgb)(uint8_t *pixels, size_t count);
 };
 
 // The fastest forms that this processor has, and that the limit allows.
