@@ -1,0 +1,90 @@
+// The order in which a file gets to its place, seen at the system calls: this program has its own fsync and
+// rename, which keep a list and can fail.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "failure.h"
+#include "support/temp_dir.h"
+#include "target.h"
+
+namespace {
+
+std::string calls;
+bool syncFails, renameFails;
+
+}  // namespace
+
+extern "C" int fsync(int fd) {
+  calls += "sync ";
+  if (!syncFails) return static_cast<int>(syscall(SYS_fsync, fd));
+  errno = EIO;
+  return -1;
+}
+
+extern "C" int rename(const char *from, const char *to) noexcept {
+  calls += "rename ";
+  if (!renameFails) return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+  errno = EACCES;
+  return -1;
+}
+
+namespace {
+
+// What a commit over an old file ends with: its message, or nothing when all went well.
+struct Commit {
+  std::string message, content;
+  size_t files = 0;
+
+  Commit() {
+    const support::TempDir folder;
+    const std::string path = folder.file("a.tif");
+    support::writeFile(path, "old");
+    calls.clear();
+    try {
+      host::Target target(path, {});
+      const std::string text = "new";
+      target.sink().write(reinterpret_cast<const uint8_t *>(text.data()), text.size());
+      target.commit();
+    } catch (const host::Failure &failure) {
+      EXPECT_EQ(failure.code(), host::kNoWrite);
+      message = std::string(failure.what()).substr(path.size());
+    }
+    content = support::readText(path);
+    for ([[maybe_unused]] const auto &entry : std::filesystem::directory_iterator(folder.path())) ++files;
+  }
+};
+
+}  // namespace
+
+TEST(Commit, WaitsForTheDiskBeforeTheOldFileGoes) {
+  syncFails = renameFails = false;
+  const Commit done;
+  EXPECT_EQ(done.message, "");
+  EXPECT_EQ(calls, "sync rename ");
+  EXPECT_EQ(done.content, "new");
+  EXPECT_EQ(done.files, 1u);
+}
+
+TEST(Commit, ADiskThatFailsLeavesTheOldFile) {
+  syncFails = true;
+  const Commit failed;
+  syncFails = false;
+  EXPECT_EQ(failed.message, ": cannot be written: Input/output error; the old file is untouched");
+  EXPECT_EQ(calls, "sync ");
+  EXPECT_EQ(failed.content, "old");
+  EXPECT_EQ(failed.files, 1u);
+}
+
+TEST(Commit, ARefusedRenamingLeavesTheOldFile) {
+  renameFails = true;
+  const Commit failed;
+  renameFails = false;
+  EXPECT_EQ(failed.message, ": cannot be written: you may not write there; the old file is untouched");
+  EXPECT_EQ(failed.content, "old");
+  EXPECT_EQ(failed.files, 1u);
+}
