@@ -1,6 +1,7 @@
 // What is to be done with a picture, from three sources.
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 
 #include "setup.h"
 
@@ -118,26 +119,31 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   // Without a profile the record holds the library's defaults, which nobody has chosen; with one whose
   // section is empty it holds zeros.
   const bool fromProfile = stored.szProfilePath[0] != '\0' && stored.szDriverName[0] != '\0';
-  const bool chosen = fromProfile || !options.set.empty();
+  const auto chosen = [&](std::initializer_list<int32_t> escapes) {
+    return fromProfile || std::ranges::any_of(options.set, [&](const SetEscape &set) {
+             return std::ranges::find(escapes, set.number) != escapes.end();
+           });
+  };
 
-  request.mode = options.mode                  ? *options.mode
-                 : chosen && !options.autoMode ? modeOfCode(stored.nBitmapMode)
-                                               : ownMode(picture.view);
-  request.compression = options.compression ? *options.compression
-                        : chosen            ? compressionOfCode(stored.nCompressionMode)
-                                            : RAXEL_COMPRESS_NONE;
-  request.layout = options.layout                                      ? *options.layout
-                   : chosen && stored.tiff.wLayoutMode == kStoredTiles ? RAXEL_LAYOUT_TILES
-                                                                       : RAXEL_LAYOUT_STRIPS;
-  request.treatment = options.treatment ? *options.treatment
-                      : chosen          ? std::clamp(stored.nColorMode - kFirstColorMode, 0, 4)
-                                        : RAXEL_TREAT_NONE;
+  request.mode = options.mode                           ? *options.mode
+                 : chosen({kMode}) && !options.autoMode ? modeOfCode(stored.nBitmapMode)
+                                                        : ownMode(picture.view);
+  request.compression = options.compression      ? *options.compression
+                        : chosen({kCompression}) ? compressionOfCode(stored.nCompressionMode)
+                                                 : RAXEL_COMPRESS_NONE;
+  request.layout = options.layout                                           ? *options.layout
+                   : fromProfile && stored.tiff.wLayoutMode == kStoredTiles ? RAXEL_LAYOUT_TILES
+                                                                            : RAXEL_LAYOUT_STRIPS;
+  request.treatment = options.treatment           ? *options.treatment
+                      : chosen({kColorTreatment}) ? std::clamp(stored.nColorMode - kFirstColorMode, 0, 4)
+                                                  : RAXEL_TREAT_NONE;
   request.dither = options.dither;
   request.quantizer = options.quantizer;
   if (options.dpi) {
     request.dpiX = (*options.dpi)[0];
     request.dpiY = (*options.dpi)[1];
-  } else if (chosen && stored.nResolutionMode != kOwnResolution && stored.tiff.nXResolution > 0 &&
+  } else if (chosen({kResolutionMode, kResolutionX, kResolutionY}) &&
+             stored.nResolutionMode != kOwnResolution && stored.tiff.nXResolution > 0 &&
              stored.tiff.nYResolution > 0) {
     request.dpiX = stored.tiff.nXResolution;
     request.dpiY = stored.tiff.nYResolution;
@@ -147,7 +153,8 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   }
   if (options.size) {
     fit(*options.size, picture.view, request);
-  } else if (chosen && stored.nSizeMode != kOwnSize && stored.dWidth > 0 && stored.dHeight > 0) {
+  } else if (chosen({kSizeMode, kWidth, kHeight}) && stored.nSizeMode != kOwnSize && stored.dWidth > 0 &&
+             stored.dHeight > 0) {
     fit({stored.dWidth, stored.dHeight, false}, picture.view, request);
   }
   return request;

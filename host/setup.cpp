@@ -9,21 +9,7 @@
 namespace host {
 namespace {
 
-// Setting escapes.
-enum Escape : int32_t {
-  kColorTreatment = 1,
-  kMode = 9,
-  kCompression = 10,
-  kResolutionX = 11,
-  kResolutionY = 12,
-  kWidth = 13,
-  kHeight = 14,
-  kResolutionMode = 18,
-  kSizeMode = 19,
-  kUserData = 25,
-  kGeometry = 56,
-  kOutputProcedure = 81,
-};
+constexpr int32_t kQuestions[] = {16, 17, 26, kGeometry, 57};
 
 // Input values count treatments from 101 on, and modes from 140 on.
 constexpr int32_t kFirstTreatment = 101, kFirstMode = 140;
@@ -43,14 +29,15 @@ Setup::Setup(const Library &library, const Options &options) : library_(library)
   record_ = static_cast<RasterSetup *>(library.services.GlobalLock(handle_));
   if (!options.profile.empty()) {
     if (record_->szProfilePath[0] == '\0') {
-      throw Failure(kNoInput, options.profile + ": no such profile (INIDIR is looked through first)");
+      throw Failure(kNoInput, options.profile +
+                                  ": no profile of this name can be read (INIDIR is looked through first)");
     }
     if (record_->szDriverName[0] == '\0') {
       throw Failure(kNoInput, options.profile + ": section [" + record_->szModeName +
                                   "] has no value for \"Driver\"; choose one with --section");
     }
   }
-  for (const SetEscape &escape : options.set) sendEscape(escape);
+  for (const SetEscape &escape : options.set) sendEscape(escape, false);
 }
 
 Setup::~Setup() {
@@ -93,7 +80,7 @@ RasterInfoResult Setup::query(const RasterPictureInfo &picture) {
 }
 
 // Widths and heights are doubles, user data is the value itself, and all else is a whole number.
-void Setup::sendEscape(const SetEscape &escape) {
+void Setup::sendEscape(const SetEscape &escape, bool save) {
   const char *first = escape.value.data(), *end = first + escape.value.size();
   const bool real = escape.number == kWidth || escape.number == kHeight;
   int32_t whole = 0;
@@ -102,13 +89,17 @@ void Setup::sendEscape(const SetEscape &escape) {
   if (parsed.ec != std::errc() || parsed.ptr != end) failSet(escape, "is not a number");
   if (escape.number == kOutputProcedure)
     failSet(escape, "takes an address, which a command line cannot give");
+  for (int32_t question : kQuestions) {
+    if (escape.number == question) failSet(escape, "this escape answers a question and sets nothing");
+  }
+  const stop::Hold hold;
   int32_t result = 0;
   if (escape.number == kUserData) {
     const auto value = static_cast<uintptr_t>(static_cast<intptr_t>(whole));
     result = library_.escapeSetup(handle_, kUserData, 4, reinterpret_cast<const void *>(value), nullptr, 0);
   } else {
     const void *value = real ? static_cast<const void *>(&number) : &whole;
-    result = library_.escapeSetup(handle_, escape.number, real ? 8 : 4, value, nullptr, 0);
+    result = library_.escapeSetup(handle_, escape.number, real ? 8 : 4, value, nullptr, save ? 1 : 0);
   }
   if (result == 0) failSet(escape, "there is no such escape");
   if (result < 0) failSet(escape, "the library refuses this value");
@@ -126,6 +117,10 @@ void sendPlan(Setup &setup, const RaxelPlan &plan) {
 }
 
 void sendGiven(Setup &setup, const Options &options, bool save) {
+  // The setup has them already, and only the profile has not.
+  if (save) {
+    for (const SetEscape &escape : options.set) setup.sendEscape(escape, true);
+  }
   if (options.treatment) setup.set(kColorTreatment, kFirstTreatment + *options.treatment, save);
   if (options.mode) setup.set(kMode, kFirstMode + *options.mode, save);
   if (options.compression) setup.set(kCompression, raxelHostCompressionValue(*options.compression), save);

@@ -7,6 +7,22 @@
 
 namespace host {
 
+// Setup escapes.
+enum Escape : int32_t {
+  kColorTreatment = 1,
+  kMode = 9,
+  kCompression = 10,
+  kResolutionX = 11,
+  kResolutionY = 12,
+  kWidth = 13,
+  kHeight = 14,
+  kResolutionMode = 18,
+  kSizeMode = 19,
+  kUserData = 25,
+  kGeometry = 56,
+  kOutputProcedure = 81,
+};
+
 class Setup {
  public:
   // Creates the setup, from the profile when one is given, and sends the escapes of --set.
@@ -22,6 +38,8 @@ class Setup {
   // Sends a setting escape of 4 or 8 bytes; throws a Failure when the library refuses the value.
   void set(int32_t escape, int32_t value, bool save = false);
   void set(int32_t escape, double value, bool save = false);
+  // Sends an escape as it was written; throws a Failure that says what is wrong with it.
+  void sendEscape(const SetEscape &escape, bool save);
   // Strips or tiles. Only the profile can say it, and otherwise the record.
   void setLayout(int32_t layout);
   // Hands output over to a stream procedure.
@@ -33,7 +51,6 @@ class Setup {
 
  private:
   void send(int32_t escape, int32_t size, const void *value, bool save);
-  void sendEscape(const SetEscape &escape);
 
   const Library &library_;
   Handle handle_ = 0;

@@ -84,6 +84,10 @@ std::string reason(int error) {
   switch (error) {
     case ENOENT:
       return "the folder does not exist";
+    case ENOTDIR:
+      return "a part of its path is no folder";
+    case ENAMETOOLONG:
+      return "the name is too long";
     case EACCES:
     case EPERM:
       return "you may not write there";

@@ -7,6 +7,8 @@
 #include <jerror.h>
 // clang-format on
 
+#include <algorithm>
+#include <climits>
 #include <csetjmp>
 #include <cstdlib>
 #include <cstring>
@@ -23,7 +25,7 @@ struct Trouble {
   jpeg_error_mgr manager;
   std::jmp_buf leave;
   char message[JMSG_LENGTH_MAX];
-  bool damaged;  // data is missing: the library would go on with grey
+  bool tooLarge;
 };
 
 void leaveOnError(j_common_ptr common) {
@@ -34,13 +36,10 @@ void leaveOnError(j_common_ptr common) {
 
 void noteWarning(j_common_ptr common, int level) {
   if (level >= 0) return;  // a trace, not a warning
-  Trouble *trouble = reinterpret_cast<Trouble *>(common->err);
   ++common->err->num_warnings;
+  // Data is missing. The library would go on with grey, of which a short file can ask for gigabytes.
   const int code = common->err->msg_code;
-  if (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER || code == JWRN_HUFF_BAD_CODE) {
-    common->err->format_message(common, trouble->message);
-    trouble->damaged = true;
-  }
+  if (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER || code == JWRN_HUFF_BAD_CODE) leaveOnError(common);
 }
 
 // What the decoder leaves behind; plain data, so that a jump may pass over it.
@@ -93,15 +92,21 @@ bool decode(std::span<const uint8_t> bytes, Trouble &trouble, Decoded &out) {
   jpeg_create_decompress(&info);
   jpeg_save_markers(&info, JPEG_APP0 + 1, 0xFFFF);
   jpeg_mem_src(&info, bytes.data(), bytes.size());
+  info.mem->max_memory_to_use = static_cast<long>(std::min<uint64_t>(kLargestPicture, LONG_MAX));
   jpeg_read_header(&info, TRUE);
+  out.width = info.image_width;
+  out.height = info.image_height;
+  if (uint64_t{out.width} * out.height * static_cast<uint32_t>(info.num_components) > kLargestPicture) {
+    trouble.tooLarge = true;
+    jpeg_destroy_decompress(&info);
+    return false;
+  }
   if (info.num_components == 4) {
     info.out_color_space = JCS_CMYK;
   } else if (info.num_components == 3) {
     info.out_color_space = JCS_RGB;
   }
   jpeg_start_decompress(&info);
-  out.width = info.output_width;
-  out.height = info.output_height;
   out.channels = static_cast<uint32_t>(info.output_components);
   const size_t stride = size_t{out.width} * out.channels;
   out.pixels = static_cast<uint8_t *>(std::malloc(stride * out.height));
@@ -124,7 +129,7 @@ bool decode(std::span<const uint8_t> bytes, Trouble &trouble, Decoded &out) {
   }
   jpeg_finish_decompress(&info);
   jpeg_destroy_decompress(&info);
-  return !trouble.damaged;
+  return true;
 }
 
 // Ink on white paper.
@@ -148,6 +153,7 @@ void readJpeg(std::span<const uint8_t> bytes, Picture &out) {
   Decoded decoded{};
   const bool whole = decode(bytes, trouble, decoded);
   const std::unique_ptr<uint8_t, decltype(&std::free)> pixels(decoded.pixels, &std::free);
+  if (trouble.tooLarge) throw Unreadable(tooLarge(decoded.width, decoded.height));
   if (!whole) throw Unreadable(std::string("is damaged: ") + trouble.message);
   if (trouble.manager.num_warnings != 0) out.notes.push_back("the JPEG data has small faults");
   if (decoded.channels == 2) throw Unreadable("has two channels, which is no known kind of picture");

@@ -57,13 +57,14 @@ void readAs(const std::string &format, std::span<const uint8_t> bytes, const Bac
 
 }  // namespace
 
+std::string tooLarge(uint32_t width, uint32_t height) {
+  return "is too large: " + std::to_string(width) + " by " + std::to_string(height) + " pixels";
+}
+
 void Picture::allocate(uint32_t width, uint32_t height, uint32_t bits) {
   const uint64_t stride = (uint64_t{width} * bits + 7) / 8;
   if (width == 0 || height == 0) throw Unreadable("has no pixels");
-  if (stride * height > kLargestPicture) {
-    throw Unreadable("is too large: " + std::to_string(width) + " by " + std::to_string(height) +
-                     " pixels");
-  }
+  if (stride * height > kLargestPicture) throw Unreadable(tooLarge(width, height));
   pixels = Buffer(static_cast<size_t>(stride * height));
   view = RaxelPicture{width, height, bits, pixels.data(), static_cast<size_t>(stride), nullptr, 0};
 }

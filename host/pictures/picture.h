@@ -63,5 +63,7 @@ constexpr uint8_t narrow(unsigned v) {
 
 // The most that a decoded picture may take: hostile headers promise more than any machine has.
 constexpr uint64_t kLargestPicture = uint64_t{1} << 32;
+// What to say of one that takes more.
+std::string tooLarge(uint32_t width, uint32_t height);
 
 }  // namespace host

@@ -56,7 +56,7 @@ void markTransparentLevel(unsigned level, uint32_t bits, const Background &backg
 void decodeOver(spng_ctx *context, const spng_ihdr &header, const Background &background, Picture &out) {
   const bool wide = header.bit_depth == 16;
   const uint64_t bytes = uint64_t{header.width} * header.height * (wide ? 8 : 4);
-  if (bytes > kLargestPicture) throw Unreadable("is too large");
+  if (bytes > kLargestPicture) throw Unreadable(tooLarge(header.width, header.height));
   const Buffer deep(static_cast<size_t>(bytes));  // from malloc, aligned for 16-bit samples
   check(spng_decode_image(context, deep.data(), deep.size(), wide ? SPNG_FMT_RGBA16 : SPNG_FMT_RGBA8,
                           SPNG_DECODE_TRNS));
@@ -74,7 +74,7 @@ void decodeOver(spng_ctx *context, const spng_ihdr &header, const Background &ba
 // 16-bit grey and colours without transparency.
 void decodeWide(spng_ctx *context, const spng_ihdr &header, uint32_t channels, Picture &out) {
   const uint64_t samples = uint64_t{header.width} * header.height * channels;
-  if (samples * 2 > kLargestPicture) throw Unreadable("is too large");
+  if (samples * 2 > kLargestPicture) throw Unreadable(tooLarge(header.width, header.height));
   const Buffer deep(static_cast<size_t>(samples * 2));
   check(spng_decode_image(context, deep.data(), deep.size(), SPNG_FMT_PNG, 0));
   out.allocate(header.width, header.height, channels * 8);

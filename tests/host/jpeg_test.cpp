@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "pictures/picture.h"
@@ -160,6 +161,27 @@ TEST(Jpeg, TruncatedPicturesAreRefused) {
     Picture picture;
     EXPECT_THROW(host::readJpeg(part, picture), host::Unreadable) << length << " of " << file.size();
   }
+}
+
+// A short file can promise any size: it is believed only as far as its data go.
+TEST(Jpeg, PromisesOfPixelsCostNothing) {
+  const auto refusal = [](uint8_t high) {
+    Bytes file = encode({16, 8, 3, JCS_RGB, Bytes(16 * 8 * 3, 200)});
+    const uint8_t frame[] = {0xFF, 0xC0};  // then a length, the depth, the height and the width
+    const auto at =
+        std::search(file.begin(), file.end(), std::begin(frame), std::end(frame)) - file.begin();
+    for (const ptrdiff_t byte : {5, 7}) file[static_cast<size_t>(at + byte)] = high;
+    Picture picture;
+    try {
+      host::readJpeg(file, picture);
+    } catch (const host::Unreadable &why) {
+      EXPECT_EQ(picture.pixels.size(), 0u);
+      return std::string(why.what());
+    }
+    return std::string();
+  };
+  EXPECT_EQ(refusal(0x40).substr(0, 10), "is damaged");  // 16400 by 16392
+  EXPECT_EQ(refusal(0xFF), "is too large: 65296 by 65288 pixels");
 }
 
 TEST(Jpeg, DamagedBytesAreReadOrRefused) {

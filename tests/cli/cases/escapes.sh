@@ -4,6 +4,8 @@ raxel-export --dry-run --set 9=142 --set 10=153 "$photo"
 raxel-export --dry-run --set 9=142 -m rgb "$photo"
 raxel-export --dry-run --set 18=3 --set 11=300 --set 12=150 --set 25=7 "$photo"
 raxel-export --dry-run --set 19=3 --set 13=2.5 --set 14=1 "$photo"
+raxel-export --dry-run --set 1=104 --set 25=7 "$photo" # nothing is said about the mode
+code raxel-export --set 16=0 "$photo" out.tif
 code raxel-export --set 9=139 "$photo" out.tif
 code raxel-export --set 40=1 "$photo" out.tif
 code raxel-export --set 10=lzw "$photo" out.tif
