@@ -2,6 +2,7 @@
 #include "color/colormap.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <array>
 #include <vector>
@@ -27,6 +28,21 @@ constexpr uint8_t kThree[] = {0, 0, 0, 250, 1, 2, 9, 9, 9};
 TEST(Colormap, DeepSourcesHaveNone) {
   for (const int16_t depth : std::to_array<int16_t>({-1, 0, 9, 16, 24, 31, 32, 33, 32767})) {
     EXPECT_EQ(rlBuildColormap(kTwo, depth, kThree, 8, 3), 0u) << depth;
+  }
+}
+
+// Bytes that the heap has handed out. (A checking heap does not count them, but reports what is lost.)
+size_t heapInUse() {
+  const struct mallinfo2 heap = mallinfo2();
+  return heap.uordblks + heap.hblkhd;
+}
+
+TEST(Colormap, DeepSourcesAllocateNothing) {
+  for (const int16_t depth : std::to_array<int16_t>({9, 16, 24, 32})) {
+    const size_t before = heapInUse();
+    const Handle map = rlBuildColormap(kTwo, depth, kThree, 8, 3);
+    EXPECT_EQ(heapInUse(), before) << depth;
+    EXPECT_EQ(map, 0u) << depth;
   }
 }
 
