@@ -1,51 +1,14 @@
 // Host pixels on their way to the output's depth and size.
 #include <gtest/gtest.h>
 
-#include <cstring>
-
-#include "entry/export_host.h"
+#include "entry/open_cell.h"
 
 namespace {
 
 using entry_test::Bytes;
 using entry_test::bytesOf;
+using entry_test::Cell;
 using entry_test::Picture;
-
-// The pipeline's side of cell data: an output of some depth and size, open for one picture.
-class Cell {
- public:
-  Cell(Picture &picture, uint16_t bits, uint32_t width, uint32_t rows) {
-    record_.lpPicture = &picture.record();
-    record_.nBits = bits;
-    record_.nWidth = width;
-    record_.nBandRows = rows;
-    if (bits <= 8) {
-      record_.nColors = static_cast<uint16_t>(1u << bits);
-      record_.lpPalette = static_cast<uint8_t *>(kvlPtrGlobalAlloc(3u << bits));
-    }
-    const HostWord request[OFFSCREEN_WORDS] = {width, rows, bits, record_.nColors,
-                                               reinterpret_cast<HostWord>(record_.lpPalette)};
-    openAnswer = CellDataOpen(&record_, request);
-  }
-  ~Cell() {
-    CellDataClose(&record_);
-    kvlPtrGlobalFree(record_.lpPalette);
-  }
-  Cell(const Cell &) = delete;
-  Cell &operator=(const Cell &) = delete;
-
-  OffscreenRecord &record() { return record_; }
-  Handle band() { return CellDataBand(&record_); }
-  Handle cached(int word) const {
-    return static_cast<const HostWord *>(GlobalLock(record_.hBandCache))[word];
-  }
-  Bytes palette() const { return bytesOf(kvlPtrGlobalHandle(record_.lpPalette)); }
-
-  uint32_t openAnswer = 0;
-
- private:
-  OffscreenRecord record_ = {};
-};
 
 Bytes zeros(size_t n) {
   return Bytes(n, 0);
@@ -234,6 +197,32 @@ TEST(CellDataBand, TheStretchAfterAShrinkReadsZerosPastTheShrunkBlock) {
   EXPECT_EQ(Bytes(band.end() - 52, band.end()), zeros(52)) << "the source's last rows lie past the end";
 }
 
+TEST(CellDataBand, NarrowerAndHigherIsShearedAtItsNewDepth) {
+  // As above, and brought to 24 bits in between: rows of 8 bytes, 11 12 13 41 42 43 00 00 twice and
+  // 51 52 53 81 82 83 00 00 twice. Read as 4 by 2 a row has 12 bytes:
+  //   11 12 13   41 42 43   00 00 11   12 13 41
+  //   42 43 00   00 51 52   53 81 82   83 00 00
+  // Of those the columns 0 and 3 are taken, each row twice.
+  Bytes palette(9 * 3);
+  for (size_t i = 0; i < palette.size(); ++i) palette[i] = static_cast<uint8_t>(i / 3 * 10 + i % 3 + 1);
+  Picture picture(8, 4, {{1, 2, 3, 4}, {5, 6, 7, 8}}, palette);
+  Cell cell(picture, 24, 2, 4);
+  const Bytes top = {11, 12, 13, 12, 13, 41, 0, 0};
+  const Bytes bottom = {42, 43, 0, 83, 0, 0, 0, 0};
+  EXPECT_EQ(bytesOf(cell.band()), join({top, top, bottom, bottom}));
+}
+
+TEST(CellDataBand, NarrowerAndHigherIsShearedAfterTheDither) {
+  // Shrunk, the rows are white black, white black, black white, black white; the dither repeats the
+  // first pixel of each. Of 4 bytes each, the first two rows are the stretch's 4 by 2 pixels: 1 1 0 0
+  // twice. The columns 0 and 3 of them are 1 0.
+  const Bytes white(3, 255);
+  const Bytes black(3, 0);
+  Picture picture(24, 4, {join({white, white, black, black}), join({black, black, white, white})});
+  Cell cell(picture, 1, 2, 4);
+  EXPECT_EQ(bytesOf(cell.band()), (Bytes{0x80, 0, 0, 0, 0x80, 0, 0, 0, 0x80, 0, 0, 0, 0x80, 0, 0, 0}));
+}
+
 TEST(CellDataBand, SizeAndDepthTogether) {
   Picture picture(24, 2, {{0xFF, 0x00, 0x00, 0x00, 0x00, 0xFF}});
   Cell cell(picture, 8, 4, 2);
@@ -259,6 +248,24 @@ TEST(CellDataBand, FourBytePixelsLoseTheirFourthByte) {
   Picture picture(32, 1, {{1, 2, 3, 99}});
   Cell cell(picture, 24, 1, 1);
   EXPECT_EQ(bytesOf(cell.band()), (Bytes{1, 2, 3, 0}));
+}
+
+TEST(CellDataBand, FourBytePixelsAreReducedToAnIndexedOutput) {
+  // Red, blue, white: by their 15-bit colours blue is entry 0, red 1, white 2, then come the fixed ones.
+  Picture picture(32, 3, {{255, 0, 0, 9, 0, 0, 255, 7, 255, 255, 255, 1}});
+  const Bytes own = {0, 0, 255, 255, 0, 0, 255, 255, 255};
+  Cell eight(picture, 8, 3, 1);
+  EXPECT_EQ(eight.palette(), join({own, kFixedColors, zeros(768 - 33)}));
+  EXPECT_EQ(bytesOf(eight.band()), (Bytes{1, 0, 2, 0}));
+  // Dithered, the last pixel is what the one before it is.
+  Cell four(picture, 4, 3, 1);
+  EXPECT_EQ(four.palette(), join({own, kFixedColors, zeros(15)}));
+  EXPECT_EQ(bytesOf(four.band()), (Bytes{0x10, 0x00, 0, 0}));
+  // White, black and red, which has the luminance 76: nearer to black, and the last repeats it.
+  Picture bilevel(32, 4, {{255, 255, 255, 0, 0, 0, 0, 255, 255, 0, 0, 255, 255, 255, 255, 255}});
+  Cell one(bilevel, 1, 4, 1);
+  EXPECT_EQ(one.palette(), kMonoTable);
+  EXPECT_EQ(bytesOf(one.band()), (Bytes{0x80, 0, 0, 0}));
 }
 
 TEST(CellDataBand, ADepthThatNobodyReadsIsABlackPicture) {
