@@ -100,8 +100,9 @@ RAXEL_EXPORT extern double one;                    // 1.0
 // height then rounded up to an even number. A picture of another size or depth is converted:
 // shrunk, brought to the depth (fewer colours: by median cut, or dithered below 8 bits), stretched.
 typedef struct PictureRecord {
-  uint16_t nBits;        // 1, 4, 8 or 24; 32 is read as red, green, blue and a byte to ignore;
-                         // any other depth makes a black picture
+  uint16_t nBits;        // 1, 4, 8 or 24; 32 is read as red, green, blue and a byte to ignore.
+                         // At any other depth all pixels are index 0: the palette's first
+                         // colour in an indexed output at least as deep, else black
   uint16_t nWidth;       // pixels
   uint16_t nHeight;      // rows
   uint16_t nResolution;  // extent units per inch; 0: the extents are inches. Set by ExportCellData

@@ -7,7 +7,8 @@
 
 namespace entry {
 
-// Depths of source pictures that the colour library reads. A picture of any other depth is black.
+// Depths of source pictures that the colour library reads. At any other depth all
+// pixels are index 0.
 inline bool isReadable(uint32_t bits) {
   return bits == 1 || bits == 4 || bits == 8 || bits == 24 || bits == 32;
 }

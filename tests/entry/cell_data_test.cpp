@@ -268,7 +268,7 @@ TEST(CellDataBand, FourBytePixelsAreReducedToAnIndexedOutput) {
   EXPECT_EQ(bytesOf(one.band()), (Bytes{0x80, 0, 0, 0}));
 }
 
-TEST(CellDataBand, ADepthThatNobodyReadsIsABlackPicture) {
+TEST(CellDataBand, ADepthThatNobodyReadsIsIndex0Throughout) {
   for (const int bits : {0, 2, 3, 5, 16, 31, 33, 64, 32768, 65535}) {
     Picture picture(8, 2, {{1, 2}}, kFourColors);
     picture.record().nBits = static_cast<uint16_t>(bits);
