@@ -7,6 +7,7 @@
 #include "raxel/filter.h"
 #include "raxel/memory.h"
 #include "runtime/blocks.h"
+#include "runtime/settings_in_use.h"
 
 namespace {
 
@@ -118,8 +119,10 @@ int32_t RASTER_initdvr(HostWord *record) {
   AllocGlobal();
   if (lpEMData == nullptr) return RAXEL_NO_MEMORY;
   takeSetup(record[kSetupWord]);
+  const runtime::SettingsInUse use(lpSetup);
   announceProgress(reinterpret_cast<HostWord *>(record[kStatusWord]));
   if (lpEMData == nullptr) return RAXEL_NO_MEMORY;
+  if (use.destroyed()) return giveUp(RAXEL_NO_MEMORY);
   if (!makeReplyBuffer(static_cast<uint32_t>(record[kReplySizeWord]))) return giveUp(RAXEL_NO_MEMORY);
   if (!takeName(reinterpret_cast<const char *>(record[kNameWord]))) return giveUp(RAXEL_CANNOT_WRITE);
   record[kReplyBufferWord] = reinterpret_cast<HostWord>(lpEMData->lpReplyBuf);

@@ -170,6 +170,37 @@ TEST(DriverEntry, TerminationClosesAnOpenDevice) {
   EXPECT_EQ(host.terminate(), 0);
 }
 
+TEST(DriverEntry, ASetupDestroyedInTheAnnouncementIs300) {
+  Host host;
+  host.action = [&host] { host.destroySetup(); };
+  EXPECT_EQ(host.initialise(), 300);
+  EXPECT_EQ(lpEMData, nullptr);
+  EXPECT_EQ(lpSetup, nullptr);
+  EXPECT_EQ(host.record_[10], 0u);
+}
+
+TEST(DriverEntry, ASessionEndedInItsOwnAnnouncementIs300) {
+  Host host;
+  host.action = [&host] { host.terminate(); };
+  EXPECT_EQ(host.initialise(), 300);
+  EXPECT_EQ(lpEMData, nullptr);
+}
+
+TEST(DriverEntry, ASessionEndedInTheReportOfTheCloseLeavesNothingToClose) {
+  support::TempDir dir;
+  Host host(dir.file("ended.tif"));
+  host.initialise();
+  host.send(1);
+  host.action = [&host] {
+    host.action = nullptr;
+    EXPECT_EQ(host.terminate(), 0);
+  };
+  EXPECT_EQ(host.send(2), 0);
+  EXPECT_EQ(lpEMData, nullptr);
+  EXPECT_EQ(hEMData, 0u);
+  EXPECT_TRUE(std::filesystem::exists(dir.file("ended.tif")));
+}
+
 TEST(DriverEntry, ANegativeStateDispatchesNothing) {
   Host host;
   host.initialise();
