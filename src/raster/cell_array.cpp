@@ -1,5 +1,7 @@
 // Cell arrays: rows of pixels, collected between begin raster and end raster into one picture, or
 // each a picture of its own outside such a frame.
+#include "raster/cell_array.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -47,14 +49,6 @@ void beginRaster(HostWord record) {
       runtime::allocate(raster::bufferBytes(raster::rowBytes(state.nCellWidth, state.nCellBits), rows));
 }
 
-// The colour table as a palette of 2^bits entries; entries past the 256 of the table are black.
-runtime::Block paletteCopy(uint32_t bits) {
-  const size_t entries = size_t{1} << bits;
-  runtime::Block palette = runtime::Block::ofSize(uint64_t{entries} * 3);
-  if (palette) std::memcpy(palette.data(), lpEMData->ColorTable, std::min<size_t>(entries, 256) * 3);
-  return palette;
-}
-
 void endRaster() {
   RasterDriverState &state = *lpEMData;
   state.bCellActive = 0;
@@ -74,7 +68,7 @@ void endRaster() {
   picture.hBits = state.hCellBuf;
   runtime::Block palette;
   if (state.nCellBits < 24) {
-    palette = paletteCopy(state.nCellBits);
+    palette = raster::paletteOf(state.nCellBits);
     if (!palette) {
       push_er(RAXEL_NO_MEMORY);
       return;
@@ -189,6 +183,13 @@ void writeAlone(const Cells &cells) {
 }
 
 }  // namespace
+
+runtime::Block raster::paletteOf(uint32_t bits) {
+  const size_t entries = size_t{1} << bits;
+  runtime::Block palette = runtime::Block::ofSize(uint64_t{entries} * 3);
+  if (palette) std::memcpy(palette.data(), lpEMData->ColorTable, std::min<size_t>(entries, 256) * 3);
+  return palette;
+}
 
 HostWord d_gdp(HostWord record) {
   if (lpEMData == nullptr || record == 0) return record;

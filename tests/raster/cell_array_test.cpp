@@ -1,6 +1,9 @@
 // Cell arrays: where rows land, and the files that framed and unframed pictures become.
+#include "raster/cell_array.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -292,6 +295,45 @@ TEST_F(Cells, AFramesProgressGoesToTheStatusRecordOfTheSetup) {
   EXPECT_EQ(earlier.calls[0].context, reinterpret_cast<HostWord>(&earlier));
   EXPECT_EQ(earlier.calls[0].values, (std::array<HostWord, 6>{0, 0, 0, 100, 0, 0}));
   host.finish();
+}
+
+TEST_F(Cells, APaletteOfMoreBitsThanTheTableHasEndsInBlack) {
+  host.initialise();
+  for (size_t i = 0; i < 256; ++i) {
+    const uint8_t color[3] = {static_cast<uint8_t>(255 - i), static_cast<uint8_t>(i), 77};
+    std::memcpy(lpEMData->ColorTable[i], color, 3);
+  }
+  for (const uint32_t bits : {1u, 4u, 8u, 9u, 12u, 23u}) {
+    const runtime::Block palette = raster::paletteOf(bits);
+    const auto bytes = palette.bytes();
+    ASSERT_EQ(bytes.size(), size_t{3} << bits);
+    const size_t known = std::min<size_t>(bytes.size(), 768);
+    EXPECT_EQ(std::memcmp(bytes.data(), lpEMData->ColorTable, known), 0) << bits;
+    const auto black = [](uint8_t value) { return value == 0; };
+    EXPECT_TRUE(std::all_of(bytes.begin() + static_cast<std::ptrdiff_t>(known), bytes.end(), black))
+        << bits;
+  }
+}
+
+// No colour library reads such pixels, and the picture is black.
+TEST_F(Cells, AFramedPictureOfNineToTwentyThreeBitsIsBlack) {
+  for (const int32_t bits : {9, 12, 16, 23}) {
+    host.initialise();
+    host.send(1);
+    host.send(3);
+    host.setWindow(0, 0, 3, 3);
+    host.setResolution(0.254);
+    host.send(4);
+    host.setColors(0, std::vector<uint8_t>(768, 200));
+    host.beginRaster(4, 4, bits);
+    EXPECT_EQ(host.send(Host::cellArray(4, 4, bits, std::vector<uint8_t>(64, 0xA5))), 0);
+    EXPECT_EQ(host.endRaster(), 0);
+    host.finish();
+    const auto bytes = support::readFile(dir.file("cells.tif"));
+    const auto file = support::readTiff(bytes);
+    ASSERT_TRUE(file.ok()) << file.error;
+    EXPECT_EQ(support::uncompressedRows(file), std::vector<uint8_t>(48)) << bits;
+  }
 }
 
 TEST_F(Cells, AnUnframedPictureIsWrittenAtOnce) {
