@@ -65,6 +65,22 @@ TEST(Device, AStopAtCloseDeletesTheFile) {
   EXPECT_EQ(host.calls.back().values[1], 61u);
 }
 
+TEST(Device, AStopTakenBackInTheFollowUpKeepsTheFile) {
+  support::TempDir dir;
+  Host host(dir.file("kept.tif"));
+  host.initialise();
+  host.send(1);
+  host.refuseFrom = host.calls.size() + 1;
+  host.action = [&host] {
+    if (host.calls.back().values[0] == 2) host.refuseFrom = 0;
+  };
+  const size_t before = host.calls.size();
+  EXPECT_EQ(host.send(2), 0);
+  EXPECT_EQ(host.calls.size(), before + 2) << "asked once more, and then 0";
+  EXPECT_EQ(lpEMData->nLastError, 0);
+  EXPECT_TRUE(std::filesystem::exists(dir.file("kept.tif")));
+}
+
 TEST(Device, MemoryOutputStaysWithTheDriver) {
   Host host;
   host.initialise();
