@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "raxel/color.h"
 #include "raxel/filter.h"
 
 namespace {
@@ -59,8 +60,17 @@ TEST(ExportedData, HasItsInitialValues) {
   EXPECT_EQ(sizeof GDSF_CHARSETLIST, 34u);
   for (const uint8_t byte : GDSF_CHARSETLIST) EXPECT_EQ(byte, 0);
   EXPECT_EQ(sizeof DebugStr, 80u);
-  EXPECT_EQ(DebugStr[0], 0);
+  for (const char byte : DebugStr) EXPECT_EQ(byte, 0);
   EXPECT_EQ(sizeof export_szDLLName, 260u);
+  for (const char byte : export_szDLLName) EXPECT_EQ(byte, 0);
+  EXPECT_STREQ(szFilter, "raxel");
+  EXPECT_EQ(_debug_color_res, 0);
+  EXPECT_EQ(hRaster, 0u);
+  EXPECT_EQ(lpRaster, nullptr);
+  EXPECT_EQ(hSetup, 0u);
+  EXPECT_EQ(lpSetup, nullptr);
+  EXPECT_EQ(hEMData, 0u);
+  EXPECT_EQ(lpEMData, nullptr);
 }
 
 }  // namespace

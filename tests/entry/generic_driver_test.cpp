@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "raster/session.h"
 #include "raxel/driver.h"
 #include "raxel/filter.h"
 #include "setup/current_setup.h"
@@ -112,12 +113,32 @@ TEST_F(GenericDriver, ExecuteInAClosedSessionCallsNothing) {
 }
 
 TEST_F(GenericDriver, ExecuteAnswersWithTheSessionsError) {
+  // The function asks the host, and the host's callback is where a session's error comes from.
+  const support::TempDir folder;
+  raster_test::Host host(folder.file("out.tif"));
+  host.initialise();
+  host.send(1);
+  useCommon(2);
+  host.action = [this] { common_.nSessError = -7; };
+  uint32_t close[4] = {2, 0, 0, 0};
+  EXPECT_EQ(dd_entry32(0, 2, close), -7);
+  EXPECT_EQ(lpEMData->nState, 1u);
+  uint32_t nothing[4] = {8, 0, 0, 0};
+  EXPECT_EQ(dd_entry32(0, 2, nothing), 0) << "cleared before the next function";
+  host.action = nullptr;
+}
+
+TEST_F(GenericDriver, ExecuteWithoutARasterDriverDoesNothing) {
   uint32_t record[4] = {1, 0, 0, 0};
   useCommon(1);
-  // Without a raster driver every opcode finds the function that does nothing.
   EXPECT_EQ(dd_entry32(0, 2, record), 0);
   EXPECT_EQ(common_.nSessError, 0);
+}
+
+TEST_F(GenericDriver, ExecuteWithoutARecordClearsTheError) {
+  useCommon(1);
   EXPECT_EQ(dd_entry32(0, 2, nullptr), 0);
+  EXPECT_EQ(common_.nSessError, 0);
 }
 
 TEST_F(GenericDriver, ExecuteCallsTheFunctionThatTheOpcodeNames) {

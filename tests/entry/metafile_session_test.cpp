@@ -115,6 +115,13 @@ TEST_F(MetafileSession, AnOutputThatCannotBeOpenedIs303) {
   EXPECT_EQ(end(), 300);
 }
 
+TEST_F(MetafileSession, AnOutputThatCannotBeClosedIs303) {
+  ASSERT_EQ(start("/dev/full"), 0);
+  EXPECT_EQ(WriteLong(host_.settings().hOutFile, 1), 4) << "into the stream's buffer";
+  EXPECT_EQ(end(), 303);
+  EXPECT_EQ(host_.settings().hOutFile, 0u);
+}
+
 TEST_F(MetafileSession, WithoutANameTheOutputIsABlock) {
   EXPECT_EQ(start(""), 0);
   EXPECT_NE(host_.status.word(6), 0u);
