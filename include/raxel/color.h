@@ -144,8 +144,8 @@ RAXEL_EXPORT int32_t direct_indexed(const uint8_t *rows, uint32_t width, int16_t
 //
 // Measures the box over the entries first to last.
 RAXEL_EXPORT void getCRectData(ColorBox *box, const ColorFreq *list, int16_t first, int16_t last);
-// Sorts n entries by one channel, ascending: axis 0 red, 1 green, any other blue. The list holds n + 1 entries: the one past the box takes
-// part in the heap and may change places with one of the box.
+// Sorts n entries by one channel, ascending: axis 0 red, 1 green, any other blue. The list holds n + 1
+// entries: the one past the box takes part in the heap and may change places with one of the box.
 RAXEL_EXPORT void HeapSort(ColorFreq *list, int16_t axis, uint16_t n);
 // Lets the entry at start sink in the heap that ends at position last, included.
 RAXEL_EXPORT void AdjustHeap(ColorFreq *list, int16_t axis, int32_t start, int32_t last);
@@ -163,9 +163,22 @@ RAXEL_EXPORT int32_t GetMaxHistSum(const ColorBox *boxes, const uint16_t *states
 
 // ---- Changing the depth
 
-// Brings a picture to another depth, choosing a table and dithering where the depth falls: 24 bits to
-// 8 by median cut and nearest colour, to 4 and 1 by dithering. A picture of 32 bits is brought to 24
-// first (rlCMYKtoRGB, rlALPHAtoRGB): such a request returns 0.
+// Brings a picture to another depth, choosing a table and dithering where the depth falls:
+//
+//   from        to          what is done
+//   24          8           a table of up to 256 colours by rlReduceColorTable, and for each pixel the
+//                           nearest entry of it
+//   24, 8       4           dithered by rlDitherBitmap, to a table that it chooses
+//   24, 8, 4    1           the same
+//   any         as deep or  converted by rlConvertBitmapDepth, without a table for the destination
+//               deeper
+//
+// Returns 0 for pictures of 32 bits that are to become shallower (rlCMYKtoRGB and rlALPHAtoRGB bring
+// them to 24 first), for shallower destinations below 8 bits other than 1 and 4, and for pictures past
+// 4 GB.
+//
+// Heights count as signed 16-bit numbers where colours are chosen: a table for 32,768 to 65,535 rows has
+// none of the picture. To 8 bits all indexes are 0 then, to 4 bits the table is must_have_colors.
 //   table  in: handle of the source's table, or 0, which stays the caller's; out: handle of the new
 //          table, the caller's to free, or 0 when none was made (to the same depth or a deeper one).
 //          When 0 is returned it stays as it is
@@ -175,35 +188,59 @@ RAXEL_EXPORT Handle rlChangeColorResolution(Handle bits, uint32_t width, uint32_
 // Converts a picture pixel by pixel:
 //
 //   from      to            a pixel becomes
-//   24, 32    1, 4, 8       the nearest entry of the table
+//   24, 32    1, 4, 8       the nearest entry of the table. Without a table 0 from 24 bits, and from 32
+//                           the low bits of the fourth byte
 //   24, 32    24, 32        its red, green, blue; the fourth byte goes along where both have one and no
 //                           table is given, else it is 0
 //   1, 4, 8   as deep or    the entry of its own table nearest to its colour, mostly its own index; with
 //             deeper        a table for the destination the nearest of that
-//   1, 4, 8   shallower     the nearest entry of the table
-//   1, 4, 8   24, 32        its colour in the source's table; the fourth byte is 0
+//   1, 4, 8   shallower     the nearest entry of the table, 0 without one
+//   1, 4, 8   24            its colour in the source's table. With a table for the destination black: that
+//                           is asked for the entry whose number is the colour as an RGB word, which is
+//                           there for black, entry 0, and in tables of more than 256 for a few dark blues
+//   1, 4, 8   32            its colour in the source's table, with a table for the destination the nearest
+//                           colour of that; the fourth byte is 0
 //
-//   sourceTable   1 << sourceDepth entries for a source of indexes; may be 0, and indexes become 0 then
-//   table, count  the destination's table and its entries; may be 0
+// Source depths that cannot be read are all zeros, and destination depths that cannot be written give a
+// block of zeros. Returns 0 for pictures past 4 GB, of either depth.
+//   sourceTable   1 << sourceDepth entries for a source of indexes; may be 0, and indexes become 0, or
+//                 black, then
+//   table, count  the destination's table and its entries; may be 0. Entries past the end of the table's
+//                 block are not searched, and none are when the count is above 32767
 RAXEL_EXPORT Handle rlConvertBitmapDepth(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
                                          int16_t depth, Handle sourceTable, Handle table, uint16_t count);
 
 // ---- Dithering by error diffusion, to depths of 1, 4 and 8 bits
 
-// Chooses a table, as rlDitherGetCT does, and dithers to it. Any other depth returns 0.
-//   table  in: a table of 1 << depth entries to dither to, or 0; out: the table used
+// Chooses a table, as rlDitherGetCT does, or takes the caller's, and dithers to it. Returns 0 for any other
+// depth, without bits or a place for the table, and for pictures past 4 GB at 24 bits.
+//   table  in: a table of 1 << depth entries to dither to (those that its block lacks are not searched),
+//          or 0; out: the table used. A table that was made is the caller's to free. When 0 is returned
+//          the handle stays as it is
 RAXEL_EXPORT Handle rlDitherBitmap(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
                                    int16_t depth, Handle sourceTable, Handle *table);
 
-// Only chooses the table, so that a picture in several pieces can be dithered to one. At 1 bit it is
-// the table handed in, or else a copy of MonoTable with a count of 8; at 4 and 8 bits a new one of
-// 1 << depth entries: the picture's reduced colours, must_have_colors, then black.
-//   table  in: a table for 1 bit, or 0; out: the table      count  out: its entries
+// Only chooses the table, so that a picture in several pieces can be dithered to one.
+//
+//   depth  the table                                                                     its count
+//   1      the one handed in, else                                                       2
+//          a copy of MonoTable                                                           8
+//   4, 8   always a new one: the picture's colours by rlReduceColorTable, at most 8 or   16, 256
+//          248, then must_have_colors, then black
+//
+// Heights count as signed 16-bit numbers where colours are chosen: a table for 32,768 to 65,535 rows has
+// none of the picture.
+//   table  in: a table for 1 bit, or 0; out: the table. One that was made is the caller's to free, and so
+//          stays a table handed in at 4 and 8 bits, where its handle is overwritten
+//   count  out: the table's entries, as far as a table handed in has them
+// What rlDitherBitmap refuses leaves the table's handle as it is and a count of 0.
 RAXEL_EXPORT void rlDitherGetCT(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
                                 int16_t depth, Handle sourceTable, Handle *table, uint16_t *count);
 
 // Dithers to a table chosen before. At 1 bit pixels take the lowest bit of their entry's index: with
-// MonoTable the entries 1, 3, 5, 7 set them.
+// MonoTable the entries 1, 3, 5, 7 set them. Returns 0 for what rlDitherBitmap refuses.
+//   table, count  its entries; the count is cut at what the table's block holds. Without a table, and
+//                 when the count is then 0 or above 32767, all pixels are 0
 RAXEL_EXPORT Handle rlDitherGivenCT(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
                                     int16_t depth, Handle sourceTable, Handle table, uint16_t count);
 
@@ -228,8 +265,8 @@ RAXEL_EXPORT void rev_rgb(uint32_t width, uint8_t *row, int32_t mode);
 // what gets lower is shrunk, what gets higher is stretched. In a row that gets narrower, or stays as
 // wide, pixel k is source pixel trunc(k * ratio), and the last one is the source's last; a row that
 // gets wider is filled from the right. The same of rows, where going down the last one is no
-// exception. Sources wider than 32767 pixels cannot be widened: their width counts as a signed 16-bit
-// number, and the rows stay 0 when that is not positive.
+// exception. A source that is widened has its width taken as a signed 16-bit number: of 65,538 pixels
+// the first 2 fill the whole row, and rows of 32,768 to 65,536 pixels, where none is left, stay 0.
 RAXEL_EXPORT Handle rlShrinkBitmap(Handle bits, int16_t depth, uint32_t sourceWidth, uint32_t sourceHeight,
                                    uint32_t width, uint32_t height);
 RAXEL_EXPORT Handle rlStretchBitmap(Handle bits, int16_t depth, uint32_t sourceWidth, uint32_t sourceHeight,

@@ -2,14 +2,16 @@
 //
 // A pixel depends on the one to its left, so that a single row is one long chain of look-ups. But a
 // row can start before the one above it is finished: a pixel has all that reaches it from above as
-// soon as the pixel above and to the right is done. Four rows are worked on together, each two pixels
-// behind the one above it:
+// soon as the pixel above and to the right is done. So kRowsAtOnce rows are worked on together, each two
+// pixels behind the one above it:
 //
-//        x:  0 1 2 3 4 5 6 7 8
-//    row 0   . . . . . . A         the four pixels A B C D are done in one step; none of them
-//    row 1   . . . . B             needs another's result
-//    row 2   . . C
-//    row 3   D
+//        x:  0 1 2 3 4 5 6 7 8 9 10
+//    row 0   . . . . . . . . . . A     the pixels A to F are done in one step; none of them needs
+//    row 1   . . . . . . . . B         another's result
+//    row 2   . . . . . . C
+//    row 3   . . . . D
+//    row 4   . . E
+//    row 5   F
 //
 // The clamped additions to a pixel keep their order: right below, straight below, left below, and
 // last the error of its own row.

@@ -6,7 +6,7 @@
 
 namespace color {
 
-// What rowToGrey and its kin do to each pixel; the numbers are those of rev_rgb.
+// What reviseRow does to each pixel; the numbers are those of rev_rgb.
 enum class RowMode : int32_t {
   kInvert = 1,          // every channel becomes 255 - value
   kInvertNearGrey = 2,  // as kInvert, only for pixels whose channels are pairwise within 10

@@ -62,7 +62,7 @@ bool convert(const OffscreenRecord &record, const PictureRecord &picture, Workin
   }
   if (to.width > from.width || to.height > from.height) {
     // Still with the source's sizes, also when the other direction has just been shrunk and the rows
-    // have new lengths: the picture comes out sheared then. Pictures have always come out so.
+    // have new lengths: the picture comes out sheared then. That is what hosts get for such sizes.
     pixels.replace(rlStretchBitmap(pixels.handle(), toBits, from.width, from.height, to.width, to.height));
     if (pixels.handle() == 0) return false;
   }

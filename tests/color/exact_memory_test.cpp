@@ -23,7 +23,7 @@ struct Size {
   uint32_t width;
   uint32_t height;
 };
-constexpr Size kSizes[] = {{1, 1}, {3, 5}, {8, 2}, {31, 3}, {33, 9}, {67, 2}, {150, 12}};
+constexpr Size kSizes[] = {{1, 1}, {3, 5}, {8, 2}, {31, 3}, {33, 9}, {67, 2}, {150, 12}, {1100, 2}};
 
 // A table in such memory, or none.
 class Table {

@@ -40,6 +40,18 @@ TEST(Resolution, FewColoursAt8BitsAreAllInTheTable) {
   EXPECT_EQ(out.bits, (Bytes{2, 0, 1, 0}));
 }
 
+TEST(Resolution, From32768RowsOnTheTableIsBlack) {
+  // The median cut takes heights as signed 16-bit numbers, and finds no colours to choose from.
+  Bytes bits(size_t{4} * 32768);
+  for (size_t i = 0; i < bits.size(); i += 4) bits[i] = 200;
+  const Changed out = change(bits, 1, 32768, 24, 8, {});
+  EXPECT_EQ(out.table, Bytes(768, 0));
+  EXPECT_EQ(out.bits, Bytes(size_t{4} * 32768, 0));
+  // One row fewer, and there is one, (25, 0, 0) of 15 bits.
+  const Changed fewer = change(bits, 1, 32767, 24, 8, {});
+  EXPECT_EQ(fewer.table[0], 207);
+}
+
 TEST(Resolution, DeeperAndEqualDepthsSetTheTableHandleTo0) {
   const plain::Table table = pictures::table({10, 20, 30, 40, 50, 60});
   const Changed out = change({0, 1, 0, 0}, 2, 1, 8, 24, table);
