@@ -153,12 +153,12 @@ void placeDownward(const Cells &cells, std::span<uint8_t> buffer, uint32_t count
 // Bottom-up the counter starts at height - 1, so that the first row lands in row height - 2 and the
 // last buffer row is never filled; when it has come down to 0 the next array starts again there.
 void placeRows(const Cells &cells, uint32_t height, uint32_t &done) {
+  if (cells.pixels == nullptr && lpEMData->hCellBuf != 0) return;
   if (cells.bottomUp && done == 0 && height != 0) done = height - 1;
   if (lpEMData->hCellBuf == 0) {
     push_er(RAXEL_NO_MEMORY);
     return;
   }
-  if (cells.pixels == nullptr) return;
   const std::span<uint8_t> buffer = runtime::lockBytes(lpEMData->hCellBuf);
   if (cells.bottomUp) {
     const uint32_t count = std::min(cells.rows, done);

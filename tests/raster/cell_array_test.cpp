@@ -159,6 +159,12 @@ TEST_F(Cells, NegativePrecisionPointsAtTheRows) {
   EXPECT_EQ(bufferRows(4), (std::vector<uint8_t>{50, 51}));
   Host::put<const uint8_t *>(record, 102, nullptr);
   EXPECT_EQ(host.send(record), 0);
+  EXPECT_EQ(lpEMData->nCellRowsDone, 2u);
+  host.beginRaster(4, 2, 8);
+  Host::put(record, 24, 1.0);
+  Host::put(record, 48, 0.0);
+  EXPECT_EQ(host.send(record), 0);
+  EXPECT_EQ(lpEMData->nCellRowsDone, 0u) << "nor does an upward array without rows start its count";
 }
 
 TEST_F(Cells, ColorTreatmentAppliesToColorRows) {
