@@ -91,19 +91,21 @@ RAXEL_EXPORT int32_t RASTER_dd_entry(uint32_t op, void *out, uint32_t unused);
 //    2  Executes the function record and returns its RESULT.
 //   -1  RASTER_termdvr. Returns 0.
 //   -2  Copies the version into the record's first 4 bytes. Returns 4.
-// Any other op does nothing and returns 0. A null record counts as one with nothing to do (300 for op 0).
+// Any other op does nothing and returns 0. A null record is 300 for op 0; for op 2 nothing is executed, and
+// the result is 0; for op -2 nothing is written, and the result is 4 all the same.
 RAXEL_EXPORT int32_t RASTER_dd_entry32(HostWord unused, uint32_t op, void *record);
 
-// The initialisation record, in host words (byte 4 * N on a 32-bit build):
+// The initialisation record, 16 host words (byte 4 * N on a 32-bit build), aligned as such:
 //    3  in   output name, up to 143 characters; null or empty: the output goes to memory
 //    9  in   bytes of replies to make room for, up to 2^31 - 1
 //   10  out  address of the reply buffer, the driver's until op -1
 //   13  in   setup handle; 0: nothing can be output
 //   14  in   host status record, borrowed until op -1; 0: no reports
-//   15  in   array of 60 32-bit capability words, filled in as listed; 0: none
+//   15  in   array of 60 32-bit capability words, aligned as such, filled in as listed; 0: none
 // Reports (0, -2, 100, 0, 0, 0) to the status callback when callback and context are both set: progress
-// will count to 100. Returns 0; 300 without room for the state or the replies; 303 for a name of 144
-// characters or more. After a failure there is no state block.
+// will count to 100. Returns 0; 300 without a record, without room for the replies, when hCommon is set
+// and there is no state block, and when the callback destroys the setup or ends the session; 303 for a name
+// of 144 characters or more. After a failure there is no state block.
 RAXEL_EXPORT int32_t RASTER_initdvr(HostWord *record);
 
 // Closes an open device, frees the replies and the state block. Returns 0.
@@ -145,7 +147,7 @@ RAXEL_EXPORT void push_er(int32_t code);
 
 // 3842 [every state]   16 i32 n
 // Replies with the number of entries that follow (4 bytes: n, or as many as there are), then each, the
-// newest first (8 bytes), which leave the stack.
+// newest first (8 bytes), which leave the stack. A negative n is answered as it came, and none follow.
 RAXEL_EXPORT HostWord d_popes(HostWord record);
 
 // 3843 [every state]   Empties the stack; FirstError stays. Returns its argument.
@@ -226,7 +228,8 @@ RAXEL_EXPORT int32_t RASTER_escape(void);
 // 1034 [body]   16 i32 primitive, 20 u32 n, 24 n points of 3 f64, then a u32 length and the data
 //   -5  begin raster. Data, at least 28 bytes:
 //          0 u32 columns, 4 u32 rows, 8 i32 precision, 14 u16 flags
-//       Precision is bits per pixel; -32768 means 1, any other negative value its absolute value.
+//       Precision is bits per pixel; -32768 means 1, any other negative value its absolute value. Less
+//       data, and more than 5592405 points, is a call to ignore.
 //   -6  end raster: writes the collected rows through OutputPicture, with the colour table as the palette
 //       below 24 bits. Progress goes to the settings record's own lpStatus, which ExportCellData and
 //       initdvr set: never to word 14 of the initialisation record. RESULT 300 without a setup or a
@@ -240,13 +243,17 @@ RAXEL_EXPORT HostWord d_gdp(HostWord record);
 // such a frame the array is a picture of its own and written at once. When the corners' y and the window's
 // run in opposite directions the rows go bottom-up: the first lands in buffer row height - 2, and the last
 // buffer row is never filled. Wider 24-bit source rows carry all their columns; rows of other depths are as
-// wide as w. After each 24-bit row nColorOp is applied to it. RESULT 300 without a buffer or a setup.
+// wide as w. After each 24-bit row nColorOp is applied to it. The pointer takes sizeof(void *) bytes; a
+// null one copies nothing and moves no counter. RESULT 300 without a buffer or a setup.
 RAXEL_EXPORT HostWord d_ca(HostWord record);
 
-// Writes a complete picture from one buffer to the open output. `resolution` is dots per inch of the
-// window, 0: none. `kind` is 0 for indexed, 1 for RGB, 2 for CMYK and 3 for RGB with alpha pixels (those
-// two at 32 bits, converted in place). Reports 20 percent for each conversion and at least 50 before
-// writing; a host that answers stop gets no file structure.
+// Writes a complete picture from one buffer to the open output. `pixels` is borrowed: bottom row first,
+// rows padded to a multiple of 4 bytes. Where nothing has to be converted or filled up the writer works in
+// it, whatever the kind: it swaps, inverts and maps the caller's own pixels. `resolution` is dots per inch
+// of the window, 0: none. `kind` is 0 for indexed, 1 for RGB, 2 for CMYK and 3 for RGB with alpha pixels
+// (those two at 32 bits, converted in place). Reports 20 percent for each conversion and at least 50 before
+// writing; a host that answers stop gets no file structure. Pushes 300 without a setup, and when a callback
+// destroys it. A target size that no block holds is not written.
 RAXEL_EXPORT void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t resolution,
                                       uint32_t bitsPerPixel, int32_t kind);
 

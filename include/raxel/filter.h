@@ -156,7 +156,7 @@ enum {
 
 // ExportCellInfo: 28 bytes with the same offsets on every machine, at any address.
 //
-//    0  not read                              2 u16  display dots per inch, both axes
+//    0  not read                              2 i16  display dots per inch, both axes
 //    4  not read                             10 u16  picture resolution: extent units per inch
 //   12 i32  picture extent X                 16 i32  picture extent Y
 //   20 i32  display width, dots              24 i32  display height, dots
@@ -178,9 +178,10 @@ RAXEL_EXPORT uint32_t ExportCellData(const char *name, PictureRecord *picture, c
 // ---- The pipeline
 
 // Writes the picture that a draw procedure draws to an open stream, with the settings at lpRaster.
-// Returns 0; 27 when the settings name no bitmap mode or the draw procedure allows no rows; 901 when
-// the host stops it; 300 when a callback destroys the settings record; else what WriteCellBits
-// returns (300, 303). A picture that was not completed leaves the stream as far as it was written.
+// Returns 0; 27 when the settings name no bitmap mode, the output is 0 rows high, there is no draw
+// procedure or it allows no rows; 901 when the host stops it; 300 when a callback destroys the settings
+// record, and before the file is begun when no block can hold a band; else what WriteCellBits returns
+// (300, 303). A picture that was not completed leaves the stream as far as it was written.
 //
 // The draw procedure is called with (op, a, b, c), in this order:
 //   0 query  a picture, b PictureFormat    set size, resolution and kind; the answer is not looked at
@@ -195,7 +196,10 @@ RAXEL_EXPORT int32_t OutputPicture(Handle file, void *picture, DrawProc draw);
 
 // The platform's hooks for drawing surfaces; here each asks the draw procedure, as above.
 RAXEL_EXPORT int32_t QueryPlatformOffscreen(PictureFormat *format, void *picture, DrawProc draw);
-// `bandRows`: in the rows offered, out the draw procedure's answer. Null without a draw procedure.
+// `bandRows`: in the rows offered, out the draw procedure's answer. `palette`: `colors` entries of memory
+// of kvlPtrGlobalAlloc, or null; it stays the caller's, who frees what lpPalette holds at the end, since a
+// draw procedure may have replaced it. `flags`: 9 bytes, of which the first is read, or null. Null without
+// a draw procedure or `bandRows`; nothing has been called then.
 RAXEL_EXPORT OffscreenRecord *InitPlatformOffscreen(uint32_t width, uint32_t *bandRows, uint16_t bits,
                                                     uint16_t colors, uint8_t *palette, void *picture,
                                                     DrawProc draw, const void *flags);
@@ -218,7 +222,8 @@ RAXEL_EXPORT int32_t CallGetSet_Status(StatusCallback callback, HostWord context
 RAXEL_EXPORT HostWord DrawExportCellData(HostWord op, HostWord a, HostWord b, HostWord c);
 
 // Its open: settles the output palette. With at least the source's depth the source's table is taken
-// over; else a table is chosen for it. Returns the rows offered.
+// over; else a table is chosen for it. Returns the rows offered; 0 for a missing record, picture or
+// request, and, after pushing 303 on the driver's error stack, without memory for the cache.
 RAXEL_EXPORT uint32_t CellDataOpen(OffscreenRecord *record, const HostWord *request);
 
 // Its band: the converted picture, kept in the cache until the next band or close; or the picture's
@@ -226,7 +231,8 @@ RAXEL_EXPORT uint32_t CellDataOpen(OffscreenRecord *record, const HostWord *requ
 RAXEL_EXPORT Handle CellDataBand(OffscreenRecord *record);
 
 // Brings rows to another depth and returns a new block: dithered when the new depth is below 8 and
-// below the source's, else pixel by pixel. `colors` entries of `palette` count.
+// below the source's, else pixel by pixel. `colors` entries of `palette` count. Returns 0 without pixels,
+// and when no block holds the rows at either depth.
 RAXEL_EXPORT Handle CellDataDepth(Handle pixels, uint32_t width, uint32_t height, int16_t sourceBits,
                                   int16_t bits, Handle sourcePalette, Handle palette, uint16_t colors);
 
@@ -261,8 +267,9 @@ typedef struct MetafilePicture {
   HostWord dwPlatform;  // dwPlatformA of the settings record
 } MetafilePicture;
 
-// Tells the host where to go on: op -2 copies the version's 4 bytes to `out`, op -3 the address of
-// dd_entry32; any other op does nothing. op is the low 16 bits, signed. Returns 0.
+// Tells the host where to go on: op -2 copies the version's 4 bytes to `out`, op -3 the sizeof(void *)
+// bytes of dd_entry32's address; any other op, and a null `out`, does nothing. `out` may be at any address.
+// op is the low 16 bits, signed. Returns 0.
 RAXEL_EXPORT int32_t dd_entry(uint32_t op, void *out, uint32_t unused);
 
 // The metafile session's working entry; op is the low 16 bits, signed.
@@ -273,14 +280,16 @@ RAXEL_EXPORT int32_t dd_entry(uint32_t op, void *out, uint32_t unused);
 //       32-bit word up in the raster driver's table and calls what it finds. Returns nSessError
 //   -1  terminate: clears nSessError; termdvr, and its result
 //   -2  version: copies its 4 bytes to the record and returns 4
-// Others return 0. Without lpCommon, op 2 returns 0 and op -1 only terminates.
+// Others return 0. Without lpCommon, op 2 returns 0 and op -1 only terminates. A null record is 22 for
+// op 0; for op 2 nothing is executed, and the result is 0 after clearing; for op -2 nothing is written, and
+// the result is 4 all the same. The records of op 2 and op -2 may be at any address.
 RAXEL_EXPORT int32_t dd_entry32(HostWord unused, uint32_t op, void *record);
 
 // Opens a session. The record's host words: 1 and 5 platform values, 3 the output's name (a writable
 // text; the library copies it and empties it), 13 in the setup handle, out the handle that the
 // platform's hook gives (0 here), 14 the host status record. The output is opened as ExportCellData
-// opens it. Returns 0; 22 without a usable setup handle; 303 when the output cannot be opened or its
-// name has 144 characters or more (a host procedure that refuses goes unnoticed). An output left
+// opens it. Returns 0; 22 without a record or a usable setup handle; 303 when the output cannot be opened
+// or its name has 144 characters or more (a host procedure that refuses goes unnoticed). An output left
 // open by an earlier session of this setup is closed first.
 RAXEL_EXPORT int32_t initdvr(HostWord *record);
 

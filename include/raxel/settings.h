@@ -56,12 +56,12 @@ typedef struct RasterSetup {
   // Host status record (raxel/filter.h): stays borrowed until the setup is destroyed or another export
   // stores another one. Framed pictures of the raster driver report to it.
   HostWord *lpStatus;
-  HostWord dwPlatformA;       // kept for the platform's metafile hooks
-  HostWord dwPlatformB;       // the same
-  HostWord dwStatusValue;     // metafile session: word 4 of the status record
-  HostWord dwPlatformResult;  // metafile session: what InitPlatformMetafileFilter returned
-  StreamProc lpfnOutputProc;  // escape 81: the output goes through this procedure; default null
-  int32_t nLineMode;          // value of "Line Mode", told to hosts that record metafiles
+  HostWord dwPlatformA;                // kept for the platform's metafile hooks
+  HostWord dwPlatformB;                // the same
+  HostWord dwStatusValue;              // metafile session: word 4 of the status record
+  HostWord dwPlatformResult;           // metafile session: what InitPlatformMetafileFilter returned
+  StreamProc lpfnOutputProc;           // escape 81: the output goes through this procedure; default null
+  int32_t nLineMode;                   // value of "Line Mode", told to hosts that record metafiles
   char szOutputFile[RAXEL_NAME_ROOM];  // metafile session: output name
   int32_t nSizeMode;
   int32_t nResolutionMode;
@@ -74,7 +74,7 @@ typedef struct RasterSetup {
   double dPictureGeometry[4];
   double dRoundedWidth;
   double dRoundedHeight;
-  uint32_t bPrinterInfo;  // not 0: SetPrinterInfo has been called. Nothing in the library sets it
+  uint32_t bPrinterInfo;  // not 0: printer information is available. Nothing in the library sets it
   Handle hOutFile;        // metafile session: output stream
   void *lpOutputMemory;   // metafile session into memory: locked address of the output block
 } RasterSetup;

@@ -56,7 +56,7 @@ enum RaxelCode {
   RAXEL_STOPPED = 901,              // the host asked to stop
   RAXEL_REFUSED = -1,               // refused value or null handle
   RAXEL_RESOLUTION_REPAIRED = -62,  // a resolution was out of range and is now 96
-  RAXEL_SIZE_REPAIRED = -63         // a size was out of range and is now 6.67 by 5.0 inches
+  RAXEL_SIZE_REPAIRED = -63  // a side was out of range: that width is now 6.67, that height 5.0 inches
 };
 
 RAXEL_END
