@@ -40,33 +40,48 @@ uint16_t entriesWithin(std::span<const uint8_t> table, uint16_t count) {
   return static_cast<uint16_t>(std::min<size_t>(count, table.size() / 3));
 }
 
+DepthChange lockPicture(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth, int16_t depth,
+                        Handle sourceTable) {
+  return {.bits = runtime::lockBytes(bits),
+          .width = width,
+          .height = height,
+          .sourceDepth = sourceDepth,
+          .depth = depth,
+          .sourceTable = runtime::lockBytes(sourceTable)};
+}
+
+DepthChange widening(DepthChange change) {
+  change.depth = 24;
+  change.table = {};
+  change.count = 0;
+  return change;
+}
+
+bool canConvert(const DepthChange &change) {
+  return runtime::fitsInBlock(bitmapSize(change.width, change.height, change.depth)) &&
+         runtime::fitsInBlock(bitmapSize(change.width, change.height, readableDepth(change.sourceDepth)));
+}
+
+runtime::Block convertPicture(const DepthChange &change) {
+  const uint64_t size = bitmapSize(change.width, change.height, change.depth);
+  runtime::Block out = canConvert(change) ? runtime::Block::ofSize(size) : runtime::Block();
+  if (printsSummaries()) {
+    std::fprintf(stderr, "Allocated %d bytes of new memory for the destination bitmap\n",
+                 static_cast<int32_t>(size));
+  }
+  if (printsRowMarks()) std::fputs("Converted bits. Each (.) represents one scan line\n", stderr);
+  if (out) convertDepth(change, out.bytes());
+  if (printsSummaries()) std::fputs("\nColor resolution conversion complete\n", stderr);
+  return out;
+}
+
 }  // namespace color
 
 Handle rlConvertBitmapDepth(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
                             int16_t depth, Handle sourceTable, Handle table, uint16_t count) {
   if (bits == 0) return 0;
-  const uint64_t size = color::bitmapSize(width, height, depth);
-  // A source too large for any block cannot exist either.
-  const bool fits = runtime::fitsInBlock(size) && runtime::fitsInBlock(color::bitmapSize(
-                                                      width, height, color::readableDepth(sourceDepth)));
-  runtime::Block out = fits ? runtime::Block::ofSize(size) : runtime::Block();
-  if (color::printsSummaries()) {
-    std::fprintf(stderr, "Allocated %d bytes of new memory for the destination bitmap\n",
-                 static_cast<int32_t>(size));
-  }
-  if (color::printsRowMarks()) std::fputs("Converted bits. Each (.) represents one scan line\n", stderr);
-  if (out) {
-    const std::span<const uint8_t> entries = runtime::lockBytes(table);
-    color::convertDepth({.bits = runtime::lockBytes(bits),
-                         .width = width,
-                         .height = height,
-                         .sourceDepth = sourceDepth,
-                         .depth = depth,
-                         .sourceTable = runtime::lockBytes(sourceTable),
-                         .table = entries,
-                         .count = count},
-                        out.bytes());
-  }
-  if (color::printsSummaries()) std::fputs("\nColor resolution conversion complete\n", stderr);
-  return out.release();
+  color::DepthChange change = color::lockPicture(bits, width, height, sourceDepth, depth, sourceTable);
+  change.table = runtime::lockBytes(table);
+  change.count = count;
+  return color::convertPicture(change).release();
 }

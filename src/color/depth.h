@@ -4,6 +4,9 @@
 #include <cstdint>
 #include <span>
 
+#include "raxel/types.h"
+#include "runtime/blocks.h"
+
 namespace color {
 
 // One conversion: the picture, the depth to reach, and the colour tables of both sides. A table is
@@ -18,6 +21,20 @@ struct DepthChange {
   std::span<const uint8_t> table = {};
   uint16_t count = 0;  // entries of the destination's table
 };
+
+// A conversion of a picture that a host knows by its handles, without a table for the destination.
+DepthChange lockPicture(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth, int16_t depth,
+                        Handle sourceTable);
+
+// The conversion of the same picture to 24 bits, each pixel to its own colour.
+DepthChange widening(DepthChange change);
+
+// Whether a block can hold the picture at its new depth. (A source too large for any block cannot exist.)
+bool canConvert(const DepthChange &change);
+
+// The picture at its new depth in a new block; none when it fits in none. Prints what the diagnostics
+// level asks for.
+runtime::Block convertPicture(const DepthChange &change);
 
 // Writes the picture at its new depth into `out`, which holds bitmapSize(width, height, depth) zero
 // bytes; padding and pixels of a depth that cannot be written stay as they are. Prints the marks that

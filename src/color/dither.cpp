@@ -1,8 +1,8 @@
-// Dithering of whole pictures: choose a table, widen to 24 bits, diffuse row by row, and convert to
-// the depth asked for by nearest colour.
-//
-// In silence the picture is diffused without a working copy (dither_picture.h). The diagnostics
-// report each of the steps, so that they are then taken one after the other.
+// In silence a picture is diffused without a working copy (dither_picture.h). The diagnostics report
+// each of the steps, so that they are then taken one after the other: widen to 24 bits, choose a table,
+// diffuse, convert.
+#include "color/dither.h"
+
 #include <cstdio>
 
 #include "color/bitmap.h"
@@ -13,7 +13,6 @@
 #include "color/grey.h"
 #include "color/row_source.h"
 #include "raxel/color.h"
-#include "runtime/blocks.h"
 
 namespace color {
 
@@ -24,125 +23,121 @@ bool isDitherDepth(int16_t depth) {
   return depth == 1 || depth == 4 || depth == 8;
 }
 
-// A picture on its way to another depth.
-struct Request {
-  Handle bits;
-  uint32_t width;
-  uint32_t height;
-  int16_t sourceDepth;
-  int16_t depth;
-  Handle sourceTable;
-  runtime::Block work;  // the picture at 24 bits, once it is needed
-};
-
-DepthChange changeOf(const Request &request) {
-  return {.bits = runtime::lockBytes(request.bits),
-          .width = request.width,
-          .height = request.height,
-          .sourceDepth = request.sourceDepth,
-          .depth = request.depth,
-          .sourceTable = runtime::lockBytes(request.sourceTable)};
-}
-
 // Makes the working copy; false when it, or a picture of its own size, fits in no block.
-bool makeWorkingCopy(Request &request) {
-  if (!request.work) {
-    request.work = runtime::Block(rlConvertBitmapDepth(request.bits, request.width, request.height,
-                                                       request.sourceDepth, 24, request.sourceTable, 0, 0));
-  }
-  return static_cast<bool>(request.work);
+bool makeWorkingCopy(Dithering &dithering) {
+  if (!dithering.work) dithering.work = convertPicture(widening(dithering.change));
+  return static_cast<bool>(dithering.work);
 }
 
-// Whether the picture can be widened at all; the diagnostics want to see it done.
-bool begin(Request &request) {
-  if (printsSummaries()) return makeWorkingCopy(request);
-  return runtime::fitsInBlock(bitmapSize(request.width, request.height, 24)) &&
-         runtime::fitsInBlock(
-             bitmapSize(request.width, request.height, readableDepth(request.sourceDepth)));
-}
-
-DitherTable chooseTable(const Request &request) {
-  if (request.work) {
-    return reduceWithFixedColors(request.work.handle(), request.width, request.height, request.depth);
-  }
-  if (request.sourceDepth == 24) {
-    return reduceWithFixedColors(request.bits, request.width, request.height, request.depth);
-  }
-  return reduceBandsWithFixedColors(changeOf(request));
-}
-
-// Diffuses a 24-bit picture in place. For a bilevel destination rows are turned to grey first, each
+// Diffuses the working copy in place. For a bilevel destination rows are turned to grey first, each
 // before the errors of the row above reach it.
-void ditherRows(const Request &request, const DitherTable &table) {
-  const std::span<const uint8_t> entries = runtime::lockBytes(table.handle);
-  const auto lineBytes = static_cast<size_t>(bytesPerLine(request.width, 24));
-  const size_t pixelBytes = size_t{request.width} * 3;
-  const bool bilevel = request.depth == 1;
+void ditherRows(const Dithering &dithering) {
+  const DepthChange &change = dithering.change;
+  const std::span<uint8_t> rows = dithering.work.bytes();
+  const auto lineBytes = static_cast<size_t>(bytesPerLine(change.width, 24));
+  const size_t pixelBytes = size_t{change.width} * 3;
+  const bool bilevel = change.depth == 1;
   if (printsRowMarks()) std::fputs("Dithering...each(.) represents one scan line\n", stdout);
-  for (uint32_t y = 0; y < request.height; ++y) {
-    uint8_t *current = request.work.data() + y * lineBytes;
-    uint8_t *next = y + 1 < request.height ? current + lineBytes : nullptr;
-    if (bilevel && y == 0) reviseRow({current, pixelBytes}, RowMode::kGrey);
-    if (bilevel && next != nullptr) reviseRow({next, pixelBytes}, RowMode::kGrey);
-    ditherLine(current, next, entries, request.width, static_cast<int16_t>(table.count));
+  for (uint32_t y = 0; y < change.height; ++y) {
+    const std::span<uint8_t> current = rows.subspan(y * lineBytes, pixelBytes);
+    std::span<uint8_t> next;
+    if (y + 1 < change.height) next = rows.subspan((y + size_t{1}) * lineBytes, pixelBytes);
+    if (bilevel && y == 0) reviseRow(current, RowMode::kGrey);
+    if (bilevel) reviseRow(next, RowMode::kGrey);
+    ditherLine(current, next, change.table, static_cast<int16_t>(change.count));
     if (printsRowMarks()) std::fputs(".", stdout);
   }
   if (printsRowMarks()) std::fputs("\n", stdout);
 }
 
-Handle ditherTo(Request &request, const DitherTable &table) {
-  if (!printsSummaries()) {
-    DepthChange change = changeOf(request);
-    change.table = runtime::lockBytes(table.handle);
-    change.count = table.count;
-    runtime::Block out = runtime::Block::ofSize(bitmapSize(request.width, request.height, request.depth));
-    if (ditherPicture(change, out.bytes())) return out.release();
-  }
-  printDitherTable(table);
-  if (!makeWorkingCopy(request)) return 0;
-  ditherRows(request, table);
-  return rlConvertBitmapDepth(request.work.handle(), request.width, request.height, 24, request.depth, 0,
-                              table.handle, table.count);
+}  // namespace
+
+bool beginDithering(Dithering &dithering) {
+  const DepthChange &change = dithering.change;
+  if (!isDitherDepth(change.depth)) return false;
+  // The diagnostics want to see the picture widened.
+  if (printsSummaries()) return makeWorkingCopy(dithering);
+  return canConvert(widening(change));
 }
 
-}  // namespace
+void takeTable(Dithering &dithering, std::span<const uint8_t> table, uint16_t count) {
+  dithering.change.table = table;
+  dithering.change.count = entriesWithin(table, count);
+}
+
+void chooseTable(Dithering &dithering) {
+  const DepthChange &change = dithering.change;
+  if (change.depth == 1) {
+    dithering.made = copyMonoTable();
+  } else if (dithering.work) {
+    dithering.made =
+        reduceWithFixedColors(dithering.work.bytes(), change.width, change.height, change.depth);
+  } else if (change.sourceDepth == 24) {
+    dithering.made = reduceWithFixedColors(change.bits, change.width, change.height, change.depth);
+  } else {
+    dithering.made = reduceBandsWithFixedColors(change);
+  }
+  takeTable(dithering, dithering.made.bytes(), UINT16_MAX);
+}
+
+runtime::Block dither(Dithering &dithering) {
+  const DepthChange &change = dithering.change;
+  if (!printsSummaries()) {
+    auto out = runtime::Block::ofSize(bitmapSize(change.width, change.height, change.depth));
+    if (ditherPicture(change, out.bytes())) return out;
+  }
+  printDitherTable(change.table, change.count);
+  if (!makeWorkingCopy(dithering)) return {};
+  ditherRows(dithering);
+  return convertPicture({.bits = dithering.work.bytes(),
+                         .width = change.width,
+                         .height = change.height,
+                         .sourceDepth = 24,
+                         .depth = change.depth,
+                         .table = change.table,
+                         .count = change.count});
+}
 
 }  // namespace color
 
 Handle rlDitherBitmap(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth, int16_t depth,
                       Handle sourceTable, Handle *table) {
-  if (bits == 0 || table == nullptr || !color::isDitherDepth(depth)) return 0;
-  color::Request request{bits, width, height, sourceDepth, depth, sourceTable, {}};
-  if (!color::begin(request)) return 0;
-  const color::DitherTable chosen = *table != 0
-                                        ? color::givenTable(*table, static_cast<uint16_t>(1u << depth))
-                                    : depth == 1 ? color::copyMonoTable()
-                                                 : color::chooseTable(request);
-  const Handle result = color::ditherTo(request, chosen);
-  *table = chosen.handle;
-  return result;
+  if (bits == 0 || table == nullptr) return 0;
+  color::Dithering dithering{color::lockPicture(bits, width, height, sourceDepth, depth, sourceTable)};
+  if (!color::beginDithering(dithering)) return 0;
+  if (*table != 0) {
+    color::takeTable(dithering, runtime::lockBytes(*table), static_cast<uint16_t>(1u << depth));
+  } else {
+    color::chooseTable(dithering);
+  }
+  runtime::Block out = color::dither(dithering);
+  if (out && dithering.made) *table = dithering.made.release();
+  return out.release();
 }
 
 void rlDitherGetCT(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth, int16_t depth,
                    Handle sourceTable, Handle *table, uint16_t *count) {
   if (table == nullptr || count == nullptr) return;
   *count = 0;
-  if (bits == 0 || !color::isDitherDepth(depth)) return;
-  color::Request request{bits, width, height, sourceDepth, depth, sourceTable, {}};
-  if (!color::begin(request)) return;
+  if (bits == 0) return;
+  color::Dithering dithering{color::lockPicture(bits, width, height, sourceDepth, depth, sourceTable)};
+  if (!color::beginDithering(dithering)) return;
   // Only a bilevel picture keeps the table that the host hands in.
-  const color::DitherTable chosen = depth != 1    ? color::chooseTable(request)
-                                    : *table != 0 ? color::givenTable(*table, 2)
-                                                  : color::copyMonoTable();
-  color::printDitherTable(chosen);
-  *table = chosen.handle;
-  *count = chosen.count;
+  if (depth == 1 && *table != 0) {
+    color::takeTable(dithering, runtime::lockBytes(*table), 2);
+  } else {
+    color::chooseTable(dithering);
+  }
+  color::printDitherTable(dithering.change.table, dithering.change.count);
+  *count = dithering.change.count;
+  if (dithering.made) *table = dithering.made.release();
 }
 
 Handle rlDitherGivenCT(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth, int16_t depth,
                        Handle sourceTable, Handle table, uint16_t count) {
-  if (bits == 0 || !color::isDitherDepth(depth)) return 0;
-  color::Request request{bits, width, height, sourceDepth, depth, sourceTable, {}};
-  if (!color::begin(request)) return 0;
-  return color::ditherTo(request, color::givenTable(table, count));
+  if (bits == 0) return 0;
+  color::Dithering dithering{color::lockPicture(bits, width, height, sourceDepth, depth, sourceTable)};
+  if (!color::beginDithering(dithering)) return 0;
+  color::takeTable(dithering, runtime::lockBytes(table), count);
+  return color::dither(dithering).release();
 }

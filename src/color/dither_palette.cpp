@@ -13,14 +13,10 @@
 
 namespace color {
 
-DitherTable givenTable(Handle table, uint16_t count) {
-  return {table, entriesWithin(runtime::lockBytes(table), count)};
-}
-
-DitherTable copyMonoTable() {
-  const Handle copy = runtime::allocate(sizeof MonoTable);
-  std::memcpy(runtime::lockBytes(copy).data(), MonoTable, sizeof MonoTable);
-  return {copy, 8};
+runtime::Block copyMonoTable() {
+  runtime::Block copy = runtime::Block::ofSize(sizeof MonoTable);
+  std::memcpy(copy.data(), MonoTable, sizeof MonoTable);
+  return copy;
 }
 
 namespace {
@@ -33,29 +29,26 @@ uint16_t ownColors(int16_t depth) {
 }
 
 // The obtained colours and the fixed ones after them, in a new table.
-DitherTable withFixedColors(std::span<const uint8_t> obtained, uint16_t count, int16_t depth) {
-  const auto entries = static_cast<uint16_t>(1u << depth);
-  const Handle table = runtime::allocate(uint64_t{entries} * 3);
+runtime::Block withFixedColors(std::span<const uint8_t> obtained, uint16_t count, int16_t depth) {
+  runtime::Block table = runtime::Block::ofSize(uint64_t{3} << depth);
   const size_t bytes = std::min(size_t{count} * 3, obtained.size());
-  uint8_t *to = runtime::lockBytes(table).data();
+  uint8_t *to = table.data();
   if (bytes != 0) std::memcpy(to, obtained.data(), bytes);
   std::memcpy(to + bytes, must_have_colors, sizeof must_have_colors);
-  return {table, entries};
+  return table;
 }
 
 }  // namespace
 
-DitherTable reduceWithFixedColors(Handle picture, uint32_t width, uint32_t height, int16_t depth) {
+runtime::Block reduceWithFixedColors(std::span<const uint8_t> rows, uint32_t width, uint32_t height,
+                                     int16_t depth) {
   uint16_t count = ownColors(depth);
-  const runtime::Block reduced(rlReduceColorTable(picture, width, static_cast<int16_t>(height), &count));
+  const runtime::Block reduced = reducePicture(rows, width, static_cast<int16_t>(height), count);
   return withFixedColors(reduced.bytes(), count, depth);
 }
 
-DitherTable reduceBandsWithFixedColors(const DepthChange &picture) {
-  DepthChange widening = picture;
-  widening.depth = 24;
-  widening.table = {};
-  RowConverter rows(widening);
+runtime::Block reduceBandsWithFixedColors(const DepthChange &picture) {
+  RowConverter rows(widening(picture));
   const uint64_t lineBytes = bytesPerLine(picture.width, 24);
   // Heights are signed 16-bit numbers to the median cut: a higher picture has no colours there.
   const auto height = static_cast<uint32_t>(std::max(static_cast<int16_t>(picture.height), int16_t{0}));
@@ -76,11 +69,11 @@ DitherTable reduceBandsWithFixedColors(const DepthChange &picture) {
   return withFixedColors(reduced, count, picture.depth);
 }
 
-void printDitherTable(const DitherTable &table) {
+void printDitherTable(std::span<const uint8_t> table, uint16_t count) {
   if (!printsSummaries()) return;
   std::fputs("Dithering to the following colortable:\n", stdout);
-  const uint8_t *entry = runtime::lockBytes(table.handle).data();
-  for (int i = 0; i < table.count; ++i, entry += 3) {
+  const uint8_t *entry = table.data();
+  for (int i = 0; i < count; ++i, entry += 3) {
     std::printf("color %d: [%d, %d, %d]\n", i, entry[0], entry[1], entry[2]);
   }
 }

@@ -2,32 +2,25 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "color/depth.h"
-#include "raxel/types.h"
+#include "runtime/blocks.h"
 
 namespace color {
 
-// A table by its handle, with the entries of it that are used.
-struct DitherTable {
-  Handle handle = 0;
-  uint16_t count = 0;
-};
-
-// The host's own table, as far as it has the entries that are claimed.
-DitherTable givenTable(Handle table, uint16_t count);
-
 // A new copy of the eight greys of MonoTable.
-DitherTable copyMonoTable();
+runtime::Block copyMonoTable();
 
 // A new table of 1 << depth entries for a picture at 4 or 8 bits: the colours of its median cut, then
 // the eight of must_have_colors, then black.
-//   picture  24 bits
-DitherTable reduceWithFixedColors(Handle picture, uint32_t width, uint32_t height, int16_t depth);
+//   rows  24 bits
+runtime::Block reduceWithFixedColors(std::span<const uint8_t> rows, uint32_t width, uint32_t height,
+                                     int16_t depth);
 // The same for a picture of any depth, widened a band at a time. Silent.
-DitherTable reduceBandsWithFixedColors(const DepthChange &picture);
+runtime::Block reduceBandsWithFixedColors(const DepthChange &picture);
 
 // Prints the entries on standard output when the diagnostics level asks for summaries.
-void printDitherTable(const DitherTable &table);
+void printDitherTable(std::span<const uint8_t> table, uint16_t count);
 
 }  // namespace color

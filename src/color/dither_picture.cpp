@@ -28,13 +28,6 @@ class WideRows {
   }
 
  private:
-  static DepthChange widening(DepthChange change) {
-    change.depth = 24;
-    change.table = {};
-    change.count = 0;
-    return change;
-  }
-
   RowConverter rows_;
   runtime::Block row_;
 };

@@ -154,6 +154,18 @@ void printReduction(uint16_t wanted, uint16_t obtained, std::span<const uint8_t>
 
 }  // namespace
 
+runtime::Block reducePicture(std::span<const uint8_t> rows, uint32_t width, int32_t height,
+                             uint16_t &count) {
+  const uint16_t wanted = count;
+  runtime::Block table = runtime::Block::ofSize(uint64_t{wanted} * 3);
+  const Handle context = InitColorLib();
+  // No result is looked at: a table that could not be chosen is all zeros, and the count stays.
+  reduce(rows, width, height, &count, kBuildTable | kKeepHistogram, table.bytes(), context);
+  TermColorLib(context);
+  if (printsSummaries()) printReduction(wanted, count, table.bytes());
+  return table;
+}
+
 }  // namespace color
 
 Handle InitColorLib(void) {
@@ -186,15 +198,5 @@ int32_t direct_indexed(const uint8_t *rows, uint32_t width, int16_t height, uint
 
 Handle rlReduceColorTable(Handle bits, uint32_t width, int16_t height, uint16_t *count) {
   if (count == nullptr) return 0;
-  const uint16_t wanted = *count;
-  uint16_t obtained = wanted;
-  const Handle table = rlGetMemory(3, wanted);
-  const Handle context = InitColorLib();
-  // No result is looked at: a table that could not be chosen is all zeros, and the count stays.
-  color::reduce(runtime::lockBytes(bits), width, height, &obtained,
-                color::kBuildTable | color::kKeepHistogram, runtime::lockBytes(table), context);
-  TermColorLib(context);
-  if (color::printsSummaries()) color::printReduction(wanted, obtained, runtime::lockBytes(table));
-  *count = obtained;
-  return table;
+  return color::reducePicture(runtime::lockBytes(bits), width, height, *count).release();
 }

@@ -10,6 +10,7 @@
 #include <span>
 
 #include "raxel/color.h"
+#include "runtime/blocks.h"
 
 namespace color {
 
@@ -25,5 +26,12 @@ constexpr uint16_t kKeepHistogram = 2;  // without it a table's histogram is cle
 // Returns 0, or -1 when there are no rows, no context, no count or no room for the table.
 int32_t reduce(std::span<const uint8_t> rows, uint32_t width, int32_t height, uint16_t *count,
                uint16_t mode, std::span<uint8_t> table, Handle context);
+
+// The table of one picture, 3 bytes for each colour wanted, those that were not found black. Prints it
+// when the diagnostics level asks for that.
+//   rows   as above; without any the table is black and the count stays
+//   count  in: the colours wanted; out: those found
+runtime::Block reducePicture(std::span<const uint8_t> rows, uint32_t width, int32_t height,
+                             uint16_t &count);
 
 }  // namespace color
