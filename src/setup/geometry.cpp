@@ -17,10 +17,6 @@ double sideOf(double units) {
   return std::fabs(static_cast<double>(whole)) + 1.0;
 }
 
-int16_t low16(int32_t value) {
-  return static_cast<int16_t>(static_cast<uint16_t>(value));
-}
-
 void takeSize(RasterSetup &record, const RasterPictureInfo &picture) {
   if (record.nSizeMode == kPictureSize && picture.nPictureResolution != 0) {
     record.dWidth = static_cast<double>(picture.nPictureWidth) / picture.nPictureResolution;
@@ -65,11 +61,12 @@ int32_t signedDepth(int32_t bitmapMode, int32_t other) {
 
 Inches fitAspect(const RasterSetup &record, double pictureWidth, double pictureHeight) {
   // Whole pixels, kept in doubles: a record with huge sizes or no resolution yields infinities and
-  // no-numbers here, which the caller cuts to its range.
+  // no-numbers here, which the caller cuts to its range. Whole numbers have one zero: a part of a
+  // negative pixel is 0.0, since -0.0 would turn the sign of the box's proportions.
   const double xResolution = record.tiff.nXResolution;
   const double yResolution = record.tiff.nYResolution;
-  double width = std::trunc(xResolution * record.dWidth);
-  double height = std::trunc(yResolution * record.dHeight);
+  double width = std::trunc(xResolution * record.dWidth) + 0.0;
+  double height = std::trunc(yResolution * record.dHeight) + 0.0;
   const double box = width / height;
   const double picture = sideOf(pictureWidth) / sideOf(pictureHeight);
   if (picture < box) {

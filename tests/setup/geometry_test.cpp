@@ -146,6 +146,18 @@ TEST_F(Geometry, ASquareFillsTheShorterSide) {
   EXPECT_EQ(pair_[1], 5.0);
 }
 
+TEST_F(Geometry, APartOfANegativePixelIsZeroLikeAnyOther) {
+  record_.tiff.nXResolution = 96;
+  record_.dWidth = 5.0;
+  record_.dHeight = 0.001;
+  for (const int16_t resolution : {int16_t{96}, int16_t{-96}}) {
+    record_.tiff.nYResolution = resolution;  // 480 pixels by a tenth of one, to either side of zero
+    fit(300, 300);
+    EXPECT_EQ(pair_[0], 0.0) << resolution;
+    EXPECT_EQ(pair_[1], 0.0) << resolution;
+  }
+}
+
 TEST_F(Geometry, AWiderPictureLosesHeight) {
   fit(1999, 999);  // p = 2000 / 1000 = 2
   EXPECT_EQ(pair_[0], 640.0 / 96);
