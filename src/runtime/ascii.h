@@ -1,4 +1,4 @@
-// Letter case of plain ASCII, whatever the locale of the process says.
+// Letter case and kinds of plain ASCII characters, whatever the locale of the process says.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,15 @@ constexpr int32_t upper(char character) {
 constexpr int32_t lower(char character) {
   const auto c = static_cast<int8_t>(character);
   return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c;
+}
+
+constexpr bool isDigit(char character) {
+  return character >= '0' && character <= '9';
+}
+
+// What standard conversions of numbers step over.
+constexpr bool isSpace(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
 }  // namespace runtime

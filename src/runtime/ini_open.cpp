@@ -20,12 +20,10 @@ const char *profileFolder() {
 
 // The module file's name with ".ini" for its extension. Returns whether it fits.
 bool nameAfterModule(std::span<char> name, const char *module) {
-  const char *file = fileNameOf(module);
-  const char *dot = std::strrchr(file, '.');
-  const size_t stem = dot == nullptr ? std::strlen(file) : static_cast<size_t>(dot - file);
-  if (stem >= name.size()) return false;
-  std::memcpy(name.data(), file, stem);
-  return copyText(name.subspan(stem), ".ini");
+  const std::string_view stem = stemOf(module);
+  if (stem.size() >= name.size()) return false;
+  std::memcpy(name.data(), stem.data(), stem.size());
+  return copyText(name.subspan(stem.size()), ".ini");
 }
 
 bool isReadable(const char *path) {

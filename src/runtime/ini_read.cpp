@@ -88,7 +88,7 @@ int32_t search(Handle stream, const SectionName &section, const char *key, std::
 // The value of a hexadecimal digit, -1 for any other character.
 int32_t hexDigit(char character) {
   const int32_t c = upper(character);
-  if (c >= '0' && c <= '9') return c - '0';
+  if (isDigit(character)) return c - '0';
   return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
@@ -101,7 +101,7 @@ uint32_t parseNumber(const char *text) {
     }
     return value;
   }
-  for (; *text >= '0' && *text <= '9'; ++text) value = value * 10 + static_cast<uint32_t>(*text - '0');
+  for (; isDigit(*text); ++text) value = value * 10 + static_cast<uint32_t>(*text - '0');
   return value;
 }
 

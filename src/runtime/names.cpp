@@ -14,7 +14,7 @@ namespace runtime {
 
 bool copyText(std::span<char> to, const char *text) {
   if (to.empty()) return false;
-  const size_t length = std::strlen(text);
+  const size_t length = strnlen(text, to.size());
   const size_t n = std::min(length, to.size() - 1);
   std::memmove(to.data(), text, n);
   to[n] = 0;
@@ -26,6 +26,12 @@ const char *fileNameOf(const char *path) {
     if (const char *last = std::strrchr(path, separator)) return last + 1;
   }
   return path;
+}
+
+std::string_view stemOf(const char *path) {
+  const char *file = fileNameOf(path);
+  const char *point = std::strrchr(file, '.');
+  return {file, point == nullptr ? std::strlen(file) : static_cast<size_t>(point - file)};
 }
 
 bool joinPath(std::span<char> to, const char *folder, const char *name) {
@@ -77,10 +83,8 @@ char *s_getpath(char *out, const char *path) {
 
 char *s_getname(char *out, const char *path) {
   if (out == nullptr || path == nullptr) return out;
-  const char *name = runtime::fileNameOf(path);
-  const char *dot = std::strrchr(name, '.');
-  const size_t length = dot == nullptr ? std::strlen(name) : static_cast<size_t>(dot - name);
-  std::memmove(out, name, length);
-  out[length] = 0;
+  const std::string_view name = runtime::stemOf(path);
+  std::memmove(out, name.data(), name.size());
+  out[name.size()] = 0;
   return out;
 }

@@ -3,16 +3,21 @@
 
 #include <cstddef>
 #include <span>
+#include <string_view>
 
 namespace runtime {
 
 constexpr size_t kTempNameRoom = 144;  // what KVLGetTempFileName may fill, zero byte included
 
-// Copies text into a buffer, cut to its room and terminated. Returns whether all of it fitted.
+// Copies text into a buffer, cut to its room and terminated. Returns whether all of it fitted. No more of
+// the text is read than has room.
 bool copyText(std::span<char> to, const char *text);
 
 // What follows the last backslash, or failing that the last slash, or failing that the last colon.
 const char *fileNameOf(const char *path);
+
+// The same without the extension that begins at its last point.
+std::string_view stemOf(const char *path);
 
 // Puts the folder, "/" unless the folder ends in one, and the name into a buffer. Returns whether
 // all of it fitted.

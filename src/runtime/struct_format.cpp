@@ -33,7 +33,7 @@ void endAlternative(Union &group, uint64_t offset) {
 int32_t takeRepeat(const char *&p) {
   if (*p < '0' || *p > '9') return 1;
   int32_t repeat = 0;
-  for (; *p >= '0' && *p <= '9'; ++p) repeat = std::min(repeat * 10 + (*p - '0'), kMaxRepeat);
+  for (; isDigit(*p); ++p) repeat = std::min(repeat * 10 + (*p - '0'), kMaxRepeat);
   return repeat;
 }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "raxel/settings.h"
+#include "runtime/names.h"
 #include "setup/text.h"
 
 namespace setup {
@@ -13,19 +14,13 @@ namespace {
 constexpr const char *kUsualName = "raxel";
 const char anAddressInThisLibrary = '\0';
 
-// The first separator kind that occurs at all decides.
-const char *fileNameIn(const char *path) {
-  for (const char separator : {'\\', '/', ':'}) {
-    if (const char *last = std::strrchr(path, separator)) return last + 1;
-  }
-  return path;
-}
-
 }  // namespace
 
 void fileStem(std::span<char> to, const char *path) {
-  copyWholeText(to, fileNameIn(path));
-  if (char *extension = std::strrchr(to.data(), '.')) *extension = '\0';
+  const std::string_view stem = runtime::stemOf(path);
+  const size_t length = stem.size() < to.size() ? stem.size() : 0;
+  if (length != 0) std::memcpy(to.data(), stem.data(), length);
+  to[length] = '\0';
 }
 
 void learnLibraryName() {

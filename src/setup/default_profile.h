@@ -13,7 +13,7 @@ void learnLibraryName();
 void defaultProfile(std::span<char> to);
 
 // The file name in a path: what follows its last backslash, else its last slash, else its last
-// colon, without the extension that begins at its last point. Null when there is no path.
+// colon, without the extension that begins at its last point. What does not fit leaves `to` empty.
 void fileStem(std::span<char> to, const char *path);
 
 }  // namespace setup

@@ -5,6 +5,8 @@
 #include <limits>
 
 #include "raxel/settings.h"
+#include "runtime/ascii.h"
+#include "setup/settings.h"
 #include "setup/text.h"
 
 namespace setup {
@@ -15,13 +17,11 @@ constexpr DeviceInfo kUsualDisplay = {1280.0, 1078.0, 96, 96};
 DeviceInfo display = {};
 DeviceInfo printer = {};
 
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
+using runtime::isDigit;
 
 // The number at the start of a text: spaces, a sign, digits; clamped to 32 bits.
 int32_t leadingNumber(const char *text) {
-  while (*text == ' ' || (*text >= '\t' && *text <= '\r')) ++text;
+  while (runtime::isSpace(*text)) ++text;
   const bool negative = *text == '-';
   if (*text == '-' || *text == '+') ++text;
   int64_t value = 0;
@@ -36,11 +36,6 @@ int32_t takeNumber(const char *&text) {
   while (isDigit(*text)) ++text;
   if (*text != '\0') ++text;
   return value;
-}
-
-// Resolutions keep the low 16 bits.
-int16_t low16(int32_t value) {
-  return static_cast<int16_t>(static_cast<uint16_t>(value));
 }
 
 template <class Number>

@@ -19,8 +19,7 @@ struct Section {
   int32_t integer(Key key, int32_t fallback) const {
     return GetPrivateProfileInt(name, keyName(key), fallback, file);
   }
-  uint16_t low16(Key key, int32_t fallback) const { return static_cast<uint16_t>(integer(key, fallback)); }
-  int16_t resolution(Key key) const { return static_cast<int16_t>(low16(key, kDefaultResolution)); }
+  int16_t resolution(Key key) const { return low16(integer(key, kDefaultResolution)); }
 
   // A stored value lies over the start of the default and keeps the default's remaining characters:
   // a width of 8 over "6.67" is 8.67.
@@ -45,7 +44,7 @@ void readModes(RasterSetup &record, const Section &section) {
   record.nResolutionMode = section.integer(Key::ResolutionMode, kPictureResolution);
   record.nBitmapMode = section.integer(Key::BitmapMode, kColor256);
   record.nLineMode = section.integer(Key::LineMode, kDefaultLineMode);
-  record.tiff.wLayoutMode = section.low16(Key::Layout, kStrips);
+  record.tiff.wLayoutMode = static_cast<uint16_t>(section.integer(Key::Layout, kStrips));
   record.nCompressionMode = section.integer(Key::CompressionMode, kUncompressed);
 }
 

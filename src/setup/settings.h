@@ -35,6 +35,11 @@ inline constexpr double kLargestSize = 22.0;
 inline constexpr double kDefaultWidth = 6.67;
 inline constexpr double kDefaultHeight = 5.0;
 
+// Resolutions keep the low 16 bits of a number.
+constexpr int16_t low16(int32_t value) {
+  return static_cast<int16_t>(static_cast<uint16_t>(value));
+}
+
 // Fills a record with the built-in defaults; szAppName and nLineMode stay as they are.
 void useDefaults(RasterSetup &record);
 

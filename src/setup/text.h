@@ -18,8 +18,8 @@ void copyText(std::span<char> to, const char *text);
 // As copyText, but a text that does not fit leaves `to` empty. Returns whether it fitted.
 bool copyWholeText(std::span<char> to, const char *text);
 
-// The decimal number at the start of a text, after spaces, in the C locale whatever the host's is.
-// No number there: 0. A number that no double can hold: infinity.
+// The decimal number at the start of a text, after white space, in the C locale whatever the host's
+// is. No number there: 0. A number too large for a double: infinity; one too small: 0.
 double readDecimal(const char *text);
 
 // printf's "%.<digits>g" in the C locale, with its terminator. `to` has room for 32 characters.

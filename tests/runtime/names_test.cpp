@@ -87,6 +87,9 @@ TEST(BoundedNames, AreCutAndTerminated) {
   EXPECT_FALSE(runtime::copyText(room, "123456"));
   EXPECT_STREQ(room, "12345");
   EXPECT_FALSE(runtime::copyText({}, ""));
+  const char endless[6] = {'a', 'b', 'c', 'd', 'e', 'f'};  // no zero byte to be looked for behind it
+  EXPECT_FALSE(runtime::copyText(room, endless));
+  EXPECT_STREQ(room, "abcde");
   EXPECT_TRUE(runtime::joinPath(room, "a", "bcd"));
   EXPECT_STREQ(room, "a/bcd");
   EXPECT_TRUE(runtime::joinPath(room, "a/", "bcd"));

@@ -56,6 +56,8 @@ TEST(ReadDecimal, ReadsTheNumberAtTheStart) {
   EXPECT_EQ(setup::readDecimal("-2.5e1x"), -25.0);
   EXPECT_EQ(setup::readDecimal("5."), 5.0);
   EXPECT_EQ(setup::readDecimal("3067"), 3067.0);
+  EXPECT_EQ(setup::readDecimal(" \t\n\v\f\r1.5"), 1.5) << "white space of every kind";
+  EXPECT_EQ(setup::readDecimal("0e999"), 0.0);
 }
 
 TEST(ReadDecimal, AnythingElseIsZero) {
@@ -65,9 +67,20 @@ TEST(ReadDecimal, AnythingElseIsZero) {
   EXPECT_EQ(setup::readDecimal("0x10"), 0.0) << "the hexadecimal form is no decimal number";
 }
 
-TEST(ReadDecimal, NumbersThatNoDoubleHoldsAreInfinite) {
-  EXPECT_EQ(setup::readDecimal("1e999"), HUGE_VAL);
+TEST(ReadDecimal, NumbersTooLargeForADoubleAreInfinite) {
+  for (const char *text : {"1e999", "1e+309", "0.001e400", "12345e99999999999999999999x"}) {
+    EXPECT_EQ(setup::readDecimal(text), HUGE_VAL) << text;
+  }
   EXPECT_EQ(setup::readDecimal("-1e999"), -HUGE_VAL);
+  EXPECT_EQ(setup::readDecimal(std::string(400, '7').c_str()), HUGE_VAL);
+}
+
+TEST(ReadDecimal, NumbersTooSmallForADoubleAreZero) {
+  for (const char *text : {"1e-400", "123.4E-400", "0.0001e-340", ".1e-99999999999999999999"}) {
+    EXPECT_EQ(setup::readDecimal(text), 0.0) << text;
+  }
+  EXPECT_TRUE(std::signbit(setup::readDecimal("-1e-400")));
+  EXPECT_EQ(setup::readDecimal(("0." + std::string(400, '0') + "7").c_str()), 0.0);
 }
 
 TEST(WriteGeneral, KeepsSignificantDigitsAndNoZerosBehind) {
