@@ -1,6 +1,9 @@
-// Scaling and the conversions of four-byte pixels, beside a memcpy of the bytes that each writes.
+// Scaling, mirroring and the conversions of four-byte pixels, beside a memcpy of the bytes that each
+// writes.
 //
 // Arguments: bits per pixel, then the width and height of the result of a 4000 by 3000 picture.
+//   scale         the workers, into a picture that is there already
+//   scaleToBlock  the functions on handles, which make the picture: beside a memcpy into a new block
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -52,6 +55,33 @@ void copyOfTheBytesWritten(benchmark::State &state) {
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(size));
 }
 
+void scaleToBlock(benchmark::State &state) {
+  const auto depth = static_cast<int16_t>(state.range(0));
+  const auto width = static_cast<uint32_t>(state.range(1));
+  const auto height = static_cast<uint32_t>(state.range(2));
+  const runtime::Block source = pictureOf(depth);
+  for (auto _ : state) {
+    const runtime::Block scaled(rlShrinkBitmap(source.handle(), depth, kWidth, kHeight, width, height));
+    benchmark::DoNotOptimize(scaled.data());
+  }
+  state.SetBytesProcessed(state.iterations() * int64_t{rlCalcNewSize(width, height, depth)});
+}
+
+// The limit of that: as many bytes, copied into a block that is made for them.
+void copyToBlock(benchmark::State &state) {
+  const uint32_t size =
+      rlCalcNewSize(static_cast<uint32_t>(state.range(1)), static_cast<uint32_t>(state.range(2)),
+                    static_cast<int16_t>(state.range(0)));
+  const runtime::Block from = runtime::Block::ofSize(size);
+  std::memset(from.data(), 1, size);
+  for (auto _ : state) {
+    const runtime::Block to = runtime::Block::ofSize(size);
+    std::memcpy(to.data(), from.data(), size);
+    benchmark::DoNotOptimize(to.data());
+  }
+  state.SetBytesProcessed(state.iterations() * int64_t{size});
+}
+
 void sizes(benchmark::internal::Benchmark *bench) {
   bench->Unit(benchmark::kMicrosecond);
   for (const int64_t depth : {1, 4, 8, 24, 32}) {
@@ -63,6 +93,8 @@ void sizes(benchmark::internal::Benchmark *bench) {
 }
 BENCHMARK(copyOfTheBytesWritten)->Apply(sizes);
 BENCHMARK(scale)->Apply(sizes);
+BENCHMARK(copyToBlock)->Apply(sizes);
+BENCHMARK(scaleToBlock)->Apply(sizes);
 
 void fourBytes(benchmark::State &state, void (*convert)(Handle, uint32_t, uint32_t)) {
   const runtime::Block picture = pictureOf(32);
@@ -86,6 +118,9 @@ void flip(benchmark::State &state) {
   }
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(picture.bytes().size()));
 }
-BENCHMARK(flip)->Unit(benchmark::kMicrosecond)->Args({24, 1, 0})->Args({24, 0, 1})->Args({8, 1, 0});
+BENCHMARK(flip)
+    ->Unit(benchmark::kMicrosecond)
+    ->ArgsProduct({{1, 4, 8, 24, 32}, {1}, {0}})
+    ->Args({24, 0, 1});
 
 }  // namespace

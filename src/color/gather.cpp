@@ -16,6 +16,10 @@ namespace {
 // about every second column left out.
 constexpr uint32_t kUnpacked = 2 * ColumnRun::kLongest + 64;
 
+// How many rows of the source lie between what is read and what is asked for ahead: a few, since not all
+// are used.
+constexpr uint64_t kRowsAhead = 4;
+
 // With fewer rows a plan costs more than it saves.
 constexpr uint64_t kRowsWorthPlanning = 3;
 
@@ -131,31 +135,43 @@ void planUnpacked(ColumnRun &run) {
   for (uint32_t i = run.begin; i < run.end; ++i) run.columns[i] -= origin;
 }
 
+void planMoves(ColumnRun &run, const RowScaling &rows) {
+  const std::span<const uint32_t> columns(run.columns + run.whole, run.end - run.whole);
+  const bool worthPlanning = rows.rows >= kRowsWorthPlanning;
+  if (worthPlanning) kernels().planMove(run.move, columns, run.depth);
+  if (run.depth < 8 && run.move.columns == 0) {
+    planUnpacked(run);
+    if (worthPlanning && run.unpacked) kernels().planMove(run.move, columns, 8);
+  }
+  run.move.ahead = static_cast<size_t>(kRowsAhead * bytesPerLine(rows.sourceWidth, run.depth));
+  // Where a plan had no more room the run ends, at a whole byte, with one pixel that is moved by itself:
+  // some plans need one behind them.
+  if (!run.move.full || run.unpacked) return;
+  const auto planned = static_cast<uint32_t>(run.move.columns);
+  run.end = std::min(run.end, run.whole + planned + (run.depth < 8 ? 0 : 1));
+}
+
 }  // namespace
 
-void planRun(ColumnRun &run, Columns how, int16_t depth, uint32_t sourceWidth, uint32_t width,
-             uint32_t first, uint64_t rows) {
-  run.depth = depth;
+void planRun(ColumnRun &run, const RowScaling &rows, uint32_t first) {
+  run.depth = rows.depth;
   run.first = first;
-  run.end = std::min(longestRun(depth), width - first);
-  run.begin = static_cast<uint32_t>(mapColumns(how, sourceWidth, width, first, {run.columns, run.end}));
+  run.end = std::min(ColumnRun::kLongest, rows.width - first);
+  run.begin = static_cast<uint32_t>(
+      mapColumns(rows.how, rows.sourceWidth, rows.width, first, {run.columns, run.end}));
   run.origin = 0;
   run.unpacked = false;
   run.move.columns = 0;
+  run.move.full = false;
   // Widening counts wide sources differently, so that there equal widths say nothing.
-  run.straight = how == Columns::kNarrow && sourceWidth == width;
-  if (run.begin >= run.end || !isPixelDepth(depth)) return;
-  // Columns rise from left to right: when the last one lies in a row, all do.
-  run.reads = ((uint64_t{run.columns[run.end - 1]} + 1) * static_cast<uint64_t>(depth) + 7) / 8;
-  const uint32_t perByte = pixelsPerByte(depth);
+  run.straight = rows.how == Columns::kNarrow && rows.sourceWidth == rows.width;
+  if (run.begin >= run.end || !isPixelDepth(run.depth)) return;
+  const uint32_t perByte = pixelsPerByte(run.depth);
   run.whole = std::min((run.begin + perByte - 1) / perByte * perByte, run.end);
-  if (run.straight || run.whole == run.end) return;
-  const std::span<const uint32_t> columns(run.columns + run.whole, run.end - run.whole);
-  const bool worthPlanning = rows >= kRowsWorthPlanning;
-  if (worthPlanning) kernels().planMove(run.move, columns, depth);
-  if (depth >= 8 || run.move.columns != 0) return;
-  planUnpacked(run);
-  if (worthPlanning && run.unpacked) kernels().planMove(run.move, columns, 8);
+  if (!run.straight && run.whole < run.end) planMoves(run, rows);
+  // Columns rise from left to right: when the last one lies in a row, all do.
+  const uint64_t last = uint64_t{run.origin} + run.columns[run.end - 1];
+  run.reads = ((last + 1) * static_cast<uint64_t>(run.depth) + 7) / 8;
 }
 
 void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination) {

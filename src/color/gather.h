@@ -27,14 +27,17 @@ struct ColumnRun {
   MovePlan move;               // for the columns from `whole` on
 };
 
-// How many columns a run has at most. Shallow pixels make longer runs, of about as many bytes.
-constexpr uint32_t longestRun(int16_t depth) {
-  return depth == 1 ? ColumnRun::kLongest : depth <= 8 ? 4096 : 2048;
-}
+// What all runs of a call have in common.
+struct RowScaling {
+  Columns how;
+  int16_t depth;
+  uint32_t sourceWidth;
+  uint32_t width;
+  uint64_t rows;  // few are not worth much of a plan
+};
 
-// Plans the run that starts at column first, for so many rows: few are not worth much of a plan.
-void planRun(ColumnRun &run, Columns how, int16_t depth, uint32_t sourceWidth, uint32_t width,
-             uint32_t first, uint64_t rows);
+// Plans the run that starts at column first; run.end tells how long it is.
+void planRun(ColumnRun &run, const RowScaling &rows, uint32_t first);
 
 // Copies one row's pixels. The rows must not overlap; source columns past the end of their row read
 // as 0, and the destination must hold the whole run. Bits beside the run keep their values.

@@ -27,11 +27,10 @@ bool isPlainCopy(std::span<const uint8_t> source, int16_t depth, Size from, Size
 
 // Runs a step for each run of columns of a row.
 template <class Step>
-void forEachRun(Columns how, int16_t depth, uint32_t sourceWidth, uint32_t width, uint64_t rows,
-                Step step) {
+void forEachRun(const RowScaling &rows, Step step) {
   ColumnRun run;
-  for (uint64_t first = 0; first < width; first += longestRun(depth)) {
-    planRun(run, how, depth, sourceWidth, width, static_cast<uint32_t>(first), rows);
+  for (uint64_t first = 0; first < rows.width; first += run.end) {
+    planRun(run, rows, static_cast<uint32_t>(first));
     step(run);
   }
 }
@@ -50,7 +49,7 @@ void shrink(std::span<const uint8_t> source, std::span<uint8_t> destination, int
     return;
   }
   const double ratio = static_cast<double>(from.height) / to.height;
-  forEachRun(columnsFor(from.width, to.width), depth, from.width, to.width, to.height,
+  forEachRun({columnsFor(from.width, to.width), depth, from.width, to.width, to.height},
              [&](const ColumnRun &run) {
                for (uint32_t k = 0; k < to.height; ++k) {
                  const auto y = static_cast<uint64_t>(k * ratio);
@@ -67,32 +66,37 @@ void stretch(std::span<const uint8_t> source, std::span<uint8_t> destination, in
   const uint64_t sourceLine = bytesPerLine(from.width, depth);
   const uint64_t line = bytesPerLine(to.width, depth);
   const double ratio = static_cast<double>(to.height) / from.height;
-  forEachRun(
-      columnsFor(from.width, to.width), depth, from.width, to.width, to.height, [&](const ColumnRun &run) {
-        // The bytes of the run in every row; the last one takes the padding along.
-        const uint64_t at = uint64_t{run.first} * static_cast<uint64_t>(depth) / 8;
-        const bool last = run.first + run.end == to.width;
-        const uint64_t bytes = last ? line - at : uint64_t{run.end} * static_cast<uint64_t>(depth) / 8;
-        uint64_t filled = 0;  // rows from the bottom
-        for (uint64_t t = 1; t <= from.height && filled < to.height; ++t) {
-          const uint64_t fills =
-              std::min<uint64_t>(static_cast<uint64_t>(static_cast<double>(t) * ratio), to.height);
-          if (fills == filled) continue;
-          const std::span<uint8_t> bottom = rowAt(destination, line, to.height - filled - 1);
-          gather(run, rowAt(source, sourceLine, from.height - t), bottom);
-          for (++filled; filled < fills; ++filled) {
-            uint8_t *above = rowAt(destination, line, to.height - filled - 1).data();
-            std::memcpy(above + at, bottom.data() + at, static_cast<size_t>(bytes));
-          }
-        }
-      });
+  // How many rows, from the bottom, the last t source rows fill.
+  const auto filledBy = [&](uint64_t t) {
+    return std::min<uint64_t>(static_cast<uint64_t>(static_cast<double>(t) * ratio), to.height);
+  };
+  forEachRun({columnsFor(from.width, to.width), depth, from.width, to.width, to.height},
+             [&](const ColumnRun &run) {
+               // The bytes of the run in every row; the last one takes the padding along.
+               const uint64_t at = uint64_t{run.first} * static_cast<uint64_t>(depth) / 8;
+               const bool last = run.first + run.end == to.width;
+               const uint64_t bytes =
+                   last ? line - at : uint64_t{run.end} * static_cast<uint64_t>(depth) / 8;
+               // From the top down, as memory is read ahead. Of equal rows the lowest is made first.
+               uint64_t filled = filledBy(from.height);
+               for (uint64_t y = 0; y < from.height; ++y) {
+                 const uint64_t below = filledBy(from.height - 1 - y);
+                 if (below == filled) continue;
+                 const std::span<uint8_t> bottom = rowAt(destination, line, to.height - below - 1);
+                 gather(run, rowAt(source, sourceLine, y), bottom);
+                 for (--filled; filled > below; --filled) {
+                   uint8_t *above = rowAt(destination, line, to.height - filled - 1).data();
+                   std::memcpy(above + at, bottom.data() + at, static_cast<size_t>(bytes));
+                 }
+               }
+             });
 }
 
 void scaleRow(Columns how, std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth,
               uint32_t sourceWidth, uint32_t width) {
   if (nothingToScale(destination, depth, {sourceWidth, 1}, {width, 1})) return;
   if (printsPixels()) return scaleRowPlainly(how, source, destination, depth, sourceWidth, width);
-  forEachRun(how, depth, sourceWidth, width, 1,
+  forEachRun({how, depth, sourceWidth, width, 1},
              [&](const ColumnRun &run) { gather(run, source, destination); });
 }
 

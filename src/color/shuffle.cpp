@@ -49,6 +49,7 @@ void planShuffle(MovePlan &plan, std::span<const uint32_t> columns, int16_t dept
   plan.columns = 0;
   plan.bytes = 0;
   plan.reach = 0;
+  plan.full = false;
   if (depth < 8) return;
   const auto bytesPerPixel = static_cast<size_t>(depth) / 8;
   const size_t perGroup = 16 / bytesPerPixel;
@@ -57,7 +58,8 @@ void planShuffle(MovePlan &plan, std::span<const uint32_t> columns, int16_t dept
   const size_t spare = used < 16 ? 1 : 0;
   bool twice = false;
   for (size_t x = 0; x + perGroup + spare <= columns.size(); x += perGroup) {
-    if (plan.groups == MovePlan::kMostGroups) break;
+    plan.full = plan.groups == MovePlan::kMostGroups;
+    if (plan.full) break;
     const size_t from = size_t{columns[x]} * bytesPerPixel;
     const size_t span = (size_t{columns[x + perGroup - 1]} + 1) * bytesPerPixel - from;
     if (span > 32) break;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "color/gather.h"
 #include "color/levels.h"
 #include "color/reference/pixels.h"
 #include "color/reference/scale.h"
@@ -98,7 +99,7 @@ TEST(ScaleLevels, TakeEveryFactorUpToTen) {
   constexpr uint32_t kWidth = 144;
   const auto step = static_cast<uint32_t>(1400 / support::cases(1400));
   for (const int16_t depth : kDepths) {
-    for (uint32_t from = 20; from < 10 * kWidth; from += step) {
+    for (uint32_t from = 1; from < 10 * kWidth; from += step) {
       const Bytes bits = random.bytes(size_t{reference::lineBytes(from, depth)} * kRows);
       const Bytes expected = reference::scale(bits, depth, from, kRows, kWidth, kRows);
       Bytes scaled(expected.size());
@@ -108,6 +109,50 @@ TEST(ScaleLevels, TakeEveryFactorUpToTen) {
         Shrink(bits.data(), scaled.data(), depth, from, kRows, kWidth, kRows);
         ASSERT_TRUE(scaled == expected)
             << depth << " bits, from " << from << ", level " << levels::number(level);
+      }
+    }
+  }
+}
+
+TEST(ScaleLevels, MeetWhereAPlanIsFull) {
+  // As many pixels as make runs end before their longest: groups are short, or bits need many indexes.
+  support::Random random(124);
+  constexpr uint32_t kRows = 3;
+  constexpr Widths kWidths[] = {{65000, 8125}, {48000, 8190}, {16400, 8200}, {2100, 8300}, {700, 25000}};
+  for (size_t n = 0; n < support::cases(25); ++n) {
+    const int16_t depth = kDepths[n % 5];
+    const Widths w = kWidths[n / 5 % std::size(kWidths)];
+    const Bytes bits = random.bytes(size_t{reference::lineBytes(w.from, depth)} * kRows);
+    const Bytes expected = reference::scale(bits, depth, w.from, kRows, w.to, kRows);
+    const support::PageEnd source(bits);
+    for (const color::Vectors level : levels::all()) {
+      const levels::AtMost limit(level);
+      const runtime::Block scaled(rlShrinkBitmap(source.handle(), depth, w.from, kRows, w.to, kRows));
+      const auto bytes = scaled.bytes();
+      ASSERT_TRUE(std::equal(bytes.begin(), bytes.end(), expected.begin(), expected.end()))
+          << depth << " bits, " << w.from << " to " << w.to << ", level " << levels::number(level);
+    }
+  }
+}
+
+TEST(ScaleLevels, WriteNothingBesideARun) {
+  support::Random random(125);
+  color::ColumnRun run;
+  for (const int16_t depth : kDepths) {
+    const Bytes source = random.bytes(reference::lineBytes(20000, depth));
+    const Bytes before = random.bytes(reference::lineBytes(20000, depth));
+    for (const color::Vectors level : levels::all()) {
+      const levels::AtMost limit(level);
+      for (const uint32_t width : {19000u, 10000u, 9000u}) {
+        color::planRun(run, {color::Columns::kNarrow, depth, 20000, width, 9}, 0);
+        ASSERT_LT(run.end, width) << "a run that has others behind it";
+        Bytes row = before;
+        color::gather(run, source, row);
+        const size_t end = size_t{run.end} * static_cast<size_t>(depth) / 8;
+        EXPECT_TRUE(std::equal(row.begin() + static_cast<ptrdiff_t>(end), row.end(),
+                               before.begin() + static_cast<ptrdiff_t>(end)))
+            << depth << " bits, level " << levels::number(level);
+        EXPECT_FALSE(std::equal(row.begin(), row.begin() + static_cast<ptrdiff_t>(end), before.begin()));
       }
     }
   }

@@ -1,0 +1,27 @@
+// What a depth asks of the groups of a plan; the part of permute_plan.cpp that is about single bits.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace color {
+
+struct GroupShape {
+  uint32_t bits;     // of a pixel
+  uint32_t whole;    // pixels that fill whole bytes: groups begin at multiples of it
+  uint32_t most;     // pixels in a group
+  uint32_t least;    // with fewer, single pixels are no slower
+  uint32_t indexes;  // rows of `index` for each group
+  uint32_t stretch;  // bytes of the source that a group is taken from
+  bool fields;       // bits that are put together from fields of eight
+};
+
+// The shape for the columns of a run.
+GroupShape shapeOfBits(std::span<const uint32_t> columns);
+
+// Fills the indexes of one group, which are 0, and whose stretch begins at byte first. False when the eight
+// pixels of some byte lie too far apart.
+bool fillBits(uint8_t (*index)[64], const GroupShape &shape, std::span<const uint32_t> columns,
+              uint32_t first);
+
+}  // namespace color
