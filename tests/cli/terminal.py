@@ -5,6 +5,7 @@
 """
 
 import argparse
+import json
 import os
 import pty
 import signal
@@ -81,6 +82,37 @@ def main():
         slowly(piped)
         seen = piped.stderr.read()
         check("nothing in a pipe", piped.wait() == 0 and seen == b"", seen)
+
+        # Several processes share one line, which counts.
+        pipes = [os.path.join(folder, name) for name in ("a.fifo", "b.fifo")]
+        for path in pipes:
+            os.mkfifo(path)
+        counted = Terminal([program, "-j", "2", "-d", folder, *pipes])
+        writers = [os.open(path, os.O_WRONLY) for path in pipes]
+        time.sleep(0.4)
+        for writer in writers:
+            os.write(writer, b"P5\n1 1\n255\n0")
+            os.close(writer)
+        seen, code = counted.rest()
+        check("pictures are counted", code == 0 and b"2 pictures  1 done" in seen and b"2 done" in seen, (code, seen))
+        check("the count is wiped", seen.endswith(b"\r\x1b[K"), seen)
+
+        # A process that somebody ends has its place in the document.
+        parent = subprocess.Popen([program, "--json", "-j", "2", "-d", folder, *pipes],
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        writers = [os.open(path, os.O_WRONLY) for path in pipes]
+        with open(f"/proc/{parent.pid}/task/{parent.pid}/children") as children:
+            os.kill(int(children.read().split()[0]), signal.SIGTERM)
+        for writer in writers:
+            try:
+                os.write(writer, b"P5\n1 1\n255\n0")
+            except BrokenPipeError:
+                pass
+            os.close(writer)
+        printed, told = parent.communicate()
+        results = json.loads(printed)["results"]
+        check("an ended process", [r["exit"] for r in results] == [143, 0] and parent.returncode == 143
+              and b"a.fifo: the export was stopped" in told, (printed, told))
 
         # Ctrl-C while the picture is still coming.
         stopped = Terminal([program, "-", out], stdin=subprocess.PIPE)

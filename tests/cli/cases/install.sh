@@ -1,0 +1,8 @@
+# What is installed works from where it lies.
+build=$(dirname "$(command -v raxel-export)")
+cmake --install "$build" --prefix "$PWD/place" >log 2>&1 || cat log
+(cd place && find . -type f | grep -v 'include/raxel/' | sort)
+ls place/include/raxel | grep -cv '\.h$'
+code place/bin/raxel-export --verify -c lzw "$SAMPLES/chart4.png" out.tif
+raxel-export -c lzw "$SAMPLES/chart4.png" here.tif
+cmp out.tif here.tif
