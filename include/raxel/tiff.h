@@ -69,8 +69,8 @@ RAXEL_EXPORT int32_t WriteLong(Handle file, uint32_t value);
 // Writes a directory entry of 12 bytes (TIFF 6.0 section 2, "IFD Entry") and adds 1 to `*counter`.
 //   tag, type   16 bits each; type 3 SHORT, 4 LONG, 5 RATIONAL
 //   count       how many values
-//   value       the value itself or the position of the values; of a SHORT 16 bits are kept, and
-//               the field's other half is zero
+//   value       the value itself or the position of the values; of a single SHORT 16 bits are kept,
+//               and the field's other half is zero
 //   counter     the caller's entry counter, may be null
 // Returns the result of the value's WriteLong; failures before it do not show.
 RAXEL_EXPORT int32_t WriteSimpleTag(Handle file, uint32_t tag, uint32_t type, uint32_t count,

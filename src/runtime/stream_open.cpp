@@ -72,7 +72,7 @@ bool openMemory(Stream &stream, const KvlStreamDesc *descriptor) {
     stream.nHigh = used - 2;
   }
   stream.nLimit = length - 1;
-  stream.nGrow = static_cast<int32_t>(std::min<HostWord>(descriptor->dwGrow, INT32_MAX));
+  stream.nGrow = static_cast<int32_t>(static_cast<uint32_t>(descriptor->dwGrow));
   stream.lNextRead = -1;
   stream.lSize = stream.nHigh;
   return true;

@@ -21,7 +21,7 @@ Collector::Collector(Handle file, uint64_t capacity) : file_(file) {
 int32_t Collector::write(const uint8_t *bytes, size_t count) {
   if (count > INT32_MAX) return -1;
   if (count > room_.size() - held_ && !finish()) return -1;
-  if (count > room_.size()) return kvlWrite(file_, bytes, static_cast<int32_t>(count));
+  if (room_.empty() || count > room_.size()) return kvlWrite(file_, bytes, static_cast<int32_t>(count));
   if (count != 0) std::memcpy(room_.data() + held_, bytes, count);
   held_ += count;
   return static_cast<int32_t>(count);

@@ -47,10 +47,24 @@ bool PieceWriter::reserve(uint64_t size) {
 
 int32_t PieceWriter::writePackBits(std::span<const uint8_t> data) {
   if (data.empty()) return RAXEL_OK;
-  const size_t produced = encodePackBits(data, out_.data());
-  state_.nStripBytes += static_cast<uint32_t>(produced);
-  return rows_.write(out_.data(), produced) == static_cast<int32_t>(produced) ? RAXEL_OK
-                                                                              : RAXEL_CANNOT_WRITE;
+  const uint32_t before = tell(state_.hTiffFile);
+  const auto produced = static_cast<uint32_t>(encodePackBits(data, out_.data()));
+  const bool taken = rows_.write(out_.data(), produced) == static_cast<int32_t>(produced);
+  const bool whole = taken || isDiskFile(state_.hTiffFile);  // earlier rows may be what did not fit
+  state_.nStripBytes += whole ? produced : bytesTried(data, tell(state_.hTiffFile) - before);
+  return taken ? RAXEL_OK : RAXEL_CANNOT_WRITE;
+}
+
+// The codes of the pieces that fit into `room` bytes and of the first one that does not, which is the
+// one that fails when each is written by itself.
+uint32_t PieceWriter::bytesTried(std::span<const uint8_t> data, uint32_t room) {
+  uint32_t tried = 0;
+  while (!data.empty() && tried <= room) {
+    const size_t length = std::min(data.size(), kPackBitsPiece);
+    tried += static_cast<uint32_t>(encodePackBitsPiece(data.first(length), out_.data()));
+    data = data.subspan(length);
+  }
+  return tried;
 }
 
 // A host sees one write for each piece.

@@ -32,6 +32,7 @@ class PieceWriter {
  private:
   bool reserve(uint64_t size);
   int32_t writePackBits(std::span<const uint8_t> data);
+  uint32_t bytesTried(std::span<const uint8_t> data, uint32_t room);
   int32_t writePackBitsPieces(std::span<const uint8_t> data);
   int32_t writeLzw(std::span<const uint8_t> data);
   int32_t writeFaxRow(std::span<const uint8_t> row, uint32_t width);

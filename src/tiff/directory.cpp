@@ -185,8 +185,9 @@ int32_t WriteSimpleTag(Handle file, uint32_t tag, uint32_t type, uint32_t count,
   WriteWord(file, tag);
   WriteWord(file, type);
   WriteLong(file, count);
-  // A SHORT fills the first half of the field, and the other half is zero.
-  return WriteLong(file, type == kShort ? value & 0xFFFF : value);
+  // A single SHORT fills the first half of the field, and the other half is zero. More of them leave
+  // their position there, or two values.
+  return WriteLong(file, type == kShort && count == 1 ? value & 0xFFFF : value);
 }
 
 int32_t WriteTiffHdr(TiffWriterState *state) {

@@ -204,7 +204,7 @@ bool putSameRow(FaxWriter &writer, uint32_t changes) {
 [[gnu::always_inline]] inline uint32_t encodeStrip(std::span<const uint8_t> rows, uint32_t width,
                                                    uint32_t rowCount, FaxBuffer &out) {
   const uint64_t rowBytes64 = (uint64_t{width} + 7) / 8;
-  if (width == 0 || rowBytes64 * rowCount > rows.size()) return 0;
+  if (width == 0 || rowCount == 0 || rowBytes64 * rowCount > rows.size()) return 0;
   const auto rowBytes = static_cast<size_t>(rowBytes64);
   const runtime::Block memory = runtime::Block::ofSize(2 * (rowBytes64 + kWindowSlack));  // below 2^31
   uint8_t *above = memory.data();

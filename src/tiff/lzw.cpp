@@ -60,15 +60,18 @@ bool codeWithLists(Stream &stream, StringLists &lists, const uint8_t *last) {
       pairsMade.places[pairsMade.count++] = s.prefix << 8 | byte;
     } else {
       s.prefix = pair;
-      bool known = true;
-      while (known && s.at != last) {
+      uint16_t *place = nullptr;
+      while (place == nullptr && s.at != last) {
         byte = *s.at++;
-        const uint32_t code = lists.find(s.prefix, byte);
-        known = code != 0;
-        if (known) s.prefix = code;
+        uint16_t *code = lists.find(s.prefix, byte);
+        if (*code == 0) {
+          place = code;
+        } else {
+          s.prefix = *code;
+        }
       }
-      if (known) break;  // the bytes end within a known string
-      lists.add(s.prefix, byte, s.next);
+      if (place == nullptr) break;  // the bytes end within a known string
+      lists.add(place, byte, s.next);
     }
     lists.make(s.next);
     cleared = writePrefix(s, byte);
@@ -178,7 +181,7 @@ uint32_t codeAllButLast(Stream &s, std::span<const uint8_t> strip, LzwMemory &me
     } else {
       auto &lists = tableIn<StringLists>(memory.lists);
       cleared = codeWithLists(s, lists, last);
-      known = s.prefix < 256 ? lists.pairs[s.prefix][*last] : lists.find(s.prefix, *last);
+      known = s.prefix < 256 ? lists.pairs[s.prefix][*last] : *lists.find(s.prefix, *last);
       lists.clear();
     }
     if (!cleared) return known;

@@ -18,8 +18,8 @@ struct PlacesMade {
 };
 
 // For pictures that repeat little: most strings are two or three bytes long. Those of two have a place for
-// every pair. Longer ones are in lists of what extends the same string: one list for each value of the
-// last byte's low bits, so that hardly any holds more than one.
+// every pair. Longer ones are in lists of what extends the same string, oldest first: one list for each
+// value of the last byte's low bits, so that hardly any holds more than one.
 struct StringLists {
   static constexpr uint32_t kLists = 8;
 
@@ -29,20 +29,20 @@ struct StringLists {
   uint8_t last[4096];            // byte of a code's string
   PlacesMade pairsMade;
 
-  // The code of the string `prefix` and `byte`, not a pair; 0 when there is none.
-  uint32_t find(uint32_t prefix, uint32_t byte) const {
-    uint32_t code = first[prefix][byte % kLists];
-    while (last[code] != byte && code != 0) code = next[code];
+  // Where the code of the string `prefix` and `byte`, not a pair, is or belongs.
+  uint16_t *find(uint32_t prefix, uint32_t byte) {
+    uint16_t *code = &first[prefix][byte % kLists];
+    while (last[*code] != byte && *code != 0) code = &next[*code];
     return code;
+  }
+  // In a place that find() gave and that is free.
+  void add(uint16_t *place, uint32_t byte, uint32_t code) {
+    *place = static_cast<uint16_t>(code);
+    next[code] = 0;
+    last[code] = static_cast<uint8_t>(byte);
   }
   // A new code, which nothing extends yet.
   void make(uint32_t code) { std::memset(first[code], 0, sizeof first[code]); }
-  void add(uint32_t prefix, uint32_t byte, uint32_t code) {
-    uint16_t &list = first[prefix][byte % kLists];
-    next[code] = list;
-    last[code] = static_cast<uint8_t>(byte);
-    list = static_cast<uint16_t>(code);
-  }
   void clear() {
     for (uint32_t i = 0; i < pairsMade.count; ++i) {
       pairs[pairsMade.places[i] >> 8][pairsMade.places[i] & 0xFF] = 0;

@@ -187,6 +187,18 @@ TEST_F(Memory, GrowthEndsAtTwoGigabytes) {
   }
 }
 
+// From 2^31 on the number is a negative one, and the block does not grow.
+TEST_F(Memory, NegativeGrowthIsNone) {
+  for (const uint32_t grow : {0x80000000u, 0xFFFFFFFFu}) {
+    hold("");
+    const Handle h = open(KVL_OUTPUT, 0, grow);
+    EXPECT_EQ(record(h).nGrow, static_cast<int32_t>(grow));
+    EXPECT_EQ(kvlWrite(h, "1", 1), -1);
+    EXPECT_EQ(size(), 0u);
+    kvlClose(h);
+  }
+}
+
 TEST_F(Memory, ReadingStreamsStayInsideTheirData) {
   hold("abcdef");
   const Handle h = open(KVL_READ, 6, 0);

@@ -1,5 +1,7 @@
 // Coding single pieces: which coder, how many writes, what counts as failed, and what is counted.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "support/temp_dir.h"
 #include "tiff/hex.h"
@@ -121,13 +123,46 @@ TEST_F(Compression, PackBitsStopsAtThePieceThatFailed) {
   EXPECT_EQ(state.nStripBytes, 4u);
 }
 
+// In a block that cannot grow as well: the piece that did not fit counts, and the ones after it do not. 300
+// bytes that all differ from their neighbours are pieces of 128, 128 and 47.
+TEST_F(Compression, PackBitsInMemoryStopsAtThePieceThatFailed) {
+  Bytes row;
+  for (size_t i = 0; i < 300; ++i) row.push_back(static_cast<uint8_t>(i));
+  const std::vector<std::pair<uint32_t, uint32_t>> counts = {
+      {0, 128}, {10, 128}, {127, 128}, {128, 256}, {140, 256}, {255, 256}, {256, 303}, {302, 303}};
+  for (const auto &[room, counted] : counts) {
+    const support::MemoryOutput memory(room);
+    state = {};
+    state.nCompression = kPackBits;
+    state.hTiffFile = memory.file;
+    EXPECT_EQ(CompressAndWrite(&state, row.data(), 300, 0, 0), 303) << room;
+    EXPECT_EQ(state.nStripBytes, counted) << room;
+  }
+}
+
 // No row at all makes no codes, and a write of nothing answers 0: less than 1, but all of it.
 TEST_F(Compression, FaxRowsOfNoPixels) {
   EXPECT_EQ(code(kHuffman, {}, 0), 303);
   EXPECT_EQ(code(kT6, {}, 0, 0), 0);
   EXPECT_EQ(code(kT6, {0xFF}, 8, 0), 0);
   EXPECT_TRUE(out.bytes().empty());
+  EXPECT_EQ(out.host.log(), "write 0 x 3\n");  // a host may answer as it likes
 }
+
+#if !defined(__SANITIZE_ADDRESS__)
+// No rows take no memory, however wide they are.
+TEST_F(Compression, WideRowsThatAreNoneTakeNoMemory) {
+  const auto run = [] {
+    const rlimit limit{512 << 20, 512 << 20};
+    setrlimit(RLIMIT_AS, &limit);
+    TiffWriterState wide{};
+    wide.nCompression = kT6;
+    const uint8_t byte = 0;
+    _exit(CompressAndWrite(&wide, &byte, 1, 0xFFFFFFFF, 0));
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+#endif
 
 TEST_F(Compression, MoreRowsOrPixelsThanBytesIs300) {
   EXPECT_EQ(code(kHuffman, {0xFF}, 9), 300);

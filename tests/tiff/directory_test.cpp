@@ -217,6 +217,18 @@ TEST(Directory, WidthAndLengthAreCutToSixteenBits) {
   EXPECT_EQ(support::slice(out.bytes(), 0x2A, 4), hex("00 00 00 00"));
 }
 
+// A palette far into a file lies where no 16 bits could tell.
+TEST(Directory, ColorMapMayLiePast65535) {
+  support::HostOutput out;
+  const Bytes before(70000);
+  kvlWrite(out.file, before.data(), 70000);
+  TiffWriterState state = oneStrip(out.file);
+  state.nBitsPerSample = 4;
+  state.nPhotometric = 3;
+  writeFront(state);
+  EXPECT_EQ(support::slice(out.bytes(), 70000 + 0xA6, 12), hex("40 01 03 00  30 00 00 00  26 12 01 00"));
+}
+
 TEST(Directory, ResolutionsAreSignExtended) {
   support::HostOutput out;
   TiffWriterState state = oneStrip(out.file);

@@ -110,6 +110,24 @@ INSTANTIATE_TEST_SUITE_P(
                     Job{"tiles", support::kBilevel, support::kT6Mode, support::kTiles, 600, 130}),
     [](const auto &job) { return job.param.name; });
 
+// A block of every size up to the file's. What does not fit in front of the pixels is not reported, but
+// then no pixels fit either.
+TEST_P(FailingOutput, AMemoryBlockThatIsTooShortIs303) {
+  const Job &job = GetParam();
+  InUse use(job.mode, job.compression, job.layout);
+  support::HostOutput whole;
+  const Pixels pixels(picture.pixels);
+  ASSERT_EQ(support::writePicture(whole.file, picture, pixels.handle()), 0);
+  const size_t stride = std::max<size_t>(1, 10 / support::cases(10));
+  for (size_t room = 0; room <= whole.bytes().size() + 2; room += stride) {
+    const support::MemoryOutput out(room);
+    const Pixels again(picture.pixels);
+    EXPECT_EQ(support::writePicture(out.file, picture, again.handle()),
+              room < whole.bytes().size() ? 303 : 0)
+        << room;
+  }
+}
+
 // The strip that failed still gets the count of what was produced for it, and the ones after it
 // nothing.
 TEST(FailingStrips, TheFailedStripKeepsItsCount) {

@@ -49,6 +49,9 @@ TEST(FaxStripes, EveryPeriod) {
       ASSERT_NO_FATAL_FAILURE(check(reference::stripes(width, 3, period), period % 2 == 0)) << period;
     }
   }
+  for (size_t period = 201; period <= 3000; period += 9 * step) {
+    ASSERT_NO_FATAL_FAILURE(check(reference::stripes(3000, 2, period), period % 2 == 0)) << period;
+  }
 }
 
 // Rows that differ from each other in one place, at every place of two 64-pixel words.

@@ -61,37 +61,47 @@ Bytes packLzw(std::span<const LzwCode> codes) {
   return out;
 }
 
+// A string is where it stands in the output and how long it is: a new one is the string before it and the
+// byte after that, which follow each other there.
 Bytes unpackLzw(std::span<const uint8_t> codes, size_t length) {
+  struct String {
+    size_t begin;
+    size_t size;
+  };
   Bytes out;
-  std::vector<Bytes> strings;
+  std::vector<String> strings;  // from code 258 on
   uint32_t width = 9;
   size_t bit = 0;
+  bool cleared = false;
   bool afterClear = false;
-  Bytes previous;
+  String previous{0, 0};
   while (bit + width <= codes.size() * 8) {
     uint32_t code = 0;
     for (uint32_t i = 0; i < width; ++i, ++bit) code = code * 2 + (codes[bit / 8] >> (7 - bit % 8) & 1);
     if (code == 256) {
-      strings.resize(258);
-      for (size_t i = 0; i < 256; ++i) strings[i] = {static_cast<uint8_t>(i)};
+      strings.clear();
       width = 9;
-      afterClear = true;
+      cleared = afterClear = true;
       continue;
     }
-    if (code == 257 || out.size() >= length || strings.empty()) break;
-    if (afterClear) {
-      if (code > 255) break;
-      previous = strings[code];
-      afterClear = false;
-    } else {
-      if (code > strings.size() || strings.size() == 4096) break;
-      Bytes added = previous;
-      added.push_back(code < strings.size() ? strings[code][0] : previous[0]);
-      strings.push_back(added);
-      previous = strings[code];
+    if (code == 257 || out.size() >= length || !cleared) break;
+    if (afterClear && code > 255) break;
+    if (!afterClear) {
+      if (code > 258 + strings.size() || strings.size() == 4096 - 258) break;
+      strings.push_back({previous.begin, previous.size + 1});
     }
-    out.insert(out.end(), previous.begin(), previous.end());
-    if (strings.size() == 511 || strings.size() == 1023 || strings.size() == 2047) ++width;
+    afterClear = false;
+    const size_t begin = out.size();
+    if (code < 256) {
+      out.push_back(static_cast<uint8_t>(code));
+      previous = {begin, 1};
+    } else {
+      const String &string = strings[code - 258];
+      for (size_t i = 0; i < string.size; ++i) out.push_back(out[string.begin + i]);
+      previous = {begin, string.size};
+    }
+    const size_t known = 258 + strings.size();
+    if (known == 511 || known == 1023 || known == 2047) ++width;
   }
   return out;
 }

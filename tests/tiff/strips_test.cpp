@@ -251,4 +251,27 @@ TEST(Strips, TiledT4StillWritesItsEols) {
   EndCellBitmap(out.file, descriptor);
 }
 
+// Fax codes take bits as they come, also where a pixel has more of them: of each row its first `width`
+// bits, in T.6 strips rows of that many bits one after the other.
+TEST(Strips, FaxCodesOfDeeperPixels) {
+  for (const int32_t mode : {support::kColors16, support::kColors256, support::kRgb24}) {
+    support::Picture picture{8, 8, support::depthOfMode(mode), {}, Bytes(768)};
+    Bytes row(picture.stride(), 0xFF);
+    row[1] = 0;
+    for (int i = 0; i < 8; ++i) picture.pixels.insert(picture.pixels.end(), row.begin(), row.end());
+    const auto end = [&](int32_t compression, size_t count) {
+      support::InUse use(mode, compression);
+      support::HostOutput out;
+      const support::Pixels pixels(picture.pixels);
+      EXPECT_EQ(support::writePicture(out.file, picture, pixels.handle()), 0);
+      return support::slice(out.bytes(), out.bytes().size() - count, count);
+    };
+    // White 8 is 10011, and a row ends with its byte. Four strips of two rows.
+    EXPECT_EQ(end(support::kHuffmanMode, 8), Bytes(8, 0x98)) << mode;
+    EXPECT_EQ(end(support::kT4Mode, 18), hex("00 01  98 00 01  98 00 01  00 01 00 01 00 01 00 01 00 01"));
+    // FF, then 00: V0, and horizontal with white 0 and black 8: 1 001 00110101 000101.
+    EXPECT_EQ(end(support::kT6Mode, 12), hex("93 51 40  93 51 40  93 51 40  93 51 40")) << mode;
+  }
+}
+
 }  // namespace

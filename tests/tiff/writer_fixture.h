@@ -98,6 +98,28 @@ class HostOutput {
   Handle file = 0;
 };
 
+// A stream into a block that does not grow.
+class MemoryOutput {
+ public:
+  explicit MemoryOutput(size_t room) : data_(GlobalLock(GlobalAlloc(66, static_cast<uint32_t>(room)))) {
+    KvlStreamDesc descriptor{};
+    descriptor.lpMemVar = reinterpret_cast<HostWord>(&data_);
+    descriptor.dwLength = static_cast<uint32_t>(room);
+    file = kvlOpen("", &descriptor, KVL_OUTPUT);
+  }
+  ~MemoryOutput() {
+    kvlClose(file);
+    GlobalFree(GlobalHandle(data_));
+  }
+  MemoryOutput(const MemoryOutput &) = delete;
+  MemoryOutput &operator=(const MemoryOutput &) = delete;
+
+  Handle file = 0;
+
+ private:
+  void *data_;  // closing may move the block
+};
+
 // A picture in the bitmap's own form: bottom row first, rows padded to 4 bytes.
 struct Picture {
   uint32_t width = 0;
