@@ -9,8 +9,9 @@
 // Failures are return values only. They are sticky: once a call on a file or a memory block has
 // failed, nError is -1, and a write that would need a flush answers 0 without trying.
 //
-// What a null handle, a null buffer and a negative count give is 0 bytes, and -1 where a call has no
-// count to return.
+// A null buffer and a negative count move 0 bytes, and so does a null handle. Calls that move none by
+// themselves answer a null handle with -1, and so do kvlReadLine, FillKvlIOBuf and FlushKvlIO; those that
+// only set or tell a format answer 0.
 #ifndef RAXEL_STREAM_H
 #define RAXEL_STREAM_H
 
@@ -35,7 +36,8 @@ RAXEL_BEGIN
 typedef struct KvlStreamDesc {
   HostWord lpMemVar;  // address of a variable with a locked block's address, or the procedure's context
   HostWord dwLength;  // bytes in that block
-  HostWord dwGrow;    // bytes added each time the block fills
+  HostWord dwGrow;    // bytes added each time the block fills, 32 bits with a sign; it does not grow by
+                      // writing when this is 0, and not at all when it is negative
   HostWord fpOpen;    // an already open FILE *
   HostWord lpfnProc;  // a StreamProc
   HostWord dwToken;   // the procedure's token, for KVL_ATTACH

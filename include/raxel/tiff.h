@@ -97,16 +97,19 @@ RAXEL_EXPORT int32_t WriteTiffDir(TiffWriterState *state);
 //   bitsPerPixel   out: 1, 4, 8 or 24; left alone for a bitmap mode that does not exist
 //   resolution     in: the picture's dots per inch, 0 for none; out: the output's; may be null
 //   colourSpace, flags  neither read nor written
-// Returns 0.
+// Returns 0. Does nothing without a width, a height or a record in use.
 RAXEL_EXPORT int32_t QueryCellFormat(double *width, double *height, uint16_t *bitsPerPixel,
                                      uint32_t *resolution, uint16_t *colourSpace, void *flags);
 
 // Begins a picture: settles the state from the record's modes, writes header and directory, and for an
 // uncompressed picture its one strip's position and length.
+//   file           the output stream: everything from the header on goes there
+//   width, height  of the whole picture, in pixels
+//   bitsPerPixel   of the bitmap: 1, 4, 8 or 24
 //   palette        2 to the power of bitsPerPixel entries, borrowed for the call; null reads as black
 //   descriptorOut  receives a block of 265 bytes that WriteCellBits and EndCellBitmap take
 // Returns -1, every bit set: rows stand from bottom to top, and the first band is the one with the
-// highest rows. Returns 0 when no record is in use or there is no descriptor.
+// highest rows. Returns 0 when no record is in use, and without descriptorOut or memory for it.
 RAXEL_EXPORT int32_t BeginCellBitmap(Handle file, uint32_t width, uint32_t height, uint16_t bitsPerPixel,
                                      const uint8_t *palette, Handle *descriptorOut);
 
@@ -114,11 +117,15 @@ RAXEL_EXPORT int32_t BeginCellBitmap(Handle file, uint32_t width, uint32_t heigh
 // rows, or of up to 128 rows when tiled. Works in the host's own block: 24-bit pixels end up red first,
 // a bilevel bitmap whose palette begins with white ends up inverted, and remapped indices have moved
 // one byte towards the start.
-//   bitmap      the band's block, borrowed; bytes it lacks read as 0
-//   reserved    not used
-//   descriptor  what BeginCellBitmap made; its count of strips goes on from band to band
-// Returns 0; 300 for a missing block, a width of 0 or a size that fits in no block; 303 when pixels
-// could not be written.
+//   file          takes uncompressed rows; codes and patches go to the stream of BeginCellBitmap
+//   bitmap        the band's block, borrowed; bytes it lacks read as 0
+//   width, rows   of the band, in pixels
+//   bitsPerPixel  of the bitmap
+//   reserved      not used
+//   descriptor    what BeginCellBitmap made; its count of strips goes on from band to band
+// Returns 0, also for no rows; 300 for a missing block or record in use, a handle that is no
+// descriptor, a width or depth of 0 or a size that fits in no block; 303 when pixels could not be
+// written.
 RAXEL_EXPORT int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
                                    uint16_t bitsPerPixel, int32_t reserved, Handle descriptor);
 
@@ -128,7 +135,7 @@ RAXEL_EXPORT int32_t EndCellBitmap(Handle file, Handle descriptor);
 // --- Their parts ---------------------------------------------------------------------------------
 
 // Fits a picture's proportions into the record's size: result[0] by result[1] inches, one side kept,
-// whole pixels taken off the other.
+// whole pixels taken off the other. Does nothing without a record in use.
 RAXEL_EXPORT void RasterAdjustAspect(double *result, double pictureWidth, double pictureHeight);
 
 // Scales a size in inches down so that its longer side is at most 22.0.
@@ -153,7 +160,7 @@ RAXEL_EXPORT void GetTileFromStrip(uint8_t *tile, const uint8_t *chunk, uint32_t
 
 // Writes the current position, or `count`, into the directory as that of strip or tile k (from 1), and
 // goes back to the current position. Does nothing when there is a single row of strips or tiles and k
-// is not 1. Returns 0.
+// is not 1, or no record is in use. Returns 0.
 RAXEL_EXPORT int32_t SetStripOrTileOffset(uint32_t k);
 RAXEL_EXPORT int32_t SetStripOrTileByteCount(uint32_t k, uint32_t count);
 
@@ -166,7 +173,8 @@ RAXEL_EXPORT void tifFlipMonochromeBits(uint8_t *bits, uint32_t stride, uint32_t
 //              of packed rows for LZW and T.6
 //   width      pixels of a row; used by the fax codes
 //   rows       used by T.6
-// Returns 0; 300 when there is no memory, or data for fewer pixels than asked for; 303 when the write
+// Returns 0; 300 without a state or data, when there is no memory, or data for fewer pixels than asked
+// for; 303 when the write
 // failed or nCompression is none of 2, 3, 4, 5 and 32773. "Failed" means less than everything for
 // PackBits and T.6, and nothing at all for the others.
 RAXEL_EXPORT int32_t CompressAndWrite(TiffWriterState *state, const uint8_t *data, uint32_t byteCount,

@@ -32,8 +32,8 @@ constexpr uint64_t rowStride(uint32_t width, uint16_t bitsPerPixel) {
   return (rowBytes(width, bitsPerPixel) + 3) & ~uint64_t{3};
 }
 
-// Rows of a strip: a quarter of the rows, so that a picture makes four strips, or five with a short
-// last one. Fewer than 4 rows make strips of one row.
+// Rows of a strip: a quarter of the rows, rounded down. Large pictures make four strips, or five with a
+// short last one; 7 rows make seven. Fewer than 4 rows make strips of one row.
 constexpr uint32_t stripRows(uint32_t rows) {
   return rows < 4 ? 1 : rows / 4;
 }

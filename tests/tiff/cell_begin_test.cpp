@@ -68,12 +68,12 @@ TEST(BeginCellBitmap, SettlesTheCompressions) {
   }
 }
 
-// Quarters of the height, rounded down, make four strips or five.
-TEST(BeginCellBitmap, CodedPicturesHaveFourOrFiveStrips) {
+TEST(BeginCellBitmap, StripsOfCodedPicturesAreQuartersRoundedDown) {
   const struct {
     uint32_t height, rows, strips;
   } rows[] = {{100, 25, 4},
               {101, 25, 5},
+              {11, 2, 6},
               {8, 2, 4},
               {7, 1, 7},
               {5, 1, 5},
