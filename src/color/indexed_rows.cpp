@@ -100,13 +100,6 @@ void unpack(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t 
   if (whole < n) std::memcpy(to + whole, rows.unpacked[from[whole / perByte]], n - whole);
 }
 
-// From 1 to 4 bits a source byte becomes four.
-void convertBitsToNibbles(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t width) {
-  const uint32_t whole = width / 8;
-  for (size_t i = 0; i < whole; ++i) std::memcpy(to + 4 * i, rows.nibbles[from[i]], 4);
-  if (width % 8 != 0) packNibbles(rows.unpacked[from[whole]], width % 8, to + size_t{4} * whole);
-}
-
 // Pixels of 3 bytes are stored 4 at a time where the next one still follows.
 void putPixels24(const IndexedRows &rows, const uint8_t *indexes, uint8_t *to, uint32_t n) {
   for (uint32_t x = 0; x + 1 < n; ++x) std::memcpy(to + size_t{3} * x, rows.pixel[indexes[x]], 4);
@@ -165,7 +158,9 @@ void deepen(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t 
 
 void convertIndexedRow(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t width) {
   if (rows.sourceDepth == rows.depth) return convertSame(rows, from, to, width);
-  if (rows.sourceDepth == 1 && rows.depth == 4) return convertBitsToNibbles(rows, from, to, width);
+  if (rows.depth == 4 && rows.sourceDepth == 1) {
+    return kernels().bitsToNibbles(rows.nibbles, from, to, width);
+  }
   if (rows.depth == 4) return kernels().bytesToNibbles(rows.index, from, to, width);
   if (rows.depth == 1 && rows.sourceDepth == 8) return kernels().bytesToBits(rows.index, from, to, width);
   if (rows.depth == 1) return kernels().nibblesToBits(rows.pairs, from, to, width);

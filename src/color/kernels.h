@@ -22,10 +22,11 @@ struct Kernels {
   // Plans how rows move; see move_plan.h. May leave out columns from the right, or all.
   void (*planMove)(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth);
 
-  // Rows of indexes become rows of fewer bits a pixel; see lookup.h.
+  // Rows of indexes become rows of pixels of less than a byte; see lookup.h.
   void (*bytesToNibbles)(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n);
   void (*bytesToBits)(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n);
   void (*nibblesToBits)(const uint8_t *pairs, const uint8_t *from, uint8_t *to, size_t n);
+  void (*bitsToNibbles)(const uint8_t (*nibbles)[4], const uint8_t *from, uint8_t *to, size_t n);
 
   // Pixels of one, three and four bytes are exchanged; see mirror.h.
   void (*mirrorBytes)(uint8_t *left, uint8_t *right, size_t n);

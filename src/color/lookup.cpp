@@ -1,5 +1,7 @@
 #include "color/lookup.h"
 
+#include <cstring>
+
 namespace color {
 
 void bytesToNibblesPlain(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n) {
@@ -26,6 +28,13 @@ void nibblesToBitsPlain(const uint8_t *pairs, const uint8_t *from, uint8_t *to, 
   uint32_t last = 0;
   for (uint32_t k = 0; k < n; k += 2) last |= uint32_t{pairs[from[k / 2]]} << (6 - k);
   if (n != 0) *to = static_cast<uint8_t>(last & ~(0xFFu >> n));
+}
+
+void bitsToNibblesPlain(const uint8_t (*nibbles)[4], const uint8_t *from, uint8_t *to, size_t n) {
+  for (; n >= 8; n -= 8, to += 4) std::memcpy(to, nibbles[*from++], 4);
+  if (n == 0) return;
+  std::memcpy(to, nibbles[*from], (n + 1) / 2);
+  if (n % 2 != 0) to[n / 2] &= 0xF0;
 }
 
 }  // namespace color

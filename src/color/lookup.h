@@ -1,4 +1,4 @@
-// Rows of indexes brought to fewer bits a pixel by a table that holds what each index becomes.
+// Rows of indexes brought to pixels of less than a byte by a table that holds what each index becomes.
 //
 // n is the number of pixels; what is left of the last byte written becomes 0.
 #pragma once
@@ -17,12 +17,16 @@ void bytesToBitsPlain(const uint8_t *values, const uint8_t *from, uint8_t *to, s
 // pairs: what the two pixels of each byte become, the left one in bit 1, the right one in bit 0.
 void nibblesToBitsPlain(const uint8_t *pairs, const uint8_t *from, uint8_t *to, size_t n);
 
+// nibbles: what the eight pixels of each byte become.
+void bitsToNibblesPlain(const uint8_t (*nibbles)[4], const uint8_t *from, uint8_t *to, size_t n);
+
 #if defined(RAXEL_HAS_AVX512)
 
-// The same, 64 bytes of the source at a time.
+// The same, 64 bytes at a time: of the source, or of what it becomes where that is more.
 void bytesToNibblesAvx512(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n);
 void bytesToBitsAvx512(const uint8_t *values, const uint8_t *from, uint8_t *to, size_t n);
 void nibblesToBitsAvx512(const uint8_t *pairs, const uint8_t *from, uint8_t *to, size_t n);
+void bitsToNibblesAvx512(const uint8_t (*nibbles)[4], const uint8_t *from, uint8_t *to, size_t n);
 
 #endif
 

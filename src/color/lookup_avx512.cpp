@@ -68,6 +68,25 @@ RAXEL_AVX512 void nibblesToBitsAvx512(const uint8_t *pairs, const uint8_t *from,
   nibblesToBitsPlain(pairs, from, to, n);
 }
 
+RAXEL_AVX512 void bitsToNibblesAvx512(const uint8_t (*nibbles)[4], const uint8_t *from, uint8_t *to,
+                                      size_t n) {
+  // Two pixels become a byte: the last of the four that a byte of only these two becomes.
+  const __m512i table = _mm512_set1_epi32(nibbles[0][3] | nibbles[1][3] << 8 | nibbles[2][3] << 16 |
+                                          static_cast<int32_t>(uint32_t{nibbles[3][3]} << 24));
+  // Eight bytes come from two of the source, and each from two bits of those.
+  const __m512i bytes = _mm512_set_epi64(0x0F0E, 0x0D0C, 0x0B0A, 0x0908, 0x0706, 0x0504, 0x0302, 0x0100);
+  const __m512i places = _mm512_set1_epi64(0x080A0C0E00020406);
+  const __m512i low = _mm512_set1_epi8(3);
+  for (; n >= 128; n -= 128, from += 16, to += 64) {
+    const __m512i sixteen =
+        spread(_mm_loadu_si128(static_cast<const __m128i_u *>(static_cast<const void *>(from))));
+    const __m512i twos =
+        _mm512_maskz_multishift_epi64_epi8(~__mmask64{0}, places, _mm512_shuffle_epi8(sixteen, bytes));
+    _mm512_storeu_si512(to, _mm512_shuffle_epi8(table, twos & low));
+  }
+  bitsToNibblesPlain(nibbles, from, to, n);
+}
+
 }  // namespace color
 
 #endif

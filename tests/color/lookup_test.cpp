@@ -29,8 +29,8 @@ Bytes valuesBelow(support::Random &random, unsigned limit) {
 }
 
 // Looks every pixel up by itself and compares, at every level; both rows end with their memory.
-template <class Form>
-void expectPacked(size_t n, const Bytes &from, const uint8_t *table, const Bytes &pixels, size_t bits,
+template <class Table, class Form>
+void expectPacked(size_t n, const Bytes &from, const Table *table, const Bytes &pixels, size_t bits,
                   Form color::Kernels::*form) {
   const Bytes expected = packed(pixels, bits);
   const support::PageEnd source(from);
@@ -77,6 +77,25 @@ TEST(Lookup, PacksNibblesIntoBits) {
     for (size_t i = 0; i < n; ++i)
       pixels.push_back(values[i % 2 == 0 ? from[i / 2] >> 4 : from[i / 2] & 15]);
     expectPacked(n, from, pairs.data(), pixels, 1, &color::Kernels::nibblesToBits);
+  }
+}
+
+TEST(Lookup, PacksBitsIntoNibbles) {
+  support::Random random(134);
+  for (size_t n = 0; n < support::cases(600); ++n) {
+    const uint8_t values[] = {static_cast<uint8_t>(random.byte() % 16),
+                              static_cast<uint8_t>(random.byte() % 16)};
+    const auto pixelOf = [&](unsigned byte, size_t k) { return values[byte >> (7 - k) & 1]; };
+    uint8_t nibbles[256][4];
+    for (unsigned byte = 0; byte < 256; ++byte) {
+      for (size_t k = 0; k < 4; ++k) {
+        nibbles[byte][k] = static_cast<uint8_t>(pixelOf(byte, 2 * k) << 4 | pixelOf(byte, 2 * k + 1));
+      }
+    }
+    const Bytes from = random.bytes((n + 7) / 8);
+    Bytes pixels;
+    for (size_t i = 0; i < n; ++i) pixels.push_back(pixelOf(from[i / 8], i % 8));
+    expectPacked(n, from, nibbles, pixels, 4, &color::Kernels::bitsToNibbles);
   }
 }
 
