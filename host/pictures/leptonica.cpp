@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "check/directory.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -74,6 +75,7 @@ void readWithLeptonica(std::span<const uint8_t> bytes, const Background &backgro
     throw Unreadable(out.format.empty() ? "is no picture in a known format"
                                         : "is damaged, or of an unknown kind");
   }
+  if (out.format == "TIFF" && readDirectory(bytes).next != 0) out.notes.push_back(kFurtherPictures);
   l_int32 width = 0, height = 0, depth = 0, dpiX = 0, dpiY = 0;
   lept->pixGetDimensions(pix.get(), &width, &height, &depth);
   lept->pixGetResolution(pix.get(), &dpiX, &dpiY);

@@ -56,6 +56,10 @@ constexpr uint8_t blend(unsigned over, unsigned under, unsigned opacity) {
   return static_cast<uint8_t>((over * opacity + under * (255 - opacity) + 127) / 255);
 }
 
+// What to note of a file with several pictures.
+inline constexpr const char *kFurtherPictures =
+    "only the first picture of the file is taken; others follow it";
+
 // 16 bits to 8, rounded.
 constexpr uint8_t narrow(unsigned v) {
   return static_cast<uint8_t>((v * 255 + 32767) / 65535);

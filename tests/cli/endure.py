@@ -32,6 +32,14 @@ class Endurance:
         with open(self.grey, "wb") as out:
             out.write(b"P5\n1024 1024\n255\n" + random.Random(2).randbytes(SIZE))
 
+
+    def big(self, name):
+        """A picture that takes its time."""
+        path = os.path.join(self.folder, name)
+        with open(path, "wb") as out:
+            out.write(b"P6\n3000 2000\n255\n" + random.Random(4).randbytes(3000) * 6000)
+        return path
+
     def check(self, what, fine):
         if fine:
             self.passed += 1
@@ -81,9 +89,7 @@ class Endurance:
 
     def interrupts(self):
         """Ctrl-C ends an export within 100 ms and leaves nothing behind."""
-        big = os.path.join(self.folder, "big.ppm")
-        with open(big, "wb") as out:
-            out.write(b"P6\n3000 2000\n255\n" + random.Random(4).randbytes(3000) * 6000)
+        big = self.big("big.ppm")
         slowest = 0
         for number, delay in enumerate((0.01, 0.02, 0.04, 0.06, 0.08, 0.1, 0.15, 0.2, 0.25, 0.3)):
             self.put_old()
@@ -101,8 +107,23 @@ class Endurance:
             self.check("interrupt: the old file is gone", code == 0 or self.content() == self.old)
             self.check("interrupt: a temporary is left", not self.strays())
         self.check(f"interrupt: took {slowest:.3f} s", slowest < 0.1 * patience())
-        os.unlink(big)
         return f"interrupts took at most {slowest * 1000:.0f} ms"
+
+    def cuts(self):
+        """Somebody cuts the input short while it is read where it lies."""
+        noticed = 0
+        for delay in (0.02, 0.04, 0.08, 0.12, 0.16):
+            cut = self.big("cut.ppm")
+            self.put_old()
+            process = self.start(cut, self.target, "-m", "color256")
+            time.sleep(delay)
+            os.truncate(cut, 100)
+            code = process.wait()
+            noticed += code == 66
+            self.check(f"cut: exit code {code}", code in (66, 0))
+            self.check("cut: the old file is gone", code == 0 or self.content() == self.old)
+            self.check("cut: a temporary is left", not self.strays())
+        return f"{noticed} inputs cut short were noticed"
 
     def limits(self):
         """A limit on file sizes, at every 4 KiB of a file of 1 MB."""
@@ -176,7 +197,7 @@ def main():
     program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
     with tempfile.TemporaryDirectory(prefix="raxel-endure-") as folder:
         tried = Endurance(program, os.path.realpath(wanted.source), folder)
-        for step in (tried.kills, tried.interrupts, tried.limits, tried.full_disk):
+        for step in (tried.kills, tried.interrupts, tried.cuts, tried.limits, tried.full_disk):
             print(step())
     print(f"endure: {tried.passed} passed, {tried.failed} failed")
     return 1 if tried.failed else 0

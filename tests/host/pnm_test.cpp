@@ -30,6 +30,17 @@ using namespace std::string_literals;
 
 }  // namespace
 
+TEST(Pnm, SaysWhenFurtherPicturesFollow) {
+  const auto notesOf = [](const std::string &text) {
+    Picture picture;
+    read(text, picture);
+    return picture.notes.size();
+  };
+  EXPECT_EQ(notesOf("P5 1 1 255\nA"), 0u);
+  EXPECT_EQ(notesOf("P5 1 1 255\nA\n\n\n"), 0u);
+  EXPECT_EQ(notesOf("P5 1 1 255\nAP5 1 1 255\nB"), 1u);
+}
+
 TEST(Pnm, ReadsRawColoursWhereTheyLie) {
   const std::string file = "P6\n2 1\n255\nabcdef";
   Picture picture;
