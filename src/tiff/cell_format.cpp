@@ -97,8 +97,9 @@ void RasterAdjustAspect(double *result, double pictureWidth, double pictureHeigh
   if (lpRaster == nullptr || result == nullptr) return;
   const double xResolution = lpRaster->tiff.nXResolution;
   const double yResolution = lpRaster->tiff.nYResolution;
-  double width = std::trunc(xResolution * lpRaster->dWidth);
-  double height = std::trunc(yResolution * lpRaster->dHeight);
+  // Whole numbers have one zero: -0.0 would turn the sign of the box's proportions.
+  double width = std::trunc(xResolution * lpRaster->dWidth) + 0.0;
+  double height = std::trunc(yResolution * lpRaster->dHeight) + 0.0;
   const double box = width / height;
   const double picture = pictureWidth / pictureHeight;
   if (picture < box) {

@@ -208,6 +208,19 @@ TEST_F(CellFormat, AspectOfEmptyPictures) {
   EXPECT_TRUE(std::isnan(pair[0]));
 }
 
+// 480 pixels by a tenth of one, to either side of zero.
+TEST_F(CellFormat, APartOfANegativePixelIsZeroLikeAnyOther) {
+  use.setup.dWidth = 5.0;
+  use.setup.dHeight = 0.001;
+  for (const int16_t resolution : {int16_t{96}, int16_t{-96}}) {
+    use.setup.tiff.nYResolution = resolution;
+    double pair[2];
+    RasterAdjustAspect(pair, 7, 7);
+    EXPECT_EQ(pair[0], 0.0) << resolution;
+    EXPECT_EQ(pair[1], 0.0) << resolution;
+  }
+}
+
 TEST(ScaleImageSize, CapsTheLongerSideAt22Inches) {
   const auto scaled = [](double w, double h) {
     ScaleImageSize(&w, &h);
