@@ -35,7 +35,7 @@ constexpr uint32_t blueOf(PixelWord pixel) {
          255;
 }
 
-// Vectors go in and out by reference: how they are passed by value is not settled on every machine.
+// Vectors go in and out by reference: not every machine has one way to pass them by value.
 
 inline void joinPixels(PixelWord first, PixelWord second, Lanes &lanes) {
   const PixelWord both[2] = {first, second};

@@ -25,7 +25,7 @@ struct NearestSearch {
   uint16_t *cells = nullptr;  // for each fine cell the unit with its answers, 0 while it is not met
   uint16_t *lists = nullptr;  // for each coarse cell (16 x 16 x 16) the first unit of its list, or 0
   uint16_t *greys = nullptr;  // for each sum of channels the index of the nearest grey, plus 1, or 0
-  uint16_t *alike = nullptr;  // units by a hash of their answers
+  uint16_t *alike = nullptr;  // kAlikeSlots units by a hash of their answers
   uint8_t *units = nullptr;   // pieces of 64 bytes
   uint32_t unitsUsed = 0;
   uint32_t unitCount = 0;
@@ -37,6 +37,7 @@ struct NearestSearch {
 };
 
 constexpr uint32_t kUnitBytes = 64;
+constexpr uint32_t kAlikeSlots = 8192;
 
 // Prepares a search in a table.
 //   count   as a caller gives it: a signed number in 16 bits, cut at what the table holds
@@ -47,7 +48,8 @@ void startSearch(NearestSearch &search, std::span<const uint8_t> table, uint16_t
 void findNearest(NearestSearch &search, const uint8_t *pixels, int pixelBytes, uint8_t *indexes,
                  uint32_t n);
 
-// The answer for a colour whose cell has no unit yet; gives it one where there is room.
+// The answer for a colour whose cell has no unit yet; gives it one where there is room
+// (nearest_cells.cpp).
 uint8_t findUnmet(NearestSearch &search, uint32_t address);
 
 // What each channel of a colour adds to its address.
