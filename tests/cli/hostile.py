@@ -15,7 +15,7 @@ import tempfile
 
 from PIL import Image
 
-EACH = 60  # damaged pictures of a kind
+EACH = 200  # damaged pictures of a kind
 
 
 def kinds(source):
@@ -33,6 +33,7 @@ def kinds(source):
     save("table.png", photo.convert("P"), "PNG")
     save("bits.png", photo.convert("1"), "PNG")
     save("deep.png", photo.convert("I").point(lambda v: v * 200), "PNG")
+    save("levels.png", photo.convert("L").quantize(4), "PNG", bits=2)
     save("rgb.jpg", photo, "JPEG", quality=90)
     save("grey.jpg", photo.convert("L"), "JPEG", progressive=True)
     save("inks.jpg", photo.convert("CMYK"), "JPEG")
@@ -41,9 +42,11 @@ def kinds(source):
     save("rgb.tiff", photo, "TIFF", compression="tiff_lzw")
     save("fax.tiff", photo.convert("1"), "TIFF", compression="group4")
     save("rgb.webp", photo, "WEBP", lossless=True)
+    save("rgb.jp2", photo, "JPEG2000")
     save("rgb.ppm", photo, "PPM")
     save("grey.pgm", photo.convert("L"), "PPM")
     save("bits.pbm", photo.convert("1"), "PPM")
+    made["alpha.pam"] = b"P7\nWIDTH 61\nHEIGHT 40\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + photo.convert("RGBA").tobytes()
     made["plain.ppm"] = b"P3\n3 2\n255\n" + b"255 0 0  0 255 0  0 0 255  255 255 0  1 2 3  7 8 9\n"
     return made
 
@@ -72,12 +75,12 @@ def main():
     wanted = arguments.parse_args()
     program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
     rng = random.Random(5)
-    exported = refused = 0
+    exported = refused = looked_at = 0
     faults = []
     place = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
     with tempfile.TemporaryDirectory(prefix="raxel-hostile-", dir=place) as folder:
         for name, whole in kinds(os.path.realpath(wanted.source)).items():
-            inputs = []
+            inputs, inspected = [], []
             for i in range(EACH):
                 path = os.path.join(folder, f"{i}-{name}")
                 with open(path, "wb") as out:
@@ -101,6 +104,23 @@ def main():
                     faults.append(f"{result['input']}: exit {result['exit']}, and the output is {'' if there else 'not '}there")
                 if number == 0 and result["exit"] != 0:
                     faults.append(f"{name}, undamaged: {result.get('error')}")
+            # What was written is damaged in its turn, and inspected.
+            written = [os.path.join(target, entry) for entry in os.listdir(target)][:3]
+            for path in written:
+                with open(path, "rb") as file:
+                    whole_file = file.read()
+                for i in range(EACH // 10):
+                    inspected.append(f"{path}-{i}")
+                    with open(inspected[-1], "wb") as out:
+                        out.write(damage(whole_file, rng))
+            done = subprocess.run([program, "--json", "--inspect", *inspected], capture_output=True, timeout=120)
+            try:
+                codes = [result["exit"] for result in json.loads(done.stdout)["results"]]
+                if len(codes) != len(inspected) or not set(codes) <= {0, 66}:
+                    faults.append(f"{name}: inspections end with {set(codes)}")
+                looked_at += len(codes)
+            except ValueError as error:
+                faults.append(f"{name}: --inspect: {error}; {done.returncode}: {done.stderr[-300:]}")
             left = [entry for entry in os.listdir(target) if ".raxel-" in entry]
             if left:
                 faults.append(f"{name}: {left} are left behind")
@@ -110,7 +130,7 @@ def main():
             for path in inputs:
                 os.unlink(path)
     print(*(f"FAILED {fault}" for fault in faults), sep="\n", end="\n" if faults else "")
-    print(f"hostile: {exported} pictures exported, {refused} refused; {len(faults)} failed")
+    print(f"hostile: {exported} pictures exported, {refused} refused, {looked_at} files inspected; {len(faults)} failed")
     return 1 if faults else 0
 
 
