@@ -1,24 +1,12 @@
-// The draw procedure for host pixels: one band, the whole picture, converted in memory.
+// The band of host pixels: the whole picture, brought to the output's depth and size in memory.
 #include "entry/cell_data.h"
 
 #include <cstring>
 
-#include "entry/draw_protocol.h"
 #include "raxel/color.h"
 
 namespace entry {
 namespace {
-
-void query(const PictureRecord &picture, PictureFormat &format) {
-  format.dWidth = picture.dExtentX;
-  format.dHeight = picture.dExtentY;
-  format.nResolution = picture.nResolution;
-  if (format.nResolution != 0) {
-    format.dWidth /= format.nResolution;
-    format.dHeight /= format.nResolution;
-  }
-  format.nKind = kKindCellData;
-}
 
 struct Size {
   uint32_t width;
@@ -71,25 +59,6 @@ bool convert(const OffscreenRecord &record, const PictureRecord &picture, Workin
 
 }  // namespace
 }  // namespace entry
-
-HostWord DrawExportCellData(HostWord op, HostWord a, HostWord b, HostWord /*c*/) {
-  auto *record = reinterpret_cast<OffscreenRecord *>(a);
-  switch (op) {
-    case entry::kDrawQuery:
-      if (a != 0 && b != 0) {
-        entry::query(*reinterpret_cast<const PictureRecord *>(a), *reinterpret_cast<PictureFormat *>(b));
-      }
-      return 0;
-    case entry::kDrawOpen:
-      return CellDataOpen(record, reinterpret_cast<const HostWord *>(b));
-    case entry::kDrawClose:
-      return static_cast<HostWord>(CellDataClose(record));
-    case entry::kDrawBand:
-      return CellDataBand(record);
-    default:
-      return 0;
-  }
-}
 
 Handle CellDataBand(OffscreenRecord *record) {
   if (record == nullptr || record->lpPicture == nullptr || record->hBandCache == 0) return 0;
