@@ -185,7 +185,7 @@ void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uin
   // The bits beside the run in its last byte.
   uint8_t *last = out + (bits + 7) / 8 - 1;
   const uint8_t beside = static_cast<uint8_t>(bits % 8 != 0 ? 0xFFu >> (bits % 8) : 0);
-  const uint8_t kept = *last & beside;
+  const uint8_t kept = beside != 0 ? *last & beside : uint8_t{0};
   if (run.straight) {
     std::memcpy(out, source.data() + (uint64_t{run.first} + run.whole) * depth / 8,
                 static_cast<size_t>((bits + 7) / 8));

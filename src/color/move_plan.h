@@ -26,12 +26,11 @@ struct MovePlan {
   size_t (*move)(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) = nullptr;
   size_t columns = 0;  // 0 where rows are better moved pixel by pixel; then there is no function
   size_t groups = 0;
-  size_t bytes = 0;    // in all groups
-  size_t whole = 0;    // leading groups that are read and stored in full width, beyond their own bytes too
-  size_t reach = 0;    // bytes of the source that those read
-  size_t ahead = 0;    // how far from a stretch the memory lies that will be read soon
-  size_t indexes = 1;  // rows of `index` for each group
-  bool full = false;   // there was no more room for groups
+  size_t bytes = 0;   // in all groups
+  size_t whole = 0;   // leading groups that are read and stored in full width, beyond their own bytes too
+  size_t reach = 0;   // bytes of the source that those read
+  size_t ahead = 0;   // how far from a stretch the memory lies that will be read soon
+  bool full = false;  // there was no more room for groups
   Group group[kMostGroups];
   alignas(64) uint8_t index[kMostGroups][64];
 };

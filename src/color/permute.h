@@ -23,9 +23,9 @@ void planPermute(MovePlan &plan, std::span<const uint32_t> columns, int16_t dept
 //   bytes    index[i][k]: which byte of the stretch is byte k of the group
 //   nibbles  index[2 * i][k], index[2 * i + 1][k]: which byte of the stretch has the high, the low nibble
 //            of byte k; 64 more when that nibble is in its other half
-//   fields   of plan.indexes rows, the first takes eight bytes of the stretch for every eight bytes of the
-//            group, the second the place of a field of eight bits in those for each byte, and the others
-//            say which bits of it come from fields one, two and more places further on
+//   fields   of two rows and more: the first takes eight bytes of the stretch for every eight bytes of the
+//            group, the second has the place of a field of eight bits in those for each byte, and the
+//            others tell which bits of it come from fields one, two and more places further on
 //   bits     index[2 * i][8 * j + b]: byte b of the eight that byte j of the group is taken from;
 //            index[2 * i + 1][8 * j + b]: which of their bits is bit b of it
 // The numbers in the names are the bytes that a group of bytes or nibbles has at most, and those of the
@@ -36,9 +36,11 @@ size_t permuteBytes64(const MovePlan &plan, std::span<const uint8_t> source, uin
 size_t permuteNibbles16(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
 size_t permuteNibbles32(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
 size_t permuteNibbles64(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
-size_t permuteFields(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
 size_t permuteBits16(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
 size_t permuteBits64(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
+
+// For groups of fields, with two rows of indexes and more: as many as eight pixels can ask for.
+extern const decltype(MovePlan::move) kPermuteFields[8];
 
 #endif
 

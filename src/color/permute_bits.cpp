@@ -9,15 +9,17 @@ namespace color {
 
 namespace {
 
-// Every byte is put together from fields of eight bits, which begin one bit further left each.
+// Every byte is put together from fields of eight bits, which begin one bit further left each. The number
+// of index rows is a constant, so that the loop is none.
+template <size_t kIndexes>
 struct Fields {
   RAXEL_AVX512 static __m512i pick(const MovePlan &plan, size_t i, __m512i stretch) {
-    const uint8_t(*index)[64] = plan.index + i * plan.indexes;
+    const uint8_t(*index)[64] = plan.index + i * kIndexes;
     const __m512i one = _mm512_set1_epi8(1);
     const __m512i windows = permute(_mm512_load_si512(index[0]), stretch);
     __m512i place = _mm512_load_si512(index[1]);
     __m512i bits = field(place, windows);
-    for (size_t k = 2; k < plan.indexes; ++k) {
+    for (size_t k = 2; k < kIndexes; ++k) {
       place = _mm512_add_epi8(place, one);
       bits = _mm512_ternarylogic_epi64(_mm512_load_si512(index[k]), field(place, windows), bits, kChoose);
     }
@@ -73,9 +75,12 @@ RAXEL_AVX512 size_t permuteBits(const MovePlan &plan, std::span<const uint8_t> s
 
 }  // namespace
 
-size_t permuteFields(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {
-  return permuteGroups<Fields, 64>(plan, source, out);
-}
+const decltype(MovePlan::move) kPermuteFields[] = {
+    permuteGroups<Fields<2>, 64>, permuteGroups<Fields<3>, 64>, permuteGroups<Fields<4>, 64>,
+    permuteGroups<Fields<5>, 64>, permuteGroups<Fields<6>, 64>, permuteGroups<Fields<7>, 64>,
+    permuteGroups<Fields<8>, 64>, permuteGroups<Fields<9>, 64>,
+};
+
 size_t permuteBits16(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {
   return permuteBits<16>(plan, source, out);
 }

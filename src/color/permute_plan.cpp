@@ -79,7 +79,9 @@ void chooseMove(MovePlan &plan, const GroupShape &shape, size_t longest) {
   plan.move = shape.bits == 4 ? kNibbles[store] : kBytes[store];
   if (shape.bits == 1) {
     stored = shape.fields ? 64 : 8;
-    plan.move = shape.fields ? permuteFields : shape.stretch == 16 ? permuteBits16 : permuteBits64;
+    plan.move = shape.fields          ? kPermuteFields[shape.indexes - 2]
+                : shape.stretch == 16 ? permuteBits16
+                                      : permuteBits64;
   }
   plan.whole = 0;
   plan.reach = 0;
@@ -107,7 +109,6 @@ void planPermute(MovePlan &plan, std::span<const uint32_t> columns, int16_t dept
   plan.columns = 0;
   plan.groups = 0;
   plan.bytes = 0;
-  plan.indexes = shape.indexes;
   plan.full = false;
   size_t longest = 0;
   while (plan.columns < columns.size()) {

@@ -52,7 +52,7 @@ void shrink(std::span<const uint8_t> source, std::span<uint8_t> destination, int
   forEachRun({columnsFor(from.width, to.width), depth, from.width, to.width, to.height},
              [&](const ColumnRun &run) {
                for (uint32_t k = 0; k < to.height; ++k) {
-                 const auto y = static_cast<uint64_t>(k * ratio);
+                 const auto y = static_cast<uint64_t>(static_cast<int64_t>(k * ratio));
                  gather(run, rowAt(source, sourceLine, y), rowAt(destination, line, k));
                }
              });
@@ -67,8 +67,9 @@ void stretch(std::span<const uint8_t> source, std::span<uint8_t> destination, in
   const uint64_t line = bytesPerLine(to.width, depth);
   const double ratio = static_cast<double>(to.height) / from.height;
   // How many rows, from the bottom, the last t source rows fill.
-  const auto filledBy = [&](uint64_t t) {
-    return std::min<uint64_t>(static_cast<uint64_t>(static_cast<double>(t) * ratio), to.height);
+  const auto filledBy = [&](int64_t t) {
+    const auto rows = static_cast<int64_t>(static_cast<double>(t) * ratio);
+    return static_cast<uint64_t>(std::min<int64_t>(rows, to.height));
   };
   forEachRun({columnsFor(from.width, to.width), depth, from.width, to.width, to.height},
              [&](const ColumnRun &run) {
@@ -79,8 +80,8 @@ void stretch(std::span<const uint8_t> source, std::span<uint8_t> destination, in
                    last ? line - at : uint64_t{run.end} * static_cast<uint64_t>(depth) / 8;
                // From the top down, as memory is read ahead. Of equal rows the lowest is made first.
                uint64_t filled = filledBy(from.height);
-               for (uint64_t y = 0; y < from.height; ++y) {
-                 const uint64_t below = filledBy(from.height - 1 - y);
+               for (uint32_t y = 0; y < from.height; ++y) {
+                 const uint64_t below = filledBy(int64_t{from.height} - 1 - y);
                  if (below == filled) continue;
                  const std::span<uint8_t> bottom = rowAt(destination, line, to.height - below - 1);
                  gather(run, rowAt(source, sourceLine, y), bottom);
