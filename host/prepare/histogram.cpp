@@ -12,10 +12,29 @@ constexpr int kRounds = 3;  // further ones gain less than a hundredth of the er
 struct Sums {
   uint64_t red, green, blue;
   uint32_t count;
+
+  void add(const uint8_t *color, uint32_t pixels) {
+    red += uint64_t{color[0]} * pixels;
+    green += uint64_t{color[1]} * pixels;
+    blue += uint64_t{color[2]} * pixels;
+    count += pixels;
+  }
 };
 
 uint8_t mean(uint64_t sum, uint64_t count) {
   return static_cast<uint8_t>((sum + count / 2) / count);
+}
+
+// Those that are not empty.
+std::vector<ColorCount> means(std::span<const Sums> cubes) {
+  std::vector<ColorCount> found;
+  for (const Sums &cube : cubes) {
+    if (cube.count == 0) continue;
+    found.push_back(
+        {{mean(cube.red, cube.count), mean(cube.green, cube.count), mean(cube.blue, cube.count)},
+         cube.count});
+  }
+  return found;
 }
 
 }  // namespace
@@ -26,22 +45,18 @@ std::vector<ColorCount> histogramOf(const Source &source) {
   for (uint32_t y = 0; y < source.height(); ++y) {
     source.readColors(y, row.data());
     for (size_t i = 0; i < row.size(); i += 3) {
-      const unsigned red = row[i], green = row[i + 1], blue = row[i + 2];
-      Sums &cube = cubes[(red >> 2) << 12 | (green >> 2) << 6 | blue >> 2];
-      cube.red += red;
-      cube.green += green;
-      cube.blue += blue;
-      ++cube.count;
+      cubes[(row[i] >> 2) << 12 | (row[i + 1] >> 2) << 6 | row[i + 2] >> 2].add(&row[i], 1);
     }
   }
-  std::vector<ColorCount> found;
-  for (const Sums &cube : cubes) {
-    if (cube.count == 0) continue;
-    found.push_back(
-        {{mean(cube.red, cube.count), mean(cube.green, cube.count), mean(cube.blue, cube.count)},
-         cube.count});
+  return means(cubes);
+}
+
+std::vector<ColorCount> inLargerCubes(std::span<const ColorCount> histogram) {
+  std::vector<Sums> cubes(32 * 32 * 32);
+  for (const ColorCount &c : histogram) {
+    cubes[(c.mean[0] >> 3) << 10 | (c.mean[1] >> 3) << 5 | c.mean[2] >> 3].add(c.mean.data(), c.count);
   }
-  return found;
+  return means(cubes);
 }
 
 void refine(std::span<const ColorCount> histogram, std::span<Color> table) {

@@ -16,6 +16,8 @@ struct ColorCount {
 };
 
 std::vector<ColorCount> histogramOf(const Source &source);
+// The same in cubes of 8 by 8 by 8, an eighth of them for noise.
+std::vector<ColorCount> inLargerCubes(std::span<const ColorCount> histogram);
 
 // Moves each colour of the table to the mean of what it is nearest to, a few times over, so that the sum of
 // squares falls. A colour that nothing is nearest to stays where it is.

@@ -49,6 +49,17 @@ TEST(Histogram, CountsEveryPixelAndKeepsMeans) {
   EXPECT_EQ(found[1].mean, (Color{255, 255, 255}));
 }
 
+TEST(Histogram, LargerCubesKeepCountsAndMeans) {
+  const std::vector<prepare::ColorCount> fine{
+      {{0, 7, 9}, 1}, {{4, 3, 15}, 3}, {{8, 0, 8}, 2}, {{255, 250, 248}, 4000000000}};
+  const auto found = prepare::inLargerCubes(fine);
+  ASSERT_EQ(found.size(), 3u);
+  EXPECT_EQ(found[0].count, 4u);
+  EXPECT_EQ(found[0].mean, (Color{3, 4, 14}));  // 12 / 4, 16 / 4, 54 / 4 rounded up
+  EXPECT_EQ(found[1].count, 2u);
+  EXPECT_EQ(found[2].mean, (Color{255, 250, 248}));
+}
+
 TEST(Histogram, RefiningMovesColoursToTheMeanOfTheirPixels) {
   const std::vector<prepare::ColorCount> histogram{{{0, 0, 0}, 3}, {{8, 0, 0}, 1}, {{200, 200, 200}, 5}};
   std::vector<Color> table{{40, 0, 0}, {180, 180, 180}, {255, 0, 255}};
