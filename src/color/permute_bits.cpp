@@ -15,13 +15,12 @@ template <size_t kIndexes>
 struct Fields {
   RAXEL_AVX512 static __m512i pick(const MovePlan &plan, size_t i, __m512i stretch) {
     const uint8_t(*index)[64] = plan.index + i * kIndexes;
-    const __m512i one = _mm512_set1_epi8(1);
     const __m512i windows = permute(_mm512_load_si512(index[0]), stretch);
-    __m512i place = _mm512_load_si512(index[1]);
+    const __m512i place = _mm512_load_si512(index[1]);
     __m512i bits = field(place, windows);
     for (size_t k = 2; k < kIndexes; ++k) {
-      place = _mm512_add_epi8(place, one);
-      bits = _mm512_ternarylogic_epi64(_mm512_load_si512(index[k]), field(place, windows), bits, kChoose);
+      const __m512i further = _mm512_add_epi8(place, _mm512_set1_epi8(static_cast<char>(k - 1)));
+      bits = _mm512_ternarylogic_epi64(_mm512_load_si512(index[k]), field(further, windows), bits, kChoose);
     }
     return bits;
   }
