@@ -40,8 +40,8 @@ enum class OptionId {
   kVersion,
 };
 
-// What completes an argument.
-enum class Completes { kNothing, kChoices, kFile, kFolder };
+// What completes an argument: kChoices are all that it can be, kExamples some of it.
+enum class Completes { kNothing, kChoices, kExamples, kFile, kFolder };
 
 struct OptionRow {
   OptionId id;
@@ -93,7 +93,7 @@ inline constexpr auto kOptions = std::to_array<OptionRow>({
    "Change colours first: invert all or only greys, or make all grey"},
   {OptionId::kQuantizer, 0, "quantizer", "WHICH", Completes::kChoices, "best fast filter", kGroupPicture,
    "Who chooses colours for the 16- and 256-colour modes: the smallest error, the least time, or the filter"},
-  {OptionId::kBackground, 0, "background", "COLOR", Completes::kChoices, "white black", kGroupPicture,
+  {OptionId::kBackground, 0, "background", "COLOR", Completes::kExamples, "white black", kGroupPicture,
    "What shows through transparent parts: white (the default), black or #RRGGBB"},
   {OptionId::kAsIs, 0, "as-is", "", Completes::kNothing, "", kGroupPicture,
    "Hand the picture over unprepared and let the filter do everything in its own way"},

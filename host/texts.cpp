@@ -32,6 +32,7 @@ std::string shortName(const OptionRow &row) {
 std::string bashAnswer(const OptionRow &row) {
   switch (row.completes) {
     case Completes::kChoices:
+    case Completes::kExamples:
       return "COMPREPLY=($(compgen -W '" + std::string(row.choices) + "' -- \"$cur\"))";
     case Completes::kFile:
       return "COMPREPLY=($(compgen -f -- \"$cur\"))";
@@ -45,6 +46,7 @@ std::string bashAnswer(const OptionRow &row) {
 std::string zshAction(const OptionRow &row) {
   switch (row.completes) {
     case Completes::kChoices:
+    case Completes::kExamples:
       return "(" + std::string(row.choices) + ")";
     case Completes::kFile:
       return "_files";
@@ -112,6 +114,7 @@ std::string fishCompletion() {
     out += " -l " + std::string(row.longName);
     switch (row.completes) {
       case Completes::kChoices:
+    case Completes::kExamples:
         out += " -x -a '" + std::string(row.choices) + "'";
         break;
       case Completes::kFile:

@@ -122,7 +122,9 @@ TEST(Options, EveryRowOfTheTableIsAnOption) {
   for (const host::OptionRow &row : host::kOptions) {
     EXPECT_FALSE(row.help.empty());
     EXPECT_NE(row.help.back(), '.') << row.longName;
-    EXPECT_EQ(row.completes == host::Completes::kChoices, !row.choices.empty()) << row.longName;
+    const bool words =
+        row.completes == host::Completes::kChoices || row.completes == host::Completes::kExamples;
+    EXPECT_EQ(words, !row.choices.empty()) << row.longName;
     // Without its argument an option is an error that is not "unknown".
     const std::string name = "--" + std::string(row.longName);
     const std::string error = errorOf({name.c_str()});
