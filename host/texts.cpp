@@ -35,9 +35,9 @@ std::string bashAnswer(const OptionRow &row) {
     case Completes::kExamples:
       return "COMPREPLY=($(compgen -W '" + std::string(row.choices) + "' -- \"$cur\"))";
     case Completes::kFile:
-      return "COMPREPLY=($(compgen -f -- \"$cur\"))";
+      return "mapfile -t COMPREPLY < <(compgen -f -- \"$cur\")";
     case Completes::kFolder:
-      return "COMPREPLY=($(compgen -d -- \"$cur\"))";
+      return "mapfile -t COMPREPLY < <(compgen -d -- \"$cur\")";
     default:
       return "COMPREPLY=()";
   }
@@ -71,6 +71,12 @@ std::string bashCompletion() {
   return "# bash completion for raxel-export\n"
          "_raxel_export() {\n"
          "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}\n"
+         "  # --option=value comes as three words.\n"
+         "  if [[ $cur == = ]]; then\n"
+         "    cur=\n"
+         "  elif [[ $prev == = ]]; then\n"
+         "    prev=${COMP_WORDS[COMP_CWORD-2]}\n"
+         "  fi\n"
          "  case $prev in\n" +
          cases +
          "  esac\n"
@@ -79,7 +85,7 @@ std::string bashCompletion() {
          all +
          "' -- \"$cur\"))\n"
          "  else\n"
-         "    COMPREPLY=($(compgen -f -- \"$cur\"))\n"
+         "    mapfile -t COMPREPLY < <(compgen -f -- \"$cur\")\n"
          "  fi\n"
          "}\n"
          "complete -o filenames -F _raxel_export raxel-export\n";
@@ -93,12 +99,13 @@ std::string zshCompletion() {
     const std::string help = "[" + quoted(escaped(row.help, "[]:\\")) + "]";
     const std::string value =
         row.argument.empty() ? "" : ":" + escaped(row.argument, "[]:\\") + ":" + zshAction(row);
+    const std::string joined = longName(row) + (row.argument.empty() ? "" : "=");  // --option=value as well
     const std::string repeat = row.id == OptionId::kSet ? "*" : "";
     if (row.shortName) {
-      out += "  '(" + shortName(row) + " " + longName(row) + ")'{" + shortName(row) + "," + longName(row) +
-             "}'" + help + value + "' \\\n";
+      out += "  '(" + shortName(row) + " " + longName(row) + ")'{" + shortName(row) + "," + joined + "}'" +
+             help + value + "' \\\n";
     } else {
-      out += "  '" + repeat + longName(row) + help + value + "' \\\n";
+      out += "  '" + repeat + joined + help + value + "' \\\n";
     }
   }
   return out + "  '*:picture:_files'\n";
@@ -114,7 +121,7 @@ std::string fishCompletion() {
     out += " -l " + std::string(row.longName);
     switch (row.completes) {
       case Completes::kChoices:
-    case Completes::kExamples:
+      case Completes::kExamples:
         out += " -x -a '" + std::string(row.choices) + "'";
         break;
       case Completes::kFile:

@@ -10,10 +10,11 @@ import re
 import shutil
 import subprocess
 import sys
+import tempfile
 
 
-def output(*command):
-    return subprocess.run(command, capture_output=True, text=True, check=True).stdout
+def output(*command, folder=None):
+    return subprocess.run(command, capture_output=True, text=True, check=True, cwd=folder).stdout
 
 
 class Checks:
@@ -28,10 +29,10 @@ class Checks:
             print(f"FAILED {what}: {got!r} instead of {wanted!r}")
 
 
-def bash(share, *words):
+def bash(share, *words, folder=None):
     script = (f"source {share}/raxel-export.bash; COMP_WORDS=({' '.join(words)!s}); "
               f"COMP_CWORD={len(words) - 1}; _raxel_export; printf '%s\\n' \"${{COMPREPLY[@]}}\"")
-    return sorted(output("bash", "-c", script).split())
+    return sorted(line for line in output("bash", "-c", script, folder=folder).splitlines() if line)
 
 
 def fish(share, line):
@@ -67,6 +68,13 @@ def main():
     checks.same("bash: --comp", bash(share, "raxel-export", "--comp"), ["--compress"])
     checks.same("bash: --mode", bash(share, "raxel-export", "--mode", "''"), modes)
     checks.same("bash: -m co", bash(share, "raxel-export", "-m", "co"), ["color16", "color256", "color8"])
+    checks.same("bash: --mode=", bash(share, "raxel-export", "--mode", "="), modes)
+    checks.same("bash: --mode=bi", bash(share, "raxel-export", "--mode", "=", "bi"), ["bilevel"])
+    with tempfile.TemporaryDirectory() as folder:
+        os.mkdir(os.path.join(folder, "a folder"))
+        open(os.path.join(folder, "a picture.png"), "w").close()
+        checks.same("bash: files", bash(share, "raxel-export", "a", folder=folder), ["a folder", "a picture.png"])
+        checks.same("bash: folders", bash(share, "raxel-export", "-d", "a", folder=folder), ["a folder"])
     checks.same("bash: --dpi", bash(share, "raxel-export", "--dpi", "''"), [])
     if shutil.which("fish"):
         checks.same("fish: options", {o for o in fish(share, "raxel-export --") if o.startswith("--")}, options)
@@ -75,8 +83,8 @@ def main():
     if shutil.which("zsh"):
         # What the file hands to zsh's own function, one specification a line.
         specs = output("zsh", "-f", "-c", f"_arguments() {{ print -rl -- \"$@\" }}; source {share}/raxel-export.zsh")
-        checks.same("zsh: options", set(re.findall(r"(--[a-z-]+)\[", specs)), options)
-        checks.same("zsh: modes", re.findall(r"^(?:\(.*\))?--mode\[.*\]:MODE:\((.*)\)$", specs, re.M),
+        checks.same("zsh: options", set(re.findall(r"(--[a-z-]+)=?\[", specs)), options)
+        checks.same("zsh: modes", re.findall(r"^(?:\(.*\))?--mode=\[.*\]:MODE:\((.*)\)$", specs, re.M),
                     ["auto bilevel grey16 grey256 color8 color16 color256 rgb"])
     print(f"complete: {checks.passed} passed, {checks.failed} failed")
     return 1 if checks.failed else 0
