@@ -115,6 +115,8 @@ std::string reason(int error) {
 Target::Target(const std::string &path, const TargetRules &rules) : name_(path) {
   if (path == "-") {
     name_ = "standard output";
+    if (isatty(1) && !rules.force)
+      throw Failure(kNoCreate, name_ + ": is a terminal; send it to a file or a pipe");
     fd_ = dup(1);
     sink_ = std::make_unique<Sink>(-1);
     return;

@@ -18,11 +18,11 @@ WIDTH, HEIGHT = 2000, 1000
 
 
 class Terminal:
-    """A process whose standard error is a terminal."""
+    """A process whose standard error, or another stream, is a terminal."""
 
-    def __init__(self, command, **how):
+    def __init__(self, command, stream="stderr", **how):
         self.mine, theirs = pty.openpty()
-        self.process = subprocess.Popen(command, stderr=theirs, **how)
+        self.process = subprocess.Popen(command, **{stream: theirs}, **how)
         os.close(theirs)
 
     def rest(self):
@@ -77,6 +77,12 @@ def main():
             slowly(silent.process)
             seen, code = silent.rest()
             check(f"nothing with {option}", code == 0 and seen == b"", seen)
+
+        refused = Terminal([program, os.path.join(wanted.source, "samples/chart4.png"), "-"], "stdout",
+                           stderr=subprocess.PIPE)
+        seen, code = refused.rest()
+        check("no picture on a terminal", code == 73 and seen == b"" and b"is a terminal" in refused.process.stderr.read(),
+              (code, seen))
 
         piped = subprocess.Popen([program, "-c", "packbits", "-", out], stdin=subprocess.PIPE, stderr=subprocess.PIPE)
         slowly(piped)
