@@ -18,7 +18,7 @@ struct MovePlan {
   struct Group {
     uint32_t from;   // where its stretch begins, in bytes from the start of the source
     uint32_t to;     // where its bytes begin in the destination
-    uint64_t reads;  // bit i: it needs byte i of the stretch
+    uint32_t reads;  // bytes of the stretch, up to the last one that it needs
   };
 
   // Moves one row: as many of the first `columns` columns as the source's length allows, and says how

@@ -1,7 +1,7 @@
 // Moves the pixels of a row 64 bytes at a time, with the byte permutations of AVX-512.
 //
-// A group takes its pixels from 64 neighbouring bytes of the source, and is as long as they allow: 64
-// bytes where a row is widened, half as many where every second pixel is left out. Pixels of less
+// A group takes its pixels from 64 or 128 neighbouring bytes of the source, and is as long as they allow:
+// 64 bytes where a row is widened, and fewer where many pixels are left out. Pixels of less
 // than a byte are moved as they are packed, and up to 512 of them are a group.
 #pragma once
 
@@ -28,19 +28,15 @@ void planPermute(MovePlan &plan, std::span<const uint32_t> columns, int16_t dept
 //            others tell which bits of it come from fields one, two and more places further on
 //   bits     index[2 * i][8 * j + b]: byte b of the eight that byte j of the group is taken from;
 //            index[2 * i + 1][8 * j + b]: which of their bits is bit b of it
-// The numbers in the names are the bytes that a group of bytes or nibbles has at most, and those of the
-// stretch that a group of 64 bits comes from.
-size_t permuteBytes16(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
-size_t permuteBytes32(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
-size_t permuteBytes64(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
-size_t permuteNibbles16(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
-size_t permuteNibbles32(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
-size_t permuteNibbles64(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
-size_t permuteBits16(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
-size_t permuteBits64(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out);
-
-// For groups of fields, with two rows of indexes and more: as many as eight pixels can ask for.
-extern const decltype(MovePlan::move) kPermuteFields[8];
+// Far bytes are like bytes, with a stretch of 128. By the width of the store, 16, 32 and 64 bytes; by the
+// rows of indexes, from two on; and by the length of the stretch for a group of 64 bits:
+using Move = decltype(MovePlan::move);
+extern const Move kPermuteBytes[3];
+extern const Move kPermuteFarBytes[3];
+extern const Move kPermuteNibbles[3];
+extern const Move kPermuteFields[8];
+extern const Move kPermuteBits16;
+extern const Move kPermuteBits64;
 
 #endif
 

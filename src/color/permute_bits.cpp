@@ -13,9 +13,10 @@ namespace {
 // of index rows is a constant, so that the loop is none.
 template <size_t kIndexes>
 struct Fields {
-  RAXEL_AVX512 static __m512i pick(const MovePlan &plan, size_t i, __m512i stretch) {
+  using Source = Stretch;
+  RAXEL_AVX512 static __m512i pick(const MovePlan &plan, size_t i, Source source) {
     const uint8_t(*index)[64] = plan.index + i * kIndexes;
-    const __m512i windows = permute(_mm512_load_si512(index[0]), stretch);
+    const __m512i windows = permute(_mm512_load_si512(index[0]), source.bytes);
     const __m512i place = _mm512_load_si512(index[1]);
     __m512i bits = field(place, windows);
     for (size_t k = 2; k < kIndexes; ++k) {
@@ -40,11 +41,11 @@ RAXEL_AVX512 inline __m512i loadStretch(const uint8_t *from) {
   }
 }
 template <int kBytes>
-RAXEL_AVX512 inline __m512i loadStretch(const uint8_t *from, uint64_t reads) {
+RAXEL_AVX512 inline __m512i loadStretch(const uint8_t *from, size_t n) {
   if constexpr (kBytes == 16) {
-    return spread(_mm_maskz_loadu_epi8(static_cast<__mmask16>(reads), from));
+    return spread(_mm_maskz_loadu_epi8(static_cast<__mmask16>(firstBytes(n)), from));
   } else {
-    return _mm512_maskz_loadu_epi8(reads, from);
+    return _mm512_maskz_loadu_epi8(firstBytes(n), from);
   }
 }
 
@@ -74,18 +75,14 @@ RAXEL_AVX512 size_t permuteBits(const MovePlan &plan, std::span<const uint8_t> s
 
 }  // namespace
 
-const decltype(MovePlan::move) kPermuteFields[] = {
-    permuteGroups<Fields<2>, 64>, permuteGroups<Fields<3>, 64>, permuteGroups<Fields<4>, 64>,
-    permuteGroups<Fields<5>, 64>, permuteGroups<Fields<6>, 64>, permuteGroups<Fields<7>, 64>,
-    permuteGroups<Fields<8>, 64>, permuteGroups<Fields<9>, 64>,
-};
+// By the rows of indexes, from two on.
+const Move kPermuteFields[] = {permuteGroups<Fields<2>, 64>, permuteGroups<Fields<3>, 64>,
+                               permuteGroups<Fields<4>, 64>, permuteGroups<Fields<5>, 64>,
+                               permuteGroups<Fields<6>, 64>, permuteGroups<Fields<7>, 64>,
+                               permuteGroups<Fields<8>, 64>, permuteGroups<Fields<9>, 64>};
 
-size_t permuteBits16(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {
-  return permuteBits<16>(plan, source, out);
-}
-size_t permuteBits64(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {
-  return permuteBits<64>(plan, source, out);
-}
+const Move kPermuteBits16 = permuteBits<16>;
+const Move kPermuteBits64 = permuteBits<64>;
 
 }  // namespace color
 

@@ -11,18 +11,24 @@ namespace color {
 
 namespace {
 
+// Whether so many columns are left out that a longer stretch is worth its second permutation.
+bool liesFarApart(std::span<const uint32_t> columns) {
+  return columns.back() - columns.front() > columns.size() * 4 / 3;
+}
+
 GroupShape shapeOf(int16_t depth, std::span<const uint32_t> columns) {
+  const uint32_t stretch = liesFarApart(columns) ? 128 : 64;
   switch (depth) {
     case 1:
       return shapeOfBits(columns);
     case 4:
       return {4, 2, 128, 16, 2, 64, false};
     case 8:
-      return {8, 1, 64, 8, 1, 64, false};
+      return {8, 1, 64, 8, 1, stretch, false};
     case 24:
-      return {24, 1, 21, 4, 1, 64, false};
+      return {24, 1, 21, 4, 1, stretch, false};
     default:
-      return {32, 1, 16, 4, 1, 64, false};
+      return {32, 1, 16, 4, 1, stretch, false};
   }
 }
 
@@ -71,17 +77,17 @@ size_t bytesOf(size_t n, const GroupShape &shape) {
 // Chooses the narrowest store that takes the longest group, and tells which groups are far enough from
 // the end of the row for it: what it writes beyond its group is written again by the groups after it.
 void chooseMove(MovePlan &plan, const GroupShape &shape, size_t longest) {
-  using Move = decltype(plan.move);
-  constexpr Move kBytes[] = {permuteBytes16, permuteBytes32, permuteBytes64};
-  constexpr Move kNibbles[] = {permuteNibbles16, permuteNibbles32, permuteNibbles64};
   const int store = longest <= 16 ? 0 : longest <= 32 ? 1 : 2;
   size_t stored = size_t{16} << store;
-  plan.move = shape.bits == 4 ? kNibbles[store] : kBytes[store];
   if (shape.bits == 1) {
     stored = shape.fields ? 64 : 8;
     plan.move = shape.fields          ? kPermuteFields[shape.indexes - 2]
-                : shape.stretch == 16 ? permuteBits16
-                                      : permuteBits64;
+                : shape.stretch == 16 ? kPermuteBits16
+                                      : kPermuteBits64;
+  } else if (shape.bits == 4) {
+    plan.move = kPermuteNibbles[store];
+  } else {
+    plan.move = shape.stretch == 64 ? kPermuteBytes[store] : kPermuteFarBytes[store];
   }
   plan.whole = 0;
   plan.reach = 0;
@@ -126,7 +132,7 @@ void planPermute(MovePlan &plan, std::span<const uint32_t> columns, int16_t dept
     const size_t to = bytesOf(begin, shape);
     plan.group[plan.groups++] = {.from = static_cast<uint32_t>(first),
                                  .to = static_cast<uint32_t>(to),
-                                 .reads = ~uint64_t{0} >> (64 - (last - first))};
+                                 .reads = static_cast<uint32_t>(last - first)};
     longest = std::max(longest, bytesOf(n, shape));
     plan.columns = begin + n;
     plan.bytes = to + bytesOf(n, shape);
