@@ -108,13 +108,14 @@ def main():
                 **{name: [*command, f"photo.{form}", "-compress", "none", "out.tif"]
                    for name, command in others.items() if shutil.which(command[0])},
             }, folder, max(3, wanted.runs // 2))
-        reduce = {f"raxel-export, {q}": [program, "-m", "color256", "--quantizer", q, "photo.ppm", "out.tif"]
-                  for q in ("best", "fast", "filter")}
-        reduce["ImageMagick"] = ["convert", "photo.ppm", "+dither", "-colors", "256", "-compress", "none", "out.tif"]
-        table("photo to 256 colours", reduce, folder, max(3, wanted.runs // 4))
-        for name, command in reduce.items():
-            subprocess.run(command, cwd=folder, check=True)
-            print(f"  {name:34} error {rms(photo, Image.open(os.path.join(folder, 'out.tif')).convert('RGB')):.2f} rms")
+        for mode, colors in (("color256", "256"), ("color16", "16")):
+            reduce = {f"raxel-export, {q}": [program, "-m", mode, "--no-dither", "--quantizer", q, "photo.ppm", "out.tif"]
+                      for q in ("best", "fast", "filter")}
+            reduce["ImageMagick"] = ["convert", "photo.ppm", "+dither", "-colors", colors, "-compress", "none", "out.tif"]
+            table(f"photo to {colors} colours", reduce, folder, max(3, wanted.runs // 4))
+            for name, command in reduce.items():
+                subprocess.run(command, cwd=folder, check=True)
+                print(f"  {name:34} error {rms(photo, Image.open(os.path.join(folder, 'out.tif')).convert('RGB')):.2f} rms")
 
 
 if __name__ == "__main__":
