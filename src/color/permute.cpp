@@ -36,6 +36,21 @@ struct Nibbles {
   }
 };
 
+struct FarNibbles {
+  using Source = LongStretch;
+  RAXEL_AVX512 static __m512i pick(const MovePlan &plan, size_t i, Source source) {
+    const __m512i high = _mm512_set1_epi8(static_cast<char>(0xF0));
+    const __m512i leftIndex = _mm512_load_si512(plan.index[2 * i]);
+    const __m512i rightIndex = _mm512_load_si512(plan.index[2 * i + 1]);
+    __m512i left = _mm512_permutex2var_epi8(source.bytes, leftIndex, source.more);
+    __m512i right = _mm512_permutex2var_epi8(source.bytes, rightIndex, source.more);
+    // Here the nibbles of the bytes that are marked come from their other half.
+    left = _mm512_mask_blend_epi8(_mm512_movepi8_mask(leftIndex), left, left << 4);
+    right = _mm512_mask_blend_epi8(_mm512_movepi8_mask(rightIndex), right, right >> 4);
+    return _mm512_ternarylogic_epi64(high, left, right, kChoose);
+  }
+};
+
 }  // namespace
 
 // By the width of the store: 16, 32 and 64 bytes.
@@ -44,6 +59,9 @@ const Move kPermuteFarBytes[] = {permuteGroups<FarBytes, 16>, permuteGroups<FarB
                                  permuteGroups<FarBytes, 64>};
 const Move kPermuteNibbles[] = {permuteGroups<Nibbles, 16>, permuteGroups<Nibbles, 32>,
                                 permuteGroups<Nibbles, 64>};
+
+const Move kPermuteFarNibbles[] = {permuteGroups<FarNibbles, 16>, permuteGroups<FarNibbles, 32>,
+                                   permuteGroups<FarNibbles, 64>};
 
 }  // namespace color
 

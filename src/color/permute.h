@@ -28,12 +28,14 @@ void planPermute(MovePlan &plan, std::span<const uint32_t> columns, int16_t dept
 //            others tell which bits of it come from fields one, two and more places further on
 //   bits     index[2 * i][8 * j + b]: byte b of the eight that byte j of the group is taken from;
 //            index[2 * i + 1][8 * j + b]: which of their bits is bit b of it
-// Far bytes are like bytes, with a stretch of 128. By the width of the store, 16, 32 and 64 bytes; by the
-// rows of indexes, from two on; and by the length of the stretch for a group of 64 bits:
+// Far bytes and nibbles are taken from a stretch of 128 bytes; the indexes of nibbles are 128 more, not 64,
+// where they are in the other half. By the width of the store, 16, 32 and 64 bytes; by the rows of indexes,
+// from two on; and by the length of the stretch for a group of 64 bits:
 using Move = decltype(MovePlan::move);
 extern const Move kPermuteBytes[3];
 extern const Move kPermuteFarBytes[3];
 extern const Move kPermuteNibbles[3];
+extern const Move kPermuteFarNibbles[3];
 extern const Move kPermuteFields[8];
 extern const Move kPermuteBits16;
 extern const Move kPermuteBits64;

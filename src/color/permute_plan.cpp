@@ -22,7 +22,7 @@ GroupShape shapeOf(int16_t depth, std::span<const uint32_t> columns) {
     case 1:
       return shapeOfBits(columns);
     case 4:
-      return {4, 2, 128, 16, 2, 64, false};
+      return {4, 2, 128, 16, 2, stretch, false};
     case 8:
       return {8, 1, 64, 8, 1, stretch, false};
     case 24:
@@ -48,13 +48,14 @@ void fillBytes(uint8_t *index, std::span<const uint32_t> columns, uint32_t first
   }
 }
 
-void fillNibbles(uint8_t *high, uint8_t *low, std::span<const uint32_t> columns, uint32_t first) {
+void fillNibbles(uint8_t *high, uint8_t *low, std::span<const uint32_t> columns, uint32_t first,
+                 uint32_t otherHalf) {
   const auto byteOf = [first](uint32_t column) { return column / 2 - first; };
   for (size_t i = 0; i < columns.size(); i += 2) {
     const uint32_t left = columns[i];
     const uint32_t right = columns[std::min(i + 1, columns.size() - 1)];
-    *high++ = static_cast<uint8_t>(byteOf(left) | (left % 2 != 0 ? 64 : 0));
-    *low++ = static_cast<uint8_t>(byteOf(right) | (right % 2 == 0 ? 64 : 0));
+    *high++ = static_cast<uint8_t>(byteOf(left) | (left % 2 != 0 ? otherHalf : 0));
+    *low++ = static_cast<uint8_t>(byteOf(right) | (right % 2 == 0 ? otherHalf : 0));
   }
 }
 
@@ -62,7 +63,7 @@ bool fillGroup(MovePlan &plan, const GroupShape &shape, std::span<const uint32_t
   uint8_t(*index)[64] = plan.index + plan.groups * shape.indexes;
   std::memset(index, 0, shape.indexes * sizeof *index);
   if (shape.bits == 1) return fillBits(index, shape, columns, first);
-  if (shape.bits == 4) fillNibbles(index[0], index[1], columns, first);
+  if (shape.bits == 4) fillNibbles(index[0], index[1], columns, first, shape.stretch);
   if (shape.bits == 8) fillBytes<1>(index[0], columns, first);
   if (shape.bits == 24) fillBytes<3>(index[0], columns, first);
   if (shape.bits == 32) fillBytes<4>(index[0], columns, first);
@@ -85,7 +86,7 @@ void chooseMove(MovePlan &plan, const GroupShape &shape, size_t longest) {
                 : shape.stretch == 16 ? kPermuteBits16
                                       : kPermuteBits64;
   } else if (shape.bits == 4) {
-    plan.move = kPermuteNibbles[store];
+    plan.move = shape.stretch == 64 ? kPermuteNibbles[store] : kPermuteFarNibbles[store];
   } else {
     plan.move = shape.stretch == 64 ? kPermuteBytes[store] : kPermuteFarBytes[store];
   }
