@@ -60,14 +60,18 @@ void decodeOver(spng_ctx *context, const spng_ihdr &header, const Background &ba
   const Buffer deep(static_cast<size_t>(bytes));  // from malloc, aligned for 16-bit samples
   check(spng_decode_image(context, deep.data(), deep.size(), wide ? SPNG_FMT_RGBA16 : SPNG_FMT_RGBA8,
                           SPNG_DECODE_TRNS));
-  out.allocate(header.width, header.height, 24);
+  // Greys on a grey stay greys.
+  const bool grey =
+      (header.color_type & 2) == 0 && background[0] == background[1] && background[1] == background[2];
+  const size_t channels = grey ? 1 : 3;
+  out.allocate(header.width, header.height, grey ? 8 : 24);
   uint8_t *to = out.pixels.data();
   const uint64_t pixels = uint64_t{header.width} * header.height;
   const uint16_t *samples = static_cast<const uint16_t *>(static_cast<const void *>(deep.data()));
-  for (uint64_t i = 0; i < pixels; ++i, to += 3) {
+  for (uint64_t i = 0; i < pixels; ++i, to += channels) {
     uint8_t from[4];
     for (size_t c = 0; c < 4; ++c) from[c] = wide ? narrow(samples[4 * i + c]) : deep.data()[4 * i + c];
-    for (size_t c = 0; c < 3; ++c) to[c] = blend(from[c], background[c], from[3]);
+    for (size_t c = 0; c < channels; ++c) to[c] = blend(from[c], background[c], from[3]);
   }
 }
 

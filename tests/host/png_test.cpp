@@ -131,6 +131,19 @@ TEST(Png, LaysAlphaOnTheBackground) {
   EXPECT_EQ(rowsOf(greys), (Bytes{100, 100, 100, 0, 0, 200}));
 }
 
+TEST(Png, GreysOnAGreyBackgroundStayGreys) {
+  Picture eight;
+  host::readPng(encode({3, 1, 8, SPNG_COLOR_TYPE_GRAYSCALE_ALPHA, {100, 255, 100, 0, 100, 51}}),
+                {200, 200, 200}, eight);
+  EXPECT_EQ(eight.view.bits, 8u);
+  EXPECT_EQ(rowsOf(eight), (Bytes{100, 200, 180}));
+  Picture sixteen;
+  host::readPng(encode({2, 1, 16, SPNG_COLOR_TYPE_GRAYSCALE_ALPHA, {100, 100, 255, 255, 9, 9, 0, 0}}),
+                {255, 255, 255}, sixteen);
+  EXPECT_EQ(sixteen.view.bits, 8u);
+  EXPECT_EQ(rowsOf(sixteen), (Bytes{100, 255}));
+}
+
 TEST(Png, ReducesSixteenBitsWithANote) {
   Picture greys;
   read(encode({2, 1, 16, SPNG_COLOR_TYPE_GRAYSCALE, {0x80, 0x80, 0xFF, 0xFF}}), greys);
