@@ -26,6 +26,12 @@ raxel-export --dry-run --profile own.ini --section photo -m grey16 --dpi 72 "$ph
 raxel-export --dry-run --profile own.ini --section fax -m auto -c none "$photo"
 mkdir ini && mv own.ini ini/
 INIDIR=ini raxel-export --dry-run --profile own.ini "$photo"
+# A profile that nobody named is used, but not without a word.
+INIDIR=ini raxel-export --dry-run "$photo"
+mv ini/own.ini ini/raxel.ini
+INIDIR=ini raxel-export --dry-run "$photo"
+INIDIR=ini raxel-export --dry-run -q -m auto -c none "$photo"
+mv ini/raxel.ini ini/own.ini
 code raxel-export --profile missing.ini "$photo" out.tif
 code raxel-export --profile ini/own.ini --section empty "$photo" out.tif
 code raxel-export --profile ini/own.ini --section nowhere "$photo" out.tif
