@@ -49,7 +49,7 @@ TEST(ScaleLevels, GiveTheSamePictures) {
     // Now and then the block ends early: in the middle of its last row, or long before.
     const size_t size = size_t{reference::lineBytes(w.from, depth)} * height;
     Bytes bits = random.bytes(size);
-    const size_t held = random.chance(80) ? size : size - random.next() % (size + 1);
+    const size_t held = random.chance(80) ? size : size - static_cast<size_t>(random.next() % (size + 1));
     std::fill(bits.begin() + static_cast<ptrdiff_t>(held), bits.end(), uint8_t{0});
     const Bytes expected = reference::scale(bits, depth, w.from, height, w.to, newHeight);
     bits.resize(held);
