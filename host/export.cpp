@@ -126,6 +126,10 @@ void exportPicture(const Library &library, const Options &options, const std::st
   report.readSeconds = secondsSince(start);
 
   Setup setup(library, options);
+  if (setup.fromProfile() && options.profile.empty()) {
+    report.notes.push_back(std::string("takes settings from section [") + setup.record().szModeName +
+                           "] of " + setup.record().szProfilePath);
+  }
   if (options.asIs) return exportAsIs(library, options, setup, *picture, output, progress, report);
   const RaxelRequest request = requestFor(options, setup, *picture, report.notes);
   RaxelPlan plan;

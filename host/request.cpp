@@ -116,13 +116,7 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   RaxelRequest request;
   raxelHostDefaults(&request);
   const RasterSetup &stored = setup.record();
-  // Without a profile the record holds the library's defaults, which nobody has chosen; with one whose
-  // section is empty it holds zeros.
-  const bool fromProfile = stored.szProfilePath[0] != '\0' && stored.szDriverName[0] != '\0';
-  if (fromProfile && options.profile.empty()) {
-    notes.push_back(std::string("takes settings from section [") + stored.szModeName + "] of " +
-                    stored.szProfilePath);
-  }
+  const bool fromProfile = setup.fromProfile();
   const auto chosen = [&](std::initializer_list<int32_t> escapes) {
     return fromProfile || std::ranges::any_of(options.set, [&](const SetEscape &set) {
              return std::ranges::find(escapes, set.number) != escapes.end();

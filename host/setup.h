@@ -34,6 +34,9 @@ class Setup {
   Handle handle() const { return handle_; }
   // The record as it is now.
   const RasterSetup &record() const { return *record_; }
+  // True when the record comes from a profile. Without one it holds the library's defaults, which nobody
+  // has chosen; with one whose section is empty it holds zeros.
+  bool fromProfile() const { return record_->szProfilePath[0] != '\0' && record_->szDriverName[0] != '\0'; }
 
   // Sends a setting escape of 4 or 8 bytes; throws a Failure when the library refuses the value.
   void set(int32_t escape, int32_t value, bool save = false);
