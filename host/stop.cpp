@@ -73,6 +73,10 @@ void install() {
   signal(SIGPIPE, SIG_IGN);
 }
 
+void remove() {
+  for (int signal : kStops) std::signal(signal, SIG_DFL);
+}
+
 void setTemporary(const std::string &path) {
   const Hold hold;
   temporary.fill('\0');

@@ -15,6 +15,9 @@ namespace host::stop {
 // somebody cuts it short.
 void install();
 
+// Takes them away: a signal then ends the process as the system does it.
+void remove();
+
 // The file to remove when a signal comes; empty for none. Longer names than a path may have are cut off.
 void setTemporary(const std::string &path);
 

@@ -12,6 +12,7 @@
 
 #include "failure.h"
 #include "stop.h"
+#include "sync.h"
 
 namespace host {
 namespace {
@@ -196,11 +197,13 @@ void Target::commit() {
     return;
   }
   if (!sink_->flush()) failWrite(sink_->error());
-  if (fsync(fd_) != 0) failWrite(errno);
+  if (const int error = syncToDisk(fd_, sink_->size()); error != 0) failWrite(error);
   const stop::Hold hold;  // the name changes hands in one step
   if (rename(temporary_.c_str(), path_.c_str()) != 0) failWrite(errno);
   temporary_.clear();
   stop::setTemporary("");
+  // A killed export may have left a child in the middle of a sync, which held the lock at the beginning.
+  removeStrays(path_);
 }
 
 }  // namespace host

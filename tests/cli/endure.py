@@ -109,6 +109,33 @@ class Endurance:
         self.check(f"interrupt: took {slowest:.3f} s", slowest < 0.1 * patience())
         return f"interrupts took at most {slowest * 1000:.0f} ms"
 
+    def slow_disk(self):
+        """Ctrl-C while the disk takes its time."""
+        if "ASAN_OPTIONS" in os.environ:
+            return "no slow disk: nothing can be loaded before the sanitizers"
+        big = self.big("big.ppm")
+        slow = dict(os.environ, LD_PRELOAD=os.path.join(os.path.dirname(self.program), "tests/cli/libslow_disk.so"))
+        self.put_old()
+        process = self.start(big, self.target, env=slow)
+        time.sleep(0.7)
+        self.check("slow disk: it is not waited for", process.poll() is None and self.content() == self.old)
+        process.send_signal(signal.SIGINT)
+        begin = time.monotonic()
+        code = process.wait()
+        took = time.monotonic() - begin
+        self.check(f"slow disk: exit code {code} after {took:.3f} s", code == 130 and took < 0.1 * patience())
+        self.check("slow disk: the old file is gone", self.content() == self.old)
+        self.check("slow disk: a temporary is left", not self.strays())
+        process = self.start(big, self.target, env=slow)
+        time.sleep(0.7)
+        process.kill()
+        process.wait()
+        self.check("slow disk: the old file is gone after a kill", self.content() == self.old)
+        code = self.start(big, self.target, env=slow).wait()
+        self.check(f"slow disk: exit code {code} at the end", code == 0 and self.content() != self.old)
+        self.check("slow disk: a temporary is left by the next run", not self.strays())
+        return f"a stop while the disk was writing took {took * 1000:.0f} ms"
+
     def cuts(self):
         """Somebody cuts the input short while it is read where it lies."""
         noticed = 0
@@ -197,7 +224,7 @@ def main():
     program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
     with tempfile.TemporaryDirectory(prefix="raxel-endure-") as folder:
         tried = Endurance(program, os.path.realpath(wanted.source), folder)
-        for step in (tried.kills, tried.interrupts, tried.cuts, tried.limits, tried.full_disk):
+        for step in (tried.kills, tried.interrupts, tried.slow_disk, tried.cuts, tried.limits, tried.full_disk):
             print(step())
     print(f"endure: {tried.passed} passed, {tried.failed} failed")
     return 1 if tried.failed else 0
