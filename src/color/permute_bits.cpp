@@ -1,4 +1,4 @@
-// Pixels of one bit: 512 at once where a row is widened, else 64.
+// Pixels of one bit: 512 at once where most columns are taken, else 64.
 #include "color/permute.h"
 #include "color/permute_groups.h"
 #include "runtime/unaligned.h"
@@ -9,25 +9,54 @@ namespace color {
 
 namespace {
 
-// Every byte is put together from fields of eight bits, which begin one bit further left each. The number
-// of index rows is a constant, so that the loop is none.
-template <size_t kIndexes>
+// Every byte is put together from fields of eight bits, which begin one bit further left each. Their number
+// is a constant, so that the loop is none.
+template <class Windows, size_t kFields>
 struct Fields {
-  using Source = Stretch;
+  using Source = typename Windows::Source;
   RAXEL_AVX512 static __m512i pick(const MovePlan &plan, size_t i, Source source) {
-    const uint8_t(*index)[64] = plan.index + i * kIndexes;
-    const __m512i windows = permute(_mm512_load_si512(index[0]), source.bytes);
-    const __m512i place = _mm512_load_si512(index[1]);
-    __m512i bits = field(place, windows);
-    for (size_t k = 2; k < kIndexes; ++k) {
-      const __m512i further = _mm512_add_epi8(place, _mm512_set1_epi8(static_cast<char>(k - 1)));
-      bits = _mm512_ternarylogic_epi64(_mm512_load_si512(index[k]), field(further, windows), bits, kChoose);
+    const uint8_t(*index)[64] = plan.index + i * (Windows::kCount + kFields);
+    const Windows windows = Windows::take(index, source);
+    index += Windows::kCount;
+    const __m512i place = _mm512_load_si512(index[0]);
+    __m512i bits = windows.field(place);
+    for (size_t k = 1; k < kFields; ++k) {
+      const __m512i further = _mm512_add_epi8(place, _mm512_set1_epi8(static_cast<char>(k)));
+      bits = _mm512_ternarylogic_epi64(_mm512_load_si512(index[k]), windows.field(further), bits, kChoose);
     }
     return bits;
   }
+};
 
-  RAXEL_AVX512 static __m512i field(__m512i place, __m512i windows) {
-    return _mm512_maskz_multishift_epi64_epi8(~__mmask64{0}, place, windows);
+// Eight bytes of the source for eight bytes of the group.
+struct OneWindow {
+  using Source = Stretch;
+  static constexpr size_t kCount = 1;
+  __m512i bytes;
+
+  RAXEL_AVX512 static OneWindow take(const uint8_t (*index)[64], Source source) {
+    return {permute(_mm512_load_si512(index[0]), source.bytes)};
+  }
+  RAXEL_AVX512 __m512i field(__m512i place) const {
+    return _mm512_maskz_multishift_epi64_epi8(~__mmask64{0}, place, bytes);
+  }
+};
+
+// And for four of them each.
+struct TwoWindows {
+  using Source = LongStretch;
+  static constexpr size_t kCount = 2;
+  __m512i first;
+  __m512i second;
+
+  RAXEL_AVX512 static TwoWindows take(const uint8_t (*index)[64], Source source) {
+    return {_mm512_permutex2var_epi8(source.bytes, _mm512_load_si512(index[0]), source.more),
+            _mm512_permutex2var_epi8(source.bytes, _mm512_load_si512(index[1]), source.more)};
+  }
+  RAXEL_AVX512 __m512i field(__m512i place) const {
+    constexpr __mmask64 kFirst = 0x0F0F0F0F0F0F0F0F;
+    return _mm512_mask_multishift_epi64_epi8(_mm512_maskz_multishift_epi64_epi8(kFirst, place, first),
+                                             ~kFirst, place, second);
   }
 };
 
@@ -75,11 +104,17 @@ RAXEL_AVX512 size_t permuteBits(const MovePlan &plan, std::span<const uint8_t> s
 
 }  // namespace
 
-// By the rows of indexes, from two on.
-const Move kPermuteFields[] = {permuteGroups<Fields<2>, 64>, permuteGroups<Fields<3>, 64>,
-                               permuteGroups<Fields<4>, 64>, permuteGroups<Fields<5>, 64>,
-                               permuteGroups<Fields<6>, 64>, permuteGroups<Fields<7>, 64>,
-                               permuteGroups<Fields<8>, 64>, permuteGroups<Fields<9>, 64>};
+// By the number of fields.
+const Move kPermuteFields[] = {
+    permuteGroups<Fields<OneWindow, 1>, 64>, permuteGroups<Fields<OneWindow, 2>, 64>,
+    permuteGroups<Fields<OneWindow, 3>, 64>, permuteGroups<Fields<OneWindow, 4>, 64>,
+    permuteGroups<Fields<OneWindow, 5>, 64>, permuteGroups<Fields<OneWindow, 6>, 64>,
+    permuteGroups<Fields<OneWindow, 7>, 64>, permuteGroups<Fields<OneWindow, 8>, 64>};
+const Move kPermuteFarFields[] = {
+    permuteGroups<Fields<TwoWindows, 1>, 64>, permuteGroups<Fields<TwoWindows, 2>, 64>,
+    permuteGroups<Fields<TwoWindows, 3>, 64>, permuteGroups<Fields<TwoWindows, 4>, 64>,
+    permuteGroups<Fields<TwoWindows, 5>, 64>, permuteGroups<Fields<TwoWindows, 6>, 64>,
+    permuteGroups<Fields<TwoWindows, 7>, 64>, permuteGroups<Fields<TwoWindows, 8>, 64>};
 
 const Move kPermuteBits16 = permuteBits<16>;
 const Move kPermuteBits64 = permuteBits<64>;

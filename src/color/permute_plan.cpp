@@ -22,13 +22,13 @@ GroupShape shapeOf(int16_t depth, std::span<const uint32_t> columns) {
     case 1:
       return shapeOfBits(columns);
     case 4:
-      return {4, 2, 128, 16, 2, stretch, false};
+      return {4, 2, 128, 16, 2, stretch};
     case 8:
-      return {8, 1, 64, 8, 1, stretch, false};
+      return {8, 1, 64, 8, 1, stretch};
     case 24:
-      return {24, 1, 21, 4, 1, stretch, false};
+      return {24, 1, 21, 4, 1, stretch};
     default:
-      return {32, 1, 16, 4, 1, stretch, false};
+      return {32, 1, 16, 4, 1, stretch};
   }
 }
 
@@ -80,11 +80,13 @@ size_t bytesOf(size_t n, const GroupShape &shape) {
 void chooseMove(MovePlan &plan, const GroupShape &shape, size_t longest) {
   const int store = longest <= 16 ? 0 : longest <= 32 ? 1 : 2;
   size_t stored = size_t{16} << store;
-  if (shape.bits == 1) {
-    stored = shape.fields ? 64 : 8;
-    plan.move = shape.fields          ? kPermuteFields[shape.indexes - 2]
-                : shape.stretch == 16 ? kPermuteBits16
-                                      : kPermuteBits64;
+  if (shape.windows != 0) {
+    stored = 64;
+    plan.move =
+        shape.windows == 1 ? kPermuteFields[shape.indexes - 2] : kPermuteFarFields[shape.indexes - 3];
+  } else if (shape.bits == 1) {
+    stored = 8;
+    plan.move = shape.stretch == 16 ? kPermuteBits16 : kPermuteBits64;
   } else if (shape.bits == 4) {
     plan.move = shape.stretch == 64 ? kPermuteNibbles[store] : kPermuteFarNibbles[store];
   } else {

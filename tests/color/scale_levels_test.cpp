@@ -158,6 +158,31 @@ TEST(ScaleLevels, WriteNothingBesideARun) {
   }
 }
 
+TEST(ScaleLevels, MoveManyPixelsAtOnce) {
+  // What plans are for: a slow way would give the same bytes.
+  if (color::processorVectors() < color::Vectors::kAvx512) return;
+  color::ColumnRun run;
+  const auto groups = [&run](int16_t depth, uint32_t from, uint32_t to) {
+    const color::Columns how = color::columnsFor(from, to);
+    color::planRun(run, {how, depth, from, to, 9}, 0);
+    EXPECT_EQ(run.move.columns, to);
+    return run.move.groups;
+  };
+  // Bits: 512 in a group, or 64 where every second one and more are left out.
+  for (const uint32_t to : {512u * 4, 512u * 7, 512u * 10}) EXPECT_EQ(groups(1, 2000, to), to / 512);
+  for (const uint32_t from : {2080u, 2500u, 3000u, 3500u}) EXPECT_EQ(groups(1, from, 2048), 4u);
+  for (const uint32_t from : {4096u, 8192u, 14000u}) EXPECT_EQ(groups(1, from, 2048), 32u);
+  // 64 bytes of the others where rows are widened, and 64 from 128 where every second pixel is left out.
+  EXPECT_EQ(groups(4, 1000, 1280), 10u);
+  EXPECT_EQ(groups(8, 1000, 1280), 20u);
+  EXPECT_EQ(groups(24, 1000, 1260), 60u);
+  EXPECT_EQ(groups(32, 1000, 1280), 80u);
+  EXPECT_EQ(groups(4, 2560, 1280), 10u);
+  EXPECT_EQ(groups(8, 2560, 1280), 20u);
+  EXPECT_EQ(groups(24, 2520, 1260), 60u);
+  EXPECT_EQ(groups(32, 2560, 1280), 80u);
+}
+
 TEST(ScaleLevels, StopAtTheLimit) {
   // What a machine has does not depend on the limit; what it uses does.
   const color::Vectors best = color::processorVectors();
