@@ -159,36 +159,38 @@ void planRun(ColumnRun &run, const RowScaling &rows, uint32_t first) {
   run.end = std::min(ColumnRun::kLongest, rows.width - first);
   run.begin = static_cast<uint32_t>(
       mapColumns(rows.how, rows.sourceWidth, rows.width, first, {run.columns, run.end}));
+  run.whole = run.end;
+  run.bytes = 0;
+  run.reads = 0;
   run.origin = 0;
   run.unpacked = false;
   run.move.columns = 0;
   run.move.full = false;
+  if (!isPixelDepth(run.depth)) run.begin = run.end;
+  if (run.begin == run.end) return;
   // Widening counts wide sources differently, so that there equal widths say nothing.
   run.straight = rows.how == Columns::kNarrow && rows.sourceWidth == rows.width;
-  if (run.begin >= run.end || !isPixelDepth(run.depth)) return;
   const uint32_t perByte = pixelsPerByte(run.depth);
   run.whole = std::min((run.begin + perByte - 1) / perByte * perByte, run.end);
   if (!run.straight && run.whole < run.end) planMoves(run, rows);
   // Columns rise from left to right: when the last one lies in a row, all do.
-  const uint64_t last = uint64_t{run.origin} + run.columns[run.end - 1];
-  run.reads = ((last + 1) * static_cast<uint64_t>(run.depth) + 7) / 8;
+  const auto depth = static_cast<uint64_t>(run.depth);
+  run.reads = ((uint64_t{run.origin} + run.columns[run.end - 1] + 1) * depth + 7) / 8;
+  const uint64_t bits = (run.end - run.whole) * depth;
+  run.at = static_cast<size_t>((uint64_t{first} + run.whole) * depth / 8);
+  run.bytes = static_cast<size_t>((bits + 7) / 8);
+  run.beside = static_cast<uint8_t>(bits % 8 != 0 ? 0xFFu >> (bits % 8) : 0);
 }
 
 void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination) {
-  if (run.begin >= run.end || !isPixelDepth(run.depth)) return;
   if (run.reads > source.size()) return copyPixels(run, run.begin, run.end, source, destination);
-  copyPixels(run, run.begin, run.whole, source, destination);
-  if (run.whole == run.end) return;
-  const auto depth = static_cast<uint64_t>(run.depth);
-  uint8_t *out = destination.data() + (uint64_t{run.first} + run.whole) * depth / 8;
-  const uint64_t bits = (run.end - run.whole) * depth;
-  // The bits beside the run in its last byte.
-  uint8_t *last = out + (bits + 7) / 8 - 1;
-  const uint8_t beside = static_cast<uint8_t>(bits % 8 != 0 ? 0xFFu >> (bits % 8) : 0);
-  const uint8_t kept = beside != 0 ? *last & beside : uint8_t{0};
+  if (run.begin != run.whole) copyPixels(run, run.begin, run.whole, source, destination);
+  if (run.bytes == 0) return;
+  uint8_t *out = destination.data() + run.at;
+  uint8_t *last = out + run.bytes - 1;
+  const uint8_t kept = run.beside != 0 ? *last & run.beside : uint8_t{0};
   if (run.straight) {
-    std::memcpy(out, source.data() + (uint64_t{run.first} + run.whole) * depth / 8,
-                static_cast<size_t>((bits + 7) / 8));
+    std::memcpy(out, source.data() + run.at, run.bytes);
   } else if (run.depth >= 8) {
     gatherWhole(run, source, out);
   } else if (run.unpacked) {
@@ -196,7 +198,7 @@ void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uin
   } else {
     gatherPacked(run, source, out);
   }
-  if (beside != 0) *last = static_cast<uint8_t>((*last & ~beside) | kept);
+  if (run.beside != 0) *last = static_cast<uint8_t>((*last & ~run.beside) | kept);
 }
 
 }  // namespace color

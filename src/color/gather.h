@@ -19,6 +19,9 @@ struct ColumnRun {
   uint32_t begin = 0;          // the first one that is written, counted from there
   uint32_t whole = 0;          // the first one that starts a byte, begin or after it
   uint32_t end = 0;            // one past the last, counted from there
+  size_t at = 0;               // where that byte lies in a row of the destination
+  size_t bytes = 0;            // from there to the end, the last one perhaps in part
+  uint8_t beside = 0;          // the bits of the last one that are not the run's
   uint64_t reads = 0;          // bytes of a source row, up to the last pixel that is read
   bool straight = false;       // every column takes the source column of the same number
   bool unpacked = false;       // pixels of less than a byte move as bytes, by way of a copy
