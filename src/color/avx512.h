@@ -6,7 +6,7 @@
 #include <immintrin.h>
 
 #define RAXEL_HAS_AVX512 1
-#define RAXEL_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512bitalg,bmi2")))
+#define RAXEL_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512bitalg")))
 
 namespace color {
 

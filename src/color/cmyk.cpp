@@ -36,11 +36,13 @@ void cmykToRgbFrom(const uint8_t *in, uint8_t *out, size_t count) {
   }
 }
 
-void dropAlpha(uint8_t *pixels, size_t count) {
+void dropAlphaPlain(uint8_t *pixels, size_t count) {
+  dropAlphaFrom(pixels, pixels, count);
+}
+
+void dropAlphaFrom(const uint8_t *in, uint8_t *out, size_t count) {
   if (count == 0) return;
   // All but the last pixel move with their fourth byte, which the next one overwrites.
-  uint8_t *out = pixels;
-  const uint8_t *in = pixels;
   for (size_t i = 1; i < count; ++i, in += 4, out += 3) runtime::store(out, runtime::load<uint32_t>(in));
   std::memmove(out, in, 3);
 }
@@ -69,5 +71,5 @@ void rlCMYKtoRGB(Handle bits, uint32_t width, uint32_t height) {
 }
 
 void rlALPHAtoRGB(Handle bits, uint32_t width, uint32_t height) {
-  color::convertBlock(bits, width, height, color::dropAlpha);
+  color::convertBlock(bits, width, height, color::kernels().dropAlpha);
 }

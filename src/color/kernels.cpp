@@ -22,8 +22,9 @@ constexpr Kernels kKernels[] = {
      .mirrorBytes = mirrorBytesPlain,
      .mirrorTriples = mirrorTriplesPlain,
      .mirrorWords = mirrorWordsPlain,
-     .cmykToRgb = cmykToRgbPlain},
-#if defined(RAXEL_HAS_SHUFFLE)
+     .cmykToRgb = cmykToRgbPlain,
+     .dropAlpha = dropAlphaPlain},
+#if defined(RAXEL_HAS_SSSE3)
     {.planMove = planShuffle,
      .bytesToNibbles = bytesToNibblesPlain,
      .bytesToBits = bytesToBitsPlain,
@@ -32,7 +33,8 @@ constexpr Kernels kKernels[] = {
      .mirrorBytes = mirrorBytesSsse3,
      .mirrorTriples = mirrorTriplesSsse3,
      .mirrorWords = mirrorWordsSsse3,
-     .cmykToRgb = cmykToRgbSsse3},
+     .cmykToRgb = cmykToRgbSsse3,
+     .dropAlpha = dropAlphaSsse3},
 #endif
 #if defined(RAXEL_HAS_AVX512)
     {.planMove = planPermute,
@@ -43,7 +45,8 @@ constexpr Kernels kKernels[] = {
      .mirrorBytes = mirrorBytesSsse3,
      .mirrorTriples = mirrorTriplesSsse3,
      .mirrorWords = mirrorWordsSsse3,
-     .cmykToRgb = cmykToRgbSsse3},
+     .cmykToRgb = cmykToRgbSsse3,
+     .dropAlpha = dropAlphaSsse3},
 #endif
 };
 
@@ -54,12 +57,11 @@ constinit Vectors mostVectors = Vectors::kAvx512;
 Vectors processorVectors() {
 #if defined(RAXEL_HAS_AVX512)
   if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
-      __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bitalg") &&
-      __builtin_cpu_supports("bmi2")) {
+      __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bitalg")) {
     return Vectors::kAvx512;
   }
 #endif
-#if defined(RAXEL_HAS_SHUFFLE)
+#if defined(RAXEL_HAS_SSSE3)
   if (__builtin_cpu_supports("ssse3")) return Vectors::kSsse3;
 #endif
   return Vectors::kNone;

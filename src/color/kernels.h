@@ -15,7 +15,7 @@ namespace color {
 enum class Vectors : uint8_t {
   kNone,
   kSsse3,   // x86: shuffles of 16 bytes
-  kAvx512,  // x86-64: permutations of 64 bytes and gathering of bits (AVX-512 BW, VBMI and BITALG; BMI2)
+  kAvx512,  // x86-64: permutations of 64 bytes and gathering of bits (AVX-512 BW, VBMI and BITALG)
 };
 
 struct Kernels {
@@ -35,6 +35,7 @@ struct Kernels {
 
   // Pictures change in place; see cmyk.h.
   void (*cmykToRgb)(uint8_t *pixels, size_t count);
+  void (*dropAlpha)(uint8_t *pixels, size_t count);
 };
 
 // The fastest forms that this processor has, and that the limit allows.

@@ -50,20 +50,37 @@ RAXEL_AVX512 void bytesToBitsAvx512(const uint8_t *values, const uint8_t *from, 
   bytesToBitsPlain(values, from, to, n);
 }
 
+namespace {
+
+// Where bytes of two pixels lie so that, with their pixels apart and side by side, each eight neighbours
+// come from the right to the left: 64 pixels in the first halves of 16 bytes, the next 64 in the second
+// halves.
+struct Order {
+  alignas(64) uint8_t from[64];
+};
+constexpr Order kPairsTurned = [] {
+  Order order{};
+  for (uint32_t i = 0; i < 64; ++i) {
+    const uint32_t half = i % 16 / 8 * 32;
+    order.from[i] = static_cast<uint8_t>(half + i / 16 * 8 + (i % 8 ^ 3));
+  }
+  return order;
+}();
+
+}  // namespace
+
 RAXEL_AVX512 void nibblesToBitsAvx512(const uint8_t *pairs, const uint8_t *from, uint8_t *to, size_t n) {
   // The table of the right pixels, for left pixels of 0: its bit 0 counts.
   const __m128i right = _mm_loadu_si128(static_cast<const __m128i_u *>(static_cast<const void *>(pairs)));
   const __m512i table = spread(right) << 7;
-  const __m512i turned = spread(_mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12));
+  const __m512i turned = _mm512_load_si512(kPairsTurned.from);
   const __m512i low = _mm512_set1_epi8(15);
-  constexpr uint64_t kLeft = 0xAAAAAAAAAAAAAAAA;
   for (; n >= 128; n -= 128, from += 64, to += 16) {
-    const __m512i bytes = _mm512_shuffle_epi8(_mm512_loadu_si512(from), turned);
-    const uint64_t lefts = _mm512_movepi8_mask(_mm512_shuffle_epi8(table, bytes >> 4 & low));
-    const uint64_t rights = _mm512_movepi8_mask(_mm512_shuffle_epi8(table, bytes & low));
-    // Four bytes of the source are one: their left pixels go to its odd bits, the right ones between.
-    runtime::store(to, _pdep_u64(lefts, kLeft) | _pdep_u64(rights, kLeft >> 1));
-    runtime::store(to + 8, _pdep_u64(lefts >> 32, kLeft) | _pdep_u64(rights >> 32, kLeft >> 1));
+    const __m512i bytes = permute(turned, _mm512_loadu_si512(from));
+    const __m512i lefts = _mm512_shuffle_epi8(table, bytes >> 4 & low);
+    const __m512i rights = _mm512_shuffle_epi8(table, bytes & low);
+    runtime::store(to, uint64_t{_mm512_movepi8_mask(_mm512_unpacklo_epi8(rights, lefts))});
+    runtime::store(to + 8, uint64_t{_mm512_movepi8_mask(_mm512_unpackhi_epi8(rights, lefts))});
   }
   nibblesToBitsPlain(pairs, from, to, n);
 }

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "color/shuffle.h"
+#include "color/ssse3.h"
 
 namespace color {
 
@@ -14,7 +14,7 @@ void mirrorBytesPlain(uint8_t *left, uint8_t *right, size_t n);
 void mirrorTriplesPlain(uint8_t *left, uint8_t *right, size_t n);
 void mirrorWordsPlain(uint8_t *left, uint8_t *right, size_t n);
 
-#if defined(RAXEL_HAS_SHUFFLE)
+#if defined(RAXEL_HAS_SSSE3)
 void mirrorBytesSsse3(uint8_t *left, uint8_t *right, size_t n);
 void mirrorTriplesSsse3(uint8_t *left, uint8_t *right, size_t n);
 void mirrorWordsSsse3(uint8_t *left, uint8_t *right, size_t n);

@@ -1,23 +1,8 @@
 #include "color/mirror.h"
 
-#if defined(RAXEL_HAS_SHUFFLE)
-
-#include <tmmintrin.h>
-
-#define RAXEL_SSSE3 __attribute__((target("ssse3")))
+#if defined(RAXEL_HAS_SSSE3)
 
 namespace color {
-
-namespace {
-
-RAXEL_SSSE3 inline __m128i loadSixteen(const uint8_t *from) {
-  return _mm_loadu_si128(static_cast<const __m128i_u *>(static_cast<const void *>(from)));
-}
-RAXEL_SSSE3 inline void storeSixteen(uint8_t *to, __m128i value) {
-  _mm_storeu_si128(static_cast<__m128i_u *>(static_cast<void *>(to)), value);
-}
-
-}  // namespace
 
 RAXEL_SSSE3 void mirrorBytesSsse3(uint8_t *left, uint8_t *right, size_t n) {
   const __m128i turned = _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);

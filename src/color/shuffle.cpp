@@ -1,8 +1,6 @@
 #include "color/shuffle.h"
 
-#if defined(RAXEL_HAS_SHUFFLE)
-
-#include <tmmintrin.h>
+#if defined(RAXEL_HAS_SSSE3)
 
 #include <cstring>
 
@@ -12,16 +10,7 @@ namespace {
 
 constexpr uint8_t kNoByte = 128;  // the shuffle answers 0 for it
 
-__attribute__((target("ssse3"))) __m128i loadSixteen(const uint8_t *from) {
-  return _mm_loadu_si128(static_cast<const __m128i *>(static_cast<const void *>(from)));
-}
-
-__attribute__((target("ssse3"))) void storeSixteen(uint8_t *to, __m128i value) {
-  _mm_storeu_si128(static_cast<__m128i *>(static_cast<void *>(to)), value);
-}
-
-__attribute__((target("ssse3"))) size_t shuffleOnce(const MovePlan &plan, std::span<const uint8_t> source,
-                                                    uint8_t *out) {
+RAXEL_SSSE3 size_t shuffleOnce(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {
   if (plan.reach > source.size()) return 0;
   for (size_t i = 0; i < plan.groups; ++i) {
     const __m128i from = loadSixteen(source.data() + plan.group[i].from);
@@ -30,8 +19,7 @@ __attribute__((target("ssse3"))) size_t shuffleOnce(const MovePlan &plan, std::s
   return plan.columns;
 }
 
-__attribute__((target("ssse3"))) size_t shuffleTwice(const MovePlan &plan, std::span<const uint8_t> source,
-                                                     uint8_t *out) {
+RAXEL_SSSE3 size_t shuffleTwice(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {
   if (plan.reach > source.size()) return 0;
   for (size_t i = 0; i < plan.groups; ++i) {
     const uint8_t *from = source.data() + plan.group[i].from;

@@ -9,14 +9,11 @@
 #include <span>
 
 #include "color/move_plan.h"
-
-#if defined(__x86_64__) || defined(__i386__)
-#define RAXEL_HAS_SHUFFLE 1
-#endif
+#include "color/ssse3.h"
 
 namespace color {
 
-#if defined(RAXEL_HAS_SHUFFLE)
+#if defined(RAXEL_HAS_SSSE3)
 
 // Plans the leading groups of a run, whose columns never fall. Plans nothing for pixels of less than a
 // byte. index[i][k] tells for byte k of group i which byte of the first 16 it is, and

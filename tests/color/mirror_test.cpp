@@ -79,15 +79,19 @@ TEST(FourBytes, GiveTheSameAtEveryLevel) {
   support::Random random(142);
   for (size_t n = 0; n < support::cases(200); ++n) {
     const Bytes bits = random.bytes(4 * n + n % 4);
-    Bytes expected(bits.begin(), bits.begin() + static_cast<ptrdiff_t>(4 * n));
-    reference::cmykToRgb(expected);
-    expected.insert(expected.end(), bits.begin() + static_cast<ptrdiff_t>(4 * n), bits.end());
-    for (const color::Vectors level : levels::all()) {
-      const levels::AtMost limit(level);
-      const support::PageEnd picture(bits);
-      rlCMYKtoRGB(picture.handle(), static_cast<uint32_t>(n), 1);
-      ASSERT_EQ(picture.bytes(), expected) << n << " pixels at level " << levels::number(level);
-    }
+    const auto check = [&](auto ours, auto theirs) {
+      Bytes expected(bits.begin(), bits.begin() + static_cast<ptrdiff_t>(4 * n));
+      theirs(expected);
+      expected.insert(expected.end(), bits.begin() + static_cast<ptrdiff_t>(4 * n), bits.end());
+      for (const color::Vectors level : levels::all()) {
+        const levels::AtMost limit(level);
+        const support::PageEnd picture(bits);
+        ours(picture.handle(), static_cast<uint32_t>(n), 1);
+        ASSERT_EQ(picture.bytes(), expected) << n << " pixels at level " << levels::number(level);
+      }
+    };
+    check(rlCMYKtoRGB, reference::cmykToRgb);
+    check(rlALPHAtoRGB, reference::dropAlpha);
   }
 }
 
