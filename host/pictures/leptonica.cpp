@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "check/directory.h"
+#include "pictures/peek.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -52,15 +53,40 @@ void copyWide(const Leptonica &lept, PIX *pix, Picture &out) {
   }
 }
 
-void copyColors(const Leptonica &lept, PIX *pix, const Background &background, Picture &out) {
-  const bool alpha = lept.pixGetSpp(pix) == 4;
+constexpr uint16_t kSamplesPerPixel = 277;
+
+// What the four bytes of a pixel are.
+struct Pixels {
+  bool opacity = false;        // the last one counts
+  bool premultiplied = false;  // the others are multiplied by it already
+  bool blueFirst = false;
+};
+
+Pixels kindOf(const Leptonica &lept, PIX *pix, const std::string &format, std::span<const uint8_t> bytes) {
+  Pixels kind;
+  kind.opacity = lept.pixGetSpp(pix) == 4;
+  // Colours come from libtiff, which multiplies; greys with opacity are taken as they are.
+  if (format == "TIFF") kind.premultiplied = readDirectory(bytes).value(kSamplesPerPixel, 1) == 4;
+  if (format == "BMP") kind.blueFirst = bmpHas32Bits(bytes);
+  if (format == "JPEG 2000")
+    kind.opacity = jpeg2000Channels(bytes) % 2 == 0 && jpeg2000Channels(bytes) != 0;
+  return kind;
+}
+
+void copyColors(const Leptonica &lept, PIX *pix, const Pixels &kind, const Background &background,
+                Picture &out) {
   const l_uint32 *line = lept.pixGetData(pix);
   const l_int32 words = lept.pixGetWpl(pix);
   uint8_t *to = out.pixels.data();
   for (uint32_t y = 0; y < out.view.height; ++y, line += words) {
     for (uint32_t x = 0; x < out.view.width; ++x, to += 3) {
-      const unsigned opacity = alpha ? line[x] & 255 : 255;
-      for (unsigned c = 0; c < 3; ++c) to[c] = blend(line[x] >> (24 - 8 * c) & 255, background[c], opacity);
+      const unsigned opacity = kind.opacity ? line[x] & 255 : 255;
+      for (unsigned c = 0; c < 3; ++c) {
+        const unsigned over = line[x] >> (kind.blueFirst ? 8 + 8 * c : 24 - 8 * c) & 255;
+        to[c] = kind.premultiplied
+                    ? static_cast<uint8_t>(std::min(over + blend(0, background[c], opacity), 255u))
+                    : blend(over, background[c], opacity);
+      }
     }
   }
 }
@@ -84,10 +110,19 @@ void readWithLeptonica(std::span<const uint8_t> bytes, const Background &backgro
   PIXCMAP *map = lept->pixGetColormap(pix.get());
   const uint32_t bits = depth == 16 ? 8 : depth == 32 ? 24 : static_cast<uint32_t>(depth);
   out.allocate(static_cast<uint32_t>(width), static_cast<uint32_t>(height), bits);
-  if (depth == 32) return copyColors(*lept, pix.get(), background, out);
+  if (depth == 32) {
+    return copyColors(*lept, pix.get(), kindOf(*lept, pix.get(), out.format, bytes), background, out);
+  }
   if (depth == 16) return copyWide(*lept, pix.get(), out);
   copyPacked(*lept, pix.get(), out);
-  if (map) return copyTable(*lept, map, background, out);
+  if (map) {
+    copyTable(*lept, map, background, out);
+    const int transparent = out.format == "GIF" ? gifTransparentIndex(bytes) : -1;
+    if (transparent >= 0 && static_cast<uint32_t>(transparent) < out.view.colors) {
+      std::copy(background.begin(), background.end(), out.table.begin() + 3 * transparent);
+    }
+    return;
+  }
   if (depth == 1) {  // without a table a set bit is black
     out.table[0] = out.table[1] = out.table[2] = 255;
     out.useTable(2);

@@ -1,0 +1,66 @@
+#include "pictures/peek.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace host {
+namespace {
+
+using Bytes = std::span<const uint8_t>;
+
+// A number of `size` bytes with the highest first; 0 beyond the end.
+uint64_t numberAt(Bytes file, uint64_t at, uint64_t size) {
+  if (at > file.size() || size > file.size() - at) return 0;
+  uint64_t value = 0;
+  for (uint64_t i = 0; i < size; ++i) value = value << 8 | file[static_cast<size_t>(at + i)];
+  return value;
+}
+
+// The content of the first box of a kind in a sequence of boxes (ISO 15444-1, annex I): a length that
+// counts itself, four letters, and where the length is 1 a longer one. Empty when there is none.
+Bytes boxIn(Bytes boxes, std::string_view kind) {
+  for (uint64_t at = 0; at + 8 <= boxes.size();) {
+    uint64_t length = numberAt(boxes, at, 4), front = 8;
+    if (length == 1) {
+      length = numberAt(boxes, at + 8, 8);
+      front = 16;
+    }
+    if (length == 0) length = boxes.size() - at;  // up to the end
+    if (length < front || length > boxes.size() - at) return {};
+    const Bytes box = boxes.subspan(static_cast<size_t>(at), static_cast<size_t>(length));
+    if (std::equal(kind.begin(), kind.end(), box.begin() + 4))
+      return box.subspan(static_cast<size_t>(front));
+    at += length;
+  }
+  return {};
+}
+
+}  // namespace
+
+int gifTransparentIndex(std::span<const uint8_t> file) {
+  if (file.size() < 13) return -1;
+  const unsigned flags = file[10];
+  size_t at = 13 + ((flags & 0x80) != 0 ? size_t{6} << (flags & 7) : 0);
+  int transparent = -1;
+  // Extensions are 21, a label, and pieces with their lengths in front, up to an empty one.
+  while (at + 8 <= file.size() && file[at] == 0x21) {
+    const bool graphicControl = file[at + 1] == 0xF9 && file[at + 2] >= 4;
+    if (graphicControl) transparent = (file[at + 3] & 1) != 0 ? file[at + 6] : -1;
+    at += 2;
+    while (at < file.size() && file[at] != 0) at += size_t{1} + file[at];
+    ++at;
+  }
+  return transparent;
+}
+
+bool bmpHas32Bits(std::span<const uint8_t> file) {
+  return file.size() > 30 && file[28] == 32 && file[29] == 0;
+}
+
+uint32_t jpeg2000Channels(std::span<const uint8_t> file) {
+  constexpr uint64_t kCodestream = 0xFF4FFF51;
+  if (numberAt(file, 0, 4) == kCodestream) return static_cast<uint32_t>(numberAt(file, 40, 2));
+  return static_cast<uint32_t>(numberAt(boxIn(boxIn(file, "jp2h"), "ihdr"), 8, 2));
+}
+
+}  // namespace host

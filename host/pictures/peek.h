@@ -1,0 +1,19 @@
+// Looks into files for what Leptonica does not tell of the pictures that it reads. Bytes are not trusted.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace host {
+
+// The index of the first picture's transparent colour; -1 for none.
+int gifTransparentIndex(std::span<const uint8_t> file);
+
+// True when pixels take four bytes, which are blue, green, red and one without a meaning.
+bool bmpHas32Bits(std::span<const uint8_t> file);
+
+// The number of channels, of a JP2 file or a bare codestream; 0 when it is not found. An even one has
+// opacity for its last.
+uint32_t jpeg2000Channels(std::span<const uint8_t> file);
+
+}  // namespace host

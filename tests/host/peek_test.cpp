@@ -1,0 +1,90 @@
+#include "pictures/peek.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+Bytes operator+(Bytes a, const Bytes &b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+// Screen of 1 by 1 with a table of two colours, and where the picture begins.
+const Bytes kGifFront{'G', 'I', 'F', '8', '9', 'a', 1, 0, 1, 0, 0x80, 0, 0, 0, 0, 0, 255, 255, 255};
+const Bytes kGifPicture{0x2C, 0, 0, 0, 0, 1, 0, 1, 0, 0, 2, 2, 0x44, 1, 0, 0x3B};
+const Bytes kComment{0x21, 0xFE, 3, 'a', 'b', 'c', 1, '!', 0};
+
+Bytes control(uint8_t flags, uint8_t index) {
+  return {0x21, 0xF9, 4, flags, 0, 0, index, 0};
+}
+
+Bytes box(const char *kind, const Bytes &content) {
+  const auto size = static_cast<uint8_t>(8 + content.size());
+  return Bytes{0,
+               0,
+               0,
+               size,
+               static_cast<uint8_t>(kind[0]),
+               static_cast<uint8_t>(kind[1]),
+               static_cast<uint8_t>(kind[2]),
+               static_cast<uint8_t>(kind[3])} +
+         content;
+}
+
+// Height 9, width 8, the channels, 8 bits, and what does not matter.
+Bytes imageHeader(uint8_t channels) {
+  return box("ihdr", {0, 0, 0, 9, 0, 0, 0, 8, 0, channels, 7, 7, 0, 0});
+}
+
+}  // namespace
+
+TEST(Peek, FindsTheTransparentColourOfAGif) {
+  EXPECT_EQ(host::gifTransparentIndex(kGifFront + kGifPicture), -1);
+  EXPECT_EQ(host::gifTransparentIndex(kGifFront + control(1, 1) + kGifPicture), 1);
+  EXPECT_EQ(host::gifTransparentIndex(kGifFront + control(0, 1) + kGifPicture), -1);
+  EXPECT_EQ(host::gifTransparentIndex(kGifFront + kComment + control(9, 0) + kComment + kGifPicture), 0);
+  // That of a second picture does not count.
+  EXPECT_EQ(host::gifTransparentIndex(kGifFront + kGifPicture + control(1, 1) + kGifPicture), -1);
+}
+
+TEST(Peek, FindsTheChannelsOfAJpeg2000) {
+  const Bytes front = box("jP  ", {13, 10, 0x87, 10}) + box("ftyp", {'j', 'p', '2', ' '});
+  EXPECT_EQ(host::jpeg2000Channels(front + box("jp2h", box("colr", {1, 0, 0}) + imageHeader(4))), 4u);
+  EXPECT_EQ(host::jpeg2000Channels(front + box("jp2h", imageHeader(3))), 3u);
+  EXPECT_EQ(host::jpeg2000Channels(front + box("jp2c", imageHeader(3))), 0u);
+  Bytes bare(50);
+  const Bytes markers{0xFF, 0x4F, 0xFF, 0x51};
+  std::copy(markers.begin(), markers.end(), bare.begin());
+  bare[41] = 2;
+  EXPECT_EQ(host::jpeg2000Channels(bare), 2u);
+}
+
+TEST(Peek, FindsTheDepthOfABmp) {
+  Bytes file(54);
+  file[28] = 32;
+  EXPECT_TRUE(host::bmpHas32Bits(file));
+  file[28] = 24;
+  EXPECT_FALSE(host::bmpHas32Bits(file));
+}
+
+TEST(Peek, TrustsNoLength) {
+  const Bytes gif = kGifFront + kComment + control(1, 1) + kGifPicture,
+              jp2 = box("jp2h", box("colr", {1, 0, 0}) + imageHeader(4));
+  for (const Bytes &whole : {gif, jp2}) {
+    for (size_t length = 0; length <= whole.size(); ++length) {
+      for (size_t at = 0; at < length; ++at) {
+        for (const uint8_t value : {0, 1, 255}) {
+          Bytes part(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length));
+          part[at] = value;
+          EXPECT_LT(host::gifTransparentIndex(part), 256);
+          EXPECT_LE(host::jpeg2000Channels(part), 65535u);
+          host::bmpHas32Bits(part);
+        }
+      }
+    }
+  }
+}
