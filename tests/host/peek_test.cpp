@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -77,7 +78,7 @@ TEST(Peek, TrustsNoLength) {
   for (const Bytes &whole : {gif, jp2}) {
     for (size_t length = 0; length <= whole.size(); ++length) {
       for (size_t at = 0; at < length; ++at) {
-        for (const uint8_t value : {0, 1, 255}) {
+        for (const uint8_t value : Bytes{0, 1, 255}) {
           Bytes part(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length));
           part[at] = value;
           EXPECT_LT(host::gifTransparentIndex(part), 256);
