@@ -98,8 +98,10 @@ void readWithLeptonica(std::span<const uint8_t> bytes, const Background &backgro
   if (!lept) throw Unreadable("needs Leptonica, which is not installed (package liblept5)");
   const Pix pix(lept->pixReadMem(bytes.data(), bytes.size()), FreePix{lept});
   if (!pix) {
-    throw Unreadable(out.format.empty() ? "is no picture in a known format"
-                                        : "is damaged, or of an unknown kind");
+    throw Unreadable(
+        out.format.empty()
+            ? "is no picture in a known format; see --help for those that are"
+            : "is damaged, or of a kind that Leptonica does not read; convert it to PNG first");
   }
   if (out.format == "TIFF" && readDirectory(bytes).next != 0) out.notes.push_back(kFurtherPictures);
   l_int32 width = 0, height = 0, depth = 0, dpiX = 0, dpiY = 0;
