@@ -1,10 +1,12 @@
 #include "progress.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <string_view>
 
 #include "report.h"
 #include "stop.h"
@@ -19,7 +21,27 @@ double seconds(std::chrono::steady_clock::duration d) {
   return std::chrono::duration<double>(d).count();
 }
 
+size_t columns() {
+  winsize size{};
+  return ioctl(2, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
 }  // namespace
+
+std::string bar(double part) {
+  constexpr size_t kSteps = 20;
+  const size_t done = static_cast<size_t>(std::clamp(part, 0.0, 1.0) * kSteps);
+  return '[' + std::string(done, '=') + std::string(kSteps - done, ' ') + ']';
+}
+
+std::string endOf(const std::string &name, size_t room) {
+  constexpr std::string_view kCut = "...";
+  if (name.size() <= room) return name;
+  size_t from = name.size() - (room > kCut.size() ? room - kCut.size() : 0);
+  // Not in the middle of a character of UTF-8.
+  while (from < name.size() && (static_cast<unsigned char>(name[from]) & 0xC0) == 0x80) ++from;
+  return std::string(kCut) + name.substr(from);
+}
 
 Progress::Progress(const std::string &name, bool wanted)
     : name_(printable(name)), shown_(wanted && isatty(2) == 1), start_(Clock::now()), last_(start_) {}
@@ -29,7 +51,9 @@ Progress::~Progress() {
 }
 
 void Progress::print(const std::string &text) {
-  std::fprintf(stderr, "\r\033[K%s  %s", name_.c_str(), text.c_str());
+  // A line that breaks could not be wiped.
+  const size_t used = text.size() + 3, room = columns() > used ? columns() - used : 0;
+  std::fprintf(stderr, "\r\033[K%s  %s", endOf(name_, room).c_str(), text.c_str());
   std::fflush(stderr);
   lineThere_ = true;
   stop::setLineShown(true);
@@ -52,8 +76,9 @@ void Progress::update(uint64_t size) {
   const double part = std::min(1.0, static_cast<double>(done_) / static_cast<double>(expected_));
   const double passed = seconds(now - start_), left = passed * (1 - part) / part;
   char text[96];
-  std::snprintf(text, sizeof text, "%3.0f%%  %.1f MB/s  %.0f:%02.0f left", part * 100,
-                static_cast<double>(size) / passed / 1e6, std::floor(left / 60), std::fmod(left, 60));
+  std::snprintf(text, sizeof text, "%s %3.0f%%  %.1f MB/s  %.0f:%02.0f left", bar(part).c_str(), part * 100,
+                static_cast<double>(size) / passed / 1e6, std::floor(left / 60),
+                std::floor(std::fmod(left, 60)));
   print(text);
 }
 

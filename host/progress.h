@@ -7,8 +7,14 @@
 
 namespace host {
 
-// Shows percent, speed and time left on standard error when that is a terminal; otherwise nothing, at no
-// cost.
+// "[=====     ]" for a part of the whole, 0 to 1.
+std::string bar(double part);
+
+// A name that fits into so many columns: its end, which tells names apart, when it is too long.
+std::string endOf(const std::string &name, size_t room);
+
+// Shows a bar, percent, speed and time left on standard error when that is a terminal; otherwise nothing,
+// at no cost.
 class Progress {
  public:
   Progress(const std::string &name, bool wanted);
