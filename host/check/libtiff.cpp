@@ -126,9 +126,13 @@ std::vector<uint8_t> TiffReader::colorMap(uint32_t bits) const {
   return map;
 }
 
+// Hostile files promise tiles of any size.
+constexpr uint64_t kLargestTiles = uint64_t{1} << 29;
+
 bool TiffReader::readTileRow(uint32_t y) {
   const uint64_t tileRow = lib_->TIFFTileRowSize64(tiff_), tileSize = lib_->TIFFTileSize64(tiff_);
   if (tileRow == 0 || tileWidth_ == 0 || tileHeight_ == 0 || tileSize < tileRow * tileHeight_) return false;
+  if (tileSize > kLargestTiles || rowBytes_ * tileHeight_ > kLargestTiles) return false;
   std::vector<uint8_t> tile(static_cast<size_t>(tileSize));
   tiles_.resize(static_cast<size_t>(rowBytes_ * tileHeight_));
   uint64_t column = 0;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 
+#include "check/directory.h"
 #include "failure.h"
 
 namespace host {
@@ -33,6 +34,8 @@ constexpr Magic kMagic[] = {
     {"P7\n"sv, 0, "PAM"},
 };
 
+constexpr uint16_t kTileWidth = 322;
+
 std::string formatOf(std::span<const uint8_t> bytes) {
   for (const Magic &magic : kMagic) {
     if (bytes.size() >= magic.at + magic.bytes.size() &&
@@ -51,6 +54,11 @@ void readAs(const std::string &format, std::span<const uint8_t> bytes, const Bac
   if (format == "JPEG") return readJpeg(bytes, out);
   if (format == "PDF" || format == "SVG") {
     throw Unreadable("is a " + format + " drawing; render it to PNG or PPM first");
+  }
+  if (format == "TIFF") {
+    const Directory directory = readDirectory(bytes);
+    if (directory.next != 0) out.notes.push_back(kFurtherPictures);
+    if (directory.find(kTileWidth)) return readTiledTiff(bytes, out);
   }
   readWithLeptonica(bytes, background, out);
 }

@@ -46,6 +46,7 @@ class Unreadable : public std::runtime_error {
 void readPnm(std::span<const uint8_t> bytes, Picture &out);
 void readPng(std::span<const uint8_t> bytes, const Background &background, Picture &out);
 void readJpeg(std::span<const uint8_t> bytes, Picture &out);
+void readTiledTiff(std::span<const uint8_t> bytes, Picture &out);
 void readWithLeptonica(std::span<const uint8_t> bytes, const Background &background, Picture &out);
 
 // Turns the picture as an Exif orientation (1 to 8) asks; 8- and 24-bit pictures only.

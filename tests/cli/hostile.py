@@ -79,7 +79,14 @@ def main():
     faults = []
     place = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
     with tempfile.TemporaryDirectory(prefix="raxel-hostile-", dir=place) as folder:
-        for name, whole in kinds(os.path.realpath(wanted.source)).items():
+        made = kinds(os.path.realpath(wanted.source))
+        # Nobody else writes tiles here.
+        tiles = os.path.join(folder, "tiles.tiff")
+        options = ["-m", "bilevel", "-c", "t6", "--layout", "tiles", "--size", "61x40px"]
+        subprocess.run([program, *options, os.path.join(wanted.source, "samples/photo.png"), tiles], check=True)
+        with open(tiles, "rb") as file:
+            made["tiles.tiff"] = file.read()
+        for name, whole in made.items():
             inputs, inspected = [], []
             for i in range(EACH):
                 path = os.path.join(folder, f"{i}-{name}")
