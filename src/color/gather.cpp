@@ -5,8 +5,8 @@
 
 #include "color/bitmap.h"
 #include "color/kernels.h"
+#include "color/move_singly.h"
 #include "color/packed_pixels.h"
-#include "runtime/unaligned.h"
 
 namespace color {
 
@@ -27,65 +27,12 @@ uint32_t pixelsPerByte(int16_t depth) {
   return depth < 8 ? 8u / static_cast<uint32_t>(depth) : 1u;
 }
 
-uint32_t bitAt(const uint8_t *row, uint32_t x) {
-  return static_cast<uint32_t>(row[x >> 3] >> (~x & 7)) & 1u;
-}
-
-uint32_t nibbleAt(const uint8_t *row, uint32_t x) {
-  return static_cast<uint32_t>(row[x >> 1] >> ((~x & 1) * 4)) & 15u;
-}
-
-void gatherBits(const uint32_t *columns, uint32_t n, const uint8_t *source, uint8_t *out) {
-  for (; n >= 8; n -= 8, columns += 8) {
-    uint32_t byte = 0;
-    for (int bit = 0; bit < 8; ++bit) byte = byte << 1 | bitAt(source, columns[bit]);
-    *out++ = static_cast<uint8_t>(byte);
-  }
-  uint32_t last = 0;
-  for (uint32_t bit = 0; bit < n; ++bit) last |= bitAt(source, columns[bit]) << (7 - bit);
-  if (n != 0) *out = static_cast<uint8_t>(last);
-}
-
-void gatherNibbles(const uint32_t *columns, uint32_t n, const uint8_t *source, uint8_t *out) {
-  for (; n >= 2; n -= 2, columns += 2) {
-    *out++ = static_cast<uint8_t>(nibbleAt(source, columns[0]) << 4 | nibbleAt(source, columns[1]));
-  }
-  if (n != 0) *out = static_cast<uint8_t>(nibbleAt(source, columns[0]) << 4);
-}
-
-void gatherBytes(const uint32_t *columns, uint32_t n, const uint8_t *source, uint8_t *out) {
-  for (uint32_t i = 0; i < n; ++i) out[i] = source[columns[i]];
-}
-
-void gatherTriples(const uint32_t *columns, uint32_t n, std::span<const uint8_t> source, uint8_t *out) {
-  // A pixel moves with the byte after it, which the next pixel then overwrites: one load and one
-  // store. Near the end of the block, and for the last pixel, only its three bytes move.
-  uint32_t i = 0;
-  const uint64_t farthest = n != 0 ? uint64_t{columns[n - 1]} * 3 : 0;
-  if (farthest + 4 <= source.size()) {
-    for (; i + 1 < n; ++i, out += 3) {
-      runtime::store(out, runtime::load<uint32_t>(source.data() + size_t{columns[i]} * 3));
-    }
-  }
-  for (; i < n; ++i, out += 3) std::memcpy(out, source.data() + size_t{columns[i]} * 3, 3);
-}
-
-void gatherWords(const uint32_t *columns, uint32_t n, const uint8_t *source, uint8_t *out) {
-  for (uint32_t i = 0; i < n; ++i) std::memcpy(out + size_t{i} * 4, source + size_t{columns[i]} * 4, 4);
-}
-
 // Pixels of whole bytes: by the plan, and one by one what it leaves over.
 void gatherWhole(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
-  const auto done = static_cast<uint32_t>(run.move.columns != 0 ? run.move.move(run.move, source, out) : 0);
-  const uint32_t *columns = run.columns + run.whole + done;
-  const uint32_t n = run.end - run.whole - done;
-  if (run.depth <= 8) {
-    gatherBytes(columns, n, source.data(), out + done);
-  } else if (run.depth == 24) {
-    gatherTriples(columns, n, source, out + size_t{done} * 3);
-  } else {
-    gatherWords(columns, n, source.data(), out + size_t{done} * 4);
-  }
+  const size_t done = run.move.columns != 0 ? run.move.move(run.move, source, out) : 0;
+  const int16_t depth = run.unpacked ? int16_t{8} : run.depth;
+  const std::span<const uint32_t> columns(run.columns + run.whole, run.end - run.whole);
+  moveSingly(depth, columns.subspan(done), source, out + done * static_cast<size_t>(depth) / 8);
 }
 
 // Pixels of less than a byte, each in a byte of its own on the way.
@@ -104,14 +51,10 @@ void gatherUnpacked(const ColumnRun &run, std::span<const uint8_t> source, uint8
 
 // Pixels of less than a byte as they are packed: by the plan, which takes all of them, or one by one.
 void gatherPacked(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
-  const uint32_t *columns = run.columns + run.whole;
-  const uint32_t n = run.end - run.whole;
   if (run.move.columns != 0) {
     run.move.move(run.move, source, out);
-  } else if (run.depth == 1) {
-    gatherBits(columns, n, source.data(), out);
   } else {
-    gatherNibbles(columns, n, source.data(), out);
+    moveSingly(run.depth, {run.columns + run.whole, run.end - run.whole}, source, out);
   }
 }
 
