@@ -106,8 +106,17 @@ struct Parsed {
   std::string output, directory;
 };
 
+// An empty name is most often a shell variable that was never set. Taken as "not given", it would make
+// another file the output.
+void checkName(const OptionRow &row, const std::string &value) {
+  const bool name = row.completes == Completes::kFile || row.completes == Completes::kFolder;
+  if (!name && row.id != OptionId::kSection) return;
+  if (value.empty()) fail("--" + std::string(row.longName) + ": the name is empty");
+}
+
 void apply(const OptionRow &row, const std::string &value, Parsed &to) {
   Options &o = to.options;
+  checkName(row, value);
   switch (row.id) {
     case OptionId::kOutput:
       to.output = value;

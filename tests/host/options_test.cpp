@@ -58,6 +58,12 @@ TEST(Options, SeveralInputsNeedAFolder) {
   EXPECT_EQ(parse({"--dry-run", "a.png"}).outputs.front(), "");
 }
 
+TEST(Options, AnEmptyNameIsNotTakenForNoneGiven) {
+  for (const char *option : {"--output", "--directory", "--library", "--profile", "--section"}) {
+    EXPECT_EQ(errorOf({option, "", "a.png", "b.png"}), std::string(option) + ": the name is empty");
+  }
+}
+
 TEST(Options, UnderstandsOtherNamesOfModesAndCompressions) {
   const Options o = parse({"-m", "bw", "-c", "CCITTFax4", "a", "b"});
   EXPECT_EQ(o.mode, RAXEL_MODE_BILEVEL);

@@ -9,4 +9,11 @@ code raxel-export --size 6x4ft in.png out.tif
 code raxel-export --nonsense in.png out.tif
 code raxel-export --save in.png out.tif
 code raxel-export -d here a/x.png b/x.png
+# An empty name is a fault, and not the last input's leave to be written over.
+for name in a b; do echo $name >$name.png; done
+code raxel-export -d "" a.png b.png
+code raxel-export -o "" a.png b.png
+code raxel-export --profile "" a.png b.tif
+cat b.png
+rm a.png b.png
 ls
