@@ -1,5 +1,6 @@
 #include "batch.h"
 
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -7,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <vector>
 
 #include "export.h"
 #include "library.h"
@@ -53,13 +55,12 @@ Report exportOne(const Library &library, const Options &options, size_t index, P
   return report;
 }
 
-void readAll(int fd, std::string &to) {
+// Appends what the pipe holds now; false at its end.
+bool readSome(int fd, std::string &to) {
   char piece[4096];
-  for (;;) {
-    const ssize_t got = read(fd, piece, sizeof piece);
-    if (got > 0) to.append(piece, static_cast<size_t>(got));
-    if (got == 0 || (got < 0 && errno != EINTR)) return;
-  }
+  const ssize_t got = read(fd, piece, sizeof piece);
+  if (got > 0) to.append(piece, static_cast<size_t>(got));
+  return got > 0 || (got < 0 && errno == EINTR);
 }
 
 void writeAll(int fd, const std::string &text) {
@@ -113,25 +114,43 @@ class Pool {
     children_[pid] = {index, ends[0]};
   }
 
+  // Takes in reports until one is whole. All pipes are read meanwhile: a child whose report is longer than
+  // a pipe holds ends only when somebody reads it.
   void waitForOne() {
+    for (;;) {
+      std::vector<pollfd> pipes;
+      std::vector<pid_t> pids;
+      for (const auto &[pid, child] : children_) {
+        pipes.push_back({child.pipe, POLLIN, 0});
+        pids.push_back(pid);
+      }
+      if (poll(pipes.data(), pipes.size(), -1) < 0) continue;  // a signal came
+      for (size_t i = 0; i < pipes.size(); ++i) {
+        if (pipes[i].revents == 0) continue;
+        const Child &child = children_.at(pids[i]);
+        if (!readSome(child.pipe, outcome_.json[child.index])) return finish(pids[i]);
+      }
+    }
+  }
+
+  size_t running() const { return children_.size(); }
+
+ private:
+  // Of a child whose pipe is at its end.
+  void finish(pid_t pid) {
     int status = 0;
-    const pid_t pid = waitpid(-1, &status, 0);
-    const auto child = children_.find(pid);
-    if (child == children_.end()) return;
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
     stop::removeChild(pid);
-    const auto [index, pipe] = child->second;
-    readAll(pipe, outcome_.json[index]);
+    const auto [index, pipe] = children_.at(pid);
     close(pipe);
-    children_.erase(child);
+    children_.erase(pid);
     outcome_.exits[index] = WIFEXITED(status) ? static_cast<Exit>(WEXITSTATUS(status)) : kLibrary;
     if (outcome_.json[index].empty()) reportEnd(index, status);
     ++done_;
     line_.stage((std::to_string(done_) + " done").c_str());
   }
 
-  size_t running() const { return children_.size(); }
-
- private:
   // For a child that ended without a report of its own.
   void reportEnd(size_t index, int status) {
     Report report;

@@ -9,3 +9,8 @@ for jobs in 1 3; do
 done
 raxel-export -j 2 --json -d to chart4.png broken.png | sed 's/"seconds":{[^}]*}/"seconds":{}/'
 code raxel-export -d missing chart4.png ramp.png
+# Reports of any length: this one is longer than a pipe holds.
+long=$(printf 'a%.0s' {1..40000})
+timeout 20 raxel-export -q --json -j 2 -d to "$long" chart4.png >long.json 2>long.err
+echo "exit $?, $(($(wc -c <long.json) / 40000)) times the name, $(wc -l <long.json) lines"
+ls -A to
