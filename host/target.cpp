@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstring>
 
 #include "failure.h"
@@ -81,6 +82,18 @@ int createSlot(const std::string &path, std::string &name) {
   return -1;
 }
 
+// Renames to a name that nobody has, and answers the error: EEXIST when somebody has it by now. Disks that
+// cannot do it in one step can link, or the name is looked at just before.
+int renameToNew(const std::string &from, const std::string &to) {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS) return errno;
+  if (link(from.c_str(), to.c_str()) == 0) return unlink(from.c_str()) == 0 ? 0 : errno;
+  if (errno == EEXIST) return errno;
+  struct stat about;
+  if (lstat(to.c_str(), &about) == 0) return EEXIST;
+  return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
 std::string reason(int error) {
   switch (error) {
     case ENOENT:
@@ -113,7 +126,8 @@ std::string reason(int error) {
 
 }  // namespace
 
-Target::Target(const std::string &path, const TargetRules &rules) : name_(path) {
+Target::Target(const std::string &path, const TargetRules &rules)
+    : name_(path), keepsOld_(rules.noClobber) {
   if (path == "-") {
     name_ = "standard output";
     if (isatty(1) && !rules.force)
@@ -199,7 +213,15 @@ void Target::commit() {
   if (!sink_->flush()) failWrite(sink_->error());
   if (const int error = syncToDisk(fd_, sink_->size()); error != 0) failWrite(error);
   const stop::Hold hold;  // the name changes hands in one step
-  if (rename(temporary_.c_str(), path_.c_str()) != 0) failWrite(errno);
+  if (keepsOld_) {
+    if (const int error = renameToNew(temporary_, path_); error == EEXIST) {
+      failCreate(name_, "it was made during the export, and --no-clobber was given");
+    } else if (error != 0) {
+      failWrite(error);
+    }
+  } else if (rename(temporary_.c_str(), path_.c_str()) != 0) {
+    failWrite(errno);
+  }
   temporary_.clear();
   stop::setTemporary("");
   // A killed export may have left a child in the middle of a sync, which held the lock at the beginning.

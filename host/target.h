@@ -44,6 +44,7 @@ class Target {
   std::string name_;       // for messages
   std::string path_;       // the file to replace, links followed; empty when bytes are kept
   std::string temporary_;  // empty once it is renamed
+  bool keepsOld_ = false;  // true when a file that turns up meanwhile stays
   bool replaces_ = false;  // true when an old file is at stake
   int fd_ = -1;            // of the temporary, or of what the kept bytes go to
   std::unique_ptr<Sink> sink_;

@@ -46,6 +46,29 @@ TEST(Target, ReplacesTheOldFileOnlyAtTheEnd) {
   EXPECT_EQ(filesIn(folder.path()), 1u);
 }
 
+TEST(Target, KeepsAFileThatWasMadeMeanwhileIfNoneMayBeReplaced) {
+  const support::TempDir folder;
+  const std::string path = folder.file("a.tif");
+  {
+    Target target(path, {.noClobber = true});
+    write(target, "new");
+    support::writeFile(path, "old");
+    try {
+      target.commit();
+      FAIL() << "replaced it";
+    } catch (const host::Failure &failure) {
+      EXPECT_EQ(failure.code(), host::kNoCreate);
+      EXPECT_EQ(failure.what(),
+                path + ": cannot be created: it was made during the export, and --no-clobber was given");
+    }
+  }
+  EXPECT_EQ(support::readText(path), "old");
+  EXPECT_EQ(filesIn(folder.path()), 1u);
+  std::filesystem::remove(path);
+  Target(path, {.noClobber = true}).commit();
+  EXPECT_EQ(filesIn(folder.path()), 1u);
+}
+
 TEST(Target, LeavesNothingBehindWhenGivenUp) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
