@@ -44,6 +44,13 @@ constexpr std::array<Type, 13> kTypes{{{"", 0},
 
 constexpr uint32_t kMostValues = 70000;  // more than the strips or tiles of any file written here
 constexpr uint32_t kMostText = 200;
+constexpr size_t kMostFaults = 1000;  // nobody reads more
+constexpr uint16_t kColorMap = 320, kStrips = 273, kStripSizes = 279, kTiles = 324, kTileSizes = 325;
+
+// Tags without whose values there are no pixels, or none in their colours.
+bool isNeeded(uint16_t tag) {
+  return tag == kColorMap || tag == kStrips || tag == kStripSizes || tag == kTiles || tag == kTileSizes;
+}
 
 // Numbers at places of the file; a place outside reads as 0 and is remembered.
 class Bytes {
@@ -92,20 +99,26 @@ double valueAt(const Bytes &bytes, uint64_t at, uint16_t type) {
   }
 }
 
-DirectoryEntry readEntry(const Bytes &bytes, uint64_t at, std::vector<std::string> &faults) {
+// Adds a fault; `cuts` says that it leaves pixels or colours out.
+void addFault(Directory &directory, const std::string &fault, bool cuts) {
+  directory.faults.push_back(fault);
+  if (cuts && directory.cut.empty()) directory.cut = fault;
+}
+
+DirectoryEntry readEntry(const Bytes &bytes, uint64_t at, Directory &directory) {
   DirectoryEntry entry{static_cast<uint16_t>(bytes.number(at, 2)),
                        static_cast<uint16_t>(bytes.number(at + 2, 2)),
                        static_cast<uint32_t>(bytes.number(at + 4, 4)),
                        {},
                        {}};
   if (entry.type == 0 || entry.type >= kTypes.size()) {
-    faults.push_back(tagName(entry.tag) + " has the unknown type " + std::to_string(entry.type));
+    addFault(directory, tagName(entry.tag) + " has the unknown type " + std::to_string(entry.type), false);
     return entry;
   }
   const uint64_t size = uint64_t{kTypes[entry.type].size} * entry.count;
   const uint64_t place = size <= 4 ? at + 8 : bytes.number(at + 8, 4);
   if (!bytes.has(place, size)) {
-    faults.push_back(tagName(entry.tag) + " has values beyond the end of the file");
+    addFault(directory, tagName(entry.tag) + " has values beyond the end of the file", isNeeded(entry.tag));
     return entry;
   }
   if (entry.type == 2) {
@@ -115,7 +128,9 @@ DirectoryEntry readEntry(const Bytes &bytes, uint64_t at, std::vector<std::strin
     }
     return entry;
   }
-  for (uint32_t i = 0; i < std::min(entry.count, kMostValues); ++i) {
+  // Of the strips none is left unlooked at; a tag that stands twice does not count again.
+  const bool all = isNeeded(entry.tag) && !directory.find(entry.tag);
+  for (uint32_t i = 0; i < (all ? entry.count : std::min(entry.count, kMostValues)); ++i) {
     entry.values.push_back(valueAt(bytes, place + uint64_t{kTypes[entry.type].size} * i, entry.type));
   }
   return entry;
@@ -139,12 +154,13 @@ void checkPieces(Directory &directory, uint64_t fileSize, uint16_t offsetsTag, u
     directory.faults.push_back("there are not as many byte counts as offsets");
   }
   for (size_t i = 0; i < std::min(offsets->values.size(), counts->values.size()); ++i) {
+    if (directory.faults.size() >= kMostFaults) return;
     const double offset = offsets->values[i], count = counts->values[i];
-    const std::string piece = (offsetsTag == 273 ? "strip " : "tile ") + std::to_string(i + 1);
+    const std::string piece = (offsetsTag == kStrips ? "strip " : "tile ") + std::to_string(i + 1);
     if (offset == 0 || count == 0) {
       directory.faults.push_back(piece + " is empty or has no place");
     } else if (offset + count > static_cast<double>(fileSize)) {
-      directory.faults.push_back(piece + " reaches beyond the end of the file");
+      addFault(directory, piece + " reaches beyond the end of the file", true);
     }
   }
 }
@@ -191,11 +207,11 @@ Directory readDirectory(std::span<const uint8_t> file) {
     return directory;
   }
   for (uint64_t i = 0; i < count; ++i)
-    directory.entries.push_back(readEntry(bytes, start + 12 * i, directory.faults));
+    directory.entries.push_back(readEntry(bytes, start + 12 * i, directory));
   directory.next = static_cast<uint32_t>(bytes.number(start + 12 * count, 4));
   checkOrder(directory);
-  checkPieces(directory, file.size(), 273, 279);
-  checkPieces(directory, file.size(), 324, 325);
+  checkPieces(directory, file.size(), kStrips, kStripSizes);
+  checkPieces(directory, file.size(), kTiles, kTileSizes);
   if (directory.next != 0) directory.faults.push_back("further pictures follow; only the first is shown");
   return directory;
 }

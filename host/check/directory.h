@@ -22,6 +22,7 @@ struct Directory {
   uint32_t next = 0;
   std::vector<DirectoryEntry> entries;
   std::vector<std::string> faults;  // what breaks the format, or is no good sign
+  std::string cut;                  // the first fault by which pixels or their colours are missing
 
   const DirectoryEntry *find(uint16_t tag) const;
   // The first value of an entry; `none` without one.

@@ -26,15 +26,23 @@ bool load(LibTiff &to) {
          RAXEL_RESOLVE(TIFFGetFieldDefaulted) && RAXEL_RESOLVE(TIFFIsTiled) &&
          RAXEL_RESOLVE(TIFFScanlineSize64) && RAXEL_RESOLVE(TIFFReadScanline) &&
          RAXEL_RESOLVE(TIFFTileSize64) && RAXEL_RESOLVE(TIFFTileRowSize64) && RAXEL_RESOLVE(TIFFReadTile) &&
-         RAXEL_RESOLVE(TIFFSetErrorHandler) && RAXEL_RESOLVE(TIFFSetWarningHandler);
+         RAXEL_RESOLVE(TIFFSetErrorHandler) && RAXEL_RESOLVE(TIFFSetWarningHandler) &&
+         RAXEL_RESOLVE(TIFFSetErrorHandlerExt);
 #undef RAXEL_RESOLVE
 }
 
-const LibTiff &libTiff() {
+// Null when the library is not installed.
+const LibTiff *installed() {
   static LibTiff functions{};
   static const bool loaded = load(functions);
-  if (!loaded) throw Failure(kNoWrite, "libtiff is needed for this and not installed (package libtiff6)");
-  return functions;
+  return loaded ? &functions : nullptr;
+}
+
+const LibTiff &libTiff() {
+  const LibTiff *functions = installed();
+  if (!functions)
+    throw Failure(kNoWrite, "libtiff is needed for this and not installed (package libtiff6)");
+  return *functions;
 }
 
 // The handlers get no context, so what is said goes here; cleared by each reader.
@@ -52,6 +60,12 @@ __attribute__((format(printf, 2, 0))) void onError(const char *, const char *for
 }
 __attribute__((format(printf, 2, 0))) void onWarning(const char *, const char *format, va_list arguments) {
   collect(saidWarnings, format, arguments);
+}
+
+// The kind that a reader beside this one does not replace by its own.
+__attribute__((format(printf, 3, 0))) void onErrorOfOthers(thandle_t, const char *, const char *format,
+                                                           va_list arguments) {
+  collect(saidErrors, format, arguments);
 }
 
 tmsize_t readBytes(thandle_t handle, void *to, tmsize_t count) {
@@ -81,6 +95,19 @@ toff_t sizeOf(thandle_t handle) {
 }
 
 }  // namespace
+
+TiffListener::TiffListener() : lib_(installed()) {
+  saidErrors.clear();
+  if (lib_) lib_->TIFFSetErrorHandlerExt(onErrorOfOthers);
+}
+
+TiffListener::~TiffListener() {
+  if (lib_) lib_->TIFFSetErrorHandlerExt(nullptr);
+}
+
+const std::vector<std::string> &TiffListener::errors() const {
+  return saidErrors;
+}
 
 TiffReader::TiffReader(std::span<const uint8_t> bytes) : lib_(&libTiff()), memory_{bytes, 0} {
   saidErrors.clear();

@@ -24,6 +24,22 @@ struct LibTiff {
   decltype(&::TIFFReadTile) TIFFReadTile;
   decltype(&::TIFFSetErrorHandler) TIFFSetErrorHandler;
   decltype(&::TIFFSetWarningHandler) TIFFSetWarningHandler;
+  decltype(&::TIFFSetErrorHandlerExt) TIFFSetErrorHandlerExt;
+};
+
+// While it lives, hears the errors that the library has when others read through it: some go on with
+// whatever the memory holds. Hears nothing when the library is not installed.
+class TiffListener {
+ public:
+  TiffListener();
+  ~TiffListener();
+  TiffListener(const TiffListener &) = delete;
+  TiffListener &operator=(const TiffListener &) = delete;
+
+  const std::vector<std::string> &errors() const;
+
+ private:
+  const LibTiff *lib_;
 };
 
 // Bytes and a place in them.

@@ -2,8 +2,10 @@
 #include "prepare/leptonica.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "check/directory.h"
+#include "check/libtiff.h"
 #include "pictures/peek.h"
 #include "pictures/picture.h"
 
@@ -96,6 +98,10 @@ void copyColors(const Leptonica &lept, PIX *pix, const Pixels &kind, const Backg
 void readWithLeptonica(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   const Leptonica *lept = prepare::leptonica();
   if (!lept) throw Unreadable("needs Leptonica, which is not installed (package liblept5)");
+  // BigTIFF as well as TIFF.
+  const bool tiff = bytes.size() > 2 && (bytes[0] == 'I' || bytes[0] == 'M') && bytes[1] == bytes[0];
+  std::optional<TiffListener> listener;
+  if (tiff) listener.emplace();
   const Pix pix(lept->pixReadMem(bytes.data(), bytes.size()), FreePix{lept});
   if (!pix) {
     throw Unreadable(
@@ -112,6 +118,8 @@ void readWithLeptonica(std::span<const uint8_t> bytes, const Background &backgro
   const uint32_t bits = depth == 16 ? 8 : depth == 32 ? 24 : static_cast<uint32_t>(depth);
   out.allocate(static_cast<uint32_t>(width), static_cast<uint32_t>(height), bits);
   if (depth == 32) {
+    // Colours are read without an end at the first fault, and come out whatever is missing.
+    if (tiff && !listener->errors().empty()) throw Unreadable("is damaged: " + listener->errors().front());
     return copyColors(*lept, pix.get(), kindOf(*lept, pix.get(), out.format, bytes), background, out);
   }
   if (depth == 16) return copyWide(*lept, pix.get(), out);

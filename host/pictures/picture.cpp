@@ -57,6 +57,7 @@ void readAs(const std::string &format, std::span<const uint8_t> bytes, const Bac
   }
   if (format == "TIFF") {
     const Directory directory = readDirectory(bytes);
+    if (!directory.cut.empty()) throw Unreadable("is cut short or damaged: " + directory.cut);
     if (directory.next != 0) out.notes.push_back(kFurtherPictures);
     if (directory.find(kTileWidth)) return readTiledTiff(bytes, out);
   }

@@ -8,6 +8,7 @@ namespace prepare {
 
 struct Leptonica {
   decltype(&::setMsgSeverity) setMsgSeverity;
+  decltype(&::leptSetStderrHandler) leptSetStderrHandler;
   decltype(&::pixReadMem) pixReadMem;
   decltype(&::pixCreate) pixCreate;
   decltype(&::pixDestroy) pixDestroy;

@@ -86,6 +86,38 @@ TEST(Directory, NamesFaults) {
   EXPECT_EQ(faultsOf(file), "its directory lies beyond the end of the file;");
 }
 
+// What is missing makes a difference only where it is pixels or their colours.
+TEST(Directory, TellsWhetherPixelsAreCut) {
+  EXPECT_EQ(host::readDirectory(sample(true)).cut, "");
+  Bytes file = sample(true);
+  file.pop_back();
+  EXPECT_EQ(host::readDirectory(file).cut, "strip 1 reaches beyond the end of the file");
+  file = sample(true);
+  file[54] = 200;  // the resolution's place
+  EXPECT_EQ(host::readDirectory(file).cut, "");
+  file[46] = 64;  // tag 282 becomes 320
+  EXPECT_EQ(host::readDirectory(file).cut, "ColorMap has values beyond the end of the file");
+}
+
+// More strips than a text would show: the last one counts like the first.
+TEST(Directory, LooksAtEveryStrip) {
+  constexpr uint32_t kStrips = 80000;
+  Bytes file{'I', 'I'};
+  put16(file, 42, true);
+  put32(file, 8, true);
+  put16(file, 2, true);
+  for (const uint32_t tag : {273u, 279u}) {
+    put16(file, tag, true);
+    put16(file, 4, true);
+    put32(file, kStrips, true);
+    put32(file, tag == 273 ? 38 : 38 + 4 * kStrips, true);
+  }
+  put32(file, 0, true);
+  for (uint32_t i = 0; i < kStrips; ++i) put32(file, 8, true);
+  for (uint32_t i = 0; i < kStrips; ++i) put32(file, i + 1 == kStrips ? 0x7FFFFFFF : 1, true);
+  EXPECT_EQ(host::readDirectory(file).cut, "strip 80000 reaches beyond the end of the file");
+}
+
 TEST(Directory, AnyBytesAreReadWithoutHarm) {
   support::Random random(11);
   for (int round = 0; round < 3000; ++round) {
