@@ -45,7 +45,7 @@ void copyTable(const Leptonica &lept, PIXCMAP *map, const Background &background
 }
 
 void copyWide(const Leptonica &lept, PIX *pix, Picture &out) {
-  out.notes.push_back("16-bit channels are reduced to 8");
+  out.notes.push_back(kReduced);
   const l_uint32 *line = lept.pixGetData(pix);
   const l_int32 words = lept.pixGetWpl(pix);
   uint8_t *to = out.pixels.data();

@@ -4,7 +4,6 @@
 #include <cstring>
 #include <new>
 
-#include "check/directory.h"
 #include "failure.h"
 
 namespace host {
@@ -34,8 +33,6 @@ constexpr Magic kMagic[] = {
     {"P7\n"sv, 0, "PAM"},
 };
 
-constexpr uint16_t kTileWidth = 322;
-
 std::string formatOf(std::span<const uint8_t> bytes) {
   for (const Magic &magic : kMagic) {
     if (bytes.size() >= magic.at + magic.bytes.size() &&
@@ -55,12 +52,7 @@ void readAs(const std::string &format, std::span<const uint8_t> bytes, const Bac
   if (format == "PDF" || format == "SVG") {
     throw Unreadable("is a " + format + " drawing; render it to PNG or PPM first");
   }
-  if (format == "TIFF") {
-    const Directory directory = readDirectory(bytes);
-    if (!directory.cut.empty()) throw Unreadable("is cut short or damaged: " + directory.cut);
-    if (directory.next != 0) out.notes.push_back(kFurtherPictures);
-    if (directory.find(kTileWidth)) return readTiledTiff(bytes, out);
-  }
+  if (format == "TIFF") return readTiff(bytes, background, out);
   readWithLeptonica(bytes, background, out);
 }
 

@@ -46,10 +46,11 @@ class Unreadable : public std::runtime_error {
 void readPnm(std::span<const uint8_t> bytes, Picture &out);
 void readPng(std::span<const uint8_t> bytes, const Background &background, Picture &out);
 void readJpeg(std::span<const uint8_t> bytes, Picture &out);
+void readTiff(std::span<const uint8_t> bytes, const Background &background, Picture &out);
 void readTiledTiff(std::span<const uint8_t> bytes, Picture &out);
 void readWithLeptonica(std::span<const uint8_t> bytes, const Background &background, Picture &out);
 
-// Turns the picture as an Exif orientation (1 to 8) asks; 8- and 24-bit pictures only.
+// Turns the picture, whose pixels must be its own, as an orientation of TIFF or Exif (1 to 8) asks.
 void turnUpright(Picture &picture, int orientation);
 
 // `over` laid on `under` with an opacity of 0 to 255.
@@ -60,6 +61,8 @@ constexpr uint8_t blend(unsigned over, unsigned under, unsigned opacity) {
 // What to note of a file with several pictures.
 inline constexpr const char *kFurtherPictures =
     "only the first picture of the file is taken; others follow it";
+
+inline constexpr const char *kReduced = "16-bit channels are reduced to 8";
 
 // 16 bits to 8, rounded.
 constexpr uint8_t narrow(unsigned v) {

@@ -108,7 +108,7 @@ void readPng(std::span<const uint8_t> bytes, const Background &background, Pictu
   spng_trns transparent{};
   const bool hasTransparency = spng_get_trns(c, &transparent) == 0;
   const bool wide = header.bit_depth == 16;
-  if (wide) out.notes.push_back("16-bit channels are reduced to 8");
+  if (wide) out.notes.push_back(kReduced);
   readResolution(c, out);
 
   switch (header.color_type) {

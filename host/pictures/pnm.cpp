@@ -142,7 +142,7 @@ void readConverted(const Header &header, const uint8_t *in, Picture &out) {
 void readPnm(std::span<const uint8_t> bytes, Picture &out) {
   Scanner scanner(bytes);
   const Header header = readHeader(bytes, scanner);
-  if (header.most > 255) out.notes.push_back("16-bit channels are reduced to 8");
+  if (header.most > 255) out.notes.push_back(kReduced);
   if (!header.raw()) return readPlain(header, scanner, out);
   const uint64_t wanted = rawStride(header) * header.height;
   if (wanted > scanner.left()) {

@@ -6,6 +6,7 @@
 
 import argparse
 import os
+import struct
 import subprocess
 import sys
 import tempfile
@@ -66,7 +67,30 @@ def write_all(source, folder):
         exif = Image.Exif()
         exif[274] = turn
         save(f"turned-{turn}.jpg", photo, 1, exif=exif)
+        for name, image in (("rgb", photo), ("grey", grey), ("two", two), ("table", table), ("clear", clear)):
+            save(f"turned-{name}-{turn}.tif", image, tiffinfo={274: turn})
+        put_tiles(os.path.join(folder, f"turned-tiles-{turn}.tif"), photo, turn)
+        made[os.path.join(folder, f"turned-tiles-{turn}.tif")] = 0
     return made
+
+
+def put_tiles(path, image, turn):
+    """Colours in tiles of 32 by 16, which Pillow does not write."""
+    width, height = image.size
+    tiles = [image.crop((x, y, x + 32, y + 16)).tobytes() for y in range(0, height, 16) for x in range(0, width, 32)]
+    count, size = len(tiles), 32 * 16 * 3
+    after = 8 + 2 + 12 * 13 + 4  # where the values that take more room begin
+    tags = [(256, 4, 1, width), (257, 4, 1, height), (258, 3, 3, after), (259, 3, 1, 1), (262, 3, 1, 2), (274, 3, 1, turn),
+            (277, 3, 1, 3), (284, 3, 1, 1), (317, 3, 1, 1), (322, 4, 1, 32), (323, 4, 1, 16), (324, 4, count, after + 6),
+            (325, 4, count, after + 6 + 4 * count)]
+    data = after + 6 + 8 * count
+    with open(path, "wb") as out:
+        out.write(struct.pack("<2sHIH", b"II", 42, 8, len(tags)))
+        for tag in tags:
+            out.write(struct.pack("<HHII", *tag))
+        out.write(struct.pack("<I3H", 0, 8, 8, 8))
+        out.write(struct.pack(f"<{2 * count}I", *(data + size * i for i in range(count)), *[size] * count))
+        out.write(b"".join(tiles))
 
 
 def upright(image):

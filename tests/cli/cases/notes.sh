@@ -6,3 +6,23 @@ printf 'P5\n1 1\n65535\nAB' >deep.pgm
 raxel-export deep.pgm out.tif
 raxel-export -q deep.pgm out.tif
 raxel-export --json deep.pgm out.tif | sed 's/"seconds":{[^}]*}/"seconds":{}/'
+# A TIFF of one pixel with 16-bit channels.
+word() { printf "\\x$(printf %02x $(($1 % 256)))\\x$(printf %02x $(($1 / 256)))"; }
+entry() { word "$1"; word "$2"; word "$3"; word 0; word "$4"; word 0; }
+{
+  printf 'II*\0\10\0\0\0'
+  word 9
+  entry 256 3 1 1
+  entry 257 3 1 1
+  entry 258 3 3 122
+  entry 259 3 1 1
+  entry 262 3 1 2
+  entry 273 4 1 128
+  entry 277 3 1 3
+  entry 278 3 1 1
+  entry 279 4 1 6
+  printf '\0\0\0\0'
+  word 16; word 16; word 16
+  printf 'ABCDEF'
+} >deep.tif
+raxel-export deep.tif out.tif
