@@ -8,6 +8,7 @@
 #include "handover.h"
 #include "prepare/source.h"
 #include "prepare/swap.h"
+#include "save.h"
 #include "target.h"
 
 namespace host {
@@ -90,7 +91,7 @@ void exportAsIs(const Library &library, const Options &options, Setup &setup, co
   checkComplete(stream, exportCells(library, setup, handover, output.c_str(), stream), target, library);
   report.bytes = target.sink().size();
   target.commit();
-  if (options.save) sendGiven(setup, options, true);
+  if (options.save) saveGiven(library, setup, options, report.notes);
 }
 
 }  // namespace host

@@ -10,6 +10,7 @@
 #include "handover.h"
 #include "pictures/picture.h"
 #include "progress.h"
+#include "save.h"
 #include "target.h"
 
 namespace host {
@@ -125,6 +126,7 @@ void exportPicture(const Library &library, const Options &options, const std::st
   describe(*picture, report);
   report.readSeconds = secondsSince(start);
 
+  checkSave(library, options);
   Setup setup(library, options);
   if (setup.fromProfile() && options.profile.empty()) {
     report.notes.push_back(std::string("takes settings from section [") + setup.record().szModeName +
@@ -174,7 +176,7 @@ void exportPicture(const Library &library, const Options &options, const std::st
   if (meant) meant->compare(target.bytes(), target.name());
   report.verified = options.verify;
   target.commit();
-  if (options.save) sendGiven(setup, options, true);
+  if (options.save) saveGiven(library, setup, options, report.notes);
   report.writeSeconds = secondsSince(start);
 }
 

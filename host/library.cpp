@@ -109,6 +109,8 @@ Library loadLibrary(const std::string &wanted) {
   loaded.byOrdinal(kMetafileEntry, library.metafileEntry);
   loaded.byOrdinal(kRasterEntry, library.rasterEntry);
 
+  loaded.byName("GetPrivateProfileString", library.readProfile);
+
   RaxelServices &s = library.services;
   loaded.byName("GlobalAlloc", s.GlobalAlloc);
   loaded.byName("GlobalLock", s.GlobalLock);

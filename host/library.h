@@ -6,6 +6,7 @@
 #include "raxel/driver.h"
 #include "raxel/filter.h"
 #include "raxel/host.h"
+#include "raxel/profile.h"
 #include "raxel/settings.h"
 
 namespace host {
@@ -22,6 +23,9 @@ struct Library {
   decltype(&::ExportCellData) exportCellData = nullptr;
   decltype(&::dd_entry) metafileEntry = nullptr;
   decltype(&::RASTER_dd_entry) rasterEntry = nullptr;
+
+  // By name: one value of a profile.
+  decltype(&::GetPrivateProfileString) readProfile = nullptr;
 
   // Services, by name: handle memory, and what the preparation borrows.
   RaxelServices services{};

@@ -116,6 +116,11 @@ void sendPlan(Setup &setup, const RaxelPlan &plan) {
   setup.setLayout(plan.layout);
 }
 
+void sendSize(Setup &setup, const SizeBox &box, bool save) {
+  if (box.x > 0) setup.set(kWidth, box.x, save);
+  if (box.y > 0) setup.set(kHeight, box.y, save);
+}
+
 void sendGiven(Setup &setup, const Options &options, bool save) {
   // The setup has them already, and only the profile has not.
   if (save) {
@@ -129,10 +134,7 @@ void sendGiven(Setup &setup, const Options &options, bool save) {
     setup.set(kResolutionX, (*options.dpi)[0], save);
     setup.set(kResolutionY, (*options.dpi)[1], save);
   }
-  if (options.size && !options.size->pixels) {
-    if (options.size->x > 0) setup.set(kWidth, options.size->x, save);
-    if (options.size->y > 0) setup.set(kHeight, options.size->y, save);
-  }
+  if (options.size && !options.size->pixels) sendSize(setup, *options.size, save);
   if (options.layout) setup.setLayout(*options.layout);
 }
 

@@ -68,6 +68,9 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
 // Sends the settings of a plan.
 void sendPlan(Setup &setup, const RaxelPlan &plan);
 
+// Sends the sides of a box in inches that are given.
+void sendSize(Setup &setup, const SizeBox &box, bool save);
+
 // Sends the settings that the command line gives, and no others; stores them in the profile if `save`.
 void sendGiven(Setup &setup, const Options &options, bool save);
 

@@ -10,3 +10,17 @@ cat own.ini
 code raxel-export --save --profile own.ini --section own -c g4 "$photo" out.tif
 grep Compression own.ini
 ls -A
+# A size that no profile holds is refused before anything is done.
+echo old >out.tif; cp own.ini before.ini
+code raxel-export --save --profile own.ini --section own -c lzw --size 30in --dpi 32 "$photo" out.tif
+cat out.tif; cmp own.ini before.ini
+# What will not count next time is said.
+raxel-export --save --profile own.ini --section own --set 18=3 --size 4x3 --layout strips "$photo" out.tif
+raxel-export --save --profile own.ini --section own --size 96x64px --set 19=3 --dpi 96 "$photo" out.tif
+printf '[ready]\nDriver=RAXEL.1\nResolution Mode=310\nSize Mode=603\n' >ready.ini
+raxel-export --save --profile ready.ini --section ready --set 14=1.5 --dpi 96 "$photo" out.tif
+cat ready.ini
+# A profile where nothing can be made beside it: the picture is written, and the settings are not.
+SETTINGS=$'\n[own]\nDriver=RAXEL.1\n' code raxel-export --save --profile /proc/self/environ --section own -m grey16 "$photo" kept.tif
+raxel-export --inspect kept.tif | head -1
+rm before.ini ready.ini kept.tif
