@@ -151,6 +151,10 @@ Target::Target(const std::string &path, const TargetRules &rules)
   }
   path_ = followLinks(path);
   if (path_.empty()) failCreate(name_, "its links lead in a circle");
+  // The temporary's shorter name would do where the file's own does not.
+  if (!exists && lstat(path_.c_str(), &about) != 0 && errno == ENAMETOOLONG) {
+    failCreate(name_, reason(ENAMETOOLONG));
+  }
   makeTemporary();
   replaces_ = exists;
   if (exists) {

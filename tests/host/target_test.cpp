@@ -69,6 +69,13 @@ TEST(Target, KeepsAFileThatWasMadeMeanwhileIfNoneMayBeReplaced) {
   EXPECT_EQ(filesIn(folder.path()), 1u);
 }
 
+TEST(Target, RefusesANameThatIsTooLongBeforeTheWork) {
+  const support::TempDir folder;
+  EXPECT_EQ(codeOf(folder.file(std::string(256, 'a')), {}), host::kNoCreate);
+  EXPECT_EQ(filesIn(folder.path()), 0u);
+  EXPECT_EQ(codeOf(folder.file(std::string(255, 'a')), {}), 0);
+}
+
 TEST(Target, LeavesNothingBehindWhenGivenUp) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
