@@ -44,6 +44,16 @@ void check(int code, const std::string &input) {
   if (code != RAXEL_HOST_OK) throw Failure(exitOf(code), input + ": " + raxelHostMessage(code));
 }
 
+// A picture that is too large only because the options ask for another size is their fault.
+void checkPlan(int code, const std::string &input, const RaxelPicture &picture, RaxelRequest request) {
+  const bool scaled = request.inchesX > 0 || request.inchesY > 0;
+  request.inchesX = request.inchesY = 0;
+  RaxelPlan unscaled;
+  if (exitOf(code) == kNoInput && scaled && raxelHostPlan(&picture, &request, &unscaled) == RAXEL_HOST_OK)
+    throw Failure(kUsage, input + ": " + raxelHostMessage(code));
+  check(code, input);
+}
+
 // Writes of image data that the library will make: the measure of progress.
 uint64_t dataWrites(const RaxelPlan &plan) {
   const uint64_t rowBytes = (uint64_t{plan.width} * plan.bits + 7) / 8;
@@ -135,7 +145,7 @@ void exportPicture(const Library &library, const Options &options, const std::st
   if (options.asIs) return exportAsIs(library, options, setup, *picture, output, progress, report);
   const RaxelRequest request = requestFor(options, setup, *picture, report.notes);
   RaxelPlan plan;
-  check(raxelHostPlan(&picture->view, &request, &plan), inputPath);
+  checkPlan(raxelHostPlan(&picture->view, &request, &plan), inputPath, picture->view, request);
   if (options.via == Via::kDriver) {
     if (const std::string why = driverRefusal(plan); !why.empty())
       throw Failure(kUsage, inputPath + ": " + why);

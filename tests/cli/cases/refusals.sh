@@ -11,3 +11,7 @@ code raxel-export --layout tiles -m bilevel -c t6 "$photo" tiles.tif
 code raxel-export --as-is -m grey256 -c t4 "$photo" as-is.tif
 code raxel-export --as-is --layout tiles -m bilevel -c t6 --size 1x1 "$photo" no.tif
 ls
+# Too large by the size asked for is a fault of the command line.
+code raxel-export --size 65536x65536px "$photo" no.tif
+code raxel-export --size 60000x60000px -m rgb "$photo" no.tif
+code raxel-export -m bilevel -c g4 "$photo" page.tif
