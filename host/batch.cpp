@@ -194,8 +194,8 @@ int exportAll(const Options &options) {
     }
   }
   if (options.json) {
-    const bool pictureOnStdout = options.outputs.front() == "-" && !options.dryRun;
-    std::fputs(toJsonDocument(outcome.json, outcome.exit()).c_str(), pictureOnStdout ? stderr : stdout);
+    std::fputs(toJsonDocument(outcome.json, outcome.exit()).c_str(),
+               reportsOnStderr(options) ? stderr : stdout);
   }
   return outcome.exit();
 }

@@ -50,23 +50,37 @@ bool wantsJson(int argc, char **argv) {
   return false;
 }
 
-int fail(int argc, char **argv, int code, const std::string &message) {
-  host::say(message);
-  if (wantsJson(argc, argv)) std::fputs(host::errorJson(code, message).c_str(), stdout);
+// The same for the output "-" of a command line that was refused: it is the last word, or follows -o.
+bool namesStdout(int argc, char **argv) {
+  for (int i = 2; i < argc; ++i) {
+    const bool asked = std::strcmp(argv[i - 1], "-o") == 0 || std::strcmp(argv[i - 1], "--output") == 0;
+    if ((asked || i == argc - 1) && std::strcmp(argv[i], "-") == 0) return true;
+  }
+  return false;
+}
+
+// One document goes to where it was asked for, but never into the picture, nor behind other words.
+int fail(bool json, bool onStderr, int code, const std::string &message) {
+  if (!json || !onStderr) host::say(message);
+  if (json) std::fputs(host::errorJson(code, message).c_str(), onStderr ? stderr : stdout);
   return code;
 }
 
 }  // namespace
 
 int main(int argc, char **argv) {
+  bool json = wantsJson(argc, argv), onStderr = namesStdout(argc, argv);
   try {
     host::stop::install();
-    return finish(run(host::parseOptions(argc, argv)));
+    const host::Options options = host::parseOptions(argc, argv);
+    json = options.json;
+    onStderr = host::reportsOnStderr(options);
+    return finish(run(options));
   } catch (const host::Failure &failure) {
-    return fail(argc, argv, failure.code(), failure.what());
+    return fail(json, onStderr, failure.code(), failure.what());
   } catch (const std::bad_alloc &) {
-    return fail(argc, argv, host::kLibrary, "there is not enough memory");
+    return fail(json, onStderr, host::kLibrary, "there is not enough memory");
   } catch (const std::exception &error) {
-    return fail(argc, argv, host::kLibrary, error.what());
+    return fail(json, onStderr, host::kLibrary, error.what());
   }
 }

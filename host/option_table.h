@@ -74,10 +74,10 @@ inline constexpr auto kOptions = std::to_array<OptionRow>({
 
   {OptionId::kMode, 'm', "mode", "MODE", Completes::kChoices,
    "auto bilevel grey16 grey256 color8 color16 color256 rgb", kGroupPicture,
-   "What the pixels become; auto (the default) is the smallest mode that keeps the picture"},
+   "What the pixels become; auto (the default) is the smallest mode that keeps the picture; --list has other names"},
   {OptionId::kCompress, 'c', "compress", "CODE", Completes::kChoices,
    "none packbits huffman lzw t4 t6", kGroupPicture,
-   "How they are coded; huffman, t4 and t6 are for bilevel pictures; none is the default"},
+   "How they are coded; huffman, t4 and t6 are for bilevel pictures; none is the default; --list has other names"},
   {OptionId::kDpi, 0, "dpi", "X[xY]", Completes::kNothing, "", kGroupPicture,
    "Dots an inch, 32 to 400; the picture's own or 96 by default"},
   {OptionId::kSize, 0, "size", "WxH[UNIT]", Completes::kNothing, "", kGroupPicture,

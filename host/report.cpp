@@ -48,7 +48,12 @@ void say(const std::string &text) {
   std::fprintf(stderr, "raxel-export: %s\n", printable(text).c_str());
 }
 
+bool reportsOnStderr(const Options &options) {
+  return options.json && !options.dryRun && !options.outputs.empty() && options.outputs.front() == "-";
+}
+
 void tell(const Report &report, const Options &options) {
+  if (reportsOnStderr(options)) return;
   if (report.exit != kDone) return say(report.error);
   if (!options.quiet) {
     for (const std::string &note : report.notes) say(report.input + ": note: " + note);

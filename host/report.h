@@ -39,6 +39,10 @@ struct Report {
 void say(const std::string &text);
 std::string printable(std::string_view text);
 
+// True when the JSON document goes to standard error, because the picture has standard output. Nothing else
+// is told there then.
+bool reportsOnStderr(const Options &options);
+
 // Tells people: notes and errors on standard error, and what --dry-run and --verbose ask for.
 void tell(const Report &report, const Options &options);
 

@@ -7,3 +7,13 @@ raxel-export -o third.tif - <"$SAMPLES/chart4.png" && cmp third.tif named.tif &&
 code raxel-export - out.tif </dev/null
 raxel-export --json "$SAMPLES/chart4.png" - 2>report >out.tif
 cmp out.tif named.tif && grep -c '"command":"export"' report
+# The report is the whole of standard error then, and never goes into the picture.
+printf 'P5\n1 1\n65535\n\0\7' >deep.pgm
+raxel-export --json deep.pgm - 2>report >out.tif
+head -c 20 report && echo && grep -c note report
+code raxel-export --json --library ./nowhere.so deep.pgm - 2>report
+cat report
+code raxel-export --json --nonsense deep.pgm - 2>report
+cat report
+code raxel-export --json broken.png - 2>report
+cat report
