@@ -1,6 +1,7 @@
 #include "pictures/peek.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 namespace host {
@@ -35,7 +36,45 @@ Bytes boxIn(Bytes boxes, std::string_view kind) {
   return {};
 }
 
+struct Magic {
+  std::string_view bytes;
+  size_t at;
+  const char *format;
+};
+
+using namespace std::string_view_literals;
+// How each format begins.
+constexpr Magic kMagic[] = {
+    {"\x89PNG\r\n\x1A\n"sv, 0, "PNG"},
+    {"\xFF\xD8\xFF"sv, 0, "JPEG"},
+    {"BM"sv, 0, "BMP"},
+    {"GIF87a"sv, 0, "GIF"},
+    {"GIF89a"sv, 0, "GIF"},
+    {"II*\0"sv, 0, "TIFF"},
+    {"MM\0*"sv, 0, "TIFF"},
+    {"II+\0"sv, 0, "BigTIFF"},
+    {"MM\0+"sv, 0, "BigTIFF"},
+    {"WEBP"sv, 8, "WebP"},
+    {"jP  "sv, 4, "JPEG 2000"},
+    {"\xFF\x4F\xFF\x51"sv, 0, "JPEG 2000"},
+    {"%PDF"sv, 0, "PDF"},
+    {"<svg"sv, 0, "SVG"},
+    {"P7\n"sv, 0, "PAM"},
+    {"spix"sv, 0, "SPIX"},
+};
+
 }  // namespace
+
+std::string formatOf(std::span<const uint8_t> bytes) {
+  for (const Magic &magic : kMagic) {
+    if (bytes.size() >= magic.at + magic.bytes.size() &&
+        std::memcmp(bytes.data() + magic.at, magic.bytes.data(), magic.bytes.size()) == 0) {
+      return magic.format;
+    }
+  }
+  if (bytes.size() > 2 && bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '6') return "PNM";
+  return "";
+}
 
 int gifTransparentIndex(std::span<const uint8_t> file) {
   if (file.size() < 13) return -1;

@@ -1,10 +1,15 @@
-// Looks into files for what Leptonica does not tell of the pictures that it reads. Bytes are not trusted.
+// Looks into files for their format, and for what Leptonica does not tell of the pictures that it reads.
+// Bytes are not trusted.
 #pragma once
 
 #include <cstdint>
 #include <span>
+#include <string>
 
 namespace host {
+
+// The name of the format, from the first 12 bytes; empty for none that is known.
+std::string formatOf(std::span<const uint8_t> file);
 
 // The index of the first picture's transparent colour; -1 for none.
 int gifTransparentIndex(std::span<const uint8_t> file);

@@ -1,48 +1,12 @@
 #include "pictures/picture.h"
 
-#include <algorithm>
-#include <cstring>
 #include <new>
 
 #include "failure.h"
+#include "pictures/peek.h"
 
 namespace host {
 namespace {
-
-struct Magic {
-  std::string_view bytes;
-  size_t at;
-  const char *format;
-};
-
-using namespace std::string_view_literals;
-// How each format begins. What is not in the list goes to Leptonica all the same.
-constexpr Magic kMagic[] = {
-    {"\x89PNG\r\n\x1A\n"sv, 0, "PNG"},
-    {"\xFF\xD8\xFF"sv, 0, "JPEG"},
-    {"BM"sv, 0, "BMP"},
-    {"GIF87a"sv, 0, "GIF"},
-    {"GIF89a"sv, 0, "GIF"},
-    {"II*\0"sv, 0, "TIFF"},
-    {"MM\0*"sv, 0, "TIFF"},
-    {"WEBP"sv, 8, "WebP"},
-    {"jP  "sv, 4, "JPEG 2000"},
-    {"\xFF\x4F\xFF\x51"sv, 0, "JPEG 2000"},
-    {"%PDF"sv, 0, "PDF"},
-    {"<svg"sv, 0, "SVG"},
-    {"P7\n"sv, 0, "PAM"},
-};
-
-std::string formatOf(std::span<const uint8_t> bytes) {
-  for (const Magic &magic : kMagic) {
-    if (bytes.size() >= magic.at + magic.bytes.size() &&
-        std::memcmp(bytes.data() + magic.at, magic.bytes.data(), magic.bytes.size()) == 0) {
-      return magic.format;
-    }
-  }
-  if (bytes.size() > 2 && bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '6') return "PNM";
-  return "";
-}
 
 void readAs(const std::string &format, std::span<const uint8_t> bytes, const Background &background,
             Picture &out) {

@@ -150,6 +150,7 @@ void readPnm(std::span<const uint8_t> bytes, Picture &out) {
                      " bytes of pixels");
   }
   const uint8_t *pixels = bytes.data() + scanner.at();
+  bringIn({pixels, static_cast<size_t>(wanted)});
   const auto after = bytes.subspan(scanner.at() + static_cast<size_t>(wanted));
   if (after.size() > 2 && after[0] == 'P' && after[1] == bytes[1]) out.notes.push_back(kFurtherPictures);
   const bool inPlace =

@@ -17,3 +17,6 @@ code raxel-export --json --nonsense deep.pgm - 2>report
 cat report
 code raxel-export --json broken.png - 2>report
 cat report
+# What begins like no picture is given up long before its end.
+head -c 10000000 /dev/zero | raxel-export - endless.tif
+echo "exits ${PIPESTATUS[*]}"

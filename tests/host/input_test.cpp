@@ -1,0 +1,60 @@
+#include "input.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "failure.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+// The message with which reading these bytes from a pipe fails; empty when it does not.
+std::string refusal(const std::string &bytes, uint64_t longest) {
+  int ends[2];
+  EXPECT_EQ(pipe(ends), 0);
+  EXPECT_EQ(write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+  close(ends[1]);
+  const std::string path = "/dev/fd/" + std::to_string(ends[0]);
+  std::string message;
+  try {
+    const host::Input input(path, longest);
+    EXPECT_EQ(std::string(input.bytes().begin(), input.bytes().end()), bytes);
+  } catch (const host::Failure &failure) {
+    EXPECT_EQ(failure.code(), host::kNoInput);
+    message = std::string(failure.what()).substr(path.size());
+  }
+  close(ends[0]);
+  return message;
+}
+
+}  // namespace
+
+TEST(Input, APipeMustEnd) {
+  const std::string picture = "P5\n1 1\n255\nA";
+  EXPECT_EQ(refusal(picture, 12), "");
+  EXPECT_EQ(refusal(picture, 11), ": does not end within 11 bytes; give one picture in a file");
+}
+
+// A file that need not be a picture is looked at before it is brought into memory.
+TEST(Input, AMappedFileIsNotReadInWhole) {
+  constexpr size_t kSize = size_t{32} << 20;
+  const support::TempDir folder;
+  const std::string path = folder.file("large");
+  const int file = open(path.c_str(), O_RDWR | O_CREAT, 0600);
+  ASSERT_EQ(ftruncate(file, kSize), 0);
+  close(file);
+  const auto pagesInMemory = [](const host::Input &input) {
+    std::vector<unsigned char> pages(kSize / static_cast<size_t>(sysconf(_SC_PAGESIZE)));
+    if (mincore(const_cast<uint8_t *>(input.bytes().data()), kSize, pages.data()) != 0) return -1L;
+    long count = 0;
+    for (const unsigned char page : pages) count += page & 1;
+    return count;
+  };
+  const host::Input input(path);
+  ASSERT_EQ(input.bytes().size(), kSize);
+  const long before = pagesInMemory(input);
+  if (before < 0) GTEST_SKIP() << "the system does not tell what is in memory";
+  EXPECT_LT(before, 100);
+}
