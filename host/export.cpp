@@ -9,6 +9,7 @@
 #include "driver.h"
 #include "handover.h"
 #include "pictures/picture.h"
+#include "prepare/fallback.h"
 #include "progress.h"
 #include "save.h"
 #include "target.h"
@@ -154,9 +155,10 @@ void exportPicture(const Library &library, const Options &options, const std::st
   report.planned = true;
   sendPlan(setup, plan);
   crossCheck(setup, plan, library);
-  if (options.dryRun) return noteAll(plan, report);
+  if (options.dryRun && !prepare::mayFallBack(plan)) return noteAll(plan, report);
 
-  Target target(output, options.rules);
+  std::optional<Target> made;
+  if (!options.dryRun) made.emplace(output, options.rules);
   progress.stage("preparing");
   const prepare::HandleMemory pixels(library.services, plan.bytes), table(library.services, 256 * 3);
   if (!pixels.bytes() || !table.bytes()) check(RAXEL_HOST_NO_MEMORY, inputPath);
@@ -167,7 +169,9 @@ void exportPicture(const Library &library, const Options &options, const std::st
   report.plan = plan;
   noteAll(plan, report);
   report.prepareSeconds = secondsSince(start);
+  if (options.dryRun) return;
 
+  Target &target = *made;
   OutputStream stream(target.sink(), progress);
   setup.setOutput(&OutputStream::procedure);
   progress.expect(dataWrites(plan));

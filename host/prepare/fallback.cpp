@@ -49,4 +49,10 @@ Fallback fallbackOf(const Block &block) {
   return {plan.compression, 0};
 }
 
+bool mayFallBack(const RaxelPlan &plan) {
+  return plan.compression == RAXEL_COMPRESS_LZW
+             ? rowBytes(plan) == 1
+             : plan.compression == RAXEL_COMPRESS_HUFFMAN && plan.width < 64;
+}
+
 }  // namespace prepare

@@ -13,4 +13,7 @@ struct Fallback {
 };
 Fallback fallbackOf(const Block &block);
 
+// True when only the prepared pixels tell whether that is the planned one.
+bool mayFallBack(const RaxelPlan &plan);
+
 }  // namespace prepare

@@ -7,3 +7,6 @@ raxel-export --verify -c huffman -m bilevel one.pgm out.tif
 raxel-export --verify -q -c huffman -m bilevel one.pgm out.tif
 raxel-export --verify -c huffman eight.pbm out.tif
 raxel-export --verify -c t4 eight.pbm out.tif
+raxel-export --dry-run -c lzw one.pgm
+raxel-export --dry-run -q -c huffman -m bilevel one.pgm
+raxel-export --dry-run -q -c huffman eight.pbm
