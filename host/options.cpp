@@ -28,6 +28,12 @@ std::optional<Number> parse(std::string_view text) {
   return value;
 }
 
+// Words are known in capitals, too.
+std::string lower(std::string word) {
+  for (char &c : word) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  return word;
+}
+
 // The position of a word in a list of choices; -1 when it is none of them.
 int choiceOf(std::string_view choices, std::string_view word) {
   std::istringstream list{std::string(choices)};
@@ -39,13 +45,13 @@ int choiceOf(std::string_view choices, std::string_view word) {
 }
 
 int chosen(const OptionRow &row, const std::string &value) {
-  const int index = choiceOf(row.choices, value);
+  const int index = choiceOf(row.choices, lower(value));
   if (index < 0) failValue(row.longName, value, "is none of " + std::string(row.choices));
   return index;
 }
 
 std::array<int, 2> parseDpi(const std::string &value) {
-  const size_t x = value.find('x');
+  const size_t x = value.find_first_of("xX");
   const auto across = parse<int>(value.substr(0, x));
   const auto down = x == std::string::npos ? across : parse<int>(value.substr(x + 1));
   for (const auto &dpi : {across, down}) {
@@ -54,7 +60,8 @@ std::array<int, 2> parseDpi(const std::string &value) {
   return {*across, *down};
 }
 
-SizeBox parseSize(const std::string &value) {
+SizeBox parseSize(const std::string &written) {
+  const std::string value = lower(written);
   static const std::map<std::string, double> units{
       {"", 1}, {"in", 1}, {"cm", 2.54}, {"mm", 25.4}, {"px", 1}};
   const size_t unitAt = value.find_first_not_of("0123456789.x");
@@ -70,14 +77,14 @@ SizeBox parseSize(const std::string &value) {
   const auto across = side(sides.substr(0, x));
   const auto down = x == std::string::npos ? std::optional(0.0) : side(sides.substr(x + 1));
   if (!across || !down || (*across == 0 && *down == 0) || units.count(unit) == 0) {
-    failValue("size", value, "give a box as 6x4in, 15x10cm, 800x600px, 6x or x4");
+    failValue("size", written, "give a box as 6x4in, 15x10cm, 800x600px, 6x or x4");
   }
   return {*across / units.at(unit), *down / units.at(unit), unit == "px"};
 }
 
 std::array<uint8_t, 3> parseColor(const std::string &value) {
-  if (value == "white") return {255, 255, 255};
-  if (value == "black") return {0, 0, 0};
+  if (lower(value) == "white") return {255, 255, 255};
+  if (lower(value) == "black") return {0, 0, 0};
   uint32_t rgb = 0;
   const char *end = value.data() + value.size();
   if (value.size() == 7 && value[0] == '#' && std::from_chars(value.data() + 1, end, rgb, 16).ptr == end) {
@@ -137,7 +144,7 @@ void apply(const OptionRow &row, const std::string &value, Parsed &to) {
       o.rules.noClobber = true;
       return;
     case OptionId::kMode:
-      o.autoMode = value == "auto";
+      o.autoMode = lower(value) == "auto";
       o.mode = o.autoMode ? std::nullopt : std::optional(named(row, value, raxelHostFindMode));
       return;
     case OptionId::kCompress:

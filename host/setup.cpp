@@ -79,14 +79,18 @@ RasterInfoResult Setup::query(const RasterPictureInfo &picture) {
   return result;
 }
 
-// Widths and heights are doubles, user data is the value itself, and all else is a whole number.
+// Widths and heights are doubles, user data is the value itself (up to an unsigned word), and all else is a
+// whole number.
 void Setup::sendEscape(const SetEscape &escape, bool save) {
   const char *first = escape.value.data(), *end = first + escape.value.size();
   const bool real = escape.number == kWidth || escape.number == kHeight;
-  int32_t whole = 0;
+  int64_t given = 0;
   double number = 0;
-  const auto parsed = real ? std::from_chars(first, end, number) : std::from_chars(first, end, whole);
+  const auto parsed = real ? std::from_chars(first, end, number) : std::from_chars(first, end, given);
   if (parsed.ec != std::errc() || parsed.ptr != end) failSet(escape, "is not a number");
+  const bool userData = escape.number == kUserData;
+  if (given < INT32_MIN || given > (userData ? int64_t{UINT32_MAX} : int64_t{INT32_MAX}))
+    failSet(escape, "is beyond the numbers that it takes");
   if (escape.number == kOutputProcedure)
     failSet(escape, "takes an address, which a command line cannot give");
   for (int32_t question : kQuestions) {
@@ -94,10 +98,11 @@ void Setup::sendEscape(const SetEscape &escape, bool save) {
   }
   const stop::Hold hold;
   int32_t result = 0;
-  if (escape.number == kUserData) {
-    const auto value = static_cast<uintptr_t>(static_cast<intptr_t>(whole));
+  if (userData) {
+    const auto value = static_cast<uintptr_t>(static_cast<intptr_t>(given));
     result = library_.escapeSetup(handle_, kUserData, 4, reinterpret_cast<const void *>(value), nullptr, 0);
   } else {
+    const auto whole = static_cast<int32_t>(given);
     const void *value = real ? static_cast<const void *>(&number) : &whole;
     result = library_.escapeSetup(handle_, escape.number, real ? 8 : 4, value, nullptr, save ? 1 : 0);
   }

@@ -73,6 +73,20 @@ TEST(Options, UnderstandsOtherNamesOfModesAndCompressions) {
             "--compress zip: is none of none packbits huffman lzw t4 t6; see --list");
 }
 
+TEST(Options, KnowsWordsInCapitals) {
+  const Options o =
+      parse({"-m", "AUTO", "--layout", "TILES", "--size", "6X4IN", "--quantizer", "Fast", "--dpi",
+             "200X100", "--background", "Black", "--color-treatment", "GREY", "a", "b"});
+  EXPECT_TRUE(o.autoMode);
+  EXPECT_EQ(o.layout, RAXEL_LAYOUT_TILES);
+  EXPECT_EQ(o.size->x, 6);
+  EXPECT_EQ(o.size->y, 4);
+  EXPECT_EQ(o.quantizer, RAXEL_QUANTIZE_FAST);
+  EXPECT_EQ(o.dpi, (std::array{200, 100}));
+  EXPECT_EQ(o.background, (std::array<uint8_t, 3>{0, 0, 0}));
+  EXPECT_EQ(o.treatment, RAXEL_TREAT_GREY);
+}
+
 TEST(Options, ReadsResolutions) {
   EXPECT_EQ(parse({"--dpi", "300", "a", "b"}).dpi, (std::array{300, 300}));
   EXPECT_EQ(parse({"--dpi=200x100", "a", "b"}).dpi, (std::array{200, 100}));

@@ -11,3 +11,7 @@ code raxel-export --set 40=1 "$photo" out.tif
 code raxel-export --set 10=lzw "$photo" out.tif
 code raxel-export --set 81=1 "$photo" out.tif
 code raxel-export --set 13=22.5 "$photo" out.tif
+# User data is a word without a sign; all else is whole numbers with one.
+code raxel-export --dry-run --set 25=4294967295 "$photo"
+code raxel-export --dry-run --set 25=4294967296 "$photo"
+code raxel-export --dry-run --set 10=4294967295 "$photo"
