@@ -96,17 +96,19 @@ int ownDpi(double dpi, std::vector<std::string> &notes) {
   return dpi < 1.5 ? 96 : static_cast<int>(kept);
 }
 
-// The largest size inside the box that keeps the proportions, in inches.
-void fit(const SizeBox &box, const RaxelPicture &picture, RaxelRequest &request) {
-  const double unitsX = box.pixels ? 1 : request.dpiX, unitsY = box.pixels ? 1 : request.dpiY;
-  // The picture's own proportions are those of its pixels at the file's resolution.
-  const double scaleX = box.x > 0 ? box.x * unitsX / picture.width : HUGE_VAL;
-  const double scaleY = box.y > 0 ? box.y * unitsY / picture.height : HUGE_VAL;
-  const double scale = std::min(scaleX, scaleY);
-  const double width = std::max(1.0, std::round(picture.width * scale));
-  const double height = std::max(1.0, std::round(picture.height * scale));
-  request.inchesX = width / request.dpiX;
-  request.inchesY = height / request.dpiY;
+// The largest size inside the box that keeps the proportions: in a box of inches those on paper, at the
+// picture's own resolution or with square pixels, and in a box of pixels those of the pixels.
+void fit(const SizeBox &box, const Picture &picture, RaxelRequest &request) {
+  double across = picture.view.width, down = picture.view.height;
+  if (!box.pixels && picture.dpiX >= 1.5 && picture.dpiY >= 1.5) {
+    across /= picture.dpiX;
+    down /= picture.dpiY;
+  }
+  const double scale = std::min(box.x > 0 ? box.x / across : HUGE_VAL, box.y > 0 ? box.y / down : HUGE_VAL);
+  const double width = across * scale * (box.pixels ? 1 : request.dpiX);
+  const double height = down * scale * (box.pixels ? 1 : request.dpiY);
+  request.inchesX = std::max(1.0, std::round(width)) / request.dpiX;
+  request.inchesY = std::max(1.0, std::round(height)) / request.dpiY;
 }
 
 }  // namespace
@@ -150,10 +152,10 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
     request.dpiY = picture.dpiY == picture.dpiX ? request.dpiX : ownDpi(picture.dpiY, notes);
   }
   if (options.size) {
-    fit(*options.size, picture.view, request);
+    fit(*options.size, picture, request);
   } else if (chosen({kSizeMode, kWidth, kHeight}) && stored.nSizeMode != kOwnSize && stored.dWidth > 0 &&
              stored.dHeight > 0) {
-    fit({stored.dWidth, stored.dHeight, false}, picture.view, request);
+    fit({stored.dWidth, stored.dHeight, false}, picture, request);
   }
   return request;
 }

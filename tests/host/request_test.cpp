@@ -96,6 +96,26 @@ TEST(Request, FitsThePictureIntoTheBox) {
   EXPECT_EQ(sizeOf({1, 0, true}, {96, 96}), (std::array{1u, 1u}));
 }
 
+TEST(Request, KeepsTheProportionsOnPaperAtTwoResolutions) {
+  const auto sizeOf = [](host::SizeBox box, std::array<double, 2> own) {
+    host::Options options;
+    options.size = box;
+    options.dpi = {200, 100};
+    Read read(24);  // 300 by 200
+    read.picture.dpiX = own[0];
+    read.picture.dpiY = own[1];
+    const RaxelRequest request = requestOf(options, read);
+    RaxelPlan plan;
+    EXPECT_EQ(raxelHostPlan(&read.picture.view, &request, &plan), RAXEL_HOST_OK);
+    return std::array{plan.width, plan.rows};
+  };
+  EXPECT_EQ(sizeOf({3, 0, false}, {0, 0}), (std::array{600u, 200u}));  // 3 by 2 inches
+  EXPECT_EQ(sizeOf({0, 2, false}, {72, 72}), (std::array{600u, 200u}));
+  EXPECT_EQ(sizeOf({3, 3, false}, {1, 1}), (std::array{600u, 200u}));
+  EXPECT_EQ(sizeOf({3, 0, false}, {200, 100}), (std::array{600u, 400u}));  // its own: 1.5 by 2 inches
+  EXPECT_EQ(sizeOf({60, 60, true}, {0, 0}), (std::array{60u, 40u}));
+}
+
 TEST(Request, ASettingComesFromTheNearestSource) {
   const support::TempDir folder;
   support::writeFile(
