@@ -12,6 +12,8 @@
 
 #include "failure.h"
 #include "pictures/peek.h"
+#include "report.h"
+#include "stop.h"
 
 namespace host {
 namespace {
@@ -85,6 +87,7 @@ Input::Input(const std::string &path, uint64_t longest) : name_(path == "-" ? "s
     void *mapped = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.fd, 0);
     if (mapped != MAP_FAILED) {
       mapped_ = mapped;
+      stop::setInput(printable(name_));
       bytes_ = {static_cast<const uint8_t *>(mapped), size};
       return;
     }
@@ -100,7 +103,9 @@ Input::Input(const std::string &path, uint64_t longest) : name_(path == "-" ? "s
 }
 
 Input::~Input() {
-  if (mapped_) munmap(mapped_, bytes_.size());
+  if (!mapped_) return;
+  stop::setInput("");
+  munmap(mapped_, bytes_.size());
 }
 
 }  // namespace host

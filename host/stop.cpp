@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <climits>
@@ -16,6 +17,7 @@ namespace {
 
 // All that a handler may look at. The name is set while signals are held.
 std::array<char, PATH_MAX> temporary;
+std::array<char, PATH_MAX> input;
 std::atomic<bool> lineShown;
 constexpr size_t kMostChildren = 256;
 std::array<std::atomic<pid_t>, kMostChildren> children;
@@ -41,7 +43,9 @@ extern "C" void stopNow(int signal) {
 
 extern "C" void stopOnFault(int) {
   cleanUp(SIGTERM);
-  say("raxel-export: the input was cut short while it was being read\n");
+  say("raxel-export: ");
+  say(input[0] != '\0' ? input.data() : "the input");
+  say(": was cut short while it was being read; start again when it is whole\n");
   _exit(kNoInput);
 }
 
@@ -81,6 +85,11 @@ void setTemporary(const std::string &path) {
   const Hold hold;
   temporary.fill('\0');
   if (path.size() < temporary.size()) std::memcpy(temporary.data(), path.data(), path.size());
+}
+
+void setInput(const std::string &name) {
+  input.fill('\0');
+  std::memcpy(input.data(), name.data(), std::min(name.size(), input.size() - 1));
 }
 
 void setLineShown(bool shown) {

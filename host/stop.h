@@ -21,6 +21,9 @@ void remove();
 // The file to remove when a signal comes; empty for none. Longer names than a path may have are cut off.
 void setTemporary(const std::string &path);
 
+// The input that is being read, for the message when somebody cuts it short; empty for none.
+void setInput(const std::string &name);
+
 // True on a terminal line that must be wiped before a message.
 void setLineShown(bool shown);
 

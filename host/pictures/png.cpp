@@ -20,6 +20,13 @@ void check(int code) {
   if (code != 0) throw Unreadable(std::string("is damaged: ") + spng_strerror(code));
 }
 
+// A number of the header that libspng does not give out.
+uint32_t quad(std::span<const uint8_t> bytes, size_t at) {
+  uint32_t value = 0;
+  for (size_t i = at; i < at + 4 && i < bytes.size(); ++i) value = value << 8 | bytes[i];
+  return value;
+}
+
 // Grey levels or colours as the file has them, one of the transparency kinds aside.
 void decodeAsIs(spng_ctx *context, const spng_ihdr &header, uint32_t bits, Picture &out) {
   out.allocate(header.width, header.height, bits);
@@ -104,7 +111,9 @@ void readPng(std::span<const uint8_t> bytes, const Background &background, Pictu
   check(spng_set_chunk_limits(c, kLargestChunk, kLargestChunk));
   check(spng_set_png_buffer(c, bytes.data(), bytes.size()));
   spng_ihdr header{};
-  check(spng_get_ihdr(c, &header));
+  const int code = spng_get_ihdr(c, &header);
+  if (code == SPNG_EOVERFLOW) throw Unreadable(tooLarge(quad(bytes, 16), quad(bytes, 20)));
+  check(code);
   spng_trns transparent{};
   const bool hasTransparency = spng_get_trns(c, &transparent) == 0;
   const bool wide = header.bit_depth == 16;

@@ -148,11 +148,13 @@ class Endurance:
         for delay in (0.02, 0.04, 0.08, 0.12, 0.16):
             cut = self.big("cut.ppm")
             self.put_old()
-            process = self.start(cut, self.target, "-m", "color256")
+            process = subprocess.Popen([self.program, "-q", cut, self.target, "-m", "color256"], stderr=subprocess.PIPE, text=True)
             time.sleep(delay)
             os.truncate(cut, 100)
-            code = process.wait()
+            said = process.communicate()[1]
+            code = process.returncode
             noticed += code == 66
+            self.check(f"cut: says {said}", code != 66 or said.startswith(f"raxel-export: {cut}"))
             self.check(f"cut: exit code {code}", code in (66, 0))
             self.check("cut: the old file is gone", code == 0 or self.content() == self.old)
             self.check("cut: a temporary is left", not self.strays())

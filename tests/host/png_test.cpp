@@ -201,5 +201,10 @@ TEST(Png, AHugeHeaderIsRefusedWithoutTakingMemory) {
   }
   for (size_t i = 0; i < 4; ++i) file[29 + i] = static_cast<uint8_t>(~crc >> (24 - 8 * i));
   Picture picture;
-  EXPECT_THROW(read(file, picture), host::Unreadable);
+  try {
+    read(file, picture);
+    ADD_FAILURE() << "was read";
+  } catch (const host::Unreadable &why) {
+    EXPECT_STREQ(why.what(), "is too large: 2147483647 by 2147483647 pixels");
+  }
 }
