@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <span>
 #include <vector>
 
+#include "check/directory.h"
+#include "clock.h"
 #include "failure.h"
 #include "handover.h"
 #include "prepare/source.h"
@@ -45,6 +49,22 @@ void layOutTable(const RaxelPicture &picture, uint8_t *table) {
   for (const prepare::Color &color : source.table()) table = std::copy(color.begin(), color.end(), table);
 }
 
+// What the filter has made of it. The depth of a colour is said once for its three samples.
+void describeFile(std::span<const uint8_t> file, Report &report) {
+  constexpr uint16_t kWidth = 256, kLength = 257, kBits = 258, kSamples = 277;
+  const Directory directory = readDirectory(file);
+  const auto number = [&](uint16_t tag) { return static_cast<uint32_t>(directory.value(tag, 0)); };
+  report.seen = true;
+  report.fileWidth = number(kWidth);
+  report.fileHeight = number(kLength);
+  report.fileBits = number(kBits) * std::max(number(kSamples), 1u);
+  report.bytes = file.size();
+  if (report.fileWidth == 0 || report.fileHeight == 0) {
+    report.notes.push_back("the file says that it has " + std::to_string(report.fileWidth) + " by " +
+                           std::to_string(report.fileHeight) + " pixels, and no reader opens that");
+  }
+}
+
 }  // namespace
 
 void exportAsIs(const Library &library, const Options &options, Setup &setup, const Picture &picture,
@@ -66,10 +86,14 @@ void exportAsIs(const Library &library, const Options &options, Setup &setup, co
   report.details.push_back("the filter says " + std::to_string(result.nWidth) + " by " +
                            std::to_string(result.nHeight) + " pixels, depth " +
                            std::to_string(result.nDepth));
-  if (options.dryRun) return;
 
+  // The numbers that the filter answers are not quite those of the file, so a dry run writes into memory.
+  Clock::time_point start = Clock::now();
   const uint32_t bits = handedBits(view.bits);
-  Target target(output, options.rules);
+  std::optional<Target> target;
+  if (!options.dryRun) target.emplace(output, options.rules);
+  Sink memory(-1);
+  Sink &sink = target ? target->sink() : memory;
   const prepare::HandleMemory pixels(library.services, strideOf(view.width, bits) * view.height);
   const prepare::HandleMemory table(library.services, 256 * 3);
   if (!pixels.bytes() || !table.bytes()) {
@@ -77,7 +101,8 @@ void exportAsIs(const Library &library, const Options &options, Setup &setup, co
   }
   layOut(view, bits, pixels.bytes());
   layOutTable(view, table.bytes());
-  OutputStream stream(target.sink(), progress);
+  report.prepareSeconds = secondsSince(start);
+  OutputStream stream(sink, progress);
   setup.setOutput(&OutputStream::procedure);
   progress.expect(static_cast<uint64_t>(std::max(result.nHeight, 1)));
   const Handover handover{pixels,
@@ -88,10 +113,15 @@ void exportAsIs(const Library &library, const Options &options, Setup &setup, co
                           info.nPictureWidth,
                           info.nPictureHeight,
                           units};
-  checkComplete(stream, exportCells(library, setup, handover, output.c_str(), stream), target, library);
-  report.bytes = target.sink().size();
-  target.commit();
+  const char *name = options.dryRun ? "output" : output.c_str();
+  const uint32_t code = exportCells(library, setup, handover, name, stream);
+  if (target) target->checkWritten();
+  checkComplete(stream, code, target ? target->name() : "the picture", library);
+  describeFile(target ? target->bytes() : memory.kept(), report);
+  if (!target) return;
+  target->commit();
   if (options.save) saveGiven(library, setup, options, report.notes);
+  report.writeSeconds = secondsSince(start);
 }
 
 }  // namespace host

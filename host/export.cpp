@@ -1,11 +1,11 @@
 #include "export.h"
 
-#include <chrono>
 #include <optional>
 
 #include "asis.h"
 #include "buffer.h"
 #include "check/verify.h"
+#include "clock.h"
 #include "driver.h"
 #include "handover.h"
 #include "pictures/picture.h"
@@ -16,15 +16,6 @@
 
 namespace host {
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-double secondsSince(Clock::time_point &start) {
-  const Clock::time_point now = Clock::now();
-  const double passed = std::chrono::duration<double>(now - start).count();
-  start = now;
-  return passed;
-}
 
 Exit exitOf(int code) {
   switch (code) {
@@ -185,7 +176,9 @@ void exportPicture(const Library &library, const Options &options, const std::st
                           static_cast<uint16_t>(plan.unitsPerInch)};
   std::optional<Meant> meant;
   if (options.verify) meant.emplace(plan, pixels.bytes(), table.bytes());
-  checkComplete(stream, send(library, options, setup, plan, handover, stream), target, library);
+  const uint32_t result = send(library, options, setup, plan, handover, stream);
+  target.checkWritten();
+  checkComplete(stream, result, target.name(), library);
   report.bytes = target.sink().size();
   if (meant) meant->compare(target.bytes(), target.name());
   report.verified = options.verify;

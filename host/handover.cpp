@@ -49,13 +49,12 @@ uint32_t exportCells(const Library &library, const Setup &setup, const Handover 
   return library.exportCellData(name, &record, info.data(), exportRecord.data());
 }
 
-void checkComplete(const OutputStream &stream, uint32_t result, const Target &target,
+void checkComplete(const OutputStream &stream, uint32_t result, const std::string &output,
                    const Library &library) {
-  target.checkWritten();
   if (result == RAXEL_OK && stream.complete() && stream.closed()) return;
   const std::string code = result == RAXEL_OK ? "" : " (code " + std::to_string(result) + ")";
   throw Failure(kLibrary, library.path + ": stopped before the picture was complete" + code + "; " +
-                              target.name() + " is not written");
+                              output + " is not written");
 }
 
 }  // namespace host

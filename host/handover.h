@@ -6,7 +6,6 @@
 #include "raxel/host.h"
 #include "setup.h"
 #include "stream.h"
-#include "target.h"
 
 namespace host {
 
@@ -24,8 +23,8 @@ struct Handover {
 uint32_t exportCells(const Library &library, const Setup &setup, const Handover &picture, const char *name,
                      OutputStream &stream);
 
-// Throws the Failure that keeps an incomplete picture from taking the output's place.
-void checkComplete(const OutputStream &stream, uint32_t result, const Target &target,
+// Throws the Failure that keeps an incomplete picture from taking the place of the output of this name.
+void checkComplete(const OutputStream &stream, uint32_t result, const std::string &output,
                    const Library &library);
 
 }  // namespace host

@@ -11,15 +11,20 @@ using Json = nlohmann::ordered_json;
 std::string geometry(const Report &report) {
   const RaxelPlan &p = report.plan;
   char text[200];
+  if (report.seen) {
+    std::snprintf(text, sizeof text, "%u by %u pixels of %u bits", report.fileWidth, report.fileHeight,
+                  report.fileBits);
+    return text;
+  }
   std::snprintf(text, sizeof text, "%u by %u pixels, %s, %s%s, %d by %d dots an inch", p.width, p.height,
                 raxelHostModeName(p.mode), raxelHostCompressionName(p.compression),
                 p.layout == RAXEL_LAYOUT_TILES ? " in tiles" : "", p.dpiX, p.dpiY);
   return text;
 }
 
-// What --dry-run tells. As-is pictures have no plan, only the library's answer.
+// What --dry-run tells.
 std::string outlook(const Report &report) {
-  if (!report.planned) return report.details.empty() ? "" : report.details.front();
+  if (report.seen) return geometry(report) + "; " + std::to_string(report.bytes) + " bytes";
   return geometry(report) + "; " + std::to_string(report.plan.uncompressedBytes) + " bytes uncompressed";
 }
 
@@ -69,7 +74,7 @@ void tell(const Report &report, const Options &options) {
     std::snprintf(times, sizeof times, "%llu bytes%s; read %.3f s, prepared %.3f s, written %.3f s",
                   static_cast<unsigned long long>(report.bytes), report.verified ? ", verified" : "",
                   report.readSeconds, report.prepareSeconds, report.writeSeconds);
-    say(report.output + ": " + (report.planned ? geometry(report) + "; " : "") + times);
+    say(report.output + ": " + geometry(report) + "; " + times);
   }
 }
 
@@ -95,6 +100,12 @@ std::string toJson(const Report &report) {
                     {"dpi", {p.dpiX, p.dpiY}},
                     {"uncompressedBytes", p.uncompressedBytes}};
     if (report.bytes != 0) json["file"]["bytes"] = report.bytes;
+  }
+  if (report.seen) {
+    json["file"] = {{"width", report.fileWidth},
+                    {"height", report.fileHeight},
+                    {"bits", report.fileBits},
+                    {"bytes", report.bytes}};
   }
   if (report.exit == kDone) {
     json["dryRun"] = report.dryRun;

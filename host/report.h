@@ -22,10 +22,12 @@ struct Report {
   std::string format;
   uint32_t width = 0, height = 0, bits = 0, colors = 0;
 
-  // The file. With --as-is its geometry is what the library answers.
+  // The file. With --as-is there is no plan, and these are what its directory says.
   bool planned = false;
   RaxelPlan plan{};
-  uint64_t bytes = 0;  // 0: nothing was written
+  bool seen = false;
+  uint32_t fileWidth = 0, fileHeight = 0, fileBits = 0;
+  uint64_t bytes = 0;  // written, or with --as-is and --dry-run to be written
   bool dryRun = false;
   bool verified = false;
 
