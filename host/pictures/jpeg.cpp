@@ -1,4 +1,4 @@
-// JPEG through libjpeg-turbo: grey stays grey, all else becomes RGB, and Exif says which side is up.
+// JPEG through libjpeg-turbo: grey stays grey, all else becomes RGB; Exif says which side is up.
 // jpeglib.h needs the standard headers before it, and jerror.h needs jpeglib.h.
 // clang-format off
 #include <cstddef>
@@ -14,6 +14,7 @@
 #include <cstring>
 #include <memory>
 
+#include "pictures/exif.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -49,36 +50,8 @@ struct Decoded {
   bool inverted;  // Adobe's CMYK stores 255 - ink
   uint8_t unit;   // 1 dots an inch, 2 dots a centimetre
   uint16_t densityX, densityY;
-  int orientation;
+  Exif exif;
 };
-
-unsigned word(const uint8_t *p, bool little) {
-  return little ? p[0] | p[1] << 8 : p[0] << 8 | p[1];
-}
-uint32_t quad(const uint8_t *p, bool little) {
-  return little ? word(p, true) | static_cast<uint32_t>(word(p + 2, true)) << 16
-                : static_cast<uint32_t>(word(p, false)) << 16 | word(p + 2, false);
-}
-
-// Tag 274 of the first directory of an Exif block; 1 when there is none.
-int orientationOf(const uint8_t *data, size_t size) {
-  constexpr size_t kTiff = 6;  // past "Exif\0\0"
-  if (size < kTiff + 8 || std::memcmp(data, "Exif\0\0", 6) != 0) return 1;
-  const uint8_t *tiff = data + kTiff;
-  const size_t room = size - kTiff;
-  const bool little = tiff[0] == 'I';
-  const uint32_t start = quad(tiff + 4, little);
-  if (start > room - 2) return 1;
-  const unsigned entries = word(tiff + start, little);
-  for (unsigned i = 0; i < entries; ++i) {
-    const uint64_t at = uint64_t{start} + 2 + 12 * uint64_t{i};
-    if (at + 12 > room) return 1;
-    if (word(tiff + at, little) != 274) continue;
-    const unsigned value = word(tiff + at + 8, little);
-    return value >= 1 && value <= 8 ? static_cast<int>(value) : 1;
-  }
-  return 1;
-}
 
 bool decode(std::span<const uint8_t> bytes, Trouble &trouble, Decoded &out) {
   jpeg_decompress_struct info;
@@ -123,9 +96,8 @@ bool decode(std::span<const uint8_t> bytes, Trouble &trouble, Decoded &out) {
   out.unit = info.saw_JFIF_marker ? info.density_unit : 0;
   out.densityX = info.X_density;
   out.densityY = info.Y_density;
-  out.orientation = 1;
-  for (jpeg_saved_marker_ptr m = info.marker_list; m && out.orientation == 1; m = m->next) {
-    out.orientation = orientationOf(m->data, m->data_length);
+  for (jpeg_saved_marker_ptr m = info.marker_list; m && !out.exif.found; m = m->next) {
+    out.exif = readExif(m->data, m->data_length);
   }
   jpeg_finish_decompress(&info);
   jpeg_destroy_decompress(&info);
@@ -166,7 +138,12 @@ void readJpeg(std::span<const uint8_t> bytes, Picture &out) {
   const double scale = decoded.unit == 1 ? 1 : decoded.unit == 2 ? 2.54 : 0;
   out.dpiX = decoded.densityX * scale;
   out.dpiY = decoded.densityY * scale;
-  turnUpright(out, decoded.orientation);
+  // Cameras leave it to Exif.
+  if (scale == 0) {
+    out.dpiX = decoded.exif.dpiX;
+    out.dpiY = decoded.exif.dpiY;
+  }
+  turnUpright(out, decoded.exif.orientation);
 }
 
 }  // namespace host

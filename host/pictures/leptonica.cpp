@@ -109,6 +109,7 @@ void readWithLeptonica(std::span<const uint8_t> bytes, const Background &backgro
             ? "is no picture in a known format; see --help for those that are"
             : "is damaged, or of a kind that Leptonica does not read; convert it to PNG first");
   }
+  if (out.format == "GIF" && gifHasFurtherPictures(bytes)) out.notes.push_back(kFurtherPictures);
   l_int32 width = 0, height = 0, depth = 0, dpiX = 0, dpiY = 0;
   lept->pixGetDimensions(pix.get(), &width, &height, &depth);
   lept->pixGetResolution(pix.get(), &dpiX, &dpiY);

@@ -92,6 +92,26 @@ int gifTransparentIndex(std::span<const uint8_t> file) {
   return transparent;
 }
 
+bool gifHasFurtherPictures(std::span<const uint8_t> file) {
+  if (file.size() < 13) return false;
+  const auto tableSize = [](unsigned flags) { return (flags & 0x80) != 0 ? size_t{6} << (flags & 7) : 0; };
+  size_t at = 13 + tableSize(file[10]);
+  for (int pictures = 0; at + 10 <= file.size();) {
+    if (file[at] == 0x2C) {
+      if (++pictures == 2) return true;
+      // A place, a size and flags; a table; the size of the first codes.
+      at += 10 + tableSize(file[at + 9]) + 1;
+    } else if (file[at] == 0x21) {
+      at += 2;
+    } else {
+      return false;
+    }
+    while (at < file.size() && file[at] != 0) at += size_t{1} + file[at];
+    ++at;
+  }
+  return false;
+}
+
 bool bmpHas32Bits(std::span<const uint8_t> file) {
   return file.size() > 30 && file[28] == 32 && file[29] == 0;
 }

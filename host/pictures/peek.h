@@ -14,6 +14,9 @@ std::string formatOf(std::span<const uint8_t> file);
 // The index of the first picture's transparent colour; -1 for none.
 int gifTransparentIndex(std::span<const uint8_t> file);
 
+// True when another picture follows the first one.
+bool gifHasFurtherPictures(std::span<const uint8_t> file);
+
 // True when pixels take four bytes, which are blue, green, red and one without a meaning.
 bool bmpHas32Bits(std::span<const uint8_t> file);
 

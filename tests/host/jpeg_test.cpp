@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 
 #include "pictures/picture.h"
@@ -129,6 +130,38 @@ TEST(Jpeg, ExifTurnsThePictureUpright) {
     EXPECT_NEAR(picture.view.rows[8 * 15 + 7], 50, 5);
     EXPECT_NEAR(picture.view.rows[8 * 15], 200, 5);
   }
+}
+
+namespace {
+
+// An Exif block with the resolutions 600/2 and 150/1 and their unit.
+Bytes exifWithResolution(uint8_t unit) {
+  return {'E', 'x',  'i', 'f', 0, 0,                        //
+          'M', 'M',  0,   42,  0, 0, 0, 8, 0, 3,            //
+          1,   0x1A, 0,   5,   0, 0, 0, 1, 0, 0,    0, 50,  //
+          1,   0x1B, 0,   5,   0, 0, 0, 1, 0, 0,    0, 58,  //
+          1,   0x28, 0,   3,   0, 0, 0, 1, 0, unit, 0, 0,   //
+          0,   0,    0,   0,                                //
+          0,   0,    2,   88,  0, 0, 0, 2, 0, 0,    0, 150, 0, 0, 0, 1};
+}
+
+std::array<double, 2> resolutionOf(uint8_t exifUnit, int dpi) {
+  Jpeg jpeg = greyPicture();
+  jpeg.dpi = dpi;
+  jpeg.exif = exifWithResolution(exifUnit);
+  Picture picture;
+  host::readJpeg(encode(jpeg), picture);
+  return {picture.dpiX, picture.dpiY};
+}
+
+}  // namespace
+
+TEST(Jpeg, TheResolutionOfExifCountsWhereJfifHasNone) {
+  using Pair = std::array<double, 2>;
+  EXPECT_EQ(resolutionOf(2, 0), (Pair{300, 150}));
+  EXPECT_EQ(resolutionOf(3, 0), (Pair{762, 381}));  // centimetres
+  EXPECT_EQ(resolutionOf(1, 0), (Pair{0, 0}));      // no unit
+  EXPECT_EQ(resolutionOf(2, 72), (Pair{72, 72}));
 }
 
 TEST(Jpeg, DamagedExifIsIgnored) {

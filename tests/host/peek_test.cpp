@@ -52,6 +52,19 @@ TEST(Peek, FindsTheTransparentColourOfAGif) {
   EXPECT_EQ(host::gifTransparentIndex(kGifFront + kGifPicture + control(1, 1) + kGifPicture), -1);
 }
 
+TEST(Peek, SeesFurtherPicturesOfAGif) {
+  const Bytes picture(kGifPicture.begin(), kGifPicture.end() - 1), end{0x3B};
+  EXPECT_FALSE(host::gifHasFurtherPictures(kGifFront + picture + end));
+  EXPECT_FALSE(
+      host::gifHasFurtherPictures(kGifFront + kComment + control(1, 1) + picture + kComment + end));
+  EXPECT_TRUE(host::gifHasFurtherPictures(kGifFront + picture + picture + end));
+  EXPECT_TRUE(host::gifHasFurtherPictures(kGifFront + picture + control(1, 1) + kComment + picture + end));
+  // The first one with a table of its own, of four colours; what follows the end does not count.
+  const Bytes own = Bytes{0x2C, 0, 0, 0, 0, 1, 0, 1, 0, 0x81} + Bytes(12, 0x2C) + Bytes{2, 2, 0x44, 1, 0};
+  EXPECT_FALSE(host::gifHasFurtherPictures(kGifFront + own + end + picture));
+  EXPECT_TRUE(host::gifHasFurtherPictures(kGifFront + own + picture + end));
+}
+
 TEST(Peek, FindsTheChannelsOfAJpeg2000) {
   const Bytes front = box("jP  ", {13, 10, 0x87, 10}) + box("ftyp", {'j', 'p', '2', ' '});
   EXPECT_EQ(host::jpeg2000Channels(front + box("jp2h", box("colr", {1, 0, 0}) + imageHeader(4))), 4u);
@@ -84,6 +97,7 @@ TEST(Peek, TrustsNoLength) {
           EXPECT_LT(host::gifTransparentIndex(part), 256);
           EXPECT_LE(host::jpeg2000Channels(part), 65535u);
           host::bmpHas32Bits(part);
+          host::gifHasFurtherPictures(part);
         }
       }
     }

@@ -26,3 +26,7 @@ entry() { word "$1"; word "$2"; word "$3"; word 0; word "$4"; word 0; }
   printf 'ABCDEF'
 } >deep.tif
 raxel-export deep.tif out.tif
+# Two pictures of a pixel.
+frame='\x2c\0\0\0\0\1\0\1\0\0\2\2\x44\1\0'
+printf "GIF89a\1\0\1\0\x80\0\0\0\0\0\xff\xff\xff$frame$frame\x3b" >two.gif
+raxel-export two.gif out.tif
