@@ -1,6 +1,8 @@
-// PBM, PGM and PPM, plain and raw. Raw pictures of 1 and 8 bits are read where they lie.
+// PBM, PGM and PPM, plain and raw. Raw pictures of 1 and 8 bits are read where they lie; two levels of grey
+// take one bit.
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "pictures/picture.h"
 
@@ -110,6 +112,18 @@ void useShortRamp(uint32_t most, Picture &out) {
   out.useTable(256);
 }
 
+// Greys of two levels as one bit a pixel; a set bit is white, as it is without a table.
+void packTwoLevels(const uint8_t *greys, uint32_t width, uint32_t height, Picture &out) {
+  out.allocate(width, height, 1);
+  std::memset(out.pixels.data(), 0, out.pixels.size());
+  for (uint32_t y = 0; y < height; ++y, greys += width) {
+    uint8_t *row = out.pixels.data() + out.view.stride * y;
+    for (uint32_t x = 0; x < width; ++x) {
+      if (greys[x] != 0) row[x / 8] = static_cast<uint8_t>(row[x / 8] | 0x80u >> x % 8);
+    }
+  }
+}
+
 uint8_t toByte(uint32_t value, uint32_t most) {
   return static_cast<uint8_t>((std::min(value, most) * 255 + most / 2) / most);
 }
@@ -124,6 +138,11 @@ void readPlain(const Header &header, Scanner &scanner, Picture &out) {
   for (size_t i = 0; i < out.pixels.size(); ++i) {
     to[i] = header.bitmap() ? static_cast<uint8_t>(scanner.bit() == 0 ? 255 : 0)
                             : toByte(scanner.number("pixel", 65535), header.most);
+  }
+  if (header.most == 1 && header.samples() == 1) {
+    const Buffer greys = std::move(out.pixels);
+    out.pixels = Buffer();
+    packTwoLevels(greys.data(), header.width, header.height, out);
   }
 }
 
@@ -153,6 +172,9 @@ void readPnm(std::span<const uint8_t> bytes, Picture &out) {
   bringIn({pixels, static_cast<size_t>(wanted)});
   const auto after = bytes.subspan(scanner.at() + static_cast<size_t>(wanted));
   if (after.size() > 2 && after[0] == 'P' && after[1] == bytes[1]) out.notes.push_back(kFurtherPictures);
+  if (header.most == 1 && header.samples() == 1 && !header.bitmap()) {
+    return packTwoLevels(pixels, header.width, header.height, out);
+  }
   const bool inPlace =
       header.most == 255 || header.bitmap() || (header.samples() == 1 && header.most < 255);
   if (!inPlace) return readConverted(header, pixels, out);

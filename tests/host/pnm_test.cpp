@@ -82,6 +82,18 @@ TEST(Pnm, FewerGreyLevelsBecomeATable) {
   EXPECT_EQ(picture.view.table[3 * 200], 255);  // more than the largest value
 }
 
+TEST(Pnm, TwoGreyLevelsTakeOneBit) {
+  // Values above the largest are white.
+  for (const std::string &file :
+       {"P5 3 3 1\n\x00\x01\x00\x01\x00\x07\x00\x00\x01"s, "P2 3 3 1 0 1 0 1 0 7 0 0 1"s}) {
+    Picture picture;
+    read(file, picture);
+    EXPECT_EQ(picture.view.bits, 1u);
+    EXPECT_EQ(picture.view.table, nullptr);
+    EXPECT_EQ(std::string(picture.view.rows, picture.view.rows + 3), "\x40\xA0\x20"s);
+  }
+}
+
 TEST(Pnm, SixteenBitsAreReducedWithANote) {
   Picture picture;
   read("P5 2 1 65535\n\x80\x80\xFF\xFF"s, picture);
@@ -99,7 +111,7 @@ TEST(Pnm, SixteenBitsAreReducedWithANote) {
 TEST(Pnm, ReadsPlainPicturesWithComments) {
   Picture bits;
   read("P1 # a bitmap\n3 2\n1 0 1\n010", bits);
-  EXPECT_EQ(std::string(bits.view.rows, bits.view.rows + 6), "\x00\xFF\x00\xFF\x00\xFF"s);
+  EXPECT_EQ(std::string(bits.view.rows, bits.view.rows + 2), "\x40\xA0"s);
   Picture greys;
   read("P2\n2 2\n#most\n10\n0 5\n10 10", greys);
   EXPECT_EQ(std::string(greys.view.rows, greys.view.rows + 4), "\x00\x80\xFF\xFF"s);

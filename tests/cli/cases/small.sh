@@ -10,3 +10,7 @@ raxel-export --verify -c t4 eight.pbm out.tif
 raxel-export --dry-run -c lzw one.pgm
 raxel-export --dry-run -q -c huffman -m bilevel one.pgm
 raxel-export --dry-run -q -c huffman eight.pbm
+# Greys of two levels are bits, whatever the file calls them.
+printf 'P5\n2 1\n1\n\0\1' >levels.pgm
+printf 'P1\n2 1\n1 0\n' >plain.pbm
+for file in levels.pgm plain.pbm; do raxel-export --dry-run $file; done
