@@ -1,6 +1,11 @@
 #include "save.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 
@@ -37,6 +42,28 @@ bool gives(const Options &options, Escape escape) {
   }
   return std::ranges::any_of(options.set, [&](const SetEscape &set) { return set.number == escape; });
 }
+
+// Held while a profile is rewritten key by key: exports side by side would lose each other's keys. The
+// profile itself is another file after every key, so its folder is what is locked; one that cannot be
+// locked is done without.
+class FolderLock {
+ public:
+  explicit FolderLock(const std::string &path) {
+    const size_t slash = path.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    fd_ = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    while (fd_ >= 0 && flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+    }
+  }
+  ~FolderLock() {
+    if (fd_ >= 0) close(fd_);
+  }
+  FolderLock(const FolderLock &) = delete;
+  FolderLock &operator=(const FolderLock &) = delete;
+
+ private:
+  int fd_ = -1;
+};
 
 // The profile that a setup was made from, asked for single keys.
 struct Profile {
@@ -114,6 +141,7 @@ void checkSave(const Library &library, const Options &options) {
 
 void saveGiven(const Library &library, Setup &setup, const Options &options,
                std::vector<std::string> &notes) {
+  const FolderLock lock(setup.record().szProfilePath);
   sendGiven(setup, options, true);
   const Profile profile{library, setup.record()};
   if (!holdsAll(profile, options)) {

@@ -24,3 +24,9 @@ cat ready.ini
 SETTINGS=$'\n[own]\nDriver=RAXEL.1\n' code raxel-export --save --profile /proc/self/environ --section own -m grey16 "$photo" kept.tif
 raxel-export --inspect kept.tif | head -1
 rm before.ini ready.ini kept.tif
+# Exports side by side do not lose each other's keys.
+printf '[own]\nDriver=RAXEL.1\n' >own.ini
+mkdir in to
+for n in $(seq 40); do printf 'P5\n2 2\n255\nabcd' >in/$n.pgm; done
+code raxel-export -q -j 16 -d to --save --profile own.ini --section own -m grey16 -c lzw --dpi 100 in/*.pgm
+cat own.ini
