@@ -87,7 +87,8 @@ Library loadLibrary(const std::string &wanted) {
   if (!handle) {
     const char *why = dlerror();
     // The loader's sentence names the file when it is about the file.
-    throw Failure(kLibrary, std::string("cannot be loaded: ") + (why ? why : library.path));
+    throw Failure(kLibrary, std::string("cannot be loaded: ") + (why ? why : library.path) +
+                                "; --library names another");
   }
   Loaded loaded{handle, library.path, {}};
   decltype(&::fltLoadPointers) loadPointers = nullptr;
