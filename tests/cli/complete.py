@@ -81,10 +81,10 @@ def main():
         checks.same("fish: --mode", fish(share, "raxel-export --mode "), modes)
         checks.same("fish: -c t", fish(share, "raxel-export -c t"), ["t4", "t6"])
     if shutil.which("zsh"):
-        # What the file hands to zsh's own function, one specification a line.
-        specs = output("zsh", "-f", "-c", f"_arguments() {{ print -rl -- \"$@\" }}; source {share}/raxel-export.zsh")
-        checks.same("zsh: options", set(re.findall(r"(--[a-z-]+)=?\[", specs)), options)
-        checks.same("zsh: modes", re.findall(r"^(?:\(.*\))?--mode=\[.*\]:MODE:\((.*)\)$", specs, re.M),
+        # What the file hands to zsh's own function, one option or argument a line.
+        handed = output("zsh", "-f", "-c", f"_arguments() {{ print -rl -- \"$@\" }}; source {share}/raxel-export.zsh")
+        checks.same("zsh: options", set(re.findall(r"(--[a-z-]+)=?\[", handed)), options)
+        checks.same("zsh: modes", re.findall(r"^(?:\(.*\))?--mode=\[.*\]:MODE:\((.*)\)$", handed, re.M),
                     ["auto bilevel grey16 grey256 color8 color16 color256 rgb"])
     print(f"complete: {checks.passed} passed, {checks.failed} failed")
     return 1 if checks.failed else 0
