@@ -215,7 +215,8 @@ class Script {
 
 std::vector<std::string> recorded() {
   std::vector<std::string> names;
-  for (const auto &entry : std::filesystem::directory_iterator(support::sourcePath("tests/raster/sessions"))) {
+  for (const auto &entry :
+       std::filesystem::directory_iterator(support::sourcePath("tests/raster/sessions"))) {
     if (entry.path().extension() == ".session") names.push_back(entry.path().stem().string());
   }
   std::sort(names.begin(), names.end());

@@ -71,18 +71,8 @@ TEST(BeginCellBitmap, SettlesTheCompressions) {
 TEST(BeginCellBitmap, StripsOfCodedPicturesAreQuartersRoundedDown) {
   const struct {
     uint32_t height, rows, strips;
-  } rows[] = {{100, 25, 4},
-              {101, 25, 5},
-              {11, 2, 6},
-              {8, 2, 4},
-              {7, 1, 7},
-              {5, 1, 5},
-              {4, 1, 4},
-              {3, 1, 3},
-              {2, 1, 2},
-              {1, 1, 1},
-              {0, 1, 0},
-              {0xFFFFFFFF, 0x3FFFFFFF, 5}};
+  } rows[] = {{100, 25, 4}, {101, 25, 5}, {11, 2, 6}, {8, 2, 4}, {7, 1, 7}, {5, 1, 5},
+              {4, 1, 4},    {3, 1, 3},    {2, 1, 2},  {1, 1, 1}, {0, 1, 0}, {0xFFFFFFFF, 0x3FFFFFFF, 5}};
   for (const auto &row : rows) {
     InUse use(support::kBilevel, support::kPackBitsMode);
     const Begun begun(use, 9, row.height);

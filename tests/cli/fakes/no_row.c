@@ -9,4 +9,6 @@ void fltLoadPointers(FilterLoadRecord *record) {
   record->count = 1;
   record->table = table;
 }
-uint32_t KVLGetFilterVersion(void) { return RAXEL_VERSION; }
+uint32_t KVLGetFilterVersion(void) {
+  return RAXEL_VERSION;
+}

@@ -9,4 +9,6 @@ void fltLoadPointers(FilterLoadRecord *record) {
   record->count = 1;
   record->table = table;
 }
-uint32_t KVLGetFilterVersion(void) { return 0x01000004; }
+uint32_t KVLGetFilterVersion(void) {
+  return 0x01000004;
+}
