@@ -4,13 +4,14 @@
     complete.py --build FOLDER --source FOLDER
 """
 
-import argparse
 import os
 import re
 import shutil
 import subprocess
 import sys
 import tempfile
+
+import shared
 
 
 def output(*command, folder=None):
@@ -41,11 +42,7 @@ def fish(share, line):
 
 
 def main():
-    arguments = argparse.ArgumentParser()
-    arguments.add_argument("--build", required=True)
-    arguments.add_argument("--source", required=True)
-    wanted = arguments.parse_args()
-    build = os.path.realpath(wanted.build)
+    build, *_ = shared.places()
     share = os.path.join(build, "share")
     checks = Checks()
 

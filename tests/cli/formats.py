@@ -4,7 +4,6 @@
     formats.py --build FOLDER --source FOLDER
 """
 
-import argparse
 import os
 import struct
 import subprocess
@@ -12,6 +11,8 @@ import sys
 import tempfile
 
 from PIL import Image, ImageChops, ImageStat
+
+import shared
 
 BACKGROUNDS = {"white": (255, 255, 255), "#204060": (0x20, 0x40, 0x60)}
 
@@ -114,14 +115,10 @@ def meant(path, color):
 
 
 def main():
-    arguments = argparse.ArgumentParser()
-    arguments.add_argument("--build", required=True)
-    arguments.add_argument("--source", required=True)
-    wanted = arguments.parse_args()
-    program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
+    _, source, program = shared.places()
     faults, tried = [], 0
     with tempfile.TemporaryDirectory(prefix="raxel-formats-") as folder:
-        files = write_all(os.path.realpath(wanted.source), folder)
+        files = write_all(source, folder)
         out = os.path.join(folder, "out.tif")
         for path, allowed in files.items():
             for name, color in BACKGROUNDS.items():
@@ -143,9 +140,7 @@ def main():
                 # Rounding may go either way where transparent parts are laid over.
                 if mean > max(allowed, 0.5) or (allowed == 0 and most > 1):
                     faults.append(f"{title}: is off by {mean:.2f}, and by {most} at most")
-    print(*(f"FAILED {fault}" for fault in faults), sep="\n", end="\n" if faults else "")
-    print(f"formats: {tried - len(faults)} passed, {len(faults)} failed")
-    return 1 if faults else 0
+    return shared.tell(faults, f"formats: {tried - len(faults)} passed, {len(faults)} failed")
 
 
 if __name__ == "__main__":

@@ -4,7 +4,6 @@
     hostile.py --build FOLDER --source FOLDER
 """
 
-import argparse
 import io
 import json
 import os
@@ -14,6 +13,8 @@ import sys
 import tempfile
 
 from PIL import Image
+
+import shared
 
 EACH = 200  # damaged pictures of a kind
 
@@ -69,21 +70,17 @@ def damage(whole, rng):
 
 
 def main():
-    arguments = argparse.ArgumentParser()
-    arguments.add_argument("--build", required=True)
-    arguments.add_argument("--source", required=True)
-    wanted = arguments.parse_args()
-    program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
+    _, source, program = shared.places()
     rng = random.Random(5)
     exported = refused = looked_at = 0
     faults = []
     place = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
     with tempfile.TemporaryDirectory(prefix="raxel-hostile-", dir=place) as folder:
-        made = kinds(os.path.realpath(wanted.source))
+        made = kinds(source)
         # Nobody else writes tiles here.
         tiles = os.path.join(folder, "tiles.tiff")
         options = ["-m", "bilevel", "-c", "t6", "--layout", "tiles", "--size", "61x40px"]
-        subprocess.run([program, *options, os.path.join(wanted.source, "samples/photo.png"), tiles], check=True)
+        subprocess.run([program, *options, os.path.join(source, "samples/photo.png"), tiles], check=True)
         with open(tiles, "rb") as file:
             made["tiles.tiff"] = file.read()
         for name, whole in made.items():
@@ -136,9 +133,7 @@ def main():
             os.rmdir(target)
             for path in inputs:
                 os.unlink(path)
-    print(*(f"FAILED {fault}" for fault in faults), sep="\n", end="\n" if faults else "")
-    print(f"hostile: {exported} pictures exported, {refused} refused, {looked_at} files inspected; {len(faults)} failed")
-    return 1 if faults else 0
+    return shared.tell(faults, f"hostile: {exported} pictures exported, {refused} refused, {looked_at} files inspected; {len(faults)} failed")
 
 
 if __name__ == "__main__":

@@ -4,12 +4,13 @@
     json_schema.py --build FOLDER --source FOLDER
 """
 
-import argparse
 import json
 import os
 import subprocess
 import sys
 import tempfile
+
+import shared
 
 KINDS = {
     "object": lambda v: isinstance(v, dict),
@@ -54,13 +55,9 @@ def faults(value, schema, root, at="document"):
 
 
 def main():
-    arguments = argparse.ArgumentParser()
-    arguments.add_argument("--build", required=True)
-    arguments.add_argument("--source", required=True)
-    wanted = arguments.parse_args()
-    program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
-    samples = os.path.join(os.path.realpath(wanted.source), "samples")
-    with open(os.path.join(wanted.source, "docs/raxel-export.schema.json")) as text:
+    _, source, program = shared.places()
+    samples = os.path.join(source, "samples")
+    with open(os.path.join(source, "docs/raxel-export.schema.json")) as text:
         schema = json.load(text)
     commands = [
         ["--list"],

@@ -7,7 +7,6 @@ Pictures that a mode keeps must come back exactly, at every width from 1 to 70, 
 layout and at resolutions from 32 to 400. Reduced pictures must stay near, and must not have moved.
 """
 
-import argparse
 import math
 import os
 import random
@@ -18,6 +17,7 @@ import tempfile
 from PIL import Image, ImageChops, ImageFilter, ImageStat
 
 import readers
+import shared
 
 FAX = ("huffman", "t4", "t6")
 MODES = ("bilevel", "grey16", "grey256", "color8", "color16", "color256", "rgb")
@@ -242,14 +242,11 @@ class Matrix:
 
 
 def main():
-    arguments = argparse.ArgumentParser()
-    arguments.add_argument("--build", required=True)
-    arguments.add_argument("--source", required=True)
-    wanted = arguments.parse_args()
+    build, source, _ = shared.places()
     # In memory where there is such a place: every file is synced.
     place = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
     with tempfile.TemporaryDirectory(prefix="raxel-matrix-", dir=place) as folder:
-        matrix = Matrix(wanted.build, wanted.source, folder)
+        matrix = Matrix(build, source, folder)
         matrix.exact()
         matrix.real_exact()
         matrix.reduced()

@@ -4,7 +4,6 @@
     terminal.py --build FOLDER --source FOLDER
 """
 
-import argparse
 import json
 import os
 import pty
@@ -13,6 +12,8 @@ import subprocess
 import sys
 import tempfile
 import time
+
+import shared
 
 WIDTH, HEIGHT = 2000, 1000
 NONE_TO_TRY = 77  # what CTest takes for a test left out
@@ -50,17 +51,13 @@ def slowly(process):
 
 
 def main():
-    arguments = argparse.ArgumentParser()
-    arguments.add_argument("--build", required=True)
-    arguments.add_argument("--source", required=True)
-    wanted = arguments.parse_args()
+    _, source, program = shared.places()
     try:
         for end in pty.openpty():
             os.close(end)
     except OSError as fault:
         print(f"terminal: this system has none to try: {fault}")
         return NONE_TO_TRY
-    program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
     faults = []
     checks = 0
 
@@ -85,7 +82,7 @@ def main():
             seen, code = silent.rest()
             check(f"nothing with {option}", code == 0 and seen == b"", seen)
 
-        refused = Terminal([program, os.path.join(wanted.source, "samples/chart4.png"), "-"], "stdout",
+        refused = Terminal([program, os.path.join(source, "samples/chart4.png"), "-"], "stdout",
                            stderr=subprocess.PIPE)
         seen, code = refused.rest()
         check("no picture on a terminal", code == 73 and seen == b"" and b"is a terminal" in refused.process.stderr.read(),
@@ -155,9 +152,7 @@ def main():
             os.close(writer)
         left = [name for name in os.listdir(folder) if ".raxel-" in name]
         check("nothing is left", not left, left)
-    print(*(f"FAILED {fault}" for fault in faults), sep="\n", end="\n" if faults else "")
-    print(f"terminal: {checks - len(faults)} passed, {len(faults)} failed")
-    return 1 if faults else 0
+    return shared.tell(faults, f"terminal: {checks - len(faults)} passed, {len(faults)} failed")
 
 
 if __name__ == "__main__":

@@ -4,7 +4,6 @@
     truncated.py --build FOLDER --source FOLDER
 """
 
-import argparse
 import io
 import os
 import struct
@@ -13,6 +12,8 @@ import sys
 import tempfile
 
 from PIL import Image
+
+import shared
 
 OLD = b"the old file"
 
@@ -50,12 +51,8 @@ def kinds(program, sample, folder):
 
 
 def main():
-    arguments = argparse.ArgumentParser()
-    arguments.add_argument("--build", required=True)
-    arguments.add_argument("--source", required=True)
-    wanted = arguments.parse_args()
-    program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
-    sample = os.path.join(os.path.realpath(wanted.source), "samples/photo.png")
+    _, source, program = shared.places()
+    sample = os.path.join(source, "samples/photo.png")
     faults, tried = [], 0
     with tempfile.TemporaryDirectory(prefix="raxel-truncated-") as folder:
         cut, target = os.path.join(folder, "cut.tif"), os.path.join(folder, "out.tif")
@@ -75,9 +72,7 @@ def main():
                     faults.append(f"{name} at {percent} %: exit {done.returncode}, the old file is {'kept' if kept else 'gone'}")
                 if len(lines) != (0 if whole_here else 1) or not all(line.startswith(f"raxel-export: {cut}") for line in lines):
                     faults.append(f"{name} at {percent} %: says {lines}")
-    print(*(f"FAILED {fault}" for fault in faults), sep="\n", end="\n" if faults else "")
-    print(f"truncated: {tried} files, {len(faults)} faults")
-    return 1 if faults else 0
+    return shared.tell(faults, f"truncated: {tried} files, {len(faults)} faults")
 
 
 if __name__ == "__main__":
