@@ -42,25 +42,17 @@ void expectPacked(size_t n, const Bytes &from, const Table *table, const Bytes &
   }
 }
 
-TEST(Lookup, PacksBytesIntoNibbles) {
+TEST(Lookup, PacksBytes) {
   support::Random random(131);
   for (size_t n = 0; n < support::cases(400); ++n) {
-    const Bytes values = valuesBelow(random, 16);
     const Bytes from = random.bytes(n);
-    Bytes pixels;
-    for (const uint8_t index : from) pixels.push_back(values[index]);
-    expectPacked(n, from, values.data(), pixels, 4, &color::Kernels::bytesToNibbles);
-  }
-}
-
-TEST(Lookup, PacksBytesIntoBits) {
-  support::Random random(132);
-  for (size_t n = 0; n < support::cases(400); ++n) {
-    const Bytes values = valuesBelow(random, 2);
-    const Bytes from = random.bytes(n);
-    Bytes pixels;
-    for (const uint8_t index : from) pixels.push_back(values[index]);
-    expectPacked(n, from, values.data(), pixels, 1, &color::Kernels::bytesToBits);
+    for (const size_t depth : {size_t{1}, size_t{4}}) {
+      const Bytes values = valuesBelow(random, 1u << depth);
+      Bytes pixels;
+      for (const uint8_t index : from) pixels.push_back(values[index]);
+      expectPacked(n, from, values.data(), pixels, depth,
+                   depth == 1 ? &color::Kernels::bytesToBits : &color::Kernels::bytesToNibbles);
+    }
   }
 }
 
