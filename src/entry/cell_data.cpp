@@ -1,8 +1,6 @@
 // The band of host pixels: the whole picture, brought to the output's depth and size in memory.
 #include "entry/cell_data.h"
 
-#include <cstring>
-
 #include "raxel/color.h"
 
 namespace entry {
@@ -16,11 +14,9 @@ struct Size {
 // Gives a block that is shorter than its picture a copy with zeros behind, so that whatever the writer
 // does to the pixels it does to those as well.
 bool extendTo(Working &pixels, uint64_t bytes) {
-  const auto held = runtime::lockBytes(pixels.handle());
-  if (held.size() >= bytes) return true;
-  const Handle longer = runtime::allocate(bytes);
+  if (GlobalSize(pixels.handle()) >= bytes) return true;
+  const Handle longer = runtime::longerCopy(pixels.handle(), bytes);
   if (longer == 0) return false;
-  if (!held.empty()) std::memcpy(GlobalLock(longer), held.data(), held.size());
   pixels.replace(longer);
   return true;
 }

@@ -116,12 +116,8 @@ bool changeDepth(Picture &picture, const Target &target) {
 // does to those as well. False when no block holds that many.
 bool fillUp(Picture &picture, const Target &target) {
   const uint64_t bytes = raster::bufferBytes(raster::rowBytes(target.width, target.depth), target.height);
-  const auto held = runtime::lockBytes(picture.bits);
-  if (held.size() >= bytes) return true;
-  const Handle longer = runtime::allocate(bytes);
-  if (longer == 0) return false;
-  if (!held.empty()) std::memcpy(GlobalLock(longer), held.data(), held.size());
-  return replace(picture, longer, target.width, target.height);
+  if (GlobalSize(picture.bits) >= bytes) return true;
+  return replace(picture, runtime::longerCopy(picture.bits, bytes), target.width, target.height);
 }
 
 // The writer reads up to 256 entries, so a shorter table goes to it with black after its end.

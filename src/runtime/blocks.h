@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <utility>
 
@@ -24,6 +25,15 @@ inline Handle allocate(uint64_t size) {
 // The bytes behind a handle; empty for the null handle.
 inline std::span<uint8_t> lockBytes(Handle handle) {
   return {static_cast<uint8_t *>(GlobalLock(handle)), GlobalSize(handle)};
+}
+
+// A new block of `size` bytes that begins with a block's and goes on with zeros; 0 when the size fits in
+// no block. The size is at least the block's own.
+inline Handle longerCopy(Handle handle, uint64_t size) {
+  const Handle copy = allocate(size);
+  const std::span<const uint8_t> held = lockBytes(handle);
+  if (copy != 0 && !held.empty()) std::memcpy(GlobalLock(copy), held.data(), held.size());
+  return copy;
 }
 
 // Owns a block and keeps it locked; frees it at the end of its scope unless it was released.
