@@ -14,33 +14,31 @@ namespace {
 
 constexpr std::string_view kUserResolution = "310", kUserSize = "603";
 
-// True when the command line gives what this escape sets.
-bool gives(const Options &options, Escape escape) {
+// True when the command line gives what this escape sets: with an option of its own, or with --set.
+bool isOption(const Options &options, Escape escape) {
   const bool inches = options.size && !options.size->pixels;
   switch (escape) {
     case kColorTreatment:
-      if (options.treatment) return true;
-      break;
+      return options.treatment.has_value();
     case kMode:
-      if (options.mode) return true;
-      break;
+      return options.mode.has_value();
     case kCompression:
-      if (options.compression) return true;
-      break;
+      return options.compression.has_value();
     case kResolutionX:
     case kResolutionY:
-      if (options.dpi) return true;
-      break;
+      return options.dpi.has_value();
     case kWidth:
-      if (inches && options.size->x > 0) return true;
-      break;
+      return inches && options.size->x > 0;
     case kHeight:
-      if (inches && options.size->y > 0) return true;
-      break;
+      return inches && options.size->y > 0;
     default:
-      break;
+      return false;
   }
-  return std::ranges::any_of(options.set, [&](const SetEscape &set) { return set.number == escape; });
+}
+
+bool gives(const Options &options, Escape escape) {
+  return isOption(options, escape) ||
+         std::ranges::any_of(options.set, [&](const SetEscape &set) { return set.number == escape; });
 }
 
 // Held while a profile is rewritten key by key: exports side by side would lose each other's keys. The
