@@ -36,7 +36,7 @@ struct CellJob {
   uint32_t rows;
   runtime::Block spare;  // one row, for a block that is too short; otherwise none
   Collector &out;
-  PieceWriter coder;
+  PieceWriter &coder;
   bool swaps;       // 24-bit pixels change from blue, green, red to red, green, blue
   bool swapsByRow;  // each row just before it is taken, while it is still near the processor
 };
@@ -100,21 +100,22 @@ int32_t writePlain(const CellJob &job, const Chunk &chunk) {
   });
 }
 
-// A T.4 end-of-line code that ends on a byte boundary.
+// A T.4 end-of-line code that ends on a byte boundary, and how many of them end a strip: with that of its
+// last row they make the six of a return to control.
+constexpr uint8_t kEol[2] = {0x00, 0x01};
+constexpr int kEolsAtEnd = 5;
+
 int32_t writeEol(const CellJob &job) {
-  static constexpr uint8_t kEol[2] = {0x00, 0x01};
-  job.state.nStripBytes += sizeof kEol;
   return job.out.write(kEol, sizeof kEol) == sizeof kEol ? RAXEL_OK : RAXEL_CANNOT_WRITE;
 }
 
-// Row by row. A T.4 strip begins with an EOL, and five more behind that of its last row make the six
-// of a return to control.
+// Row by row. A T.4 strip begins with an EOL, which sets the count of its bytes.
 int32_t codeRows(CellJob &job, const Chunk &chunk) {
   const bool t4 = job.state.nCompression == kT4;
   int32_t result = RAXEL_OK;
   if (t4) {
-    job.state.nStripBytes = 0;
     result = writeEol(job);
+    job.state.nStripBytes = sizeof kEol;
   }
   if (result == RAXEL_OK) {
     const uint32_t rowsDone = job.rows - chunk.first - chunk.rows;
@@ -124,8 +125,24 @@ int32_t codeRows(CellJob &job, const Chunk &chunk) {
   } else if (job.swapsByRow) {
     swapChunk(job, chunk);
   }
-  for (int i = 0; t4 && i < 5 && result == RAXEL_OK; ++i) result = writeEol(job);
+  for (int i = 0; t4 && i < kEolsAtEnd && result == RAXEL_OK; ++i) {
+    result = writeEol(job);
+    job.state.nStripBytes += sizeof kEol;
+  }
   return result;
+}
+
+// The codes of a chunk that goes out row by row, up to the end of the write that meets the end of `room`
+// bytes. Its rows have been recoloured.
+uint32_t bytesTried(const CellJob &job, const Chunk &chunk, uint32_t room) {
+  const bool t4 = job.state.nCompression == kT4;
+  uint32_t tried = t4 ? static_cast<uint32_t>(sizeof kEol) : 0;
+  for (uint32_t left = chunk.rows; left > 0 && tried <= room; --left) {
+    const uint8_t *row = job.cells.row(chunk.first + left - 1, job.spare.bytes());
+    tried += job.coder.bytesTried({row, static_cast<size_t>(job.cells.rowBytes)}, job.width, room - tried);
+  }
+  for (int i = 0; t4 && i < kEolsAtEnd && tried <= room; ++i) tried += static_cast<uint32_t>(sizeof kEol);
+  return tried;
 }
 
 // The chunk's rows from the top one down, one after the other.
@@ -171,6 +188,19 @@ int32_t finishRows(CellJob &job, int32_t result) {
   return taken || result != RAXEL_OK ? result : RAXEL_CANNOT_WRITE;
 }
 
+// A failure may show when more rows have been gathered than could be written. Those behind the one that
+// failed do not count.
+int32_t codeGathered(CellJob &job, const Chunk &chunk) {
+  const Handle file = job.state.hTiffFile;
+  const uint32_t counted = job.state.nCompression == kT4 ? 0 : job.state.nStripBytes;
+  const uint32_t begin = tell(file);
+  const int32_t result = finishRows(job, codeRows(job, chunk));
+  if (result == RAXEL_CANNOT_WRITE) {
+    job.state.nStripBytes = counted + bytesTried(job, chunk, tell(file) - begin);
+  }
+  return result;
+}
+
 int32_t writeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
   const uint32_t compression = job.state.nCompression;
   recolorChunk(job, chunk);
@@ -182,7 +212,9 @@ int32_t writeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
     job.state.nStripBytes = 0;
   }
   const bool whole = compression == kLzw || compression == kT6;
-  const int32_t result = whole ? codeChunk(job, chunk, patches) : finishRows(job, codeRows(job, chunk));
+  const int32_t result = whole               ? codeChunk(job, chunk, patches)
+                         : job.out.gathers() ? codeGathered(job, chunk)
+                                             : codeRows(job, chunk);
   if (strip) {
     patches.end(number, job.state.nStripBytes);
     setNextStrip(job.format, number + 1);
@@ -232,6 +264,7 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
   // Plain rows go to the stream of this call, codes to the one that the picture began with.
   const Handle rowsTo = state.nCompression == tiff::kUncompressed ? file : state.hTiffFile;
   tiff::Collector out(rowsTo, size);
+  tiff::PieceWriter coder(state, out);
   tiff::CellJob job{
       .state = state,
       .format = *format,
@@ -240,7 +273,7 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
       .rows = rows,
       .spare = runtime::Block::ofSize(cells.block.size() < size ? cells.rowBytes : 0),
       .out = out,
-      .coder = tiff::PieceWriter(state, out),
+      .coder = coder,
       .swaps = swaps,
       // A host that sees each write finds a whole chunk swapped by then. Rows that share pixels, because
       // the bitmap is less deep than the file, are swapped in order.

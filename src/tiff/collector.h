@@ -15,6 +15,9 @@ class Collector {
   //   capacity  bytes to gather, at most
   Collector(Handle file, uint64_t capacity);
 
+  // Whether rows are gathered at all: otherwise each is written as it comes.
+  bool gathers() const { return static_cast<bool>(block_); }
+
   // Takes a row, or writes it. Returns its length, or the result of a write that failed, which may be
   // that of earlier rows.
   int32_t write(const uint8_t *bytes, size_t count);

@@ -50,19 +50,18 @@ int32_t PieceWriter::writePackBits(std::span<const uint8_t> data) {
   const uint32_t before = tell(state_.hTiffFile);
   const auto produced = static_cast<uint32_t>(encodePackBits(data, out_.data()));
   const bool taken = rows_.write(out_.data(), produced) == static_cast<int32_t>(produced);
-  const bool whole = taken || isDiskFile(state_.hTiffFile);  // earlier rows may be what did not fit
-  state_.nStripBytes += whole ? produced : bytesTried(data, tell(state_.hTiffFile) - before);
+  state_.nStripBytes += taken ? produced : bytesTried(data, 0, tell(state_.hTiffFile) - before);
   return taken ? RAXEL_OK : RAXEL_CANNOT_WRITE;
 }
 
-// The codes of the pieces that fit into `room` bytes and of the first one that does not, which is the
-// one that fails when each is written by itself.
-uint32_t PieceWriter::bytesTried(std::span<const uint8_t> data, uint32_t room) {
+uint32_t PieceWriter::bytesTried(std::span<const uint8_t> row, uint32_t width, uint32_t room) {
+  if (!reserve(2 * uint64_t{row.size()} + kSlack)) return 0;
+  if (state_.nCompression != kPackBits) return encodeFaxRow(row, width, state_.nCompression, out_);
   uint32_t tried = 0;
-  while (!data.empty() && tried <= room) {
-    const size_t length = std::min(data.size(), kPackBitsPiece);
-    tried += static_cast<uint32_t>(encodePackBitsPiece(data.first(length), out_.data()));
-    data = data.subspan(length);
+  while (!row.empty() && tried <= room) {
+    const size_t length = std::min(row.size(), kPackBitsPiece);
+    tried += static_cast<uint32_t>(encodePackBitsPiece(row.first(length), out_.data()));
+    row = row.subspan(length);
   }
   return tried;
 }
@@ -72,8 +71,9 @@ int32_t PieceWriter::writePackBitsPieces(std::span<const uint8_t> data) {
   while (!data.empty()) {
     const size_t length = std::min(data.size(), kPackBitsPiece);
     const size_t produced = encodePackBitsPiece(data.first(length), out_.data());
+    const bool taken = writeAll(state_.hTiffFile, {out_.data(), produced});
     state_.nStripBytes += static_cast<uint32_t>(produced);
-    if (!writeAll(state_.hTiffFile, {out_.data(), produced})) return RAXEL_CANNOT_WRITE;
+    if (!taken) return RAXEL_CANNOT_WRITE;
     data = data.subspan(length);
   }
   return RAXEL_OK;
@@ -82,24 +82,27 @@ int32_t PieceWriter::writePackBitsPieces(std::span<const uint8_t> data) {
 // A write that took anything at all is good enough for LZW and for rows of fax codes.
 int32_t PieceWriter::writeLzw(std::span<const uint8_t> data) {
   const uint32_t produced = encodeLzw(data, {out_.data(), out_.size()}, lzwMemory_);
+  const int32_t written = writeOnce(state_.hTiffFile, out_.data(), produced);
   state_.nStripBytes += produced;
-  return writeOnce(state_.hTiffFile, out_.data(), produced) < 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK;
+  return written < 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK;
 }
 
 int32_t PieceWriter::writeFaxRow(std::span<const uint8_t> row, uint32_t width) {
   if ((uint64_t{width} + 7) / 8 > row.size()) return RAXEL_NO_MEMORY;
   const uint32_t produced = encodeFaxRow(row, width, state_.nCompression, out_);
   if (out_.handle() == 0) return RAXEL_NO_MEMORY;
+  const int32_t written = rows_.write(out_.data(), produced);
   state_.nStripBytes += produced;
-  return rows_.write(out_.data(), produced) < 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK;
+  return written < 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK;
 }
 
 int32_t PieceWriter::writeFax2D(std::span<const uint8_t> data, uint32_t width, uint32_t rows) {
   if ((uint64_t{width} + 7) / 8 * rows > data.size()) return RAXEL_NO_MEMORY;
   const uint32_t produced = encodeFax2D(data, width, rows, out_);
   if (out_.handle() == 0) return RAXEL_NO_MEMORY;
+  const bool taken = writeAll(state_.hTiffFile, {out_.data(), produced});
   state_.nStripBytes += produced;
-  return writeAll(state_.hTiffFile, {out_.data(), produced}) ? RAXEL_OK : RAXEL_CANNOT_WRITE;
+  return taken ? RAXEL_OK : RAXEL_CANNOT_WRITE;
 }
 
 }  // namespace tiff

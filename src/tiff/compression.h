@@ -25,14 +25,17 @@ class PieceWriter {
   // Rows go out through `rows`, which must belong to the state's file; whole strips and tiles do not.
   PieceWriter(TiffWriterState &state, Collector &rows);
 
-  // Codes a piece, writes it, and adds the bytes produced to the state's nStripBytes, also when the
+  // Codes a piece, writes it, and then adds the bytes produced to the state's nStripBytes, also when the
   // stream did not take them. Arguments and result are those of CompressAndWrite.
   int32_t write(std::span<const uint8_t> data, uint32_t width, uint32_t rows);
+
+  // Of a row that comes row by row, the bytes up to the end of the write that meets the end of `room`
+  // bytes: what would have been tried if each write that a host sees had gone out by itself.
+  uint32_t bytesTried(std::span<const uint8_t> row, uint32_t width, uint32_t room);
 
  private:
   bool reserve(uint64_t size);
   int32_t writePackBits(std::span<const uint8_t> data);
-  uint32_t bytesTried(std::span<const uint8_t> data, uint32_t room);
   int32_t writePackBitsPieces(std::span<const uint8_t> data);
   int32_t writeLzw(std::span<const uint8_t> data);
   int32_t writeFaxRow(std::span<const uint8_t> row, uint32_t width);

@@ -1,0 +1,198 @@
+// What nStripBytes, and with it a strip's byte count, says: when it grows, and how far it has come when
+// the output fails.
+#include <gtest/gtest.h>
+
+#include "runtime/file_limit.h"
+#include "runtime/unaligned.h"
+#include "support/random.h"
+#include "support/temp_dir.h"
+#include "tiff/reference_fax.h"
+#include "tiff/reference_packbits.h"
+#include "tiff/writer_fixture.h"
+
+namespace {
+
+using support::Bytes;
+using support::InUse;
+using support::Pixels;
+
+// --- A host that looks -----------------------------------------------------------------------------
+
+struct Seen {
+  size_t written;    // bytes of the write
+  uint32_t counted;  // nStripBytes while it is made
+  friend bool operator==(const Seen &, const Seen &) = default;
+};
+
+void PrintTo(const Seen &seen, std::ostream *out) {
+  *out << seen.written << " bytes at " << seen.counted;
+}
+
+// A stream procedure that takes everything and notes each write of more than one byte; patches and the
+// front come a byte at a time.
+struct Watcher {
+  std::vector<Seen> seen;
+  int64_t position = 0;
+
+  static HostWord answer(HostWord token, HostWord op, HostWord first, HostWord second) {
+    auto &self = *reinterpret_cast<Watcher *>(token);
+    const auto count = static_cast<int32_t>(second);
+    if (op == support::HostStream::kOpen) return token;
+    if (op == support::HostStream::kSeek) {
+      const int32_t offset = *reinterpret_cast<const int32_t *>(first);
+      self.position = second == 0 ? offset : self.position + offset;
+      return static_cast<HostWord>(self.position);
+    }
+    if (op != support::HostStream::kWrite) return 0;
+    if (count > 1) self.seen.push_back({static_cast<size_t>(count), lpRaster->tiff.nStripBytes});
+    self.position += count;
+    return second;
+  }
+
+  // What it saw of a picture of 16 by `height` pixels, each row 55 AA.
+  std::vector<Seen> watch(int32_t compression, uint32_t height, uint16_t layout = support::kStrips) {
+    InUse use(support::kBilevel, compression, layout);
+    use.setup.tiff.nStripBytes = 77;  // of the picture before
+    KvlStreamDesc descriptor{};
+    descriptor.lpMemVar = reinterpret_cast<HostWord>(this);
+    descriptor.lpfnProc = reinterpret_cast<HostWord>(&Watcher::answer);
+    const Handle file = kvlOpen("watched", &descriptor, KVL_OUTPUT);
+    Bytes rows;
+    for (uint32_t i = 0; i < height; ++i) rows.insert(rows.end(), {0x55, 0xAA, 0, 0});
+    const Pixels block(rows);
+    EXPECT_EQ(support::writePicture(file, {16, height, 1, {}, Bytes(6)}, block.handle()), 0);
+    kvlClose(file);
+    return std::move(seen);
+  }
+};
+
+// Strips of two rows. A PackBits row is 01 55 AA.
+TEST(StripCount, GrowsAfterEachPieceOfPackBits) {
+  const std::vector<Seen> expected = {{3, 0}, {3, 3}, {3, 0}, {3, 3}, {3, 0}, {3, 3}, {3, 0}, {3, 3}};
+  EXPECT_EQ(Watcher().watch(support::kPackBitsMode, 8), expected);
+}
+
+// A row is black, seven of one pixel each, two white, and seven of one again.
+TEST(StripCount, GrowsAfterEachRowOfHuffman) {
+  const auto row =
+      static_cast<uint32_t>(reference::packBits01(reference::fax1D("bwbwbwbwwbwbwbwb")).size());
+  const std::vector<Seen> expected = {{row, 0}, {row, row}, {row, 0}, {row, row},
+                                      {row, 0}, {row, row}, {row, 0}, {row, row}};
+  EXPECT_EQ(Watcher().watch(support::kHuffmanMode, 8), expected);
+}
+
+// The first end of line sets the count, and so it begins from the picture before when nothing is patched.
+TEST(StripCount, GrowsAfterEachEndOfLineOfT4) {
+  const auto row =
+      static_cast<uint32_t>(reference::packBits01(reference::fax1D("bwbwbwbwwbwbwbwb")).size()) + 2;
+  for (const uint16_t layout : {support::kStrips, support::kTiles}) {
+    std::vector<Seen> expected = {{2, layout == support::kTiles ? 77u : 0u}, {row, 2}};
+    for (uint32_t i = 0; i < 5; ++i) expected.push_back({2, row + 2 + 2 * i});
+    EXPECT_EQ(Watcher().watch(support::kT4Mode, 1, layout), expected) << layout;
+  }
+}
+
+TEST(StripCount, GrowsAfterAStripOfLzwAndOfT6) {
+  for (const int32_t compression : {support::kLzwMode, support::kT6Mode}) {
+    const std::vector<Seen> seen = Watcher().watch(compression, 4);
+    ASSERT_EQ(seen.size(), 4u);
+    for (const Seen &strip : seen) EXPECT_EQ(strip.counted, 0u) << compression;
+  }
+}
+
+// --- A disk that fills up ----------------------------------------------------------------------------
+
+constexpr uint32_t kWidth = 4000;
+constexpr uint32_t kHeight = 80;
+constexpr uint32_t kStrips = 4;
+constexpr uint32_t kWindow = 12288;  // what a stream keeps of a file: it fails when a full one does
+
+// How long the writes are that a host would see of a strip, one after the other.
+std::vector<uint32_t> writesOf(int32_t compression, const std::vector<Bytes> &rows) {
+  std::vector<uint32_t> writes;
+  const auto add = [&](size_t length) { writes.push_back(static_cast<uint32_t>(length)); };
+  if (compression == support::kT4Mode) add(2);
+  for (const Bytes &row : rows) {
+    if (compression == support::kPackBitsMode) {
+      for (size_t at = 0; at < row.size(); at += 127) {
+        add(reference::packBitsPiece(
+                std::span(row).subspan(at).first(std::min<size_t>(127, row.size() - at)))
+                .size());
+      }
+    } else {
+      std::string pixels;
+      for (uint32_t x = 0; x < kWidth; ++x) pixels += (row[x / 8] << x % 8 & 0x80) != 0 ? 'w' : 'b';
+      add(reference::packBits01(reference::fax1D(pixels)).size() +
+          (compression == support::kT4Mode ? 2 : 0));
+    }
+  }
+  for (int i = 0; compression == support::kT4Mode && i < 5; ++i) add(2);
+  return writes;
+}
+
+class FullDisk : public testing::TestWithParam<int32_t> {};
+
+// Rows are gathered, but a strip counts only what was tried: up to the write that found no room.
+TEST_P(FullDisk, AStripCountsWhatWasTried) {
+  const int32_t compression = GetParam();
+  support::Random random(11);
+  const Bytes pixels = random.bytes(size_t{kWidth} / 8 * kHeight);
+  std::vector<std::vector<uint32_t>> strips(kStrips);
+  for (uint32_t strip = 0; strip < kStrips; ++strip) {
+    std::vector<Bytes> rows;
+    for (uint32_t i = 0; i < kHeight / kStrips; ++i) {
+      const size_t fromBottom = kHeight - 1 - (strip * (kHeight / kStrips) + i);
+      rows.push_back(support::slice(pixels, fromBottom * (kWidth / 8), kWidth / 8));
+    }
+    strips[strip] = writesOf(compression, rows);
+  }
+  for (const uint32_t limit : {kWindow - 1, kWindow, kWindow + 1, 20000u, 2 * kWindow, 30000u, 36000u}) {
+    const support::TempDir dir;
+    InUse use(support::kBilevel, compression);
+    const Handle file = kvlOpen(dir.file("full.tif").c_str(), nullptr, KVL_OUTPUT);
+    const Pixels block(pixels);
+    // The first byte that cannot be kept, because the window before it cannot be written.
+    const uint32_t lost = (limit / kWindow + 1) * kWindow;
+    uint32_t expected = 0;
+    uint32_t at = 0xDA;  // the first strip, behind two arrays of four numbers
+    for (const std::vector<uint32_t> &strip : strips) {
+      expected = 0;
+      for (size_t i = 0; i < strip.size() && at <= lost; ++i) {
+        expected += strip[i];
+        at += strip[i];
+      }
+      if (at > lost) break;
+    }
+    ASSERT_GT(at, lost) << "the picture is too small for " << limit;
+    {
+      const support::FileLimit disk(limit);
+      EXPECT_EQ(support::writePicture(file, {kWidth, kHeight, 1, {}, Bytes(6)}, block.handle()), 303);
+    }
+    EXPECT_EQ(use.setup.tiff.nStripBytes, expected) << limit;
+    kvlClose(file);
+  }
+}
+
+// A piece coded by itself counts in the same way.
+TEST(FullDiskRow, CountsWhatWasTried) {
+  const support::TempDir dir;
+  const Handle file = kvlOpen(dir.file("full").c_str(), nullptr, KVL_OUTPUT);
+  Bytes row;  // no two bytes alike: each piece takes 128 bytes
+  for (uint32_t i = 0; i < 20000; ++i) row.push_back(static_cast<uint8_t>(i));
+  TiffWriterState state{};
+  state.nCompression = 32773;
+  state.hTiffFile = file;
+  {
+    const support::FileLimit disk(5000);
+    EXPECT_EQ(CompressAndWrite(&state, row.data(), 20000, 0, 0), 303);
+  }
+  EXPECT_EQ(state.nStripBytes, kWindow + 128);
+  kvlClose(file);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, FullDisk,
+                         testing::Values(int32_t{support::kPackBitsMode}, int32_t{support::kHuffmanMode},
+                                         int32_t{support::kT4Mode}),
+                         [](const auto &row) { return std::to_string(row.param); });
+
+}  // namespace
