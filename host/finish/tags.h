@@ -1,0 +1,47 @@
+// Numbers of the format: tags and types.
+#pragma once
+
+#include <cstdint>
+
+namespace finish {
+
+enum Tag : uint16_t {
+  kNewSubfileType = 254,
+  kImageWidth = 256,
+  kImageLength = 257,
+  kBitsPerSample = 258,
+  kCompression = 259,
+  kPhotometric = 262,
+  kImageDescription = 270,
+  kStripOffsets = 273,
+  kSamplesPerPixel = 277,
+  kRowsPerStrip = 278,
+  kStripByteCounts = 279,
+  kXResolution = 282,
+  kYResolution = 283,
+  kT4Options = 292,
+  kT6Options = 293,
+  kResolutionUnit = 296,
+  kPageNumber = 297,
+  kSoftware = 305,
+  kDateTime = 306,
+  kArtist = 315,
+  kPredictor = 317,
+  kColorMap = 320,
+  kTileWidth = 322,
+  kTileLength = 323,
+  kTileOffsets = 324,
+  kTileByteCounts = 325,
+  kCopyright = 33432,
+  kIccProfile = 34675,
+};
+
+enum Type : uint16_t { kAscii = 2, kShort = 3, kLong = 4, kRational = 5, kUndefined = 7 };
+
+constexpr uint32_t kHeaderBytes = 8;   // "II", 42, the first directory's place
+constexpr uint32_t kCountBytes = 2;    // of entries, in front of them
+constexpr uint32_t kEntryBytes = 12;   // tag, type, count, value or its place
+constexpr uint32_t kValueInEntry = 8;  // where the value stands in an entry
+constexpr uint32_t kLinkBytes = 4;     // the next directory's place, behind the entries
+
+}  // namespace finish
