@@ -3,13 +3,13 @@
 #include <cstring>
 #include <exception>
 
-#include "batch.h"
 #include "check/inspect.h"
+#include "command/batch.h"
+#include "command/help.h"
+#include "command/options.h"
+#include "command/report.h"
 #include "failure.h"
-#include "help.h"
-#include "options.h"
-#include "report.h"
-#include "stop.h"
+#include "output/stop.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 
 #include "check/directory.h"
 #include "check/libtiff.h"
-#include "input.h"
-#include "report.h"
+#include "command/report.h"
+#include "pictures/input.h"
 
 namespace host {
 namespace {

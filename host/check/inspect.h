@@ -1,7 +1,7 @@
 // --inspect: what a TIFF file holds, for people and for programs.
 #pragma once
 
-#include "options.h"
+#include "command/options.h"
 
 namespace host {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "buffer.h"
-#include "input.h"
+#include "pictures/input.h"
 #include "raxel/host.h"
 
 namespace host {

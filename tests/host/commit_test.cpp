@@ -9,8 +9,8 @@
 #include <cstdio>
 
 #include "failure.h"
+#include "output/target.h"
 #include "support/temp_dir.h"
-#include "target.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "input.h"
+#include "pictures/input.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

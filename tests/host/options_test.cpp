@@ -1,10 +1,10 @@
-#include "options.h"
+#include "command/options.h"
 
 #include <gtest/gtest.h>
 
 #include <initializer_list>
 
-#include "option_table.h"
+#include "command/option_table.h"
 
 namespace {
 

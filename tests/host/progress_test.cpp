@@ -1,4 +1,4 @@
-#include "progress.h"
+#include "command/progress.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 
 #include <cstdlib>
 
+#include "filter/setup.h"
 #include "host/pictures.h"
 #include "raxel/filter.h"
-#include "setup.h"
 #include "support/temp_dir.h"
 
 namespace {

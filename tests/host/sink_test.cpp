@@ -1,4 +1,4 @@
-#include "sink.h"
+#include "output/sink.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "target.h"
+#include "output/target.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

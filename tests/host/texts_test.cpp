@@ -1,9 +1,9 @@
-#include "texts.h"
+#include "command/texts.h"
 
 #include <gtest/gtest.h>
 
-#include "help.h"
-#include "option_table.h"
+#include "command/help.h"
+#include "command/option_table.h"
 
 // One list: every option is in the help, in the manual page and in the completion of each shell.
 TEST(Texts, AllListTheSameOptions) {

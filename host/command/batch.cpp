@@ -1,0 +1,203 @@
+#include "command/batch.h"
+
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <vector>
+
+#include "command/progress.h"
+#include "command/report.h"
+#include "export/export.h"
+#include "filter/library.h"
+#include "output/stop.h"
+
+namespace host {
+namespace {
+
+// Reports of all inputs, in their order.
+struct Outcome {
+  std::vector<std::string> json;
+  std::vector<Exit> exits;
+
+  explicit Outcome(size_t inputs) : json(inputs), exits(inputs, kDone) {}
+  Exit exit() const {
+    for (Exit e : exits) {
+      if (e != kDone) return e;
+    }
+    return kDone;
+  }
+};
+
+bool wantsLine(const Options &options) {
+  return !options.quiet && !options.json;
+}
+
+// `line` is where the picture's progress is shown.
+Report exportOne(const Library &library, const Options &options, size_t index, Progress &line) {
+  Report report;
+  report.input = options.inputs[index];
+  try {
+    exportPicture(library, options, options.inputs[index], options.outputs[index], line, report);
+  } catch (const Failure &failure) {
+    report.exit = failure.code();
+    report.error = failure.what();
+  } catch (const std::bad_alloc &) {
+    report.exit = kLibrary;
+    report.error = report.input + ": there is not enough memory for this picture";
+  }
+  line.clear();
+  tell(report, options);
+  return report;
+}
+
+// Appends what the pipe holds now; false at its end.
+bool readSome(int fd, std::string &to) {
+  char piece[4096];
+  const ssize_t got = read(fd, piece, sizeof piece);
+  if (got > 0) to.append(piece, static_cast<size_t>(got));
+  return got > 0 || (got < 0 && errno == EINTR);
+}
+
+void writeAll(int fd, const std::string &text) {
+  for (size_t done = 0; done < text.size();) {
+    const ssize_t put = write(fd, text.data() + done, text.size() - done);
+    if (put > 0) done += static_cast<size_t>(put);
+    if (put < 0 && errno != EINTR) return;
+  }
+}
+
+// A child process at work on one input; its report comes through a pipe.
+struct Child {
+  size_t index;
+  int pipe;
+};
+
+// The library exports one picture at a time and keeps its state in globals, so pictures side by side
+// need processes of their own.
+class Pool {
+ public:
+  Pool(const Library &library, const Options &options, Outcome &outcome)
+      : library_(library),
+        options_(options),
+        outcome_(outcome),
+        line_(std::to_string(options.inputs.size()) + " pictures", wantsLine(options)) {}
+
+  void start(size_t index) {
+    int ends[2];
+    if (pipe(ends) != 0)
+      throw Failure(kLibrary, std::string("cannot start a process: ") + std::strerror(errno));
+    std::fflush(nullptr);
+    pid_t pid = 0;
+    {
+      const stop::Hold hold;
+      pid = fork();
+      if (pid > 0) stop::addChild(pid);
+      if (pid == 0) stop::forgetChildren();
+    }
+    if (pid < 0) throw Failure(kLibrary, std::string("cannot start a process: ") + std::strerror(errno));
+    if (pid == 0) {
+      close(ends[0]);
+      // The line belongs to the parent, which counts pictures; a message takes its place.
+      Progress none("", false);
+      none.takeOver(line_);
+      const Report report = exportOne(library_, options_, index, none);
+      std::fflush(nullptr);
+      writeAll(ends[1], toJson(report));
+      _exit(report.exit);
+    }
+    close(ends[1]);
+    children_[pid] = {index, ends[0]};
+  }
+
+  // Takes in reports until one is whole. All pipes are read meanwhile: a child whose report is longer than
+  // a pipe holds ends only when somebody reads it.
+  void waitForOne() {
+    for (;;) {
+      std::vector<pollfd> pipes;
+      std::vector<pid_t> pids;
+      for (const auto &[pid, child] : children_) {
+        pipes.push_back({child.pipe, POLLIN, 0});
+        pids.push_back(pid);
+      }
+      if (poll(pipes.data(), pipes.size(), -1) < 0) continue;  // a signal came
+      for (size_t i = 0; i < pipes.size(); ++i) {
+        if (pipes[i].revents == 0) continue;
+        const Child &child = children_.at(pids[i]);
+        if (!readSome(child.pipe, outcome_.json[child.index])) return finish(pids[i]);
+      }
+    }
+  }
+
+  size_t running() const { return children_.size(); }
+
+ private:
+  // Of a child whose pipe is at its end.
+  void finish(pid_t pid) {
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+    stop::removeChild(pid);
+    const auto [index, pipe] = children_.at(pid);
+    close(pipe);
+    children_.erase(pid);
+    outcome_.exits[index] = WIFEXITED(status) ? static_cast<Exit>(WEXITSTATUS(status)) : kLibrary;
+    if (outcome_.json[index].empty()) reportEnd(index, status);
+    ++done_;
+    line_.stage((std::to_string(done_) + " done").c_str());
+  }
+
+  // For a child that ended without a report of its own.
+  void reportEnd(size_t index, int status) {
+    Report report;
+    report.input = options_.inputs[index];
+    report.exit = outcome_.exits[index];
+    report.error = report.input +
+                   (WIFEXITED(status) ? ": the export was stopped"
+                                      : ": the export ended by signal " + std::to_string(WTERMSIG(status)));
+    line_.clear();
+    tell(report, options_);
+    outcome_.json[index] = toJson(report);
+  }
+
+  const Library &library_;
+  const Options &options_;
+  Outcome &outcome_;
+  Progress line_;
+  size_t done_ = 0;
+  std::map<pid_t, Child> children_;
+};
+
+}  // namespace
+
+int exportAll(const Options &options) {
+  const Library library = loadLibrary(options.library);
+  Outcome outcome(options.inputs.size());
+  if (options.jobs > 1 && options.inputs.size() > 1) {
+    Pool pool(library, options, outcome);
+    for (size_t i = 0; i < options.inputs.size(); ++i) {
+      if (pool.running() == options.jobs) pool.waitForOne();
+      pool.start(i);
+    }
+    while (pool.running() != 0) pool.waitForOne();
+  } else {
+    for (size_t i = 0; i < options.inputs.size(); ++i) {
+      const std::string &name = options.inputs[i];
+      Progress line(name == "-" ? "standard input" : name, wantsLine(options));
+      const Report report = exportOne(library, options, i, line);
+      outcome.exits[i] = report.exit;
+      outcome.json[i] = toJson(report);
+    }
+  }
+  if (options.json) {
+    std::fputs(toJsonDocument(outcome.json, outcome.exit()).c_str(),
+               reportsOnStderr(options) ? stderr : stdout);
+  }
+  return outcome.exit();
+}
+
+}  // namespace host

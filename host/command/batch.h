@@ -1,0 +1,12 @@
+// All inputs of one command.
+#pragma once
+
+#include "command/options.h"
+
+namespace host {
+
+// Exports every input; one that fails does not keep the others from being tried. Returns the exit code:
+// that of the first input that failed.
+int exportAll(const Options &options);
+
+}  // namespace host

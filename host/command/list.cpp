@@ -1,0 +1,80 @@
+// Modes and compressions with their other names.
+#include <nlohmann/json.hpp>
+
+#include "command/help.h"
+#include "raxel/host.h"
+
+namespace host {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct Named {
+  const char *(*name)(int);
+  const char *(*alias)(int, int);
+  const char *const *about;
+  int count;
+};
+
+constexpr const char *kModeTexts[RAXEL_MODES] = {
+    "1 bit, black and white",
+    "4 bits, 16 grey levels",
+    "8 bits, 256 grey levels",
+    "4 bits, the eight corners of the colour cube",
+    "4 bits, 16 colours of the picture's own",
+    "8 bits, 256 colours of the picture's own",
+    "24 bits, red, green and blue",
+};
+
+constexpr const char *kCompressionTexts[RAXEL_COMPRESSIONS] = {
+    "no compression, one strip",
+    "runs of bytes",
+    "CCITT modified Huffman, bilevel only",
+    "dictionary of strings",
+    "CCITT Group 3, bilevel only",
+    "CCITT Group 4, bilevel only, in strips or tiles",
+};
+
+constexpr Named kModes{raxelHostModeName, raxelHostModeAlias, kModeTexts, RAXEL_MODES};
+constexpr Named kCompressions{raxelHostCompressionName, raxelHostCompressionAlias, kCompressionTexts,
+                              RAXEL_COMPRESSIONS};
+
+std::string text(const Named &list) {
+  std::string out;
+  for (int i = 0; i < list.count; ++i) {
+    std::string line = std::string("  ") + list.name(i);
+    line.resize(13, ' ');
+    out += line + list.about[i];
+    for (int n = 0; const char *alias = list.alias(i, n); ++n)
+      out += std::string(n == 0 ? "; also " : ", ") + alias;
+    out += '\n';
+  }
+  return out;
+}
+
+Json json(const Named &list) {
+  Json all = Json::array();
+  for (int i = 0; i < list.count; ++i) {
+    Json aliases = Json::array();
+    for (int n = 0; const char *alias = list.alias(i, n); ++n) aliases.push_back(alias);
+    all.push_back({{"name", list.name(i)}, {"about", list.about[i]}, {"otherNames", aliases}});
+  }
+  return all;
+}
+
+}  // namespace
+
+std::string listText() {
+  return "Modes:\n" + text(kModes) + "\nCompressions:\n" + text(kCompressions);
+}
+
+std::string listJson() {
+  return Json{{"command", "list"},
+              {"exit", 0},
+              {"modes", json(kModes)},
+              {"compressions", json(kCompressions)}}
+             .dump() +
+         "\n";
+}
+
+}  // namespace host

@@ -1,0 +1,312 @@
+#include "command/options.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+#include <map>
+#include <set>
+
+#include "command/option_table.h"
+
+namespace host {
+namespace {
+
+[[noreturn]] void fail(const std::string &what) {
+  throw Failure(kUsage, what);
+}
+
+[[noreturn]] void failValue(std::string_view option, const std::string &value, const std::string &hint) {
+  fail("--" + std::string(option) + " " + value + ": " + hint);
+}
+
+// The whole text as a number, or nothing.
+template <class Number>
+std::optional<Number> parse(std::string_view text) {
+  Number value{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+// Words are known in capitals, too.
+std::string lower(std::string word) {
+  for (char &c : word) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  return word;
+}
+
+// The position of a word in a list of choices; -1 when it is none of them.
+int choiceOf(std::string_view choices, std::string_view word) {
+  std::istringstream list{std::string(choices)};
+  std::string choice;
+  for (int i = 0; list >> choice; ++i) {
+    if (choice == word) return i;
+  }
+  return -1;
+}
+
+int chosen(const OptionRow &row, const std::string &value) {
+  const int index = choiceOf(row.choices, lower(value));
+  if (index < 0) failValue(row.longName, value, "is none of " + std::string(row.choices));
+  return index;
+}
+
+std::array<int, 2> parseDpi(const std::string &value) {
+  const size_t x = value.find_first_of("xX");
+  const auto across = parse<int>(value.substr(0, x));
+  const auto down = x == std::string::npos ? across : parse<int>(value.substr(x + 1));
+  for (const auto &dpi : {across, down}) {
+    if (!dpi || *dpi < 32 || *dpi > 400) failValue("dpi", value, "give 32 to 400, as 300 or 200x100");
+  }
+  return {*across, *down};
+}
+
+SizeBox parseSize(const std::string &written) {
+  const std::string value = lower(written);
+  static const std::map<std::string, double> units{
+      {"", 1}, {"in", 1}, {"cm", 2.54}, {"mm", 25.4}, {"px", 1}};
+  const size_t unitAt = value.find_first_not_of("0123456789.x");
+  const std::string sides = value.substr(0, unitAt),
+                    unit = unitAt == std::string::npos ? "" : value.substr(unitAt);
+  const size_t x = sides.find('x');
+  const auto side = [&](const std::string &text) {
+    if (text.empty()) return std::optional(0.0);
+    auto number = parse<double>(text);
+    if (number && !(*number > 0 && *number <= 1e6)) number.reset();
+    return number;
+  };
+  const auto across = side(sides.substr(0, x));
+  const auto down = x == std::string::npos ? std::optional(0.0) : side(sides.substr(x + 1));
+  if (!across || !down || (*across == 0 && *down == 0) || units.count(unit) == 0) {
+    failValue("size", written, "give a box as 6x4in, 15x10cm, 800x600px, 6x or x4");
+  }
+  return {*across / units.at(unit), *down / units.at(unit), unit == "px"};
+}
+
+std::array<uint8_t, 3> parseColor(const std::string &value) {
+  if (lower(value) == "white") return {255, 255, 255};
+  if (lower(value) == "black") return {0, 0, 0};
+  uint32_t rgb = 0;
+  const char *end = value.data() + value.size();
+  if (value.size() == 7 && value[0] == '#' && std::from_chars(value.data() + 1, end, rgb, 16).ptr == end) {
+    return {static_cast<uint8_t>(rgb >> 16), static_cast<uint8_t>(rgb >> 8), static_cast<uint8_t>(rgb)};
+  }
+  failValue("background", value, "give white, black or #RRGGBB");
+}
+
+SetEscape parseSet(const std::string &value) {
+  const size_t equals = value.find('=');
+  const auto number = parse<int32_t>(value.substr(0, equals));
+  if (equals == std::string::npos || !number)
+    failValue("set", value, "give an escape's number and value, as 10=153");
+  return {*number, value.substr(equals + 1)};
+}
+
+int named(const OptionRow &row, const std::string &value, int (*find)(const char *)) {
+  const int found = find(value.c_str());
+  if (found < 0) failValue(row.longName, value, "is none of " + std::string(row.choices) + "; see --list");
+  return found;
+}
+
+// What the options add up to, before inputs and outputs are paired.
+struct Parsed {
+  Options options;
+  std::string output, directory;
+};
+
+// An empty name is most often a shell variable that was never set. Taken as "not given", it would make
+// another file the output.
+void checkName(const OptionRow &row, const std::string &value) {
+  const bool name = row.completes == Completes::kFile || row.completes == Completes::kFolder;
+  if (!name && row.id != OptionId::kSection) return;
+  if (value.empty()) fail("--" + std::string(row.longName) + ": the name is empty");
+}
+
+void apply(const OptionRow &row, const std::string &value, Parsed &to) {
+  Options &o = to.options;
+  checkName(row, value);
+  switch (row.id) {
+    case OptionId::kOutput:
+      to.output = value;
+      return;
+    case OptionId::kDirectory:
+      to.directory = value;
+      return;
+    case OptionId::kJobs: {
+      const auto jobs = parse<unsigned>(value);
+      if (!jobs || *jobs < 1 || *jobs > 256) failValue(row.longName, value, "give 1 to 256");
+      o.jobs = *jobs;
+      return;
+    }
+    case OptionId::kForce:
+      o.rules.force = true;
+      return;
+    case OptionId::kNoClobber:
+      o.rules.noClobber = true;
+      return;
+    case OptionId::kMode:
+      o.autoMode = lower(value) == "auto";
+      o.mode = o.autoMode ? std::nullopt : std::optional(named(row, value, raxelHostFindMode));
+      return;
+    case OptionId::kCompress:
+      o.compression = named(row, value, raxelHostFindCompression);
+      return;
+    case OptionId::kDpi:
+      o.dpi = parseDpi(value);
+      return;
+    case OptionId::kSize:
+      o.size = parseSize(value);
+      return;
+    case OptionId::kLayout:
+      o.layout = chosen(row, value);
+      return;
+    case OptionId::kDither:
+      o.dither = RAXEL_DITHER_ON;
+      return;
+    case OptionId::kNoDither:
+      o.dither = RAXEL_DITHER_OFF;
+      return;
+    case OptionId::kTreatment:
+      o.treatment = chosen(row, value);
+      return;
+    case OptionId::kQuantizer:
+      o.quantizer = chosen(row, value);
+      return;
+    case OptionId::kBackground:
+      o.background = parseColor(value);
+      return;
+    case OptionId::kAsIs:
+      o.asIs = true;
+      return;
+    case OptionId::kVia:
+      o.via = static_cast<Via>(chosen(row, value));
+      return;
+    case OptionId::kLibrary:
+      o.library = value;
+      return;
+    case OptionId::kProfile:
+      o.profile = value;
+      return;
+    case OptionId::kSection:
+      o.section = value;
+      return;
+    case OptionId::kSave:
+      o.save = true;
+      return;
+    case OptionId::kSet:
+      o.set.push_back(parseSet(value));
+      return;
+    case OptionId::kDryRun:
+      o.dryRun = true;
+      return;
+    case OptionId::kVerify:
+      o.verify = true;
+      return;
+    case OptionId::kInspect:
+      o.command = Command::kInspect;
+      return;
+    case OptionId::kList:
+      o.command = Command::kList;
+      return;
+    case OptionId::kJson:
+      o.json = true;
+      return;
+    case OptionId::kQuiet:
+      o.quiet = true;
+      return;
+    case OptionId::kVerbose:
+      o.verbose = true;
+      return;
+    case OptionId::kVersion:
+      o.command = Command::kVersion;
+      return;
+  }
+}
+
+// Name in a folder: the input's own, with .tif for its ending.
+std::string nameIn(const std::string &directory, const std::string &input) {
+  std::string name = input.substr(input.rfind('/') + 1);
+  const size_t dot = name.rfind('.');
+  if (dot != std::string::npos && dot != 0) name.resize(dot);
+  return directory + (directory.back() == '/' ? "" : "/") + name + ".tif";
+}
+
+void pairFiles(Parsed &parsed, std::vector<std::string> files) {
+  Options &o = parsed.options;
+  if (!parsed.output.empty() && !parsed.directory.empty()) fail("-o and -d exclude each other");
+  if (!parsed.directory.empty()) {
+    if (files.empty()) fail("no input given");
+    std::set<std::string> taken;
+    for (const std::string &input : files) {
+      if (input == "-") fail("standard input has no name to use with -d; give -o");
+      o.outputs.push_back(nameIn(parsed.directory, input));
+      if (!taken.insert(o.outputs.back()).second)
+        fail("two inputs would be written to " + o.outputs.back());
+    }
+    o.inputs = std::move(files);
+    return;
+  }
+  if (parsed.output.empty() && files.size() >= 2) {
+    parsed.output = files.back();
+    files.pop_back();
+  }
+  if (files.empty()) fail("no input given");
+  if (files.size() > 1) fail("several inputs go into a folder: give -d DIR");
+  if (parsed.output.empty() && !o.dryRun) fail("no output given");
+  o.inputs = std::move(files);
+  o.outputs = {parsed.output};
+}
+
+void check(const Parsed &parsed) {
+  const Options &o = parsed.options;
+  if (o.save && o.profile.empty()) fail("--save needs --profile");
+  if (!o.section.empty() && o.profile.empty()) fail("--section needs --profile");
+  if (o.quiet && o.verbose) fail("--quiet and --verbose exclude each other");
+  if (o.rules.force && o.rules.noClobber) fail("--force and --no-clobber exclude each other");
+  if (o.asIs && (o.size || o.verify)) fail("--as-is leaves all to the filter: no --size and no --verify");
+  if (o.asIs && o.via != Via::kCell) fail("--as-is goes by --via cell");
+}
+
+}  // namespace
+
+Options parseOptions(int argc, char **argv) {
+  Parsed parsed;
+  CLI::App app{"Writes pictures as TIFF files, through the raxel export filter."};
+  app.set_help_flag("-h,--help");  // helpText() prints it
+  for (const OptionRow &row : kOptions) {
+    std::string names = "--" + std::string(row.longName);
+    if (row.shortName) names = std::string{'-', row.shortName} + "," + names;
+    if (row.argument.empty()) {
+      app.add_flag_callback(names, [&row, &parsed] { apply(row, "", parsed); });
+    } else {
+      CLI::Option *option = app.add_option_function<std::vector<std::string>>(
+          names, [&row, &parsed](const std::vector<std::string> &values) {
+            for (const std::string &value : values) apply(row, value, parsed);
+          });
+      option->expected(1)->allow_extra_args(false);
+      option->multi_option_policy(row.id == OptionId::kSet ? CLI::MultiOptionPolicy::TakeAll
+                                                           : CLI::MultiOptionPolicy::TakeLast);
+    }
+  }
+  std::vector<std::string> files;
+  app.add_option("files", files);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp &) {
+    parsed.options.command = Command::kHelp;
+    parsed.options.json = app.count("--json") != 0;
+    return parsed.options;
+  } catch (const CLI::ParseError &error) {
+    fail(std::string(error.what()) + "; see --help");
+  }
+  Options &o = parsed.options;
+  if (o.command == Command::kInspect) {
+    if (files.empty()) fail("--inspect needs a file");
+    o.inputs = std::move(files);
+  } else if (o.command == Command::kExport) {
+    check(parsed);
+    pairFiles(parsed, std::move(files));
+  }
+  return parsed.options;
+}
+
+}  // namespace host

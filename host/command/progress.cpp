@@ -1,0 +1,93 @@
+#include "command/progress.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <string_view>
+
+#include "command/report.h"
+#include "output/stop.h"
+
+namespace host {
+namespace {
+
+constexpr auto kQuietTime = std::chrono::milliseconds(200);  // short jobs show nothing
+constexpr auto kStep = std::chrono::milliseconds(100);
+
+double seconds(std::chrono::steady_clock::duration d) {
+  return std::chrono::duration<double>(d).count();
+}
+
+size_t columns() {
+  winsize size{};
+  return ioctl(2, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+}  // namespace
+
+std::string bar(double part) {
+  constexpr size_t kSteps = 20;
+  const size_t done = static_cast<size_t>(std::clamp(part, 0.0, 1.0) * kSteps);
+  return '[' + std::string(done, '=') + std::string(kSteps - done, ' ') + ']';
+}
+
+std::string endOf(const std::string &name, size_t room) {
+  constexpr std::string_view kCut = "...";
+  if (name.size() <= room) return name;
+  size_t from = name.size() - (room > kCut.size() ? room - kCut.size() : 0);
+  // Not in the middle of a character of UTF-8.
+  while (from < name.size() && (static_cast<unsigned char>(name[from]) & 0xC0) == 0x80) ++from;
+  return std::string(kCut) + name.substr(from);
+}
+
+Progress::Progress(const std::string &name, bool wanted)
+    : name_(printable(name)), shown_(wanted && isatty(2) == 1), start_(Clock::now()), last_(start_) {}
+
+Progress::~Progress() {
+  clear();
+}
+
+void Progress::print(const std::string &text) {
+  // A line that breaks could not be wiped.
+  const size_t used = text.size() + 3, room = columns() > used ? columns() - used : 0;
+  std::fprintf(stderr, "\r\033[K%s  %s", endOf(name_, room).c_str(), text.c_str());
+  std::fflush(stderr);
+  lineThere_ = true;
+  stop::setLineShown(true);
+}
+
+void Progress::stage(const char *what) {
+  if (shown_ && Clock::now() - start_ > kQuietTime) print(what);
+}
+
+void Progress::expect(uint64_t writes) {
+  expected_ = std::max<uint64_t>(writes, 1);
+  done_ = 0;
+}
+
+void Progress::update(uint64_t size) {
+  ++done_;
+  const Clock::time_point now = Clock::now();
+  if (now - last_ < kStep || now - start_ < kQuietTime) return;
+  last_ = now;
+  const double part = std::min(1.0, static_cast<double>(done_) / static_cast<double>(expected_));
+  const double passed = seconds(now - start_), left = passed * (1 - part) / part;
+  char text[96];
+  std::snprintf(text, sizeof text, "%s %3.0f%%  %.1f MB/s  %.0f:%02.0f left", bar(part).c_str(), part * 100,
+                static_cast<double>(size) / passed / 1e6, std::floor(left / 60),
+                std::floor(std::fmod(left, 60)));
+  print(text);
+}
+
+void Progress::clear() {
+  if (!lineThere_) return;
+  std::fputs("\r\033[K", stderr);
+  std::fflush(stderr);
+  lineThere_ = false;
+  stop::setLineShown(false);
+}
+
+}  // namespace host

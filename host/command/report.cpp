@@ -1,0 +1,138 @@
+#include "command/report.h"
+
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace host {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string geometry(const Report &report) {
+  const RaxelPlan &p = report.plan;
+  char text[200];
+  if (report.seen) {
+    std::snprintf(text, sizeof text, "%u by %u pixels of %u bits", report.fileWidth, report.fileHeight,
+                  report.fileBits);
+    return text;
+  }
+  std::snprintf(text, sizeof text, "%u by %u pixels, %s, %s%s, %d by %d dots an inch", p.width, p.height,
+                raxelHostModeName(p.mode), raxelHostCompressionName(p.compression),
+                p.layout == RAXEL_LAYOUT_TILES ? " in tiles" : "", p.dpiX, p.dpiY);
+  return text;
+}
+
+// What --dry-run tells.
+std::string outlook(const Report &report) {
+  if (report.seen) return geometry(report) + "; " + std::to_string(report.bytes) + " bytes";
+  return geometry(report) + "; " + std::to_string(report.plan.uncompressedBytes) + " bytes uncompressed";
+}
+
+const char *orNull(const char *text) {
+  return text ? text : "";
+}
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+  std::string out;
+  for (char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte != 0x7F) {
+      out += c;
+      continue;
+    }
+    char code[8];
+    std::snprintf(code, sizeof code, "\\x%02X", unsigned{byte});
+    out += code;
+  }
+  return out;
+}
+
+void say(const std::string &text) {
+  std::fprintf(stderr, "raxel-export: %s\n", printable(text).c_str());
+}
+
+bool reportsOnStderr(const Options &options) {
+  return options.json && !options.dryRun && !options.outputs.empty() && options.outputs.front() == "-";
+}
+
+void tell(const Report &report, const Options &options) {
+  if (reportsOnStderr(options)) return;
+  if (report.exit != kDone) return say(report.error);
+  if (!options.quiet) {
+    for (const std::string &note : report.notes) say(report.input + ": note: " + note);
+  }
+  if (options.verbose) {
+    for (const std::string &detail : report.details) say(report.input + ": " + detail);
+  }
+  if (report.dryRun && !options.json) {
+    std::printf("%s: %s\n", printable(report.input).c_str(), outlook(report).c_str());
+  }
+  if (options.verbose && !report.dryRun) {
+    char times[120];
+    std::snprintf(times, sizeof times, "%llu bytes%s; read %.3f s, prepared %.3f s, written %.3f s",
+                  static_cast<unsigned long long>(report.bytes), report.verified ? ", verified" : "",
+                  report.readSeconds, report.prepareSeconds, report.writeSeconds);
+    say(report.output + ": " + geometry(report) + "; " + times);
+  }
+}
+
+std::string toJson(const Report &report) {
+  Json json{{"input", report.input}, {"exit", report.exit}};
+  if (!report.output.empty()) json["output"] = report.output;
+  if (!report.error.empty()) json["error"] = report.error;
+  if (!report.format.empty()) {
+    json["picture"] = {{"format", report.format},
+                       {"width", report.width},
+                       {"height", report.height},
+                       {"bits", report.bits},
+                       {"colors", report.colors}};
+  }
+  if (report.planned) {
+    const RaxelPlan &p = report.plan;
+    json["file"] = {{"width", p.width},
+                    {"height", p.height},
+                    {"bits", p.bits},
+                    {"mode", orNull(raxelHostModeName(p.mode))},
+                    {"compression", orNull(raxelHostCompressionName(p.compression))},
+                    {"layout", p.layout == RAXEL_LAYOUT_TILES ? "tiles" : "strips"},
+                    {"dpi", {p.dpiX, p.dpiY}},
+                    {"uncompressedBytes", p.uncompressedBytes}};
+    if (report.bytes != 0) json["file"]["bytes"] = report.bytes;
+  }
+  if (report.seen) {
+    json["file"] = {{"width", report.fileWidth},
+                    {"height", report.fileHeight},
+                    {"bits", report.fileBits},
+                    {"bytes", report.bytes}};
+  }
+  if (report.exit == kDone) {
+    json["dryRun"] = report.dryRun;
+    json["verified"] = report.verified;
+    json["notes"] = report.notes;
+    json["details"] = report.details;
+    json["seconds"] = {
+        {"read", report.readSeconds}, {"prepare", report.prepareSeconds}, {"write", report.writeSeconds}};
+  }
+  // Names of files may be any bytes.
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string toJsonDocument(const std::vector<std::string> &reports, int exit) {
+  std::string all = "{\"command\":\"export\",\"exit\":" + std::to_string(exit) + ",\"results\":[";
+  for (size_t i = 0; i < reports.size(); ++i) all += (i ? ",\n" : "\n") + reports[i];
+  return all + "\n]}\n";
+}
+
+std::string errorJson(int exit, const std::string &message) {
+  return Json{{"command", "none"}, {"exit", exit}, {"error", message}}.dump(
+             -1, ' ', false, Json::error_handler_t::replace) +
+         "\n";
+}
+
+std::string versionJson(const std::string &version) {
+  return Json{{"command", "version"}, {"exit", 0}, {"version", version}}.dump() + "\n";
+}
+
+}  // namespace host

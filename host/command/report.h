@@ -1,0 +1,60 @@
+// What happened to a picture, for people and for programs.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "command/options.h"
+#include "failure.h"
+#include "raxel/host.h"
+
+namespace host {
+
+struct Report {
+  std::string input;
+  std::string output;
+  Exit exit = kDone;
+  std::string error;  // when exit is not kDone
+
+  // The picture that was read; empty format: it never was.
+  std::string format;
+  uint32_t width = 0, height = 0, bits = 0, colors = 0;
+
+  // The file. With --as-is there is no plan, and these are what its directory says.
+  bool planned = false;
+  RaxelPlan plan{};
+  bool seen = false;
+  uint32_t fileWidth = 0, fileHeight = 0, fileBits = 0;
+  uint64_t bytes = 0;  // written, or with --as-is and --dry-run to be written
+  bool dryRun = false;
+  bool verified = false;
+
+  std::vector<std::string> notes;    // always worth telling
+  std::vector<std::string> details;  // for --verbose
+  double readSeconds = 0, prepareSeconds = 0, writeSeconds = 0;
+};
+
+// One line on standard error: "raxel-export: " and the text. Names of files may hold control characters,
+// which are written out so that they command no terminal and break no line.
+void say(const std::string &text);
+std::string printable(std::string_view text);
+
+// True when the JSON document goes to standard error, because the picture has standard output. Nothing else
+// is told there then.
+bool reportsOnStderr(const Options &options);
+
+// Tells people: notes and errors on standard error, and what --dry-run and --verbose ask for.
+void tell(const Report &report, const Options &options);
+
+// The report as a JSON object, in one line.
+std::string toJson(const Report &report);
+// The document around the objects of an export.
+std::string toJsonDocument(const std::vector<std::string> &reports, int exit);
+
+// The documents of a command that failed before it began, and of --version.
+std::string errorJson(int exit, const std::string &message);
+std::string versionJson(const std::string &version);
+
+}  // namespace host

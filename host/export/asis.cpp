@@ -1,0 +1,127 @@
+#include "export/asis.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "check/directory.h"
+#include "clock.h"
+#include "failure.h"
+#include "filter/handover.h"
+#include "filter/save.h"
+#include "output/target.h"
+#include "prepare/source.h"
+#include "prepare/swap.h"
+
+namespace host {
+namespace {
+
+// The filter takes 1, 4, 8 and 24 bits.
+uint32_t handedBits(uint32_t bits) {
+  return bits == 2 ? 4 : bits;
+}
+
+uint64_t strideOf(uint32_t width, uint32_t bits) {
+  return (uint64_t{width} * bits + 31) / 32 * 4;
+}
+
+// Rows from the bottom up, blue before red: what the format asks of every host.
+void layOut(const RaxelPicture &picture, uint32_t bits, uint8_t *pixels) {
+  const prepare::Source source(picture, RAXEL_TREAT_NONE, nullptr);
+  const uint64_t stride = strideOf(picture.width, bits);
+  std::vector<uint8_t> indices(picture.width);
+  for (uint32_t y = 0; y < picture.height; ++y) {
+    uint8_t *row = pixels + stride * (picture.height - 1 - y);
+    if (bits == 24) {
+      prepare::swapRedBlue(source.row(y), row, picture.width);
+    } else {
+      source.readIndices(y, indices.data());
+      prepare::packRow(indices, bits, row);
+    }
+  }
+}
+
+void layOutTable(const RaxelPicture &picture, uint8_t *table) {
+  if (picture.bits == 24) return;
+  const prepare::Source source(picture, RAXEL_TREAT_NONE, nullptr);
+  for (const prepare::Color &color : source.table()) table = std::copy(color.begin(), color.end(), table);
+}
+
+// What the filter has made of it. The depth of a colour is said once for its three samples.
+void describeFile(std::span<const uint8_t> file, Report &report) {
+  constexpr uint16_t kWidth = 256, kLength = 257, kBits = 258, kSamples = 277;
+  const Directory directory = readDirectory(file);
+  const auto number = [&](uint16_t tag) { return static_cast<uint32_t>(directory.value(tag, 0)); };
+  report.seen = true;
+  report.fileWidth = number(kWidth);
+  report.fileHeight = number(kLength);
+  report.fileBits = number(kBits) * std::max(number(kSamples), 1u);
+  report.bytes = file.size();
+  if (report.fileWidth == 0 || report.fileHeight == 0) {
+    report.notes.push_back("the file says that it has " + std::to_string(report.fileWidth) + " by " +
+                           std::to_string(report.fileHeight) + " pixels, and no reader opens that");
+  }
+}
+
+}  // namespace
+
+void exportAsIs(const Library &library, const Options &options, Setup &setup, const Picture &picture,
+                const std::string &output, Progress &progress, Report &report) {
+  const RaxelPicture &view = picture.view;
+  if (view.width > UINT16_MAX || view.height > UINT16_MAX) {
+    throw Failure(kNoInput,
+                  report.input + ": the filter takes no picture of more than 65535 pixels a side");
+  }
+  sendGiven(setup, options, false);
+  // The picture's own resolution, in units that are its pixels.
+  const double dpi = picture.dpiX >= 1.5 ? std::round(picture.dpiX) : 96;
+  const auto units = static_cast<uint16_t>(std::clamp(dpi, 1.0, 65535.0));
+  RasterPictureInfo info{};
+  info.nPictureResolution = units;
+  info.nPictureWidth = static_cast<int32_t>(view.width);
+  info.nPictureHeight = static_cast<int32_t>(view.height);
+  const RasterInfoResult result = setup.query(info);
+  report.details.push_back("the filter says " + std::to_string(result.nWidth) + " by " +
+                           std::to_string(result.nHeight) + " pixels, depth " +
+                           std::to_string(result.nDepth));
+
+  // The numbers that the filter answers are not quite those of the file, so a dry run writes into memory.
+  Clock::time_point start = Clock::now();
+  const uint32_t bits = handedBits(view.bits);
+  std::optional<Target> target;
+  if (!options.dryRun) target.emplace(output, options.rules);
+  Sink memory(-1);
+  Sink &sink = target ? target->sink() : memory;
+  const prepare::HandleMemory pixels(library.services, strideOf(view.width, bits) * view.height);
+  const prepare::HandleMemory table(library.services, 256 * 3);
+  if (!pixels.bytes() || !table.bytes()) {
+    throw Failure(kLibrary, report.input + ": " + raxelHostMessage(RAXEL_HOST_NO_MEMORY));
+  }
+  layOut(view, bits, pixels.bytes());
+  layOutTable(view, table.bytes());
+  report.prepareSeconds = secondsSince(start);
+  OutputStream stream(sink, progress);
+  setup.setOutput(&OutputStream::procedure);
+  progress.expect(static_cast<uint64_t>(std::max(result.nHeight, 1)));
+  const Handover handover{pixels,
+                          table,
+                          static_cast<uint16_t>(bits),
+                          static_cast<uint16_t>(view.width),
+                          static_cast<uint16_t>(view.height),
+                          info.nPictureWidth,
+                          info.nPictureHeight,
+                          units};
+  const char *name = options.dryRun ? "output" : output.c_str();
+  const uint32_t code = exportCells(library, setup, handover, name, stream);
+  if (target) target->checkWritten();
+  checkComplete(stream, code, target ? target->name() : "the picture", library);
+  describeFile(target ? target->bytes() : memory.kept(), report);
+  if (!target) return;
+  target->commit();
+  if (options.save) saveGiven(library, setup, options, report.notes);
+  report.writeSeconds = secondsSince(start);
+}
+
+}  // namespace host

@@ -1,0 +1,128 @@
+#include "filter/library.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+#include "failure.h"
+
+namespace host {
+namespace {
+
+// Numbers of the export table's rows.
+enum Ordinal : uint16_t {
+  kCreateSetup = 1001,
+  kDestroySetup = 1002,
+  kEscapeSetup = 1004,
+  kVersion = 1005,
+  kMetafileEntry = 1006,
+  kRasterEntry = 1008,
+  kExportCellData = 1009,
+};
+
+[[noreturn]] void fail(const std::string &path, const std::string &what) {
+  throw Failure(kLibrary, path + ": " + what);
+}
+
+std::string programFolder() {
+  char path[PATH_MAX];
+  const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
+  if (length <= 0) return "";
+  const std::string whole(path, static_cast<size_t>(length));
+  return whole.substr(0, whole.rfind('/') + 1);
+}
+
+std::string findLibrary(const std::string &wanted) {
+  if (!wanted.empty()) return wanted.find('/') == std::string::npos ? "./" + wanted : wanted;
+  const std::string folder = programFolder();
+  const std::string beside = folder + "raxel.so", installed = folder + "../lib/raxel/raxel.so";
+  if (access(beside.c_str(), F_OK) == 0) return beside;
+  if (access(installed.c_str(), F_OK) == 0) return installed;
+  throw Failure(kLibrary,
+                "raxel.so: not found beside raxel-export nor in ../lib/raxel; name it with --library");
+}
+
+// A loaded library with its export table.
+struct Loaded {
+  void *handle;
+  const std::string &path;
+  FilterLoadRecord table{};
+
+  template <class Function>
+  void byName(const char *name, Function &to) const {
+    void *symbol = dlsym(handle, name);
+    if (!symbol) fail(path, std::string("has no entry ") + name + "; it is not a whole raxel.so");
+    to = reinterpret_cast<Function>(symbol);
+  }
+
+  // The row's name is looked up, except that "EscapeSetup" stands for the symbol xEscapeSetup.
+  template <class Function>
+  void byOrdinal(uint16_t ordinal, Function &to) const {
+    for (uint16_t i = 0; i < table.count; ++i) {
+      const FilterExportEntry &row = table.table[i];
+      if (row.ordinal == ordinal) {
+        return byName(std::strcmp(row.name, "EscapeSetup") == 0 ? "xEscapeSetup" : row.name, to);
+      }
+    }
+    fail(path,
+         "lists no entry with the number " + std::to_string(ordinal) + "; it is not a whole raxel.so");
+  }
+};
+
+std::string hex(uint32_t value) {
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%08X", value);
+  return text;
+}
+
+}  // namespace
+
+Library loadLibrary(const std::string &wanted) {
+  Library library;
+  library.path = findLibrary(wanted);
+  void *handle = dlopen(library.path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!handle) {
+    const char *why = dlerror();
+    // The loader's sentence names the file when it is about the file.
+    throw Failure(kLibrary, std::string("cannot be loaded: ") + (why ? why : library.path) +
+                                "; --library names another");
+  }
+  Loaded loaded{handle, library.path, {}};
+  decltype(&::fltLoadPointers) loadPointers = nullptr;
+  loaded.byName("fltLoadPointers", loadPointers);
+  loadPointers(&loaded.table);
+  if (!loaded.table.table) fail(library.path, "hands out no export table");
+
+  decltype(&::KVLGetFilterVersion) version = nullptr;
+  loaded.byOrdinal(kVersion, version);
+  library.version = version();
+  if (library.version != RAXEL_VERSION) {
+    fail(library.path,
+         "is version " + hex(library.version) + ", and this program needs version " + hex(RAXEL_VERSION));
+  }
+  loaded.byOrdinal(kCreateSetup, library.createSetup);
+  loaded.byOrdinal(kDestroySetup, library.destroySetup);
+  loaded.byOrdinal(kEscapeSetup, library.escapeSetup);
+  loaded.byOrdinal(kExportCellData, library.exportCellData);
+  loaded.byOrdinal(kMetafileEntry, library.metafileEntry);
+  loaded.byOrdinal(kRasterEntry, library.rasterEntry);
+
+  loaded.byName("GetPrivateProfileString", library.readProfile);
+
+  RaxelServices &s = library.services;
+  loaded.byName("GlobalAlloc", s.GlobalAlloc);
+  loaded.byName("GlobalLock", s.GlobalLock);
+  loaded.byName("GlobalUnlock", s.GlobalUnlock);
+  loaded.byName("GlobalFree", s.GlobalFree);
+  loaded.byName("rlReduceColorTable", s.rlReduceColorTable);
+  loaded.byName("rlConvertBitmapDepth", s.rlConvertBitmapDepth);
+  loaded.byName("rlDitherGetCT", s.rlDitherGetCT);
+  loaded.byName("rlDitherGivenCT", s.rlDitherGivenCT);
+  loaded.byName("rev_rgb", s.rev_rgb);
+  return library;
+}
+
+}  // namespace host

@@ -1,0 +1,163 @@
+// What is to be done with a picture, from three sources.
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+
+#include "filter/setup.h"
+
+namespace host {
+namespace {
+
+// Stored codes of the settings record.
+constexpr int32_t kOwnSize = 602, kOwnResolution = 309, kFirstColorMode = 103;
+constexpr uint16_t kStoredTiles = 771;
+
+int modeOfCode(int32_t code) {
+  switch (code) {
+    case 215:
+      return RAXEL_MODE_BILEVEL;
+    case 216:
+      return RAXEL_MODE_GREY16;
+    case 217:
+      return RAXEL_MODE_GREY256;
+    case 218:
+      return RAXEL_MODE_COLOR8;
+    case 219:
+      return RAXEL_MODE_COLOR16;
+    case 221:
+      return RAXEL_MODE_COLOR256;
+    default:
+      return RAXEL_MODE_RGB;
+  }
+}
+
+// Unknown codes write uncompressed data.
+int compressionOfCode(int32_t code) {
+  switch (code) {
+    case 225:
+      return RAXEL_COMPRESS_PACKBITS;
+    case 226:
+      return RAXEL_COMPRESS_HUFFMAN;
+    case 227:
+      return RAXEL_COMPRESS_LZW;
+    case 229:
+      return RAXEL_COMPRESS_T4;
+    case 230:
+      return RAXEL_COMPRESS_T6;
+    default:
+      return RAXEL_COMPRESS_NONE;
+  }
+}
+
+bool isGrey(const RaxelPicture &picture) {
+  for (uint32_t i = 0; picture.table && i < picture.colors; ++i) {
+    const uint8_t *c = picture.table + 3 * i;
+    if (c[0] != c[1] || c[1] != c[2]) return false;
+  }
+  return true;
+}
+
+// Black and white, in either order; a table that the picture does not fill counts as black.
+bool isBlackAndWhite(const RaxelPicture &picture) {
+  if (picture.bits != 1) return false;
+  if (!isGrey(picture)) return false;
+  for (uint32_t i = 0; picture.table && i < std::min(picture.colors, 2u); ++i) {
+    const uint8_t v = picture.table[3 * i];
+    if (v != 0 && v != 255) return false;
+  }
+  return true;
+}
+
+// Grey levels without a table, or with one of evenly spaced greys.
+bool keepsIn16Greys(const RaxelPicture &picture) {
+  if (picture.bits > 4 || !isGrey(picture)) return false;
+  for (uint32_t i = 0; picture.table && i < picture.colors; ++i) {
+    if (picture.table[3 * i] % 17 != 0) return false;
+  }
+  return true;
+}
+
+// The smallest mode that keeps what the picture can hold.
+int ownMode(const RaxelPicture &picture) {
+  if (isBlackAndWhite(picture)) return RAXEL_MODE_BILEVEL;
+  if (picture.bits == 24) return RAXEL_MODE_RGB;
+  if (keepsIn16Greys(picture)) return RAXEL_MODE_GREY16;
+  if (isGrey(picture)) return RAXEL_MODE_GREY256;
+  return picture.bits <= 4 || picture.colors <= 16 ? RAXEL_MODE_COLOR16 : RAXEL_MODE_COLOR256;
+}
+
+int ownDpi(double dpi, std::vector<std::string> &notes) {
+  if (!(dpi > 0) || !std::isfinite(dpi)) return 96;
+  const double rounded = std::round(dpi), kept = std::clamp(rounded, 32.0, 400.0);
+  if (kept != rounded && dpi >= 1.5) {  // 1 by 1 is how many files say "unknown"
+    notes.push_back("the picture's " + std::to_string(static_cast<long>(rounded)) +
+                    " dots an inch cannot be written; " + std::to_string(static_cast<int>(kept)) + " are");
+  }
+  return dpi < 1.5 ? 96 : static_cast<int>(kept);
+}
+
+// The largest size inside the box that keeps the proportions: in a box of inches those on paper, at the
+// picture's own resolution or with square pixels, and in a box of pixels those of the pixels.
+void fit(const SizeBox &box, const Picture &picture, RaxelRequest &request) {
+  double across = picture.view.width, down = picture.view.height;
+  if (!box.pixels && picture.dpiX >= 1.5 && picture.dpiY >= 1.5) {
+    across /= picture.dpiX;
+    down /= picture.dpiY;
+  }
+  const double scale = std::min(box.x > 0 ? box.x / across : HUGE_VAL, box.y > 0 ? box.y / down : HUGE_VAL);
+  const double width = across * scale * (box.pixels ? 1 : request.dpiX);
+  const double height = down * scale * (box.pixels ? 1 : request.dpiY);
+  request.inchesX = std::max(1.0, std::round(width)) / request.dpiX;
+  request.inchesY = std::max(1.0, std::round(height)) / request.dpiY;
+}
+
+}  // namespace
+
+RaxelRequest requestFor(const Options &options, const Setup &setup, const Picture &picture,
+                        std::vector<std::string> &notes) {
+  RaxelRequest request;
+  raxelHostDefaults(&request);
+  const RasterSetup &stored = setup.record();
+  const bool fromProfile = setup.fromProfile();
+  const auto chosen = [&](std::initializer_list<int32_t> escapes) {
+    return fromProfile || std::ranges::any_of(options.set, [&](const SetEscape &set) {
+             return std::ranges::find(escapes, set.number) != escapes.end();
+           });
+  };
+
+  request.mode = options.mode                           ? *options.mode
+                 : chosen({kMode}) && !options.autoMode ? modeOfCode(stored.nBitmapMode)
+                                                        : ownMode(picture.view);
+  request.compression = options.compression      ? *options.compression
+                        : chosen({kCompression}) ? compressionOfCode(stored.nCompressionMode)
+                                                 : RAXEL_COMPRESS_NONE;
+  request.layout = options.layout                                           ? *options.layout
+                   : fromProfile && stored.tiff.wLayoutMode == kStoredTiles ? RAXEL_LAYOUT_TILES
+                                                                            : RAXEL_LAYOUT_STRIPS;
+  request.treatment = options.treatment           ? *options.treatment
+                      : chosen({kColorTreatment}) ? std::clamp(stored.nColorMode - kFirstColorMode, 0, 4)
+                                                  : RAXEL_TREAT_NONE;
+  request.dither = options.dither;
+  request.quantizer = options.quantizer;
+  if (options.dpi) {
+    request.dpiX = (*options.dpi)[0];
+    request.dpiY = (*options.dpi)[1];
+  } else if (chosen({kResolutionMode, kResolutionX, kResolutionY}) &&
+             stored.nResolutionMode != kOwnResolution && stored.tiff.nXResolution > 0 &&
+             stored.tiff.nYResolution > 0) {
+    request.dpiX = stored.tiff.nXResolution;
+    request.dpiY = stored.tiff.nYResolution;
+  } else {
+    request.dpiX = ownDpi(picture.dpiX, notes);
+    request.dpiY = picture.dpiY == picture.dpiX ? request.dpiX : ownDpi(picture.dpiY, notes);
+  }
+  if (options.size) {
+    fit(*options.size, picture, request);
+  } else if (chosen({kSizeMode, kWidth, kHeight}) && stored.nSizeMode != kOwnSize && stored.dWidth > 0 &&
+             stored.dHeight > 0) {
+    fit({stored.dWidth, stored.dHeight, false}, picture, request);
+  }
+  return request;
+}
+
+}  // namespace host

@@ -1,0 +1,97 @@
+#include "output/sink.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace host {
+namespace {
+
+constexpr uint64_t kFront = 64 << 10;
+constexpr size_t kTail = 256 << 10;
+constexpr uint64_t kMost = INT32_MAX;  // positions are signed 32-bit for the filter
+
+}  // namespace
+
+bool Sink::write(const uint8_t *bytes, size_t count) {
+  if (error_ != 0) return false;
+  if (position_ + count > kMost) {
+    error_ = EFBIG;
+    return false;
+  }
+  const uint64_t front = fd_ < 0 ? kMost : kFront;
+  while (count != 0) {
+    size_t step = count;
+    if (position_ < front) {
+      step = static_cast<size_t>(std::min<uint64_t>(count, front - position_));
+      const uint64_t end = position_ + step;
+      if (front_.size() < end) front_.resize(static_cast<size_t>(end));
+      std::memcpy(front_.data() + position_, bytes, step);
+    } else if (position_ == size_) {
+      step = std::min(count, kTail);
+      if (!append(bytes, step)) return false;
+    } else {
+      // A patch beyond the front.
+      step = static_cast<size_t>(std::min<uint64_t>(count, size_ > position_ ? size_ - position_ : count));
+      if (!flushTail() || !writeAt(position_, bytes, step)) return false;
+    }
+    position_ += step;
+    size_ = std::max(size_, position_);
+    bytes += step;
+    count -= step;
+  }
+  return true;
+}
+
+bool Sink::append(const uint8_t *bytes, size_t count) {
+  if (tail_.empty()) {
+    tail_.reserve(kTail);
+    tailStart_ = position_;
+  }
+  if (tail_.size() + count > kTail) {
+    if (!flushTail()) return false;
+    tailStart_ = position_;
+  }
+  tail_.insert(tail_.end(), bytes, bytes + count);
+  return true;
+}
+
+bool Sink::flushTail() {
+  const bool done = writeAt(tailStart_, tail_.data(), tail_.size());
+  tail_.clear();
+  return done;
+}
+
+bool Sink::writeAt(uint64_t position, const uint8_t *bytes, size_t count) {
+  while (count != 0) {
+    const ssize_t put = pwrite(fd_, bytes, count, static_cast<off_t>(position));
+    if (put < 0 && errno == EINTR) continue;
+    if (put <= 0) {
+      error_ = put < 0 ? errno : EIO;
+      return false;
+    }
+    position += static_cast<uint64_t>(put);
+    bytes += put;
+    count -= static_cast<size_t>(put);
+  }
+  return true;
+}
+
+bool Sink::seek(int64_t offset, int whence) {
+  const int64_t from = whence == 0 ? 0 : static_cast<int64_t>(whence == 1 ? position_ : size_);
+  const int64_t to = from + offset;
+  if (whence < 0 || whence > 2 || to < 0 || to > static_cast<int64_t>(kMost)) return false;
+  position_ = static_cast<uint64_t>(to);
+  return true;
+}
+
+bool Sink::flush() {
+  if (error_ != 0) return false;
+  if (fd_ < 0) return true;
+  return flushTail() && writeAt(0, front_.data(), front_.size());
+}
+
+}  // namespace host

@@ -1,0 +1,126 @@
+#include "output/stop.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <climits>
+#include <csignal>
+#include <cstring>
+
+#include "failure.h"
+
+namespace host::stop {
+namespace {
+
+// All that a handler may look at. The name is set while signals are held.
+std::array<char, PATH_MAX> temporary;
+std::array<char, PATH_MAX> input;
+std::atomic<bool> lineShown;
+constexpr size_t kMostChildren = 256;
+std::array<std::atomic<pid_t>, kMostChildren> children;
+
+void say(const char *text) {
+  // Nothing can be done about a message that cannot be written.
+  [[maybe_unused]] const ssize_t ignored = write(2, text, std::strlen(text));
+}
+
+void cleanUp(int signal) {
+  for (auto &child : children) {
+    if (const pid_t pid = child.load()) kill(pid, signal);
+  }
+  if (temporary[0] != '\0') unlink(temporary.data());
+  if (lineShown.load()) say("\r\033[K");
+}
+
+extern "C" void stopNow(int signal) {
+  cleanUp(signal);
+  say("raxel-export: stopped\n");
+  _exit(128 + signal);  // 130 for Ctrl-C
+}
+
+extern "C" void stopOnFault(int) {
+  cleanUp(SIGTERM);
+  say("raxel-export: ");
+  say(input[0] != '\0' ? input.data() : "the input");
+  say(": was cut short while it was being read; start again when it is whole\n");
+  _exit(kNoInput);
+}
+
+constexpr std::array<int, 3> kStops{SIGINT, SIGTERM, SIGHUP};
+
+sigset_t stops() {
+  sigset_t set;
+  sigemptyset(&set);
+  for (int signal : kStops) sigaddset(&set, signal);
+  return set;
+}
+
+}  // namespace
+
+void install() {
+  struct sigaction action {};
+  action.sa_mask = stops();
+  action.sa_handler = stopNow;
+  for (int signal : kStops) {
+    // A hang-up that the caller chose to ignore (nohup) stays ignored.
+    struct sigaction old {};
+    if (sigaction(signal, nullptr, &old) == 0 && old.sa_handler == SIG_IGN) continue;
+    sigaction(signal, &action, nullptr);
+  }
+  action.sa_handler = stopOnFault;
+  sigaction(SIGBUS, &action, nullptr);
+  // A full quota and a closed pipe come back as errors of the write.
+  signal(SIGXFSZ, SIG_IGN);
+  signal(SIGPIPE, SIG_IGN);
+}
+
+void remove() {
+  for (int signal : kStops) std::signal(signal, SIG_DFL);
+}
+
+void setTemporary(const std::string &path) {
+  const Hold hold;
+  temporary.fill('\0');
+  if (path.size() < temporary.size()) std::memcpy(temporary.data(), path.data(), path.size());
+}
+
+void setInput(const std::string &name) {
+  input.fill('\0');
+  std::memcpy(input.data(), name.data(), std::min(name.size(), input.size() - 1));
+}
+
+void setLineShown(bool shown) {
+  lineShown.store(shown);
+}
+
+void addChild(pid_t child) {
+  for (auto &slot : children) {
+    pid_t none = 0;
+    if (slot.compare_exchange_strong(none, child)) return;
+  }
+}
+
+void removeChild(pid_t child) {
+  for (auto &slot : children) {
+    pid_t expected = child;
+    slot.compare_exchange_strong(expected, 0);
+  }
+}
+
+void forgetChildren() {
+  for (auto &slot : children) slot.store(0);
+}
+
+Hold::Hold() {
+  const sigset_t set = stops();
+  sigprocmask(SIG_BLOCK, &set, &before_);
+}
+
+Hold::~Hold() {
+  sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+}  // namespace host::stop

@@ -1,0 +1,235 @@
+#include "output/target.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+#include "failure.h"
+#include "output/stop.h"
+#include "output/sync.h"
+
+namespace host {
+namespace {
+
+constexpr int kSlots = 10;  // exports to one file at the same time
+constexpr size_t kLongestStem = 200;
+
+std::string folderOf(const std::string &path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash + 1);
+}
+
+// The temporary's name: the file's own, hidden, cut where the system's limit could be passed.
+std::string slotName(const std::string &path, int slot) {
+  const std::string folder = folderOf(path);
+  return folder + "." + path.substr(folder.size(), kLongestStem) + ".raxel-" + std::to_string(slot);
+}
+
+// The file that a chain of links ends in, there or not; the path itself when it is no link. Empty for a
+// chain without an end.
+std::string followLinks(std::string path) {
+  constexpr int kMostLinks = 40;  // as the system does
+  char to[PATH_MAX];
+  for (int links = 0; links < kMostLinks; ++links) {
+    const ssize_t length = readlink(path.c_str(), to, sizeof to);
+    if (length < 0) return path;
+    const std::string next(to, static_cast<size_t>(length));
+    path = next.front() == '/' ? next : folderOf(path) + next;
+  }
+  return "";
+}
+
+// True when the descriptor is locked by us and still is the file of that name.
+bool own(int fd, const std::string &name) {
+  struct stat open, named;
+  return flock(fd, LOCK_EX | LOCK_NB) == 0 && fstat(fd, &open) == 0 && stat(name.c_str(), &named) == 0 &&
+         open.st_ino == named.st_ino && open.st_dev == named.st_dev;
+}
+
+// Removes what killed exports to the same file have left.
+void removeStrays(const std::string &path) {
+  for (int slot = 0; slot < kSlots; ++slot) {
+    const std::string name = slotName(path, slot);
+    const int fd = open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0) continue;
+    if (own(fd, name)) unlink(name.c_str());
+    close(fd);
+  }
+}
+
+// A new locked file; -1 with errno set when there is none to be had.
+int createSlot(const std::string &path, std::string &name) {
+  for (int slot = 0; slot < kSlots; ++slot) {
+    name = slotName(path, slot);
+    const stop::Hold hold;  // no signal between making the file and knowing of it
+    const int fd = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd < 0 && errno == EEXIST) continue;
+    if (fd < 0) return -1;
+    if (own(fd, name)) {
+      stop::setTemporary(name);
+      return fd;
+    }
+    close(fd);  // somebody took it for a stray in the moment before it was locked
+  }
+  errno = EBUSY;
+  return -1;
+}
+
+// Renames to a name that nobody has, and answers the error: EEXIST when somebody has it by now. Disks that
+// cannot do it in one step can link, or the name is looked at just before.
+int renameToNew(const std::string &from, const std::string &to) {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS) return errno;
+  if (link(from.c_str(), to.c_str()) == 0) return unlink(from.c_str()) == 0 ? 0 : errno;
+  if (errno == EEXIST) return errno;
+  struct stat about;
+  if (lstat(to.c_str(), &about) == 0) return EEXIST;
+  return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+std::string reason(int error) {
+  switch (error) {
+    case ENOENT:
+      return "the folder does not exist";
+    case ENOTDIR:
+      return "a part of its path is no folder";
+    case ENAMETOOLONG:
+      return "the name is too long";
+    case EACCES:
+    case EPERM:
+      return "you may not write there";
+    case EROFS:
+      return "the disk is read-only";
+    case EBUSY:
+      return "ten other exports are writing it now";
+    case ENOSPC:
+      return "the disk is full";
+    case EDQUOT:
+      return "your quota is used up";
+    case EFBIG:
+      return "the file would become larger than allowed here";
+    default:
+      return std::strerror(error);
+  }
+}
+
+[[noreturn]] void failCreate(const std::string &name, const std::string &why) {
+  throw Failure(kNoCreate, name + ": cannot be created: " + why);
+}
+
+}  // namespace
+
+Target::Target(const std::string &path, const TargetRules &rules)
+    : name_(path), keepsOld_(rules.noClobber) {
+  if (path == "-") {
+    name_ = "standard output";
+    if (isatty(1) && !rules.force)
+      throw Failure(kNoCreate, name_ + ": is a terminal; send it to a file or a pipe");
+    fd_ = dup(1);
+    sink_ = std::make_unique<Sink>(-1);
+    return;
+  }
+  struct stat about;
+  const bool exists = stat(path.c_str(), &about) == 0;
+  if (exists && S_ISDIR(about.st_mode)) failCreate(name_, "it is a folder; use -d for several outputs");
+  if (exists && rules.noClobber) failCreate(name_, "it exists, and --no-clobber was given");
+  if (exists && !rules.force && access(path.c_str(), W_OK) != 0) {
+    failCreate(name_, errno == EACCES ? "it is write-protected; --force replaces it" : reason(errno));
+  }
+  if (exists && !S_ISREG(about.st_mode)) {
+    fd_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (fd_ < 0) failCreate(name_, reason(errno));
+    sink_ = std::make_unique<Sink>(-1);
+    return;
+  }
+  path_ = followLinks(path);
+  if (path_.empty()) failCreate(name_, "its links lead in a circle");
+  // The temporary's shorter name would do where the file's own does not.
+  if (!exists && lstat(path_.c_str(), &about) != 0 && errno == ENAMETOOLONG) {
+    failCreate(name_, reason(ENAMETOOLONG));
+  }
+  makeTemporary();
+  replaces_ = exists;
+  if (exists) {
+    // The new file takes the old one's place with its rights; who may not give files away keeps his own.
+    [[maybe_unused]] const int ignored = fchown(fd_, about.st_uid, about.st_gid);
+    fchmod(fd_, about.st_mode & 07777);
+  }
+  sink_ = std::make_unique<Sink>(fd_);
+}
+
+void Target::makeTemporary() {
+  removeStrays(path_);
+  fd_ = createSlot(path_, temporary_);
+  if (fd_ < 0) {
+    const int error = errno;
+    temporary_.clear();
+    failCreate(name_, reason(error));
+  }
+}
+
+Target::~Target() {
+  if (mapped_) munmap(mapped_, mappedSize_);
+  if (!temporary_.empty()) {
+    unlink(temporary_.c_str());
+    stop::setTemporary("");
+  }
+  if (fd_ >= 0) close(fd_);
+}
+
+void Target::failWrite(int error) const {
+  throw Failure(kNoWrite, name_ + ": cannot be written: " + reason(error) +
+                              (replaces_ ? "; the old file is untouched" : ""));
+}
+
+void Target::checkWritten() const {
+  if (sink_->error() != 0) failWrite(sink_->error());
+}
+
+std::span<const uint8_t> Target::bytes() {
+  if (path_.empty()) return sink_->kept();
+  if (!sink_->flush()) failWrite(sink_->error());
+  mappedSize_ = static_cast<size_t>(sink_->size());
+  void *mapped = mmap(nullptr, mappedSize_, PROT_READ, MAP_SHARED, fd_, 0);
+  if (mapped == MAP_FAILED) failWrite(errno);
+  mapped_ = mapped;
+  return {static_cast<const uint8_t *>(mapped), mappedSize_};
+}
+
+void Target::commit() {
+  if (path_.empty()) {
+    const std::vector<uint8_t> &kept = sink_->kept();
+    for (size_t done = 0; done < kept.size();) {
+      const ssize_t put = write(fd_, kept.data() + done, kept.size() - done);
+      if (put < 0 && errno == EINTR) continue;
+      if (put <= 0) failWrite(put < 0 ? errno : EIO);
+      done += static_cast<size_t>(put);
+    }
+    return;
+  }
+  if (!sink_->flush()) failWrite(sink_->error());
+  if (const int error = syncToDisk(fd_, sink_->size()); error != 0) failWrite(error);
+  const stop::Hold hold;  // the name changes hands in one step
+  if (keepsOld_) {
+    if (const int error = renameToNew(temporary_, path_); error == EEXIST) {
+      failCreate(name_, "it was made during the export, and --no-clobber was given");
+    } else if (error != 0) {
+      failWrite(error);
+    }
+  } else if (rename(temporary_.c_str(), path_.c_str()) != 0) {
+    failWrite(errno);
+  }
+  temporary_.clear();
+  stop::setTemporary("");
+  // A killed export may have left a child in the middle of a sync, which held the lock at the beginning.
+  removeStrays(path_);
+}
+
+}  // namespace host

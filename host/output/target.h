@@ -1,0 +1,55 @@
+// The output: a temporary file beside the one asked for, which takes its place only when it is whole.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "output/sink.h"
+
+namespace host {
+
+struct TargetRules {
+  bool force = false;      // replace a file that is write-protected
+  bool noClobber = false;  // never replace a file
+};
+
+// Whatever happens to the process before commit() has renamed the temporary, the old file stays bit for
+// bit. A temporary that a killed process left behind is removed by the next target of the same name: each
+// is locked by its owner, so one without a lock belongs to nobody.
+class Target {
+ public:
+  // Makes the temporary. "-" and files that are no regular files (a device, a pipe) are collected in
+  // memory and written at the end. Throws a Failure that names the output.
+  Target(const std::string &path, const TargetRules &rules);
+  ~Target();
+  Target(const Target &) = delete;
+  Target &operator=(const Target &) = delete;
+
+  Sink &sink() { return *sink_; }
+  const std::string &name() const { return name_; }
+
+  // Throws the Failure that tells why the sink stopped, if it did.
+  void checkWritten() const;
+  // All bytes written, flushed and shown to the caller until the target goes: for a check of them.
+  std::span<const uint8_t> bytes();
+  // Flushes, waits for the disk, and puts the file in its place.
+  void commit();
+
+ private:
+  void makeTemporary();
+  [[noreturn]] void failWrite(int error) const;
+
+  std::string name_;       // for messages
+  std::string path_;       // the file to replace, links followed; empty when bytes are kept
+  std::string temporary_;  // empty once it is renamed
+  bool keepsOld_ = false;  // true when a file that turns up meanwhile stays
+  bool replaces_ = false;  // true when an old file is at stake
+  int fd_ = -1;            // of the temporary, or of what the kept bytes go to
+  std::unique_ptr<Sink> sink_;
+  void *mapped_ = nullptr;
+  size_t mappedSize_ = 0;
+};
+
+}  // namespace host
