@@ -2,6 +2,7 @@
 #include <spng.h>
 
 #include <cmath>
+#include <cstring>
 #include <memory>
 
 #include "pictures/picture.h"
@@ -30,6 +31,8 @@ uint32_t quad(std::span<const uint8_t> bytes, size_t at) {
 // Grey levels or colours as the file has them, one of the transparency kinds aside.
 void decodeAsIs(spng_ctx *context, const spng_ihdr &header, uint32_t bits, Picture &out) {
   out.allocate(header.width, header.height, bits);
+  // The passes of an interlaced picture are laid over each other within a byte.
+  if (header.interlace_method != 0 && bits < 8) std::memset(out.pixels.data(), 0, out.pixels.size());
   check(spng_decode_image(context, out.pixels.data(), out.pixels.size(), SPNG_FMT_RAW, 0));
 }
 

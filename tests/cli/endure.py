@@ -27,8 +27,7 @@ class Endurance:
         self.target = os.path.join(folder, "out.tif")
         self.old = random.Random(1).randbytes(5000)
         self.failed = self.passed = 0
-        with open(program, "rb") as binary:
-            self.sanitized = b"__asan_init" in binary.read()
+        self.sanitized = shared.sanitized(program)
         # A grey picture whose file has 1 MB.
         self.grey = os.path.join(folder, "grey.pgm")
         with open(self.grey, "wb") as out:

@@ -1,13 +1,16 @@
 #!/usr/bin/python3
-"""Feeds the command damaged pictures of every format: each is exported or refused, and nothing in between.
+"""Feeds the command damaged pictures of every format: each is exported or refused, and nothing in between. What
+is exported does not depend on what the memory held before.
 
     hostile.py --build FOLDER --source FOLDER
 """
 
+import filecmp
 import io
 import json
 import os
 import random
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -47,6 +50,11 @@ def kinds(source):
     save("rgb.ppm", photo, "PPM")
     save("grey.pgm", photo.convert("L"), "PPM")
     save("bits.pbm", photo.convert("1"), "PPM")
+    save("interlaced.gif", photo.convert("P"), "GIF", interlace=1)
+    save("jpeg.tiff", photo, "TIFF", compression="jpeg")
+    save("zip.tiff", photo.convert("L"), "TIFF", compression="tiff_adobe_deflate")
+    save("fax3.tiff", photo.convert("1"), "TIFF", compression="group3")
+    save("packbits.tiff", photo.convert("P"), "TIFF", compression="packbits")
     made["alpha.pam"] = b"P7\nWIDTH 61\nHEIGHT 40\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + photo.convert("RGBA").tobytes()
     made["plain.ppm"] = b"P3\n3 2\n255\n" + b"255 0 0  0 255 0  0 0 255  255 255 0  1 2 3  7 8 9\n"
     return made
@@ -98,6 +106,15 @@ def main():
             except (subprocess.TimeoutExpired, ValueError) as error:
                 faults.append(f"{name}: {error}; {done.returncode}: {done.stderr[-300:]}")
                 results = []
+            again = os.path.join(folder, "again")
+            os.makedirs(again)
+            # malloc fills new blocks with something else than zeros.
+            subprocess.run([program, "-q", "-d", again, *inputs], capture_output=True, timeout=120,
+                           env={**os.environ, "GLIBC_TUNABLES": "glibc.malloc.perturb=90"})
+            _, others, failed = filecmp.cmpfiles(target, again, os.listdir(target), shallow=False)
+            if others or failed:
+                faults.append(f"{name}: {others + failed} are not the same from used memory")
+            shutil.rmtree(again)
             for number, result in enumerate(results):
                 there = os.path.exists(result["output"])
                 exported += result["exit"] == 0

@@ -14,6 +14,12 @@ def places():
     return build, source, os.path.join(build, "raxel-export")
 
 
+def sanitized(program):
+    """Whether the command looks after its memory itself, which valgrind and preloading do not go with."""
+    with open(program, "rb") as binary:
+        return b"__asan_init" in binary.read()
+
+
 def tell(faults, summary):
     """Prints a line for each fault and then the summary. Returns the exit code."""
     for fault in faults:
