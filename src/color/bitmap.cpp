@@ -1,7 +1,5 @@
 #include "color/bitmap.h"
 
-#include <cstdio>
-
 #include "color/debug_level.h"
 #include "color/nearest.h"
 #include "raxel/color.h"
@@ -75,11 +73,8 @@ uint32_t getPixel(std::span<const uint8_t> row, uint32_t x, int16_t depth) {
   return depth == 24 ? rgb : rgb | byteAt(row, at.byte + 3);
 }
 
-void setPixel(std::span<uint8_t> row, uint32_t x, uint32_t y, int16_t depth, uint32_t value,
+void setPixel(std::span<uint8_t> row, uint32_t x, int16_t depth, uint32_t value,
               const PixelTarget &target) {
-  if (printsPixels()) {
-    std::fprintf(stderr, "(%d,%d): ", static_cast<int32_t>(x), static_cast<int32_t>(y));
-  }
   if (!isPixelDepth(depth)) return;
   const Place at = placeOf(x, depth);
   const uint32_t v = storedValue(depth, value, target);
@@ -135,7 +130,7 @@ int32_t rlSetPixel(uint8_t *bits, int32_t bytesPerLine, uint32_t x, uint32_t y, 
   if (map != nullptr) target.map = {map, color::kUnbounded};
   if (table != nullptr) target.table = {table, size_t{count} * 3};
   target.count = count;
-  color::setPixel({bits + color::rowOffset(bytesPerLine, y), color::kUnbounded}, x, y, depth, value,
-                  target);
+  if (color::printsPixels()) color::printPlace(x, y);
+  color::setPixel({bits + color::rowOffset(bytesPerLine, y), color::kUnbounded}, x, depth, value, target);
   return 0;
 }

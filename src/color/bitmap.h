@@ -52,9 +52,7 @@ struct PixelTarget {
   uint16_t count = 0;              // entries of the table
 };
 
-// Sets pixel x and, when the diagnostics level says so, prints its place first; y is for the print
-// alone.
-void setPixel(std::span<uint8_t> row, uint32_t x, uint32_t y, int16_t depth, uint32_t value,
-              const PixelTarget &target);
+// Sets pixel x.
+void setPixel(std::span<uint8_t> row, uint32_t x, int16_t depth, uint32_t value, const PixelTarget &target);
 
 }  // namespace color

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "color/debug_level.h"
+
 namespace color {
 
 namespace {
@@ -52,7 +54,24 @@ size_t widenColumns(uint32_t sourceWidth, uint32_t width, uint32_t first, std::s
   return left;
 }
 
+// How many columns, from the right, widening fills in all.
+uint32_t widenedFrom(uint32_t sourceWidth, uint32_t width) {
+  const uint32_t sources = widenedColumns(sourceWidth);
+  if (sources == 0) return 0;
+  const double ratio = static_cast<double>(width) / sources;
+  return static_cast<uint32_t>(std::min<uint64_t>(static_cast<uint64_t>(sources * ratio), width));
+}
+
 }  // namespace
+
+void printPlaces(Columns how, uint32_t sourceWidth, uint32_t width, uint64_t rows) {
+  const uint32_t left = how == Columns::kWiden ? width - widenedFrom(sourceWidth, width) : 0;
+  for (; rows > 0; --rows) {
+    for (uint32_t x = left; x < width; ++x) {
+      printPlace(how == Columns::kWiden ? width - 1 - (x - left) : x, 0);
+    }
+  }
+}
 
 size_t mapColumns(Columns how, uint32_t sourceWidth, uint32_t width, uint32_t first,
                   std::span<uint32_t> columns) {

@@ -31,4 +31,8 @@ constexpr uint32_t widenedColumns(uint32_t sourceWidth) {
 size_t mapColumns(Columns how, uint32_t sourceWidth, uint32_t width, uint32_t first,
                   std::span<uint32_t> columns);
 
+// Prints the places of a row's pixels as often as a number of rows says, in the order in which the walk
+// sets them.
+void printPlaces(Columns how, uint32_t sourceWidth, uint32_t width, uint64_t rows);
+
 }  // namespace color

@@ -22,10 +22,11 @@ inline bool printsRowMarks() {
   return debugLevel() != 0 && debugLevel() < 3;
 }
 
-// Levels above 3 print the place of each pixel that is set. Faster roads that set no single pixels
-// stand aside then, so that the print is complete and in order.
+// Levels above 3 print the place of each pixel that is set, at any depth, in the order in which single
+// pixels would be set. Functions that set whole rows at once print all places first.
 inline bool printsPixels() {
   return debugLevel() > 3;
 }
+void printPlace(uint32_t x, uint32_t y);
 
 }  // namespace color

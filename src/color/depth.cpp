@@ -16,9 +16,7 @@ namespace {
 // What the diagnostics level asks for while rows are set: places of pixels, or a mark after each row.
 void printRow(uint32_t width, uint32_t y) {
   if (printsPixels()) {
-    for (uint32_t x = 0; x < width; ++x) {
-      std::fprintf(stderr, "(%d,%d): ", static_cast<int32_t>(x), static_cast<int32_t>(y));
-    }
+    for (uint32_t x = 0; x < width; ++x) printPlace(x, y);
   }
   if (printsRowMarks()) std::fputs(".", stderr);
 }

@@ -46,10 +46,10 @@ void exchangePixels(std::span<uint8_t> top, std::span<uint8_t> bottom, uint32_t 
   const uint32_t topRight = getPixel(top, width - x, depth);
   const uint32_t bottomLeft = getPixel(bottom, x, depth);
   const uint32_t bottomRight = getPixel(bottom, width - x, depth);
-  setPixel(top, x, 0, depth, topRight, {});
-  setPixel(top, width - x, 0, depth, topLeft, {});
-  setPixel(bottom, x, 0, depth, bottomRight, {});
-  setPixel(bottom, width - x, 0, depth, bottomLeft, {});
+  setPixel(top, x, depth, topRight, {});
+  setPixel(top, width - x, depth, topLeft, {});
+  setPixel(bottom, x, depth, bottomRight, {});
+  setPixel(bottom, width - x, depth, bottomLeft, {});
 }
 
 // Mirrors the pixels 1 to width - 1 of a row, which change places among themselves.
@@ -73,29 +73,45 @@ bool isWhole(std::span<const uint8_t> row, uint32_t width, int16_t depth) {
   return row.size() >= bytes && (depth >= 8 || bytes >= kMirrorPackedBytes);
 }
 
+// How many pixels of a row are exchanged with their partners: all that begin within the block.
+uint32_t exchanged(std::span<const uint8_t> row, uint32_t width, int16_t depth) {
+  if (depth < 1) return width / 2;
+  const auto bits = static_cast<uint64_t>(depth);
+  return static_cast<uint32_t>(std::min<uint64_t>(width / 2, (uint64_t{row.size()} * 8 + bits - 1) / bits));
+}
+
+// Each pixel and its partner, in the top row and in the bottom row.
+void printPlaces(uint32_t pixels, uint32_t width) {
+  for (uint32_t x = 0; x < pixels; ++x) {
+    for (int row = 0; row < 2; ++row) {
+      printPlace(x, 0);
+      printPlace(width - x, 0);
+    }
+  }
+}
+
 void mirrorRows(std::span<uint8_t> top, std::span<uint8_t> bottom, uint32_t width, int16_t depth) {
-  if (width < 2) return;
-  if (isPixelDepth(depth) && !printsPixels() && isWhole(top, width, depth) &&
-      isWhole(bottom, width, depth)) {
+  const uint32_t pixels = exchanged(top, width, depth);
+  if (printsPixels()) printPlaces(pixels, width);
+  if (width < 2 || !isPixelDepth(depth)) return;
+  if (isWhole(top, width, depth) && isWhole(bottom, width, depth)) {
     exchangePixels(top, bottom, 0, width, depth);
     mirrorInside(top.data(), width, depth);
     if (top.data() != bottom.data()) mirrorInside(bottom.data(), width, depth);
     return;
   }
-  for (uint32_t x = 0; x < width / 2; ++x) {
-    if (uint64_t{x} * static_cast<uint64_t>(depth) / 8 >= top.size()) return;
-    exchangePixels(top, bottom, x, width, depth);
-  }
+  for (uint32_t x = 0; x < pixels; ++x) exchangePixels(top, bottom, x, width, depth);
 }
 
 void flip(std::span<uint8_t> block, int16_t depth, uint32_t width, uint32_t height, bool leftRight,
           bool topBottom) {
   const uint64_t line = bytesPerLine(width, depth);
-  if (line == 0) return;
+  // Rows without bytes hold no pixels, but a depth below 1 has places to print.
+  if (line == 0 && (width == 0 || !leftRight || !printsPixels())) return;
   for (uint64_t y = 0; y < (uint64_t{height} + 1) / 2; ++y) {
     const std::span<uint8_t> top = rowAt(block, line, y);
     const std::span<uint8_t> bottom = rowAt(block, line, height - 1 - y);
-    if (top.empty()) return;
+    if (top.empty() && line != 0) return;
     if (topBottom && y != height - 1 - y) swapRows(top, bottom, line);
     if (leftRight) mirrorRows(top, bottom, width, depth);
   }

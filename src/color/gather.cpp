@@ -63,7 +63,7 @@ void copyPixels(const ColumnRun &run, uint32_t begin, uint32_t end, std::span<co
                 std::span<uint8_t> destination) {
   for (uint32_t i = begin; i < end; ++i) {
     const uint32_t value = getPixel(source, run.origin + run.columns[i], run.depth);
-    setPixel(destination, run.first + i, 0, run.depth, value, {});
+    setPixel(destination, run.first + i, run.depth, value, {});
   }
 }
 

@@ -13,9 +13,10 @@ namespace color {
 
 namespace {
 
+// Depths below 1 are no reason: their pixels have places to print.
 bool nothingToScale(std::span<uint8_t> destination, int16_t depth, Size from, Size to) {
   return from.width == 0 || from.height == 0 || to.width == 0 || to.height == 0 ||
-         destination.size() < bitmapSize(to.width, to.height, depth) || depth < 1;
+         destination.size() < bitmapSize(to.width, to.height, depth);
 }
 
 // Whether a picture of these sizes is its own copy, with no bits between rows that must stay.
@@ -40,7 +41,9 @@ void forEachRun(const RowScaling &rows, Step step) {
 void shrink(std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth, Size from,
             Size to) {
   if (nothingToScale(destination, depth, from, to)) return;
-  if (printsPixels()) return shrinkPlainly(source, destination, depth, from, to);
+  const Columns how = columnsFor(from.width, to.width);
+  // The last row is set twice, first from the last source row, which does not last.
+  if (printsPixels()) printPlaces(how, from.width, to.width, uint64_t{to.height} + 1);
   if (!isPixelDepth(depth)) return;
   const uint64_t sourceLine = bytesPerLine(from.width, depth);
   const uint64_t line = bytesPerLine(to.width, depth);
@@ -49,54 +52,70 @@ void shrink(std::span<const uint8_t> source, std::span<uint8_t> destination, int
     return;
   }
   const double ratio = static_cast<double>(from.height) / to.height;
-  forEachRun({columnsFor(from.width, to.width), depth, from.width, to.width, to.height},
-             [&](const ColumnRun &run) {
-               for (uint32_t k = 0; k < to.height; ++k) {
-                 const auto y = static_cast<uint64_t>(static_cast<int64_t>(k * ratio));
-                 gather(run, rowAt(source, sourceLine, y), rowAt(destination, line, k));
-               }
-             });
+  forEachRun({how, depth, from.width, to.width, to.height}, [&](const ColumnRun &run) {
+    for (uint32_t k = 0; k < to.height; ++k) {
+      const auto y = static_cast<uint64_t>(static_cast<int64_t>(k * ratio));
+      gather(run, rowAt(source, sourceLine, y), rowAt(destination, line, k));
+    }
+  });
 }
+
+namespace {
+
+// Calls step(y, below, filled) for each source row that fills rows: those from `below` up to `filled`,
+// counted from the bottom. From the top down, as memory is read ahead.
+template <class Step>
+void forEachSourceRow(uint32_t sourceHeight, uint32_t height, Step step) {
+  const double ratio = static_cast<double>(height) / sourceHeight;
+  const auto filledBy = [&](int64_t t) {
+    const auto rows = static_cast<int64_t>(static_cast<double>(t) * ratio);
+    return static_cast<uint64_t>(std::min<int64_t>(rows, height));
+  };
+  uint64_t filled = filledBy(sourceHeight);
+  for (uint32_t y = 0; y < sourceHeight; ++y) {
+    const uint64_t below = filledBy(int64_t{sourceHeight} - 1 - y);
+    if (below != filled) step(y, below, filled);
+    filled = below;
+  }
+}
+
+}  // namespace
 
 void stretch(std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth, Size from,
              Size to) {
   if (nothingToScale(destination, depth, from, to)) return;
-  if (printsPixels()) return stretchPlainly(source, destination, depth, from, to);
-  if (!isPixelDepth(depth)) return;
+  const Columns how = columnsFor(from.width, to.width);
+  if (printsPixels()) {
+    forEachSourceRow(from.height, to.height, [&](uint32_t /*y*/, uint64_t /*below*/, uint64_t /*filled*/) {
+      printPlaces(how, from.width, to.width, 1);
+    });
+  }
+  if (depth < 1) return;
   const uint64_t sourceLine = bytesPerLine(from.width, depth);
   const uint64_t line = bytesPerLine(to.width, depth);
-  const double ratio = static_cast<double>(to.height) / from.height;
-  // How many rows, from the bottom, the last t source rows fill.
-  const auto filledBy = [&](int64_t t) {
-    const auto rows = static_cast<int64_t>(static_cast<double>(t) * ratio);
-    return static_cast<uint64_t>(std::min<int64_t>(rows, to.height));
-  };
-  forEachRun({columnsFor(from.width, to.width), depth, from.width, to.width, to.height},
-             [&](const ColumnRun &run) {
-               // The bytes of the run in every row; the last one takes the padding along.
-               const uint64_t at = uint64_t{run.first} * static_cast<uint64_t>(depth) / 8;
-               const bool last = run.first + run.end == to.width;
-               const uint64_t bytes =
-                   last ? line - at : uint64_t{run.end} * static_cast<uint64_t>(depth) / 8;
-               // From the top down, as memory is read ahead. Of equal rows the lowest is made first.
-               uint64_t filled = filledBy(from.height);
-               for (uint32_t y = 0; y < from.height; ++y) {
-                 const uint64_t below = filledBy(int64_t{from.height} - 1 - y);
-                 if (below == filled) continue;
-                 const std::span<uint8_t> bottom = rowAt(destination, line, to.height - below - 1);
-                 gather(run, rowAt(source, sourceLine, y), bottom);
-                 for (--filled; filled > below; --filled) {
-                   uint8_t *above = rowAt(destination, line, to.height - filled - 1).data();
-                   std::memcpy(above + at, bottom.data() + at, static_cast<size_t>(bytes));
-                 }
-               }
-             });
+  forEachRun({how, depth, from.width, to.width, to.height}, [&](const ColumnRun &run) {
+    // The bytes of the run in every row; the last one takes the padding along.
+    const uint64_t at = uint64_t{run.first} * static_cast<uint64_t>(depth) / 8;
+    const bool last = run.first + run.end == to.width;
+    const uint64_t bytes = last ? line - at : uint64_t{run.end} * static_cast<uint64_t>(depth) / 8;
+    forEachSourceRow(from.height, to.height, [&](uint32_t y, uint64_t below, uint64_t filled) {
+      // Of equal rows the lowest is made first. The others are its copies at every depth, also where no
+      // pixel can be set.
+      const std::span<uint8_t> bottom = rowAt(destination, line, to.height - below - 1);
+      gather(run, rowAt(source, sourceLine, y), bottom);
+      for (--filled; filled > below; --filled) {
+        uint8_t *above = rowAt(destination, line, to.height - filled - 1).data();
+        std::memcpy(above + at, bottom.data() + at, static_cast<size_t>(bytes));
+      }
+    });
+  });
 }
 
 void scaleRow(Columns how, std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth,
               uint32_t sourceWidth, uint32_t width) {
   if (nothingToScale(destination, depth, {sourceWidth, 1}, {width, 1})) return;
-  if (printsPixels()) return scaleRowPlainly(how, source, destination, depth, sourceWidth, width);
+  if (printsPixels()) printPlaces(how, sourceWidth, width, 1);
+  if (!isPixelDepth(depth)) return;
   forEachRun({how, depth, sourceWidth, width, 1},
              [&](const ColumnRun &run) { gather(run, source, destination); });
 }

@@ -19,7 +19,7 @@ struct Size {
 
 // Scales a picture into another that lies elsewhere and is at least as large as its geometry says.
 // Pixels past the end of the source are 0; an empty source, a depth without pixels and what rounding
-// leaves out change nothing.
+// leaves out set nothing.
 //   shrink   every height; meant for fewer rows or as many      stretch   meant for more rows
 void shrink(std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth, Size from,
             Size to);
@@ -29,14 +29,5 @@ void stretch(std::span<const uint8_t> source, std::span<uint8_t> destination, in
 // Scales one row.
 void scaleRow(Columns how, std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth,
               uint32_t sourceWidth, uint32_t width);
-
-// The same pixel by pixel, in the order in which each pixel's place is printed at the higher
-// diagnostics levels. The functions above turn to these by themselves then.
-void shrinkPlainly(std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth,
-                   Size from, Size to);
-void stretchPlainly(std::span<const uint8_t> source, std::span<uint8_t> destination, int16_t depth,
-                    Size from, Size to);
-void scaleRowPlainly(Columns how, std::span<const uint8_t> source, std::span<uint8_t> destination,
-                     int16_t depth, uint32_t sourceWidth, uint32_t width);
 
 }  // namespace color

@@ -135,8 +135,8 @@ TEST(Pixels, DeepDestinationsTakeTheEntryThatTheMapNames) {
 TEST(Pixels, EntriesPastTheCountAreBlack) {
   constexpr uint32_t map[] = {1, 2};
   Bytes block(8, 0x77);
-  color::setPixel(block, 0, 0, 24, 0, {.map = map, .table = kTable, .count = 2});
-  color::setPixel(block, 1, 0, 24, 1, {.map = map, .table = kTable, .count = 2});
+  color::setPixel(block, 0, 24, 0, {.map = map, .table = kTable, .count = 2});
+  color::setPixel(block, 1, 24, 1, {.map = map, .table = kTable, .count = 2});
   EXPECT_EQ(block, (Bytes{0, 0, 255, 0, 0, 0, 0x77, 0x77}));
 }
 
@@ -164,8 +164,8 @@ TEST(Pixels, EndWithTheBlock) {
   EXPECT_EQ(color::getPixel(row, 1, 24), 0x04050000u);
   EXPECT_EQ(color::getPixel(row, 2, 24), 0u);
   EXPECT_EQ(color::getPixel(row, 0xFFFFFFFF, 32), 0u);
-  color::setPixel(row, 1, 0, 24, 0xA1A2A3A4, {});
-  color::setPixel(row, 0xFFFFFFFF, 0, 1, 1, {});
+  color::setPixel(row, 1, 24, 0xA1A2A3A4, {});
+  color::setPixel(row, 0xFFFFFFFF, 1, 1, {});
   EXPECT_EQ(block, (Bytes{1, 2, 3, 0xA1, 0xA2}));
   EXPECT_EQ(color::rowAt(row, 4, 1).size(), 1u);
   EXPECT_TRUE(color::rowAt(row, 4, 2).empty());

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "raxel/color.h"
@@ -104,12 +105,26 @@ TEST(Flip, SizesFarPastTheBlockEndAtOnce) {
   EXPECT_EQ(flip({1, 2, 3, 4}, 8, 1, 0xFFFFFFFF, false, true), (Bytes{0, 0, 0, 0, 0, 0, 0}));
 }
 
-TEST(Flip, NamesThePixelsAboveLevelThree) {
+std::string printed(int16_t depth, uint32_t width, uint32_t height, bool leftRight) {
   _debug_color_res = 4;
   testing::internal::CaptureStderr();
-  flip({1, 2, 3, 4, 5, 6, 7, 8}, 8, 3, 2, true, false);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "(0,0): (3,0): (0,0): (3,0): ");
+  flip(Bytes(48, 1), depth, width, height, leftRight, true);
   _debug_color_res = 0;
+  return testing::internal::GetCapturedStderr();
+}
+
+TEST(Flip, NamesThePixelsAboveLevelThree) {
+  // Depths that hold no pixels are no exception: the places are printed, and nothing is set.
+  for (const int depth : {1, 4, 8, 24, 32, 2, 16, 0, -1, -32768}) {
+    SCOPED_TRACE(depth);
+    const auto bits = static_cast<int16_t>(depth);
+    EXPECT_EQ(printed(bits, 3, 2, true), "(0,0): (3,0): (0,0): (3,0): ");
+    EXPECT_EQ(printed(bits, 4, 3, true),
+              "(0,0): (4,0): (0,0): (4,0): (1,0): (3,0): (1,0): (3,0): "
+              "(0,0): (4,0): (0,0): (4,0): (1,0): (3,0): (1,0): (3,0): ");
+    EXPECT_EQ(printed(bits, 1, 2, true), "");
+    EXPECT_EQ(printed(bits, 3, 2, false), "");
+  }
 }
 
 }  // namespace

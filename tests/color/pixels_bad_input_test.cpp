@@ -128,7 +128,7 @@ TEST(BadSizes, OfFourBytePixelsStopAtTheBlock) {
   }
 }
 
-TEST(BadSizes, AreScaledAndMirroredPixelByPixelToo) {
+TEST(BadSizes, AreScaledAndMirroredWhilePlacesArePrinted) {
   support::Random random(305);
   _debug_color_res = 4;
   testing::internal::CaptureStderr();
@@ -137,6 +137,8 @@ TEST(BadSizes, AreScaledAndMirroredPixelByPixelToo) {
     const uint32_t sides[] = {0, 1, 2, 7, 9};
     const runtime::Block scaled(rlShrinkBitmap(picture.bits.handle(), picture.depth, picture.width,
                                                picture.height, pick(random, sides), pick(random, sides)));
+    // Rows without bytes do not end with the block: all their places are printed, however many.
+    if (picture.depth < 1 && uint64_t{picture.width} * picture.height > kLargest) continue;
     rlFlipBitmap(picture.bits.handle(), picture.depth, picture.width, picture.height, 1, 1);
   }
   _debug_color_res = 0;

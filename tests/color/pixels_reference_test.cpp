@@ -200,7 +200,7 @@ TEST(Reference, ScaledRowsAgreeInEitherDirection) {
   }
 }
 
-TEST(Reference, ThePlainRoadOfScalingAgrees) {
+TEST(Reference, ScaledPicturesAgreeWhilePlacesArePrinted) {
   support::Random random(107);
   _debug_color_res = 4;
   testing::internal::CaptureStderr();

@@ -235,26 +235,64 @@ TEST(Scale, WorkersTakeNullAddresses) {
   EXPECT_EQ(StretchX(&byte, &byte, 8, 0, 1, 1), 0);
 }
 
-std::string printed(const Bytes &bits, uint32_t sourceWidth, uint32_t sourceHeight, uint32_t width,
-                    uint32_t height) {
-  const Handle source = blockOf(bits);
+// What a call prints on standard error above level three.
+template <class Call>
+std::string printedBy(const Call &call) {
   _debug_color_res = 4;
   testing::internal::CaptureStderr();
-  const Handle scaled = rlShrinkBitmap(source, 8, sourceWidth, sourceHeight, width, height);
-  const std::string text = testing::internal::GetCapturedStderr();
+  call();
   _debug_color_res = 0;
+  return testing::internal::GetCapturedStderr();
+}
+
+std::string printed(int16_t depth, uint32_t sourceWidth, uint32_t sourceHeight, uint32_t width,
+                    uint32_t height) {
+  const Handle source = blockOf(Bytes(48, 1));
+  Handle scaled = 0;
+  const std::string text =
+      printedBy([&] { scaled = rlShrinkBitmap(source, depth, sourceWidth, sourceHeight, width, height); });
+  EXPECT_NE(scaled, 0u);
   GlobalFree(scaled);
   GlobalFree(source);
   return text;
 }
 
 TEST(Scale, NamesEveryPixelAboveLevelThree) {
-  const Bytes bits(16, 1);
-  // Rows start anew; the last row of a shrunk picture is written twice.
-  EXPECT_EQ(printed(bits, 4, 3, 2, 2), "(0,0): (1,0): (0,0): (1,0): (0,0): (1,0): ");
-  // From the right, and only rows that are not copies of the one below.
-  EXPECT_EQ(printed(bits, 1, 1, 3, 2), "(2,0): (1,0): (0,0): ");
-  EXPECT_EQ(printed(bits, 2, 2, 2, 3), "(0,0): (1,0): (0,0): (1,0): ");
+  // Depths that hold no pixels are no exception: the places are printed, and nothing is set.
+  for (const int depth : {1, 4, 8, 24, 32, 2, 16, 0, -1, -32768}) {
+    SCOPED_TRACE(depth);
+    const auto bits = static_cast<int16_t>(depth);
+    // Rows start anew; the last row of a shrunk picture is written twice.
+    EXPECT_EQ(printed(bits, 4, 3, 2, 2), "(0,0): (1,0): (0,0): (1,0): (0,0): (1,0): ");
+    // From the right, and only rows that are not copies of the one below.
+    EXPECT_EQ(printed(bits, 1, 1, 3, 2), "(2,0): (1,0): (0,0): ");
+    EXPECT_EQ(printed(bits, 2, 2, 2, 3), "(0,0): (1,0): (0,0): (1,0): ");
+    // Rounding leaves the leftmost of 15 columns out.
+    EXPECT_EQ(printed(bits, 11, 1, 15, 2),
+              "(14,0): (13,0): (12,0): (11,0): (10,0): (9,0): (8,0): (7,0): (6,0): (5,0): (4,0): (3,0): "
+              "(2,0): (1,0): ");
+  }
+}
+
+TEST(Scale, WorkersNameEveryPixelAboveLevelThree) {
+  const Bytes from(48, 1);
+  for (const int depth : {8, 16, 0, -3}) {
+    SCOPED_TRACE(depth);
+    const auto bits = static_cast<int16_t>(depth);
+    Bytes to(64, 0);
+    EXPECT_EQ(printedBy([&] { Shrink(from.data(), to.data(), bits, 2, 2, 1, 1); }), "(0,0): (0,0): ");
+    EXPECT_EQ(printedBy([&] { Stretch(from.data(), to.data(), bits, 1, 1, 2, 3); }), "(1,0): (0,0): ");
+    EXPECT_EQ(printedBy([&] { ShrinkX(from.data(), to.data(), bits, 4, 1, 2); }), "(0,0): (1,0): ");
+    EXPECT_EQ(printedBy([&] { StretchX(from.data(), to.data(), bits, 2, 1, 3); }), "(2,0): (1,0): (0,0): ");
+  }
+}
+
+TEST(Scale, RowsOfUnknownPixelsAreStillCopied) {
+  // No pixel of 16 bits is set, but a row that repeats is its lower neighbour's copy, byte for byte.
+  const Bytes from(4, 1);
+  Bytes to{9, 9, 9, 9, 5, 6, 7, 8};
+  Stretch(from.data(), to.data(), 16, 2, 1, 2, 2);
+  EXPECT_EQ(to, (Bytes{5, 6, 7, 8, 5, 6, 7, 8}));
 }
 
 TEST(Scale, MapsColumnsInAnyRun) {
