@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "color/histogram.h"
+#include "color/median_cut/histogram.h"
 #include "pictures.h"
 #include "raxel/color.h"
 #include "runtime/blocks.h"

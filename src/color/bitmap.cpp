@@ -1,7 +1,7 @@
 #include "color/bitmap.h"
 
 #include "color/debug_level.h"
-#include "color/nearest.h"
+#include "color/nearest/nearest.h"
 #include "raxel/color.h"
 
 namespace color {

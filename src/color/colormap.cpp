@@ -1,7 +1,7 @@
 #include "color/colormap.h"
 
 #include "color/bitmap.h"
-#include "color/nearest.h"
+#include "color/nearest/nearest.h"
 #include "raxel/color.h"
 #include "runtime/blocks.h"
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "color/cmyk.h"
-#include "color/lookup.h"
-#include "color/mirror.h"
-#include "color/permute.h"
-#include "color/shuffle.h"
+#include "color/depth/lookup.h"
+#include "color/mirror/mirror.h"
+#include "color/scale/permute.h"
+#include "color/scale/shuffle.h"
 
 namespace color {
 

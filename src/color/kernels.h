@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <span>
 
-#include "color/move_plan.h"
+#include "color/scale/move_plan.h"
 
 namespace color {
 

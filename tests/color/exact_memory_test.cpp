@@ -4,8 +4,8 @@
 
 #include <memory>
 
-#include "color/depth.h"
-#include "color/dither_picture.h"
+#include "color/depth/depth.h"
+#include "color/dither/dither_picture.h"
 #include "color/pictures.h"
 #include "color/reference/plain_resolution.h"
 #include "color/reference/scale.h"
