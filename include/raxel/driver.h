@@ -25,6 +25,8 @@
 #ifndef RAXEL_DRIVER_H
 #define RAXEL_DRIVER_H
 
+#include "raxel/driver_codes.h"
+#include "raxel/filter_codes.h"
 #include "raxel/settings.h"
 #include "raxel/types.h"
 

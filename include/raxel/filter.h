@@ -12,6 +12,7 @@
 #define RAXEL_FILTER_H
 
 #include "raxel/driver.h"
+#include "raxel/filter_codes.h"
 #include "raxel/settings.h"
 #include "raxel/types.h"
 

@@ -29,6 +29,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "raxel/setting_codes.h"
 #include "raxel/types.h"
 
 RAXEL_BEGIN
@@ -57,15 +58,6 @@ typedef enum RaxelCompression {
 } RaxelCompression;
 
 typedef enum RaxelLayout { RAXEL_LAYOUT_STRIPS, RAXEL_LAYOUT_TILES } RaxelLayout;
-
-typedef enum RaxelTreatment {
-  RAXEL_TREAT_NONE,
-  RAXEL_TREAT_INVERT,       // every channel 255 - v
-  RAXEL_TREAT_INVERT_GREY,  // only pixels whose channels lie pairwise within 10
-  RAXEL_TREAT_GREY,         // (3 red + 6 green + blue) / 10
-  RAXEL_TREAT_GREY_INVERT,
-  RAXEL_TREATMENTS
-} RaxelTreatment;
 
 // RAXEL_DITHER_AUTO dithers where a picture loses levels that the eye would miss: to bilevel (unless
 // the picture has two colours), to 16 greys and to 8 and 16 colours.

@@ -17,6 +17,7 @@
 #ifndef RAXEL_SETTINGS_H
 #define RAXEL_SETTINGS_H
 
+#include "raxel/setting_codes.h"
 #include "raxel/tiff.h"
 #include "raxel/types.h"
 

@@ -17,20 +17,10 @@
 
 #include <stdio.h>
 
+#include "raxel/stream_codes.h"
 #include "raxel/types.h"
 
 RAXEL_BEGIN
-
-// Open modes. A file opens as "r"; as "w+" with KVL_WRITE; as "r+" with KVL_UPDATE, which wins over
-// it; and as "w+" with KVL_CREATE, which wins over both.
-#define KVL_READ 0x0u
-#define KVL_WRITE 0x1u
-#define KVL_UPDATE 0x2u
-#define KVL_DELETE 0x200u  // no stream: deletes the named file
-#define KVL_CREATE 0x1000u
-#define KVL_EXISTS 0x4000u      // no stream: tests whether the named file exists
-#define KVL_OUTPUT 0x1001u      // 4097: how the filter opens every output
-#define KVL_ATTACH 0xFFFFFFFFu  // a stream on fpOpen, or on lpfnProc with dwToken
 
 // Optional second argument of kvlOpen. Clear all six words and set those in use.
 typedef struct KvlStreamDesc {

@@ -17,6 +17,7 @@
 #ifndef RAXEL_TIFF_H
 #define RAXEL_TIFF_H
 
+#include "raxel/tiff_codes.h"
 #include "raxel/types.h"
 
 RAXEL_BEGIN
