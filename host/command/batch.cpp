@@ -14,6 +14,7 @@
 #include "command/report.h"
 #include "export/export.h"
 #include "filter/library.h"
+#include "output/originals.h"
 #include "output/stop.h"
 
 namespace host {
@@ -38,10 +39,12 @@ bool wantsLine(const Options &options) {
 }
 
 // `line` is where the picture's progress is shown.
-Report exportOne(const Library &library, const Options &options, size_t index, Progress &line) {
+Report exportOne(const Library &library, const Options &options, const Originals &originals, size_t index,
+                 Progress &line) {
   Report report;
   report.input = options.inputs[index];
   try {
+    originals.protectFrom(options.outputs[index]);
     exportPicture(library, options, options.inputs[index], options.outputs[index], line, report);
   } catch (const Failure &failure) {
     report.exit = failure.code();
@@ -81,9 +84,10 @@ struct Child {
 // need processes of their own.
 class Pool {
  public:
-  Pool(const Library &library, const Options &options, Outcome &outcome)
+  Pool(const Library &library, const Options &options, const Originals &originals, Outcome &outcome)
       : library_(library),
         options_(options),
+        originals_(originals),
         outcome_(outcome),
         line_(std::to_string(options.inputs.size()) + " pictures", wantsLine(options)) {}
 
@@ -105,7 +109,7 @@ class Pool {
       // The line belongs to the parent, which counts pictures; a message takes its place.
       Progress none("", false);
       none.takeOver(line_);
-      const Report report = exportOne(library_, options_, index, none);
+      const Report report = exportOne(library_, options_, originals_, index, none);
       std::fflush(nullptr);
       writeAll(ends[1], toJson(report));
       _exit(report.exit);
@@ -166,6 +170,7 @@ class Pool {
 
   const Library &library_;
   const Options &options_;
+  const Originals &originals_;
   Outcome &outcome_;
   Progress line_;
   size_t done_ = 0;
@@ -176,9 +181,10 @@ class Pool {
 
 int exportAll(const Options &options) {
   const Library library = loadLibrary(options.library);
+  const Originals originals(options.inputs);
   Outcome outcome(options.inputs.size());
   if (options.jobs > 1 && options.inputs.size() > 1) {
-    Pool pool(library, options, outcome);
+    Pool pool(library, options, originals, outcome);
     for (size_t i = 0; i < options.inputs.size(); ++i) {
       if (pool.running() == options.jobs) pool.waitForOne();
       pool.start(i);
@@ -188,7 +194,7 @@ int exportAll(const Options &options) {
     for (size_t i = 0; i < options.inputs.size(); ++i) {
       const std::string &name = options.inputs[i];
       Progress line(name == "-" ? "standard input" : name, wantsLine(options));
-      const Report report = exportOne(library, options, i, line);
+      const Report report = exportOne(library, options, originals, i, line);
       outcome.exits[i] = report.exit;
       outcome.json[i] = toJson(report);
     }

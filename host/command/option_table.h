@@ -68,7 +68,7 @@ inline constexpr auto kOptions = std::to_array<OptionRow>({
   {OptionId::kJobs, 'j', "jobs", "N", Completes::kNothing, "", kGroupOutput,
    "With -d: export N pictures at a time, each in a process of its own"},
   {OptionId::kForce, 'f', "force", "", Completes::kNothing, "", kGroupOutput,
-   "Replace an output even when it is write-protected"},
+   "Replace an output even when it is write-protected or no TIFF"},
   {OptionId::kNoClobber, 'n', "no-clobber", "", Completes::kNothing, "", kGroupOutput,
    "Never replace a file"},
 

@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -120,6 +122,26 @@ std::string reason(int error) {
   }
 }
 
+// Whether what a file of some bytes holds is a TIFF, of either byte order and size of offsets.
+bool isTiff(int fd) {
+  std::array<char, 4> front{};
+  if (pread(fd, front.data(), front.size(), 0) != static_cast<ssize_t>(front.size())) return false;
+  constexpr std::array<std::array<char, 4>, 4> kFronts{
+      {{'I', 'I', 42, 0}, {'M', 'M', 0, 42}, {'I', 'I', 43, 0}, {'M', 'M', 0, 43}}};
+  return std::ranges::find(kFronts, front) != kFronts.end();
+}
+
+// Why a regular file had better stay: somebody's name for an output may be the name of something else.
+// Empty when nothing would be lost but a TIFF.
+std::string worth(const std::string &path, const struct stat &about) {
+  if (about.st_size == 0) return "";
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+  if (fd < 0) return "it cannot be read, so it may be something else than a TIFF";
+  const bool tiff = isTiff(fd);
+  close(fd);
+  return tiff ? "" : "it exists and is no TIFF";
+}
+
 [[noreturn]] void failCreate(const std::string &name, const std::string &why) {
   throw Failure(kNoCreate, name + ": cannot be created: " + why);
 }
@@ -148,6 +170,9 @@ Target::Target(const std::string &path, const TargetRules &rules)
     if (fd_ < 0) failCreate(name_, reason(errno));
     sink_ = std::make_unique<Sink>(-1);
     return;
+  }
+  if (const std::string why = exists && !rules.force ? worth(path, about) : ""; !why.empty()) {
+    failCreate(name_, why + "; give another name, or --force to replace it");
   }
   path_ = followLinks(path);
   if (path_.empty()) failCreate(name_, "its links lead in a circle");

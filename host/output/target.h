@@ -11,7 +11,7 @@
 namespace host {
 
 struct TargetRules {
-  bool force = false;      // replace a file that is write-protected
+  bool force = false;  // replace a file that is write-protected, or that holds something else than a TIFF
   bool noClobber = false;  // never replace a file
 };
 

@@ -25,7 +25,7 @@ class Endurance:
         self.sample = os.path.join(source, "samples/photo.png")
         self.folder = folder
         self.target = os.path.join(folder, "out.tif")
-        self.old = random.Random(1).randbytes(5000)
+        self.old = b"II*\0" + random.Random(1).randbytes(5000)
         self.failed = self.passed = 0
         self.sanitized = shared.sanitized(program)
         # A grey picture whose file has 1 MB.

@@ -16,6 +16,7 @@ namespace {
 
 std::string calls;
 bool syncFails, renameFails;
+const std::string kOld("II*\0old", 7);  // a TIFF as far as anybody looks
 
 }  // namespace
 
@@ -43,7 +44,7 @@ struct Commit {
   Commit() {
     const support::TempDir folder;
     const std::string path = folder.file("a.tif");
-    support::writeFile(path, "old");
+    support::writeFile(path, kOld);
     calls.clear();
     try {
       host::Target target(path, {});
@@ -76,7 +77,7 @@ TEST(Commit, ADiskThatFailsLeavesTheOldFile) {
   syncFails = false;
   EXPECT_EQ(failed.message, ": cannot be written: Input/output error; the old file is untouched");
   EXPECT_EQ(calls, "sync ");
-  EXPECT_EQ(failed.content, "old");
+  EXPECT_EQ(failed.content, kOld);
   EXPECT_EQ(failed.files, 1u);
 }
 
@@ -85,6 +86,6 @@ TEST(Commit, ARefusedRenamingLeavesTheOldFile) {
   const Commit failed;
   renameFails = false;
   EXPECT_EQ(failed.message, ": cannot be written: you may not write there; the old file is untouched");
-  EXPECT_EQ(failed.content, "old");
+  EXPECT_EQ(failed.content, kOld);
   EXPECT_EQ(failed.files, 1u);
 }

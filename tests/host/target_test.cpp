@@ -13,6 +13,9 @@ namespace {
 
 using host::Target;
 
+// What may be replaced without a question: it begins like a TIFF.
+const std::string kOld("II*\0old", 7);
+
 void write(Target &target, const std::string &text) {
   ASSERT_TRUE(target.sink().write(reinterpret_cast<const uint8_t *>(text.data()), text.size()));
 }
@@ -32,15 +35,26 @@ int codeOf(const std::string &path, const host::TargetRules &rules) {
   return 0;
 }
 
+// The message without the path; empty when the target can be made.
+std::string refusal(const std::string &path, const host::TargetRules &rules) {
+  try {
+    const Target target(path, rules);
+  } catch (const host::Failure &failure) {
+    EXPECT_EQ(failure.code(), host::kNoCreate);
+    return std::string(failure.what()).substr(path.size());
+  }
+  return "";
+}
+
 }  // namespace
 
 TEST(Target, ReplacesTheOldFileOnlyAtTheEnd) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
-  support::writeFile(path, "old");
+  support::writeFile(path, kOld);
   Target target(path, {});
   write(target, "new");
-  EXPECT_EQ(support::readText(path), "old");
+  EXPECT_EQ(support::readText(path), kOld);
   target.commit();
   EXPECT_EQ(support::readText(path), "new");
   EXPECT_EQ(filesIn(folder.path()), 1u);
@@ -52,7 +66,7 @@ TEST(Target, KeepsAFileThatWasMadeMeanwhileIfNoneMayBeReplaced) {
   {
     Target target(path, {.noClobber = true});
     write(target, "new");
-    support::writeFile(path, "old");
+    support::writeFile(path, kOld);
     try {
       target.commit();
       FAIL() << "replaced it";
@@ -62,7 +76,7 @@ TEST(Target, KeepsAFileThatWasMadeMeanwhileIfNoneMayBeReplaced) {
                 path + ": cannot be created: it was made during the export, and --no-clobber was given");
     }
   }
-  EXPECT_EQ(support::readText(path), "old");
+  EXPECT_EQ(support::readText(path), kOld);
   EXPECT_EQ(filesIn(folder.path()), 1u);
   std::filesystem::remove(path);
   Target(path, {.noClobber = true}).commit();
@@ -79,13 +93,13 @@ TEST(Target, RefusesANameThatIsTooLongBeforeTheWork) {
 TEST(Target, LeavesNothingBehindWhenGivenUp) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
-  support::writeFile(path, "old");
+  support::writeFile(path, kOld);
   {
     Target target(path, {});
     write(target, "new");
     EXPECT_EQ(filesIn(folder.path()), 2u);
   }
-  EXPECT_EQ(support::readText(path), "old");
+  EXPECT_EQ(support::readText(path), kOld);
   EXPECT_EQ(filesIn(folder.path()), 1u);
 }
 
@@ -118,7 +132,7 @@ TEST(Target, TwoExportsToOneFileDoNotMix) {
 TEST(Target, KeepsTheOldFilesRights) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
-  support::writeFile(path, "old");
+  support::writeFile(path, kOld);
   ASSERT_EQ(chmod(path.c_str(), 0640), 0);
   Target target(path, {});
   target.commit();
@@ -130,7 +144,7 @@ TEST(Target, KeepsTheOldFilesRights) {
 TEST(Target, WritesThroughLinks) {
   const support::TempDir folder;
   std::filesystem::create_directory(folder.file("real"));
-  support::writeFile(folder.file("real/a.tif"), "old");
+  support::writeFile(folder.file("real/a.tif"), kOld);
   std::filesystem::create_symlink("real/a.tif", folder.file("link.tif"));
   Target target(folder.file("link.tif"), {});
   write(target, "new");
@@ -151,12 +165,43 @@ TEST(Target, LongNamesWork) {
 TEST(Target, RefusesWhatItMayNotReplace) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
-  support::writeFile(path, "old");
+  support::writeFile(path, kOld);
   EXPECT_EQ(codeOf(path, {false, true}), host::kNoCreate);
   EXPECT_EQ(codeOf(folder.path(), {}), host::kNoCreate);
   EXPECT_EQ(codeOf(folder.file("none/a.tif"), {}), host::kNoCreate);
   EXPECT_EQ(codeOf(path, {}), 0);
-  EXPECT_EQ(support::readText(path), "old");
+  EXPECT_EQ(support::readText(path), kOld);
+}
+
+// A name given by mistake may be that of a picture, a program, a letter.
+TEST(Target, ReplacesNoFileThatIsNoTiffWithoutForce) {
+  const support::TempDir folder;
+  const std::string path = folder.file("a.tif");
+  const auto holding = [&](const std::string &bytes, bool force) {
+    support::writeFile(path, bytes);
+    const std::string why = refusal(path, {.force = force});
+    EXPECT_EQ(support::readText(path), bytes);
+    return why;
+  };
+  const std::string no =
+      ": cannot be created: it exists and is no TIFF; give another name, or --force to replace it";
+  for (const char *bytes : {"old", "I", "II*", "II+x", "MM*", "\x89PNG\r\n\x1A\n"}) {
+    EXPECT_EQ(holding(bytes, false), no) << bytes;
+    EXPECT_EQ(holding(bytes, true), "") << bytes;
+  }
+  EXPECT_EQ(holding(std::string("II\0*", 4), false), no);
+  for (const std::string &bytes : {std::string(), std::string("II*\0", 4), std::string("MM\0*", 4),
+                                   std::string("II+\0", 4), std::string("MM\0+\0\x8", 6)}) {
+    EXPECT_EQ(holding(bytes, false), "") << bytes;
+  }
+}
+
+TEST(Target, LooksAtTheFileBehindALink) {
+  const support::TempDir folder;
+  support::writeFile(folder.file("letter"), "Dear");
+  std::filesystem::create_symlink("letter", folder.file("a.tif"));
+  EXPECT_NE(refusal(folder.file("a.tif"), {}), "");
+  EXPECT_EQ(refusal(folder.file("a.tif"), {.force = true}), "");
 }
 
 TEST(Target, ShowsItsBytesForACheck) {

@@ -6,9 +6,9 @@ ln -s there/real.tif link.tif
 ln -s link.tif chain.tif
 code raxel-export "$in" chain.tif # to a file that is not there yet
 cmp there/real.tif chart.tif && ls -l chain.tif link.tif | sed 's/.* \([^ ]* -> \)/\1/'
-echo old >there/real.tif
+printf 'MM\0*\nold\n' >there/real.tif
 code raxel-export --no-clobber "$in" link.tif
-cat there/real.tif
+tail -1 there/real.tif
 code raxel-export "$in" link.tif
 cmp there/real.tif chart.tif
 ln -s nowhere/out.tif lost.tif

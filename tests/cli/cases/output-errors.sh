@@ -2,10 +2,10 @@
 code raxel-export "$SAMPLES/chart4.png" missing/out.tif
 mkdir folder
 code raxel-export "$SAMPLES/chart4.png" folder
-echo old >kept.tif
+printf 'MM\0*\nold\n' >kept.tif
 code raxel-export --no-clobber "$SAMPLES/chart4.png" kept.tif
-cat kept.tif
+tail -1 kept.tif
 code raxel-export "$SAMPLES/chart4.png" /dev/full
 (ulimit -f 30; code raxel-export "$SAMPLES/chart4.png" kept.tif)
-cat kept.tif
+tail -1 kept.tif
 ls -A
