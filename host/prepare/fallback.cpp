@@ -28,6 +28,26 @@ uint32_t huffmanBits(const uint8_t *row, uint32_t width) {
   return bits;
 }
 
+// Compressions that code every row by itself, as runs that begin with white.
+bool codesRuns(int32_t compression) {
+  return compression == RAXEL_COMPRESS_HUFFMAN || compression == RAXEL_COMPRESS_T4;
+}
+
+// True when a row as above, of a multiple of 32 pixels, changes its colour at every pixel and begins with
+// black runs. With the empty white run in front these are width + 1 runs, one more than libtiff has room
+// for in rows of such widths ("Buffer overflow").
+bool alternates(const uint8_t *row, uint64_t bytes) {
+  constexpr uint8_t kBlackWhite = 0xAA;
+  return std::all_of(row, row + bytes, [](uint8_t byte) { return byte == kBlackWhite; });
+}
+
+bool anyRowAlternates(const Block &block) {
+  for (uint32_t y = 0; y < block.plan.height; ++y) {
+    if (alternates(block.row(y), rowBytes(block.plan))) return true;
+  }
+  return false;
+}
+
 // Rows in the shortest strip: strips hold a quarter of the rows, and the last what is left.
 uint32_t shortestStrip(uint32_t height) {
   const uint32_t rows = std::max(height / 4, 1u);
@@ -46,13 +66,16 @@ Fallback fallbackOf(const Block &block) {
       huffmanBits(block.row(plan.height - 1), plan.width) <= 8) {
     return {RAXEL_COMPRESS_PACKBITS, RAXEL_NOTE_HUFFMAN_AS_PACKBITS};
   }
+  if (codesRuns(plan.compression) && plan.width % 32 == 0 && anyRowAlternates(block)) {
+    return {RAXEL_COMPRESS_T6, RAXEL_NOTE_RUNS_AS_T6};
+  }
   return {plan.compression, 0};
 }
 
 bool mayFallBack(const RaxelPlan &plan) {
-  return plan.compression == RAXEL_COMPRESS_LZW
-             ? rowBytes(plan) == 1
-             : plan.compression == RAXEL_COMPRESS_HUFFMAN && plan.width < 64;
+  if (plan.compression == RAXEL_COMPRESS_LZW) return rowBytes(plan) == 1;
+  if (codesRuns(plan.compression) && plan.width % 32 == 0) return true;
+  return plan.compression == RAXEL_COMPRESS_HUFFMAN && plan.width < 64;
 }
 
 }  // namespace prepare

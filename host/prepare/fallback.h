@@ -1,4 +1,4 @@
-// Pictures so small that a compression cannot carry them.
+// Pictures that a compression cannot carry to every reader.
 #pragma once
 
 #include "prepare/block.h"
@@ -6,7 +6,7 @@
 namespace prepare {
 
 // The compression that the prepared block must go out with, and the note that says why: the planned one
-// and 0, or PackBits.
+// and 0, or another.
 struct Fallback {
   int32_t compression;
   uint32_t note;

@@ -62,6 +62,7 @@ constexpr std::array<const char *, RAXEL_NOTES> kNotes{
     "lost levels are dithered",
     "strips of one byte cannot be coded as LZW, so PackBits is used",
     "readers misread a modified-Huffman picture this small, so PackBits is used",
+    "readers refuse T.4 and modified Huffman where a row alternates at every pixel, so T.6 is used",
 };
 
 template <size_t N>

@@ -104,7 +104,8 @@ enum {
   RAXEL_NOTE_DITHERED = 8,              // lost levels were spread by error diffusion
   RAXEL_NOTE_LZW_AS_PACKBITS = 16,      // one-byte strips, which LZW cannot carry here
   RAXEL_NOTE_HUFFMAN_AS_PACKBITS = 32,  // a one-byte last row, which a common reader misreads
-  RAXEL_NOTES = 6
+  RAXEL_NOTE_RUNS_AS_T6 = 64,           // a row of T.4 or Huffman with more runs than a common reader takes
+  RAXEL_NOTES = 7
 };
 
 // The job, worked out. Written by raxelHostPlan; raxelHostPrepare sets compression and notes anew.
@@ -119,7 +120,7 @@ typedef struct RaxelPlan {
   int32_t mode;         // RaxelMode, as requested
   int32_t layout;       // RaxelLayout, as requested
   int32_t dpiX, dpiY;   // as requested
-  int32_t compression;  // RaxelCompression to set: as requested, or PackBits with a note
+  int32_t compression;  // RaxelCompression to set: as requested, or another with a note
   uint32_t notes;
   uint32_t unitsPerInch;       // 32768, for the picture record's nResolution
   int32_t extentX, extentY;    // in those units, for the export info: exact at every resolution

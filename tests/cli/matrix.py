@@ -169,6 +169,23 @@ class Matrix:
                     for out in outs:
                         os.unlink(out)
 
+    def alternating(self):
+        """Rows with as many runs as pixels, and dots, for which some readers have no room."""
+        inputs, expected = [], {}
+        colors = b"\xff\xff\xff", b"\0\0\0"
+        for width in (31, 32, 33, 64, 96, 127, 128, 640):
+            for first in (0, 1):
+                rows = [b"".join(colors[(first + x + y // 3) % 2] for x in range(width)) for y in range(8)]
+                path = os.path.join(self.folder, f"dots-{width}-{first}.pnm")
+                write_netpbm(path, width, 8, b"".join(rows), "bilevel")
+                inputs.append(path)
+                expected[path[:-4] + ".tif"] = (width, 8, b"".join(rows))
+        for compression in FAX:
+            self.export(["-m", "bilevel", "-c", compression], inputs)
+            for out, meant in expected.items():
+                self.check(f"{os.path.basename(out)} {compression}", out, meant, (96, 96), True)
+            self.check_programs(compression, expected)
+
     # --- real pictures ---------------------------------------------------------------------------
 
     def sample(self, name):
@@ -248,6 +265,7 @@ def main():
     with tempfile.TemporaryDirectory(prefix="raxel-matrix-", dir=place) as folder:
         matrix = Matrix(build, source, folder)
         matrix.exact()
+        matrix.alternating()
         matrix.real_exact()
         matrix.reduced()
         matrix.real_programs()

@@ -83,3 +83,49 @@ TEST(HostFallback, APackBitsFallbackIsNotComplemented) {
   ASSERT_EQ(made.plan.compression, RAXEL_COMPRESS_PACKBITS);
   EXPECT_EQ(made.row(0)[0], 0x00);
 }
+
+namespace {
+
+// A picture of two rows, white but for the upper one: its pixels alternate from `first` (1: white) on.
+int alternating(uint32_t width, unsigned first, int compression, uint32_t spoilt = UINT32_MAX) {
+  TestPicture picture(width, 2, 1);
+  for (uint32_t x = 0; x < width; ++x) {
+    picture.setIndex(x, 0, (first + x + (x == spoilt ? 1 : 0)) % 2);
+    picture.setIndex(x, 1, 1);
+  }
+  return prepared(picture, request(RAXEL_MODE_BILEVEL, compression)).plan.compression;
+}
+
+}  // namespace
+
+// What is white in the picture goes out as black runs, and with an empty white run before them a row of n
+// pixels has n + 1 runs. Readers with room for n of them, rounded up to 32, refuse it.
+TEST(HostFallback, RowsOfMoreRunsThanPixelsGoOutAsT6) {
+  for (int code : {RAXEL_COMPRESS_HUFFMAN, RAXEL_COMPRESS_T4}) {
+    for (uint32_t width : {32u, 64u, 96u, 640u, 65504u}) {
+      EXPECT_EQ(alternating(width, 1, code), RAXEL_COMPRESS_T6) << width;
+      EXPECT_EQ(alternating(width, 0, code), code) << width;
+      EXPECT_EQ(alternating(width, 1, code, width - 1), code) << width;
+      EXPECT_EQ(alternating(width, 1, code, 0), code) << width;
+    }
+    for (uint32_t width : {16u, 31u, 33u, 48u, 63u, 65u}) {
+      if (code == RAXEL_COMPRESS_HUFFMAN && width < 32) continue;
+      EXPECT_EQ(alternating(width, 1, code), code) << width;
+    }
+  }
+  for (int code : {RAXEL_COMPRESS_NONE, RAXEL_COMPRESS_PACKBITS, RAXEL_COMPRESS_LZW, RAXEL_COMPRESS_T6}) {
+    EXPECT_EQ(alternating(32, 1, code), code);
+  }
+}
+
+TEST(HostFallback, ARowInAnyPlaceCountsAndTheLastOneIsSeenInTheRowAdded) {
+  for (uint32_t at = 0; at < 5; ++at) {
+    TestPicture picture(32, 5, 1);
+    for (uint32_t x = 0; x < 32; x += 2) picture.setIndex(x, at, 1);
+    const Prepared made = prepared(picture, request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_T4));
+    EXPECT_EQ(made.plan.compression, RAXEL_COMPRESS_T6) << at;
+    EXPECT_TRUE(made.plan.notes & RAXEL_NOTE_RUNS_AS_T6) << at;
+    // It is a fax code, too: the pixels are exchanged.
+    EXPECT_EQ(made.row(at)[0], 0x55) << at;
+  }
+}
