@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   for (size_t at = 0; at < size; at += tiff::kPackBitsPiece) {
     const size_t n = std::min(size - at, tiff::kPackBitsPiece);
     std::vector<uint8_t> out(2 * n + 2);
-    out.resize(tiff::encodePackBitsPiece({row.data() + at, n}, out.data()));
+    out.resize(tiff::encodePackBits({row.data() + at, n}, out.data()));
     pieces.insert(pieces.end(), out.begin(), out.end());
   }
   fuzz::require(pieces == codes, "pieces give the codes of the row");

@@ -12,6 +12,7 @@
 #include "raxel/filter.h"
 #include "raxel/memory.h"
 #include "runtime/blocks.h"
+#include "runtime/rows.h"
 
 namespace {
 
@@ -46,7 +47,7 @@ void beginRaster(HostWord record) {
   state.nCellRowsDone = 0;
   dropBuffer();
   state.hCellBuf =
-      runtime::allocate(raster::bufferBytes(raster::rowBytes(state.nCellWidth, state.nCellBits), rows));
+      runtime::allocate(raster::bufferBytes(runtime::rowStride(state.nCellWidth, state.nCellBits), rows));
 }
 
 void endRaster() {
@@ -106,9 +107,9 @@ Cells readCells(HostWord record) {
   cells.bits = raster::bitsOf(precision);
   cells.width = outputWidth(columns);
   cells.rows = raster::field<uint32_t>(record, raster::kRowsAt);
-  cells.rowBytes = raster::rowBytes(cells.width, cells.bits);
+  cells.rowBytes = runtime::rowStride(cells.width, cells.bits);
   // Only 24-bit sources carry their full width when the window cuts the row.
-  cells.sourceStride = cells.bits == 24 ? raster::rowBytes(columns, 24) : cells.rowBytes;
+  cells.sourceStride = cells.bits == 24 ? runtime::rowStride(columns, 24) : cells.rowBytes;
   cells.bottomUp = runsBottomUp(record);
   cells.pixels = precision < 0 ? raster::field<const uint8_t *>(record, raster::kPixelsAt)
                                : raster::recordBytes(record) + raster::kPixelsAt;

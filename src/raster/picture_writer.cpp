@@ -7,6 +7,7 @@
 #include "raxel/memory.h"
 #include "raxel/tiff.h"
 #include "runtime/blocks.h"
+#include "runtime/rows.h"
 #include "runtime/settings_in_use.h"
 
 namespace {
@@ -115,7 +116,7 @@ bool changeDepth(Picture &picture, const Target &target) {
 // block is then filled up with zeros to the writer's size, and whatever the writer does to pixels it
 // does to those as well. False when no block holds that many.
 bool fillUp(Picture &picture, const Target &target) {
-  const uint64_t bytes = raster::bufferBytes(raster::rowBytes(target.width, target.depth), target.height);
+  const uint64_t bytes = raster::bufferBytes(runtime::rowStride(target.width, target.depth), target.height);
   if (GlobalSize(picture.bits) >= bytes) return true;
   return replace(picture, runtime::longerCopy(picture.bits, bytes), target.width, target.height);
 }

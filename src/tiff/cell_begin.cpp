@@ -4,6 +4,7 @@
 
 #include "raxel/settings.h"
 #include "runtime/blocks.h"
+#include "runtime/rows.h"
 #include "tiff/colors.h"
 #include "tiff/geometry.h"
 
@@ -106,7 +107,8 @@ int32_t BeginCellBitmap(Handle file, uint32_t width, uint32_t height, uint16_t b
   WriteTiffDir(&state);
   if (state.nCompression == 1) {
     SetStripOrTileOffset(1);
-    SetStripOrTileByteCount(1, static_cast<uint32_t>(tiff::rowBytes(width, bitsPerPixel) * height));
+    SetStripOrTileByteCount(1,
+                            static_cast<uint32_t>(runtime::packedRowBytes(width, bitsPerPixel) * height));
   }
 
   tiff::buildRemap(*format, state, entries);

@@ -7,6 +7,7 @@
 
 #include "raxel/settings.h"
 #include "runtime/blocks.h"
+#include "runtime/rows.h"
 #include "tiff/cell_rows.h"
 #include "tiff/collector.h"
 #include "tiff/colors.h"
@@ -253,8 +254,8 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
   tiff::CellFormat *format = tiff::cellFormat(descriptor);
   if (lpRaster == nullptr || format == nullptr) return RAXEL_NO_MEMORY;
   if (rows == 0) return RAXEL_OK;
-  const tiff::CellRows cells{runtime::lockBytes(bitmap), tiff::rowBytes(width, bitsPerPixel),
-                             tiff::rowStride(width, bitsPerPixel)};
+  const tiff::CellRows cells{runtime::lockBytes(bitmap), runtime::packedRowBytes(width, bitsPerPixel),
+                             runtime::rowStride(width, bitsPerPixel)};
   const uint64_t size = cells.stride * rows;
   if (bitmap == 0 || cells.stride == 0 || !runtime::fitsInBlock(size) || cells.rowBytes > INT32_MAX) {
     return RAXEL_NO_MEMORY;

@@ -60,7 +60,7 @@ uint32_t PieceWriter::bytesTried(std::span<const uint8_t> row, uint32_t width, u
   uint32_t tried = 0;
   while (!row.empty() && tried <= room) {
     const size_t length = std::min(row.size(), kPackBitsPiece);
-    tried += static_cast<uint32_t>(encodePackBitsPiece(row.first(length), out_.data()));
+    tried += static_cast<uint32_t>(encodePackBits(row.first(length), out_.data()));
     row = row.subspan(length);
   }
   return tried;
@@ -70,7 +70,7 @@ uint32_t PieceWriter::bytesTried(std::span<const uint8_t> row, uint32_t width, u
 int32_t PieceWriter::writePackBitsPieces(std::span<const uint8_t> data) {
   while (!data.empty()) {
     const size_t length = std::min(data.size(), kPackBitsPiece);
-    const size_t produced = encodePackBitsPiece(data.first(length), out_.data());
+    const size_t produced = encodePackBits(data.first(length), out_.data());
     const bool taken = writeAll(state_.hTiffFile, {out_.data(), produced});
     state_.nStripBytes += static_cast<uint32_t>(produced);
     if (!taken) return RAXEL_CANNOT_WRITE;

@@ -1,11 +1,11 @@
-// The idea: bytes that only go on with the run before them are stepped over by the dozen (fax_news.h),
+// The idea: bytes that only go on with the run before them are stepped over by the dozen (fax_changes.h),
 // and for every other byte a table tells which runs end in it and what their codes are (kByteSteps).
 #include "tiff/fax_1d.h"
 
 #include <algorithm>
 #include <bit>
 
-#include "tiff/fax_news.h"
+#include "tiff/fax_changes.h"
 
 namespace tiff {
 namespace {
@@ -17,15 +17,15 @@ uint32_t colourOfLastPixel(uint8_t byte) {
 // Takes the pixels of a chunk into the runs of the row: `run` is the length of the run at hand. What
 // stands before the chunk, chunk[-1], tells its colour. False when the buffer is lost.
 [[gnu::always_inline]] inline bool takeChunk(const uint8_t *chunk, uint32_t &run, FaxWriter &writer) {
-  uint64_t news = newsMask(chunk);
+  uint64_t changes = changeMask(chunk);
   uint32_t done = 0;  // bytes
-  if (news != 0) {
-    // Every byte with news gives up to 12 + 33 bits. A make-up code needs seven bytes without news before
-    // it, so that there are at most nine of them.
-    const ptrdiff_t room = 6 * std::popcount(news) + 2 * 9 + 8;
+  if (changes != 0) {
+    // Every byte with changes gives up to 12 + 33 bits. A make-up code needs seven bytes without any
+    // before it, so that there are at most nine of them.
+    const ptrdiff_t room = 6 * std::popcount(changes) + 2 * 9 + 8;
     if (!writer.reserve(room)) return false;
-    for (; news != 0; news &= news - 1) {
-      const auto at = static_cast<uint32_t>(std::countr_zero(news));
+    for (; changes != 0; changes &= changes - 1) {
+      const auto at = static_cast<uint32_t>(std::countr_zero(changes));
       const uint32_t colour = colourOfLastPixel((chunk + at)[-1]);
       const ByteStep &step = kByteSteps[colour][chunk[at]];
       run += 8 * (at - done) + step.lead;
@@ -44,7 +44,7 @@ uint32_t colourOfLastPixel(uint8_t byte) {
       done = at + 1;
     }
   }
-  run += 8 * (kNewsChunk - done);
+  run += 8 * (kChangeChunk - done);
   return true;
 }
 
@@ -64,13 +64,13 @@ uint32_t encodeFaxRow(std::span<const uint8_t> row, uint32_t width, uint32_t com
   uint32_t run = 0;
   // The first chunk needs the white pixel that stands before every row, and the last is filled up with
   // the colour of the last pixel; these two are copies.
-  uint8_t copy[1 + kNewsChunk] = {0xFF};
+  uint8_t copy[1 + kChangeChunk] = {0xFF};
   const uint8_t lastByte = withoutPadding(row[rowBytes - 1], width);
-  for (size_t at = 0; at < rowBytes; at += kNewsChunk) {
+  for (size_t at = 0; at < rowBytes; at += kChangeChunk) {
     const uint8_t *chunk = row.data() + at;
-    const bool isLast = at + kNewsChunk >= rowBytes;
+    const bool isLast = at + kChangeChunk >= rowBytes;
     if (at == 0 || isLast) {
-      const size_t n = isLast ? rowBytes - at : kNewsChunk;
+      const size_t n = isLast ? rowBytes - at : kChangeChunk;
       if (at != 0) copy[0] = row[at - 1];
       std::copy_n(chunk, n, copy + 1);
       if (isLast) {
@@ -82,7 +82,7 @@ uint32_t encodeFaxRow(std::span<const uint8_t> row, uint32_t width, uint32_t com
     if (!takeChunk(chunk, run, writer)) return 0;
   }
   const auto filledUp =
-      static_cast<uint32_t>((8 * kNewsChunk - width % (8 * kNewsChunk)) % (8 * kNewsChunk));
+      static_cast<uint32_t>((8 * kChangeChunk - width % (8 * kChangeChunk)) % (8 * kChangeChunk));
   if (!writer.putRun(colourOfLastPixel(lastByte), run - filledUp)) return 0;
   if (compression != 3) return writer.byteCount();
   if (!writer.reserve()) return 0;

@@ -107,14 +107,14 @@ uint32_t colourOf(uint64_t same) {
   return writer.putRun(colourOf(same), a1) && writer.putRun(1 - colourOf(same), a2 - a1);
 }
 
-[[gnu::always_inline]] inline void put(BitPen &pen, BitCode code) {
-  pen.put(code.bits, code.length);
+[[gnu::always_inline]] inline void put(BitWriter &bits, BitCode code) {
+  bits.put(code.bits, code.length);
 }
 
 // Takes as many steps as one window shows, which is of advantage where steps are short. Room for 64
 // pixels of at most 14 bits each must be there. The row must have begun.
-[[gnu::always_inline]] inline void stepsOfOneWindow(BitPen &pen, const uint8_t *row, const uint8_t *above,
-                                                    uint32_t width, Place &place) {
+[[gnu::always_inline]] inline void stepsOfOneWindow(BitWriter &bits, const uint8_t *row,
+                                                    const uint8_t *above, uint32_t width, Place &place) {
   uint64_t rowWord = window(row, place.a0, 0);
   uint64_t aboveWord = window(above, place.a0, 0);
   uint64_t same = place.same;
@@ -129,10 +129,10 @@ uint32_t colourOf(uint64_t same) {
     const uint64_t b2 = endOfRun(aboveBits, changes);
     uint32_t length;
     if (isPass(rowBits, b2)) {
-      put(pen, kModeCodes[kPass]);
+      put(bits, kModeCodes[kPass]);
       length = distance(b2);
     } else if (const uint32_t b1 = distance(changes); isVertical(a1, b1)) {
-      put(pen, kModeCodes[kV0 + (a1 - b1)]);
+      put(bits, kModeCodes[kV0 + (a1 - b1)]);
       length = a1;
       same = ~same;
     } else {
@@ -141,9 +141,9 @@ uint32_t colourOf(uint64_t same) {
       const BitCode mode = kModeCodes[kHorizontal];
       const BitCode first = kRunCodes[colourOf(same)][a1];
       const BitCode second = kRunCodes[1 - colourOf(same)][a2 - a1];
-      const uint64_t bits =
+      const uint64_t runs =
           (uint64_t{mode.bits} << first.length | first.bits) << second.length | second.bits;
-      pen.put(bits, uint32_t{mode.length} + first.length + second.length);
+      bits.put(runs, uint32_t{mode.length} + first.length + second.length);
       length = a2;
     }
     rowWord >>= length;
@@ -168,9 +168,9 @@ uint32_t colourOf(uint64_t same) {
   while (place.a0 < width) {
     if (!step(writer, row, above, width, place) || !writer.reserve(256)) return false;
     if (place.a0 == width) break;
-    BitPen pen = writer.pen();
-    stepsOfOneWindow(pen, row, above, width, place);
-    writer.setPen(pen);
+    BitWriter bits = writer.bits();
+    stepsOfOneWindow(bits, row, above, width, place);
+    writer.setBits(bits);
   }
   return true;
 }

@@ -8,7 +8,7 @@
 #include "raxel/driver.h"
 #include "raxel/memory.h"
 #include "runtime/blocks.h"
-#include "tiff/bit_pen.h"
+#include "tiff/bit_writer.h"
 #include "tiff/fax_codes.h"
 
 namespace tiff {
@@ -57,27 +57,27 @@ class FaxBuffer {
 class FaxWriter {
  public:
   explicit FaxWriter(FaxBuffer &buffer)
-      : buffer_(&buffer), pen_{buffer.data()}, end_(buffer.data() + buffer.size()) {}
+      : buffer_(&buffer), bits_{buffer.data()}, end_(buffer.data() + buffer.size()) {}
 
   // Makes room for two puts, or for `bytes`: what the puts fill, and 8 more. False when the buffer is
   // lost: then nothing more may be put.
   bool reserve(ptrdiff_t bytes = 16) {
     if (room() >= bytes) return true;
-    const ptrdiff_t at = pen_.to - buffer_->data();
+    const ptrdiff_t at = bits_.to - buffer_->data();
     const bool grown = buffer_->grow();
-    pen_.to = grown ? buffer_->data() + at : nullptr;
+    bits_.to = grown ? buffer_->data() + at : nullptr;
     end_ = buffer_->data() + buffer_->size();
     return grown;
   }
-  ptrdiff_t room() const { return end_ - pen_.to; }
-  bool lost() const { return pen_.to == nullptr; }
+  ptrdiff_t room() const { return end_ - bits_.to; }
+  bool lost() const { return bits_.to == nullptr; }
 
-  void put(uint64_t bits, uint32_t length) { pen_.put(bits, length); }
-  void put(BitCode code) { pen_.put(code.bits, code.length); }
+  void put(uint64_t bits, uint32_t length) { bits_.put(bits, length); }
+  void put(BitCode code) { bits_.put(code.bits, code.length); }
 
-  // The pen alone, for loops that know that there is room, and back again.
-  BitPen pen() const { return pen_; }
-  void setPen(const BitPen &pen) { pen_ = pen; }
+  // The bit writer alone, for loops that know that there is room, and back again.
+  BitWriter bits() const { return bits_; }
+  void setBits(const BitWriter &bits) { bits_ = bits; }
 
   // Places the make-up codes of a run of 64 or more, and then makes room as reserve() does.
   //   colour  0 white, 1 black
@@ -95,12 +95,12 @@ class FaxWriter {
 
   // Steps to the next whole byte; the bits stepped over are 0.
   void fillByte() {
-    if (pen_.used == 0) return;
-    pen_ = {pen_.to + 1};
+    if (bits_.used == 0) return;
+    bits_ = {bits_.to + 1};
   }
 
   // The bytes written when a partly filled byte counts as a whole one.
-  uint32_t byteCount() const { return static_cast<uint32_t>(pen_.end() - buffer_->data()); }
+  uint32_t byteCount() const { return static_cast<uint32_t>(bits_.end() - buffer_->data()); }
 
  private:
   [[gnu::noinline]] static FaxWriter withMakeUps(FaxWriter writer, uint32_t colour, uint32_t run,
@@ -115,8 +115,8 @@ class FaxWriter {
   }
 
   FaxBuffer *buffer_;
-  BitPen pen_;    // its `to` is null once the buffer is lost
-  uint8_t *end_;  // the end of the block
+  BitWriter bits_;  // its `to` is null once the buffer is lost
+  uint8_t *end_;    // the end of the block
 };
 
 }  // namespace tiff

@@ -22,16 +22,6 @@ inline uint32_t pieceCount(const TiffWriterState &state) {
   return state.nTilesAcross * state.nStripsDown;
 }
 
-// Bytes of a row in the file, where rows carry no padding to words.
-constexpr uint64_t rowBytes(uint32_t width, uint16_t bitsPerPixel) {
-  return (uint64_t{width} * bitsPerPixel + 7) / 8;
-}
-
-// Bytes from one row to the next in a bitmap, where rows are padded to a multiple of 4.
-constexpr uint64_t rowStride(uint32_t width, uint16_t bitsPerPixel) {
-  return (rowBytes(width, bitsPerPixel) + 3) & ~uint64_t{3};
-}
-
 // Rows of a strip: a quarter of the rows, rounded down. Large pictures make four strips, or five with a
 // short last one; 7 rows make seven. Fewer than 4 rows make strips of one row.
 constexpr uint32_t stripRows(uint32_t rows) {

@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "tiff/bit_pen.h"
+#include "tiff/bit_writer.h"
 #include "tiff/lzw_strings.h"
 
 namespace tiff {
@@ -18,7 +18,7 @@ constexpr uint32_t kClear = 256;
 constexpr uint32_t kEndOfInformation = 257;
 
 struct Stream {
-  BitPen pen;
+  BitWriter codes;
   const uint8_t *at;           // the byte to take next
   uint32_t prefix;             // the known string that the bytes before it are
   uint32_t width = 9;          // of the next code, in bits
@@ -34,12 +34,12 @@ struct ColumnTables {
 // the table is full and Clear was written.
 [[gnu::always_inline]] inline bool writePrefix(Stream &s, uint32_t byte) {
   ++s.next;
-  s.pen.put(s.prefix, s.width);
+  s.codes.put(s.prefix, s.width);
   s.prefix = byte;
   if ((s.next & (s.next - 1)) == 0) {  // 512, 1024, 2048
     ++s.width;
   } else if (s.next == kClearAt) {
-    s.pen.put(kClear, s.width);
+    s.codes.put(kClear, s.width);
     return true;
   }
   return false;
@@ -197,10 +197,10 @@ uint32_t codeAllButLast(Stream &s, std::span<const uint8_t> strip, LzwMemory &me
 void codeLastByte(Stream &s, uint32_t known, uint32_t byte) {
   const uint32_t counted = s.next + 1;
   const auto write = [&](uint32_t code) {
-    s.pen.put(code, s.width);
+    s.codes.put(code, s.width);
     if (counted == 512 || counted == 1024 || counted == 2048) ++s.width;
     if (counted == kClearAt) {
-      s.pen.put(kClear, s.width);
+      s.codes.put(kClear, s.width);
       s.width = 9;
     }
   };
@@ -212,15 +212,15 @@ void codeLastByte(Stream &s, uint32_t known, uint32_t byte) {
 
 uint32_t encodeLzw(std::span<const uint8_t> strip, std::span<uint8_t> out, LzwMemory &memory) {
   Stream s{{out.data()}, strip.data(), 0};
-  s.pen.put(kClear, s.width);
+  s.codes.put(kClear, s.width);
   // A strip of one byte gets no code for it.
   if (strip.size() > 1) {
     s.prefix = *s.at++;
     const uint32_t known = codeAllButLast(s, strip, memory);
     codeLastByte(s, known, strip.back());
   }
-  s.pen.put(kEndOfInformation, s.width);
-  return static_cast<uint32_t>(s.pen.end() - out.data());
+  s.codes.put(kEndOfInformation, s.width);
+  return static_cast<uint32_t>(s.codes.end() - out.data());
 }
 
 uint32_t encodeLzw(std::span<const uint8_t> strip, std::span<uint8_t> out) {

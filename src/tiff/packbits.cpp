@@ -90,10 +90,6 @@ size_t encodeTail(std::span<const uint8_t> bytes, uint8_t *out) {
 
 }  // namespace
 
-size_t encodePackBitsPiece(std::span<const uint8_t> piece, uint8_t *out) {
-  return encodeTail(piece, out);
-}
-
 size_t encodePackBits(std::span<const uint8_t> row, uint8_t *out) {
   uint8_t *to = out;
   const uint8_t *from = row.data();

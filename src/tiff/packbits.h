@@ -21,8 +21,4 @@ inline constexpr size_t kPackBitsPiece = 127;  // bytes
 // Returns the bytes written; cannot fail. An empty row gives none.
 size_t encodePackBits(std::span<const uint8_t> row, uint8_t *out);
 
-// Codes one piece, for streams whose host sees a write for each.
-//   piece  at most 127 bytes, borrowed      out  room for at least 2 * piece.size() + 2 bytes
-size_t encodePackBitsPiece(std::span<const uint8_t> piece, uint8_t *out);
-
 }  // namespace tiff

@@ -2,10 +2,7 @@
 
 #include <utility>
 
-#if defined(__x86_64__) || defined(__i386__)
-#include <immintrin.h>
-#define RAXEL_HAS_SSSE3_PATH 1
-#endif
+#include "runtime/ssse3.h"
 
 namespace tiff {
 
@@ -14,15 +11,11 @@ void swapRedBluePlain(std::span<uint8_t> pixels) {
   for (size_t n = pixels.size() / 3; n > 0; --n, p += 3) std::swap(p[0], p[2]);
 }
 
-#if defined(RAXEL_HAS_SSSE3_PATH)
+#if defined(RAXEL_HAS_SSSE3)
 namespace {
 
-__m128i load(const void *from) {
-  return _mm_loadu_si128(static_cast<const __m128i *>(from));
-}
-void store(void *to, __m128i x) {
-  _mm_storeu_si128(static_cast<__m128i *>(to), x);
-}
+using runtime::loadSixteen;
+using runtime::storeSixteen;
 
 // Sixteen pixels, 48 bytes, are three registers. Two pixels lie across the registers' borders: pixel
 // 5 has its blue in byte 15 of the first, pixel 10 its blue and green in bytes 14 and 15 of the
@@ -33,7 +26,7 @@ void store(void *to, __m128i x) {
 //   c  r10 b11 g11 r11 ... b15 g15 r15
 //
 // The pixels done, in bytes.
-__attribute__((target("ssse3"))) size_t swapBlocks(uint8_t *p, size_t n) {
+RAXEL_SSSE3 size_t swapBlocks(uint8_t *p, size_t n) {
   constexpr char kZ = -128;  // the shuffle puts a zero there
   const __m128i a0 = _mm_setr_epi8(2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, 14, 13, 12, kZ);
   const __m128i b0 = _mm_setr_epi8(0, kZ, 4, 3, 2, 7, 6, 5, 10, 9, 8, 13, 12, 11, kZ, 15);
@@ -44,13 +37,13 @@ __attribute__((target("ssse3"))) size_t swapBlocks(uint8_t *p, size_t n) {
   const __m128i blue10 = _mm_setr_epi8(14, kZ, kZ, kZ, kZ, kZ, kZ, kZ, kZ, kZ, kZ, kZ, kZ, kZ, kZ, kZ);
   size_t done = 0;
   for (; done + 48 <= n; done += 48, p += 48) {
-    const __m128i a = load(p);
-    const __m128i b = load(p + 16);
-    const __m128i c = load(p + 32);
-    store(p, _mm_or_si128(_mm_shuffle_epi8(a, a0), _mm_shuffle_epi8(b, red5)));
-    store(p + 16, _mm_or_si128(_mm_shuffle_epi8(b, b0),
-                               _mm_or_si128(_mm_shuffle_epi8(a, blue5), _mm_shuffle_epi8(c, red10))));
-    store(p + 32, _mm_or_si128(_mm_shuffle_epi8(c, c0), _mm_shuffle_epi8(b, blue10)));
+    const __m128i a = loadSixteen(p);
+    const __m128i b = loadSixteen(p + 16);
+    const __m128i c = loadSixteen(p + 32);
+    storeSixteen(p, _mm_or_si128(_mm_shuffle_epi8(a, a0), _mm_shuffle_epi8(b, red5)));
+    storeSixteen(p + 16, _mm_or_si128(_mm_shuffle_epi8(b, b0), _mm_or_si128(_mm_shuffle_epi8(a, blue5),
+                                                                            _mm_shuffle_epi8(c, red10))));
+    storeSixteen(p + 32, _mm_or_si128(_mm_shuffle_epi8(c, c0), _mm_shuffle_epi8(b, blue10)));
   }
   return done;
 }

@@ -23,7 +23,7 @@ Bytes encode(const Bytes &row) {
 
 Bytes encodePiece(const Bytes &piece) {
   Bytes out(2 * piece.size() + 2, 0xA5);
-  out.resize(tiff::encodePackBitsPiece(piece, out.data()));
+  out.resize(tiff::encodePackBits(piece, out.data()));
   return out;
 }
 

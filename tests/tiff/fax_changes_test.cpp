@@ -1,6 +1,6 @@
-// Bytes that bring a new run: the mask for this machine and the plain one against a look at each pixel;
-// and the table of what such bytes do.
-#include "tiff/fax_news.h"
+// Bytes that hold a change of colour: the mask for this machine and the plain one against a look at each
+// pixel; and the table of what such bytes do.
+#include "tiff/fax_changes.h"
 
 #include <gtest/gtest.h>
 
@@ -16,26 +16,26 @@
 namespace {
 
 uint64_t byPixels(const std::vector<uint8_t> &bytes) {
-  uint64_t news = 0;
-  for (size_t i = 0; i < tiff::kNewsChunk; ++i) {
+  uint64_t changes = 0;
+  for (size_t i = 0; i < tiff::kChangeChunk; ++i) {
     const int last = bytes[i] & 1;  // bytes[i + 1] is chunk[i]
-    bool isNew = false;
-    for (int bit = 0; bit < 8; ++bit) isNew |= (bytes[i + 1] >> bit & 1) != last;
-    if (isNew) news |= uint64_t{1} << i;
+    bool isChange = false;
+    for (int bit = 0; bit < 8; ++bit) isChange |= (bytes[i + 1] >> bit & 1) != last;
+    if (isChange) changes |= uint64_t{1} << i;
   }
-  return news;
+  return changes;
 }
 
 void expectMask(const std::vector<uint8_t> &bytes) {
-  ASSERT_EQ(tiff::newsMaskPlain(bytes.data() + 1), byPixels(bytes));
-  ASSERT_EQ(tiff::newsMask(bytes.data() + 1), byPixels(bytes));
+  ASSERT_EQ(tiff::changeMaskPlain(bytes.data() + 1), byPixels(bytes));
+  ASSERT_EQ(tiff::changeMask(bytes.data() + 1), byPixels(bytes));
 }
 
-TEST(FaxNews, OneByteAtEveryPlace) {
-  for (size_t at = 0; at <= tiff::kNewsChunk; ++at) {
+TEST(FaxChanges, OneByteAtEveryPlace) {
+  for (size_t at = 0; at <= tiff::kChangeChunk; ++at) {
     for (unsigned value = 0; value < 256; ++value) {
       for (const uint8_t around : std::initializer_list<uint8_t>{0x00, 0xFF}) {
-        std::vector<uint8_t> bytes(1 + tiff::kNewsChunk, around);
+        std::vector<uint8_t> bytes(1 + tiff::kChangeChunk, around);
         bytes[at] = static_cast<uint8_t>(value);
         ASSERT_NO_FATAL_FAILURE(expectMask(bytes)) << at << " " << value;
       }
@@ -43,11 +43,11 @@ TEST(FaxNews, OneByteAtEveryPlace) {
   }
 }
 
-TEST(FaxNews, SeededBytes) {
+TEST(FaxChanges, SeededBytes) {
   support::Random random(74);
   const size_t n = support::cases(2000);
   for (size_t i = 0; i < n; ++i) {
-    std::vector<uint8_t> bytes(1 + tiff::kNewsChunk);
+    std::vector<uint8_t> bytes(1 + tiff::kChangeChunk);
     const auto percent = static_cast<unsigned>(random.between(0, 100));
     for (uint8_t &byte : bytes)
       byte = random.chance(percent) ? random.byte() : random.chance(50) ? 0xFF : 0;
@@ -56,7 +56,7 @@ TEST(FaxNews, SeededBytes) {
 }
 
 // Every byte after a run of either colour: its runs, found pixel by pixel.
-TEST(FaxNews, ByteStepsHoldTheRunsOfEveryByte) {
+TEST(FaxChanges, ByteStepsHoldTheRunsOfEveryByte) {
   for (uint32_t colour = 0; colour < 2; ++colour) {
     for (uint32_t byte = 0; byte < 256; ++byte) {
       std::string pixels;

@@ -13,7 +13,7 @@ namespace tiff {
 //                                                         pending     10000000 ...
 //
 // So there must be room for 8 bytes from `to` on, whatever is put.
-struct BitPen {
+struct BitWriter {
   uint8_t *to;           // the byte that the next bit goes to
   uint64_t pending = 0;  // its bits below the top `used` are 0
   uint32_t used = 0;     // 0 to 7

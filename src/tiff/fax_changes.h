@@ -1,4 +1,4 @@
-// Which bytes of a row bring anything new: the others only go on with the colour of the pixel before.
+// Which bytes of a row hold a change of colour: the others only go on with that of the pixel before.
 #pragma once
 
 #include <cstdint>
@@ -12,25 +12,25 @@
 
 namespace tiff {
 
-constexpr uint32_t kNewsChunk = 64;  // bytes
+constexpr uint32_t kChangeChunk = 64;  // bytes
 
 // Bit i is set unless all pixels of chunk[i] have the colour of the last pixel of chunk[i - 1]. All of
 // chunk[-1] to chunk[63] must be readable.
-inline uint64_t newsMaskPlain(const uint8_t *chunk) {
+inline uint64_t changeMaskPlain(const uint8_t *chunk) {
   constexpr uint64_t kLastPixels = 0x0101010101010101;
-  uint64_t news = 0;
-  for (uint32_t i = 0; i < kNewsChunk; i += 8) {
+  uint64_t changes = 0;
+  for (uint32_t i = 0; i < kChangeChunk; i += 8) {
     const uint64_t goingOn = (bytes8(chunk + i - 1) & kLastPixels) * 0xFF;
-    news |= uint64_t{zeroBytes8(bytes8(chunk + i) ^ goingOn) ^ 0xFF} << i;
+    changes |= uint64_t{zeroBytes8(bytes8(chunk + i) ^ goingOn) ^ 0xFF} << i;
   }
-  return news;
+  return changes;
 }
 
 #if defined(__SSE2__)
 
-inline uint64_t newsMask(const uint8_t *chunk) {
+inline uint64_t changeMask(const uint8_t *chunk) {
   uint64_t old = 0;
-  for (uint32_t i = 0; i < kNewsChunk; i += 16) {
+  for (uint32_t i = 0; i < kChangeChunk; i += 16) {
     __m128i before;
     __m128i bytes;
     std::memcpy(&before, chunk + i - 1, 16);
@@ -45,8 +45,8 @@ inline uint64_t newsMask(const uint8_t *chunk) {
 
 #else
 
-inline uint64_t newsMask(const uint8_t *chunk) {
-  return newsMaskPlain(chunk);
+inline uint64_t changeMask(const uint8_t *chunk) {
+  return changeMaskPlain(chunk);
 }
 
 #endif
