@@ -8,6 +8,7 @@
 #include "entry/output_stream.h"
 #include "raxel/driver.h"
 #include "raxel/memory.h"
+#include "runtime/bitmap_modes.h"
 #include "runtime/settings_in_use.h"
 
 namespace entry {
@@ -15,24 +16,6 @@ namespace {
 
 // Words of the initialisation record.
 enum InitWord : size_t { kPlatform1 = 1, kFileName = 3, kPlatform2 = 5, kSetup = 13, kStatus = 14 };
-
-struct WriterFields {
-  int32_t bitmapMode;
-  uint32_t photometric;
-  uint32_t bitsPerSample;
-  uint32_t samplesPerPixel;  // 0: left as it is
-  uint32_t colors;
-};
-
-constexpr WriterFields kWriterFields[] = {
-    {215, 1, 1, 0, 2},    // bilevel
-    {216, 1, 4, 0, 16},   // 16 greys
-    {217, 1, 8, 0, 256},  // 256 greys
-    {218, 3, 4, 0, 8},    // 8 colours
-    {219, 3, 4, 0, 16},   // 16 colours
-    {221, 3, 8, 0, 256},  // 256 colours
-    {222, 2, 8, 3, 0},    // RGB
-};
 
 int32_t closeSessionOutput(RasterSetup &settings) {
   const Handle stream = settings.hOutFile;
@@ -73,13 +56,13 @@ MetafilePicture describe(Handle metafile, const RasterSetup &settings) {
 }  // namespace
 
 void setWriterFields(TiffWriterState &tiff, int32_t bitmapMode) {
-  for (const WriterFields &row : kWriterFields) {
-    if (row.bitmapMode != bitmapMode) continue;
-    tiff.nPhotometric = row.photometric;
-    tiff.nBitsPerSample = row.bitsPerSample;
-    if (row.samplesPerPixel != 0) tiff.nSamplesPerPixel = row.samplesPerPixel;
-    tiff.nColors = row.colors;
-  }
+  const runtime::BitmapMode *mode = runtime::bitmapMode(bitmapMode);
+  if (mode == nullptr) return;
+  tiff.nPhotometric = mode->photometric;
+  tiff.nBitsPerSample = mode->bitsPerSample;
+  // One sample is not stored: the number that was there stays.
+  if (mode->samplesPerPixel != 1) tiff.nSamplesPerPixel = mode->samplesPerPixel;
+  tiff.nColors = mode->colors;
 }
 
 void tellItems(ItemCallback tell, Handle setup, Handle recordSetup, RasterSetup &settings) {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "runtime/bitmap_modes.h"
 #include "runtime/numbers.h"
 #include "runtime/unaligned.h"
 #include "setup/settings.h"
@@ -38,23 +39,9 @@ void takeResolution(RasterSetup &record, const RasterPictureInfo &picture) {
 
 // Bits per pixel of a bitmap mode, negative for grey; `other` for a code that is none.
 int32_t signedDepth(int32_t bitmapMode, int32_t other) {
-  switch (bitmapMode) {
-    case kBilevel:
-      return 1;
-    case kGrey16:
-      return -4;
-    case kGrey256:
-      return -8;
-    case kColor8:
-    case kColor16:
-      return 4;
-    case kColor256:
-      return 8;
-    case kRgb:
-      return 24;
-    default:
-      return other;
-  }
+  const runtime::BitmapMode *mode = runtime::bitmapMode(bitmapMode);
+  if (mode == nullptr) return other;
+  return mode->isGrey() ? -int32_t{mode->bitsPerPixel()} : int32_t{mode->bitsPerPixel()};
 }
 
 }  // namespace

@@ -3,66 +3,27 @@
 #include <algorithm>
 
 #include "raxel/settings.h"
+#include "runtime/bitmap_modes.h"
 #include "runtime/blocks.h"
 #include "runtime/rows.h"
+#include "tiff/coders.h"
 #include "tiff/colors.h"
 #include "tiff/geometry.h"
 
 namespace tiff {
 namespace {
 
-struct BitmapMode {
-  int32_t mode;
-  uint32_t photometric;
-  uint32_t bitsPerSample;
-  uint32_t samplesPerPixel;
-  uint32_t colors;
-};
-
-constexpr BitmapMode kBitmapModes[] = {
-    {215, kBlackIsZero, 1, 1, 2},    // bilevel
-    {216, kBlackIsZero, 4, 1, 16},   // 16 greys
-    {217, kBlackIsZero, 8, 1, 256},  // 256 greys
-    {218, kPalette, 4, 1, 8},        // the 8 fixed colours
-    {219, kPalette, 4, 1, 16},       // 16 colours
-    {221, kPalette, 8, 1, 256},      // 256 colours
-    {222, kRgb, 8, 3, 0},            // RGB
-};
-
-struct CompressionMode {
-  int32_t mode;
-  uint32_t compression;
-};
-
-constexpr CompressionMode kCompressionModes[] = {
-    {225, 32773},  // PackBits
-    {226, 2},      // CCITT modified Huffman
-    {227, 5},      // LZW
-    {229, 3},      // CCITT T.4
-    {230, 4},      // CCITT T.6
-};
-
-uint32_t compressionOf(int32_t mode) {
-  for (const CompressionMode &row : kCompressionModes) {
-    if (row.mode == mode) return row.compression;
-  }
-  return 1;
-}
-
-constexpr uint32_t kWriterKind = 5;
-
 void settleModes(TiffWriterState &state, const RasterSetup &setup) {
-  state.nCompression = compressionOf(setup.nCompressionMode);
-  state.nWriterKind = kWriterKind;
+  state.nCompression = coderOfMode(setup.nCompressionMode).compression;
+  state.nWriterKind = RAXEL_WRITER_CELLS;
   state.dwNewSubfileType = 0;
   state.nSamplesPerPixel = 1;
-  for (const BitmapMode &row : kBitmapModes) {
-    if (row.mode != setup.nBitmapMode) continue;
-    state.nPhotometric = row.photometric;
-    state.nBitsPerSample = row.bitsPerSample;
-    state.nSamplesPerPixel = row.samplesPerPixel;
-    state.nColors = row.colors;
-  }
+  const runtime::BitmapMode *mode = runtime::bitmapMode(setup.nBitmapMode);
+  if (mode == nullptr) return;  // what the picture before had
+  state.nPhotometric = mode->photometric;
+  state.nBitsPerSample = mode->bitsPerSample;
+  state.nSamplesPerPixel = mode->samplesPerPixel;
+  state.nColors = mode->colors;
 }
 
 // Strips or rows of tiles, and columns of tiles. An uncompressed picture is one strip.
@@ -74,7 +35,7 @@ void settleStrips(TiffWriterState &state, uint32_t width, uint32_t height) {
     state.nTilesAcross =
         static_cast<uint16_t>((uint64_t{width} + kTilePixelsAcross - 1) / kTilePixelsAcross);
   }
-  if (state.nCompression == 1) {
+  if (isPlain(state)) {
     state.nRowsPerStrip = height;
     state.nStripsDown = 1;
   } else {
@@ -105,7 +66,7 @@ int32_t BeginCellBitmap(Handle file, uint32_t width, uint32_t height, uint16_t b
 
   WriteTiffHdr(&state);
   WriteTiffDir(&state);
-  if (state.nCompression == 1) {
+  if (tiff::isPlain(state)) {
     SetStripOrTileOffset(1);
     SetStripOrTileByteCount(1,
                             static_cast<uint32_t>(runtime::packedRowBytes(width, bitsPerPixel) * height));

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "raxel/settings.h"
+#include "runtime/bitmap_modes.h"
 #include "runtime/numbers.h"
 
 namespace {
@@ -20,15 +21,12 @@ Display askDisplay() {
   return display;
 }
 
-enum SizeMode : int32_t { kDisplaySize = 600, kPictureSize = 602 };
-enum ResolutionMode : int32_t { kDisplayResolution = 307, kPictureResolution = 309 };
-
 // Takes the output size from the picture (inches) or the display.
 void settleSize(RasterSetup &setup, double width, double height, uint32_t resolution) {
-  if (setup.nSizeMode == kPictureSize && resolution != 0) {
+  if (setup.nSizeMode == RAXEL_STORED_SIZE_PICTURE && resolution != 0) {
     setup.dWidth = width;
     setup.dHeight = height;
-  } else if (setup.nSizeMode == kDisplaySize) {
+  } else if (setup.nSizeMode == RAXEL_STORED_SIZE_DISPLAY) {
     if (const Display display = askDisplay(); display.resolution != 0) {
       setup.dWidth = display.width;
       setup.dHeight = display.height;
@@ -38,31 +36,12 @@ void settleSize(RasterSetup &setup, double width, double height, uint32_t resolu
 
 // Takes the output resolution from the picture or the display; 16 bits are kept of it.
 void settleResolution(RasterSetup &setup, uint32_t resolution) {
-  if (setup.nResolutionMode == kPictureResolution && resolution != 0) {
+  if (setup.nResolutionMode == RAXEL_STORED_RESOLUTION_PICTURE && resolution != 0) {
     setup.tiff.nXResolution = setup.tiff.nYResolution = static_cast<int16_t>(resolution);
-  } else if (setup.nResolutionMode == kDisplayResolution) {
+  } else if (setup.nResolutionMode == RAXEL_STORED_RESOLUTION_DISPLAY) {
     if (const Display display = askDisplay(); display.resolution != 0) {
       setup.tiff.nXResolution = setup.tiff.nYResolution = display.resolution;
     }
-  }
-}
-
-// Bits per pixel of a bitmap mode; 0 for a mode that does not exist.
-uint16_t depthOf(int32_t bitmapMode) {
-  switch (bitmapMode) {
-    case 215:  // bilevel
-      return 1;
-    case 216:  // 16 greys
-    case 218:  // 8 colours
-    case 219:  // 16 colours
-      return 4;
-    case 217:  // 256 greys
-    case 221:  // 256 colours
-      return 8;
-    case 222:  // RGB
-      return 24;
-    default:
-      return 0;
   }
 }
 
@@ -77,7 +56,8 @@ int32_t QueryCellFormat(double *width, double *height, uint16_t *bitsPerPixel, u
   settleResolution(setup, pictureResolution);
 
   double inches[2] = {setup.dWidth, setup.dHeight};
-  const bool ownSize = setup.nSizeMode == kPictureSize && (resolution == nullptr || *resolution != 0);
+  const bool ownSize =
+      setup.nSizeMode == RAXEL_STORED_SIZE_PICTURE && (resolution == nullptr || *resolution != 0);
   if (!ownSize) RasterAdjustAspect(inches, *width, *height);
 
   if (setup.tiff.nXResolution != 0) {
@@ -85,9 +65,8 @@ int32_t QueryCellFormat(double *width, double *height, uint16_t *bitsPerPixel, u
     *height = inches[1] * setup.tiff.nYResolution;
     if (resolution != nullptr) *resolution = static_cast<uint32_t>(int32_t{setup.tiff.nXResolution});
   }
-  if (const uint16_t depth = depthOf(setup.nBitmapMode); bitsPerPixel != nullptr && depth != 0) {
-    *bitsPerPixel = depth;
-  }
+  const runtime::BitmapMode *mode = runtime::bitmapMode(setup.nBitmapMode);
+  if (bitsPerPixel != nullptr && mode != nullptr) *bitsPerPixel = mode->bitsPerPixel();
   return 0;
 }
 

@@ -37,7 +37,8 @@ struct CellJob {
   uint32_t rows;
   runtime::Block spare;  // one row, for a block that is too short; otherwise none
   Collector &out;
-  PieceWriter &coder;
+  const Coder &coder;
+  PieceWriter &pieces;
   bool swaps;       // 24-bit pixels change from blue, green, red to red, green, blue
   bool swapsByRow;  // each row just before it is taken, while it is still near the processor
 };
@@ -101,34 +102,34 @@ int32_t writePlain(const CellJob &job, const Chunk &chunk) {
   });
 }
 
-// A T.4 end-of-line code that ends on a byte boundary, and how many of them end a strip: with that of its
-// last row they make the six of a return to control.
-constexpr uint8_t kEol[2] = {0x00, 0x01};
-constexpr int kEolsAtEnd = 5;
-
-int32_t writeEol(const CellJob &job) {
-  return job.out.write(kEol, sizeof kEol) == sizeof kEol ? RAXEL_OK : RAXEL_CANNOT_WRITE;
+int32_t writeMark(const CellJob &job) {
+  const std::span<const uint8_t> mark = job.coder.framing.mark;
+  const bool taken = job.out.write(mark.data(), mark.size()) == static_cast<int32_t>(mark.size());
+  return taken ? RAXEL_OK : RAXEL_CANNOT_WRITE;
 }
 
-// Row by row. A T.4 strip begins with an EOL, which sets the count of its bytes.
+uint32_t markBytes(const CellJob &job, uint32_t marks) {
+  return static_cast<uint32_t>(job.coder.framing.mark.size()) * marks;
+}
+
+// Row by row. What stands before a strip sets the count of its bytes.
 int32_t codeRows(CellJob &job, const Chunk &chunk) {
-  const bool t4 = job.state.nCompression == kT4;
+  const Framing &framing = job.coder.framing;
   int32_t result = RAXEL_OK;
-  if (t4) {
-    result = writeEol(job);
-    job.state.nStripBytes = sizeof kEol;
+  for (uint32_t i = 0; i < framing.before && result == RAXEL_OK; ++i) {
+    result = writeMark(job);
+    job.state.nStripBytes = markBytes(job, i + 1);
   }
   if (result == RAXEL_OK) {
-    const uint32_t rowsDone = job.rows - chunk.first - chunk.rows;
     result = forRows(job, chunk, [&](std::span<const uint8_t> row) {
-      return job.coder.write(row, job.width, rowsDone);
+      return job.pieces.write({row, job.width, 1});
     });
   } else if (job.swapsByRow) {
     swapChunk(job, chunk);
   }
-  for (int i = 0; t4 && i < kEolsAtEnd && result == RAXEL_OK; ++i) {
-    result = writeEol(job);
-    job.state.nStripBytes += sizeof kEol;
+  for (uint32_t i = 0; i < framing.behind && result == RAXEL_OK; ++i) {
+    result = writeMark(job);
+    job.state.nStripBytes += markBytes(job, 1);
   }
   return result;
 }
@@ -136,13 +137,14 @@ int32_t codeRows(CellJob &job, const Chunk &chunk) {
 // The codes of a chunk that goes out row by row, up to the end of the write that meets the end of `room`
 // bytes. Its rows have been recoloured.
 uint32_t bytesTried(const CellJob &job, const Chunk &chunk, uint32_t room) {
-  const bool t4 = job.state.nCompression == kT4;
-  uint32_t tried = t4 ? static_cast<uint32_t>(sizeof kEol) : 0;
+  const Framing &framing = job.coder.framing;
+  uint32_t tried = markBytes(job, framing.before);
   for (uint32_t left = chunk.rows; left > 0 && tried <= room; --left) {
     const uint8_t *row = job.cells.row(chunk.first + left - 1, job.spare.bytes());
-    tried += job.coder.bytesTried({row, static_cast<size_t>(job.cells.rowBytes)}, job.width, room - tried);
+    const std::span<const uint8_t> bytes(row, static_cast<size_t>(job.cells.rowBytes));
+    tried += job.pieces.bytesTried({bytes, job.width, 1}, room - tried);
   }
-  for (int i = 0; t4 && i < kEolsAtEnd && tried <= room; ++i) tried += static_cast<uint32_t>(sizeof kEol);
+  for (uint32_t i = 0; i < framing.behind && tried <= room; ++i) tried += markBytes(job, 1);
   return tried;
 }
 
@@ -168,7 +170,7 @@ int32_t codeTiles(CellJob &job, const Chunk &chunk, const runtime::Block &packed
     patches.begin(number);
     job.state.nStripBytes = 0;
     cutTile(tile.bytes(), kTileRowBytes, kTileRows, rows, column);
-    result = job.coder.write(tile.bytes(), kTilePixelsAcross, kTileRows);
+    result = job.pieces.write({tile.bytes(), kTilePixelsAcross, kTileRows});
     patches.end(number, job.state.nStripBytes);
   }
   setNextStrip(job.format, number);
@@ -179,8 +181,8 @@ int32_t codeTiles(CellJob &job, const Chunk &chunk, const runtime::Block &packed
 int32_t codeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
   const runtime::Block packed = packRows(job, chunk);
   if (!packed) return RAXEL_NO_MEMORY;
-  if (job.state.nCompression == kT6 && isTiled(job.state)) return codeTiles(job, chunk, packed, patches);
-  return job.coder.write(packed.bytes(), job.width, chunk.rows);
+  if (job.coder.tiles && isTiled(job.state)) return codeTiles(job, chunk, packed, patches);
+  return job.pieces.write({packed.bytes(), job.width, chunk.rows});
 }
 
 // Ends a chunk that went out row by row.
@@ -193,7 +195,7 @@ int32_t finishRows(CellJob &job, int32_t result) {
 // failed do not count.
 int32_t codeGathered(CellJob &job, const Chunk &chunk) {
   const Handle file = job.state.hTiffFile;
-  const uint32_t counted = job.state.nCompression == kT4 ? 0 : job.state.nStripBytes;
+  const uint32_t counted = job.coder.framing.before != 0 ? 0 : job.state.nStripBytes;
   const uint32_t begin = tell(file);
   const int32_t result = finishRows(job, codeRows(job, chunk));
   if (result == RAXEL_CANNOT_WRITE) {
@@ -203,16 +205,15 @@ int32_t codeGathered(CellJob &job, const Chunk &chunk) {
 }
 
 int32_t writeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
-  const uint32_t compression = job.state.nCompression;
   recolorChunk(job, chunk);
-  if (compression == kUncompressed) return finishRows(job, writePlain(job, chunk));
+  if (isPlain(job.state)) return finishRows(job, writePlain(job, chunk));
   const bool strip = !isTiled(job.state);
   const uint32_t number = nextStrip(job.format);
   if (strip) {
     patches.begin(number);
     job.state.nStripBytes = 0;
   }
-  const bool whole = compression == kLzw || compression == kT6;
+  const bool whole = job.coder.takes == Takes::kChunk;
   const int32_t result = whole               ? codeChunk(job, chunk, patches)
                          : job.out.gathers() ? codeGathered(job, chunk)
                                              : codeRows(job, chunk);
@@ -227,7 +228,7 @@ int32_t writeChunks(CellJob &job) {
   const uint32_t rows = chunkRows(job);
   const uint64_t chunks = (uint64_t{job.rows} + rows - 1) / rows;
   const bool tiled = isTiled(job.state);
-  const bool coded = job.state.nCompression != kUncompressed;
+  const bool coded = !isPlain(job.state);
   Patches patches(job.state, nextStrip(job.format),
                   coded ? chunks * (tiled ? job.state.nTilesAcross : 1) : 0);
   int32_t result = RAXEL_OK;
@@ -263,9 +264,9 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
   TiffWriterState &state = lpRaster->tiff;
   const bool swaps = state.nSamplesPerPixel * state.nBitsPerSample == 24;
   // Plain rows go to the stream of this call, codes to the one that the picture began with.
-  const Handle rowsTo = state.nCompression == tiff::kUncompressed ? file : state.hTiffFile;
+  const Handle rowsTo = tiff::isPlain(state) ? file : state.hTiffFile;
   tiff::Collector out(rowsTo, size);
-  tiff::PieceWriter coder(state, out);
+  tiff::PieceWriter pieces(state, out);
   tiff::CellJob job{
       .state = state,
       .format = *format,
@@ -274,7 +275,8 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
       .rows = rows,
       .spare = runtime::Block::ofSize(cells.block.size() < size ? cells.rowBytes : 0),
       .out = out,
-      .coder = coder,
+      .coder = tiff::coderOf(state.nCompression),
+      .pieces = pieces,
       .swaps = swaps,
       // A host that sees each write finds a whole chunk swapped by then. Rows that share pixels, because
       // the bitmap is less deep than the file, are swapped in order.

@@ -54,7 +54,7 @@ int32_t nearestIndex(int32_t red, int32_t green, int32_t blue, const uint8_t *ta
 }
 
 bool isGreyMode(const TiffWriterState &state) {
-  return state.nPhotometric == tiff::kBlackIsZero && state.nColors != 2;
+  return state.nPhotometric == RAXEL_TIFF_BLACK_IS_ZERO && state.nColors != 2;
 }
 
 uint32_t heldColors(const TiffWriterState &state) {

@@ -9,10 +9,6 @@
 
 namespace tiff {
 
-constexpr uint32_t kBlackIsZero = 1;  // nPhotometric
-constexpr uint32_t kRgb = 2;
-constexpr uint32_t kPalette = 3;
-
 // The host's palette: red, green, blue bytes. Entries past its end read as black.
 class Palette {
  public:

@@ -2,107 +2,72 @@
 
 #include <algorithm>
 
-#include "tiff/fax_1d.h"
-#include "tiff/fax_2d.h"
 #include "tiff/output.h"
-#include "tiff/packbits.h"
 
 namespace tiff {
 namespace {
-
-constexpr uint64_t kSlack = 16;  // very short strips code to more than twice their length
 
 // Writes in one call and answers the stream's own result; -1 when no call can carry so many bytes.
 int32_t writeOnce(Handle file, const uint8_t *bytes, size_t count) {
   return count > INT32_MAX ? -1 : kvlWrite(file, bytes, static_cast<int32_t>(count));
 }
 
+// Cuts off the part of a piece that the coder takes by itself.
+Piece takePart(const Coder &coder, Piece &left) {
+  const size_t length =
+      coder.partBytes == 0 ? left.bytes.size() : std::min<size_t>(left.bytes.size(), coder.partBytes);
+  const Piece part{left.bytes.first(length), left.width, left.rows};
+  left.bytes = left.bytes.subspan(length);
+  return part;
+}
+
 }  // namespace
 
 PieceWriter::PieceWriter(TiffWriterState &state, Collector &rows)
-    : state_(state), rows_(rows), out_(0), hostStream_(isHostStream(state.hTiffFile)) {}
+    : state_(state), rows_(rows), hostStream_(isHostStream(state.hTiffFile)) {}
 
-int32_t PieceWriter::write(std::span<const uint8_t> data, uint32_t width, uint32_t rows) {
-  if (!reserve(2 * uint64_t{data.size()} + kSlack)) return RAXEL_NO_MEMORY;
-  switch (state_.nCompression) {
-    case kHuffman:
-    case kT4:
-      return writeFaxRow(data, width);
-    case kPackBits:
-      return hostStream_ ? writePackBitsPieces(data) : writePackBits(data);
-    case kLzw:
-      return writeLzw(data);
-    case kT6:
-      return writeFax2D(data, width, rows);
-    default:
-      return RAXEL_CANNOT_WRITE;
+int32_t PieceWriter::write(const Piece &piece) {
+  if (!makeRoom(memory_, piece.bytes.size())) return RAXEL_NO_MEMORY;
+  const Coder &coder = coderOf(state_.nCompression);
+  if (coder.encode == nullptr) return RAXEL_CANNOT_WRITE;
+  if (!holdsPixels(coder, piece)) return RAXEL_NO_MEMORY;
+  if (coder.partBytes == 0) return code(coder, piece);
+  // A host sees a write for each part; a stream of our own needs no more than one.
+  Piece left = piece;
+  int32_t result = RAXEL_OK;
+  while (result == RAXEL_OK && !left.bytes.empty()) {
+    result = code(coder, hostStream_ ? takePart(coder, left) : std::exchange(left, {}));
   }
+  return result;
 }
 
-// The buffer is kept from piece to piece, and made anew only for a larger one.
-bool PieceWriter::reserve(uint64_t size) {
-  if (out_.handle() == 0 || out_.size() < size) out_ = FaxBuffer(runtime::allocate(size));
-  return out_.handle() != 0;
+int32_t PieceWriter::code(const Coder &coder, const Piece &piece) {
+  const uint32_t before = coder.partBytes != 0 && !hostStream_ ? tell(state_.hTiffFile) : 0;
+  const uint32_t produced = coder.encode(piece, memory_);
+  if (memory_.out.handle() == 0) return RAXEL_NO_MEMORY;
+  const int32_t result = writeCodes(coder, produced);
+  const bool all = result == RAXEL_OK || coder.partBytes == 0 || hostStream_;
+  state_.nStripBytes += all ? produced : bytesTried(piece, tell(state_.hTiffFile) - before);
+  return result;
 }
 
-int32_t PieceWriter::writePackBits(std::span<const uint8_t> data) {
-  if (data.empty()) return RAXEL_OK;
-  const uint32_t before = tell(state_.hTiffFile);
-  const auto produced = static_cast<uint32_t>(encodePackBits(data, out_.data()));
-  const bool taken = rows_.write(out_.data(), produced) == static_cast<int32_t>(produced);
-  state_.nStripBytes += taken ? produced : bytesTried(data, 0, tell(state_.hTiffFile) - before);
+int32_t PieceWriter::writeCodes(const Coder &coder, uint32_t produced) {
+  const uint8_t *codes = memory_.out.data();
+  const int32_t written = coder.takes == Takes::kRow ? rows_.write(codes, produced)
+                                                     : writeOnce(state_.hTiffFile, codes, produced);
+  const bool taken =
+      coder.wholeWrites ? written >= 0 && static_cast<uint32_t>(written) == produced : written >= 1;
   return taken ? RAXEL_OK : RAXEL_CANNOT_WRITE;
 }
 
-uint32_t PieceWriter::bytesTried(std::span<const uint8_t> row, uint32_t width, uint32_t room) {
-  if (!reserve(2 * uint64_t{row.size()} + kSlack)) return 0;
-  if (state_.nCompression != kPackBits) return encodeFaxRow(row, width, state_.nCompression, out_);
+uint32_t PieceWriter::bytesTried(const Piece &row, uint32_t room) {
+  const Coder &coder = coderOf(state_.nCompression);
+  if (coder.encode == nullptr || !makeRoom(memory_, row.bytes.size())) return 0;
   uint32_t tried = 0;
-  while (!row.empty() && tried <= room) {
-    const size_t length = std::min(row.size(), kPackBitsPiece);
-    tried += static_cast<uint32_t>(encodePackBits(row.first(length), out_.data()));
-    row = row.subspan(length);
+  for (Piece left = row; !left.bytes.empty() && tried <= room;) {
+    tried += coder.encode(takePart(coder, left), memory_);
   }
   return tried;
-}
-
-// A host sees one write for each piece.
-int32_t PieceWriter::writePackBitsPieces(std::span<const uint8_t> data) {
-  while (!data.empty()) {
-    const size_t length = std::min(data.size(), kPackBitsPiece);
-    const size_t produced = encodePackBits(data.first(length), out_.data());
-    const bool taken = writeAll(state_.hTiffFile, {out_.data(), produced});
-    state_.nStripBytes += static_cast<uint32_t>(produced);
-    if (!taken) return RAXEL_CANNOT_WRITE;
-    data = data.subspan(length);
-  }
-  return RAXEL_OK;
-}
-
-// A write that took anything at all is good enough for LZW and for rows of fax codes.
-int32_t PieceWriter::writeLzw(std::span<const uint8_t> data) {
-  const uint32_t produced = encodeLzw(data, {out_.data(), out_.size()}, lzwMemory_);
-  const int32_t written = writeOnce(state_.hTiffFile, out_.data(), produced);
-  state_.nStripBytes += produced;
-  return written < 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK;
-}
-
-int32_t PieceWriter::writeFaxRow(std::span<const uint8_t> row, uint32_t width) {
-  if ((uint64_t{width} + 7) / 8 > row.size()) return RAXEL_NO_MEMORY;
-  const uint32_t produced = encodeFaxRow(row, width, state_.nCompression, out_);
-  if (out_.handle() == 0) return RAXEL_NO_MEMORY;
-  const int32_t written = rows_.write(out_.data(), produced);
-  state_.nStripBytes += produced;
-  return written < 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK;
-}
-
-int32_t PieceWriter::writeFax2D(std::span<const uint8_t> data, uint32_t width, uint32_t rows) {
-  if ((uint64_t{width} + 7) / 8 * rows > data.size()) return RAXEL_NO_MEMORY;
-  const uint32_t produced = encodeFax2D(data, width, rows, out_);
-  if (out_.handle() == 0) return RAXEL_NO_MEMORY;
-  const bool taken = writeAll(state_.hTiffFile, {out_.data(), produced});
-  state_.nStripBytes += produced;
-  return taken ? RAXEL_OK : RAXEL_CANNOT_WRITE;
 }
 
 }  // namespace tiff
@@ -111,5 +76,5 @@ int32_t CompressAndWrite(TiffWriterState *state, const uint8_t *data, uint32_t b
                          uint32_t rows) {
   if (state == nullptr || (data == nullptr && byteCount != 0)) return RAXEL_NO_MEMORY;
   tiff::Collector atOnce(state->hTiffFile, 0);
-  return tiff::PieceWriter(*state, atOnce).write({data, byteCount}, width, rows);
+  return tiff::PieceWriter(*state, atOnce).write({{data, byteCount}, width, rows});
 }

@@ -42,8 +42,6 @@ constexpr uint32_t kEntryBytes = 12;   // tag 2, type 2, count 4, value 4
 constexpr uint32_t kValueInEntry = 8;  // where in an entry its value field lies
 constexpr uint32_t kNextOffsetBytes = 4;
 constexpr uint32_t kInches = 2;
-constexpr uint32_t kPalette = 3;           // nPhotometric
-constexpr uint32_t kOneStripKind = 3;      // nWriterKind
 constexpr uint32_t kWideningFactor = 257;  // a byte to 16 bits: 0xFF becomes 0xFFFF
 
 // Writes entries in order, each through WriteSimpleTag, and counts them.
@@ -137,7 +135,7 @@ uint32_t addEntries(EntryWriter &entries, TiffWriterState &state) {
   entries.add(kXResolution, kRational, 1, 0);
   entries.add(kYResolution, kRational, 1, 0);
   entries.add(kResolutionUnit, kShort, 1, kInches);
-  if (state.nPhotometric == kPalette) {
+  if (state.nPhotometric == RAXEL_TIFF_PALETTE) {
     const uint32_t colorMap = relative(state) + kEntryBytes + kNextOffsetBytes;
     entries.add(kColorMap, kShort, 3 * colorMapEntries(state), colorMap);
   }
@@ -201,12 +199,12 @@ int32_t WriteTiffHdr(TiffWriterState *state) {
 int32_t WriteTiffDir(TiffWriterState *state) {
   if (state == nullptr) return 0;
   const Handle file = state->hTiffFile;
-  if (state->nWriterKind == kOneStripKind) state->nStripsDown = 1;
+  if (state->nWriterKind == RAXEL_WRITER_ONE_STRIP) state->nStripsDown = 1;
   WriteWord(file, 0);  // the entry count, once it is known
   EntryWriter entries{file};
   const uint32_t xResolution = addEntries(entries, *state);
   WriteLong(file, 0);  // no further directory
-  if (state->nPhotometric == kPalette) writeColorMap(*state);
+  if (state->nPhotometric == RAXEL_TIFF_PALETTE) writeColorMap(*state);
   placeResolutions(*state, entries.count, xResolution, tell(file));
   if (tiff::pieceCount(*state) > 1) {
     placeArray(*state, state->nOffsetsEntryPos, state->nOffsetsPos);

@@ -1,11 +1,10 @@
 // The sizes that the writer computes with: rows, strips and tiles. All products are taken in 64 bits.
 #pragma once
 
+#include "raxel/setting_codes.h"
 #include "raxel/tiff.h"
 
 namespace tiff {
-
-constexpr uint16_t kTiledLayout = 771;  // wLayoutMode; every other value means strips
 
 constexpr uint32_t kTilePixelsAcross = 512;
 constexpr uint32_t kTileRows = 128;
@@ -13,8 +12,14 @@ constexpr uint32_t kTileRowBytes = kTilePixelsAcross / 8;  // tiles hold bilevel
 constexpr uint32_t kTileBytes = kTileRowBytes * kTileRows;
 static_assert(kTileBytes == 8192);
 
+// Every other layout means strips.
 inline bool isTiled(const TiffWriterState &state) {
-  return state.wLayoutMode == kTiledLayout;
+  return state.wLayoutMode == RAXEL_STORED_LAYOUT_TILES;
+}
+
+// Whether the rows go into the file as they are.
+inline bool isPlain(const TiffWriterState &state) {
+  return state.nCompression == RAXEL_TIFF_UNCOMPRESSED;
 }
 
 // Strips or tiles in all, modulo 2^32: the length of the directory's two arrays.
