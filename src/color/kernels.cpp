@@ -5,8 +5,8 @@
 #include "color/cmyk.h"
 #include "color/depth/lookup.h"
 #include "color/mirror/mirror.h"
-#include "color/scale/permute.h"
-#include "color/scale/shuffle.h"
+#include "color/scale/move_avx512.h"
+#include "color/scale/move_ssse3.h"
 
 namespace color {
 
@@ -25,7 +25,7 @@ constexpr Kernels kKernels[] = {
      .cmykToRgb = cmykToRgbPlain,
      .dropAlpha = dropAlphaPlain},
 #if defined(RAXEL_HAS_SSSE3)
-    {.planMove = planShuffle,
+    {.planMove = planMoveSsse3,
      .bytesToNibbles = bytesToNibblesPlain,
      .bytesToBits = bytesToBitsPlain,
      .nibblesToBits = nibblesToBitsPlain,
@@ -37,7 +37,7 @@ constexpr Kernels kKernels[] = {
      .dropAlpha = dropAlphaSsse3},
 #endif
 #if defined(RAXEL_HAS_AVX512)
-    {.planMove = planPermute,
+    {.planMove = planMoveAvx512,
      .bytesToNibbles = bytesToNibblesAvx512,
      .bytesToBits = bytesToBitsAvx512,
      .nibblesToBits = nibblesToBitsAvx512,

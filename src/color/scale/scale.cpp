@@ -5,7 +5,7 @@
 
 #include "color/bitmap.h"
 #include "color/debug_level.h"
-#include "color/scale/gather.h"
+#include "color/scale/column_run.h"
 #include "raxel/color.h"
 #include "runtime/blocks.h"
 
@@ -55,7 +55,7 @@ void shrink(std::span<const uint8_t> source, std::span<uint8_t> destination, int
   forEachRun({how, depth, from.width, to.width, to.height}, [&](const ColumnRun &run) {
     for (uint32_t k = 0; k < to.height; ++k) {
       const auto y = static_cast<uint64_t>(static_cast<int64_t>(k * ratio));
-      gather(run, rowAt(source, sourceLine, y), rowAt(destination, line, k));
+      copyRun(run, rowAt(source, sourceLine, y), rowAt(destination, line, k));
     }
   });
 }
@@ -102,7 +102,7 @@ void stretch(std::span<const uint8_t> source, std::span<uint8_t> destination, in
       // Of equal rows the lowest is made first. The others are its copies at every depth, also where no
       // pixel can be set.
       const std::span<uint8_t> bottom = rowAt(destination, line, to.height - below - 1);
-      gather(run, rowAt(source, sourceLine, y), bottom);
+      copyRun(run, rowAt(source, sourceLine, y), bottom);
       for (--filled; filled > below; --filled) {
         uint8_t *above = rowAt(destination, line, to.height - filled - 1).data();
         std::memcpy(above + at, bottom.data() + at, static_cast<size_t>(bytes));
@@ -117,7 +117,7 @@ void scaleRow(Columns how, std::span<const uint8_t> source, std::span<uint8_t> d
   if (printsPixels()) printPlaces(how, sourceWidth, width, 1);
   if (!isPixelDepth(depth)) return;
   forEachRun({how, depth, sourceWidth, width, 1},
-             [&](const ColumnRun &run) { gather(run, source, destination); });
+             [&](const ColumnRun &run) { copyRun(run, source, destination); });
 }
 
 namespace {

@@ -1,4 +1,4 @@
-#include "color/scale/shuffle.h"
+#include "color/scale/move_ssse3.h"
 
 #if defined(RAXEL_HAS_SSSE3)
 
@@ -32,7 +32,7 @@ RAXEL_SSSE3 size_t shuffleTwice(const MovePlan &plan, std::span<const uint8_t> s
 
 }  // namespace
 
-void planShuffle(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth) {
+void planMoveSsse3(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth) {
   plan.groups = 0;
   plan.columns = 0;
   plan.bytes = 0;

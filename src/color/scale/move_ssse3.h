@@ -18,7 +18,7 @@ namespace color {
 // Plans the leading groups of a run, whose columns never fall. Plans nothing for pixels of less than a
 // byte. index[i][k] tells for byte k of group i which byte of the first 16 it is, and
 // index[i][16 + k] which of the second 16: the other of the two is 128.
-void planShuffle(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth);
+void planMoveSsse3(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth);
 
 #endif
 

@@ -1,6 +1,6 @@
 // Pixels of one bit: 512 at once where most columns are taken, else 64.
-#include "color/scale/permute.h"
-#include "color/scale/permute_groups.h"
+#include "color/scale/groups_avx512.h"
+#include "color/scale/move_avx512.h"
 #include "runtime/unaligned.h"
 
 #if defined(RAXEL_HAS_AVX512)
@@ -87,7 +87,7 @@ RAXEL_AVX512 inline uint64_t pickBits(const MovePlan &plan, size_t i, __m512i st
 }
 
 template <int kBytes>
-RAXEL_AVX512 size_t permuteBits(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {
+RAXEL_AVX512 size_t moveBits(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {
   const uint8_t *from = source.data();
   const size_t whole = plan.reach <= source.size() ? plan.whole : 0;
   for (size_t i = 0; i < whole; ++i) {
@@ -105,19 +105,17 @@ RAXEL_AVX512 size_t permuteBits(const MovePlan &plan, std::span<const uint8_t> s
 }  // namespace
 
 // By the number of fields.
-const Move kPermuteFields[] = {
-    permuteGroups<Fields<OneWindow, 1>, 64>, permuteGroups<Fields<OneWindow, 2>, 64>,
-    permuteGroups<Fields<OneWindow, 3>, 64>, permuteGroups<Fields<OneWindow, 4>, 64>,
-    permuteGroups<Fields<OneWindow, 5>, 64>, permuteGroups<Fields<OneWindow, 6>, 64>,
-    permuteGroups<Fields<OneWindow, 7>, 64>, permuteGroups<Fields<OneWindow, 8>, 64>};
-const Move kPermuteFarFields[] = {
-    permuteGroups<Fields<TwoWindows, 1>, 64>, permuteGroups<Fields<TwoWindows, 2>, 64>,
-    permuteGroups<Fields<TwoWindows, 3>, 64>, permuteGroups<Fields<TwoWindows, 4>, 64>,
-    permuteGroups<Fields<TwoWindows, 5>, 64>, permuteGroups<Fields<TwoWindows, 6>, 64>,
-    permuteGroups<Fields<TwoWindows, 7>, 64>, permuteGroups<Fields<TwoWindows, 8>, 64>};
+const Move kMoveFields[] = {moveGroups<Fields<OneWindow, 1>>, moveGroups<Fields<OneWindow, 2>>,
+                            moveGroups<Fields<OneWindow, 3>>, moveGroups<Fields<OneWindow, 4>>,
+                            moveGroups<Fields<OneWindow, 5>>, moveGroups<Fields<OneWindow, 6>>,
+                            moveGroups<Fields<OneWindow, 7>>, moveGroups<Fields<OneWindow, 8>>};
+const Move kMoveFarFields[] = {moveGroups<Fields<TwoWindows, 1>>, moveGroups<Fields<TwoWindows, 2>>,
+                               moveGroups<Fields<TwoWindows, 3>>, moveGroups<Fields<TwoWindows, 4>>,
+                               moveGroups<Fields<TwoWindows, 5>>, moveGroups<Fields<TwoWindows, 6>>,
+                               moveGroups<Fields<TwoWindows, 7>>, moveGroups<Fields<TwoWindows, 8>>};
 
-const Move kPermuteBits16 = permuteBits<16>;
-const Move kPermuteBits64 = permuteBits<64>;
+const Move kMoveBits16 = moveBits<16>;
+const Move kMoveBits64 = moveBits<64>;
 
 }  // namespace color
 

@@ -1,4 +1,4 @@
-// The loop over the groups of a plan, for every kind of pixels that AVX-512 moves.
+// The loop over the groups of a plan, for nibbles and for bits.
 #pragma once
 
 #include <cstdint>
@@ -44,34 +44,21 @@ struct LongStretch {
   }
 };
 
-// The first kBytes of a register.
-template <int kBytes>
-RAXEL_AVX512 inline void storeFirst(uint8_t *to, __m512i value) {
-  void *const at = to;
-  if constexpr (kBytes == 16) {
-    _mm_storeu_si128(static_cast<__m128i_u *>(at), _mm512_maskz_extracti32x4_epi32(15, value, 0));
-  }
-  if constexpr (kBytes == 32) {
-    _mm256_storeu_si256(static_cast<__m256i_u *>(at), _mm512_maskz_extracti64x4_epi64(15, value, 0));
-  }
-  if constexpr (kBytes == 64) _mm512_storeu_si512(at, value);
-}
-
 // Asks for memory that is needed soon. It may lie anywhere.
 inline void prefetch(const uint8_t *from, size_t ahead) {
   __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(from) + ahead));
 }
 
 // Pixels::pick makes the 64 bytes of group i from a Pixels::Source.
-template <class Pixels, int kBytes>
-RAXEL_AVX512 size_t permuteGroups(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {
+template <class Pixels>
+RAXEL_AVX512 size_t moveGroups(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {
   const uint8_t *from = source.data();
   const size_t whole = plan.reach <= source.size() ? plan.whole : 0;
   for (size_t i = 0; i < whole; ++i) {
     const MovePlan::Group &group = plan.group[i];
     const auto stretch = Pixels::Source::load(from + group.from);
     for (size_t line = 0; line < sizeof stretch; line += 64) prefetch(from + group.from, plan.ahead + line);
-    storeFirst<kBytes>(out + group.to, Pixels::pick(plan, i, stretch));
+    _mm512_storeu_si512(out + group.to, Pixels::pick(plan, i, stretch));
   }
   for (size_t i = whole; i < plan.groups; ++i) {
     const MovePlan::Group &group = plan.group[i];

@@ -1,8 +1,9 @@
-// Moves the pixels of a row 64 bytes at a time, with the byte permutations of AVX-512.
+// Moves pixels of less than a byte as they are packed, 64 bytes of them at a time, with the byte
+// permutations of AVX-512. Pixels of whole bytes move as move_ssse3.h says: wider moves shorten a whole
+// export by less than a tenth.
 //
-// A group takes its pixels from 64 or 128 neighbouring bytes of the source, and is as long as they allow:
-// 64 bytes where a row is widened, and fewer where many pixels are left out. Pixels of less
-// than a byte are moved as they are packed, and up to 512 of them are a group.
+// A group of pixels comes from 64 or 128 neighbouring bytes of the source, and is as long as they allow, up
+// to 512 bits or 128 nibbles.
 #pragma once
 
 #include <cstdint>
@@ -15,12 +16,11 @@ namespace color {
 
 #if defined(RAXEL_HAS_AVX512)
 
-// Plans the columns of a run, which never fall, from its first whole byte on. Plans nothing when so
-// many pixels are left out that groups would be too short; pixels of less than a byte all or none.
-void planPermute(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth);
+// Plans the columns of a run, which never fall, from its first whole byte on: all of them, or none where
+// so many pixels are left out that groups would be too short.
+void planMoveAvx512(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth);
 
 // What the groups of a plan hold, for the functions that move them.
-//   bytes    index[i][k]: which byte of the stretch is byte k of the group
 //   nibbles  index[2 * i][k], index[2 * i + 1][k]: which byte of the stretch has the high, the low nibble
 //            of byte k; 64 more when that nibble is in its other half
 //   fields   the first row takes eight bytes of the stretch for every eight bytes of the group, the next
@@ -32,17 +32,14 @@ void planPermute(MovePlan &plan, std::span<const uint32_t> columns, int16_t dept
 // they are in the other half; of fields there are two first rows, the second for the last four of every
 // eight bytes of the group.
 //
-// By the width of the store, 16, 32 and 64 bytes; by the number of fields; and by the length of the stretch
-// for a group of 64 bits:
+// By the number of fields, and by the length of the stretch for a group of 64 bits:
 using Move = decltype(MovePlan::move);
-extern const Move kPermuteBytes[3];
-extern const Move kPermuteFarBytes[3];
-extern const Move kPermuteNibbles[3];
-extern const Move kPermuteFarNibbles[3];
-extern const Move kPermuteFields[8];
-extern const Move kPermuteFarFields[8];
-extern const Move kPermuteBits16;
-extern const Move kPermuteBits64;
+extern const Move kMoveNibbles;
+extern const Move kMoveFarNibbles;
+extern const Move kMoveFields[8];
+extern const Move kMoveFarFields[8];
+extern const Move kMoveBits16;
+extern const Move kMoveBits64;
 
 #endif
 

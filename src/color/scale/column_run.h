@@ -1,4 +1,4 @@
-// Copies the pixels of a run of columns, each from a source column of its own.
+// A run of columns: planned once, then copied in every row, each pixel from a source column of its own.
 #pragma once
 
 #include <cstdint>
@@ -44,6 +44,6 @@ void planRun(ColumnRun &run, const RowScaling &rows, uint32_t first);
 
 // Copies one row's pixels. The rows must not overlap; source columns past the end of their row read
 // as 0, and the destination must hold the whole run. Bits beside the run keep their values.
-void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination);
+void copyRun(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination);
 
 }  // namespace color

@@ -1,7 +1,7 @@
 // Pixels fill bytes from the top bit down, and bits are numbered from the lowest one up.
-#include <algorithm>
+#include "color/scale/bit_fields.h"
 
-#include "color/scale/group_shape.h"
+#include <algorithm>
 
 namespace color {
 

@@ -1,4 +1,4 @@
-#include "color/scale/gather.h"
+#include "color/scale/column_run.h"
 
 #include <algorithm>
 #include <cstring>
@@ -28,7 +28,7 @@ uint32_t pixelsPerByte(int16_t depth) {
 }
 
 // Pixels of whole bytes: by the plan, and one by one what it leaves over.
-void gatherWhole(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
+void copyWhole(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
   const size_t done = run.move.columns != 0 ? run.move.move(run.move, source, out) : 0;
   const int16_t depth = run.unpacked ? int16_t{8} : run.depth;
   const std::span<const uint32_t> columns(run.columns + run.whole, run.end - run.whole);
@@ -36,21 +36,21 @@ void gatherWhole(const ColumnRun &run, std::span<const uint8_t> source, uint8_t 
 }
 
 // Pixels of less than a byte, each in a byte of its own on the way.
-void gatherUnpacked(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
+void copyUnpacked(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
   uint8_t values[kUnpacked + 64];
-  uint8_t gathered[ColumnRun::kLongest];
+  uint8_t moved[ColumnRun::kLongest];
   const uint32_t perByte = pixelsPerByte(run.depth);
   const uint32_t used = (run.columns[run.end - 1] + perByte) / perByte * perByte;
   const uint8_t *bytes = source.data() + run.origin / perByte;
   run.depth == 1 ? unpackBits(bytes, used, values) : unpackNibbles(bytes, used, values);
   std::memset(values + used, 0, 64);  // a plan may read this far
-  gatherWhole(run, values, gathered);
+  copyWhole(run, values, moved);
   const uint32_t n = run.end - run.whole;
-  run.depth == 1 ? packBits(gathered, n, out) : packNibbles(gathered, n, out);
+  run.depth == 1 ? packBits(moved, n, out) : packNibbles(moved, n, out);
 }
 
 // Pixels of less than a byte as they are packed: by the plan, which takes all of them, or one by one.
-void gatherPacked(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
+void copyPacked(const ColumnRun &run, std::span<const uint8_t> source, uint8_t *out) {
   if (run.move.columns != 0) {
     run.move.move(run.move, source, out);
   } else {
@@ -125,7 +125,7 @@ void planRun(ColumnRun &run, const RowScaling &rows, uint32_t first) {
   run.beside = static_cast<uint8_t>(bits % 8 != 0 ? 0xFFu >> (bits % 8) : 0);
 }
 
-void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination) {
+void copyRun(const ColumnRun &run, std::span<const uint8_t> source, std::span<uint8_t> destination) {
   if (run.reads > source.size()) return copyPixels(run, run.begin, run.end, source, destination);
   if (run.begin != run.whole) copyPixels(run, run.begin, run.whole, source, destination);
   if (run.bytes == 0) return;
@@ -135,11 +135,11 @@ void gather(const ColumnRun &run, std::span<const uint8_t> source, std::span<uin
   if (run.straight) {
     std::memcpy(out, source.data() + run.at, run.bytes);
   } else if (run.depth >= 8) {
-    gatherWhole(run, source, out);
+    copyWhole(run, source, out);
   } else if (run.unpacked) {
-    gatherUnpacked(run, source, out);
+    copyUnpacked(run, source, out);
   } else {
-    gatherPacked(run, source, out);
+    copyPacked(run, source, out);
   }
   if (run.beside != 0) *last = static_cast<uint8_t>((*last & ~run.beside) | kept);
 }

@@ -1,26 +1,12 @@
-#include "color/scale/permute.h"
-
-#include "color/scale/permute_groups.h"
+// Pixels of four bits, 128 at once.
+#include "color/scale/groups_avx512.h"
+#include "color/scale/move_avx512.h"
 
 #if defined(RAXEL_HAS_AVX512)
 
 namespace color {
 
 namespace {
-
-struct Bytes {
-  using Source = Stretch;
-  RAXEL_AVX512 static __m512i pick(const MovePlan &plan, size_t i, Source source) {
-    return permute(_mm512_load_si512(plan.index[i]), source.bytes);
-  }
-};
-
-struct FarBytes {
-  using Source = LongStretch;
-  RAXEL_AVX512 static __m512i pick(const MovePlan &plan, size_t i, Source source) {
-    return _mm512_permutex2var_epi8(source.bytes, _mm512_load_si512(plan.index[i]), source.more);
-  }
-};
 
 struct Nibbles {
   using Source = Stretch;
@@ -53,15 +39,8 @@ struct FarNibbles {
 
 }  // namespace
 
-// By the width of the store: 16, 32 and 64 bytes.
-const Move kPermuteBytes[] = {permuteGroups<Bytes, 16>, permuteGroups<Bytes, 32>, permuteGroups<Bytes, 64>};
-const Move kPermuteFarBytes[] = {permuteGroups<FarBytes, 16>, permuteGroups<FarBytes, 32>,
-                                 permuteGroups<FarBytes, 64>};
-const Move kPermuteNibbles[] = {permuteGroups<Nibbles, 16>, permuteGroups<Nibbles, 32>,
-                                permuteGroups<Nibbles, 64>};
-
-const Move kPermuteFarNibbles[] = {permuteGroups<FarNibbles, 16>, permuteGroups<FarNibbles, 32>,
-                                   permuteGroups<FarNibbles, 64>};
+const Move kMoveNibbles = moveGroups<Nibbles>;
+const Move kMoveFarNibbles = moveGroups<FarNibbles>;
 
 }  // namespace color
 

@@ -2,8 +2,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "color/scale/group_shape.h"
-#include "color/scale/permute.h"
+#include "color/scale/bit_fields.h"
+#include "color/scale/move_avx512.h"
+#include "color/scale/move_ssse3.h"
 
 #if defined(RAXEL_HAS_AVX512)
 
@@ -17,19 +18,9 @@ bool liesFarApart(std::span<const uint32_t> columns) {
 }
 
 GroupShape shapeOf(int16_t depth, std::span<const uint32_t> columns) {
+  if (depth == 1) return shapeOfBits(columns);
   const uint32_t stretch = liesFarApart(columns) ? 128 : 64;
-  switch (depth) {
-    case 1:
-      return shapeOfBits(columns);
-    case 4:
-      return {4, 2, 128, 16, 2, stretch};
-    case 8:
-      return {8, 1, 64, 8, 1, stretch};
-    case 24:
-      return {24, 1, 21, 4, 1, stretch};
-    default:
-      return {32, 1, 16, 4, 1, stretch};
-  }
+  return {4, 2, 128, 16, 2, stretch};
 }
 
 // How many of the columns, from the first on, lie in the stretch that begins with the first one's byte.
@@ -39,13 +30,6 @@ size_t columnsWithin(std::span<const uint32_t> columns, const GroupShape &shape,
   const auto end = std::lower_bound(most.begin(), most.end(), past);
   const auto n = static_cast<size_t>(end - most.begin());
   return n == columns.size() ? n : n / shape.whole * shape.whole;
-}
-
-template <uint32_t bytes>
-void fillBytes(uint8_t *index, std::span<const uint32_t> columns, uint32_t first) {
-  for (const uint32_t column : columns) {
-    for (uint32_t b = 0; b < bytes; ++b) *index++ = static_cast<uint8_t>(column * bytes + b - first);
-  }
 }
 
 void fillNibbles(uint8_t *high, uint8_t *low, std::span<const uint32_t> columns, uint32_t first,
@@ -63,10 +47,7 @@ bool fillGroup(MovePlan &plan, const GroupShape &shape, std::span<const uint32_t
   uint8_t(*index)[64] = plan.index + plan.groups * shape.indexes;
   std::memset(index, 0, shape.indexes * sizeof *index);
   if (shape.bits == 1) return fillBits(index, shape, columns, first);
-  if (shape.bits == 4) fillNibbles(index[0], index[1], columns, first, shape.stretch);
-  if (shape.bits == 8) fillBytes<1>(index[0], columns, first);
-  if (shape.bits == 24) fillBytes<3>(index[0], columns, first);
-  if (shape.bits == 32) fillBytes<4>(index[0], columns, first);
+  fillNibbles(index[0], index[1], columns, first, shape.stretch);
   return true;
 }
 
@@ -75,22 +56,17 @@ size_t bytesOf(size_t n, const GroupShape &shape) {
   return (n * shape.bits + 7) / 8;
 }
 
-// Chooses the narrowest store that takes the longest group, and tells which groups are far enough from
-// the end of the row for it: what it writes beyond its group is written again by the groups after it.
-void chooseMove(MovePlan &plan, const GroupShape &shape, size_t longest) {
-  const int store = longest <= 16 ? 0 : longest <= 32 ? 1 : 2;
-  size_t stored = size_t{16} << store;
+// Chooses the function, and tells which groups are far enough from the end of the row for its full store:
+// what that writes beyond its group is written again by the groups after it.
+void chooseMove(MovePlan &plan, const GroupShape &shape) {
+  size_t stored = 64;
   if (shape.windows != 0) {
-    stored = 64;
-    plan.move =
-        shape.windows == 1 ? kPermuteFields[shape.indexes - 2] : kPermuteFarFields[shape.indexes - 3];
+    plan.move = shape.windows == 1 ? kMoveFields[shape.indexes - 2] : kMoveFarFields[shape.indexes - 3];
   } else if (shape.bits == 1) {
     stored = 8;
-    plan.move = shape.stretch == 16 ? kPermuteBits16 : kPermuteBits64;
-  } else if (shape.bits == 4) {
-    plan.move = shape.stretch == 64 ? kPermuteNibbles[store] : kPermuteFarNibbles[store];
+    plan.move = shape.stretch == 16 ? kMoveBits16 : kMoveBits64;
   } else {
-    plan.move = shape.stretch == 64 ? kPermuteBytes[store] : kPermuteFarBytes[store];
+    plan.move = shape.stretch == 64 ? kMoveNibbles : kMoveFarNibbles;
   }
   plan.whole = 0;
   plan.reach = 0;
@@ -113,13 +89,13 @@ size_t nextGroup(const MovePlan &plan, const GroupShape &shape, std::span<const 
 
 }  // namespace
 
-void planPermute(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth) {
+void planMoveAvx512(MovePlan &plan, std::span<const uint32_t> columns, int16_t depth) {
+  if (depth >= 8) return planMoveSsse3(plan, columns, depth);
   const GroupShape shape = shapeOf(depth, columns);
   plan.columns = 0;
   plan.groups = 0;
   plan.bytes = 0;
   plan.full = false;
-  size_t longest = 0;
   while (plan.columns < columns.size()) {
     plan.full = (plan.groups + 1) * shape.indexes > MovePlan::kMostGroups;
     if (plan.full) break;
@@ -136,12 +112,11 @@ void planPermute(MovePlan &plan, std::span<const uint32_t> columns, int16_t dept
     plan.group[plan.groups++] = {.from = static_cast<uint32_t>(first),
                                  .to = static_cast<uint32_t>(to),
                                  .reads = static_cast<uint32_t>(last - first)};
-    longest = std::max(longest, bytesOf(n, shape));
     plan.columns = begin + n;
     plan.bytes = to + bytesOf(n, shape);
   }
-  if (shape.whole > 1 && !plan.full && plan.columns < columns.size()) plan.columns = 0;
-  if (plan.columns != 0) chooseMove(plan, shape, longest);
+  if (!plan.full && plan.columns < columns.size()) plan.columns = 0;
+  if (plan.columns != 0) chooseMove(plan, shape);
 }
 
 }  // namespace color

@@ -1,4 +1,4 @@
-// What a depth asks of the groups of a plan; the part of permute_plan.cpp that is about single bits.
+// What a depth asks of the groups of a plan; the part of plan_avx512.cpp that is about single bits.
 #pragma once
 
 #include <cstdint>
