@@ -1,10 +1,12 @@
 #include "command/batch.h"
 
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -16,6 +18,7 @@
 #include "filter/library.h"
 #include "output/originals.h"
 #include "output/stop.h"
+#include "output/strays.h"
 
 namespace host {
 namespace {
@@ -74,6 +77,12 @@ void writeAll(int fd, const std::string &text) {
   }
 }
 
+// In a child process: a parent that is killed cannot tell its children to stop, so the system does.
+void endWith(pid_t parent) {
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  if (getppid() != parent) raise(SIGTERM);  // it was gone before
+}
+
 // A child process at work on one input; its report comes through a pipe.
 struct Child {
   size_t index;
@@ -96,12 +105,16 @@ class Pool {
     if (pipe(ends) != 0)
       throw Failure(kLibrary, std::string("cannot start a process: ") + std::strerror(errno));
     std::fflush(nullptr);
+    const pid_t parent = getpid();
     pid_t pid = 0;
     {
       const stop::Hold hold;
       pid = fork();
       if (pid > 0) stop::addChild(pid);
-      if (pid == 0) stop::forgetChildren();
+      if (pid == 0) {
+        stop::forgetChildren();
+        endWith(parent);
+      }
     }
     if (pid < 0) throw Failure(kLibrary, std::string("cannot start a process: ") + std::strerror(errno));
     if (pid == 0) {
@@ -182,6 +195,7 @@ class Pool {
 int exportAll(const Options &options) {
   const Library library = loadLibrary(options.library);
   const Originals originals(options.inputs);
+  if (!options.dryRun) sweepFolders(options.outputs);
   Outcome outcome(options.inputs.size());
   if (options.jobs > 1 && options.inputs.size() > 1) {
     Pool pool(library, options, originals, outcome);

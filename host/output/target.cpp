@@ -1,7 +1,6 @@
 #include "output/target.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,62 +8,16 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstring>
 
 #include "failure.h"
 #include "output/stop.h"
+#include "output/strays.h"
 #include "output/sync.h"
 
 namespace host {
 namespace {
-
-constexpr int kSlots = 10;  // exports to one file at the same time
-constexpr size_t kLongestStem = 200;
-
-std::string folderOf(const std::string &path) {
-  const size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "" : path.substr(0, slash + 1);
-}
-
-// The temporary's name: the file's own, hidden, cut where the system's limit could be passed.
-std::string slotName(const std::string &path, int slot) {
-  const std::string folder = folderOf(path);
-  return folder + "." + path.substr(folder.size(), kLongestStem) + ".raxel-" + std::to_string(slot);
-}
-
-// The file that a chain of links ends in, there or not; the path itself when it is no link. Empty for a
-// chain without an end.
-std::string followLinks(std::string path) {
-  constexpr int kMostLinks = 40;  // as the system does
-  char to[PATH_MAX];
-  for (int links = 0; links < kMostLinks; ++links) {
-    const ssize_t length = readlink(path.c_str(), to, sizeof to);
-    if (length < 0) return path;
-    const std::string next(to, static_cast<size_t>(length));
-    path = next.front() == '/' ? next : folderOf(path) + next;
-  }
-  return "";
-}
-
-// True when the descriptor is locked by us and still is the file of that name.
-bool own(int fd, const std::string &name) {
-  struct stat open, named;
-  return flock(fd, LOCK_EX | LOCK_NB) == 0 && fstat(fd, &open) == 0 && stat(name.c_str(), &named) == 0 &&
-         open.st_ino == named.st_ino && open.st_dev == named.st_dev;
-}
-
-// Removes what killed exports to the same file have left.
-void removeStrays(const std::string &path) {
-  for (int slot = 0; slot < kSlots; ++slot) {
-    const std::string name = slotName(path, slot);
-    const int fd = open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0) continue;
-    if (own(fd, name)) unlink(name.c_str());
-    close(fd);
-  }
-}
 
 // A new locked file; -1 with errno set when there is none to be had.
 int createSlot(const std::string &path, std::string &name) {
@@ -74,7 +27,7 @@ int createSlot(const std::string &path, std::string &name) {
     const int fd = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0 && errno == EEXIST) continue;
     if (fd < 0) return -1;
-    if (own(fd, name)) {
+    if (lockTemporary(fd, name)) {
       stop::setTemporary(name);
       return fd;
     }

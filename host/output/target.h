@@ -16,8 +16,8 @@ struct TargetRules {
 };
 
 // Whatever happens to the process before commit() has renamed the temporary, the old file stays bit for
-// bit. A temporary that a killed process left behind is removed by the next target of the same name: each
-// is locked by its owner, so one without a lock belongs to nobody.
+// bit. A temporary that a killed process left behind is removed by the next target of the same name, or by
+// sweepFolders(): each is locked by its owner, so one without a lock belongs to nobody.
 class Target {
  public:
   // Makes the temporary. "-" and files that are no regular files (a device, a pipe) are collected in

@@ -92,6 +92,34 @@ class Endurance:
         self.check(f"kill: {self.strays()} after the next run", not self.strays() and self.content() == whole)
         return f"{KILLS} kills: {left_behind} left a temporary, {replaced} came too late"
 
+    def orphans(self):
+        """kill -9 of a parent with children at work: they end with it, and the next run tidies up."""
+        to = os.path.join(self.folder, "to")
+        os.makedirs(to, exist_ok=True)
+        bigs = [self.big(f"big-{n}.ppm") for n in range(6)]
+        left_running = 0
+        for delay in (0.05, 0.1, 0.2, 0.3, 0.4):
+            process = self.start("-j", "3", "-d", to, "-m", "color256", "-c", "lzw", *bigs, start_new_session=True)
+            time.sleep(delay * self.patience())
+            process.kill()
+            process.wait()
+            done = time.monotonic() + self.patience()
+            while running(process.pid) and time.monotonic() < done:
+                time.sleep(0.01)
+            alive = running(process.pid)
+            self.check(f"orphans: {alive} are at work", not alive)
+            for pid in alive:
+                os.kill(pid, signal.SIGKILL)
+            left_running += len(alive)
+        with open(os.path.join(to, ".other.tif.raxel-4"), "wb") as stray:
+            stray.write(b"half")
+        self.start(self.sample, os.path.join(to, "new.tif")).wait()
+        strays = [name for name in os.listdir(to) if ".raxel-" in name]
+        self.check(f"orphans: {strays} after the next run", not strays)
+        for path in bigs:
+            os.unlink(path)
+        return f"{left_running} orphans"
+
     def interrupts(self):
         """Ctrl-C ends an export within 100 ms and leaves nothing behind."""
         big = self.big("big.ppm")
@@ -188,6 +216,20 @@ class Endurance:
         return f"{passed} checks on a full disk"
 
 
+def running(session):
+    """The processes of a session that have not ended."""
+    found = []
+    for name in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{name}/stat") as file:
+                fields = file.read().rpartition(")")[2].split()
+        except OSError:
+            continue
+        if int(fields[3]) == session and fields[0] not in "ZX":
+            found.append(int(name))
+    return found
+
+
 def inside(folder, program):
     """In a namespace of our own: a disk of 1.2 MB, with less and less room on it."""
     disk = os.path.join(folder, "disk")
@@ -226,7 +268,7 @@ def main():
     program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
     with tempfile.TemporaryDirectory(prefix="raxel-endure-") as folder:
         tried = Endurance(program, os.path.realpath(wanted.source), folder)
-        for step in (tried.kills, tried.interrupts, tried.slow_disk, tried.cuts, tried.limits, tried.full_disk):
+        for step in (tried.kills, tried.orphans, tried.interrupts, tried.slow_disk, tried.cuts, tried.limits, tried.full_disk):
             print(step())
     print(f"endure: {tried.passed} passed, {tried.failed} failed")
     return 1 if tried.failed else 0

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "failure.h"
+#include "output/strays.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -114,6 +115,29 @@ TEST(Target, RemovesTheStrayOfAKilledExportButNotALivingOnes) {
   Target(path, {}).commit();
   EXPECT_FALSE(std::filesystem::exists(stray));
   EXPECT_TRUE(std::filesystem::exists(living));
+  close(fd);
+}
+
+TEST(Target, SweepsTheStraysOfOtherTargetsFromTheFoldersOfARun) {
+  const support::TempDir folder;
+  std::filesystem::create_directory(folder.file("to"));
+  std::filesystem::create_directory(folder.file("linked"));
+  std::filesystem::create_symlink("../linked/z.tif", folder.file("to/z.tif"));
+  const std::string living = folder.file("to/.living.tif.raxel-1");
+  const std::vector<std::string> strays{"to/.a.tif.raxel-0", "to/.other.tif.raxel-9", "linked/.b.raxel-3"};
+  const std::vector<std::string> others{"to/a.tif.raxel-0", "to/.a.tif.raxel-x", "to/.raxel-0",
+                                        "to/.a.raxel-10", ".c.tif.raxel-0"};
+  for (const std::string &name : strays) support::writeFile(folder.file(name), "half");
+  for (const std::string &name : others) support::writeFile(folder.file(name), "whole");
+  support::writeFile(living, "half");
+  std::filesystem::create_directory(folder.file("to/.folder.raxel-0"));
+  const int fd = open(living.c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_EQ(flock(fd, LOCK_EX), 0);
+  host::sweepFolders({folder.file("to/z.tif"), "-", "/dev/null", folder.file("to/a.tif")});
+  for (const std::string &name : strays) EXPECT_FALSE(std::filesystem::exists(folder.file(name))) << name;
+  for (const std::string &name : others) EXPECT_TRUE(std::filesystem::exists(folder.file(name))) << name;
+  EXPECT_TRUE(std::filesystem::exists(living));
+  EXPECT_TRUE(std::filesystem::exists(folder.file("to/.folder.raxel-0")));
   close(fd);
 }
 

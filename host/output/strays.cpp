@@ -1,0 +1,94 @@
+#include "output/strays.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <climits>
+#include <memory>
+#include <set>
+#include <string_view>
+
+namespace host {
+namespace {
+
+constexpr size_t kLongestStem = 200;
+constexpr std::string_view kMark = ".raxel-";
+
+void removeUnowned(const std::string &name) {
+  const int fd = open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return;
+  struct stat about;
+  if (fstat(fd, &about) == 0 && S_ISREG(about.st_mode) && lockTemporary(fd, name)) unlink(name.c_str());
+  close(fd);
+}
+
+// A hidden name that ends in the mark and a slot.
+bool isTemporary(std::string_view name) {
+  static_assert(kSlots == 10, "one digit");
+  if (name.size() < kMark.size() + 3 || name.front() != '.') return false;
+  const char slot = name.back();
+  name.remove_suffix(1);
+  return slot >= '0' && slot <= '9' && name.ends_with(kMark);
+}
+
+// An output that gets a temporary: a regular file, or none yet.
+bool hasTemporary(const std::string &output) {
+  struct stat about;
+  return output != "-" && !output.empty() && (stat(output.c_str(), &about) != 0 || S_ISREG(about.st_mode));
+}
+
+void sweep(const std::string &folder) {
+  const std::unique_ptr<DIR, int (*)(DIR *)> open(opendir(folder.empty() ? "." : folder.c_str()), closedir);
+  if (!open) return;
+  while (const dirent *entry = readdir(open.get())) {
+    if (isTemporary(entry->d_name)) removeUnowned(folder + entry->d_name);
+  }
+}
+
+}  // namespace
+
+std::string folderOf(const std::string &path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash + 1);
+}
+
+std::string slotName(const std::string &path, int slot) {
+  const std::string folder = folderOf(path);
+  return folder + "." + path.substr(folder.size(), kLongestStem) + std::string(kMark) +
+         std::to_string(slot);
+}
+
+std::string followLinks(std::string path) {
+  constexpr int kMostLinks = 40;  // as the system does
+  char to[PATH_MAX];
+  for (int links = 0; links < kMostLinks; ++links) {
+    const ssize_t length = readlink(path.c_str(), to, sizeof to);
+    if (length < 0) return path;
+    const std::string next(to, static_cast<size_t>(length));
+    path = next.front() == '/' ? next : folderOf(path) + next;
+  }
+  return "";
+}
+
+bool lockTemporary(int fd, const std::string &name) {
+  struct stat open, named;
+  return flock(fd, LOCK_EX | LOCK_NB) == 0 && fstat(fd, &open) == 0 && stat(name.c_str(), &named) == 0 &&
+         open.st_ino == named.st_ino && open.st_dev == named.st_dev;
+}
+
+void removeStrays(const std::string &path) {
+  for (int slot = 0; slot < kSlots; ++slot) removeUnowned(slotName(path, slot));
+}
+
+void sweepFolders(const std::vector<std::string> &outputs) {
+  std::set<std::string> folders;
+  for (const std::string &output : outputs) {
+    if (hasTemporary(output)) folders.insert(folderOf(followLinks(output)));
+  }
+  for (const std::string &folder : folders) sweep(folder);
+}
+
+}  // namespace host

@@ -1,0 +1,27 @@
+// Temporaries beside their outputs: how they are called, locked, and removed when nobody owns them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace host {
+
+inline constexpr int kSlots = 10;  // exports to one file at the same time
+
+// A path up to and with its last slash; empty when it has none.
+std::string folderOf(const std::string &path);
+// The name of a temporary: the file's own, hidden, cut where the system's limit could be passed.
+std::string slotName(const std::string &path, int slot);
+// The file that a chain of links ends in, there or not; the path itself when it is no link. Empty for a
+// chain without an end.
+std::string followLinks(std::string path);
+
+// Locks an open temporary. False when somebody else holds it, or when it no longer has that name.
+bool lockTemporary(int fd, const std::string &name);
+
+// Removes what killed exports to the same file have left.
+void removeStrays(const std::string &path);
+// The same for all files in the folders of these outputs: once a run, since it reads the folders.
+void sweepFolders(const std::vector<std::string> &outputs);
+
+}  // namespace host
