@@ -111,6 +111,7 @@ Library loadLibrary(const std::string &wanted) {
   loaded.byOrdinal(kRasterEntry, library.rasterEntry);
 
   loaded.byName("GetPrivateProfileString", library.readProfile);
+  loaded.byName("WritePrivateProfileString", library.writeProfile);
 
   RaxelServices &s = library.services;
   loaded.byName("GlobalAlloc", s.GlobalAlloc);

@@ -26,6 +26,7 @@ struct Library {
 
   // By name: one value of a profile.
   decltype(&::GetPrivateProfileString) readProfile = nullptr;
+  decltype(&::WritePrivateProfileString) writeProfile = nullptr;
 
   // Services, by name: handle memory, and what the preparation borrows.
   RaxelServices services{};

@@ -9,6 +9,8 @@
 #include <charconv>
 #include <cmath>
 
+#include "output/stop.h"
+
 namespace host {
 namespace {
 
@@ -124,6 +126,31 @@ void noteAll(const Profile &profile, const Options &options, std::vector<std::st
   }
 }
 
+[[noreturn]] void failStore(const std::string &profile) {
+  throw Failure(kNoWrite, profile + ": the settings cannot be stored; the picture is written");
+}
+
+void store(const Library &library, Setup &setup, const Options &options, std::vector<std::string> &notes) {
+  sendGiven(setup, options, true);
+  const Profile profile{library, setup.record()};
+  if (!holdsAll(profile, options)) failStore(setup.record().szProfilePath);
+  noteAll(profile, options, notes);
+}
+
+// What a section needs besides the settings themselves: a driver, without which it counts as empty, and the
+// modes with which a resolution or a size counts.
+void startSection(const Library &library, const Setup &setup, const Options &options) {
+  const stop::Hold hold;
+  const auto write = [&](const char *key, std::string_view value) {
+    library.writeProfile(setup.newSection()->name.c_str(), key, std::string(value).c_str(),
+                         setup.newSection()->profile.c_str());
+  };
+  write("Driver", setup.record().szDriverName);
+  if (gives(options, kResolutionX) || gives(options, kResolutionY))
+    write("Resolution Mode", kUserResolution);
+  if (gives(options, kWidth) || gives(options, kHeight)) write("Size Mode", kUserSize);
+}
+
 }  // namespace
 
 void checkSave(const Library &library, const Options &options) {
@@ -139,14 +166,13 @@ void checkSave(const Library &library, const Options &options) {
 
 void saveGiven(const Library &library, Setup &setup, const Options &options,
                std::vector<std::string> &notes) {
-  const FolderLock lock(setup.record().szProfilePath);
-  sendGiven(setup, options, true);
-  const Profile profile{library, setup.record()};
-  if (!holdsAll(profile, options)) {
-    throw Failure(kNoWrite, std::string(setup.record().szProfilePath) +
-                                ": the settings cannot be stored; the picture is written");
-  }
-  noteAll(profile, options, notes);
+  const std::optional<NewSection> &made = setup.newSection();
+  const FolderLock lock(made ? made->profile : setup.record().szProfilePath);
+  if (!made) return store(library, setup, options, notes);
+  startSection(library, setup, options);
+  Setup fromIt(library, options);
+  if (fromIt.newSection()) failStore(made->profile);
+  store(library, fromIt, options, notes);
 }
 
 }  // namespace host

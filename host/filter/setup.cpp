@@ -17,6 +17,9 @@ constexpr int32_t kFirstTreatment = 101, kFirstMode = 140;
 // Stored layout codes.
 constexpr uint16_t kStoredTiles = 771, kStoredStrips = 772;
 
+// Where no file can be: the library then takes its own defaults, and looks for no other profile.
+constexpr const char *kNoProfile = "/dev/null/none";
+
 [[noreturn]] void failSet(const SetEscape &escape, const std::string &why) {
   throw Failure(kUsage, "--set " + std::to_string(escape.number) + "=" + escape.value + ": " + why);
 }
@@ -24,25 +27,47 @@ constexpr uint16_t kStoredTiles = 771, kStoredStrips = 772;
 }  // namespace
 
 Setup::Setup(const Library &library, const Options &options) : library_(library) {
-  handle_ = library.createSetup(0, options.profile.c_str(), options.section.c_str(), nullptr);
-  if (handle_ == 0) throw Failure(kLibrary, library.path + ": cannot create a setup");
-  record_ = static_cast<RasterSetup *>(library.services.GlobalLock(handle_));
-  if (!options.profile.empty()) {
-    if (record_->szProfilePath[0] == '\0') {
-      throw Failure(kNoInput, options.profile +
-                                  ": no profile of this name can be read (INIDIR is looked through first)");
-    }
-    if (record_->szDriverName[0] == '\0') {
-      throw Failure(kNoInput, options.profile + ": section [" + record_->szModeName +
-                                  "] has no value for \"Driver\"; choose one with --section");
-    }
+  create(options.profile.c_str(), options.section.c_str());
+  try {
+    if (!options.profile.empty()) checkProfile(options);
+    for (const SetEscape &escape : options.set) sendEscape(escape, false);
+  } catch (...) {
+    destroy();
+    throw;
   }
-  for (const SetEscape &escape : options.set) sendEscape(escape, false);
 }
 
 Setup::~Setup() {
+  destroy();
+}
+
+void Setup::create(const char *profile, const char *section) {
+  handle_ = library_.createSetup(0, profile, section, nullptr);
+  if (handle_ == 0) throw Failure(kLibrary, library_.path + ": cannot create a setup");
+  record_ = static_cast<RasterSetup *>(library_.services.GlobalLock(handle_));
+}
+
+void Setup::destroy() {
+  if (handle_ == 0) return;
   library_.services.GlobalUnlock(handle_);
   library_.destroySetup(handle_);
+  handle_ = 0;
+}
+
+void Setup::checkProfile(const Options &options) {
+  if (record_->szProfilePath[0] == '\0') {
+    throw Failure(kNoInput, options.profile +
+                                ": no profile of this name can be read (INIDIR is looked through first)");
+  }
+  if (record_->szDriverName[0] != '\0') return;
+  if (!options.save || record_->szModeName[0] == '\0') {
+    throw Failure(kNoInput, options.profile + ": section [" + record_->szModeName +
+                                "] has no value for \"Driver\"; choose one with --section, or make one " +
+                                "with --section and --save");
+  }
+  newSection_ = NewSection{record_->szProfilePath, record_->szModeName};
+  destroy();
+  create(kNoProfile, "");
 }
 
 void Setup::send(int32_t escape, int32_t size, const void *value, bool save) {

@@ -1,6 +1,9 @@
 // One export configuration in the library, for as long as a picture takes.
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "command/options.h"
 #include "filter/library.h"
 #include "pictures/picture.h"
@@ -23,9 +26,15 @@ enum Escape : int32_t {
   kOutputProcedure = 81,
 };
 
+// A section that --save is to make: there is none of this name in the profile, or one without a driver.
+struct NewSection {
+  std::string profile, name;
+};
+
 class Setup {
  public:
-  // Creates the setup, from the profile when one is given, and sends the escapes of --set.
+  // Creates the setup, from the profile when one is given, and sends the escapes of --set. With a section
+  // that is yet to be made it holds the library's defaults.
   Setup(const Library &library, const Options &options);
   ~Setup();
   Setup(const Setup &) = delete;
@@ -37,6 +46,8 @@ class Setup {
   // True when the record comes from a profile. Without one it holds the library's defaults, which nobody
   // has chosen; with one whose section is empty it holds zeros.
   bool fromProfile() const { return record_->szProfilePath[0] != '\0' && record_->szDriverName[0] != '\0'; }
+
+  const std::optional<NewSection> &newSection() const { return newSection_; }
 
   // Sends a setting escape of 4 or 8 bytes; throws a Failure when the library refuses the value.
   void set(int32_t escape, int32_t value, bool save = false);
@@ -53,11 +64,15 @@ class Setup {
   RasterInfoResult query(const RasterPictureInfo &picture);
 
  private:
+  void create(const char *profile, const char *section);
+  void destroy();
+  void checkProfile(const Options &options);
   void send(int32_t escape, int32_t size, const void *value, bool save);
 
   const Library &library_;
   Handle handle_ = 0;
   RasterSetup *record_ = nullptr;
+  std::optional<NewSection> newSection_;
 };
 
 // What is to be done with a picture: the command line first, then the profile or the escapes given, then

@@ -20,6 +20,21 @@ raxel-export --save --profile own.ini --section own --size 96x64px --set 19=3 --
 printf '[ready]\nDriver=RAXEL.1\nResolution Mode=310\nSize Mode=603\n' >ready.ini
 raxel-export --save --profile ready.ini --section ready --set 14=1.5 --dpi 96 "$photo" out.tif
 cat ready.ini
+# A section that is not there yet is made, and counts at once.
+printf '[other]\nDriver=RAXEL.1\n' >sections.ini
+raxel-export --dry-run --save --profile sections.ini --section made -m grey16 "$photo"
+cat sections.ini
+raxel-export --save --profile sections.ini --section made -m grey16 -c lzw --dpi 100 --set 14=1.5 "$photo" out.tif
+raxel-export --save --profile sections.ini --section "" -m grey16 "$photo" out.tif || echo "exit $?"
+code raxel-export --save --profile sections.ini -m grey16 "$photo" out.tif
+code raxel-export --profile sections.ini --section none "$photo" out.tif
+code raxel-export --save --profile missing.ini --section made "$photo" out.tif
+printf '[none]\nCompression Mode=230\n' >>sections.ini
+raxel-export --save --profile sections.ini --section none -m bilevel "$photo" out.tif
+cat sections.ini
+raxel-export --dry-run --profile sections.ini --section made "$photo"
+raxel-export --dry-run --profile sections.ini --section none "$photo"
+rm sections.ini
 # A profile where nothing can be made beside it: the picture is written, and the settings are not.
 SETTINGS=$'\n[own]\nDriver=RAXEL.1\n' code raxel-export --save --profile /proc/self/environ --section own -m grey16 "$photo" kept.tif
 raxel-export --inspect kept.tif | head -1
