@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -81,6 +82,14 @@ void writeAll(int fd, const std::string &text) {
 void endWith(pid_t parent) {
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != parent) raise(SIGTERM);  // it was gone before
+}
+
+// The folder of -d, when it is not there yet. Those above it are not made: a slip would go unseen.
+void makeFolder(const std::string &path) {
+  if (mkdir(path.c_str(), 0777) == 0 || errno == EEXIST) return;
+  throw Failure(kNoCreate,
+                path + ": cannot be made: " +
+                    (errno == ENOENT ? "the folder above it does not exist" : std::strerror(errno)));
 }
 
 // A child process at work on one input; its report comes through a pipe.
@@ -195,7 +204,10 @@ class Pool {
 int exportAll(const Options &options) {
   const Library library = loadLibrary(options.library);
   const Originals originals(options.inputs);
-  if (!options.dryRun) sweepFolders(options.outputs);
+  if (!options.dryRun) {
+    if (!options.directory.empty()) makeFolder(options.directory);
+    sweepFolders(options.outputs);
+  }
   Outcome outcome(options.inputs.size());
   if (options.jobs > 1 && options.inputs.size() > 1) {
     Pool pool(library, options, originals, outcome);

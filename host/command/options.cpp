@@ -1,6 +1,8 @@
 #include "command/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <map>
@@ -82,15 +84,44 @@ SizeBox parseSize(const std::string &written) {
   return {*across / units.at(unit), *down / units.at(unit), unit == "px"};
 }
 
-std::array<uint8_t, 3> parseColor(const std::string &value) {
-  if (lower(value) == "white") return {255, 255, 255};
-  if (lower(value) == "black") return {0, 0, 0};
+// The sixteen colours that have names in HTML.
+constexpr auto kColorNames = std::to_array<std::pair<std::string_view, uint32_t>>({
+    {"black", 0x000000},
+    {"silver", 0xC0C0C0},
+    {"gray", 0x808080},
+    {"white", 0xFFFFFF},
+    {"maroon", 0x800000},
+    {"red", 0xFF0000},
+    {"purple", 0x800080},
+    {"fuchsia", 0xFF00FF},
+    {"green", 0x008000},
+    {"lime", 0x00FF00},
+    {"olive", 0x808000},
+    {"yellow", 0xFFFF00},
+    {"navy", 0x000080},
+    {"blue", 0x0000FF},
+    {"teal", 0x008080},
+    {"aqua", 0x00FFFF},
+});
+
+// "#1af" is short for "#11aaff".
+std::optional<uint32_t> parseHexColor(const std::string &value) {
+  if ((value.size() != 4 && value.size() != 7) || value[0] != '#') return std::nullopt;
+  std::string digits;
+  for (size_t i = 1; i < value.size(); ++i) digits.append(value.size() == 4 ? 2 : 1, value[i]);
   uint32_t rgb = 0;
-  const char *end = value.data() + value.size();
-  if (value.size() == 7 && value[0] == '#' && std::from_chars(value.data() + 1, end, rgb, 16).ptr == end) {
-    return {static_cast<uint8_t>(rgb >> 16), static_cast<uint8_t>(rgb >> 8), static_cast<uint8_t>(rgb)};
-  }
-  failValue("background", value, "give white, black or #RRGGBB");
+  const char *end = digits.data() + digits.size();
+  const auto parsed = std::from_chars(digits.data(), end, rgb, 16);
+  return parsed.ec == std::errc() && parsed.ptr == end ? std::optional(rgb) : std::nullopt;
+}
+
+std::array<uint8_t, 3> parseColor(const std::string &value) {
+  const auto *name =
+      std::ranges::find(kColorNames, lower(value), &decltype(kColorNames)::value_type::first);
+  const std::optional<uint32_t> rgb =
+      name != kColorNames.end() ? std::optional(name->second) : parseHexColor(value);
+  if (!rgb) failValue("background", value, "give #RGB, #RRGGBB or one of HTML's sixteen names, as white");
+  return {static_cast<uint8_t>(*rgb >> 16), static_cast<uint8_t>(*rgb >> 8), static_cast<uint8_t>(*rgb)};
 }
 
 SetEscape parseSet(const std::string &value) {
@@ -235,6 +266,7 @@ void pairFiles(Parsed &parsed, std::vector<std::string> files) {
   if (!parsed.output.empty() && !parsed.directory.empty()) fail("-o and -d exclude each other");
   if (!parsed.directory.empty()) {
     if (files.empty()) fail("no input given");
+    o.directory = parsed.directory;
     std::set<std::string> taken;
     for (const std::string &input : files) {
       if (input == "-") fail("standard input has no name to use with -d; give -o");

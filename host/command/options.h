@@ -33,6 +33,7 @@ struct Options {
   Command command = Command::kExport;
   std::vector<std::string> inputs;
   std::vector<std::string> outputs;  // one for each input
+  std::string directory;             // where they lie, with -d
   unsigned jobs = 1;
   TargetRules rules;
 

@@ -34,6 +34,20 @@ std::string bar(double part) {
   return '[' + std::string(done, '=') + std::string(kSteps - done, ' ') + ']';
 }
 
+std::string progressText(double part, uint64_t bytes, double seconds) {
+  constexpr double kSpeedAfter = 0.1, kLeftAfter = 0.5, kLeftFrom = 0.02;
+  char text[96];
+  std::snprintf(text, sizeof text, " %3.0f%%", part * 100);
+  std::string all = bar(part) + text;
+  if (seconds < kSpeedAfter) return all;
+  std::snprintf(text, sizeof text, "  %.1f MB/s", static_cast<double>(bytes) / seconds / 1e6);
+  all += text;
+  if (seconds < kLeftAfter || part < kLeftFrom) return all;
+  const double left = std::round(seconds * (1 - part) / part);
+  std::snprintf(text, sizeof text, "  %.0f:%02.0f left", std::floor(left / 60), std::fmod(left, 60));
+  return all + text;
+}
+
 std::string endOf(const std::string &name, size_t room) {
   constexpr std::string_view kCut = "...";
   if (name.size() <= room) return name;
@@ -66,6 +80,7 @@ void Progress::stage(const char *what) {
 void Progress::expect(uint64_t writes) {
   expected_ = std::max<uint64_t>(writes, 1);
   done_ = 0;
+  writing_ = Clock::now();
 }
 
 void Progress::update(uint64_t size) {
@@ -73,13 +88,8 @@ void Progress::update(uint64_t size) {
   const Clock::time_point now = Clock::now();
   if (now - last_ < kStep || now - start_ < kQuietTime) return;
   last_ = now;
-  const double part = std::min(1.0, static_cast<double>(done_) / static_cast<double>(expected_));
-  const double passed = seconds(now - start_), left = passed * (1 - part) / part;
-  char text[96];
-  std::snprintf(text, sizeof text, "%s %3.0f%%  %.1f MB/s  %.0f:%02.0f left", bar(part).c_str(), part * 100,
-                static_cast<double>(size) / passed / 1e6, std::floor(left / 60),
-                std::floor(std::fmod(left, 60)));
-  print(text);
+  const double part = static_cast<double>(done_) / static_cast<double>(expected_);
+  print(progressText(std::min(1.0, part), size, seconds(now - writing_)));
 }
 
 void Progress::clear() {

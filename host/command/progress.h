@@ -10,6 +10,10 @@ namespace host {
 // "[=====     ]" for a part of the whole, 0 to 1.
 std::string bar(double part);
 
+// The line for a part of the whole, with what is known after so many seconds of writing: a speed soon, and
+// a time left once it is more than a guess.
+std::string progressText(double part, uint64_t bytes, double seconds);
+
 // A name that fits into so many columns: its end, which tells names apart, when it is too long.
 std::string endOf(const std::string &name, size_t room);
 
@@ -46,7 +50,7 @@ class Progress {
   bool lineThere_ = false;
   uint64_t done_ = 0;
   uint64_t expected_ = 0;
-  Clock::time_point start_, last_;
+  Clock::time_point start_, last_, writing_;  // writing_: when it began
 };
 
 }  // namespace host

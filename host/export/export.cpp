@@ -64,8 +64,8 @@ uint64_t dataWrites(const RaxelPlan &plan) {
 }
 
 void noteAll(const RaxelPlan &plan, Report &report) {
-  constexpr uint32_t kWorthTelling =
-      RAXEL_NOTE_LZW_AS_PACKBITS | RAXEL_NOTE_HUFFMAN_AS_PACKBITS | RAXEL_NOTE_RUNS_AS_T6;
+  constexpr uint32_t kWorthTelling = RAXEL_NOTE_ROW_REPEATED | RAXEL_NOTE_LZW_AS_PACKBITS |
+                                     RAXEL_NOTE_HUFFMAN_AS_PACKBITS | RAXEL_NOTE_RUNS_AS_T6;
   for (uint32_t bit = 1; bit < 1u << RAXEL_NOTES; bit <<= 1) {
     if ((plan.notes & bit) == 0) continue;
     (bit & kWorthTelling ? report.notes : report.details).push_back(raxelHostNote(bit));

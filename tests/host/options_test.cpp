@@ -114,7 +114,9 @@ TEST(Options, ReadsSizes) {
 TEST(Options, ReadsColoursAndEscapes) {
   EXPECT_EQ(parse({"--background", "#1080fF", "a", "b"}).background,
             (std::array<uint8_t, 3>{16, 128, 255}));
-  for (const char *bad : {"red", "#12345", "#1234567", "#12345g", "#-12345"}) {
+  EXPECT_EQ(parse({"--background", "#1aF", "a", "b"}).background,
+            (std::array<uint8_t, 3>{0x11, 0xAA, 0xFF}));
+  for (const char *bad : {"", "#", "pink", "#12", "#1234", "#12345", "#1234567", "#12345g", "#-12345"}) {
     EXPECT_NE(errorOf({"--background", bad, "a", "b"}), "") << bad;
   }
   const Options o = parse({"--set", "10=153", "--set", "13=2.5", "a", "b"});
@@ -123,6 +125,28 @@ TEST(Options, ReadsColoursAndEscapes) {
   EXPECT_EQ(o.set[1].value, "2.5");
   EXPECT_NE(errorOf({"--set", "10", "a", "b"}), "");
   EXPECT_NE(errorOf({"--set", "x=1", "a", "b"}), "");
+}
+
+// The table of HTML 4.
+TEST(Options, KnowsTheSixteenColoursOfHtml) {
+  const std::vector<std::pair<const char *, std::array<uint8_t, 3>>> colors{
+      {"Black", {0, 0, 0}},       {"Green", {0, 128, 0}},    {"Silver", {192, 192, 192}},
+      {"Lime", {0, 255, 0}},      {"Gray", {128, 128, 128}}, {"Olive", {128, 128, 0}},
+      {"White", {255, 255, 255}}, {"Yellow", {255, 255, 0}}, {"Maroon", {128, 0, 0}},
+      {"Navy", {0, 0, 128}},      {"Red", {255, 0, 0}},      {"Blue", {0, 0, 255}},
+      {"Purple", {128, 0, 128}},  {"Teal", {0, 128, 128}},   {"Fuchsia", {255, 0, 255}},
+      {"Aqua", {0, 255, 255}}};
+  for (const auto &[name, color] : colors)
+    EXPECT_EQ(parse({"--background", name, "a", "b"}).background, color) << name;
+  // And these are what the shells complete.
+  for (const host::OptionRow &row : host::kOptions) {
+    if (row.id != host::OptionId::kBackground) continue;
+    std::istringstream words{std::string(row.choices)};
+    size_t count = 0;
+    for (std::string word; words >> word; ++count)
+      EXPECT_EQ(errorOf({"--background", word.c_str(), "a", "b"}), "") << word;
+    EXPECT_EQ(count, colors.size());
+  }
 }
 
 TEST(Options, RefusesWhatDoesNotGoTogether) {

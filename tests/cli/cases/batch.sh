@@ -8,7 +8,13 @@ for jobs in 1 3; do
   rm to/*
 done
 raxel-export -j 2 --json -d to chart4.png broken.png | sed 's/"seconds":{[^}]*}/"seconds":{}/'
-code raxel-export -d missing chart4.png ramp.png
+# A folder that is missing is made, when the one above it is there.
+code raxel-export --dry-run -d made chart4.png
+ls -d made
+code raxel-export -d made/ chart4.png ramp.png
+ls -A made
+code raxel-export -d missing/made chart4.png ramp.png
+code raxel-export --json -d chart4.png/made ramp.png
 # Reports of any length: this one is longer than a pipe holds.
 long=$(printf 'a%.0s' {1..40000})
 timeout 20 raxel-export -q --json -j 2 -d to "$long" chart4.png >long.json 2>long.err
