@@ -11,8 +11,8 @@
 namespace color {
 
 void rgbToCmyk(uint8_t *pixels, size_t count) {
-  constexpr uint8_t kColours[4] = {255, 255, 255, 0};
-  const auto mask = runtime::load<uint32_t>(kColours);
+  constexpr uint8_t kColors[4] = {255, 255, 255, 0};
+  const auto mask = runtime::load<uint32_t>(kColors);
   for (size_t i = 0; i < count; ++i) {
     uint8_t *pixel = pixels + 4 * i;
     runtime::store(pixel, ~runtime::load<uint32_t>(pixel) & mask);

@@ -23,6 +23,11 @@ constexpr size_t kDataOffsetAt = kDataPtrAt + sizeof(void *);
 constexpr size_t kDataAt = 24;
 constexpr uint8_t kPointerHandleOffset = 20;  // what a pointer handle records as its data offset
 
+// The whole block of a size: the header, the data and the slack, a multiple of 8.
+constexpr uint64_t blockBytes(uint32_t size) {
+  return (uint64_t{size} + kDataAt + 10) & ~uint64_t{7};
+}
+
 static_assert(kDataOffsetAt < kDataAt - 1, "the header must leave room for the back-offset");
 
 inline uint8_t *blockOf(Handle handle) {

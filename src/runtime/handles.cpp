@@ -9,6 +9,7 @@
 
 namespace {
 
+using runtime::blockBytes;
 using runtime::blockOf;
 using runtime::dataOf;
 using runtime::kDataAt;
@@ -20,17 +21,16 @@ bool ownsData(Handle handle) {
   return dataOf(handle) == blockOf(handle) + kDataAt && blockOf(handle)[kDataOffsetAt] == kDataAt;
 }
 
-// The whole block: size + 34 with the low three bits cleared. 0 when no size_t can hold it.
+// The whole block, or 0 when no size_t can hold it.
 size_t blockLength(uint32_t size) {
-  const uint64_t length = (uint64_t{size} + 34) & ~uint64_t{7};
+  const uint64_t length = blockBytes(size);
   return length > SIZE_MAX / 2 ? 0 : static_cast<size_t>(length);
 }
 
 // Running out of memory ends the process: no caller is prepared to go on without its block.
 [[noreturn]] void exhausted(uint32_t size) {
-  const uint64_t length = (uint64_t{size} + 34) & ~uint64_t{7};
   std::printf("GloalAlloc function failed due to insufficient memory: needs %ld bytes memory!!\n",
-              static_cast<long>(length));
+              static_cast<long>(blockBytes(size)));
   std::fflush(stdout);
   std::abort();
 }

@@ -73,8 +73,8 @@ TEST(Colormap, StaysZeroWithoutATable) {
 
 TEST(Colormap, GreysOfASourceFindOnlyGreys) {
   const uint8_t source[] = {100, 102, 104, 100, 110, 120};
-  const uint8_t colours[] = {90, 0, 0, 100, 110, 121};
-  EXPECT_EQ(takeMap(rlBuildColormap(source, 1, colours, 4, 2)), (Words{0, 1}));
+  const uint8_t colors[] = {90, 0, 0, 100, 110, 121};
+  EXPECT_EQ(takeMap(rlBuildColormap(source, 1, colors, 4, 2)), (Words{0, 1}));
 }
 
 TEST(Colormap, EntriesPastAShortTableAreBlack) {

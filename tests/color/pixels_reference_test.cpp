@@ -93,16 +93,16 @@ TEST(Reference, HeapSortsAgree) {
     const auto axis = static_cast<int16_t>(random.between(0, 2));
     const int64_t cells = random.chance(50) ? 32767 : 40;
     std::vector<ColorFreq> ours;
-    std::vector<reference::Colour> theirs;
+    std::vector<reference::Color> theirs;
     for (int i = 0; i <= length; ++i) {
       const auto cell = static_cast<uint16_t>(random.between(0, cells));
       ours.push_back({cell, static_cast<uint16_t>(i)});
       theirs.push_back({cell, i});
     }
     HeapSort(ours.data(), axis, length);
-    reference::sortColours(theirs.data(), axis, length);
+    reference::sortColors(theirs.data(), axis, length);
     for (size_t i = 0; i < ours.size(); ++i) {
-      ASSERT_EQ((reference::Colour{ours[i].color15, ours[i].count}), theirs[i]) << i;
+      ASSERT_EQ((reference::Color{ours[i].color15, ours[i].count}), theirs[i]) << i;
     }
   }
 }

@@ -35,7 +35,8 @@ struct Places {
 uint32_t answerOf(const Places &places, NearestSearch &search, PixelWord pixel) {
   const uint32_t address = addressOf(redOf(pixel), greenOf(pixel), blueOf(pixel));
   const uint32_t unit = places.cells[address / kUnitBytes];
-  return unit != 0 ? places.units[unit * kUnitBytes + address % kUnitBytes] : findUnmet(search, address);
+  return unit != 0 ? places.units[unit * kUnitBytes + address % kUnitBytes]
+                   : findInNewCell(search, address);
 }
 
 // One pixel of every row: pixel t of the first, two pixels less of each further one.

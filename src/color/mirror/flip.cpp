@@ -13,20 +13,18 @@
 #include "color/mirror/mirror.h"
 #include "raxel/color.h"
 #include "runtime/blocks.h"
+#include "runtime/handle_layout.h"
 
 namespace color {
 
 namespace {
 
-constexpr uint32_t kDataAt = 24;      // from a block's handle to its bytes
-constexpr uint32_t kBlockExtra = 34;  // a block is its size and this, rounded down to 8 bytes
-
-// All bytes of a block, with the 3 to 10 past its size. Memory that is only described by a handle has
-// none past its size.
+// All bytes of a block, with its slack. Memory that is only described by a handle has none.
 std::span<uint8_t> wholeBlock(Handle bits) {
   const std::span<uint8_t> bytes = runtime::lockBytes(bits);
-  if (reinterpret_cast<uintptr_t>(bytes.data()) != bits + kDataAt) return bytes;
-  return {bytes.data(), ((bytes.size() + kBlockExtra) & ~size_t{7}) - kDataAt};
+  if (bytes.data() != runtime::blockOf(bits) + runtime::kDataAt) return bytes;
+  const auto size = static_cast<uint32_t>(bytes.size());
+  return {bytes.data(), static_cast<size_t>(runtime::blockBytes(size)) - runtime::kDataAt};
 }
 
 // Swaps the bytes of two rows that do not overlap, as far as both lie in the block: what lies past it

@@ -196,7 +196,7 @@ uint32_t unitOf(NearestSearch &search, const uint8_t *answers) {
 
 }  // namespace
 
-uint8_t findUnmet(NearestSearch &search, uint32_t address) {
+uint8_t findInNewCell(NearestSearch &search, uint32_t address) {
   const uint32_t cell = address / kUnitBytes;
   const Cube cube{
       {static_cast<int32_t>(cell >> 12) * kFineSide, static_cast<int32_t>(cell >> 6 & 63) * kFineSide,

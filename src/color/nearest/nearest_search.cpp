@@ -72,7 +72,8 @@ void findRemembered(NearestSearch &search, const uint8_t *pixels, uint8_t *index
   for (uint32_t x = 0; x < n; ++x, pixels += pixelBytes) {
     const uint32_t address = addressOf(pixels[0], pixels[1], pixels[2]);
     const uint32_t unit = cells[address / kUnitBytes];
-    indexes[x] = unit != 0 ? units[unit * kUnitBytes + address % kUnitBytes] : findUnmet(search, address);
+    indexes[x] =
+        unit != 0 ? units[unit * kUnitBytes + address % kUnitBytes] : findInNewCell(search, address);
   }
 }
 

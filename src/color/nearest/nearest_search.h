@@ -50,7 +50,7 @@ void findNearest(NearestSearch &search, const uint8_t *pixels, int pixelBytes, u
 
 // The answer for a colour whose cell has no unit yet; gives it one where there is room
 // (nearest_cells.cpp).
-uint8_t findUnmet(NearestSearch &search, uint32_t address);
+uint8_t findInNewCell(NearestSearch &search, uint32_t address);
 
 // What each channel of a colour adds to its address.
 struct AddressTable {

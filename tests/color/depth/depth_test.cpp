@@ -39,7 +39,7 @@ TEST(Depth, IndexesGrowWithoutANewTable) {
   EXPECT_EQ(convert({0x01, 0x32, 0, 0}, 4, 1, 4, 8, four, {}), (Bytes{0, 1, 3, 2}));
 }
 
-TEST(Depth, AnIndexBecomesItsColoursNearestEntryOfTheSameTable) {
+TEST(Depth, AnIndexBecomesItsColorsNearestEntryOfTheSameTable) {
   // Entries 0 and 2 are equal, so 2 becomes 0. Entry 3 counts as grey when it is looked for, and the
   // only grey entry is 1.
   const Table table = pictures::table({200, 0, 0, 50, 50, 50, 200, 0, 0, 100, 102, 104});
@@ -47,7 +47,7 @@ TEST(Depth, AnIndexBecomesItsColoursNearestEntryOfTheSameTable) {
   EXPECT_EQ(convert({0x01, 0x23, 0, 0}, 4, 1, 4, 4, table, {}), (Bytes{0x01, 0x01, 0, 0}));
 }
 
-TEST(Depth, IndexesTakeTheirColoursAt24And32Bits) {
+TEST(Depth, IndexesTakeTheirColorsAt24And32Bits) {
   EXPECT_EQ(convert({0x40, 0, 0, 0}, 2, 1, 1, 24, kRedBlue, {}), (Bytes{255, 0, 0, 0, 0, 255, 0, 0}));
   EXPECT_EQ(convert({0x01, 0, 0, 0}, 2, 1, 4, 24, kRedBlue, {}), (Bytes{255, 0, 0, 0, 0, 255, 0, 0}));
   EXPECT_EQ(convert({0, 1, 0, 0}, 2, 1, 8, 24, kRedBlue, {}), (Bytes{255, 0, 0, 0, 0, 255, 0, 0}));

@@ -68,7 +68,7 @@ TEST(GoldenDepth, EveryDepthIsDithered) {
   }
 }
 
-TEST(GoldenDepth, APhotoGetsATableOf256Colours) {
+TEST(GoldenDepth, APhotoGetsATableOf256Colors) {
   const Sample in = sample(24);
   Handle table = 0;
   const runtime::Block out(rlChangeColorResolution(in.bits.handle(), kWidth, kHeight, 24, 8, &table));

@@ -27,7 +27,7 @@ Changed change(const Bytes &bits, uint32_t width, uint32_t height, int sourceDep
   return changed;
 }
 
-TEST(Resolution, FewColoursAt8BitsAreAllInTheTable) {
+TEST(Resolution, FewColorsAt8BitsAreAllInTheTable) {
   // Four pixels, three 15-bit colours (1, 2, 3), (1, 2, 4) and (31, 0, 0): in this order they are
   // raised to (15, 23, 31), (15, 23, 39) and (255, 0, 0).
   const Bytes bits{255, 0, 0, 8, 16, 24, 15, 23, 39, 12, 20, 28};

@@ -27,7 +27,7 @@ bool agrees(const plain::Picture &picture, int depth, const plain::Table &source
   return true;
 }
 
-TEST(Diffusion, ColoursAgreeAtEveryHeight) {
+TEST(Diffusion, ColorsAgreeAtEveryHeight) {
   support::Random random(41);
   for (uint32_t height = 1; height <= 20; ++height) {
     const uint32_t width = 256 / height + 1;
@@ -36,7 +36,7 @@ TEST(Diffusion, ColoursAgreeAtEveryHeight) {
   }
 }
 
-TEST(Diffusion, ColoursAgreeAtEveryWidth) {
+TEST(Diffusion, ColorsAgreeAtEveryWidth) {
   support::Random random(42);
   for (uint32_t width = 1; width <= 20; ++width) {
     const plain::Table table = pictures::table(random, 200);

@@ -32,7 +32,7 @@ Bytes given(const Bytes &bits, uint32_t width, uint32_t height, int depth, const
   return pictures::bytesOf(out.handle());
 }
 
-TEST(Dither, A4BitTableIsThePicturesColoursTheFixedOnesAndBlack) {
+TEST(Dither, A4BitTableIsThePicturesColorsTheFixedOnesAndBlack) {
   // Three 15-bit colours: 31 steps of each channel become 255, 1 becomes 15.
   const Bytes bits{255, 0, 0, 8, 8, 8, 0, 0, 8, 0, 0, 0};
   const runtime::Block from = pictures::block(bits);
@@ -60,7 +60,7 @@ TEST(Dither, An8BitTableHas256Entries) {
   EXPECT_EQ(count, 256);
 }
 
-TEST(Dither, PicturesOf32768RowsAndMoreGetTheFixedColoursOnly) {
+TEST(Dither, PicturesOf32768RowsAndMoreGetTheFixedColorsOnly) {
   // The median cut takes heights as signed 16-bit numbers, and finds no colours.
   Bytes expected = kFixedColors;
   expected.resize(48, 0);
@@ -119,7 +119,7 @@ TEST(Dither, GetCtChoosesAnewWhereRlDitherBitmapUsesTheCallersTable) {
   EXPECT_EQ(pictures::bytesOf(own.handle()), Bytes(48, 77));
 }
 
-TEST(Dither, AColourOfTheTableStaysAsItIs) {
+TEST(Dither, AColorOfTheTableStaysAsItIs) {
   const Bytes table{0, 0, 0, 255, 255, 255, 40, 80, 120, 255, 0, 0};
   const Bytes out = given(flat(5, 4, {40, 80, 120}), 5, 4, 4, table);
   const Bytes expected{0x22, 0x22, 0x20, 0, 0x22, 0x22, 0x20, 0, 0x22, 0x22, 0x20, 0, 0x22, 0x22, 0x20, 0};
@@ -151,7 +151,7 @@ TEST(Dither, ALonePixelBecomesEntry0) {
   EXPECT_EQ(given({255, 255, 255, 0}, 1, 1, 4, {100, 102, 104, 90, 90, 90}), (Bytes{0x10, 0, 0, 0}));
 }
 
-TEST(Dither, AChosenColourIsLookedForAgainAndMayFindAnother) {
+TEST(Dither, AChosenColorIsLookedForAgainAndMayFindAnother) {
   // (90, 110, 100) is a colour and takes entry 1, the only one; that entry's own colour counts as
   // grey, and the only grey is entry 0.
   const Bytes table{30, 30, 30, 100, 102, 104};
@@ -169,7 +169,7 @@ TEST(Dither, AMissingOrEmptyTableGivesZeros) {
   EXPECT_EQ(pictures::bytesOf(empty.handle()), Bytes(8, 0));
 }
 
-TEST(Dither, IndexedPicturesAreDitheredByTheirColours) {
+TEST(Dither, IndexedPicturesAreDitheredByTheirColors) {
   const runtime::Block bits = pictures::block(Bytes{0, 1, 0, 1});
   const runtime::Block source = pictures::block(Bytes{0, 0, 0, 255, 255, 255});
   Handle table = 0;

@@ -50,7 +50,7 @@ void expectTable(const Table &table, uint16_t wanted, const Bytes &entries) {
   EXPECT_EQ(table.bytes, expected);
 }
 
-TEST(Reduce, FewColoursAreListedInCellOrder) {
+TEST(Reduce, FewColorsAreListedInCellOrder) {
   // Ten distinct cells, out of order, some twice.
   const Bytes pixels{0, 0, 8, 0, 8, 0,   8, 0, 0,  0,  0, 0, 0, 0,  255, 248, 0, 0,
                      1, 2, 3, 0, 0, 248, 0, 9, 15, 16, 0, 0, 0, 16, 31,  128, 0, 0};
@@ -61,13 +61,13 @@ TEST(Reduce, FewColoursAreListedInCellOrder) {
                            0, 23, 31, 15, 0, 0,  23, 0, 0,   135, 0,  0, 255, 0,  0});
 }
 
-TEST(Reduce, NearColoursShareACell) {
+TEST(Reduce, NearColorsShareACell) {
   const Table table = reduceRow({0x08, 0x0F, 0x08, 0x0F, 0x08, 0x0F, 0x07, 0x00, 0x10}, 8);
   EXPECT_EQ(table.count, 2);
   expectTable(table, 8, {0, 0, 23, 15, 15, 15});
 }
 
-TEST(Reduce, AsManyColoursAsWantedAreCut) {
+TEST(Reduce, AsManyColorsAsWantedAreCut) {
   // Two colours, two wanted: the median cut runs, ends before its first split, and leaves slot 1
   // unused. The mean of (2,0,0) three times and (31,0,0) once is 37/4 = 9: 79.
   const Table table = reduceRow({16, 0, 0, 16, 0, 0, 248, 0, 0, 16, 0, 0}, 2);
@@ -75,7 +75,7 @@ TEST(Reduce, AsManyColoursAsWantedAreCut) {
   expectTable(table, 2, {79, 0, 0, 0, 0, 0});
 }
 
-TEST(Reduce, AsManyColoursAsWantedAreCutAndOneIsLost) {
+TEST(Reduce, AsManyColorsAsWantedAreCutAndOneIsLost) {
   // Cells 1, 2 and 3 of blue, once each, three wanted. One split: half of 3 is 1, reached at the first
   // entry, which goes to slot 1 alone; 2 and 3 go to slot 2 with the mean 5/2 = 2. Slot 0 keeps the
   // parent's mean 6/3 = 2: the table has two different colours.
@@ -84,7 +84,7 @@ TEST(Reduce, AsManyColoursAsWantedAreCutAndOneIsLost) {
   expectTable(table, 3, {0, 0, 23, 0, 0, 15, 0, 0, 23});
 }
 
-TEST(Reduce, OneWantedColourIsTheMeanOfAll) {
+TEST(Reduce, OneWantedColorIsTheMeanOfAll) {
   const Table table = reduceRow({16, 0, 0, 16, 0, 0, 248, 0, 0, 16, 0, 0}, 1);
   EXPECT_EQ(table.count, 1);
   expectTable(table, 1, {79, 0, 0});
@@ -96,7 +96,7 @@ TEST(Reduce, NothingWantedIsNothing) {
   EXPECT_TRUE(table.bytes.empty());
 }
 
-TEST(Reduce, TheLastParentsMeanIsTheLastColour) {
+TEST(Reduce, TheLastParentsMeanIsTheLastColor) {
   // Cells 1 to 4 of blue, counts 1, 2, 3, 4. One split: half of 10 is 5, reached at the third entry
   // (1 + 2 + 3), so the lower box holds 1 to 3 with the mean 14/6 = 2 and goes to slot 1, the upper
   // one holds 4 and goes to slot 2. Slot 0 keeps the parent's mean 30/10 = 3.
@@ -122,7 +122,7 @@ TEST(Reduce, TheSortTakesAnEntryOfTheNextBox) {
   expectTable(table, 4, {15, 0, 0, 23, 0, 0, 79, 0, 0, 63, 0, 0});
 }
 
-TEST(Reduce, AnEmptyPictureHasNoColours) {
+TEST(Reduce, AnEmptyPictureHasNoColors) {
   for (const auto &[width, height] :
        {std::pair<uint32_t, int16_t>{0, 1}, {1, 0}, {0, 0}, {0xFFFFFFFF, 0}, {1, -1}, {1, -32768}}) {
     const Handle bits = rowOf({9, 9, 9});

@@ -46,7 +46,7 @@ TEST(NearestSearch, AgreesForAnyTable) {
   }
 }
 
-TEST(NearestSearch, AgreesForEveryColourOfSomeCells) {
+TEST(NearestSearch, AgreesForEveryColorOfSomeCells) {
   support::Random random(32);
   for (size_t i = 0; i < support::cases(12); ++i) {
     const plain::Table table = pictures::table(random, static_cast<uint32_t>(random.between(2, 40)));

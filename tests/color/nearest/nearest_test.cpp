@@ -15,13 +15,13 @@ int32_t find(int16_t red, int16_t green, int16_t blue, const Table &table) {
   return rlNearestRGBIndex(red, green, blue, table.data(), static_cast<int16_t>(table.size() / 3));
 }
 
-TEST(Nearest, GreyRequestsSkipColours) {
+TEST(Nearest, GreyRequestsSkipColors) {
   // Exactly equal bytes make an entry grey; (100,102,104) is no grey entry but a grey request.
   EXPECT_EQ(find(100, 102, 104, {9, 8, 7, 100, 102, 104, 100, 102, 103}), 0);
   EXPECT_EQ(find(100, 102, 104, {9, 8, 7, 100, 102, 104, 0, 0, 0}), 2);
 }
 
-TEST(Nearest, ColouredRequestsSkipGreys) {
+TEST(Nearest, ColoredRequestsSkipGreys) {
   EXPECT_EQ(find(100, 150, 200, {0, 0, 0, 150, 150, 150, 255, 255, 255}), 0);
   EXPECT_EQ(find(100, 150, 200, {100, 150, 200, 150, 150, 150}), 0);
   EXPECT_EQ(find(100, 150, 200, {150, 150, 150, 0, 0, 1}), 1);

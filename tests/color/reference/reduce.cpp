@@ -16,12 +16,12 @@ struct Box {
   int mean[3] = {0, 0, 0};
 };
 
-int keyOf(const Colour &colour, int axis) {
+int keyOf(const Color &color, int axis) {
   const int divisors[] = {1024, 32, 1};
-  return colour.cell / divisors[axis] % 32;
+  return color.cell / divisors[axis] % 32;
 }
 
-void sift(Colour *list, int axis, int parent, int last) {
+void sift(Color *list, int axis, int parent, int last) {
   while (2 * parent + 1 <= last) {
     const int left = 2 * parent + 1;
     const int right = left + 1;
@@ -37,7 +37,7 @@ void sift(Colour *list, int axis, int parent, int last) {
   }
 }
 
-Box boxOver(const std::vector<Colour> &list, int first, int last) {
+Box boxOver(const std::vector<Color> &list, int first, int last) {
   Box box;
   box.first = first;
   box.last = last;
@@ -47,12 +47,12 @@ Box boxOver(const std::vector<Colour> &list, int first, int last) {
     int least = 255;
     int most = 0;
     for (int i = first; i <= last; ++i) {
-      const Colour &colour = list[static_cast<size_t>(i)];
-      const int key = keyOf(colour, axis);
+      const Color &color = list[static_cast<size_t>(i)];
+      const int key = keyOf(color, axis);
       if (key < least) least = key;
       if (key > most) most = key;
-      sums[axis] += static_cast<long long>(key) * colour.count;
-      if (axis == 0) box.pixels += colour.count;
+      sums[axis] += static_cast<long long>(key) * color.count;
+      if (axis == 0) box.pixels += color.count;
     }
     extent[axis] = most - least;
   }
@@ -64,7 +64,7 @@ Box boxOver(const std::vector<Colour> &list, int first, int last) {
   return box;
 }
 
-int medianOf(const std::vector<Colour> &list, const Box &box) {
+int medianOf(const std::vector<Color> &list, const Box &box) {
   if (box.last - box.first <= 1) return box.first;
   const auto count = [&](int i) { return list[static_cast<size_t>(i)].count; };
   const auto key = [&](int i) { return keyOf(list[static_cast<size_t>(i)], box.axis); };
@@ -101,7 +101,7 @@ size_t freeSlot(const std::vector<State> &states, size_t from) {
 }
 
 void cut(std::vector<Box> &boxes, std::vector<State> &states, size_t b, int m,
-         const std::vector<Colour> &list) {
+         const std::vector<Color> &list) {
   const Box parent = boxes[b];
   const size_t s1 = freeSlot(states, 0);
   if (m == parent.first) {
@@ -140,7 +140,7 @@ uint8_t byteOf(int channel5) {
 
 }  // namespace
 
-void sortColours(Colour *list, int axis, int n) {
+void sortColors(Color *list, int axis, int n) {
   for (int start = (n - 2) / 2; start >= 0; --start) sift(list, axis, start, n);
   for (int i = n - 1; i >= 1; --i) {
     std::swap(list[0], list[i]);
@@ -159,7 +159,7 @@ Reduced reduce(const Bytes &rows, uint32_t width, uint32_t height, int wanted) {
       if (histogram[cell] != 65535) histogram[cell]++;
     }
   }
-  std::vector<Colour> list;
+  std::vector<Color> list;
   for (int cell = 0; cell < 32768; ++cell) {
     if (histogram[static_cast<size_t>(cell)] != 0)
       list.push_back({cell, histogram[static_cast<size_t>(cell)]});
@@ -183,8 +183,8 @@ Reduced reduce(const Bytes &rows, uint32_t width, uint32_t height, int wanted) {
   boxes[0] = boxOver(list, 0, distinct - 1);
   for (int inUse = 1; inUse < wanted - 1; ++inUse) {
     const size_t b = fullest(boxes, states);
-    sortColours(&list[static_cast<size_t>(boxes[b].first)], boxes[b].axis,
-                boxes[b].last - boxes[b].first + 1);
+    sortColors(&list[static_cast<size_t>(boxes[b].first)], boxes[b].axis,
+               boxes[b].last - boxes[b].first + 1);
     cut(boxes, states, b, medianOf(list, boxes[b]), list);
   }
   for (size_t slot = 0; slot < boxes.size(); ++slot) {

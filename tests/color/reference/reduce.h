@@ -15,11 +15,11 @@ struct Reduced {
 Reduced reduce(const Bytes &rows, uint32_t width, uint32_t height, int wanted);
 
 // The sort alone: sorts n entries and takes in the one past them.
-struct Colour {
+struct Color {
   int cell;
   int count;
-  bool operator==(const Colour &) const = default;
+  bool operator==(const Color &) const = default;
 };
-void sortColours(Colour *list, int axis, int n);
+void sortColors(Color *list, int axis, int n);
 
 }  // namespace reference
