@@ -6,6 +6,9 @@ namespace color {
 
 namespace {
 
+using runtime::loadSixteen;
+using runtime::storeSixteen;
+
 // The pixels go in four at a time and are stored with four bytes more. Those have been read, and two more
 // pixels follow to write them again: with fewer than these six the loops end.
 constexpr size_t kLeast = 6;

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "color/ssse3.h"
+#include "runtime/ssse3.h"
 
 namespace color {
 

@@ -4,6 +4,9 @@
 
 namespace color {
 
+using runtime::loadSixteen;
+using runtime::storeSixteen;
+
 RAXEL_SSSE3 void mirrorBytesSsse3(uint8_t *left, uint8_t *right, size_t n) {
   const __m128i turned = _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
   for (; n >= 16; n -= 16, left += 16) {

@@ -8,6 +8,9 @@ namespace color {
 
 namespace {
 
+using runtime::loadSixteen;
+using runtime::storeSixteen;
+
 constexpr uint8_t kNoByte = 128;  // the shuffle answers 0 for it
 
 RAXEL_SSSE3 size_t shuffleOnce(const MovePlan &plan, std::span<const uint8_t> source, uint8_t *out) {

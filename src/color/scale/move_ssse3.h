@@ -9,7 +9,7 @@
 #include <span>
 
 #include "color/scale/move_plan.h"
-#include "color/ssse3.h"
+#include "runtime/ssse3.h"
 
 namespace color {
 
