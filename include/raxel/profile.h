@@ -30,11 +30,12 @@ RAXEL_EXPORT void IniTrimChar(char *text, char character);
 //   section   name, with or without brackets; null or empty gives 0
 //   key       null lists the names of all keys instead, each with a zero byte behind it
 //   fallback  what the buffer holds when there is no value; null gives 0
-//   buffer    `size` bytes, cleared first; null or a size below 1 holds nothing
+//   buffer    `size` bytes, cleared first; a size below 1 holds nothing, and null asks for the length:
+//             that of the default, or of the value up to `size`
 // Returns the bytes placed in the buffer. A value is laid over the default without a terminator: a
 // stored 8 over the default 6.67 reads as 8.67, and a value that fills the buffer is not terminated.
 // For a list the result is the length of all names together; a list that does not fit ends in two
-// zero bytes, and the result is size - 1.
+// zero bytes, as far as it has two, and the result is size - 1.
 RAXEL_EXPORT int32_t GetPrivateProfileString(const char *section, const char *key, const char *fallback,
                                              char *buffer, int32_t size, const char *file);
 

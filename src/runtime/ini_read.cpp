@@ -14,11 +14,19 @@ namespace {
 
 constexpr const char *kDefaultProfile = "KVL.INI";
 
+// What the caller reads into. Without an address nothing is stored, and lengths are still told.
+struct Buffer {
+  char *bytes;
+  size_t size;
+  // The part that can be written.
+  std::span<char> room() const { return {bytes, bytes == nullptr ? 0 : size}; }
+};
+
 // Copies as much as fits, without a terminator. Returns the bytes copied.
-int32_t overlay(std::span<char> buffer, const char *text) {
-  const size_t n = std::min(std::strlen(text), buffer.size());
-  if (n > 0) std::memcpy(buffer.data(), text, n);
-  return static_cast<int32_t>(n);
+size_t overlay(std::span<char> room, const char *text) {
+  const size_t n = std::min(std::strlen(text), room.size());
+  if (n > 0) std::memcpy(room.data(), text, n);
+  return n;
 }
 
 // The names of a section's keys, each with a zero byte behind it.
@@ -41,10 +49,8 @@ class KeyList {
  private:
   bool overflow(const char *name) {
     const size_t size = buffer_.size();
-    if (size >= 2) {
-      overlay(buffer_.subspan(used_), name);
-      buffer_[size - 2] = buffer_[size - 1] = 0;
-    }
+    overlay(buffer_.subspan(used_), name);
+    for (size_t i = size < 2 ? 0 : size - 2; i < size; ++i) buffer_[i] = 0;
     total_ = size == 0 ? 0 : static_cast<int32_t>(size - 1);
     used_ = size;
     return false;
@@ -57,9 +63,9 @@ class KeyList {
 
 // Looks a key up, or lists all keys for a null one. Returns what the buffer then holds; `fallback`
 // when there is nothing.
-int32_t search(Handle stream, const SectionName &section, const char *key, std::span<char> buffer,
+int32_t search(Handle stream, const SectionName &section, const char *key, const Buffer &buffer,
                int32_t fallback) {
-  KeyList keys(buffer);
+  KeyList keys(buffer.room());
   bool inside = false;
   for (IniLine line; nextLine(stream, line);) {
     if (!inside) {
@@ -73,10 +79,11 @@ int32_t search(Handle stream, const SectionName &section, const char *key, std::
       if (equals != nullptr) {
         *equals = 0;
         if (key == nullptr) {
-          if (!keys.add(line.text)) break;
+          if (buffer.bytes == nullptr || !keys.add(line.text)) break;
         } else if (stricmp(line.text, key) == 0) {
           IniTrimChar(equals + 1, '"');
-          return overlay(buffer, equals + 1);
+          overlay(buffer.room(), equals + 1);
+          return static_cast<int32_t>(std::min(std::strlen(equals + 1), buffer.size));
         }
       }
     }
@@ -112,14 +119,16 @@ uint32_t parseNumber(const char *text) {
 int32_t GetPrivateProfileString(const char *section, const char *key, const char *fallback, char *buffer,
                                 int32_t size, const char *file) {
   if (section == nullptr || *section == 0 || fallback == nullptr) return 0;
-  const std::span<char> room(buffer, buffer == nullptr || size <= 0 ? 0 : static_cast<size_t>(size));
+  const runtime::Buffer target{buffer, static_cast<size_t>(std::max(size, 0))};
+  const std::span<char> room = target.room();
   std::fill(room.begin(), room.end(), char{0});
   // A value shorter than the default keeps the default's end behind it.
-  const int32_t standing = runtime::overlay(room, fallback);
+  const size_t placed = runtime::overlay(room, fallback);
+  const auto standing = static_cast<int32_t>(buffer == nullptr ? std::strlen(fallback) : placed);
   char path[PATH_MAX];
   const Handle stream = file == nullptr ? 0 : runtime::openProfile(file, KVL_READ, path);
   if (stream == 0) return standing;
-  const int32_t result = runtime::search(stream, runtime::SectionName(section), key, room, standing);
+  const int32_t result = runtime::search(stream, runtime::SectionName(section), key, target, standing);
   INIclose(stream);
   return result;
 }

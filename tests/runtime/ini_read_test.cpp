@@ -115,13 +115,25 @@ TEST_F(Profile, RefusedArgumentsTouchNothing) {
   EXPECT_EQ(GetPrivateProfileString("s", "k", "d", buffer, 0, path.c_str()), 0);
   EXPECT_EQ(GetPrivateProfileString("s", "k", "d", buffer, -1, path.c_str()), 0);
   EXPECT_STREQ(buffer, "abc");
-  EXPECT_EQ(GetPrivateProfileString("s", "k", "d", nullptr, 4, path.c_str()), 0);
-  EXPECT_EQ(GetPrivateProfileString("s", nullptr, "d", nullptr, 4, path.c_str()), 0);
   EXPECT_EQ(GetPrivateProfileString("s", "k", "d", buffer, 4, nullptr), 1);
   EXPECT_STREQ(buffer, "d");
   EXPECT_EQ(GetPrivateProfileInt("s", nullptr, 5, path.c_str()), 5);
   EXPECT_EQ(GetPrivateProfileInt(nullptr, "k", 5, path.c_str()), 5);
   EXPECT_EQ(GetPrivateProfileInt("s", "k", 5, nullptr), 5);
+}
+
+TEST_F(Profile, WithoutABufferTheLengthsComeBackAllTheSame) {
+  const auto length = [&](const char *key, int32_t size) {
+    return GetPrivateProfileString("s", key, "default", nullptr, size, path.c_str());
+  };
+  for (const int32_t size : {-1, 0, 4, 80}) EXPECT_EQ(length("k", size), 7) << "no file";
+  profile("[s]\nk=abcde\n");
+  for (const int32_t size : {-1, 0, 4, 80}) EXPECT_EQ(length("absent", size), 7) << "the default's, uncut";
+  EXPECT_EQ(length("k", 80), 5) << "the value's";
+  EXPECT_EQ(length("k", 4), 4) << "as much of it as the size allows";
+  EXPECT_EQ(length("k", 0), 0);
+  EXPECT_EQ(length("k", -1), 0);
+  EXPECT_EQ(length(nullptr, 80), 7) << "there is nowhere to list keys";
 }
 
 TEST_F(Profile, AMissingFileOrFolderLeavesTheDefault) {
@@ -219,7 +231,8 @@ TEST_F(Profile, AKeyListThatDoesNotFitEndsInTwoZeroBytes) {
   get("s", nullptr, "", 2);
   EXPECT_EQ(raw, std::string("\0\0", 2));
   EXPECT_EQ(result, 1);
-  get("s", nullptr, "", 1);
+  get("s", nullptr, "default", 1);
+  EXPECT_EQ(raw, std::string("\0", 1)) << "of the two zero bytes the one that lies inside";
   EXPECT_EQ(result, 0);
   get("s", nullptr, "", 4);
   EXPECT_EQ(raw, std::string("ab\0\0", 4)) << "a name needs room for its zero byte";
