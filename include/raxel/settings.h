@@ -196,8 +196,8 @@ RAXEL_EXPORT int32_t SaveProfile(void);
 // becomes the new name. No file is copied. Returns 1, or 0 for a null record.
 RAXEL_EXPORT int32_t BackupProfile(RasterSetup *record);
 
-// Does nothing and returns its first argument.
-RAXEL_EXPORT HostWord LoadProfileList(HostWord first);
+// Does nothing and returns its first argument, whatever follows it.
+RAXEL_EXPORT HostWord LoadProfileList(HostWord first, ...);
 
 // ---- Escapes
 

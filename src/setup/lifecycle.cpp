@@ -95,6 +95,6 @@ int32_t BackupProfile(RasterSetup *record) {
   return 1;
 }
 
-HostWord LoadProfileList(HostWord first) {
+HostWord LoadProfileList(HostWord first, ...) {
   return first;
 }

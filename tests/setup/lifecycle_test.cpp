@@ -320,6 +320,7 @@ TEST_F(Lifecycle, DestroyTellsARunningExport) {
 TEST_F(Lifecycle, SavingHasNothingLeftToDo) {
   EXPECT_EQ(SaveProfile(), 1);
   EXPECT_EQ(LoadProfileList(4711), 4711u);
+  EXPECT_EQ(LoadProfileList(4711, 0.5, "and more", 815), 4711u);
 }
 
 TEST_F(Lifecycle, BackupSendsLaterWritesToATemporaryFile) {
