@@ -130,9 +130,10 @@ RAXEL_EXPORT HostWord d_noop(HostWord record);
 // 1034 the answer is InqGDPSupport(argument), for 1323 it is 0.
 RAXEL_EXPORT int32_t InquireSupport(uint32_t opcode, int32_t argument);
 
-// Word -primitive of GDPSupport for -7..-1, else 0. Always 0: also for -5 and -6, which d_gdp carries out.
+// Word -primitive of GDPSupport for -7..-1, else 0. All words are 0, also those of -5 and -6, which d_gdp
+// carries out, unless the host stores others.
 RAXEL_EXPORT int32_t InqGDPSupport(int32_t primitive);
-RAXEL_EXPORT extern const int32_t GDPSupport[8];
+RAXEL_EXPORT extern int32_t GDPSupport[8];
 
 // Allocate and free the state block; with hCommon set nothing is allocated. All return 0.
 RAXEL_EXPORT int32_t AllocGlobal(void);
@@ -259,13 +260,13 @@ RAXEL_EXPORT HostWord d_ca(HostWord record);
 RAXEL_EXPORT void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t resolution,
                                       uint32_t bitsPerPixel, int32_t kind);
 
-// Default attribute tables, for the host: 64 zero bytes each. The driver reads none of them.
-RAXEL_EXPORT extern const uint8_t ln_def[64];
-RAXEL_EXPORT extern const uint8_t tx_def[64];
-RAXEL_EXPORT extern const uint8_t mk_def[64];
-RAXEL_EXPORT extern const uint8_t fl_def[64];
-RAXEL_EXPORT extern const uint8_t eg_def[64];
-RAXEL_EXPORT extern const uint8_t dtr_def[64];
+// Default attribute tables, for the host to fill: 64 zero bytes each. The driver reads none of them.
+RAXEL_EXPORT extern uint8_t ln_def[64];
+RAXEL_EXPORT extern uint8_t tx_def[64];
+RAXEL_EXPORT extern uint8_t mk_def[64];
+RAXEL_EXPORT extern uint8_t fl_def[64];
+RAXEL_EXPORT extern uint8_t eg_def[64];
+RAXEL_EXPORT extern uint8_t dtr_def[64];
 
 RAXEL_END
 

@@ -4,8 +4,8 @@
 #include "raster/driver_state.h"
 #include "raster/opcode_table.h"
 
-// Every drawing primitive is reported unsupported, even the two that the driver carries out.
-const int32_t GDPSupport[8] = {};
+// As delivered every drawing primitive is reported unsupported, even the two that the driver carries out.
+int32_t GDPSupport[8] = {};
 
 namespace raster {
 namespace {

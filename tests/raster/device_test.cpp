@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <limits>
+#include <utility>
 
 #include "raster/session.h"
 #include "support/temp_dir.h"
@@ -294,8 +295,11 @@ TEST(DeviceAlone, FunctionsWithoutAStateBlockDoNothing) {
     EXPECT_EQ(f(word), word);
   }
   EXPECT_EQ(RASTER_escape(), 0);
-  for (const uint8_t *table : {ln_def, tx_def, mk_def, fl_def, eg_def, dtr_def}) {
-    for (int i = 0; i < 64; ++i) EXPECT_EQ(table[i], 0);
+}
+
+TEST(DefaultAttributes, AreZeroAsDeliveredAndTheHostsToFill) {
+  for (uint8_t *table : {ln_def, tx_def, mk_def, fl_def, eg_def, dtr_def}) {
+    for (int i = 0; i < 64; ++i) EXPECT_EQ(std::exchange(table[i], uint8_t{0}), 0);
   }
 }
 

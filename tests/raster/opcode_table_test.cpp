@@ -107,4 +107,12 @@ TEST(Primitives, AreAllReportedUnsupported) {
   EXPECT_EQ(InqGDPSupport(INT32_MIN), 0);
 }
 
+TEST(Primitives, AreReportedAsAHostStoresThem) {
+  GDPSupport[5] = -9;
+  EXPECT_EQ(InqGDPSupport(-5), -9);
+  EXPECT_EQ(InquireSupport(1034, -5), -9);
+  EXPECT_EQ(InqGDPSupport(-6), 0);
+  GDPSupport[5] = 0;
+}
+
 }  // namespace
