@@ -108,7 +108,9 @@ RAXEL_EXPORT int32_t kvlWrite(Handle stream, const void *buffer, int32_t count);
 RAXEL_EXPORT int32_t kvlSeek(Handle stream, int32_t offset, int32_t whence);
 
 // Copies a file over another. Returns the bytes written minus the bytes read: 0 when all went
-// through. -1 when the source cannot be read, and the destination then stays as it was.
+// through, minus the source's size when the destination does not open. -1 when the source does not
+// open, and the destination then stays as it was; also when the counts agree but a read or a close
+// failed.
 RAXEL_EXPORT int32_t kvlCopy(const char *source, const char *destination);
 
 // Reads a line of at most `max` bytes, without its ending (LF, CR LF or CR). The text is terminated

@@ -61,11 +61,11 @@ int32_t writeStraight(Stream &stream, std::span<const uint8_t> from) {
   return fail(stream);
 }
 
-// Whether a target can be reached without the file: it lies in the window, or just past its bytes.
+// Whether a target can be reached without the file: it is a byte of the window. The place just past the
+// last one is not.
 bool isInWindow(const Stream &stream, int64_t target) {
   if (isMemory(stream)) return target <= stream.nLimit;
-  return stream.nHigh >= 0 && target >= stream.lBufStart &&
-         target <= int64_t{stream.lBufStart} + stream.nHigh + 1;
+  return target >= stream.lBufStart && target <= int64_t{stream.lBufStart} + stream.nHigh;
 }
 
 int32_t moveWithin(Stream &stream, int64_t target) {
@@ -78,18 +78,23 @@ int32_t growAndMove(Stream &stream, int64_t target) {
   return moveWithin(stream, target);
 }
 
-// Moves through the file itself. Streams open for writing fill the new window only when a read wants
-// it: patching four bytes of a directory then costs four bytes.
+void flushOrLose(Stream &stream) {
+  if (stream.bDirty == 0 || flushWindow(stream) >= 0) return;
+  stream.bBytesLost = 1;
+  stream.bDirty = 0;
+}
+
+// Moves through the file itself, and fills the window from the new position on.
 int32_t seekFile(Stream &stream, int32_t offset, int32_t whence) {
-  if (stream.bDirty != 0 && flushWindow(stream) < 0) {
-    stream.bBytesLost = 1;
-    stream.bDirty = 0;
-  }
+  flushOrLose(stream);
   const int32_t position = positionOf(stream, offset, whence);
   if (position < 0) return fail(stream);
-  moveWindow(stream, position);
-  if (!isOpenForWriting(stream) && fillWindow(stream) < 0) return -1;
-  return position;
+  if (position == INT32_MAX) {  // a position, and nothing can be read at it
+    moveWindow(stream, position);
+    return position;
+  }
+  stream.lNextRead = position;
+  return fillWindow(stream) < 0 ? -1 : position;
 }
 
 }  // namespace
@@ -145,6 +150,16 @@ int32_t seekTo(Stream &stream, int32_t offset, int32_t whence) {
   if (whence != SEEK_END || target < 0) return fail(stream);
   // Just past the block is still no reason to grow it; the next write does.
   return target <= int64_t{stream.nLimit} + 1 ? moveWithin(stream, target) : growAndMove(stream, target);
+}
+
+void seekToWrite(Stream &stream, int32_t position) {
+  const int64_t past = int64_t{stream.lBufStart} + stream.nHigh + 1;
+  if (position >= stream.lBufStart && position <= past) {
+    moveWithin(stream, position);
+  } else {
+    flushOrLose(stream);
+    moveWindow(stream, position);
+  }
 }
 
 }  // namespace runtime

@@ -54,12 +54,8 @@ int32_t kvlCloseandDelete(Handle handle, const char *name) {
 
 int32_t kvlCopy(const char *source, const char *destination) {
   const Handle from = kvlOpen(source, nullptr, KVL_READ);
-  if (from == 0) return -1;  // and the destination stays as it was
-  const Handle to = kvlOpen(destination, nullptr, KVL_OUTPUT);
-  if (to == 0) {
-    kvlClose(from);
-    return -1;
-  }
+  if (from == 0) return -1;                                     // and the destination stays as it was
+  const Handle to = kvlOpen(destination, nullptr, KVL_OUTPUT);  // without one no byte is written
   uint8_t block[4096];
   uint32_t balance = 0;  // bytes written minus bytes read, modulo 2^32
   int32_t count;
@@ -68,6 +64,6 @@ int32_t kvlCopy(const char *source, const char *destination) {
     balance += static_cast<uint32_t>(written > 0 ? written : 0) - static_cast<uint32_t>(count);
   }
   // A failure that the counts do not show is one all the same.
-  const bool failed = (kvlClose(from) | kvlClose(to) | count) < 0;
+  const bool failed = (kvlClose(from) | (to == 0 ? 0 : kvlClose(to)) | count) < 0;
   return balance == 0 && failed ? -1 : static_cast<int32_t>(balance);
 }

@@ -68,6 +68,12 @@ int32_t readBytes(Stream &stream, std::span<uint8_t> to);
 int32_t writeBytes(Stream &stream, std::span<const uint8_t> from);
 int32_t seekTo(Stream &stream, int32_t offset, int32_t whence);
 
+// Moves a file stream that is open for writing to a position where bytes will be written next, and does
+// not read what lies there: to patch four bytes costs four bytes then. The position just past the
+// window's bytes is reached without a flush. For the library's own steps back and forth between two
+// calls of the host, which finds its streams as kvlSeek leaves them.
+void seekToWrite(Stream &stream, int32_t position);
+
 // A line as it came from a stream: the bytes stored, and whether the data ended (or failed) before
 // a line ending was found.
 struct Line {

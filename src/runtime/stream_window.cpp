@@ -40,15 +40,16 @@ int32_t flushWindow(Stream &stream) {
 int32_t fillWindow(Stream &stream) {
   if (isMemory(stream) || stream.fp == nullptr) return 0;
   // A flush that fails does not keep the fill from going on, but its bytes are gone then.
-  if (stream.bDirty != 0 && flushWindow(stream) < 0) stream.bBytesLost = 1;
+  const bool lost = stream.bDirty != 0 && flushWindow(stream) < 0;
   const int32_t start = stream.lNextRead;
-  moveWindow(stream, start);
   // Past 2^31 - 1 no offset has a name.
   const int32_t room = INT32_MAX - start;
   const int32_t wanted = room < kBufferSize ? room : kBufferSize;
   if (wanted == 0) return fail(stream);
   const int32_t count = readAt(stream, start, {windowOf(stream), static_cast<size_t>(wanted)});
   if (count < 0) return fail(stream);
+  if (lost) stream.bBytesLost = 1;
+  moveWindow(stream, start);
   stream.nHigh = count - 1;
   stream.lNextRead = start + count;
   return count;

@@ -11,6 +11,7 @@
 
 namespace {
 
+using tiff::seekBack;
 using tiff::seekTo;
 using tiff::tell;
 
@@ -78,7 +79,7 @@ void placeArray(const TiffWriterState &state, uint32_t entryPos, uint32_t &value
   const uint32_t here = tell(file);
   seekTo(file, entryPos + state.dwTiffBase);
   WriteLong(file, here - state.dwTiffBase);
-  seekTo(file, here);
+  seekBack(file, here);
   valuesPos = here - state.dwTiffBase;
   const bool ours = !tiff::isHostStream(file);
   for (uint32_t left = tiff::pieceCount(state); left > 0; --left) {
@@ -153,7 +154,7 @@ void placeResolutions(const TiffWriterState &state, uint16_t entryCount, uint32_
   WriteLong(file, end - base);
   seekTo(file, base + xResolution + kEntryBytes + kValueInEntry);
   WriteLong(file, end - base + 8);
-  seekTo(file, end);
+  seekBack(file, end);
   writeRational(file, state.nXResolution);
   writeRational(file, state.nYResolution);
 }

@@ -1,12 +1,12 @@
 #include "tiff/output.h"
 
-#include "raxel/memory.h"
+#include "runtime/stream_record.h"
 
 namespace tiff {
 namespace {
 
-const KvlStream *record(Handle file) {
-  return static_cast<const KvlStream *>(GlobalLock(file));
+const runtime::Stream *record(Handle file) {
+  return runtime::streamOf(file);
 }
 
 }  // namespace
@@ -24,6 +24,16 @@ uint32_t tell(Handle file) {
 }
 
 void seekTo(Handle file, uint32_t position) {
+  if (isDiskFile(file) && runtime::isOpenForWriting(*record(file)) && position <= INT32_MAX) {
+    runtime::seekToWrite(*runtime::streamOf(file), static_cast<int32_t>(position));
+  } else {
+    kvlSeek(file, static_cast<int32_t>(position), 0);
+  }
+}
+
+void seekBack(Handle file, uint32_t position) {
+  const bool atEnd = isDiskFile(file) && int64_t{position} >= record(file)->lSize;
+  if (atEnd) return seekTo(file, position);
   kvlSeek(file, static_cast<int32_t>(position), 0);
 }
 

@@ -18,7 +18,10 @@ bool isDiskFile(Handle file);
 
 // The current position. A stream that cannot tell gives 0xFFFFFFFF, which no offset in a file can be.
 uint32_t tell(Handle file);
+// Goes to a position at which the next bytes will be written.
 void seekTo(Handle file, uint32_t position);
+// Goes back to where the file goes on. What lies behind is there to be read, as after kvlSeek.
+void seekBack(Handle file, uint32_t position);
 
 // Writes all the bytes in one call; false when the stream took fewer.
 bool writeAll(Handle file, std::span<const uint8_t> bytes);

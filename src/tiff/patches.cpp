@@ -33,7 +33,7 @@ void patchOffset(const TiffWriterState &state, uint32_t k) {
   const uint32_t here = tell(state.hTiffFile);
   seekTo(state.hTiffFile, state.nOffsetsPos + kNumberBytes * (k - 1));
   WriteLong(state.hTiffFile, here - state.dwTiffBase);
-  seekTo(state.hTiffFile, here);
+  seekBack(state.hTiffFile, here);
 }
 
 void patchByteCount(const TiffWriterState &state, uint32_t k, uint32_t count) {
@@ -41,7 +41,7 @@ void patchByteCount(const TiffWriterState &state, uint32_t k, uint32_t count) {
   const uint32_t here = tell(state.hTiffFile);
   seekTo(state.hTiffFile, state.nCountsPos + kNumberBytes * (k - 1));
   WriteLong(state.hTiffFile, count);
-  seekTo(state.hTiffFile, here);
+  seekBack(state.hTiffFile, here);
 }
 
 void Patches::Kept::add(uint32_t value) {
@@ -79,7 +79,7 @@ void Patches::finish() {
   const uint32_t skipped = kNumberBytes * (first_ - 1);
   offsets_.writeAt(file, state_.nOffsetsPos + skipped);
   counts_.writeAt(file, state_.nCountsPos + skipped);
-  seekTo(file, here);
+  seekBack(file, here);
 }
 
 }  // namespace tiff

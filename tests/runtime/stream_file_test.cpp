@@ -219,17 +219,45 @@ TEST_F(File, SeekOutOfTheWindowFillsItAtTheTarget) {
   EXPECT_EQ(kvlClose(h), 0);
 }
 
-TEST_F(File, SeekOnAWritableStreamLeavesTheFillToTheNextRead) {
-  support::writeFile(path, std::string(30000, 'q'));
+TEST_F(File, SeekOnAWritableStreamFillsTheWindowToo) {
+  support::writeFile(path, std::string(40000, 'q'));
   const Handle h = open(KVL_UPDATE);
   EXPECT_EQ(kvlSeek(h, 20000, 0), 20000);
   EXPECT_EQ(record(h).lBufStart, 20000);
-  EXPECT_EQ(record(h).nHigh, -1);
-  EXPECT_EQ(record(h).lNextRead, 20000);
-  char c;
-  EXPECT_EQ(kvlRead(h, &c, 1), 1);
-  EXPECT_EQ(record(h).nHigh, 9999);
+  EXPECT_EQ(record(h).nHigh, 12287);
+  EXPECT_EQ(record(h).lNextRead, 32288);
+  EXPECT_EQ(kvlWrite(h, "abc", 3), 3);
+  EXPECT_EQ(tell(h), 20003);
+  EXPECT_EQ(FlushKvlIO(h), 12288) << "the whole window goes back";
+  EXPECT_EQ(tell(h), 32288);
   EXPECT_EQ(kvlClose(h), 0);
+  EXPECT_EQ(support::readText(path), std::string(20000, 'q') + "abc" + std::string(19997, 'q'));
+}
+
+TEST_F(File, FillAfterASeekGoesOnBehindTheWindow) {
+  support::writeFile(path, std::string(40000, 'q'));
+  const Handle h = open(KVL_UPDATE);
+  EXPECT_EQ(kvlSeek(h, 20000, 0), 20000);
+  EXPECT_EQ(FillKvlIOBuf(h), 40000 - 32288);
+  EXPECT_EQ(tell(h), 32288);
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
+// An attached file that cannot be read has no bytes to fill the window with.
+TEST_F(File, SeekOnAnAttachedWriteOnlyFileFails) {
+  FILE *fp = std::fopen(path.c_str(), "w");
+  KvlStreamDesc d = {};
+  d.fpOpen = reinterpret_cast<HostWord>(fp);
+  const Handle h = kvlOpen(nullptr, &d, KVL_ATTACH);
+  EXPECT_EQ(kvlWrite(h, "0123456789", 10), 10);
+  EXPECT_EQ(kvlSeek(h, 4, 0), 4) << "inside the window";
+  EXPECT_EQ(record(h).nError, 0);
+  EXPECT_EQ(kvlSeek(h, 100, 0), -1);
+  EXPECT_EQ(record(h).nError, -1);
+  EXPECT_EQ(tell(h), 10) << "behind the bytes that it flushed first";
+  EXPECT_EQ(kvlClose(h), 0);
+  std::fclose(fp);
+  EXPECT_EQ(support::readText(path), "0123456789");
 }
 
 TEST_F(File, SeekInsideTheWindowKeepsWrittenBytesInIt) {
@@ -237,9 +265,13 @@ TEST_F(File, SeekInsideTheWindowKeepsWrittenBytesInIt) {
   EXPECT_EQ(kvlWrite(h, "0123456789", 10), 10);
   EXPECT_EQ(kvlSeek(h, 2, 0), 2);
   EXPECT_EQ(kvlWrite(h, "xy", 2), 2);
-  EXPECT_EQ(kvlSeek(h, 10, 0), 10);  // just past the bytes: still inside
-  EXPECT_EQ(kvlWrite(h, "!", 1), 1);
+  EXPECT_EQ(kvlSeek(h, 9, 0), 9);
   EXPECT_EQ(support::readText(path), "") << "nothing was written yet";
+  EXPECT_EQ(kvlSeek(h, 10, 0), 10);  // just past the bytes: no longer inside
+  EXPECT_EQ(support::readText(path), "01xy456789");
+  EXPECT_EQ(record(h).lBufStart, 10);
+  EXPECT_EQ(record(h).nHigh, -1);
+  EXPECT_EQ(kvlWrite(h, "!", 1), 1);
   EXPECT_EQ(kvlClose(h), 0);
   EXPECT_EQ(support::readText(path), "01xy456789!");
 }
@@ -334,8 +366,16 @@ TEST_F(File, CopyWithoutASourceLeavesTheTarget) {
   EXPECT_EQ(kvlCopy(dir.file("absent").c_str(), path.c_str()), -1);
   EXPECT_EQ(kvlCopy(nullptr, path.c_str()), -1);
   EXPECT_EQ(support::readText(path), "kept");
-  EXPECT_EQ(kvlCopy(path.c_str(), dir.file("no/such/folder").c_str()), -1);
-  EXPECT_EQ(kvlCopy(path.c_str(), nullptr), -1);
+}
+
+// Bytes written minus bytes read: all of the source is read, and none of it written.
+TEST_F(File, CopyWithoutADestinationAnswersWhatIsMissing) {
+  const std::string nowhere = dir.file("no/such/folder");
+  for (const int32_t size : {5, 0, 4096, 13000}) {
+    support::writeFile(path, std::string(static_cast<size_t>(size), 'x'));
+    EXPECT_EQ(kvlCopy(path.c_str(), nowhere.c_str()), -size);
+    EXPECT_EQ(kvlCopy(path.c_str(), nullptr), -size);
+  }
 }
 
 TEST_F(File, NullHandlesAnswerTheirFailure) {

@@ -155,6 +155,139 @@ TEST(StreamModel, WritesInBulkLeaveWhatSingleStoresLeave) {
   }
 }
 
+// A file stream as its rules have it: one window, one byte at a time.
+struct PlainStream {
+  Bytes disk;
+  Bytes window = Bytes(12288);
+  int32_t nPos = 0, nHigh = -1, lBufStart = 0, lNextRead = 0, bDirty = 0, lSize = 0;
+
+  int32_t flush() {
+    if (bDirty == 0) return 0;
+    const int32_t count = nHigh + 1;
+    const size_t end = static_cast<size_t>(lBufStart + count);
+    if (disk.size() < end) disk.resize(end);
+    std::copy_n(window.begin(), count, disk.begin() + lBufStart);
+    lBufStart = lNextRead = lBufStart + count;
+    nPos = 0;
+    nHigh = -1;
+    bDirty = 0;
+    lSize = static_cast<int32_t>(disk.size());
+    return count;
+  }
+  int32_t fill() {
+    flush();
+    const auto from = std::min<int32_t>(lNextRead, static_cast<int32_t>(disk.size()));
+    const auto count = std::min<int32_t>(static_cast<int32_t>(disk.size()) - from, 12288);
+    std::copy_n(disk.begin() + from, count, window.begin());
+    nPos = 0;
+    nHigh = count - 1;
+    lBufStart = lNextRead;
+    lNextRead += count;
+    return count;
+  }
+  void put(uint8_t byte) {
+    if (nPos > 12287) {
+      flush();
+      if (nPos > 12287) {  // a window of bytes that were only read gives way all the same
+        lBufStart = lNextRead = lBufStart + nPos;
+        nPos = 0;
+        nHigh = -1;
+      }
+    }
+    window[static_cast<size_t>(nPos)] = byte;
+    nHigh = std::max(nHigh, nPos++);
+    bDirty = 1;
+  }
+  Bytes read(size_t n) {
+    Bytes out;
+    while (out.size() < n && (nPos <= nHigh || fill() > 0))
+      out.push_back(window[static_cast<size_t>(nPos++)]);
+    return out;
+  }
+  int32_t seek(int32_t offset, int32_t whence) {
+    if (whence == 1 && offset == 0) return lBufStart + nPos;
+    if (whence == 1) return seek(offset + lBufStart + nPos, 0);
+    if (whence == 0 && offset >= lBufStart && offset <= lBufStart + nHigh) {
+      nPos = offset - lBufStart;
+      return offset;
+    }
+    flush();
+    lNextRead = offset + (whence == 2 ? static_cast<int32_t>(disk.size()) : 0);
+    fill();
+    return lBufStart;
+  }
+};
+
+void compareWindows(const KvlStream &s, const PlainStream &plain) {
+  ASSERT_EQ(s.nPos, plain.nPos);
+  ASSERT_EQ(s.nHigh, plain.nHigh);
+  ASSERT_EQ(s.nLimit, 12287);
+  ASSERT_EQ(s.lBufStart, plain.lBufStart);
+  ASSERT_EQ(s.lNextRead, plain.lNextRead);
+  ASSERT_EQ(s.bDirty, plain.bDirty);
+  ASSERT_EQ(s.lSize, plain.lSize);
+  ASSERT_EQ(s.nError, 0);
+  ASSERT_EQ(std::memcmp(GlobalLock(s.hBuffer), plain.window.data(), static_cast<size_t>(s.nHigh + 1)), 0);
+}
+
+TEST(StreamModel, WindowsFollowEveryCall) {
+  const support::TempDir dir;
+  const std::string path = dir.file("f");
+  for (uint64_t seed = 0; seed < support::cases(150); ++seed) {
+    support::Random random(seed + 900);
+    PlainStream plain;
+    plain.disk = random.bytes(interestingSize(random));
+    plain.lSize = static_cast<int32_t>(plain.disk.size());
+    support::writeFile(path, std::string(plain.disk.begin(), plain.disk.end()));
+    const Handle h = kvlOpen(path.c_str(), nullptr, KVL_UPDATE);
+    for (int step = 0; step < 50; ++step) {
+      const size_t n = interestingSize(random);
+      switch (random.between(0, 4)) {
+        case 0: {
+          const Bytes from = random.bytes(n);
+          ASSERT_EQ(kvlWrite(h, from.data(), static_cast<int32_t>(n)), static_cast<int32_t>(n));
+          for (const uint8_t byte : from) plain.put(byte);
+          break;
+        }
+        case 1: {
+          Bytes to(n + 1);
+          to.resize(static_cast<size_t>(kvlRead(h, to.data(), static_cast<int32_t>(n))));
+          ASSERT_EQ(to, plain.read(n));
+          break;
+        }
+        case 2:
+          if (random.chance(50)) {
+            ASSERT_EQ(FlushKvlIO(h), plain.flush());
+          } else {
+            ASSERT_EQ(FillKvlIOBuf(h), plain.fill());
+          }
+          break;
+        default: {
+          // Near the window's two ends as often as anywhere.
+          const int32_t ends[] = {plain.lBufStart, plain.lBufStart + plain.nHigh,
+                                  static_cast<int32_t>(random.between(0, 50000))};
+          const auto target = static_cast<int32_t>(ends[random.between(0, 2)] + random.between(-1, 1));
+          if (target < 0) continue;
+          if (random.chance(20)) {
+            const int32_t back = -static_cast<int32_t>(random.between(0, plain.lSize));
+            ASSERT_EQ(kvlSeek(h, back, 2), plain.seek(back, 2));
+          } else if (random.chance(30)) {
+            const int32_t by = target - plain.lBufStart - plain.nPos;
+            ASSERT_EQ(kvlSeek(h, by, 1), plain.seek(by, 1));
+          } else {
+            ASSERT_EQ(kvlSeek(h, target, 0), plain.seek(target, 0));
+          }
+        }
+      }
+      ASSERT_NO_FATAL_FAILURE(compareWindows(record(h), plain)) << "seed " << seed << " step " << step;
+      ASSERT_EQ(support::readFile(path), plain.disk) << "seed " << seed << " step " << step;
+    }
+    plain.flush();
+    ASSERT_EQ(kvlClose(h), 0);
+    ASSERT_EQ(support::readFile(path), plain.disk) << "seed " << seed;
+  }
+}
+
 // A block of the caller's that grows: stores behind nLimit add nGrow bytes.
 struct PlainBlock {
   Bytes bytes;
