@@ -5,6 +5,7 @@
 
 #include "raxel/memory.h"
 #include "runtime/handle_layout.h"
+#include "runtime/live_blocks.h"
 #include "runtime/unaligned.h"
 
 namespace {
@@ -50,7 +51,9 @@ Handle GlobalAlloc(uint32_t flags, uint32_t size) {
   void *block = length == 0 ? nullptr : std::calloc(length / 8, 8);
   if (block == nullptr) exhausted(size);
   writeHeader(static_cast<uint8_t *>(block), size, flags);
-  return reinterpret_cast<Handle>(block);
+  const auto handle = reinterpret_cast<Handle>(block);
+  runtime::noteBlock(handle);
+  return handle;
 }
 
 void *GlobalLock(Handle handle) {
@@ -66,6 +69,7 @@ int32_t GlobalUnlock(Handle /*handle*/) {
 }
 
 int32_t GlobalFree(Handle handle) {
+  runtime::forgetBlock(handle);
   std::free(reinterpret_cast<void *>(handle));
   return 0;
 }
@@ -82,12 +86,15 @@ Handle GlobalReAlloc(Handle handle, uint32_t size, uint32_t flags) {
   }
   // Growing in place where the heap can: a memory stream grows thousands of times.
   const size_t length = blockLength(size);
+  runtime::forgetBlock(handle);
   void *block = length == 0 ? nullptr : std::realloc(reinterpret_cast<void *>(handle), length);
   if (block == nullptr) exhausted(size);
   auto *bytes = static_cast<uint8_t *>(block);
   writeHeader(bytes, size, flags);
   std::memset(bytes + kDataAt + kept, 0, length - kDataAt - kept);
-  return reinterpret_cast<Handle>(block);
+  const auto moved = reinterpret_cast<Handle>(block);
+  runtime::noteBlock(moved);
+  return moved;
 }
 
 Handle GlobalHandle(const void *data) {

@@ -5,6 +5,8 @@
 #include <span>
 
 #include "raxel/tiff.h"
+#include "runtime/blocks.h"
+#include "runtime/live_blocks.h"
 #include "tiff/cell_descriptor.h"
 
 namespace tiff {
@@ -12,10 +14,15 @@ namespace tiff {
 // The host's palette: red, green, blue bytes. Entries past its end read as black.
 class Palette {
  public:
-  // A bitmap of up to 8 bits per pixel comes with one entry for each of its pixel values; deeper ones
-  // and a null pointer have no palette.
-  Palette(const uint8_t *entries, uint16_t bitsPerPixel)
-      : bytes_(entries, entries == nullptr || bitsPerPixel > 8 ? 0 : size_t{3} << bitsPerPixel) {}
+  // In handle memory a palette is as long as its block. Elsewhere a bitmap of up to 8 bits per pixel comes
+  // with one entry for each of its pixel values, and deeper ones have no palette; nor has a null pointer.
+  Palette(const uint8_t *entries, uint16_t bitsPerPixel) {
+    if (const Handle block = runtime::blockWithData(entries); block != 0) {
+      bytes_ = runtime::lockBytes(block);
+    } else if (entries != nullptr && bitsPerPixel <= 8) {
+      bytes_ = {entries, size_t{3} << bitsPerPixel};
+    }
+  }
 
   uint8_t channel(uint32_t entry, uint32_t which) const {
     const size_t at = size_t{3} * entry + which;

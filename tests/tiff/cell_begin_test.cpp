@@ -268,8 +268,8 @@ TEST(BeginCellBitmap, FirstRedIsKeptForOneBitOnly) {
   EXPECT_EQ(runtime::load<uint32_t>(begun.block() + 261), 0u);
 }
 
-// A palette has as many entries as its pixels can name; what lies past them, or past no palette at
-// all, counts as black.
+// A palette elsewhere has as many entries as its pixels can name; what lies past them, or past no palette
+// at all, counts as black.
 TEST(BeginCellBitmap, EntriesPastThePaletteAreBlack) {
   InUse use(support::kColors256, support::kNone);
   const Bytes palette(48, 0xEE);
@@ -288,6 +288,41 @@ TEST(BeginCellBitmap, EntriesPastThePaletteAreBlack) {
   use.setup.nBitmapMode = support::kBilevel;
   EXPECT_EQ(BeginCellBitmap(out.file, 8, 8, 1, nullptr, &descriptor), -1);
   EXPECT_EQ(runtime::load<uint32_t>(static_cast<uint8_t *>(GlobalLock(descriptor)) + 261), 0u);
+  EndCellBitmap(out.file, descriptor);
+}
+
+// In handle memory the block says how long a palette is, whatever the bitmap's depth.
+TEST(BeginCellBitmap, APaletteInHandleMemoryIsAsLongAsItsBlock) {
+  const struct {
+    int32_t mode;
+    uint16_t bits;
+    size_t held, copied;  // entries
+  } rows[] = {{221, 4, 256, 256}, {221, 24, 256, 256}, {221, 8, 256, 256}, {219, 1, 16, 16},
+              {219, 4, 256, 16},  {221, 8, 5, 5},      {221, 1, 0, 0},     {215, 24, 2, 2}};
+  for (const auto &row : rows) {
+    InUse use(row.mode, support::kNone);
+    const support::Pixels palette(countingPalette(row.held));
+    const support::HostOutput out;
+    Handle descriptor = 0;
+    const auto *entries = static_cast<const uint8_t *>(GlobalLock(palette.handle()));
+    EXPECT_EQ(BeginCellBitmap(out.file, 8, 8, row.bits, entries, &descriptor), -1);
+    EndCellBitmap(out.file, descriptor);
+    Bytes expected = countingPalette(row.copied);
+    expected.resize(768);
+    EXPECT_EQ(colorMapOf(use.setup.tiff, 256), expected) << row.mode << " at " << row.bits;
+  }
+}
+
+// The greys of a palette whose bitmap is less deep are remapped to its end.
+TEST(BeginCellBitmap, RemappingSeesTheWholePaletteOfABlock) {
+  InUse use(support::kGrey256, support::kNone);
+  const support::Pixels palette(Bytes(768, 200));
+  const support::HostOutput out;
+  Handle descriptor = 0;
+  const auto *entries = static_cast<const uint8_t *>(GlobalLock(palette.handle()));
+  ASSERT_EQ(BeginCellBitmap(out.file, 8, 8, 4, entries, &descriptor), -1);
+  const auto *block = static_cast<const uint8_t *>(GlobalLock(descriptor));
+  EXPECT_EQ(Bytes(block + 1, block + 257), Bytes(256, 200));
   EndCellBitmap(out.file, descriptor);
 }
 
