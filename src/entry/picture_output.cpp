@@ -65,6 +65,15 @@ int32_t settleSize(Output &out) {
   return RAXEL_OK;
 }
 
+// A band that no block holds ends the picture when it is to be written, behind header and directory. But
+// not where the directory's two arrays alone, for such sizes in tiles, would take gigabytes before.
+bool listsTooMuch(const Output &out) {
+  constexpr uint64_t kMostTiles = uint64_t{1} << 23;  // arrays of 64 MiB
+  const uint64_t tiles = (uint64_t{out.width} + 511) / 512 * ((uint64_t{out.height} + 127) / 128);
+  return out.settings->tiff.wLayoutMode == RAXEL_STORED_LAYOUT_TILES && tiles > kMostTiles &&
+         !runtime::fitsInBlock(pictureBytes(out.width, out.bandRows, out.bits));
+}
+
 // Offers the draw procedure one band of the full height; it answers with the rows it wants.
 int32_t openScreen(Output &out) {
   const bool indexed = out.bits < 9;
@@ -80,10 +89,8 @@ int32_t openScreen(Output &out) {
   }
   out.bandRows = std::min(rows, out.height);
   if (out.bandRows == 0) return RAXEL_NO_FORMAT;
-  // A band that no block holds cannot come. Known now, the directory need not be written first: for
-  // such sizes it may list billions of tiles.
-  if (!runtime::fitsInBlock(pictureBytes(out.width, out.bandRows, out.bits))) return RAXEL_NO_MEMORY;
-  return takeSettingsBack(out);
+  if (const int32_t lost = takeSettingsBack(out); lost != RAXEL_OK) return lost;
+  return listsTooMuch(out) ? RAXEL_NO_MEMORY : RAXEL_OK;
 }
 
 // A writer that could not begin leaves no descriptor; the first band then reports it.

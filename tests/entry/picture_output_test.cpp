@@ -150,7 +150,17 @@ TEST_F(PictureOutput, WithoutWidthIs300) {
   EXPECT_EQ(output(0, 6), 300);
 }
 
-TEST_F(PictureOutput, ABandThatNoBlockHoldsIs300BeforeAnythingIsWritten) {
+// The writing finds it out, behind header and directory.
+TEST_F(PictureOutput, ABandThatNoBlockHoldsIs300FromTheWriting) {
+  picture_.noPixels = true;
+  EXPECT_EQ(output(100000, 1e6), 300);
+  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 3, 2}));
+  // 8 bytes of header, 13 entries, no further directory, two resolutions: one strip of 3e11 bytes.
+  EXPECT_EQ(stream_.bytes().size(), 8u + 2 + 13 * 12 + 4 + 16);
+  EXPECT_TRUE(host_.status.calls.empty());
+}
+
+TEST_F(PictureOutput, ABandThatNoBlockHoldsWithGigabytesOfTilesIs300BeforeAnythingIsWritten) {
   host_.settings().tiff.wLayoutMode = 771;  // a directory of 65535 times ten million tiles otherwise
   host_.settings().nCompressionMode = 230;
   EXPECT_EQ(output(33553920, 1e9), 300);

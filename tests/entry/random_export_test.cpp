@@ -85,6 +85,7 @@ void randomExtents(Random &random, RasterSetup &settings, CellInfo &info) {
   const auto extentY = static_cast<int32_t>(random.between(INT32_MIN, INT32_MAX));
   const double pixels = std::max(1.0, extentX * 60.0 / 96) * std::max(2.0, extentY * 60.0 / 96);
   if (pixels > 1e6 && pixels < 4e10) return;
+  settings.tiff.wLayoutMode = 772;  // the directory lists millions of tiles, each number by itself
   settings.nSizeMode = 602;
   settings.nResolutionMode = 310;
   settings.tiff.nXResolution = settings.tiff.nYResolution = 60;
