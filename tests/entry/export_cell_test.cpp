@@ -48,6 +48,26 @@ TEST_F(ExportCell, ByName) {
   EXPECT_EQ(bytes.size(), 198u);
 }
 
+// The profile's key for it has the name that the string table lacks.
+TEST_F(ExportCell, ATiledSetupFromAProfileMakesATiledFile) {
+  support::writeFile(folder_.file("raxel.ini"),
+                     "[PAGES]\nDriver=D\nBitmap Mode=215\nCompression Mode=230\nNot Defined=771\n");
+  const Handle setup = CreateSetup(0, folder_.file("raxel.ini").c_str(), "PAGES", "");
+  host_.exportRecord()[2] = setup;
+  Picture white(1, 8, {{0}, {0}}, {255, 255, 255, 0, 0, 0});
+  const Bytes bytes = host_.runInMemory(white);
+  const support::TiffFile file = support::readTiff(bytes);
+  ASSERT_TRUE(file.ok()) << file.error;
+  EXPECT_EQ(file.value(322), 512u);
+  EXPECT_EQ(file.value(323), 128u);
+  EXPECT_EQ(file.find(273), nullptr) << "and no strips";
+  EXPECT_EQ(file.find(278), nullptr);
+  // 128 white rows below a white one: 128 times V0, a bit each.
+  EXPECT_EQ(file.value(325), 16u);
+  EXPECT_EQ(Bytes(file.piece(0).begin(), file.piece(0).end()), Bytes(16, 0xFF));
+  DestroySetup(setup);
+}
+
 TEST_F(ExportCell, ByNameReplacesWhatWasThere) {
   const std::string path = folder_.file("out.tif");
   support::writeFile(path, std::string(100000, 'x'));

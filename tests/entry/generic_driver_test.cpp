@@ -152,9 +152,13 @@ TEST_F(GenericDriver, ExecuteCallsTheFunctionThatTheOpcodeNames) {
   EXPECT_EQ(dd_entry32(0, 2, record), 0) << "the driver's error is not the session's";
   EXPECT_EQ(driver.nLastError, 0);
   driver.nLastError = 303;
-  common_.nSessState = 0;
-  EXPECT_EQ(dd_entry32(0, 2, record), 0);
-  EXPECT_EQ(driver.nLastError, 303) << "nothing is called in a closed session";
+  for (const int32_t state : {0, -1, INT32_MIN}) {
+    common_.nSessState = state;
+    common_.nSessError = 77;
+    EXPECT_EQ(dd_entry32(0, 2, record), 0);
+    EXPECT_EQ(driver.nLastError, 303) << "nothing is called in state " << state;
+    EXPECT_EQ(common_.nSessError, 0) << "cleared all the same";
+  }
   lpEMData = nullptr;
 }
 

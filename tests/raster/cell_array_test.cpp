@@ -37,12 +37,28 @@ class Cells : public testing::Test {
   Host host;
 };
 
-TEST_F(Cells, BeforeTheBodyTheyAreIgnored) {
+TEST_F(Cells, OutsideTheBodyTheyChangeNothingInTheState) {
+  const auto state = [] {
+    const auto *bytes = static_cast<const uint8_t *>(GlobalLock(hEMData));
+    return std::vector<uint8_t>(bytes, bytes + GlobalSize(hEMData));
+  };
+  const auto ignored = [&] {
+    const std::vector<uint8_t> before = state();
+    EXPECT_EQ(host.send(Host::cellArray(4, 1, 8, {1, 2, 3, 4})), 0);
+    return state() == before;
+  };
   host.initialise();
+  EXPECT_TRUE(ignored()) << "initialised";
   host.send(1);
+  EXPECT_TRUE(ignored()) << "open";
   host.send(3);
-  EXPECT_EQ(host.send(Host::cellArray(4, 1, 8, {1, 2, 3, 4})), 0);
-  EXPECT_EQ(lpEMData->hCellBuf, 0u);
+  host.setWindow(0, 0, 3, 3);
+  EXPECT_TRUE(ignored()) << "picture begun";
+  host.send(4);
+  host.beginRaster(4, 4, 8);
+  EXPECT_FALSE(ignored()) << "body begun";
+  host.send(5);
+  EXPECT_TRUE(ignored()) << "picture ended, with a frame left open";
 }
 
 TEST_F(Cells, TheWindowCutsTheirWidth) {
@@ -165,6 +181,36 @@ TEST_F(Cells, NegativePrecisionPointsAtTheRows) {
   Host::put(record, 48, 0.0);
   EXPECT_EQ(host.send(record), 0);
   EXPECT_EQ(lpEMData->nCellRowsDone, 0u) << "nor does an upward array without rows start its count";
+}
+
+// The window is 100 pixels wide and the array 120: rows of 100 go into the buffer.
+TEST_F(Cells, TheWindowCutsTheArraysOwnColumns) {
+  host.openBody(100, 2);
+  const auto placed = [&](uint32_t columns, int32_t framePrecision, int32_t precision,
+                          const std::vector<uint8_t> &pixels) {
+    host.beginRaster(120, 2, framePrecision);
+    auto record = Host::cellArray(columns, 2, precision, precision < 0 ? std::vector<uint8_t>() : pixels);
+    if (precision < 0) Host::put(record, 102, pixels.data());
+    EXPECT_EQ(host.send(record), 0);
+    const auto *buffer = static_cast<const uint8_t *>(GlobalLock(lpEMData->hCellBuf));
+    return std::vector<uint8_t>(buffer, buffer + GlobalSize(lpEMData->hCellBuf));
+  };
+  std::vector<uint8_t> pixels(2 * 360);
+  for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<uint8_t>(i % 251);
+  const auto from = [&](size_t at, size_t count) {
+    return std::vector<uint8_t>(pixels.begin() + static_cast<std::ptrdiff_t>(at),
+                                pixels.begin() + static_cast<std::ptrdiff_t>(at + count));
+  };
+  // 100 pixels of 1 bit take 16 bytes, and the source's rows lie as far apart.
+  EXPECT_EQ(placed(120, 1, -32768, pixels), from(0, 32)) << "one bit, the rows elsewhere";
+  EXPECT_EQ(placed(120, 1, 1, pixels), from(0, 32));
+  EXPECT_EQ(placed(120, 8, -8, pixels), from(0, 200));
+  EXPECT_EQ(placed(120, 8, 8, pixels), from(0, 200));
+  // Only true colour carries its full width: 360 bytes a row.
+  std::vector<uint8_t> colors = from(0, 300);
+  colors.insert(colors.end(), pixels.begin() + 360, pixels.begin() + 660);
+  EXPECT_EQ(placed(120, 24, 24, pixels), colors);
+  EXPECT_EQ(placed(120, 24, -24, pixels), colors);
 }
 
 TEST_F(Cells, ColorTreatmentAppliesToColorRows) {

@@ -130,9 +130,13 @@ TEST_F(ErrorStack, RepliesAreCutWhereTheBufferEnds) {
   push(0x01020304, 303);
   dq_es();
   EXPECT_EQ(state_.nReplyPos, 10u);
+  EXPECT_EQ(replyAt<uint32_t>(0), 0u) << "the count";
+  EXPECT_EQ(replyAt<uint32_t>(4), 0x01020304u) << "the first error's tag";
+  EXPECT_EQ(replyAt<int16_t>(8), 303) << "and its code";
   EXPECT_EQ(reply_[10], 0xEE);
   dq_es();
   EXPECT_EQ(state_.nReplyPos, 10u);
+  EXPECT_EQ(replyAt<uint32_t>(4), 0x01020304u);
   EXPECT_EQ(reply_[10], 0xEE);
 }
 

@@ -14,6 +14,7 @@
 #endif
 
 #include "raxel/memory.h"
+#include "runtime/live_blocks.h"
 
 namespace {
 
@@ -55,6 +56,32 @@ TEST(Handles, ReallocationKeepsTheSmallerSizeAndZeroesTheTail) {
   const auto *p = static_cast<const uint8_t *>(GlobalLock(h));
   EXPECT_EQ(std::memcmp(p, "abc", 3), 0);
   for (int i = 3; i < 100000; ++i) ASSERT_EQ(p[i], 0) << i;
+  GlobalFree(h);
+}
+
+// Bytes in use on the heap; 0 where a checking heap does not count them.
+size_t heapInUse() {
+  const struct mallinfo2 info = mallinfo2();
+  return info.uordblks + info.hblkhd;
+}
+
+TEST(Handles, ReallocationLeavesNothingOfTheOldHandle) {
+  Handle h = GlobalAlloc(66, 100);
+  const size_t before = heapInUse();
+  for (int round = 0; round < 50; ++round) {
+    for (const uint32_t size : {30000u, 700u, 1000000u, 100u}) {
+      const Handle old = h;
+      const void *oldData = GlobalLock(old);
+      h = GlobalReAlloc(old, size, 66);
+      if (h == old) continue;  // the block has grown or shrunk where it lies
+      EXPECT_EQ(runtime::blockWithData(oldData), 0u) << "no block any more";
+#if defined(__SANITIZE_ADDRESS__)
+      EXPECT_TRUE(__asan_address_is_poisoned(reinterpret_cast<const void *>(old)));
+#endif
+    }
+  }
+  EXPECT_LT(heapInUse(), before + 1000000) << "the old blocks would be tens of millions";
+  EXPECT_EQ(GlobalSize(h), 100u);
   GlobalFree(h);
 }
 

@@ -285,6 +285,17 @@ TEST_F(Escapes, SavedOptionsGoUnderTheirKeysAsStoredCodes) {
             "X Resolution=32\nY Resolution=400\n[OTHER]\nColor Mode=103\n");
 }
 
+TEST_F(Escapes, BothEndsOfAResolutionAreSaved) {
+  for (const int32_t number : {11, 12}) {
+    const std::string key = number == 11 ? "X Resolution=" : "Y Resolution=";
+    for (const int32_t dpi : {32, 400}) {
+      support::writeFile(profile_, "[MODE]\nDriver=D\n");
+      EXPECT_EQ(set(number, dpi, 1), 1);
+      EXPECT_EQ(saved(), "[MODE]\nDriver=D\n" + key + std::to_string(dpi) + "\n");
+    }
+  }
+}
+
 TEST_F(Escapes, WithoutTheSaveFlagTheProfileStays) {
   set(1, 104);
   setDouble(13, 5.0);
