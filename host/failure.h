@@ -1,12 +1,14 @@
-// How this program gives up: one exception with the exit code and the sentence for the user.
+// How work is given up here: one exception with a code and a sentence for the user.
 #pragma once
 
 #include <stdexcept>
 #include <string>
 
+#include "raxel/host.h"
+
 namespace host {
 
-// Exit codes, after the BSD convention of sysexits.h.
+// Exit codes of the command, after the BSD convention of sysexits.h.
 enum Exit : int {
   kDone = 0,
   kUsage = 64,     // the command line makes no sense
@@ -17,13 +19,25 @@ enum Exit : int {
   kStopped = 130,  // Ctrl-C
 };
 
+// What the command ends with for a code of libraxelhost.
+Exit exitOf(int reason);
+
 class Failure : public std::runtime_error {
  public:
+  // In the command's own rooms.
   Failure(Exit code, const std::string &message) : std::runtime_error(message), code_(code) {}
+  // In those of libraxelhost: a RaxelHostCode, and the errno behind it where there is one.
+  Failure(RaxelHostCode reason, const std::string &message, int error = 0)
+      : std::runtime_error(message), code_(exitOf(reason)), reason_(reason), error_(error) {}
+
   Exit code() const { return code_; }
+  RaxelHostCode reason() const { return reason_; }
+  int error() const { return error_; }
 
  private:
   Exit code_;
+  RaxelHostCode reason_ = RAXEL_HOST_BAD_ARGUMENT;
+  int error_ = 0;
 };
 
 }  // namespace host

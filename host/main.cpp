@@ -8,8 +8,8 @@
 #include "command/help.h"
 #include "command/options.h"
 #include "command/report.h"
+#include "command/stop.h"
 #include "failure.h"
-#include "output/stop.h"
 
 namespace {
 

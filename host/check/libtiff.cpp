@@ -41,7 +41,8 @@ const LibTiff *installed() {
 const LibTiff &libTiff() {
   const LibTiff *functions = installed();
   if (!functions)
-    throw Failure(kNoWrite, "libtiff is needed for this and not installed (package libtiff6)");
+    throw Failure(RAXEL_HOST_NOT_VERIFIED,
+                  "libtiff is needed for this and not installed (package libtiff6)");
   return *functions;
 }
 

@@ -14,7 +14,8 @@ class Complaint {
  public:
   explicit Complaint(const std::string &name) : name_(name) {}
   [[noreturn]] void say(const std::string &what) const {
-    throw Failure(kNoWrite, name_ + ": the check failed: " + what + "; the file is not kept");
+    throw Failure(RAXEL_HOST_NOT_VERIFIED,
+                  name_ + ": the check failed: " + what + "; the file is not kept");
   }
   void same(const char *what, double wanted, double got) const {
     if (wanted == got) return;

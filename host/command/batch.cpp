@@ -13,12 +13,13 @@
 #include <map>
 #include <vector>
 
+#include "command/export_one.h"
 #include "command/progress.h"
 #include "command/report.h"
-#include "export/export.h"
-#include "filter/library.h"
+#include "command/stop.h"
+#include "filter/open.h"
+#include "output/hold.h"
 #include "output/originals.h"
-#include "output/stop.h"
 #include "output/strays.h"
 
 namespace host {
@@ -117,7 +118,7 @@ class Pool {
     const pid_t parent = getpid();
     pid_t pid = 0;
     {
-      const stop::Hold hold;
+      const Hold hold;
       pid = fork();
       if (pid > 0) stop::addChild(pid);
       if (pid == 0) {
@@ -202,7 +203,7 @@ class Pool {
 }  // namespace
 
 int exportAll(const Options &options) {
-  const Library library = loadLibrary(options.library);
+  const Library &library = openFilter(options.library);
   const Originals originals(options.inputs);
   if (!options.dryRun) {
     if (!options.directory.empty()) makeFolder(options.directory);

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "command/report.h"
-#include "output/stop.h"
+#include "command/stop.h"
 
 namespace host {
 namespace {
@@ -77,19 +77,12 @@ void Progress::stage(const char *what) {
   if (shown_ && Clock::now() - start_ > kQuietTime) print(what);
 }
 
-void Progress::expect(uint64_t writes) {
-  expected_ = std::max<uint64_t>(writes, 1);
-  done_ = 0;
-  writing_ = Clock::now();
-}
-
-void Progress::update(uint64_t size) {
-  ++done_;
+void Progress::show(double part, uint64_t size) {
   const Clock::time_point now = Clock::now();
-  if (now - last_ < kStep || now - start_ < kQuietTime) return;
+  if (part <= 0) writing_ = now;
+  if (!shown_ || part <= 0 || now - last_ < kStep || now - start_ < kQuietTime) return;
   last_ = now;
-  const double part = static_cast<double>(done_) / static_cast<double>(expected_);
-  print(progressText(std::min(1.0, part), size, seconds(now - writing_)));
+  print(progressText(part, size, seconds(now - writing_)));
 }
 
 void Progress::clear() {

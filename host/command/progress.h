@@ -28,13 +28,9 @@ class Progress {
 
   // A step without a measure: "reading".
   void stage(const char *what);
-  // Writing begins: the number of image-data writes to come.
-  void expect(uint64_t writes);
-  // One write of `count` bytes; `size` is that of the file so far.
-  void wrote(uint64_t count, uint64_t size) {
-    // Header, directory and patches come in single bytes and pairs; the measure is the pixels.
-    if (shown_ && count > 2) update(size);
-  }
+  // A part of the writing, 0 (it begins) to 1, and the size of the file so far.
+  void show(double part, uint64_t size);
+  bool isShown() const { return shown_; }
   // Wipes the line.
   void clear();
   // In a child process: a line that the parent may have shown is wiped by this one.
@@ -42,14 +38,11 @@ class Progress {
 
  private:
   using Clock = std::chrono::steady_clock;
-  void update(uint64_t size);
   void print(const std::string &text);
 
   std::string name_;
   bool shown_;
   bool lineThere_ = false;
-  uint64_t done_ = 0;
-  uint64_t expected_ = 0;
   Clock::time_point start_, last_, writing_;  // writing_: when it began
 };
 

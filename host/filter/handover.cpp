@@ -3,6 +3,8 @@
 #include <array>
 #include <cstring>
 
+#include "failure.h"
+
 namespace host {
 namespace {
 
@@ -53,8 +55,8 @@ void checkComplete(const OutputStream &stream, uint32_t result, const std::strin
                    const Library &library) {
   if (result == RAXEL_OK && stream.complete() && stream.closed()) return;
   const std::string code = result == RAXEL_OK ? "" : " (code " + std::to_string(result) + ")";
-  throw Failure(kLibrary, library.path + ": stopped before the picture was complete" + code + "; " +
-                              output + " is not written");
+  throw Failure(RAXEL_HOST_FILTER_FAILED, library.path + ": stopped before the picture was complete" +
+                                              code + "; " + output + " is not written");
 }
 
 }  // namespace host

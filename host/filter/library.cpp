@@ -1,9 +1,7 @@
 #include "filter/library.h"
 
 #include <dlfcn.h>
-#include <unistd.h>
 
-#include <climits>
 #include <cstdio>
 #include <cstring>
 
@@ -24,25 +22,7 @@ enum Ordinal : uint16_t {
 };
 
 [[noreturn]] void fail(const std::string &path, const std::string &what) {
-  throw Failure(kLibrary, path + ": " + what);
-}
-
-std::string programFolder() {
-  char path[PATH_MAX];
-  const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
-  if (length <= 0) return "";
-  const std::string whole(path, static_cast<size_t>(length));
-  return whole.substr(0, whole.rfind('/') + 1);
-}
-
-std::string findLibrary(const std::string &wanted) {
-  if (!wanted.empty()) return wanted.find('/') == std::string::npos ? "./" + wanted : wanted;
-  const std::string folder = programFolder();
-  const std::string beside = folder + "raxel.so", installed = folder + "../lib/raxel/raxel.so";
-  if (access(beside.c_str(), F_OK) == 0) return beside;
-  if (access(installed.c_str(), F_OK) == 0) return installed;
-  throw Failure(kLibrary,
-                "raxel.so: not found beside raxel-export nor in ../lib/raxel; name it with --library");
+  throw Failure(RAXEL_HOST_NO_FILTER, path + ": " + what);
 }
 
 // A loaded library with its export table.
@@ -80,15 +60,15 @@ std::string hex(uint32_t value) {
 
 }  // namespace
 
-Library loadLibrary(const std::string &wanted) {
+Library loadLibrary(const std::string &path) {
   Library library;
-  library.path = findLibrary(wanted);
+  library.path = path;
   void *handle = dlopen(library.path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!handle) {
     const char *why = dlerror();
     // The loader's sentence names the file when it is about the file.
-    throw Failure(kLibrary, std::string("cannot be loaded: ") + (why ? why : library.path) +
-                                "; --library names another");
+    throw Failure(RAXEL_HOST_NO_FILTER, std::string("cannot be loaded: ") + (why ? why : path) +
+                                            "; name another with --library or RAXEL_LIBRARY");
   }
   Loaded loaded{handle, library.path, {}};
   decltype(&::fltLoadPointers) loadPointers = nullptr;

@@ -32,8 +32,7 @@ struct Library {
   RaxelServices services{};
 };
 
-// Loads the library from `path`; when it is empty, from the program's own folder or ../lib/raxel beside
-// that. Checks its version. Throws a Failure that names what is missing. The library stays loaded.
+// Loads the library and checks its version. Throws a Failure that names what is missing. It stays loaded.
 Library loadLibrary(const std::string &path);
 
 }  // namespace host

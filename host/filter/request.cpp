@@ -3,7 +3,7 @@
 #include <cmath>
 #include <initializer_list>
 
-#include "filter/setup.h"
+#include "filter/given.h"
 
 namespace host {
 namespace {

@@ -9,7 +9,8 @@
 #include <charconv>
 #include <cmath>
 
-#include "output/stop.h"
+#include "failure.h"
+#include "output/hold.h"
 
 namespace host {
 namespace {
@@ -139,13 +140,13 @@ void store(const Library &library, Setup &setup, const Options &options, std::ve
 
 // What a section needs besides the settings themselves: a driver, without which it counts as empty, and the
 // modes with which a resolution or a size counts.
-void startSection(const Library &library, const Setup &setup, const Options &options) {
-  const stop::Hold hold;
+void startSection(const Library &library, const Given &given, const Options &options) {
+  const Hold hold;
   const auto write = [&](const char *key, std::string_view value) {
-    library.writeProfile(setup.newSection()->name.c_str(), key, std::string(value).c_str(),
-                         setup.newSection()->profile.c_str());
+    library.writeProfile(given.newSection->name.c_str(), key, std::string(value).c_str(),
+                         given.newSection->profile.c_str());
   };
-  write("Driver", setup.record().szDriverName);
+  write("Driver", given.setup.record().szDriverName);
   if (gives(options, kResolutionX) || gives(options, kResolutionY))
     write("Resolution Mode", kUserResolution);
   if (gives(options, kWidth) || gives(options, kHeight)) write("Size Mode", kUserSize);
@@ -155,24 +156,24 @@ void startSection(const Library &library, const Setup &setup, const Options &opt
 
 void checkSave(const Library &library, const Options &options) {
   if (!options.save || !options.size || options.size->pixels) return;
-  Setup trial(library, options);
+  Given trial(library, options);
   try {
-    sendSize(trial, *options.size, false);
+    sendSize(trial.setup, *options.size, false);
   } catch (const Failure &) {
     throw Failure(
         kUsage, "--size: a profile holds sides of 0.03125 to 22 inches; give another or leave out --save");
   }
 }
 
-void saveGiven(const Library &library, Setup &setup, const Options &options,
+void saveGiven(const Library &library, Given &given, const Options &options,
                std::vector<std::string> &notes) {
-  const std::optional<NewSection> &made = setup.newSection();
-  const FolderLock lock(made ? made->profile : setup.record().szProfilePath);
-  if (!made) return store(library, setup, options, notes);
-  startSection(library, setup, options);
-  Setup fromIt(library, options);
-  if (fromIt.newSection()) failStore(made->profile);
-  store(library, fromIt, options, notes);
+  const std::optional<NewSection> &made = given.newSection;
+  const FolderLock lock(made ? made->profile : given.setup.record().szProfilePath);
+  if (!made) return store(library, given.setup, options, notes);
+  startSection(library, given, options);
+  Given fromIt(library, options);
+  if (fromIt.newSection) failStore(made->profile);
+  store(library, fromIt.setup, options, notes);
 }
 
 }  // namespace host

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "command/report.h"
-#include "filter/setup.h"
+#include "filter/given.h"
 
 namespace host {
 
@@ -11,7 +11,7 @@ void checkSave(const Library &library, const Options &options);
 
 // Stores the settings of the command line in the profile. Notes tell of those that cannot be stored and of
 // those that the next run will not heed. Throws a Failure when the profile does not hold them afterwards.
-void saveGiven(const Library &library, Setup &setup, const Options &options,
+void saveGiven(const Library &library, Given &given, const Options &options,
                std::vector<std::string> &notes);
 
 }  // namespace host

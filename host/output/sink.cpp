@@ -5,7 +5,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <new>
+
+#include "buffer.h"
 
 namespace host {
 namespace {
@@ -16,17 +20,61 @@ constexpr uint64_t kMost = INT32_MAX;  // positions are signed 32-bit for the fi
 
 }  // namespace
 
+Sink::~Sink() {
+  std::free(block_);
+}
+
 bool Sink::write(const uint8_t *bytes, size_t count) {
   if (error_ != 0) return false;
   if (position_ + count > kMost) {
     error_ = EFBIG;
     return false;
   }
-  const uint64_t front = fd_ < 0 ? kMost : kFront;
+  try {
+    return fd_ < 0 ? keep(bytes, count) : writeToFile(bytes, count);
+  } catch (const std::bad_alloc &) {
+    error_ = ENOMEM;
+    return false;
+  }
+}
+
+bool Sink::keep(const uint8_t *bytes, size_t count) {
+  const uint64_t end = position_ + count;
+  if (end > room_ && !grow(end)) return false;
+  if (position_ > size_) std::memset(block_ + size_, 0, static_cast<size_t>(position_ - size_));
+  std::memcpy(block_ + position_, bytes, count);
+  position_ = end;
+  size_ = std::max(size_, end);
+  return true;
+}
+
+// Large blocks move by their pages, so nothing is copied on the way to the final size.
+bool Sink::grow(uint64_t size) {
+  const uint64_t room = std::max({size, room_ * 2, kFront});
+  void *block = std::realloc(block_, static_cast<size_t>(room));
+  if (!block) {
+    error_ = ENOMEM;
+    return false;
+  }
+  block_ = static_cast<uint8_t *>(block);
+  useLargePages(block_ + size_, static_cast<size_t>(room - size_));
+  room_ = room;
+  return true;
+}
+
+uint8_t *Sink::release() {
+  void *block = std::realloc(block_, static_cast<size_t>(std::max<uint64_t>(size_, 1)));
+  uint8_t *const released = block ? static_cast<uint8_t *>(block) : block_;
+  block_ = nullptr;
+  position_ = size_ = room_ = 0;
+  return released;
+}
+
+bool Sink::writeToFile(const uint8_t *bytes, size_t count) {
   while (count != 0) {
     size_t step = count;
-    if (position_ < front) {
-      step = static_cast<size_t>(std::min<uint64_t>(count, front - position_));
+    if (position_ < kFront) {
+      step = static_cast<size_t>(std::min<uint64_t>(count, kFront - position_));
       const uint64_t end = position_ + step;
       if (front_.size() < end) front_.resize(static_cast<size_t>(end));
       std::memcpy(front_.data() + position_, bytes, step);

@@ -1,8 +1,10 @@
-// Bytes on their way to a file: written in large pieces, with the front held back for patches.
+// Bytes on their way to a file or a block of memory: gathered into large pieces, with the front of a file
+// held back for patches.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace host {
@@ -14,6 +16,9 @@ class Sink {
  public:
   // Writes go to `fd`, which stays the caller's. -1 keeps everything in memory.
   explicit Sink(int fd) : fd_(fd) {}
+  ~Sink();
+  Sink(const Sink &) = delete;
+  Sink &operator=(const Sink &) = delete;
 
   // At the current position. False after the first failure, and from then on; error() says why.
   bool write(const uint8_t *bytes, size_t count);
@@ -24,11 +29,16 @@ class Sink {
 
   uint64_t position() const { return position_; }
   uint64_t size() const { return size_; }
-  int error() const { return error_; }  // an errno
+  int error() const { return error_; }  // an errno; ENOMEM when the block cannot grow
   // All bytes; only when they are kept in memory.
-  const std::vector<uint8_t> &kept() const { return front_; }
+  std::span<const uint8_t> kept() const { return {block_, static_cast<size_t>(size_)}; }
+  // The same, which the caller frees with free(); never null. Nothing is kept from then on.
+  uint8_t *release();
 
  private:
+  bool keep(const uint8_t *bytes, size_t count);
+  bool grow(uint64_t size);
+  bool writeToFile(const uint8_t *bytes, size_t count);
   bool writeAt(uint64_t position, const uint8_t *bytes, size_t count);
   bool append(const uint8_t *bytes, size_t count);
   bool flushTail();
@@ -40,6 +50,8 @@ class Sink {
   std::vector<uint8_t> front_;  // bytes from 0 on
   std::vector<uint8_t> tail_;   // bytes from tailStart_ on, not written yet
   uint64_t tailStart_ = 0;
+  uint8_t *block_ = nullptr;  // all bytes, when there is no file
+  uint64_t room_ = 0;         // of the block
 };
 
 }  // namespace host

@@ -15,7 +15,7 @@ constexpr HostWord kFailed = ~HostWord{0};
 
 }  // namespace
 
-OutputStream::OutputStream(Sink &sink, Progress &progress) : sink_(sink), progress_(progress) {
+OutputStream::OutputStream(Sink &sink, Pace &pace) : sink_(sink), pace_(pace) {
   status_[kContext] = status_[kStreamContext] = reinterpret_cast<HostWord>(this);
   status_[kCallback] = reinterpret_cast<HostWord>(&OutputStream::report);
 }
@@ -32,8 +32,7 @@ HostWord OutputStream::serve(HostWord op, HostWord arg1, HostWord arg2) {
       return reinterpret_cast<HostWord>(this);  // the token of all further calls
     case kWrite:
       if (!sink_.write(reinterpret_cast<const uint8_t *>(arg1), arg2)) return kFailed;
-      progress_.wrote(arg2, sink_.size());
-      return arg2;
+      return pace_.wrote(arg2, sink_.size()) ? arg2 : kFailed;
     case kSeek: {
       int32_t offset = 0;
       std::memcpy(&offset, reinterpret_cast<const void *>(arg1), sizeof offset);
@@ -49,8 +48,9 @@ HostWord OutputStream::serve(HostWord op, HostWord arg1, HostWord arg2) {
 
 int32_t OutputStream::report(HostWord context, HostWord a, HostWord b, HostWord, HostWord percent, HostWord,
                              HostWord) {
-  if (a == 0 && b == 0 && percent == 100) reinterpret_cast<OutputStream *>(context)->complete_ = true;
-  return 0;  // go on; a stop comes by signal and does not wait for the library
+  OutputStream &stream = *reinterpret_cast<OutputStream *>(context);
+  if (a == 0 && b == 0 && percent == 100) stream.complete_ = true;
+  return stream.pace_.stopped() ? 1 : 0;
 }
 
 }  // namespace host

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "command/progress.h"
+#include "export/pace.h"
 #include "output/sink.h"
 #include "raxel/filter.h"
 
@@ -12,7 +12,7 @@ namespace host {
 // One export as the library sees it. The library holds its address while it writes.
 class OutputStream {
  public:
-  OutputStream(Sink &sink, Progress &progress);
+  OutputStream(Sink &sink, Pace &pace);
   OutputStream(const OutputStream &) = delete;
   OutputStream &operator=(const OutputStream &) = delete;
 
@@ -32,7 +32,7 @@ class OutputStream {
   HostWord serve(HostWord op, HostWord arg1, HostWord arg2);
 
   Sink &sink_;
-  Progress &progress_;
+  Pace &pace_;
   std::array<HostWord, 16> status_{};
   bool complete_ = false;
   bool closed_ = false;

@@ -5,18 +5,16 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
+#include <initializer_list>
 
-#include "output/stop.h"
+#include "output/hold.h"
 
 namespace host {
 namespace {
 
 constexpr uint64_t kLong =
     8 << 20;  // below, a disk that deserves the name takes less than a tenth of a second
-
-int syncHere(int fd) {
-  return fsync(fd) == 0 ? 0 : errno;
-}
 
 // Whoever waits for the end of what this process prints is not to wait for the child.
 void closeOthers(int fd) {
@@ -27,25 +25,29 @@ void closeOthers(int fd) {
 
 }  // namespace
 
-int syncToDisk(int fd, uint64_t bytes) {
-  if (bytes < kLong) return syncHere(fd);
+int syncToDisk(int fd) {
+  return fsync(fd) == 0 ? 0 : errno;
+}
+
+int syncInChild(int fd, uint64_t bytes) {
+  if (bytes < kLong) return syncToDisk(fd);
   pid_t child = 0;
   {
-    const stop::Hold hold;  // the child is not to tidy up in its parent's place
+    const Hold hold;  // the child is not to run what its parent does on a signal
     child = fork();
     if (child == 0) {
-      stop::remove();
+      for (int number : {SIGINT, SIGTERM, SIGHUP}) std::signal(number, SIG_DFL);
       closeOthers(fd);
-      _exit(syncHere(fd));
+      _exit(syncToDisk(fd));
     }
   }
-  if (child < 0) return syncHere(fd);
+  if (child < 0) return syncToDisk(fd);
   int status = 0;
   while (waitpid(child, &status, 0) < 0) {
-    if (errno != EINTR) return syncHere(fd);
+    if (errno != EINTR) return syncToDisk(fd);
   }
   // One that somebody ended leaves the question open.
-  return WIFEXITED(status) ? WEXITSTATUS(status) : syncHere(fd);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : syncToDisk(fd);
 }
 
 }  // namespace host

@@ -1,13 +1,16 @@
-// Waiting for the disk without being held up by it.
+// Waiting for the disk.
 #pragma once
 
 #include <cstdint>
 
 namespace host {
 
-// Has `bytes` of a file written to the disk, as fsync does: 0, or the errno. A signal that ends this
-// process ends it at once, though the system lets nobody out of an fsync: what takes long is left to a
-// child.
-int syncToDisk(int fd, uint64_t bytes);
+// Has a file written to the disk, as fsync does: 0, or the errno.
+int syncToDisk(int fd);
+
+// The same for a file of `bytes`, without being held up: a signal that ends this process ends it at once,
+// though the system lets nobody out of an fsync. What takes long is left to a child. Not for programs with
+// threads or children of their own.
+int syncInChild(int fd, uint64_t bytes);
 
 }  // namespace host

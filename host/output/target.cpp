@@ -12,7 +12,7 @@
 #include <cstring>
 
 #include "failure.h"
-#include "output/stop.h"
+#include "output/hold.h"
 #include "output/strays.h"
 #include "output/sync.h"
 
@@ -23,14 +23,10 @@ namespace {
 int createSlot(const std::string &path, std::string &name) {
   for (int slot = 0; slot < kSlots; ++slot) {
     name = slotName(path, slot);
-    const stop::Hold hold;  // no signal between making the file and knowing of it
     const int fd = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0 && errno == EEXIST) continue;
     if (fd < 0) return -1;
-    if (lockTemporary(fd, name)) {
-      stop::setTemporary(name);
-      return fd;
-    }
+    if (lockTemporary(fd, name)) return fd;
     close(fd);  // somebody took it for a stray in the moment before it was locked
   }
   errno = EBUSY;
@@ -95,43 +91,50 @@ std::string worth(const std::string &path, const struct stat &about) {
   return tiff ? "" : "it exists and is no TIFF";
 }
 
-[[noreturn]] void failCreate(const std::string &name, const std::string &why) {
-  throw Failure(kNoCreate, name + ": cannot be created: " + why);
+[[noreturn]] void failCreate(const std::string &name, int error, const std::string &why) {
+  throw Failure(RAXEL_HOST_NO_CREATE, name + ": cannot be created: " + why, error);
+}
+
+[[noreturn]] void failCreate(const std::string &name, int error) {
+  failCreate(name, error, reason(error));
 }
 
 }  // namespace
 
-Target::Target(const std::string &path, const TargetRules &rules)
-    : name_(path), keepsOld_(rules.noClobber) {
+Target::Target(const std::string &path, const TargetRules &rules) : name_(path), rules_(rules) {
   if (path == "-") {
     name_ = "standard output";
     if (isatty(1) && !rules.force)
-      throw Failure(kNoCreate, name_ + ": is a terminal; send it to a file or a pipe");
+      throw Failure(RAXEL_HOST_NO_CREATE, name_ + ": is a terminal; send it to a file or a pipe");
     fd_ = dup(1);
     sink_ = std::make_unique<Sink>(-1);
     return;
   }
   struct stat about;
   const bool exists = stat(path.c_str(), &about) == 0;
-  if (exists && S_ISDIR(about.st_mode)) failCreate(name_, "it is a folder; use -d for several outputs");
-  if (exists && rules.noClobber) failCreate(name_, "it exists, and --no-clobber was given");
+  if (exists && S_ISDIR(about.st_mode))
+    failCreate(name_, EISDIR, "it is a folder; use -d for several outputs");
+  if (exists && rules.noClobber) failCreate(name_, EEXIST, "it exists, and --no-clobber was given");
   if (exists && !rules.force && access(path.c_str(), W_OK) != 0) {
-    failCreate(name_, errno == EACCES ? "it is write-protected; --force replaces it" : reason(errno));
+    const int error = errno;
+    failCreate(name_, error,
+               error == EACCES ? "it is write-protected; --force replaces it" : reason(error));
   }
   if (exists && !S_ISREG(about.st_mode)) {
     fd_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    if (fd_ < 0) failCreate(name_, reason(errno));
+    if (fd_ < 0) failCreate(name_, errno);
     sink_ = std::make_unique<Sink>(-1);
     return;
   }
-  if (const std::string why = exists && !rules.force ? worth(path, about) : ""; !why.empty()) {
-    failCreate(name_, why + "; give another name, or --force to replace it");
+  if (const std::string why = exists && rules.onlyTiff && !rules.force ? worth(path, about) : "";
+      !why.empty()) {
+    failCreate(name_, EEXIST, why + "; give another name, or --force to replace it");
   }
   path_ = followLinks(path);
-  if (path_.empty()) failCreate(name_, "its links lead in a circle");
+  if (path_.empty()) failCreate(name_, ELOOP, "its links lead in a circle");
   // The temporary's shorter name would do where the file's own does not.
   if (!exists && lstat(path_.c_str(), &about) != 0 && errno == ENAMETOOLONG) {
-    failCreate(name_, reason(ENAMETOOLONG));
+    failCreate(name_, ENAMETOOLONG);
   }
   makeTemporary();
   replaces_ = exists;
@@ -145,26 +148,35 @@ Target::Target(const std::string &path, const TargetRules &rules)
 
 void Target::makeTemporary() {
   removeStrays(path_);
+  const Hold hold;  // no signal between making the file and knowing of it
   fd_ = createSlot(path_, temporary_);
   if (fd_ < 0) {
     const int error = errno;
     temporary_.clear();
-    failCreate(name_, reason(error));
+    failCreate(name_, error);
   }
+  tellTemporary(temporary_.c_str());
+}
+
+void Target::tellTemporary(const char *name) const {
+  if (rules_.temporary) rules_.temporary(rules_.context, name);
 }
 
 Target::~Target() {
   if (mapped_) munmap(mapped_, mappedSize_);
   if (!temporary_.empty()) {
+    const Hold hold;
     unlink(temporary_.c_str());
-    stop::setTemporary("");
+    tellTemporary(nullptr);
   }
   if (fd_ >= 0) close(fd_);
 }
 
 void Target::failWrite(int error) const {
-  throw Failure(kNoWrite, name_ + ": cannot be written: " + reason(error) +
-                              (replaces_ ? "; the old file is untouched" : ""));
+  throw Failure(
+      error == ENOMEM ? RAXEL_HOST_NO_MEMORY : RAXEL_HOST_NO_WRITE,
+      name_ + ": cannot be written: " + reason(error) + (replaces_ ? "; the old file is untouched" : ""),
+      error);
 }
 
 void Target::checkWritten() const {
@@ -183,7 +195,7 @@ std::span<const uint8_t> Target::bytes() {
 
 void Target::commit() {
   if (path_.empty()) {
-    const std::vector<uint8_t> &kept = sink_->kept();
+    const std::span<const uint8_t> kept = sink_->kept();
     for (size_t done = 0; done < kept.size();) {
       const ssize_t put = write(fd_, kept.data() + done, kept.size() - done);
       if (put < 0 && errno == EINTR) continue;
@@ -193,19 +205,20 @@ void Target::commit() {
     return;
   }
   if (!sink_->flush()) failWrite(sink_->error());
-  if (const int error = syncToDisk(fd_, sink_->size()); error != 0) failWrite(error);
-  const stop::Hold hold;  // the name changes hands in one step
-  if (keepsOld_) {
-    if (const int error = renameToNew(temporary_, path_); error == EEXIST) {
-      failCreate(name_, "it was made during the export, and --no-clobber was given");
-    } else if (error != 0) {
-      failWrite(error);
+  const int error = rules_.syncChild ? syncInChild(fd_, sink_->size()) : syncToDisk(fd_);
+  if (error != 0) failWrite(error);
+  const Hold hold;  // the name changes hands in one step
+  if (rules_.noClobber) {
+    if (const int taken = renameToNew(temporary_, path_); taken == EEXIST) {
+      failCreate(name_, taken, "it was made during the export, and --no-clobber was given");
+    } else if (taken != 0) {
+      failWrite(taken);
     }
   } else if (rename(temporary_.c_str(), path_.c_str()) != 0) {
     failWrite(errno);
   }
   temporary_.clear();
-  stop::setTemporary("");
+  tellTemporary(nullptr);
   // A killed export may have left a child in the middle of a sync, which held the lock at the beginning.
   removeStrays(path_);
 }

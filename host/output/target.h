@@ -7,12 +7,18 @@
 #include <vector>
 
 #include "output/sink.h"
+#include "raxel/host.h"
 
 namespace host {
 
 struct TargetRules {
   bool force = false;  // replace a file that is write-protected, or that holds something else than a TIFF
   bool noClobber = false;  // never replace a file
+  bool onlyTiff = true;    // never replace a file that holds something else than a TIFF, unless force
+  bool syncChild = false;  // wait for the disk in a child process
+  // Told the temporary's name when it is made, and null when it is gone; null for nobody.
+  RaxelHostTemporary temporary = nullptr;
+  void *context = nullptr;
 };
 
 // Whatever happens to the process before commit() has renamed the temporary, the old file stays bit for
@@ -39,12 +45,13 @@ class Target {
 
  private:
   void makeTemporary();
+  void tellTemporary(const char *name) const;
   [[noreturn]] void failWrite(int error) const;
 
   std::string name_;       // for messages
   std::string path_;       // the file to replace, links followed; empty when bytes are kept
   std::string temporary_;  // empty once it is renamed
-  bool keepsOld_ = false;  // true when a file that turns up meanwhile stays
+  TargetRules rules_;
   bool replaces_ = false;  // true when an old file is at stake
   int fd_ = -1;            // of the temporary, or of what the kept bytes go to
   std::unique_ptr<Sink> sink_;

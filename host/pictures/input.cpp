@@ -11,8 +11,8 @@
 #include <new>
 
 #include "command/report.h"
+#include "command/stop.h"
 #include "failure.h"
-#include "output/stop.h"
 #include "pictures/peek.h"
 
 namespace host {

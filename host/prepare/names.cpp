@@ -53,6 +53,13 @@ constexpr std::array<const char *, RAXEL_HOST_CODES> kMessages{
     "the filter lacks a function that this preparation needs",
     "this quantizer is not available here: use another --quantizer",
     "there is not enough memory for this picture",
+    "raxel.so is not found, or is no whole filter of this version: name it in RAXEL_LIBRARY",
+    "the filter stopped before the picture was complete",
+    "this road cannot carry the picture: take the one call with a finished picture",
+    "the output cannot be created",
+    "the output cannot be written",
+    "what was written does not show the picture",
+    "stopped before the picture was complete",
 };
 
 constexpr std::array<const char *, RAXEL_NOTES> kNotes{

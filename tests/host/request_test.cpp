@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "filter/setup.h"
+#include "filter/given.h"
 #include "host/pictures.h"
 #include "raxel/filter.h"
 #include "support/temp_dir.h"
@@ -34,9 +34,9 @@ struct Read {
 RaxelRequest requestOf(const host::Options &options, const Read &read,
                        std::vector<std::string> *notes = nullptr) {
   const host::Library filter = library();
-  const host::Setup setup(filter, options);
+  const host::Given given(filter, options);
   std::vector<std::string> ignored;
-  return host::requestFor(options, setup, read.picture, notes ? *notes : ignored);
+  return host::requestFor(options, given.setup, read.picture, notes ? *notes : ignored);
 }
 
 int modeOf(const Read &read) {

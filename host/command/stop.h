@@ -4,7 +4,6 @@
 // disk; so the end comes within milliseconds, and nothing needs to poll.
 #pragma once
 
-#include <signal.h>
 #include <sys/types.h>
 
 #include <string>
@@ -14,9 +13,6 @@ namespace host::stop {
 // Installs the handlers: interrupt, terminate and hang-up, and the fault that a mapped input gives when
 // somebody cuts it short.
 void install();
-
-// Takes them away: a signal then ends the process as the system does it.
-void remove();
 
 // The file to remove when a signal comes; empty for none. Longer names than a path may have are cut off.
 void setTemporary(const std::string &path);
@@ -32,17 +28,5 @@ void addChild(pid_t child);
 void removeChild(pid_t child);
 // In a new child: the others are not its own.
 void forgetChildren();
-
-// While it lives, signals wait: for steps that must not be left half done.
-class Hold {
- public:
-  Hold();
-  ~Hold();
-  Hold(const Hold &) = delete;
-  Hold &operator=(const Hold &) = delete;
-
- private:
-  sigset_t before_;
-};
 
 }  // namespace host::stop

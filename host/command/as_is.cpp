@@ -1,17 +1,15 @@
-#include "export/asis.h"
+#include "command/as_is.h"
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 #include <span>
 #include <vector>
 
 #include "check/directory.h"
 #include "clock.h"
+#include "export/stages.h"
 #include "failure.h"
-#include "filter/handover.h"
 #include "filter/save.h"
-#include "output/target.h"
 #include "prepare/source.h"
 #include "prepare/swap.h"
 
@@ -67,8 +65,9 @@ void describeFile(std::span<const uint8_t> file, Report &report) {
 
 }  // namespace
 
-void exportAsIs(const Library &library, const Options &options, Setup &setup, const Picture &picture,
-                const std::string &output, Progress &progress, Report &report) {
+void exportAsIs(const Library &library, const Options &options, Given &given, const Picture &picture,
+                const RaxelHostJob &job, Report &report) {
+  Setup &setup = given.setup;
   const RaxelPicture &view = picture.view;
   if (view.width > UINT16_MAX || view.height > UINT16_MAX) {
     throw Failure(kNoInput,
@@ -90,37 +89,27 @@ void exportAsIs(const Library &library, const Options &options, Setup &setup, co
   // The numbers that the filter answers are not quite those of the file, so a dry run writes into memory.
   Clock::time_point start = Clock::now();
   const uint32_t bits = handedBits(view.bits);
-  std::optional<Target> target;
-  if (!options.dryRun) target.emplace(output, options.rules);
-  Sink memory(-1);
-  Sink &sink = target ? target->sink() : memory;
-  const prepare::HandleMemory pixels(library.services, strideOf(view.width, bits) * view.height);
-  const prepare::HandleMemory table(library.services, 256 * 3);
-  if (!pixels.bytes() || !table.bytes()) {
-    throw Failure(kLibrary, report.input + ": " + raxelHostMessage(RAXEL_HOST_NO_MEMORY));
-  }
-  layOut(view, bits, pixels.bytes());
-  layOutTable(view, table.bytes());
+  Output file = options.dryRun ? Output("", {}) : Output(job);
+  Pace pace(job);
+  pace.begin(RAXEL_STAGE_PREPARING);
+  const Room room(library, strideOf(view.width, bits) * view.height);
+  layOut(view, bits, room.pixels.bytes());
+  layOutTable(view, room.table.bytes());
   report.prepareSeconds = secondsSince(start);
-  OutputStream stream(sink, progress);
-  setup.setOutput(&OutputStream::procedure);
-  progress.expect(static_cast<uint64_t>(std::max(result.nHeight, 1)));
-  const Handover handover{pixels,
-                          table,
+  const Handover handover{room.pixels,
+                          room.table,
                           static_cast<uint16_t>(bits),
                           static_cast<uint16_t>(view.width),
                           static_cast<uint16_t>(view.height),
                           info.nPictureWidth,
                           info.nPictureHeight,
                           units};
-  const char *name = options.dryRun ? "output" : output.c_str();
-  const uint32_t code = exportCells(library, setup, handover, name, stream);
-  if (target) target->checkWritten();
-  checkComplete(stream, code, target ? target->name() : "the picture", library);
-  describeFile(target ? target->bytes() : memory.kept(), report);
-  if (!target) return;
-  target->commit();
-  if (options.save) saveGiven(library, setup, options, report.notes);
+  writePicture(library, setup, handover, nullptr, RAXEL_ROAD_CELL,
+               static_cast<uint64_t>(std::max(result.nHeight, 1)), file, pace);
+  describeFile(file.bytes(), report);
+  if (options.dryRun) return;
+  file.commit();
+  if (options.save) saveGiven(library, given, options, report.notes);
   report.writeSeconds = secondsSince(start);
 }
 

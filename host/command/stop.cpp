@@ -1,4 +1,4 @@
-#include "output/stop.h"
+#include "command/stop.h"
 
 #include <signal.h>
 #include <unistd.h>
@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "failure.h"
+#include "output/hold.h"
 
 namespace host::stop {
 namespace {
@@ -51,18 +52,11 @@ extern "C" void stopOnFault(int) {
 
 constexpr std::array<int, 3> kStops{SIGINT, SIGTERM, SIGHUP};
 
-sigset_t stops() {
-  sigset_t set;
-  sigemptyset(&set);
-  for (int signal : kStops) sigaddset(&set, signal);
-  return set;
-}
-
 }  // namespace
 
 void install() {
   struct sigaction action {};
-  action.sa_mask = stops();
+  action.sa_mask = stopSignals();
   action.sa_handler = stopNow;
   for (int signal : kStops) {
     // A hang-up that the caller chose to ignore (nohup) stays ignored.
@@ -75,10 +69,6 @@ void install() {
   // A full quota and a closed pipe come back as errors of the write.
   signal(SIGXFSZ, SIG_IGN);
   signal(SIGPIPE, SIG_IGN);
-}
-
-void remove() {
-  for (int signal : kStops) std::signal(signal, SIG_DFL);
 }
 
 void setTemporary(const std::string &path) {
@@ -112,15 +102,6 @@ void removeChild(pid_t child) {
 
 void forgetChildren() {
   for (auto &slot : children) slot.store(0);
-}
-
-Hold::Hold() {
-  const sigset_t set = stops();
-  sigprocmask(SIG_BLOCK, &set, &before_);
-}
-
-Hold::~Hold() {
-  sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
 }  // namespace host::stop

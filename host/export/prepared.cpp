@@ -1,0 +1,194 @@
+// The whole road of a prepared picture, as one call.
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <new>
+#include <optional>
+
+#include "check/verify.h"
+#include "clock.h"
+#include "export/stages.h"
+#include "failure.h"
+#include "filter/driver.h"
+#include "filter/open.h"
+#include "prepare/fallback.h"
+#include "prepare/plan.h"
+#include "raxel/host.h"
+
+namespace host {
+namespace {
+
+void check(int code) {
+  if (code != RAXEL_HOST_OK)
+    throw Failure(static_cast<RaxelHostCode>(code), raxelHostMessage(code),
+                  code == RAXEL_HOST_NO_MEMORY ? ENOMEM : 0);
+}
+
+// Writes of image data that the filter will make: the measure of progress.
+uint64_t dataWrites(const RaxelPlan &plan) {
+  switch (plan.compression) {
+    case RAXEL_COMPRESS_PACKBITS:
+      return plan.height * ((prepare::rowBytes(plan) + 126) / 127);
+    case RAXEL_COMPRESS_LZW:
+      return 4;
+    case RAXEL_COMPRESS_T6:
+      return plan.layout == RAXEL_LAYOUT_TILES
+                 ? uint64_t{(plan.width + 511) / 512} * ((plan.height + 127) / 128)
+                 : 4;
+    default:
+      return plan.height;
+  }
+}
+
+// What the library says that it would write. The plan must agree with it: a difference means that one of
+// the two is wrong, and nothing should be written.
+void crossCheck(Setup &setup, const RaxelPlan &plan, const Library &library) {
+  RasterPictureInfo info{};
+  info.nPictureResolution = static_cast<int32_t>(plan.unitsPerInch);
+  info.nPictureWidth = plan.queryX;
+  info.nPictureHeight = plan.queryY;
+  const RasterInfoResult result = setup.query(info);
+  const int32_t depth = result.nDepth < 0 ? -result.nDepth : result.nDepth;
+  if (result.nWidth != static_cast<int32_t>(plan.width) ||
+      result.nHeight != static_cast<int32_t>(plan.height) || depth != static_cast<int32_t>(plan.bits)) {
+    throw Failure(RAXEL_HOST_FILTER_FAILED, library.path + ": would write " +
+                                                std::to_string(result.nWidth) + " by " +
+                                                std::to_string(result.nHeight) + " pixels of " +
+                                                std::to_string(depth) + " bits instead of what is planned");
+  }
+}
+
+RaxelPlan planned(const RaxelHostJob &job) {
+  RaxelPlan plan;
+  check(raxelHostPlan(&job.picture, &job.request, &plan));
+  check(job.road >= 0 && job.road < RAXEL_ROADS ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
+  if (job.road != RAXEL_ROAD_DRIVER) return plan;
+  if (const std::string why = driverRefusal(plan); !why.empty()) throw Failure(RAXEL_HOST_BAD_ROAD, why);
+  return plan;
+}
+
+Handover handoverOf(const Room &room, const RaxelPlan &plan) {
+  return {room.pixels,
+          room.table,
+          static_cast<uint16_t>(plan.bits),
+          static_cast<uint16_t>(plan.width),
+          static_cast<uint16_t>(plan.height),
+          plan.extentX,
+          plan.extentY,
+          static_cast<uint16_t>(plan.unitsPerInch)};
+}
+
+// All that is done while nobody else may use the filter: the output holds the whole file afterwards.
+void makeFile(const RaxelHostJob &job, const Library &library, RaxelHostResult &result, Output *output,
+              Clock::time_point &start) {
+  RaxelPlan &plan = result.plan;
+  const FilterLock lock;
+  Pace pace(job);
+  Setup setup(library);
+  sendPlan(setup, plan);
+  crossCheck(setup, plan, library);
+  if (!output && !prepare::mayFallBack(plan)) return;
+  pace.begin(RAXEL_STAGE_PREPARING);
+  const Room room(library, plan.bytes);
+  check(raxelHostPrepare(&job.picture, &job.request, &library.services, &plan, room.pixels.bytes(),
+                         room.table.bytes()));
+  sendPlan(setup, plan);
+  result.prepareSeconds = secondsSince(start);
+  if (!output) return;
+  std::optional<Meant> meant;
+  if (job.flags & RAXEL_HOST_VERIFY) meant.emplace(plan, room.pixels.bytes(), room.table.bytes());
+  writePicture(library, setup, handoverOf(room, plan), &plan, static_cast<RaxelHostRoad>(job.road),
+               dataWrites(plan), *output, pace);
+  if (meant) meant->compare(output->bytes(), output->name());
+  result.verified = meant ? 1 : 0;
+  result.bytes = output->sink().size();
+  pace.check(result.bytes);  // the last moment at which the old file stays
+}
+
+void exportPrepared(const RaxelHostJob &job, RaxelHostResult &result) {
+  Clock::time_point start = Clock::now();
+  result.plan = planned(job);
+  const Library &library = openFilter("");
+  std::optional<Output> output;
+  if (!(job.flags & RAXEL_HOST_DRY_RUN)) output.emplace(job);
+  makeFile(job, library, result, output ? &*output : nullptr, start);
+  if (!output) return;
+  result.memory = output->commit();
+  result.writeSeconds = secondsSince(start);
+}
+
+void fail(RaxelHostResult &result, RaxelHostCode code, int error, const char *message) {
+  result.code = code;
+  result.error = error;
+  result.bytes = 0;
+  result.verified = 0;
+  std::snprintf(result.message, sizeof result.message, "%s", message);
+}
+
+// The caller's record may be older and shorter, or newer and longer, than the one known here.
+template <class Record>
+uint32_t known(uint32_t size) {
+  return std::min(size, static_cast<uint32_t>(sizeof(Record)));
+}
+
+int run(const RaxelHostJob &job, RaxelHostResult &result) {
+  try {
+    exportPrepared(job, result);
+  } catch (const Failure &failure) {
+    fail(result, failure.reason(), failure.error(), failure.what());
+  } catch (const std::bad_alloc &) {
+    fail(result, RAXEL_HOST_NO_MEMORY, ENOMEM, raxelHostMessage(RAXEL_HOST_NO_MEMORY));
+  } catch (const std::exception &error) {
+    fail(result, RAXEL_HOST_FILTER_FAILED, 0, error.what());
+  }
+  return result.code;
+}
+
+}  // namespace
+}  // namespace host
+
+extern "C" {
+
+uint32_t raxelHostVersion() {
+  return RAXEL_HOST_VERSION;
+}
+
+void raxelHostJobDefaults(RaxelHostJob *job, uint32_t size) {
+  if (!job || size < sizeof job->size) return;
+  RaxelHostJob own{};
+  own.size = size;
+  raxelHostDefaults(&own.request);
+  std::memset(job, 0, size);
+  std::memcpy(job, &own, host::known<RaxelHostJob>(size));
+}
+
+int raxelHostExport(const RaxelHostJob *job, RaxelHostResult *result) {
+  RaxelHostJob ownJob{};
+  RaxelHostResult ownResult{};
+  // Up to the request the record has been there from the first version on.
+  const bool usable = job && job->size >= offsetof(RaxelHostJob, path) &&
+                      (!result || result->size >= offsetof(RaxelHostResult, plan));
+  if (usable) {
+    std::memcpy(&ownJob, job, host::known<RaxelHostJob>(job->size));
+    const bool kept = result || ownJob.path || ownJob.write || (ownJob.flags & RAXEL_HOST_DRY_RUN);
+    if (kept) {
+      host::run(ownJob, ownResult);
+    } else {
+      host::fail(ownResult, RAXEL_HOST_BAD_ARGUMENT, 0, raxelHostMessage(RAXEL_HOST_BAD_ARGUMENT));
+    }
+  } else {
+    host::fail(ownResult, RAXEL_HOST_BAD_ARGUMENT, 0, raxelHostMessage(RAXEL_HOST_BAD_ARGUMENT));
+  }
+  if (result && result->size >= sizeof result->size) {
+    ownResult.size = result->size;
+    std::memcpy(result, &ownResult, host::known<RaxelHostResult>(result->size));
+  }
+  return ownResult.code;
+}
+
+void raxelHostFree(void *memory) {
+  std::free(memory);
+}
+
+}  // extern "C"

@@ -1,0 +1,30 @@
+// The stages that every export goes through between its plan and its report:
+//
+//   room      memory for pixels and table, asked for before the filter could end the process
+//   (fill)    the caller's: prepared pixels, or the picture as it is
+//   write     through the filter into the output, and a look at whether all of it arrived
+//   (check)   the caller's
+//   commit    the output's: the file takes the old one's place
+#pragma once
+
+#include "export/output.h"
+#include "export/pace.h"
+#include "filter/handover.h"
+
+namespace host {
+
+// A block for the pixels and one for a table of 256 colours.
+struct Room {
+  prepare::HandleMemory pixels, table;
+
+  // Throws a Failure when there is not enough memory for them and for what the filter takes while it
+  // writes such a block.
+  Room(const Library &library, uint64_t bytes);
+};
+
+// Sends the picture by a road, in `writes` writes of image data or so. Throws a Failure when the filter,
+// the output or a callback stopped on the way. The pixels are of no use afterwards.
+void writePicture(const Library &library, Setup &setup, const Handover &picture, const RaxelPlan *plan,
+                  RaxelHostRoad road, uint64_t writes, Output &output, Pace &pace);
+
+}  // namespace host

@@ -1,0 +1,137 @@
+// The whole road of a picture in one call: prepared, sent through the filter, checked, put in its
+// place.
+//
+// The records begin with their size, so that they can grow at their ends: fields that a caller does
+// not know yet count as 0. All numbers have fixed widths, all texts are UTF-8 and end with a zero byte.
+//
+// Any thread may call any function here. The filter takes one picture at a time, so exports queue at
+// one lock; a process that forks should do so while none is under way.
+#ifndef RAXEL_HOST_EXPORT_H
+#define RAXEL_HOST_EXPORT_H
+
+#include <stdint.h>
+
+#include "raxel/host_names.h"
+#include "raxel/host_picture.h"
+
+RAXEL_BEGIN
+
+// The version of these headers, as raxelHostVersion returns that of the library: 0x00MMmmpp.
+#define RAXEL_HOST_VERSION_MAJOR 2
+#define RAXEL_HOST_VERSION_MINOR 0
+#define RAXEL_HOST_VERSION_PATCH 5
+#define RAXEL_HOST_VERSION \
+  (RAXEL_HOST_VERSION_MAJOR << 16 | RAXEL_HOST_VERSION_MINOR << 8 | RAXEL_HOST_VERSION_PATCH)
+RAXEL_EXPORT uint32_t raxelHostVersion(void);
+
+// Bits of RaxelHostJob.flags.
+enum {
+  RAXEL_HOST_VERIFY = 1,       // decode what was written with libtiff and compare every pixel with the plan
+  RAXEL_HOST_FORCE = 2,        // replace a file that is write-protected
+  RAXEL_HOST_NO_CLOBBER = 4,   // never replace a file
+  RAXEL_HOST_ONLY_TIFF = 32,   // never replace a file that holds something else than a TIFF
+  RAXEL_HOST_DRY_RUN = 8,      // work out the plan and write nothing
+  RAXEL_HOST_SYNC_CHILD = 16,  // leave a long wait for the disk to a child process, so that a signal ends
+                               // this one at once; for programs without threads or children of their own
+};
+
+// How the picture gets into the filter. The bytes are the same.
+typedef enum RaxelHostRoad {
+  RAXEL_ROAD_CELL,      // one call with a finished picture
+  RAXEL_ROAD_DRIVER,    // a driver session: resolutions must be equal, some sizes are refused
+  RAXEL_ROAD_METAFILE,  // a metafile session, which no platform of today records: always refused
+  RAXEL_ROADS
+} RaxelHostRoad;
+
+// Where an export is.
+typedef enum RaxelHostStage { RAXEL_STAGE_PREPARING, RAXEL_STAGE_WRITING } RaxelHostStage;
+
+// Told of the progress, some fifty times a second at most: the stage, the part of it that is done (0 to
+// 1) and the bytes written so far. Answers 0 to go on; any other answer stops the export.
+typedef int32_t (*RaxelHostProgress)(void *context, int32_t stage, double part, uint64_t bytes);
+
+// Asked as often whether to stop: 0 to go on. For programs that show no progress.
+typedef int32_t (*RaxelHostStop)(void *context);
+
+// Takes the file's bytes from first to last in pieces, when the whole file has been made: an export
+// that fails before has written nothing. Answers 0, or an errno when it cannot.
+typedef int32_t (*RaxelHostWrite)(void *context, const void *bytes, uint64_t count);
+
+// Told the name of the temporary file when it is made, and null when it is gone: for a program whose
+// signal handler removes it. Signals that end a program wait meanwhile, as far as the calling thread is
+// concerned.
+typedef void (*RaxelHostTemporary)(void *context, const char *path);
+
+// What is to be done. Everything that it points to is borrowed until the call returns.
+typedef struct RaxelHostJob {
+  uint32_t size;   // sizeof(RaxelHostJob)
+  uint32_t flags;  // RAXEL_HOST_VERIFY...
+
+  RaxelPicture picture;  // what there is
+  RaxelRequest request;  // what is wanted
+
+  // The output: a file, or the callback, or, when both are null, a block of memory. The file is written
+  // beside the one of that name, brought to the disk, and renamed, so that the old one stays bit for bit
+  // until the new one is whole. "-" is standard output; it, pipes and devices get their bytes at the end.
+  const char *path;
+  RaxelHostWrite write;
+
+  // May each be null. `context` is handed to all of them.
+  RaxelHostProgress progress;
+  RaxelHostStop stop;
+  RaxelHostTemporary temporary;
+  void *context;
+
+  int32_t road;  // RaxelHostRoad
+} RaxelHostJob;
+
+enum { RAXEL_HOST_MESSAGE_BYTES = 1024 };
+
+// What has become of it. The caller sets `size`; the call sets all else.
+typedef struct RaxelHostResult {
+  uint32_t size;      // sizeof(RaxelHostResult)
+  int32_t code;       // RaxelHostCode, as it is returned
+  int32_t error;      // the errno behind it; 0 for none
+  uint32_t verified;  // 1: the written bytes show the picture
+  uint64_t bytes;     // of the file
+  uint8_t *memory;    // output in memory: the file, the caller's from now on (raxelHostFree); else null
+
+  double prepareSeconds;
+  double writeSeconds;
+
+  // Why it failed, in one sentence that is cut where there is no room; empty for RAXEL_HOST_OK.
+  char message[RAXEL_HOST_MESSAGE_BYTES];
+
+  RaxelPlan plan;  // all 0 when the request was refused; its notes say what was changed on the way
+} RaxelHostResult;
+
+// Clears `size` bytes of a job, sets its size, and its request to raxelHostDefaults. Does nothing for
+// null.
+RAXEL_EXPORT void raxelHostJobDefaults(RaxelHostJob *job, uint32_t size);
+
+// Exports a picture. Returns RAXEL_HOST_OK with the output complete, or another RaxelHostCode with the
+// old file untouched, nothing kept in memory and nothing left behind; so too in *result, which may be
+// null unless the output goes to memory. Opens the filter as raxelHostOpen(null) does when none is open.
+// Memory is asked for before the filter is, which would end the process without it. Sets the record of
+// the settings where no escape reaches: strips or tiles.
+RAXEL_EXPORT int raxelHostExport(const RaxelHostJob *job, RaxelHostResult *result);
+
+// Frees memory of a result. Null is allowed.
+RAXEL_EXPORT void raxelHostFree(void *memory);
+
+// Loads the filter, for as long as the process lives: from the path given, or, for null or "", from the
+// first that is there of the path in the environment variable RAXEL_LIBRARY; raxel.so beside the program
+// and beside libraxelhost; ../lib/raxel/raxel.so and raxel/raxel.so seen from there; and the folder that
+// the build was configured to install into. Returns RAXEL_HOST_OK, also when that filter is open
+// already, RAXEL_HOST_NO_FILTER, or RAXEL_HOST_BAD_ARGUMENT when another one is open.
+RAXEL_EXPORT int raxelHostOpen(const char *path);
+
+// The path of the open filter; null when there is none.
+RAXEL_EXPORT const char *raxelHostFilter(void);
+
+// Why the last raxelHostOpen of this thread failed, in one sentence; empty when it did not. Never null.
+RAXEL_EXPORT const char *raxelHostOpenError(void);
+
+RAXEL_END
+
+#endif

@@ -1,0 +1,162 @@
+// A picture made ready for the filter: what there is, what is wanted, the plan, the pixels.
+//
+//   picture -> scale -> colour treatment -> reduce or dither -> rows bottom first -> pixels, table
+//
+// No function here keeps anything between calls, writes to the source picture or prints. Any number
+// of threads may call them, except that the services are the filter's: one call at a time.
+#ifndef RAXEL_HOST_PICTURE_H
+#define RAXEL_HOST_PICTURE_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "raxel/setting_codes.h"
+#include "raxel/types.h"
+
+RAXEL_BEGIN
+
+// What the file's pixels are. The order is that of the filter's bitmap-mode escape.
+typedef enum RaxelMode {
+  RAXEL_MODE_BILEVEL,   // 1 bit, black and white
+  RAXEL_MODE_GREY16,    // 4 bits, 16 grey levels
+  RAXEL_MODE_GREY256,   // 8 bits, 256 grey levels
+  RAXEL_MODE_COLOR8,    // 4 bits, the eight corners of the colour cube
+  RAXEL_MODE_COLOR16,   // 4 bits, 16 colours of the picture's own
+  RAXEL_MODE_COLOR256,  // 8 bits, 256 colours of the picture's own
+  RAXEL_MODE_RGB,       // 24 bits
+  RAXEL_MODES
+} RaxelMode;
+
+// How the file's pixels are coded. The order is that of the filter's compression escape.
+typedef enum RaxelCompression {
+  RAXEL_COMPRESS_NONE,
+  RAXEL_COMPRESS_PACKBITS,
+  RAXEL_COMPRESS_HUFFMAN,  // CCITT modified Huffman, bilevel only
+  RAXEL_COMPRESS_LZW,
+  RAXEL_COMPRESS_T4,  // CCITT Group 3, bilevel only
+  RAXEL_COMPRESS_T6,  // CCITT Group 4, bilevel only
+  RAXEL_COMPRESSIONS
+} RaxelCompression;
+
+typedef enum RaxelLayout { RAXEL_LAYOUT_STRIPS, RAXEL_LAYOUT_TILES } RaxelLayout;
+
+// RAXEL_DITHER_AUTO dithers where a picture loses levels that the eye would miss: to bilevel (unless
+// the picture has two colours), to 16 greys and to 8 and 16 colours.
+typedef enum RaxelDither { RAXEL_DITHER_AUTO, RAXEL_DITHER_ON, RAXEL_DITHER_OFF } RaxelDither;
+
+// Who chooses the colours when a picture has more than the mode allows.
+typedef enum RaxelQuantizer {
+  RAXEL_QUANTIZE_BEST,    // libimagequant: the smallest error
+  RAXEL_QUANTIZE_FAST,    // Leptonica's median cut: a tenth of the time
+  RAXEL_QUANTIZE_FILTER,  // the filter's own median cut on 15-bit colours
+  RAXEL_QUANTIZERS
+} RaxelQuantizer;
+
+// A picture as it was read. Borrowed; never written.
+typedef struct RaxelPicture {
+  uint32_t width;  // pixels
+  uint32_t height;
+  uint32_t bits;         // 1, 2, 4, 8: indices, leftmost pixel in the high bits; 24: red, green, blue
+  const uint8_t *rows;   // the top row
+  size_t stride;         // bytes from one row to the row below
+  const uint8_t *table;  // colour of each index as red, green, blue; null: grey from black to white
+  uint32_t colors;       // entries in the table; an index beyond them is black
+} RaxelPicture;
+
+// What is wanted.
+typedef struct RaxelRequest {
+  int32_t mode;         // RaxelMode
+  int32_t compression;  // RaxelCompression
+  int32_t layout;       // RaxelLayout
+  int32_t dpiX;         // 32 to 400 dots an inch
+  int32_t dpiY;
+  double inchesX;  // size to scale to; 0 in both keeps the pixels, 0 in one keeps the proportions
+  double inchesY;
+  int32_t treatment;  // RaxelTreatment
+  int32_t dither;     // RaxelDither
+  int32_t quantizer;  // RaxelQuantizer
+} RaxelRequest;
+
+// Things done on the way that the user may want to know, as bits.
+enum {
+  RAXEL_NOTE_ROW_REPEATED = 1,          // the height was odd: the last row stands twice
+  RAXEL_NOTE_SCALED = 2,                // the pixels were resampled to the wanted size
+  RAXEL_NOTE_REDUCED = 4,               // colours or levels were lost
+  RAXEL_NOTE_DITHERED = 8,              // lost levels were spread by error diffusion
+  RAXEL_NOTE_LZW_AS_PACKBITS = 16,      // one-byte strips, which LZW cannot carry here
+  RAXEL_NOTE_HUFFMAN_AS_PACKBITS = 32,  // a one-byte last row, which a common reader misreads
+  RAXEL_NOTE_RUNS_AS_T6 = 64,           // a row of T.4 or Huffman with more runs than a common reader takes
+  RAXEL_NOTES = 7
+};
+
+// The job, worked out. Written by raxelHostPlan; raxelHostPrepare sets compression and notes anew.
+typedef struct RaxelPlan {
+  uint32_t width;       // pixels in a row of the file
+  uint32_t rows;        // rows of the picture
+  uint32_t height;      // rows of the file: rows, made even
+  uint32_t bits;        // bits a pixel in the block: 1, 4, 8 or 24
+  uint32_t stride;      // bytes a row in the block, a multiple of 4
+  uint64_t bytes;       // size of the block: stride * height
+  uint32_t colors;      // entries of the table: 2 ** bits, or 0 for RGB
+  int32_t mode;         // RaxelMode, as requested
+  int32_t layout;       // RaxelLayout, as requested
+  int32_t dpiX, dpiY;   // as requested
+  int32_t compression;  // RaxelCompression to set: as requested, or another with a note
+  uint32_t notes;
+  uint32_t unitsPerInch;       // 32768, for the picture record's nResolution
+  int32_t extentX, extentY;    // in those units, for the export info: exact at every resolution
+  int32_t queryX, queryY;      // the same for escape 56, which rounds the other way
+  uint64_t uncompressedBytes;  // size of the file without compression
+} RaxelPlan;
+
+// Values for the filter's setting escapes: 9 with raxelHostModeValue(mode) and 10 with
+// raxelHostCompressionValue(compression); always 18 with 3, 11 and 12 with the resolutions, 19 with 2.
+enum { RAXEL_ESCAPE_USER_RESOLUTION = 3, RAXEL_ESCAPE_PICTURE_SIZE = 2 };
+
+// What the preparation borrows from the filter. Fill it with dlsym (or by linking) under the names of
+// the members. Every member is needed for dithering to bilevel and 16 greys, for treatments and for
+// RAXEL_QUANTIZE_FILTER; all other work is done without.
+typedef struct RaxelServices {
+  Handle (*GlobalAlloc)(uint32_t flags, uint32_t size);
+  void *(*GlobalLock)(Handle handle);
+  int32_t (*GlobalUnlock)(Handle handle);
+  int32_t (*GlobalFree)(Handle handle);
+  Handle (*rlReduceColorTable)(Handle bits, uint32_t width, int16_t height, uint16_t *count);
+  Handle (*rlConvertBitmapDepth)(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
+                                 int16_t depth, Handle sourceTable, Handle table, uint16_t count);
+  void (*rlDitherGetCT)(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth, int16_t depth,
+                        Handle sourceTable, Handle *table, uint16_t *count);
+  Handle (*rlDitherGivenCT)(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
+                            int16_t depth, Handle sourceTable, Handle table, uint16_t count);
+  void (*rev_rgb)(uint32_t width, uint8_t *row, int32_t mode);
+} RaxelServices;
+
+// Sets every field: RGB, no compression, strips, 96 dots an inch, the picture's pixels, no treatment.
+RAXEL_EXPORT void raxelHostDefaults(RaxelRequest *request);
+
+// Works out the job. Returns RAXEL_HOST_OK with *plan filled, or the reason for a refusal with *plan
+// cleared. Looks at no pixel, so it is cheap enough to call after every keystroke.
+RAXEL_EXPORT int raxelHostPlan(const RaxelPicture *picture, const RaxelRequest *request, RaxelPlan *plan);
+
+// The same without the refusals that name a combination which readers cannot open: for a host whose
+// user insists. Sizes that the file cannot hold are still refused.
+RAXEL_EXPORT int raxelHostPlanAnyway(const RaxelPicture *picture, const RaxelRequest *request,
+                                     RaxelPlan *plan);
+
+// Prepares the pixels.
+//   picture, request  the ones the plan was made from
+//   services          the filter's functions; null when none of them is needed
+//   plan              in and out: compression and notes are set anew, for the pixels decide on them
+//   pixels            plan->bytes, zero-filled, 8-aligned; receives the rows, bottom row first
+//   table             768 bytes; receives plan->colors entries as red, green, blue
+// Returns RAXEL_HOST_OK, or a reason; pixels and table then hold nothing of use.
+RAXEL_EXPORT int raxelHostPrepare(const RaxelPicture *picture, const RaxelRequest *request,
+                                  const RaxelServices *services, RaxelPlan *plan, uint8_t *pixels,
+                                  uint8_t *table);
+
+// True when this build has the libraries that a quantizer needs (Leptonica is looked for on the way).
+RAXEL_EXPORT int raxelHostHasQuantizer(int quantizer);
+
+RAXEL_END
+
+#endif
