@@ -47,9 +47,29 @@ void layOutTable(const RaxelPicture &picture, uint8_t *table) {
   for (const prepare::Color &color : source.table()) table = std::copy(color.begin(), color.end(), table);
 }
 
+bool hasColors(const RaxelPicture &picture) {
+  if (picture.bits == 24) return true;
+  const prepare::Source source(picture, RAXEL_TREAT_NONE, nullptr);
+  return !source.grey();
+}
+
+// Where the filter's own conversions show other colours than the picture's: it reads tables as red, green,
+// blue and pixels of 24 bits as blue, green, red, and makes the one of the other as they stand.
+void noteExchange(const RaxelPicture &picture, uint64_t photometric, Report &report) {
+  constexpr uint64_t kRgb = 2, kPalette = 3;
+  if (!hasColors(picture) || (picture.bits == 24) == (photometric == kRgb)) return;
+  if (photometric == kRgb || photometric == kPalette) {
+    report.notes.emplace_back(
+        "the filter exchanges red and blue in this conversion; without --as-is they are right");
+  } else if (picture.bits == 24 && report.fileBits != 4) {  // 16 greys weigh no colour at all
+    report.notes.emplace_back(
+        "the filter weighs red as blue in greys from 24 bits; without --as-is they are right");
+  }
+}
+
 // What the filter has made of it. The depth of a colour is said once for its three samples.
-void describeFile(std::span<const uint8_t> file, Report &report) {
-  constexpr uint16_t kWidth = 256, kLength = 257, kBits = 258, kSamples = 277;
+void describeFile(std::span<const uint8_t> file, const RaxelPicture &picture, Report &report) {
+  constexpr uint16_t kWidth = 256, kLength = 257, kBits = 258, kPhotometric = 262, kSamples = 277;
   const Directory directory = readDirectory(file);
   const auto number = [&](uint16_t tag) { return static_cast<uint32_t>(directory.value(tag, 0)); };
   report.seen = true;
@@ -61,6 +81,10 @@ void describeFile(std::span<const uint8_t> file, Report &report) {
     report.notes.push_back("the file says that it has " + std::to_string(report.fileWidth) + " by " +
                            std::to_string(report.fileHeight) + " pixels, and no reader opens that");
   }
+  if (report.fileHeight == picture.height + 1) {
+    report.notes.emplace_back("the height was odd, and the filter adds a row");
+  }
+  noteExchange(picture, number(kPhotometric), report);
 }
 
 }  // namespace
@@ -106,7 +130,7 @@ void exportAsIs(const Library &library, const Options &options, Given &given, co
                           units};
   writePicture(library, setup, handover, nullptr, RAXEL_ROAD_CELL,
                static_cast<uint64_t>(std::max(result.nHeight, 1)), file, pace);
-  describeFile(file.bytes(), report);
+  describeFile(file.bytes(), view, report);
   if (options.dryRun) return;
   file.commit();
   if (options.save) saveGiven(library, given, options, report.notes);
