@@ -11,8 +11,9 @@ add_library(raxelhost_objects OBJECT
   finish/file.cpp finish/read.cpp finish/write.cpp
   output/hold.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
   prepare/colors.cpp prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
-  prepare/nearest.cpp prepare/plan.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp
-  prepare/quantize_filter.cpp prepare/scale.cpp prepare/services.cpp prepare/source.cpp prepare/swap.cpp)
+  prepare/nearest.cpp prepare/page.cpp prepare/plan.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp
+  prepare/quantize_filter.cpp prepare/scale.cpp prepare/services.cpp prepare/source.cpp prepare/swap.cpp
+  prepare/taps.cpp)
 target_include_directories(raxelhost_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/host)
 target_compile_definitions(raxelhost_objects PRIVATE
   RAXEL_INSTALLED_FILTER="${CMAKE_INSTALL_PREFIX}/lib/raxel/raxel.so")

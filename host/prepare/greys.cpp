@@ -90,19 +90,14 @@ void toNearest(const Source &source, const std::array<uint8_t, 256> &map, const 
 
 // A picture of two colours needs no dithering: the brighter is white.
 void twoColors(const Source &source, const Block &block) {
-  const auto colors = source.table();
-  const auto level = [&](size_t i) { return brightness(colors[i][0], colors[i][1], colors[i][2]); };
-  const uint8_t first = level(0), second = source.colors() < 2 ? first : level(1);
-  // Two colours on the same side of the middle are told apart; a single colour goes to its own side.
-  const unsigned zero = first == second ? first >= 128 : first > second;
-  const unsigned one = first == second ? first >= 128 : second > first;
+  const auto [zeroDark, oneDark] = darkIndices(source);
   const uint64_t bytes = rowBytes(block.plan);
   const uint32_t used = block.plan.width % 8;
   for (uint32_t y = 0; y < source.height(); ++y) {
     const uint8_t *in = source.row(y);
     uint8_t *out = block.row(y);
     for (uint64_t i = 0; i < bytes; ++i) {
-      out[i] = static_cast<uint8_t>((one ? in[i] : 0) | (zero ? ~in[i] : 0));
+      out[i] = static_cast<uint8_t>((oneDark ? 0 : in[i]) | (zeroDark ? 0 : ~in[i]));
     }
     if (used != 0) out[bytes - 1] = static_cast<uint8_t>(out[bytes - 1] & (0xFF00u >> used));
   }
@@ -140,10 +135,22 @@ Color greyOfLevel(uint8_t level) {
   return {v, v, v};
 }
 
-int toBilevel(const Source &source, const RaxelRequest &request, const RaxelServices *services,
-              const Block &block, RaxelPlan &plan, uint8_t *table) {
+std::array<bool, 2> darkIndices(const Source &source) {
+  const auto colors = source.table();
+  const auto level = [&](size_t i) { return brightness(colors[i][0], colors[i][1], colors[i][2]); };
+  const uint8_t first = level(0), second = source.colors() < 2 ? first : level(1);
+  if (first == second) return {first < 128, first < 128};
+  return {first < second, second < first};
+}
+
+void bilevelTable(uint8_t *table) {
   std::fill_n(table, 3, uint8_t{0});
   std::fill_n(table + 3, 3, uint8_t{255});
+}
+
+int toBilevel(const Source &source, const RaxelRequest &request, const RaxelServices *services,
+              const Block &block, RaxelPlan &plan, uint8_t *table) {
+  bilevelTable(table);
   if (source.bits() == 1 && request.dither != RAXEL_DITHER_ON) {
     if (!isBlackAndWhite(source)) plan.notes |= RAXEL_NOTE_REDUCED;
     twoColors(source, block);

@@ -1,6 +1,8 @@
 // Bilevel and grey modes.
 #pragma once
 
+#include <array>
+
 #include "prepare/block.h"
 #include "prepare/source.h"
 
@@ -12,6 +14,13 @@ int toBilevel(const Source &source, const RaxelRequest &request, const RaxelServ
 int toGrey16(const Source &source, const RaxelRequest &request, const RaxelServices *services,
              const Block &block, RaxelPlan &plan, uint8_t *table);
 int toGrey256(const Source &source, const Block &block, RaxelPlan &plan, uint8_t *table);
+
+// Of a source of 1 bit: whether each of the two indices goes to black. The darker one does, and of two
+// alike both do when they are below the middle.
+std::array<bool, 2> darkIndices(const Source &source);
+
+// The table of the bilevel mode: black, white.
+void bilevelTable(uint8_t *table);
 
 // The colour that the filter's own grey rule turns into exactly this level: (level, level, level), or
 // one more in blue or green where the sum of three doubles falls short of a whole number.

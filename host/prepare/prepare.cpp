@@ -6,6 +6,7 @@
 #include "prepare/fallback.h"
 #include "prepare/greys.h"
 #include "prepare/leptonica.h"
+#include "prepare/page.h"
 #include "prepare/scale.h"
 #include "prepare/services.h"
 #include "raxel/host.h"
@@ -48,6 +49,12 @@ RaxelPicture pictureOf(const Raster &raster) {
           0};
 }
 
+// A page of black and white that stays one.
+bool shrinksPage(const Source &source, const RaxelRequest &request, const RaxelPlan &plan) {
+  return request.mode == RAXEL_MODE_BILEVEL && request.dither != RAXEL_DITHER_ON &&
+         (plan.width < source.width() || plan.rows < source.height()) && isPage(source);
+}
+
 int prepare(const RaxelPicture &picture, const RaxelRequest &request, const RaxelServices *services,
             RaxelPlan &plan, uint8_t *pixels, uint8_t *table) {
   if (request.treatment != RAXEL_TREAT_NONE && !complete(services)) return RAXEL_HOST_NO_SERVICE;
@@ -57,6 +64,9 @@ int prepare(const RaxelPicture &picture, const RaxelRequest &request, const Raxe
   if (plan.width == picture.width && plan.rows == picture.height) {
     const bool untouched = picture.bits == 24 && request.treatment == RAXEL_TREAT_NONE;
     code = reduce(original, untouched, request, services, block, plan, table);
+  } else if (shrinksPage(original, request, plan)) {
+    bilevelTable(table);
+    shrinkPage(original, block);
   } else {
     const Raster raster = scale(original, plan.width, plan.rows);
     const Source scaled(pictureOf(raster), RAXEL_TREAT_NONE, nullptr);

@@ -1,59 +1,11 @@
 #include "prepare/scale.h"
 
 #include <algorithm>
-#include <cmath>
+
+#include "prepare/taps.h"
 
 namespace prepare {
 namespace {
-
-constexpr int kOne = 1 << 14;  // weights are fractions of this and add up to it exactly
-
-// How one pixel of the result is made: weights of the source pixels from `first` on.
-struct Taps {
-  uint32_t first = 0;
-  std::vector<int> weights;
-};
-
-// Rounds the weights so that they add up to kOne: a flat area then keeps its exact value.
-Taps toFixed(uint32_t first, const std::vector<double> &weights) {
-  Taps taps{first, {}};
-  double sum = 0, done = 0;
-  for (double w : weights) sum += w;
-  int given = 0;
-  for (double w : weights) {
-    done += w;
-    const int upTo = static_cast<int>(std::lround(done / sum * kOne));
-    taps.weights.push_back(upTo - given);
-    given = upTo;
-  }
-  return taps;
-}
-
-std::vector<Taps> tapsOf(uint32_t from, uint32_t to) {
-  std::vector<Taps> all;
-  all.reserve(to);
-  const double ratio = static_cast<double>(from) / to;
-  for (uint32_t i = 0; i < to; ++i) {
-    std::vector<double> weights;
-    uint32_t first = 0;
-    if (ratio >= 1) {
-      // The pixel covers the source from i * ratio to (i + 1) * ratio.
-      const double start = i * ratio, end = std::min((i + 1) * ratio, static_cast<double>(from));
-      first = std::min(static_cast<uint32_t>(start), from - 1);
-      for (uint32_t s = first; s < from && s < end; ++s) {
-        weights.push_back(std::min(end, s + 1.0) - std::max(start, static_cast<double>(s)));
-      }
-    } else {
-      // The pixel's centre lies between the centres of two source pixels.
-      const double centre = std::clamp((i + 0.5) * ratio - 0.5, 0.0, from - 1.0);
-      first = static_cast<uint32_t>(centre);
-      const double part = centre - first;
-      weights = part > 0 ? std::vector{1 - part, part} : std::vector{1.0};
-    }
-    all.push_back(toFixed(first, weights));
-  }
-  return all;
-}
 
 void scaleRow(const uint8_t *in, uint32_t channels, const std::vector<Taps> &taps, int *out) {
   for (const Taps &t : taps) {
@@ -74,7 +26,8 @@ void scaleRow(const uint8_t *in, uint32_t channels, const std::vector<Taps> &tap
 Raster scale(const Source &source, uint32_t width, uint32_t height) {
   const uint32_t channels = source.grey() ? 1 : 3;
   Raster result{width, height, channels, std::vector<uint8_t>(size_t{width} * height * channels)};
-  const std::vector<Taps> across = tapsOf(source.width(), width), down = tapsOf(source.height(), height);
+  const std::vector<Taps> across = areaTaps(source.width(), width),
+                          down = areaTaps(source.height(), height);
   const size_t wide = size_t{width} * channels;
   std::vector<uint8_t> row(size_t{source.width()} * 3);
   // Two rows are enough when growing; when shrinking each source row is used by at most two results.
