@@ -8,15 +8,10 @@
 #include <cstring>
 
 #include "failure.h"
+#include "loading.h"
 
 namespace host {
 namespace {
-
-template <class Function>
-bool resolve(void *library, const char *name, Function &function) {
-  function = reinterpret_cast<Function>(dlsym(library, name));
-  return function != nullptr;
-}
 
 bool load(LibTiff &to) {
   void *library = dlopen("libtiff.so.6", RTLD_NOW | RTLD_LOCAL);
@@ -27,7 +22,9 @@ bool load(LibTiff &to) {
          RAXEL_RESOLVE(TIFFScanlineSize64) && RAXEL_RESOLVE(TIFFReadScanline) &&
          RAXEL_RESOLVE(TIFFTileSize64) && RAXEL_RESOLVE(TIFFTileRowSize64) && RAXEL_RESOLVE(TIFFReadTile) &&
          RAXEL_RESOLVE(TIFFSetErrorHandler) && RAXEL_RESOLVE(TIFFSetWarningHandler) &&
-         RAXEL_RESOLVE(TIFFSetErrorHandlerExt);
+         RAXEL_RESOLVE(TIFFSetField) && RAXEL_RESOLVE(TIFFLastDirectory) &&
+         RAXEL_RESOLVE(TIFFRGBAImageOK) && RAXEL_RESOLVE(TIFFReadRGBAStripExt) &&
+         RAXEL_RESOLVE(TIFFReadRGBATileExt);
 #undef RAXEL_RESOLVE
 }
 
@@ -63,12 +60,6 @@ __attribute__((format(printf, 2, 0))) void onWarning(const char *, const char *f
   collect(saidWarnings, format, arguments);
 }
 
-// The kind that a reader beside this one does not replace by its own.
-__attribute__((format(printf, 3, 0))) void onErrorOfOthers(thandle_t, const char *, const char *format,
-                                                           va_list arguments) {
-  collect(saidErrors, format, arguments);
-}
-
 tmsize_t readBytes(thandle_t handle, void *to, tmsize_t count) {
   TiffBytes &view = *static_cast<TiffBytes *>(handle);
   if (count < 0 || view.at >= view.bytes.size()) return 0;
@@ -96,19 +87,6 @@ toff_t sizeOf(thandle_t handle) {
 }
 
 }  // namespace
-
-TiffListener::TiffListener() : lib_(installed()) {
-  saidErrors.clear();
-  if (lib_) lib_->TIFFSetErrorHandlerExt(onErrorOfOthers);
-}
-
-TiffListener::~TiffListener() {
-  if (lib_) lib_->TIFFSetErrorHandlerExt(nullptr);
-}
-
-const std::vector<std::string> &TiffListener::errors() const {
-  return saidErrors;
-}
 
 TiffReader::TiffReader(std::span<const uint8_t> bytes) : lib_(&libTiff()), memory_{bytes, 0} {
   saidErrors.clear();
@@ -179,6 +157,48 @@ bool TiffReader::readRow(uint32_t y, uint8_t *row) {
   if (!tiled_) return lib_->TIFFReadScanline(tiff_, row, y, 0) == 1;
   if (tileHeight_ == 0 || (y % tileHeight_ == 0 && !readTileRow(y))) return false;
   std::memcpy(row, tiles_.data() + rowBytes_ * (y % tileHeight_), static_cast<size_t>(rowBytes_));
+  return true;
+}
+
+uint16_t TiffReader::extraSample() const {
+  uint16_t count = 0, *kinds = nullptr;
+  if (!lib_->TIFFGetFieldDefaulted(tiff_, TIFFTAG_EXTRASAMPLES, &count, &kinds) || count == 0) return 0;
+  return kinds[0];
+}
+
+bool TiffReader::hasFurtherPictures() const {
+  return lib_->TIFFLastDirectory(tiff_) == 0;
+}
+
+std::string TiffReader::refusalOfColors() const {
+  char why[1024] = "";
+  return lib_->TIFFRGBAImageOK(tiff_, why) ? "" : why;
+}
+
+bool TiffReader::readColors(const TakePixels &take) {
+  const uint32_t height = number(TIFFTAG_IMAGELENGTH, true, 0);
+  // Strips are as wide as the picture; the library bounds their rows by the picture's.
+  const uint32_t wide = tiled_ ? tileWidth_ : width_,
+                 high = tiled_ ? tileHeight_ : std::min(number(TIFFTAG_ROWSPERSTRIP, true, height), height);
+  if (wide == 0 || high == 0 || uint64_t{wide} * high > SIZE_MAX / 8) return false;
+  std::vector<uint32_t> piece(size_t{wide} * high);
+  // The library would turn pieces one by one.
+  lib_->TIFFSetField(tiff_, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+  for (uint64_t y = 0; y < height; y += high) {
+    for (uint64_t x = 0; x < width_; x += wide) {
+      const auto left = static_cast<uint32_t>(x), top = static_cast<uint32_t>(y);
+      const uint32_t columns = std::min(wide, width_ - left), rows = std::min(high, height - top);
+      const int read = tiled_ ? lib_->TIFFReadRGBATileExt(tiff_, left, top, piece.data(), 1)
+                              : lib_->TIFFReadRGBAStripExt(tiff_, top, piece.data(), 1);
+      if (read != 1) return false;
+      // The bottom row comes first. A tile that reaches beyond the picture keeps its size, a strip does
+      // not.
+      const uint32_t first = tiled_ ? high : rows;
+      for (uint32_t r = 0; r < rows; ++r) {
+        take(left, top + r, {piece.data() + size_t{wide} * (first - 1 - r), columns});
+      }
+    }
+  }
   return true;
 }
 

@@ -4,6 +4,7 @@
 #include <tiffio.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -24,22 +25,11 @@ struct LibTiff {
   decltype(&::TIFFReadTile) TIFFReadTile;
   decltype(&::TIFFSetErrorHandler) TIFFSetErrorHandler;
   decltype(&::TIFFSetWarningHandler) TIFFSetWarningHandler;
-  decltype(&::TIFFSetErrorHandlerExt) TIFFSetErrorHandlerExt;
-};
-
-// While it lives, hears the errors that the library has when others read through it: some go on with
-// whatever the memory holds. Hears nothing when the library is not installed.
-class TiffListener {
- public:
-  TiffListener();
-  ~TiffListener();
-  TiffListener(const TiffListener &) = delete;
-  TiffListener &operator=(const TiffListener &) = delete;
-
-  const std::vector<std::string> &errors() const;
-
- private:
-  const LibTiff *lib_;
+  decltype(&::TIFFSetField) TIFFSetField;
+  decltype(&::TIFFLastDirectory) TIFFLastDirectory;
+  decltype(&::TIFFRGBAImageOK) TIFFRGBAImageOK;
+  decltype(&::TIFFReadRGBAStripExt) TIFFReadRGBAStripExt;
+  decltype(&::TIFFReadRGBATileExt) TIFFReadRGBATileExt;
 };
 
 // Bytes and a place in them.
@@ -63,10 +53,22 @@ class TiffReader {
   double real(uint32_t tag) const;  // 0 for none
   // The colour map as 8-bit red, green, blue; empty when there is none.
   std::vector<uint8_t> colorMap(uint32_t bits) const;
+  // What a sample beyond those of the colours means (EXTRASAMPLE_...).
+  uint16_t extraSample() const;
+  // True when another directory follows.
+  bool hasFurtherPictures() const;
   // Decodes the next row of bytes, in order from 0 on; `row` has rowBytes() of room. False when it
   // cannot.
   bool readRow(uint32_t y, uint8_t *row);
   uint64_t rowBytes() const { return rowBytes_; }
+
+  // Why the library cannot turn this file into colours; empty when it can.
+  std::string refusalOfColors() const;
+  // Receives pixels of a row from column x on; libtiff's TIFFGetR, TIFFGetG, TIFFGetB and TIFFGetA take
+  // them apart, and the colours are multiplied by the opacity.
+  using TakePixels = std::function<void(uint32_t x, uint32_t y, std::span<const uint32_t> pixels)>;
+  // Decodes the whole picture, as it lies in the file, a strip or a tile at a time. False when it cannot.
+  bool readColors(const TakePixels &take);
 
   // What the library had to say so far.
   const std::vector<std::string> &errors() const;

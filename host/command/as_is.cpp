@@ -89,14 +89,16 @@ void describeFile(std::span<const uint8_t> file, const RaxelPicture &picture, Re
 
 }  // namespace
 
+void checkAsIs(const Picture &picture, const std::string &input) {
+  if (picture.view.width > UINT16_MAX || picture.view.height > UINT16_MAX)
+    throw Failure(kNoInput, input + ": the filter takes no picture of more than 65535 pixels a side");
+}
+
 void exportAsIs(const Library &library, const Options &options, Given &given, const Picture &picture,
                 const RaxelHostJob &job, Report &report) {
   Setup &setup = given.setup;
   const RaxelPicture &view = picture.view;
-  if (view.width > UINT16_MAX || view.height > UINT16_MAX) {
-    throw Failure(kNoInput,
-                  report.input + ": the filter takes no picture of more than 65535 pixels a side");
-  }
+  checkAsIs(picture, report.input);
   sendGiven(setup, options, false);
   // The picture's own resolution, in units that are its pixels.
   const double dpi = picture.dpiX >= 1.5 ? std::round(picture.dpiX) : 96;

@@ -3,6 +3,7 @@
 #include "clock.h"
 #include "command/as_is.h"
 #include "command/stop.h"
+#include "filter/driver.h"
 #include "filter/given.h"
 #include "filter/save.h"
 #include "pictures/picture.h"
@@ -78,6 +79,16 @@ RaxelHostJob jobOf(const Options &options, const Picture &picture, const std::st
   return job;
 }
 
+// Refuses what size, depth and options decide.
+void checkJob(const RaxelHostJob &job, const std::string &input) {
+  RaxelPlan plan;
+  if (const int code = raxelHostPlan(&job.picture, &job.request, &plan); code != RAXEL_HOST_OK)
+    throw Failure(exitFor(code, job), input + ": " + raxelHostMessage(code));
+  if (job.road != RAXEL_ROAD_DRIVER) return;
+  if (const std::string why = driverRefusal(plan); !why.empty())
+    throw Failure(exitFor(RAXEL_HOST_BAD_ROAD, job), input + ": " + why);
+}
+
 }  // namespace
 
 void exportPicture(const Library &library, const Options &options, const std::string &inputPath,
@@ -88,13 +99,22 @@ void exportPicture(const Library &library, const Options &options, const std::st
   Clock::time_point start = Clock::now();
 
   const Input input(inputPath);
-  const std::unique_ptr<Picture> picture = readPicture(input, options.background);
-  describe(*picture, report);
-  report.readSeconds = secondsSince(start);
-
   checkSave(library, options);
   Given given(library, options);
   const Setup &setup = given.setup;
+  // Before there are pixels, so that those of a picture that is refused cost nothing.
+  const auto gate = [&](const Picture &announced) {
+    describe(announced, report);
+    if (options.asIs) return checkAsIs(announced, inputPath);
+    RaxelHostJob job = jobOf(options, announced, output, progress);
+    std::vector<std::string> unheard;
+    job.request = requestFor(options, setup, announced, unheard);
+    checkJob(job, inputPath);
+  };
+  const std::unique_ptr<Picture> picture = readPicture(input, options.background, gate);
+  describe(*picture, report);
+  report.readSeconds = secondsSince(start);
+
   if (setup.fromProfile() && options.profile.empty()) {
     report.notes.push_back(std::string("takes settings from section [") + setup.record().szModeName +
                            "] of " + setup.record().szProfilePath);

@@ -77,8 +77,11 @@ bool keepsIn16Greys(const RaxelPicture &picture) {
   return true;
 }
 
-// The smallest mode that keeps what the picture can hold.
-int ownMode(const RaxelPicture &picture) {
+// The smallest mode that keeps what the picture can hold; as long as its table is not known, the one of
+// which nothing is refused that another may hold.
+int ownMode(const Picture &from) {
+  const RaxelPicture &picture = from.view;
+  if (!from.tableKnown && picture.bits <= 8) return RAXEL_MODE_BILEVEL;
   if (isBlackAndWhite(picture)) return RAXEL_MODE_BILEVEL;
   if (picture.bits == 24) return RAXEL_MODE_RGB;
   if (keepsIn16Greys(picture)) return RAXEL_MODE_GREY16;
@@ -127,7 +130,7 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
 
   request.mode = options.mode                           ? *options.mode
                  : chosen({kMode}) && !options.autoMode ? modeOfCode(stored.nBitmapMode)
-                                                        : ownMode(picture.view);
+                                                        : ownMode(picture);
   request.compression = options.compression      ? *options.compression
                         : chosen({kCompression}) ? compressionOfCode(stored.nCompressionMode)
                                                  : RAXEL_COMPRESS_NONE;

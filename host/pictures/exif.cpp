@@ -33,9 +33,16 @@ constexpr uint32_t kOrientation = 274, kXResolution = 282, kYResolution = 283, k
 Exif readExif(const uint8_t *data, size_t size) {
   constexpr size_t kFront = 6;
   Exif out;
-  if (size < kFront + 8 || std::memcmp(data, "Exif\0\0", kFront) != 0) return out;
+  const bool fronted = size >= kFront && std::memcmp(data, "Exif\0\0", kFront) == 0;
+  if (fronted) {
+    data += kFront;
+    size -= kFront;
+  }
+  if (size < 8) return out;
+  const bool bare = std::memcmp(data, "II*\0", 4) == 0 || std::memcmp(data, "MM\0*", 4) == 0;
+  if (!fronted && !bare) return out;
   out.found = true;
-  const Tiff tiff{data + kFront, size - kFront, data[kFront] == 'I'};
+  const Tiff tiff{data, size, data[0] == 'I'};
   const uint64_t start = tiff.number(4, 4);
   const uint32_t entries = tiff.number(start, 2);
   double x = 0, y = 0;

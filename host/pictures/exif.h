@@ -1,4 +1,4 @@
-// What an Exif block of a JPEG file says of the picture. Bytes are not trusted.
+// What the Exif block of a file says of the picture. Bytes are not trusted.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,8 @@ struct Exif {
   double dpiX = 0, dpiY = 0;  // dots an inch as stored; 0 when it does not say both
 };
 
-// Reads the first directory of a block, an APP1 segment's content: "Exif", two zero bytes, and a TIFF file
-// without pixels (Exif 2.3, section 4.5).
+// Reads the first directory of a block: in JPEG "Exif", two zero bytes, and a TIFF file without pixels
+// (Exif 2.3, section 4.5), in PNG and WebP that file alone.
 Exif readExif(const uint8_t *data, size_t size);
 
 }  // namespace host

@@ -96,7 +96,9 @@ Input::Input(const std::string &path, uint64_t longest) : name_(path == "-" ? "s
   try {
     read_ = readAll(file.fd, name_, longest, used);
   } catch (const std::bad_alloc &) {
-    fail(name_, "there is not enough memory to read it; give a file, which need not be read in whole");
+    const bool isFile = S_ISREG(about.st_mode);
+    fail(name_, std::string("there is not enough memory to read it") +
+                    (isFile ? "" : "; give a file, which need not be read in whole"));
   }
   bytes_ = {read_.data(), used};
   if (used == 0) fail(name_, "is empty");

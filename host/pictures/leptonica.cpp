@@ -1,11 +1,8 @@
-// Every other format, through Leptonica: BMP, GIF, TIFF, WebP, JPEG 2000, PAM.
+// Through Leptonica: JPEG 2000, PAM, and the frames of GIF.
 #include "prepare/leptonica.h"
 
 #include <algorithm>
-#include <optional>
 
-#include "check/directory.h"
-#include "check/libtiff.h"
 #include "pictures/peek.h"
 #include "pictures/picture.h"
 
@@ -55,42 +52,41 @@ void copyWide(const Leptonica &lept, PIX *pix, Picture &out) {
   }
 }
 
-constexpr uint16_t kSamplesPerPixel = 277;
-
-// What the four bytes of a pixel are.
-struct Pixels {
-  bool opacity = false;        // the last one counts
-  bool premultiplied = false;  // the others are multiplied by it already
-  bool blueFirst = false;
-};
-
-Pixels kindOf(const Leptonica &lept, PIX *pix, const std::string &format, std::span<const uint8_t> bytes) {
-  Pixels kind;
-  kind.opacity = lept.pixGetSpp(pix) == 4;
-  // Colours come from libtiff, which multiplies; greys with opacity are taken as they are.
-  if (format == "TIFF") kind.premultiplied = readDirectory(bytes).value(kSamplesPerPixel, 1) == 4;
-  if (format == "BMP") kind.blueFirst = bmpHas32Bits(bytes);
-  if (format == "JPEG 2000")
-    kind.opacity = jpeg2000Channels(bytes) % 2 == 0 && jpeg2000Channels(bytes) != 0;
-  return kind;
+// Whether the last of a pixel's four bytes is its opacity.
+bool hasOpacity(const Leptonica &lept, PIX *pix, const std::string &format,
+                std::span<const uint8_t> bytes) {
+  if (format != "JPEG 2000") return lept.pixGetSpp(pix) == 4;
+  const uint32_t channels = jpeg2000Channels(bytes);
+  return channels % 2 == 0 && channels != 0;
 }
 
-void copyColors(const Leptonica &lept, PIX *pix, const Pixels &kind, const Background &background,
+void copyColors(const Leptonica &lept, PIX *pix, bool hasOpacity, const Background &background,
                 Picture &out) {
   const l_uint32 *line = lept.pixGetData(pix);
   const l_int32 words = lept.pixGetWpl(pix);
   uint8_t *to = out.pixels.data();
   for (uint32_t y = 0; y < out.view.height; ++y, line += words) {
     for (uint32_t x = 0; x < out.view.width; ++x, to += 3) {
-      const unsigned opacity = kind.opacity ? line[x] & 255 : 255;
+      const unsigned opacity = hasOpacity ? line[x] & 255 : 255;
       for (unsigned c = 0; c < 3; ++c) {
-        const unsigned over = line[x] >> (kind.blueFirst ? 8 + 8 * c : 24 - 8 * c) & 255;
-        to[c] = kind.premultiplied
-                    ? static_cast<uint8_t>(std::min(over + blend(0, background[c], opacity), 255u))
-                    : blend(over, background[c], opacity);
+        const unsigned over = line[x] >> (24 - 8 * c) & 255;
+        to[c] = blend(over, background[c], opacity);
       }
     }
   }
+}
+
+// As far as the library can tell without decoding.
+void announceHeader(const Leptonica &lept, std::span<const uint8_t> bytes, Picture &out) {
+  l_int32 format = 0, width = 0, height = 0, bits = 0, samples = 0, table = 0;
+  if (lept.pixReadHeaderMem(bytes.data(), bytes.size(), &format, &width, &height, &bits, &samples,
+                            &table) != 0 ||
+      width <= 0 || height <= 0 || bits <= 0)
+    return;
+  out.tableKnown = false;
+  out.announce(static_cast<uint32_t>(width), static_cast<uint32_t>(height),
+               samples > 1 ? 24 : std::min(static_cast<uint32_t>(bits), 8u));
+  out.tableKnown = true;
 }
 
 }  // namespace
@@ -98,10 +94,7 @@ void copyColors(const Leptonica &lept, PIX *pix, const Pixels &kind, const Backg
 void readWithLeptonica(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   const Leptonica *lept = prepare::leptonica();
   if (!lept) throw Unreadable("needs Leptonica, which is not installed (package liblept5)");
-  // BigTIFF as well as TIFF.
-  const bool tiff = bytes.size() > 2 && (bytes[0] == 'I' || bytes[0] == 'M') && bytes[1] == bytes[0];
-  std::optional<TiffListener> listener;
-  if (tiff) listener.emplace();
+  if (out.format != "GIF") announceHeader(*lept, bytes, out);
   const Pix pix(lept->pixReadMem(bytes.data(), bytes.size()), FreePix{lept});
   if (!pix) {
     throw Unreadable(
@@ -109,7 +102,6 @@ void readWithLeptonica(std::span<const uint8_t> bytes, const Background &backgro
             ? "is no picture in a known format; see --help for those that are"
             : "is damaged, or of a kind that Leptonica does not read; convert it to PNG first");
   }
-  if (out.format == "GIF" && gifHasFurtherPictures(bytes)) out.notes.push_back(kFurtherPictures);
   l_int32 width = 0, height = 0, depth = 0, dpiX = 0, dpiY = 0;
   lept->pixGetDimensions(pix.get(), &width, &height, &depth);
   lept->pixGetResolution(pix.get(), &dpiX, &dpiY);
@@ -118,21 +110,11 @@ void readWithLeptonica(std::span<const uint8_t> bytes, const Background &backgro
   PIXCMAP *map = lept->pixGetColormap(pix.get());
   const uint32_t bits = depth == 16 ? 8 : depth == 32 ? 24 : static_cast<uint32_t>(depth);
   out.allocate(static_cast<uint32_t>(width), static_cast<uint32_t>(height), bits);
-  if (depth == 32) {
-    // Colours are read without an end at the first fault, and come out whatever is missing.
-    if (tiff && !listener->errors().empty()) throw Unreadable("is damaged: " + listener->errors().front());
-    return copyColors(*lept, pix.get(), kindOf(*lept, pix.get(), out.format, bytes), background, out);
-  }
+  if (depth == 32)
+    return copyColors(*lept, pix.get(), hasOpacity(*lept, pix.get(), out.format, bytes), background, out);
   if (depth == 16) return copyWide(*lept, pix.get(), out);
   copyPacked(*lept, pix.get(), out);
-  if (map) {
-    copyTable(*lept, map, background, out);
-    const int transparent = out.format == "GIF" ? gifTransparentIndex(bytes) : -1;
-    if (transparent >= 0 && static_cast<uint32_t>(transparent) < out.view.colors) {
-      std::copy(background.begin(), background.end(), out.table.begin() + 3 * transparent);
-    }
-    return;
-  }
+  if (map) return copyTable(*lept, map, background, out);
   if (depth == 1) {  // without a table a set bit is black
     out.table[0] = out.table[1] = out.table[2] = 255;
     out.useTable(2);

@@ -76,44 +76,69 @@ std::string formatOf(std::span<const uint8_t> bytes) {
   return "";
 }
 
+namespace {
+
+// Walks over the blocks of a GIF: extensions, which are 21 and a label, and pictures, which are 2C, a
+// place, a size, flags, perhaps a table, and the size of the first codes; then pieces with their lengths in
+// front, up to an empty one.
+class GifBlocks {
+ public:
+  explicit GifBlocks(Bytes file)
+      : file_(file), at_(file.size() < 13 ? file.size() : 13 + tableSize(file[10])) {}
+
+  bool more() const {
+    return at_ + 10 <= file_.size() && (file_[at_] == kPicture || file_[at_] == kExtension);
+  }
+  bool isPicture() const { return file_[at_] == kPicture; }
+  // At least ten bytes of it are there.
+  const uint8_t *block() const { return file_.data() + at_; }
+  void next() {
+    at_ += isPicture() ? 10 + tableSize(file_[at_ + 9]) + 1 : 2;
+    while (at_ < file_.size() && file_[at_] != 0) at_ += size_t{1} + file_[at_];
+    ++at_;
+  }
+
+ private:
+  static constexpr uint8_t kPicture = 0x2C, kExtension = 0x21;
+  static size_t tableSize(unsigned flags) { return (flags & 0x80) != 0 ? size_t{6} << (flags & 7) : 0; }
+
+  Bytes file_;
+  size_t at_;
+};
+
+uint32_t word(const uint8_t *at) {
+  return at[0] | uint32_t{at[1]} << 8;
+}
+
+}  // namespace
+
 int gifTransparentIndex(std::span<const uint8_t> file) {
-  if (file.size() < 13) return -1;
-  const unsigned flags = file[10];
-  size_t at = 13 + ((flags & 0x80) != 0 ? size_t{6} << (flags & 7) : 0);
   int transparent = -1;
-  // Extensions are 21, a label, and pieces with their lengths in front, up to an empty one.
-  while (at + 8 <= file.size() && file[at] == 0x21) {
-    const bool graphicControl = file[at + 1] == 0xF9 && file[at + 2] >= 4;
-    if (graphicControl) transparent = (file[at + 3] & 1) != 0 ? file[at + 6] : -1;
-    at += 2;
-    while (at < file.size() && file[at] != 0) at += size_t{1} + file[at];
-    ++at;
+  for (GifBlocks blocks(file); blocks.more() && !blocks.isPicture(); blocks.next()) {
+    const uint8_t *block = blocks.block();
+    const bool graphicControl = block[1] == 0xF9 && block[2] >= 4;
+    if (graphicControl) transparent = (block[3] & 1) != 0 ? block[6] : -1;
   }
   return transparent;
 }
 
-bool gifHasFurtherPictures(std::span<const uint8_t> file) {
-  if (file.size() < 13) return false;
-  const auto tableSize = [](unsigned flags) { return (flags & 0x80) != 0 ? size_t{6} << (flags & 7) : 0; };
-  size_t at = 13 + tableSize(file[10]);
-  for (int pictures = 0; at + 10 <= file.size();) {
-    if (file[at] == 0x2C) {
-      if (++pictures == 2) return true;
-      // A place, a size and flags; a table; the size of the first codes.
-      at += 10 + tableSize(file[at + 9]) + 1;
-    } else if (file[at] == 0x21) {
-      at += 2;
-    } else {
-      return false;
-    }
-    while (at < file.size() && file[at] != 0) at += size_t{1} + file[at];
-    ++at;
-  }
-  return false;
+GifScreen gifScreen(std::span<const uint8_t> file) {
+  GifBlocks blocks(file);
+  while (blocks.more() && !blocks.isPicture()) blocks.next();
+  if (!blocks.more()) return {};
+  const uint8_t *block = blocks.block();
+  GifScreen screen{word(file.data() + 6), word(file.data() + 8), word(block + 1), word(block + 3)};
+  screen.width = std::max(screen.width, screen.left + word(block + 5));
+  screen.height = std::max(screen.height, screen.top + word(block + 7));
+  return screen;
 }
 
-bool bmpHas32Bits(std::span<const uint8_t> file) {
-  return file.size() > 30 && file[28] == 32 && file[29] == 0;
+bool gifHasFurtherPictures(std::span<const uint8_t> file) {
+  int pictures = 0;
+  for (GifBlocks blocks(file); blocks.more(); blocks.next()) {
+    if (blocks.isPicture() && ++pictures == 2) return true;
+  }
+  return false;
 }
 
 uint32_t jpeg2000Channels(std::span<const uint8_t> file) {

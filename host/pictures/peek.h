@@ -14,11 +14,15 @@ std::string formatOf(std::span<const uint8_t> file);
 // The index of the first picture's transparent colour; -1 for none.
 int gifTransparentIndex(std::span<const uint8_t> file);
 
+// The screen of a GIF, as large as its first frame needs, and that frame's place on it; all 0 without a
+// frame.
+struct GifScreen {
+  uint32_t width, height, left, top;
+};
+GifScreen gifScreen(std::span<const uint8_t> file);
+
 // True when another picture follows the first one.
 bool gifHasFurtherPictures(std::span<const uint8_t> file);
-
-// True when pixels take four bytes, which are blue, green, red and one without a meaning.
-bool bmpHas32Bits(std::span<const uint8_t> file);
 
 // The number of channels, of a JP2 file or a bare codestream; 0 when it is not found. An even one has
 // opacity for its last.

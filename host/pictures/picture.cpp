@@ -1,6 +1,7 @@
 #include "pictures/picture.h"
 
 #include <new>
+#include <utility>
 
 #include "failure.h"
 #include "pictures/peek.h"
@@ -16,7 +17,10 @@ void readAs(const std::string &format, std::span<const uint8_t> bytes, const Bac
   if (format == "PDF" || format == "SVG") {
     throw Unreadable("is a " + format + " drawing; render it to PNG or PPM first");
   }
-  if (format == "TIFF") return readTiff(bytes, background, out);
+  if (format == "TIFF" || format == "BigTIFF") return readTiff(bytes, background, out);
+  if (format == "BMP") return readBmp(bytes, background, out);
+  if (format == "GIF") return readGif(bytes, background, out);
+  if (format == "WebP") return readWebp(bytes, background, out);
   readWithLeptonica(bytes, background, out);
 }
 
@@ -24,6 +28,21 @@ void readAs(const std::string &format, std::span<const uint8_t> bytes, const Bac
 
 std::string tooLarge(uint32_t width, uint32_t height) {
   return "is too large: " + std::to_string(width) + " by " + std::to_string(height) + " pixels";
+}
+
+void Picture::announce(uint32_t width, uint32_t height, uint32_t bits, int orientation) {
+  if (width == 0 || height == 0) throw Unreadable("has no pixels");
+  if (!gate) return;
+  const bool onItsSide = orientation >= 5 && orientation <= 8;
+  if (onItsSide) {
+    std::swap(width, height);
+    std::swap(dpiX, dpiY);
+  }
+  // There are no rows yet, and nobody looks at them.
+  const auto stride = static_cast<size_t>((uint64_t{width} * bits + 7) / 8);
+  view = RaxelPicture{width, height, bits, table.data(), stride, view.table, view.colors};
+  gate(*this);
+  if (onItsSide) std::swap(dpiX, dpiY);
 }
 
 void Picture::allocate(uint32_t width, uint32_t height, uint32_t bits) {
@@ -39,8 +58,10 @@ void Picture::useTable(uint32_t colors) {
   view.colors = colors;
 }
 
-std::unique_ptr<Picture> readPicture(const Input &input, const Background &background) {
+std::unique_ptr<Picture> readPicture(const Input &input, const Background &background,
+                                     const std::function<void(const Picture &)> &gate) {
   auto picture = std::make_unique<Picture>();
+  picture->gate = gate;
   picture->format = formatOf(input.bytes());
   try {
     readAs(picture->format, input.bytes(), background, *picture);

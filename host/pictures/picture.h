@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,12 +22,19 @@ struct Picture {
   std::vector<std::string> notes;
 
   std::array<uint8_t, 256 * 3> table{};
+  bool tableKnown = true;  // false while a picture of indices is announced without its table
   Buffer pixels;
+
+  // Called once, when all but the pixels is known; by throwing it keeps them from being decoded.
+  std::function<void(const Picture &)> gate;
 
   Picture() = default;
   Picture(const Picture &) = delete;
   Picture &operator=(const Picture &) = delete;
 
+  // Readers call it before they decode, with the resolution and, when tableKnown, the table in place: tells
+  // the gate the size and depth that the picture will have once it is turned as the orientation asks.
+  void announce(uint32_t width, uint32_t height, uint32_t bits, int orientation = 1);
   // Makes room for rows of this size and shows them in the view, without a table.
   void allocate(uint32_t width, uint32_t height, uint32_t bits);
   // Shows `colors` entries of the table in the view.
@@ -36,8 +44,10 @@ struct Picture {
 using Background = std::array<uint8_t, 3>;  // what shows through transparent pixels: red, green, blue
 
 // Reads a picture of any known format; transparent parts are laid on the background. The result may
-// point into the input. Throws a Failure that names the input and says what is wrong with it.
-std::unique_ptr<Picture> readPicture(const Input &input, const Background &background);
+// point into the input. The gate hears what the picture is before pixels are decoded, and may throw. Throws
+// a Failure that names the input and says what is wrong with it.
+std::unique_ptr<Picture> readPicture(const Input &input, const Background &background,
+                                     const std::function<void(const Picture &)> &gate = nullptr);
 
 // The readers behind it. Each trusts nothing in the bytes, and throws Unreadable.
 class Unreadable : public std::runtime_error {
@@ -47,7 +57,9 @@ void readPnm(std::span<const uint8_t> bytes, Picture &out);
 void readPng(std::span<const uint8_t> bytes, const Background &background, Picture &out);
 void readJpeg(std::span<const uint8_t> bytes, Picture &out);
 void readTiff(std::span<const uint8_t> bytes, const Background &background, Picture &out);
-void readTiledTiff(std::span<const uint8_t> bytes, Picture &out);
+void readBmp(std::span<const uint8_t> bytes, const Background &background, Picture &out);
+void readGif(std::span<const uint8_t> bytes, const Background &background, Picture &out);
+void readWebp(std::span<const uint8_t> bytes, const Background &background, Picture &out);
 void readWithLeptonica(std::span<const uint8_t> bytes, const Background &background, Picture &out);
 
 // Turns the picture, whose pixels must be its own, as an orientation of TIFF or Exif (1 to 8) asks.

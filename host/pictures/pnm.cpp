@@ -124,6 +124,22 @@ void packTwoLevels(const uint8_t *greys, uint32_t width, uint32_t height, Pictur
   }
 }
 
+// Two levels of grey as the one bit, and few levels as the table, that they will have.
+bool twoLevels(const Header &header) {
+  return header.most == 1 && header.samples() == 1 && !header.bitmap();
+}
+bool fewLevels(const Header &header) {
+  return header.most < 255 && header.samples() == 1 && !header.bitmap() && header.raw() &&
+         !twoLevels(header);
+}
+
+void announce(const Header &header, Picture &out) {
+  if (header.bitmap() && header.raw()) useBitmapTable(out);
+  if (fewLevels(header)) useShortRamp(header.most, out);
+  out.announce(header.width, header.height,
+               header.most == 1 && header.samples() == 1 ? 1 : header.samples() * 8);
+}
+
 uint8_t toByte(uint32_t value, uint32_t most) {
   return static_cast<uint8_t>((std::min(value, most) * 255 + most / 2) / most);
 }
@@ -133,6 +149,7 @@ void readPlain(const Header &header, Scanner &scanner, Picture &out) {
   if (uint64_t{header.width} * header.height * header.samples() > scanner.left()) {
     throw Unreadable("ends in the middle of its pixels");
   }
+  announce(header, out);
   out.allocate(header.width, header.height, header.samples() * 8);
   uint8_t *to = out.pixels.data();
   for (size_t i = 0; i < out.pixels.size(); ++i) {
@@ -168,19 +185,19 @@ void readPnm(std::span<const uint8_t> bytes, Picture &out) {
     throw Unreadable("ends after " + std::to_string(scanner.left()) + " of " + std::to_string(wanted) +
                      " bytes of pixels");
   }
+  announce(header, out);
   const uint8_t *pixels = bytes.data() + scanner.at();
   bringIn({pixels, static_cast<size_t>(wanted)});
   const auto after = bytes.subspan(scanner.at() + static_cast<size_t>(wanted));
   if (after.size() > 2 && after[0] == 'P' && after[1] == bytes[1]) out.notes.push_back(kFurtherPictures);
-  if (header.most == 1 && header.samples() == 1 && !header.bitmap()) {
+  if (twoLevels(header)) {
     return packTwoLevels(pixels, header.width, header.height, out);
   }
-  const bool inPlace =
-      header.most == 255 || header.bitmap() || (header.samples() == 1 && header.most < 255);
+  const bool inPlace = header.most == 255 || header.bitmap() || fewLevels(header);
   if (!inPlace) return readConverted(header, pixels, out);
   showInPlace(header, pixels, out);
   if (header.bitmap()) useBitmapTable(out);
-  if (!header.bitmap() && header.most < 255) useShortRamp(header.most, out);
+  if (fewLevels(header)) useShortRamp(header.most, out);
 }
 
 }  // namespace host

@@ -2,14 +2,12 @@
 
 #include <dlfcn.h>
 
+#include "loading.h"
+
 namespace prepare {
 namespace {
 
-template <class Function>
-bool resolve(void *library, const char *name, Function &function) {
-  function = reinterpret_cast<Function>(dlsym(library, name));
-  return function != nullptr;
-}
+using host::resolve;
 
 void dropLine(const char *) {}
 
@@ -19,12 +17,12 @@ bool load(Leptonica &to) {
   if (!library) return false;
 #define RAXEL_RESOLVE(name) resolve(library, #name, to.name)
   const bool whole = RAXEL_RESOLVE(setMsgSeverity) && RAXEL_RESOLVE(leptSetStderrHandler) &&
-                     RAXEL_RESOLVE(pixReadMem) && RAXEL_RESOLVE(pixCreate) && RAXEL_RESOLVE(pixDestroy) &&
-                     RAXEL_RESOLVE(pixGetData) && RAXEL_RESOLVE(pixGetWpl) && RAXEL_RESOLVE(pixGetDepth) &&
-                     RAXEL_RESOLVE(pixGetSpp) && RAXEL_RESOLVE(pixGetDimensions) &&
-                     RAXEL_RESOLVE(pixGetResolution) && RAXEL_RESOLVE(pixGetColormap) &&
-                     RAXEL_RESOLVE(pixcmapGetCount) && RAXEL_RESOLVE(pixcmapGetRGBA) &&
-                     RAXEL_RESOLVE(pixMedianCutQuantGeneral);
+                     RAXEL_RESOLVE(pixReadMem) && RAXEL_RESOLVE(pixReadHeaderMem) &&
+                     RAXEL_RESOLVE(pixCreate) && RAXEL_RESOLVE(pixDestroy) && RAXEL_RESOLVE(pixGetData) &&
+                     RAXEL_RESOLVE(pixGetWpl) && RAXEL_RESOLVE(pixGetDepth) && RAXEL_RESOLVE(pixGetSpp) &&
+                     RAXEL_RESOLVE(pixGetDimensions) && RAXEL_RESOLVE(pixGetResolution) &&
+                     RAXEL_RESOLVE(pixGetColormap) && RAXEL_RESOLVE(pixcmapGetCount) &&
+                     RAXEL_RESOLVE(pixcmapGetRGBA) && RAXEL_RESOLVE(pixMedianCutQuantGeneral);
 #undef RAXEL_RESOLVE
   if (!whole) return false;
   // Some of its lines have no severity; whoever calls says what is wrong, with the file's name.

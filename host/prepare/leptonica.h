@@ -10,6 +10,7 @@ struct Leptonica {
   decltype(&::setMsgSeverity) setMsgSeverity;
   decltype(&::leptSetStderrHandler) leptSetStderrHandler;
   decltype(&::pixReadMem) pixReadMem;
+  decltype(&::pixReadHeaderMem) pixReadHeaderMem;
   decltype(&::pixCreate) pixCreate;
   decltype(&::pixDestroy) pixDestroy;
   decltype(&::pixGetData) pixGetData;

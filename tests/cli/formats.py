@@ -9,6 +9,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+import zlib
 
 from PIL import Image, ImageChops, ImageStat
 
@@ -64,10 +65,28 @@ def write_all(source, folder):
     save("grey.jpg", grey, 1)
     save("inks.jpg", photo.convert("CMYK"), 1)
     save("jpeg.tif", photo, 1, compression="jpeg")
+    photo.save(path := os.path.join(folder, "moving.webp"), save_all=True, append_images=[photo.rotate(180)], lossless=True)
+    made[path] = 0
+    for name, options in (("tiles-jpeg", ("-compress", "jpeg", "-define", "tiff:tile-geometry=32x16")),
+                          ("tiles-planes", ("-interlace", "plane", "-define", "tiff:tile-geometry=32x16")),
+                          ("tiles-zip", ("-compress", "zip", "-define", "tiff:tile-geometry=64x32")),
+                          ("planes", ("-interlace", "plane")), ("planes-lzw", ("-interlace", "plane", "-compress", "lzw")),
+                          ("planes-inks", ("-interlace", "plane", "-colorspace", "CMYK")),
+                          ("subsampled", ("-compress", "jpeg", "-sampling-factor", "4:2:0")), ("big", ())):
+        path = os.path.join(folder, f"{name}.tif")
+        subprocess.run(["convert", os.path.join(folder, "rgb.png"), *options, ("TIFF64:" if name == "big" else "") + path], check=True)
+        made[path] = 1 if "jpeg" in options or "CMYK" in options else 0
+    put_bombs(folder, photo, made)
+    put_masks(folder, clear, made)
+    put_small_frames(folder, photo, made)
     for turn in range(2, 9):
         exif = Image.Exif()
         exif[274] = turn
         save(f"turned-{turn}.jpg", photo, 1, exif=exif)
+        for name, image in (("rgb", photo), ("grey", grey), ("two", two), ("table", table), ("clear", clear)):
+            save(f"turned-{name}-{turn}.png", image, exif=exif)
+        save(f"turned-{turn}.webp", photo, lossless=True, exif=exif)
+        save(f"turned-clear-{turn}.webp", clear, lossless=True, exif=exif)
         for name, image in (("rgb", photo), ("grey", grey), ("two", two), ("table", table), ("clear", clear)):
             save(f"turned-{name}-{turn}.tif", image, tiffinfo={274: turn})
         put_tiles(os.path.join(folder, f"turned-tiles-{turn}.tif"), photo, turn)
@@ -94,16 +113,88 @@ def put_tiles(path, image, turn):
         out.write(b"".join(tiles))
 
 
+def put_bombs(folder, photo, made):
+    """Texts and profiles that inflate to more than anybody wants to hold: they are nothing to the picture."""
+    photo.save(path := os.path.join(folder, "bombs.png"))
+    with open(path, "rb") as file:
+        whole = file.read()
+    bomb = zlib.compress(bytes(80 << 20), 1)
+    extra = b""
+    for kind, front in ((b"iCCP", b"name\0\0"), (b"zTXt", b"Comment\0\0"), (b"iTXt", b"Comment\0\1\0\0\0")):
+        data = kind + front + bomb
+        extra += struct.pack(">I", len(data) - 4) + data + struct.pack(">I", zlib.crc32(data))
+    with open(path, "wb") as out:
+        out.write(whole[:33] + extra + whole[33:])
+    with open(os.path.join(folder, "plain.png"), "wb") as out:
+        out.write(whole)
+    made[path] = 0
+
+
+def put_masks(folder, clear, made):
+    """Bitmaps whose channels masks place, as a header of version 5 and as one of version 1 before three masks."""
+    width, height = clear.size
+    rows = [clear.crop((0, y, width, y + 1)) for y in reversed(range(height))]
+
+    def put(name, bits, masks, pixels, version=5):
+        stride = (width * bits + 31) // 32 * 4
+        size, after = (124, 0) if version == 5 else (40, 12)
+        data = b"".join(row + bytes(stride - len(row)) for row in pixels)
+        head = struct.pack("<IiiHHIIiiII", size, width, height, 1, bits, 3, len(data), 2835, 2835, 0, 0)
+        head += struct.pack("<4I", *masks) + bytes(size - 56) if version == 5 else struct.pack("<3I", *masks[:3])
+        # Six bits become eight by rounding or by repeating.
+        made[path := os.path.join(folder, name)] = 1 if bits == 16 else 0
+        with open(path, "wb") as out:
+            out.write(struct.pack("<2sIHHI", b"BM", 14 + size + after + len(data), 0, 0, 14 + size + after) + head + data)
+
+    def packed(red, green, blue):
+        def of(row):
+            return b"".join(struct.pack("<H", (r >> 8 - red) << green + blue | (g >> 8 - green) << blue | b >> 8 - blue) for r, g, b, _ in row.getdata())
+        return [of(row) for row in rows]
+
+    put("bgra.bmp", 32, (0xFF0000, 0xFF00, 0xFF, 0xFF000000), [row.tobytes("raw", "BGRA") for row in rows])
+    put("bgrx.bmp", 32, (0xFF0000, 0xFF00, 0xFF, 0), [row.tobytes("raw", "BGRA") for row in rows])
+    put("bgrx-1.bmp", 32, (0xFF0000, 0xFF00, 0xFF), [row.tobytes("raw", "BGRA") for row in rows], 1)
+    put("565.bmp", 16, (0xF800, 0x7E0, 0x1F, 0), packed(5, 6, 5))
+    put("555.bmp", 16, (0x7C00, 0x3E0, 0x1F, 0), packed(5, 5, 5))
+    put("565-1.bmp", 16, (0xF800, 0x7E0, 0x1F), packed(5, 6, 5), 1)
+
+
+def put_small_frames(folder, photo, made):
+    """GIFs whose first frame leaves a part of the screen free, with few colours and with as many as there may be."""
+    for colors in (2, 5, 200, 256):
+        frame = photo.crop((0, 0, 40, 30)).quantize(colors)
+        path = os.path.join(folder, f"frame-{colors}.gif")
+        frame.save(path)
+        with open(path, "rb") as file:
+            data = bytearray(file.read())
+        at = data.index(b"\x2c\0\0\0\0" + struct.pack("<HH", 40, 30))
+        data[6:10] = struct.pack("<HH", 61, 47)
+        data[at + 1:at + 5] = struct.pack("<HH", 13, 9)
+        with open(path, "wb") as out:
+            out.write(data)
+        made[path] = 0
+
+
+def on_screen(image, color):
+    """A GIF's frame where it belongs. Pillow fills the screen with the file's background colour, which viewers leave clear."""
+    if image.format != "GIF" or not os.path.basename(image.filename).startswith("frame-"):
+        return image
+    screen = Image.new("RGB", image.size, color)
+    screen.paste(image.convert("RGB").crop((13, 9, 53, 39)), (13, 9))
+    return screen
+
+
 def upright(image):
     turn = {2: Image.Transpose.FLIP_LEFT_RIGHT, 3: Image.Transpose.ROTATE_180, 4: Image.Transpose.FLIP_TOP_BOTTOM,
             5: Image.Transpose.TRANSPOSE, 6: Image.Transpose.ROTATE_270, 7: Image.Transpose.TRANSVERSE,
             8: Image.Transpose.ROTATE_90}.get(image.getexif().get(274))
-    return image.transpose(turn) if turn is not None and image.format == "JPEG" else image
+    return image.transpose(turn) if turn is not None and image.format in ("JPEG", "PNG", "WEBP") else image
 
 
 def meant(path, color):
-    with Image.open(path) as image:
-        image = upright(image)
+    # Pillow refuses to look at it.
+    with Image.open(path.replace("bombs", "plain")) as image:
+        image = on_screen(upright(image), color)
         if image.mode.startswith("I"):
             return image.convert("I").point(lambda v: v / 257).convert("L").convert("RGB")
         if image.mode == "CMYK":

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <fstream>
 
 #include "pictures/picture.h"
 
@@ -196,6 +197,13 @@ TEST(Jpeg, TruncatedPicturesAreRefused) {
   }
 }
 
+// Pages of memory that this process has in use.
+long residentPages() {
+  long size = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> size >> resident;
+  return resident;
+}
+
 // A short file can promise any size: it is believed only as far as its data go.
 TEST(Jpeg, PromisesOfPixelsCostNothing) {
   const auto refusal = [](uint8_t high) {
@@ -205,16 +213,38 @@ TEST(Jpeg, PromisesOfPixelsCostNothing) {
         std::search(file.begin(), file.end(), std::begin(frame), std::end(frame)) - file.begin();
     for (const ptrdiff_t byte : {5, 7}) file[static_cast<size_t>(at + byte)] = high;
     Picture picture;
+    const long before = residentPages();
     try {
       host::readJpeg(file, picture);
     } catch (const host::Unreadable &why) {
-      EXPECT_EQ(picture.pixels.size(), 0u);
+      EXPECT_LT(residentPages(), before + 4000);  // of some 200000
       return std::string(why.what());
     }
     return std::string();
   };
   EXPECT_EQ(refusal(0x40).substr(0, 10), "is damaged");  // 16400 by 16392
   EXPECT_EQ(refusal(0xFF), "is too large: 65296 by 65288 pixels");
+}
+
+// One of 4 GiB of pixels takes twice as much until the first of them is whole.
+TEST(Jpeg, AProgressivePictureMayBeTooLarge) {
+  Bytes file = encode({16, 8, 1, JCS_GRAYSCALE, Bytes(16 * 8, 200)});
+  const uint8_t frame[] = {0xFF, 0xC0};
+  const auto at = static_cast<size_t>(
+      std::search(file.begin(), file.end(), std::begin(frame), std::end(frame)) - file.begin());
+  file[at + 1] = 0xC2;
+  for (const size_t byte : {size_t{5}, size_t{7}}) {
+    file[at + byte] = 0xFD;
+    file[at + byte + 1] = 0xE8;
+  }
+  Picture picture;
+  try {
+    host::readJpeg(file, picture);
+    ADD_FAILURE() << "was read";
+  } catch (const host::Unreadable &why) {
+    EXPECT_STREQ(why.what(),
+                 "is too large: 65000 by 65000 pixels, which as a progressive JPEG take too much memory");
+  }
 }
 
 TEST(Jpeg, DamagedBytesAreReadOrRefused) {

@@ -77,12 +77,19 @@ TEST(Peek, FindsTheChannelsOfAJpeg2000) {
   EXPECT_EQ(host::jpeg2000Channels(bare), 2u);
 }
 
-TEST(Peek, FindsTheDepthOfABmp) {
-  Bytes file(54);
-  file[28] = 32;
-  EXPECT_TRUE(host::bmpHas32Bits(file));
-  file[28] = 24;
-  EXPECT_FALSE(host::bmpHas32Bits(file));
+TEST(Peek, FindsTheScreenOfAGif) {
+  const auto screenOf = [](uint8_t width, uint8_t height, const Bytes &place) {
+    Bytes file =
+        kGifFront + kComment + control(1, 1) + Bytes{0x2C} + place + Bytes{0, 2, 2, 0x44, 1, 0, 0x3B};
+    file[6] = width;
+    file[8] = height;
+    const host::GifScreen screen = host::gifScreen(file);
+    return std::vector<uint32_t>{screen.width, screen.height, screen.left, screen.top};
+  };
+  EXPECT_EQ(screenOf(9, 8, {3, 0, 2, 0, 4, 0, 5, 0}), (std::vector<uint32_t>{9, 8, 3, 2}));
+  EXPECT_EQ(screenOf(9, 8, {3, 0, 2, 0, 7, 0, 9, 1}), (std::vector<uint32_t>{10, 267, 3, 2}));
+  const Bytes none = kGifFront + kComment;
+  EXPECT_EQ(host::gifScreen(none).width, 0u);
 }
 
 TEST(Peek, TrustsNoLength) {
@@ -96,7 +103,7 @@ TEST(Peek, TrustsNoLength) {
           part[at] = value;
           EXPECT_LT(host::gifTransparentIndex(part), 256);
           EXPECT_LE(host::jpeg2000Channels(part), 65535u);
-          host::bmpHas32Bits(part);
+          EXPECT_LE(host::gifScreen(part).width, 131070u);
           host::gifHasFurtherPictures(part);
         }
       }

@@ -208,3 +208,22 @@ TEST(Png, AHugeHeaderIsRefusedWithoutTakingMemory) {
     EXPECT_STREQ(why.what(), "is too large: 2147483647 by 2147483647 pixels");
   }
 }
+
+// What the gate refuses is not decoded: here the pixels are damaged, and nobody notices.
+TEST(Png, TheGateIsAskedBeforeThePixels) {
+  Bytes file = encode({2, 3, 8, SPNG_COLOR_TYPE_TRUECOLOR, Bytes(18, 7)});
+  const Bytes pixels{'I', 'D', 'A', 'T'};
+  const auto at = std::search(file.begin(), file.end(), pixels.begin(), pixels.end());
+  at[8] ^= 0xFF;
+  struct Refused {};
+  Picture picture;
+  picture.gate = [](const Picture &announced) {
+    EXPECT_EQ(announced.view.width, 2u);
+    EXPECT_EQ(announced.view.height, 3u);
+    EXPECT_EQ(announced.view.bits, 24u);
+    throw Refused();
+  };
+  EXPECT_THROW(read(file, picture), Refused);
+  picture.gate = nullptr;
+  EXPECT_THROW(read(file, picture), host::Unreadable);
+}
