@@ -14,6 +14,8 @@ import sys
 import tempfile
 import time
 
+import shared
+
 KILLS = 200
 STEP = 4096
 SIZE = 1 << 20  # of the file that the full disk is tried on
@@ -96,29 +98,33 @@ class Endurance:
         """kill -9 of a parent with children at work: they end with it, and the next run tidies up."""
         to = os.path.join(self.folder, "to")
         os.makedirs(to, exist_ok=True)
-        bigs = [self.big(f"big-{n}.ppm") for n in range(6)]
-        left_running = 0
-        for delay in (0.05, 0.1, 0.2, 0.3, 0.4):
-            process = self.start("-j", "3", "-d", to, "-m", "color256", "-c", "lzw", *bigs, start_new_session=True)
-            time.sleep(delay * self.patience())
-            process.kill()
-            process.wait()
-            done = time.monotonic() + self.patience()
-            while running(process.pid) and time.monotonic() < done:
-                time.sleep(0.01)
-            alive = running(process.pid)
-            self.check(f"orphans: {alive} are at work", not alive)
-            for pid in alive:
-                os.kill(pid, signal.SIGKILL)
-            left_running += len(alive)
+        pipes = [os.path.join(self.folder, f"{n}.fifo") for n in range(3)]
+        for path in pipes:
+            os.mkfifo(path)
+        process = self.start("-j", "3", "-d", to, *pipes, start_new_session=True)
+        writers = [os.open(path, os.O_WRONLY) for path in pipes]  # opens when a child reads
+        for writer in writers:
+            os.write(writer, b"P5\n1000 1000\n255\n")  # and no pixels, which it waits for
+        self.check(f"orphans: {len(running(process.pid)) - 1} children", len(running(process.pid)) == 4)
+        process.kill()
+        process.wait()
+        done = time.monotonic() + self.patience()
+        while running(process.pid) and time.monotonic() < done:
+            time.sleep(0.01)
+        alive = running(process.pid)
+        self.check(f"orphans: {alive} are at work", not alive)
+        for pid in alive:
+            os.kill(pid, signal.SIGKILL)
+        for writer in writers:
+            os.close(writer)
         with open(os.path.join(to, ".other.tif.raxel-4"), "wb") as stray:
             stray.write(b"half")
         self.start(self.sample, os.path.join(to, "new.tif")).wait()
         strays = [name for name in os.listdir(to) if ".raxel-" in name]
         self.check(f"orphans: {strays} after the next run", not strays)
-        for path in bigs:
+        for path in pipes:
             os.unlink(path)
-        return f"{left_running} orphans"
+        return f"{len(alive)} orphans"
 
     def interrupts(self):
         """Ctrl-C ends an export within 100 ms and leaves nothing behind."""
