@@ -6,16 +6,16 @@ option(RAXEL_IMAGEQUANT "Reduce colours with libimagequant (GPL 3 or later)" ${I
 add_library(raxelhost_objects OBJECT
   buffer.cpp failure.cpp
   check/libtiff.cpp check/verify.cpp
-  export/output.cpp export/pace.cpp export/prepared.cpp export/stages.cpp
-  filter/driver.cpp filter/handover.cpp filter/library.cpp filter/open.cpp filter/setup.cpp
-  finish/file.cpp finish/read.cpp finish/write.cpp
+  export/finish_file.cpp export/output.cpp export/pace.cpp export/prepared.cpp export/stages.cpp
+  filter/driver.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp filter/setup.cpp
+  finish/file.cpp finish/planned.cpp finish/read.cpp finish/write.cpp
   output/hold.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
   prepare/colors.cpp prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
   prepare/nearest.cpp prepare/page.cpp prepare/plan.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp
   prepare/quantize_filter.cpp prepare/scale.cpp prepare/services.cpp prepare/source.cpp prepare/swap.cpp
   prepare/taps.cpp)
 target_include_directories(raxelhost_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/host)
-target_compile_definitions(raxelhost_objects PRIVATE
+target_compile_definitions(raxelhost_objects PRIVATE RAXEL_VERSION_TEXT="${PROJECT_VERSION}"
   RAXEL_INSTALLED_FILTER="${CMAKE_INSTALL_PREFIX}/lib/raxel/raxel.so")
 # GCC 12 sees overlaps in the concatenation of strings where there are none (its bug 105651).
 target_compile_options(raxelhost_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)

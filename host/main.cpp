@@ -19,7 +19,7 @@ int print(const std::string &text) {
 }
 
 // What was printed counts only when it arrived.
-int finish(int code) {
+int ended(int code) {
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
   throw host::Failure(host::kNoWrite, "standard output cannot be written");
 }
@@ -75,7 +75,7 @@ int main(int argc, char **argv) {
     const host::Options options = host::parseOptions(argc, argv);
     json = options.json;
     onStderr = host::reportsOnStderr(options);
-    return finish(run(options));
+    return ended(run(options));
   } catch (const host::Failure &failure) {
     return fail(json, onStderr, failure.code(), failure.what());
   } catch (const std::bad_alloc &) {

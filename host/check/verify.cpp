@@ -4,6 +4,7 @@
 
 #include "check/libtiff.h"
 #include "failure.h"
+#include "finish/planned.h"
 #include "prepare/plan.h"
 #include "prepare/swap.h"
 
@@ -26,15 +27,10 @@ class Complaint {
   const std::string &name_;
 };
 
-uint32_t tagOf(int32_t compression) {
-  constexpr uint32_t tags[RAXEL_COMPRESSIONS] = {COMPRESSION_NONE,      COMPRESSION_PACKBITS,
-                                                 COMPRESSION_CCITTRLE,  COMPRESSION_LZW,
-                                                 COMPRESSION_CCITTFAX3, COMPRESSION_CCITTFAX4};
-  return tags[compression];
-}
-
-bool hasMap(int32_t mode) {
-  return mode == RAXEL_MODE_COLOR8 || mode == RAXEL_MODE_COLOR16 || mode == RAXEL_MODE_COLOR256;
+// A resolution as libtiff tells it: the file's fraction as a float.
+double told(double dpi) {
+  const finish::Rational r = finish::rationalOf(dpi);
+  return static_cast<double>(static_cast<float>(static_cast<double>(r.above) / r.below));
 }
 
 std::string reasonOf(const TiffReader &reader) {
@@ -62,15 +58,18 @@ void Meant::compare(std::span<const uint8_t> file, const std::string &name) cons
   const bool rgb = plan_.bits == 24;
   complaint.same("the number of channels", rgb ? 3 : 1, reader.number(TIFFTAG_SAMPLESPERPIXEL, false, 0));
   complaint.same("the depth", rgb ? 8 : plan_.bits, reader.number(TIFFTAG_BITSPERSAMPLE, false, 0));
-  complaint.same("the compression", tagOf(plan_.compression), reader.number(TIFFTAG_COMPRESSION, false, 0));
+  complaint.same("the compression", finish::compressionTag(plan_.compression),
+                 reader.number(TIFFTAG_COMPRESSION, false, 0));
   complaint.same("the kind of colours",
-                 rgb                  ? PHOTOMETRIC_RGB
-                 : hasMap(plan_.mode) ? PHOTOMETRIC_PALETTE
-                                      : PHOTOMETRIC_MINISBLACK,
+                 rgb                                ? PHOTOMETRIC_RGB
+                 : prepare::hasColorMap(plan_.mode) ? PHOTOMETRIC_PALETTE
+                 : finish::isMinIsWhite(plan_)      ? PHOTOMETRIC_MINISWHITE
+                                                    : PHOTOMETRIC_MINISBLACK,
                  reader.number(TIFFTAG_PHOTOMETRIC, false, 99));
-  complaint.same("the resolution across", plan_.dpiX, reader.real(TIFFTAG_XRESOLUTION));
-  complaint.same("the resolution down", plan_.dpiY, reader.real(TIFFTAG_YRESOLUTION));
-  if (hasMap(plan_.mode) && reader.colorMap(plan_.bits) != table_) complaint.say("the colour map differs");
+  complaint.same("the resolution across", told(plan_.dpiX), reader.real(TIFFTAG_XRESOLUTION));
+  complaint.same("the resolution down", told(plan_.dpiY), reader.real(TIFFTAG_YRESOLUTION));
+  if (prepare::hasColorMap(plan_.mode) && reader.colorMap(plan_.bits) != table_)
+    complaint.say("the colour map differs");
 
   const uint64_t bytes = prepare::rowBytes(plan_);
   complaint.same("the row's size", static_cast<double>(bytes), static_cast<double>(reader.rowBytes()));

@@ -52,12 +52,14 @@ int chosen(const OptionRow &row, const std::string &value) {
   return index;
 }
 
-std::array<int, 2> parseDpi(const std::string &value) {
+std::array<double, 2> parseDpi(const std::string &value) {
   const size_t x = value.find_first_of("xX");
-  const auto across = parse<int>(value.substr(0, x));
-  const auto down = x == std::string::npos ? across : parse<int>(value.substr(x + 1));
+  const auto across = parse<double>(value.substr(0, x));
+  const auto down = x == std::string::npos ? across : parse<double>(value.substr(x + 1));
+  const bool plain = value.find_first_not_of("0123456789.xX") == std::string::npos;
   for (const auto &dpi : {across, down}) {
-    if (!dpi || *dpi < 32 || *dpi > 400) failValue("dpi", value, "give 32 to 400, as 300 or 200x100");
+    if (!plain || !dpi || !(*dpi >= 1 && *dpi <= 100000))
+      failValue("dpi", value, "give 1 to 100000, as 300, 203.2 or 204x98");
   }
   return {*across, *down};
 }
@@ -190,6 +192,9 @@ void apply(const OptionRow &row, const std::string &value, Parsed &to) {
     case OptionId::kLayout:
       o.layout = chosen(row, value);
       return;
+    case OptionId::kStrips:
+      o.strips = chosen(row, value);
+      return;
     case OptionId::kDither:
       o.dither = RAXEL_DITHER_ON;
       return;
@@ -288,6 +293,10 @@ void pairFiles(Parsed &parsed, std::vector<std::string> files) {
   o.outputs = {parsed.output};
 }
 
+bool filterTakes(double dpi) {
+  return dpi >= 32 && dpi <= 400 && dpi == std::floor(dpi);
+}
+
 void check(const Parsed &parsed) {
   const Options &o = parsed.options;
   if (o.save && o.profile.empty()) fail("--save needs --profile");
@@ -296,6 +305,12 @@ void check(const Parsed &parsed) {
   if (o.rules.force && o.rules.noClobber) fail("--force and --no-clobber exclude each other");
   if (o.asIs && (o.size || o.verify)) fail("--as-is leaves all to the filter: no --size and no --verify");
   if (o.asIs && o.via != Via::kCell) fail("--as-is goes by --via cell");
+  if (o.asIs && o.strips != RAXEL_STRIPS_QUARTERS) fail("--as-is leaves all to the filter: no --strips");
+  if (o.strips != RAXEL_STRIPS_QUARTERS && o.via != Via::kCell) fail("--strips one goes by --via cell");
+  for (const double dpi : o.dpi.value_or(std::array<double, 2>{96, 96})) {
+    if ((o.asIs || o.save) && !filterTakes(dpi))
+      fail("--dpi: the filter itself takes whole numbers from 32 to 400, and so do --as-is and --save");
+  }
 }
 
 }  // namespace

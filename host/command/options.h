@@ -41,10 +41,11 @@ struct Options {
   std::optional<int> mode;  // RaxelMode
   bool autoMode = false;    // --mode auto
   std::optional<int> compression;
-  std::optional<std::array<int, 2>> dpi;
+  std::optional<std::array<double, 2>> dpi;
   std::optional<SizeBox> size;
   std::optional<int> layout;
   std::optional<int> treatment;
+  int strips = RAXEL_STRIPS_QUARTERS;
   int dither = RAXEL_DITHER_AUTO;
   int quantizer = RAXEL_QUANTIZE_BEST;
   std::array<uint8_t, 3> background{255, 255, 255};

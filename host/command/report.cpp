@@ -1,5 +1,6 @@
 #include "command/report.h"
 
+#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -7,6 +8,21 @@ namespace host {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+// A resolution as the file has it, in thousandths.
+std::string decimal(double value) {
+  char text[40];
+  std::snprintf(text, sizeof text, "%.3f", value);
+  std::string out = text;
+  out.erase(out.find_last_not_of('0') + 1);
+  if (out.back() == '.') out.pop_back();
+  return out;
+}
+
+Json numberOf(double value) {
+  const double kept = std::round(value * 1000) / 1000;
+  return kept == std::floor(kept) ? Json(static_cast<int64_t>(kept)) : Json(kept);
+}
 
 std::string geometry(const Report &report) {
   const RaxelPlan &p = report.plan;
@@ -16,9 +32,10 @@ std::string geometry(const Report &report) {
                   report.fileBits);
     return text;
   }
-  std::snprintf(text, sizeof text, "%u by %u pixels, %s, %s%s, %d by %d dots an inch", p.width, p.height,
+  std::snprintf(text, sizeof text, "%u by %u pixels, %s, %s%s, %s by %s dots an inch", p.width, p.height,
                 raxelHostModeName(p.mode), raxelHostCompressionName(p.compression),
-                p.layout == RAXEL_LAYOUT_TILES ? " in tiles" : "", p.dpiX, p.dpiY);
+                p.layout == RAXEL_LAYOUT_TILES ? " in tiles" : "", decimal(p.dpiX).c_str(),
+                decimal(p.dpiY).c_str());
   return text;
 }
 
@@ -97,7 +114,7 @@ std::string toJson(const Report &report) {
                     {"mode", orNull(raxelHostModeName(p.mode))},
                     {"compression", orNull(raxelHostCompressionName(p.compression))},
                     {"layout", p.layout == RAXEL_LAYOUT_TILES ? "tiles" : "strips"},
-                    {"dpi", {p.dpiX, p.dpiY}},
+                    {"dpi", {numberOf(p.dpiX), numberOf(p.dpiY)}},
                     {"uncompressedBytes", p.uncompressedBytes}};
     if (report.bytes != 0) json["file"]["bytes"] = report.bytes;
   }

@@ -8,9 +8,11 @@
 
 #include "check/verify.h"
 #include "clock.h"
+#include "export/finish_file.h"
 #include "export/stages.h"
 #include "failure.h"
 #include "filter/driver.h"
+#include "filter/one_strip.h"
 #include "filter/open.h"
 #include "prepare/fallback.h"
 #include "prepare/plan.h"
@@ -27,6 +29,7 @@ void check(int code) {
 
 // Writes of image data that the filter will make: the measure of progress.
 uint64_t dataWrites(const RaxelPlan &plan) {
+  if (isOneCodedStrip(plan) && plan.compression == RAXEL_COMPRESS_T6) return 1;
   switch (plan.compression) {
     case RAXEL_COMPRESS_PACKBITS:
       return plan.height * ((prepare::rowBytes(plan) + 126) / 127);
@@ -63,6 +66,8 @@ RaxelPlan planned(const RaxelHostJob &job) {
   RaxelPlan plan;
   check(raxelHostPlan(&job.picture, &job.request, &plan));
   check(job.road >= 0 && job.road < RAXEL_ROADS ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
+  if (isOneCodedStrip(plan) && job.road != RAXEL_ROAD_CELL)
+    throw Failure(RAXEL_HOST_BAD_ROAD, "one strip goes by --via cell");
   if (job.road != RAXEL_ROAD_DRIVER) return plan;
   if (const std::string why = driverRefusal(plan); !why.empty()) throw Failure(RAXEL_HOST_BAD_ROAD, why);
   return plan;
@@ -100,6 +105,8 @@ void makeFile(const RaxelHostJob &job, const Library &library, RaxelHostResult &
   if (job.flags & RAXEL_HOST_VERIFY) meant.emplace(plan, room.pixels.bytes(), room.table.bytes());
   writePicture(library, setup, handoverOf(room, plan), &plan, static_cast<RaxelHostRoad>(job.road),
                dataWrites(plan), *output, pace);
+  finish::Chain chain;
+  if (plan.finish != 0) finishPage(*output, plan, chain);
   if (meant) meant->compare(output->bytes(), output->name());
   result.verified = meant ? 1 : 0;
   result.bytes = output->sink().size();
@@ -159,6 +166,7 @@ void raxelHostJobDefaults(RaxelHostJob *job, uint32_t size) {
   RaxelHostJob own{};
   own.size = size;
   raxelHostDefaults(&own.request);
+  own.request.finish = 1;
   std::memset(job, 0, size);
   std::memcpy(job, &own, host::known<RaxelHostJob>(size));
 }

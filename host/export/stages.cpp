@@ -3,6 +3,7 @@
 #include "buffer.h"
 #include "failure.h"
 #include "filter/driver.h"
+#include "filter/one_strip.h"
 
 namespace host {
 namespace {
@@ -14,6 +15,7 @@ namespace {
 // The result is a code of the library.
 uint32_t send(const Library &library, Setup &setup, const Handover &picture, const RaxelPlan *plan,
               RaxelHostRoad road, OutputStream &stream) {
+  if (plan && isOneCodedStrip(*plan)) return exportOneStrip(library, *plan, picture, stream);
   switch (plan ? road : RAXEL_ROAD_CELL) {
     case RAXEL_ROAD_DRIVER:
       return static_cast<uint32_t>(exportThroughDriver(library, setup, *plan, picture, stream));

@@ -134,11 +134,11 @@ bool exact(uint32_t pixels, int32_t dpi) {
 }  // namespace
 
 std::string driverRefusal(const RaxelPlan &plan) {
-  if (plan.dpiX != plan.dpiY)
+  if (plan.filterDpiX != plan.filterDpiY)
     return "the driver's road has one resolution for both axes: give --dpi N, or --via cell";
   // Sizes go over in inches, as quotients of two doubles, which fall a pixel short at some resolutions.
-  if (!exact(plan.width, plan.dpiX) || !exact(plan.height, plan.dpiY)) {
-    return "at " + std::to_string(plan.dpiX) +
+  if (!exact(plan.width, plan.filterDpiX) || !exact(plan.height, plan.filterDpiY)) {
+    return "at " + std::to_string(plan.filterDpiX) +
            " dots an inch the driver's road loses a pixel of this picture: give another --dpi, or --via "
            "cell";
   }
@@ -160,7 +160,7 @@ int32_t exportThroughDriver(const Library &library, Setup &setup, const RaxelPla
   session.run(kOpenDevice);
   session.run(kBeginPicture);
   setWindow(session, plan);
-  setResolution(session, plan.dpiX);
+  setResolution(session, plan.filterDpiX);
   session.run(kBeginBody);
   if (plan.colors != 0) setColors(session, plan, picture.table.bytes());
   beginRaster(session, plan);

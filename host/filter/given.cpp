@@ -83,8 +83,8 @@ void sendGiven(Setup &setup, const Options &options, bool save) {
   if (options.compression) setup.set(kCompression, raxelHostCompressionValue(*options.compression), save);
   if (options.dpi) {
     setup.set(kResolutionMode, RAXEL_ESCAPE_USER_RESOLUTION);
-    setup.set(kResolutionX, (*options.dpi)[0], save);
-    setup.set(kResolutionY, (*options.dpi)[1], save);
+    setup.set(kResolutionX, static_cast<int32_t>((*options.dpi)[0]), save);
+    setup.set(kResolutionY, static_cast<int32_t>((*options.dpi)[1]), save);
   }
   if (options.size && !options.size->pixels) sendSize(setup, *options.size, save);
   if (options.layout) setup.setLayout(*options.layout);

@@ -92,6 +92,10 @@ Library loadLibrary(const std::string &path) {
 
   loaded.byName("GetPrivateProfileString", library.readProfile);
   loaded.byName("WritePrivateProfileString", library.writeProfile);
+  loaded.byName("CompressAndWrite", library.compressAndWrite);
+  loaded.byName("kvlOpen", library.openStream);
+  loaded.byName("kvlWrite", library.writeStream);
+  loaded.byName("kvlClose", library.closeStream);
 
   RaxelServices &s = library.services;
   loaded.byName("GlobalAlloc", s.GlobalAlloc);

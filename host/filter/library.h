@@ -8,6 +8,8 @@
 #include "raxel/host.h"
 #include "raxel/profile.h"
 #include "raxel/settings.h"
+#include "raxel/stream.h"
+#include "raxel/tiff.h"
 
 namespace host {
 
@@ -24,9 +26,13 @@ struct Library {
   decltype(&::dd_entry) metafileEntry = nullptr;
   decltype(&::RASTER_dd_entry) rasterEntry = nullptr;
 
-  // By name: one value of a profile.
+  // By name: one value of a profile; a coder and the stream that it writes to.
   decltype(&::GetPrivateProfileString) readProfile = nullptr;
   decltype(&::WritePrivateProfileString) writeProfile = nullptr;
+  decltype(&::CompressAndWrite) compressAndWrite = nullptr;
+  decltype(&::kvlOpen) openStream = nullptr;
+  decltype(&::kvlWrite) writeStream = nullptr;
+  decltype(&::kvlClose) closeStream = nullptr;
 
   // Services, by name: handle memory, and what the preparation borrows.
   RaxelServices services{};

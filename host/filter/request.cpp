@@ -89,14 +89,17 @@ int ownMode(const Picture &from) {
   return picture.bits <= 4 || picture.colors <= 16 ? RAXEL_MODE_COLOR16 : RAXEL_MODE_COLOR256;
 }
 
-int ownDpi(double dpi, std::vector<std::string> &notes) {
-  if (!(dpi > 0) || !std::isfinite(dpi)) return 96;
-  const double rounded = std::round(dpi), kept = std::clamp(rounded, 32.0, 400.0);
-  if (kept != rounded && dpi >= 1.5) {  // 1 by 1 is how many files say "unknown"
-    notes.push_back("the picture's " + std::to_string(static_cast<long>(rounded)) +
-                    " dots an inch cannot be written; " + std::to_string(static_cast<int>(kept)) + " are");
+// 1 by 1 is how many files say "unknown". What lies this near to a whole number is meant to be one: formats
+// count in dots a metre, of which an inch has 1/39.
+double ownDpi(double dpi, std::vector<std::string> &notes) {
+  constexpr double kMost = 100000, kNear = 0.0127;
+  if (!(dpi >= 1.5) || !std::isfinite(dpi)) return 96;
+  if (dpi > kMost) {
+    notes.push_back("the picture's " + std::to_string(static_cast<long>(dpi)) +
+                    " dots an inch cannot be written; 100000 are");
+    return kMost;
   }
-  return dpi < 1.5 ? 96 : static_cast<int>(kept);
+  return std::abs(dpi - std::round(dpi)) <= kNear ? std::round(dpi) : dpi;
 }
 
 // The largest size inside the box that keeps the proportions: in a box of inches those on paper, at the
@@ -140,6 +143,8 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   request.treatment = options.treatment           ? *options.treatment
                       : chosen({kColorTreatment}) ? std::clamp(stored.nColorMode - kFirstColorMode, 0, 4)
                                                   : RAXEL_TREAT_NONE;
+  request.finish = 1;
+  request.strips = options.strips;
   request.dither = options.dither;
   request.quantizer = options.quantizer;
   if (options.dpi) {

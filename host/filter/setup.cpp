@@ -68,8 +68,8 @@ void sendPlan(Setup &setup, const RaxelPlan &plan) {
   setup.set(kMode, raxelHostModeValue(plan.mode));
   setup.set(kCompression, raxelHostCompressionValue(plan.compression));
   setup.set(kResolutionMode, RAXEL_ESCAPE_USER_RESOLUTION);
-  setup.set(kResolutionX, plan.dpiX);
-  setup.set(kResolutionY, plan.dpiY);
+  setup.set(kResolutionX, plan.filterDpiX);
+  setup.set(kResolutionY, plan.filterDpiY);
   setup.set(kSizeMode, RAXEL_ESCAPE_PICTURE_SIZE);
   setup.setLayout(plan.layout);
 }

@@ -116,6 +116,9 @@ Outcome readPage(const File &file, uint64_t base, FinishedPage &page);
 // or from the page before. The file ends at an even place afterwards.
 Outcome writePage(File &file, const FinishedPage &page, Chain &chain);
 
+// What writePage would add to a file of so many bytes.
+uint64_t directoryBytes(const FinishedPage &page, uint64_t size);
+
 // Tells every page how many there are.
 Outcome endPages(File &file, const Chain &chain);
 

@@ -176,6 +176,10 @@ Outcome writePage(File &file, const FinishedPage &page, Chain &chain) {
   return Outcome::kDone;
 }
 
+uint64_t directoryBytes(const FinishedPage &page, uint64_t size) {
+  return size % 2 + directoryAt(0, entriesOf(page)).size();
+}
+
 Outcome endPages(File &file, const Chain &chain) {
   if (chain.totalsAt.size() > UINT16_MAX) return Outcome::kTooManyPages;
   for (const uint32_t at : chain.totalsAt) {

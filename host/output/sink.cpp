@@ -16,7 +16,8 @@ namespace {
 
 constexpr uint64_t kFront = 64 << 10;
 constexpr size_t kTail = 256 << 10;
-constexpr uint64_t kMost = INT32_MAX;  // positions are signed 32-bit for the filter
+constexpr uint64_t kMost = INT32_MAX;        // positions are signed 32-bit for the filter
+constexpr uint64_t kMostPages = UINT32_MAX;  // places are 32-bit in the file
 
 }  // namespace
 
@@ -26,7 +27,7 @@ Sink::~Sink() {
 
 bool Sink::write(const uint8_t *bytes, size_t count) {
   if (error_ != 0) return false;
-  if (position_ + count > kMost) {
+  if (position_ + count > kMost || base_ + position_ + count > kMostPages) {
     error_ = EFBIG;
     return false;
   }
@@ -40,9 +41,10 @@ bool Sink::write(const uint8_t *bytes, size_t count) {
 
 bool Sink::keep(const uint8_t *bytes, size_t count) {
   const uint64_t end = position_ + count;
-  if (end > room_ && !grow(end)) return false;
-  if (position_ > size_) std::memset(block_ + size_, 0, static_cast<size_t>(position_ - size_));
-  std::memcpy(block_ + position_, bytes, count);
+  if (base_ + end > room_ && !grow(base_ + end)) return false;
+  uint8_t *page = block_ + base_;
+  if (position_ > size_) std::memset(page + size_, 0, static_cast<size_t>(position_ - size_));
+  std::memcpy(page + position_, bytes, count);
   position_ = end;
   size_ = std::max(size_, end);
   return true;
@@ -57,16 +59,17 @@ bool Sink::grow(uint64_t size) {
     return false;
   }
   block_ = static_cast<uint8_t *>(block);
-  useLargePages(block_ + size_, static_cast<size_t>(room - size_));
+  const uint64_t used = base_ + size_;
+  useLargePages(block_ + used, static_cast<size_t>(room - used));
   room_ = room;
   return true;
 }
 
 uint8_t *Sink::release() {
-  void *block = std::realloc(block_, static_cast<size_t>(std::max<uint64_t>(size_, 1)));
+  void *block = std::realloc(block_, static_cast<size_t>(std::max<uint64_t>(size(), 1)));
   uint8_t *const released = block ? static_cast<uint8_t *>(block) : block_;
   block_ = nullptr;
-  position_ = size_ = room_ = 0;
+  base_ = position_ = size_ = room_ = 0;
   return released;
 }
 
@@ -84,7 +87,7 @@ bool Sink::writeToFile(const uint8_t *bytes, size_t count) {
     } else {
       // A patch beyond the front.
       step = static_cast<size_t>(std::min<uint64_t>(count, size_ > position_ ? size_ - position_ : count));
-      if (!flushTail() || !writeAt(position_, bytes, step)) return false;
+      if (!flushTail() || !writeAt(base_ + position_, bytes, step)) return false;
     }
     position_ += step;
     size_ = std::max(size_, position_);
@@ -108,20 +111,20 @@ bool Sink::append(const uint8_t *bytes, size_t count) {
 }
 
 bool Sink::flushTail() {
-  const bool done = writeAt(tailStart_, tail_.data(), tail_.size());
+  const bool done = writeAt(base_ + tailStart_, tail_.data(), tail_.size());
   tail_.clear();
   return done;
 }
 
-bool Sink::writeAt(uint64_t position, const uint8_t *bytes, size_t count) {
+bool Sink::writeAt(uint64_t at, const uint8_t *bytes, size_t count) {
   while (count != 0) {
-    const ssize_t put = pwrite(fd_, bytes, count, static_cast<off_t>(position));
+    const ssize_t put = pwrite(fd_, bytes, count, static_cast<off_t>(at));
     if (put < 0 && errno == EINTR) continue;
     if (put <= 0) {
       error_ = put < 0 ? errno : EIO;
       return false;
     }
-    position += static_cast<uint64_t>(put);
+    at += static_cast<uint64_t>(put);
     bytes += put;
     count -= static_cast<size_t>(put);
   }
@@ -136,10 +139,68 @@ bool Sink::seek(int64_t offset, int whence) {
   return true;
 }
 
+bool Sink::startPage() {
+  if (!flush()) return false;
+  base_ += size_;
+  position_ = size_ = 0;
+  front_.clear();
+  return true;
+}
+
+finish::File Sink::wholeFile() {
+  const auto read = [](void *sink, uint64_t at, uint8_t *to, size_t count) {
+    return static_cast<Sink *>(sink)->readWhole(at, to, count);
+  };
+  const auto write = [](void *sink, uint64_t at, const uint8_t *from, size_t count) {
+    return static_cast<Sink *>(sink)->writeWhole(at, from, count);
+  };
+  return {this, read, write, size()};
+}
+
+bool Sink::readWhole(uint64_t at, uint8_t *to, size_t count) {
+  if (at > size() || count > size() - at) return false;
+  if (fd_ < 0) {
+    std::memcpy(to, block_ + at, count);
+    return true;
+  }
+  if (at < base_ && count > base_ - at) {
+    const auto before = static_cast<size_t>(base_ - at);
+    return readWhole(at, to, before) && readWhole(base_, to + before, count - before);
+  }
+  if (at >= base_ && at - base_ < front_.size()) {
+    const auto step = static_cast<size_t>(std::min<uint64_t>(count, front_.size() - (at - base_)));
+    std::memcpy(to, front_.data() + (at - base_), step);
+    at += step;
+    to += step;
+    count -= step;
+  }
+  if (count != 0 && !flushTail()) return false;
+  while (count != 0) {
+    const ssize_t got = pread(fd_, to, count, static_cast<off_t>(at));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return false;
+    at += static_cast<uint64_t>(got);
+    to += got;
+    count -= static_cast<size_t>(got);
+  }
+  return true;
+}
+
+bool Sink::writeWhole(uint64_t at, const uint8_t *from, size_t count) {
+  if (at >= base_) {
+    position_ = at - base_;
+    return write(from, count);
+  }
+  if (error_ != 0 || count > base_ - at) return false;
+  if (fd_ >= 0) return writeAt(at, from, count);
+  std::memcpy(block_ + at, from, count);
+  return true;
+}
+
 bool Sink::flush() {
   if (error_ != 0) return false;
   if (fd_ < 0) return true;
-  return flushTail() && writeAt(0, front_.data(), front_.size());
+  return flushTail() && writeAt(base_, front_.data(), front_.size());
 }
 
 }  // namespace host

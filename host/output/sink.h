@@ -7,10 +7,12 @@
 #include <span>
 #include <vector>
 
+#include "finish/finish.h"
+
 namespace host {
 
-// A file being written from the start on. The filter appends picture data and comes back to the
-// directory at the front to fill in offsets; that front stays in memory until the end, so that a patch
+// A file being written from the start on, page by page. The filter appends picture data and comes back to
+// the directory at the front to fill in offsets; that front stays in memory until the end, so that a patch
 // costs no system call.
 class Sink {
  public:
@@ -22,16 +24,25 @@ class Sink {
 
   // At the current position. False after the first failure, and from then on; error() says why.
   bool write(const uint8_t *bytes, size_t count);
-  // Moves the position, up to 2 GiB. False for a place that no file has.
+  // Moves the position, up to 2 GiB in a page. False for a place that no file has.
   bool seek(int64_t offset, int whence);
   // Everything to the file.
   bool flush();
 
+  // Starts another page behind all that is written: from here on, positions count from its start.
+  bool startPage();
+  // Where the page starts in the file.
+  uint64_t base() const { return base_; }
+  // The whole file for the finishing step, places counted from its start. Ends with the next write or seek.
+  finish::File wholeFile();
+
   uint64_t position() const { return position_; }
-  uint64_t size() const { return size_; }
+  // Bytes of the whole file, and of the page.
+  uint64_t size() const { return base_ + size_; }
+  uint64_t pageSize() const { return size_; }
   int error() const { return error_; }  // an errno; ENOMEM when the block cannot grow
   // All bytes; only when they are kept in memory.
-  std::span<const uint8_t> kept() const { return {block_, static_cast<size_t>(size_)}; }
+  std::span<const uint8_t> kept() const { return {block_, static_cast<size_t>(size())}; }
   // The same, which the caller frees with free(); never null. Nothing is kept from then on.
   uint8_t *release();
 
@@ -39,12 +50,17 @@ class Sink {
   bool keep(const uint8_t *bytes, size_t count);
   bool grow(uint64_t size);
   bool writeToFile(const uint8_t *bytes, size_t count);
-  bool writeAt(uint64_t position, const uint8_t *bytes, size_t count);
+  // At places of the whole file.
+  bool readWhole(uint64_t at, uint8_t *to, size_t count);
+  bool writeWhole(uint64_t at, const uint8_t *from, size_t count);
+  // The same past everything that is held back, to the descriptor.
+  bool writeAt(uint64_t at, const uint8_t *bytes, size_t count);
   bool append(const uint8_t *bytes, size_t count);
   bool flushTail();
 
   int fd_;
   int error_ = 0;
+  uint64_t base_ = 0;  // where the page starts; the places below count from there
   uint64_t position_ = 0;
   uint64_t size_ = 0;
   std::vector<uint8_t> front_;  // bytes from 0 on

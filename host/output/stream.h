@@ -24,6 +24,8 @@ class OutputStream {
   // True when the library has reported the whole picture as written. ExportCellData itself answers 0
   // whatever happens.
   bool complete() const { return complete_; }
+  // For a road that writes without the library's picture calls, when it is done.
+  void setComplete() { complete_ = true; }
   bool closed() const { return closed_; }
 
  private:

@@ -15,14 +15,14 @@ constexpr std::array<uint8_t, 64> kBlackBits{
     11, 11, 11, 11, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12,
     12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12, 12};
 
-// Bits that modified Huffman needs for a row of fewer than 64 pixels, prepared but not yet exchanged
-// for the fax coders: what is black in the picture (a clear bit) goes out as white runs. White comes
-// first, if only as a run of 0.
-uint32_t huffmanBits(const uint8_t *row, uint32_t width) {
+// Bits that modified Huffman needs for a row of fewer than 64 pixels, prepared but not yet exchanged for
+// the fax coders. White runs hold the bits that are set, or those that are clear; one comes first, if only
+// as a run of 0.
+uint32_t huffmanBits(const uint8_t *row, uint32_t width, bool whiteIsSet) {
   uint32_t bits = 0, x = 0;
   for (bool white = true; x < width; white = !white) {
     const uint32_t start = x;
-    while (x < width && ((row[x / 8] >> (7 - x % 8) & 1) == 0) == white) ++x;
+    while (x < width && ((row[x / 8] >> (7 - x % 8) & 1) != 0) == (white == whiteIsSet)) ++x;
     bits += (white ? kWhiteBits : kBlackBits)[x - start];
   }
   return bits;
@@ -34,16 +34,16 @@ bool codesRuns(int32_t compression) {
 }
 
 // True when a row as above, of a multiple of 32 pixels, changes its colour at every pixel and begins with
-// black runs. With the empty white run in front these are width + 1 runs, one more than libtiff has room
-// for in rows of such widths ("Buffer overflow").
-bool alternates(const uint8_t *row, uint64_t bytes) {
-  constexpr uint8_t kBlackWhite = 0xAA;
-  return std::all_of(row, row + bytes, [](uint8_t byte) { return byte == kBlackWhite; });
+// what is coded as black runs. With the empty white run in front these are width + 1 runs, one more than
+// libtiff has room for in rows of such widths ("Buffer overflow").
+bool alternates(const uint8_t *row, uint64_t bytes, bool whiteIsSet) {
+  const uint8_t blackFirst = whiteIsSet ? 0x55 : 0xAA;
+  return std::all_of(row, row + bytes, [=](uint8_t byte) { return byte == blackFirst; });
 }
 
 bool anyRowAlternates(const Block &block) {
   for (uint32_t y = 0; y < block.plan.height; ++y) {
-    if (alternates(block.row(y), rowBytes(block.plan))) return true;
+    if (alternates(block.row(y), rowBytes(block.plan), !codesComplement(block.plan))) return true;
   }
   return false;
 }
@@ -63,7 +63,7 @@ Fallback fallbackOf(const Block &block) {
     return {RAXEL_COMPRESS_PACKBITS, RAXEL_NOTE_LZW_AS_PACKBITS};
   }
   if (plan.compression == RAXEL_COMPRESS_HUFFMAN && plan.width < 64 &&
-      huffmanBits(block.row(plan.height - 1), plan.width) <= 8) {
+      huffmanBits(block.row(plan.height - 1), plan.width, !codesComplement(plan)) <= 8) {
     return {RAXEL_COMPRESS_PACKBITS, RAXEL_NOTE_HUFFMAN_AS_PACKBITS};
   }
   if (codesRuns(plan.compression) && plan.width % 32 == 0 && anyRowAlternates(block)) {

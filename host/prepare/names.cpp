@@ -44,12 +44,16 @@ constexpr std::array<const char *, RAXEL_HOST_CODES> kMessages{
     "the picture is wider than the 65535 pixels that a file holds: give a smaller --size",
     "the picture is taller than the 65534 rows that a file holds: give a smaller --size",
     "the picture takes 2 GiB or more, and a file ends there: use fewer bits (--mode) or a smaller --size",
-    "a resolution lies between 32 and 400 dots an inch: give one with --dpi",
+    "a resolution lies between 1 and 100,000 dots an inch, and between 32 and 400 for the filter alone: "
+    "give one "
+    "with --dpi",
     "a size is a positive number of inches that gives at least one pixel: check --size and --dpi",
     "fax compressions code one bit a pixel: use --mode bilevel, or --compress lzw or packbits",
     "tiles are made with the T.6 compression only: use --compress t6, or --layout strips",
     "readers cannot open a single row of tiles with several columns: use --layout strips",
     "readers cannot open tiles in pictures wider than 2016 pixels: use --layout strips",
+    "one strip is made with the fax compressions only: use --compress t6, t4 or huffman, or --strips "
+    "quarters",
     "the filter lacks a function that this preparation needs",
     "this quantizer is not available here: use another --quantizer",
     "there is not enough memory for this picture",

@@ -1,10 +1,12 @@
 // The geometry of a job: what the file will hold, and which jobs no reader could open.
 #include "prepare/plan.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <initializer_list>
 
+#include "finish/planned.h"
 #include "raxel/host.h"
 
 namespace prepare {
@@ -25,14 +27,29 @@ int checkPicture(const RaxelPicture &picture) {
   return RAXEL_HOST_OK;
 }
 
+// What the filter takes is whole; the finished directory tells the true one.
+constexpr double kLeastFilterDpi = 32, kMostFilterDpi = 400, kMostDpi = 100000;
+
+bool resolutionFits(double dpi, bool finish) {
+  if (finish) return dpi >= 1 && dpi <= kMostDpi;
+  return dpi >= kLeastFilterDpi && dpi <= kMostFilterDpi && dpi == std::floor(dpi);
+}
+
+int32_t filterDpi(double dpi) {
+  return static_cast<int32_t>(std::clamp(std::round(dpi), kLeastFilterDpi, kMostFilterDpi));
+}
+
 int checkRequest(const RaxelRequest &request) {
   if (!within(request.mode, RAXEL_MODES) || !within(request.compression, RAXEL_COMPRESSIONS) ||
       !within(request.layout, RAXEL_LAYOUT_TILES + 1) || !within(request.treatment, RAXEL_TREATMENTS) ||
       !within(request.dither, RAXEL_DITHER_OFF + 1) || !within(request.quantizer, RAXEL_QUANTIZERS)) {
     return RAXEL_HOST_BAD_ARGUMENT;
   }
-  for (int32_t dpi : {request.dpiX, request.dpiY}) {
-    if (dpi < 32 || dpi > 400) return RAXEL_HOST_BAD_RESOLUTION;
+  if (!within(request.finish, 2) || !within(request.strips, RAXEL_STRIPS_ONE + 1))
+    return RAXEL_HOST_BAD_ARGUMENT;
+  if (request.finish == 0 && request.strips != 0) return RAXEL_HOST_BAD_ARGUMENT;
+  for (double dpi : {request.dpiX, request.dpiY}) {
+    if (!resolutionFits(dpi, request.finish != 0)) return RAXEL_HOST_BAD_RESOLUTION;
   }
   for (double inches : {request.inchesX, request.inchesY}) {
     if (!(inches >= 0) || !std::isfinite(inches)) return RAXEL_HOST_BAD_SIZE;
@@ -68,20 +85,27 @@ uint32_t bitsOf(int32_t mode) {
   }
 }
 
-// Header, directory of 13 entries (14 with a colour map), colour map, two rationals, packed rows.
+// Header, directory of 13 entries (14 with a colour map), colour map, two rationals, packed rows; a
+// finished file's directory behind them.
 uint64_t uncompressedBytes(const RaxelPlan &plan) {
-  const bool map =
-      plan.mode == RAXEL_MODE_COLOR8 || plan.mode == RAXEL_MODE_COLOR16 || plan.mode == RAXEL_MODE_COLOR256;
+  const bool map = hasColorMap(plan.mode);
   const uint64_t directory = 8 + 2 + 12 * (map ? 14 : 13) + 4;
   const uint64_t mapBytes = map ? uint64_t{6} << plan.bits : 0;
-  return directory + mapBytes + 16 + rowBytes(plan) * plan.height;
+  const uint64_t filters = directory + mapBytes + 16 + rowBytes(plan) * plan.height;
+  if (plan.finish == 0) return filters;
+  finish::FinishedPage page = finish::singleStripPage(plan, 0, 0);
+  if (map) page.colorMapAt = 1;
+  return filters + finish::directoryBytes(page, filters);
 }
 
 // Combinations that the filter writes and readers cannot open.
 int checkReadable(const RaxelPlan &plan) {
   const bool fax = isFax(plan.compression);
   if (fax && plan.mode != RAXEL_MODE_BILEVEL) return RAXEL_HOST_FAX_NEEDS_1_BIT;
-  if (plan.layout != RAXEL_LAYOUT_TILES) return RAXEL_HOST_OK;
+  const bool tiles = plan.layout == RAXEL_LAYOUT_TILES;
+  if (plan.strips == RAXEL_STRIPS_ONE && (tiles || (!fax && plan.compression != RAXEL_COMPRESS_NONE)))
+    return RAXEL_HOST_ONE_STRIP_NEEDS_FAX;
+  if (!tiles) return RAXEL_HOST_OK;
   if (plan.compression != RAXEL_COMPRESS_T6) return RAXEL_HOST_TILES_NEED_T6;
   // A chunk of the writer holds 32767 bytes, so beyond this width it holds less than a tile's 128 rows.
   if (plan.width > 2016) return RAXEL_HOST_TILES_TOO_WIDE;
@@ -113,15 +137,19 @@ int plan(const RaxelPicture &picture, const RaxelRequest &request, RaxelPlan &ou
   if (out.width != picture.width || out.rows != picture.height) out.notes |= RAXEL_NOTE_SCALED;
   out.dpiX = request.dpiX;
   out.dpiY = request.dpiY;
+  out.finish = request.finish;
+  out.strips = request.strips;
+  out.filterDpiX = filterDpi(request.dpiX);
+  out.filterDpiY = filterDpi(request.dpiY);
   out.unitsPerInch = kUnitsPerInch;
   // The writer multiplies by the resolution and truncates, escape 56 rounds up: units rounded up and
   // down give the same pixels there, since a unit is less than a pixel at every resolution.
   const auto up = [](double pixels, int32_t dpi) { return std::ceil(pixels * kUnitsPerInch / dpi); };
   const auto down = [](double pixels, int32_t dpi) { return std::floor(pixels * kUnitsPerInch / dpi); };
-  out.extentX = static_cast<int32_t>(up(out.width, request.dpiX));
-  out.extentY = static_cast<int32_t>(up(out.height, request.dpiY));
-  out.queryX = static_cast<int32_t>(down(out.width, request.dpiX));
-  out.queryY = static_cast<int32_t>(down(out.height, request.dpiY));
+  out.extentX = static_cast<int32_t>(up(out.width, out.filterDpiX));
+  out.extentY = static_cast<int32_t>(up(out.height, out.filterDpiY));
+  out.queryX = static_cast<int32_t>(down(out.width, out.filterDpiX));
+  out.queryY = static_cast<int32_t>(down(out.height, out.filterDpiY));
   out.uncompressedBytes = uncompressedBytes(out);
   return anyway ? RAXEL_HOST_OK : checkReadable(out);
 }
@@ -141,9 +169,17 @@ uint64_t rowBytes(const RaxelPlan &plan) {
   return (uint64_t{plan.width} * plan.bits + 7) / 8;
 }
 
+bool hasColorMap(int32_t mode) {
+  return mode == RAXEL_MODE_COLOR8 || mode == RAXEL_MODE_COLOR16 || mode == RAXEL_MODE_COLOR256;
+}
+
 bool isFax(int32_t compression) {
   return compression == RAXEL_COMPRESS_HUFFMAN || compression == RAXEL_COMPRESS_T4 ||
          compression == RAXEL_COMPRESS_T6;
+}
+
+bool codesComplement(const RaxelPlan &plan) {
+  return plan.finish == 0 && plan.bits == 1 && isFax(plan.compression);
 }
 
 }  // namespace prepare

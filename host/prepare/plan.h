@@ -13,4 +13,11 @@ uint64_t rowBytes(const RaxelPlan &plan);
 // True for the three codes made of black and white runs.
 bool isFax(int32_t compression);
 
+// True for the three modes of colours in a table.
+bool hasColorMap(int32_t mode);
+
+// True when the coder gets black for white and white for black: where the filter's directory stays, which
+// calls black 0, while fax codes hold white runs first.
+bool codesComplement(const RaxelPlan &plan);
+
 }  // namespace prepare

@@ -32,8 +32,8 @@ int reduce(const Source &source, bool untouched, const RaxelRequest &request, co
   }
 }
 
-// The fax coders code white as white runs while the file calls black 0, and readers go by the file: so
-// they get the complement. Bits beyond the width are not coded.
+// The fax coders code white as white runs while the filter's directory calls black 0, and readers go by the
+// directory: so a file that stays as it is gets the complement. Bits beyond the width are not coded.
 void exchangeBlackAndWhite(const Block &block) {
   for (uint64_t i = 0; i < block.plan.bytes; ++i) block.pixels[i] = static_cast<uint8_t>(~block.pixels[i]);
 }
@@ -80,7 +80,7 @@ int prepare(const RaxelPicture &picture, const RaxelRequest &request, const Raxe
   const Fallback fallback = fallbackOf(block);
   plan.compression = fallback.compression;
   plan.notes |= fallback.note;
-  if (isFax(plan.compression) && plan.bits == 1) exchangeBlackAndWhite(block);
+  if (codesComplement(plan)) exchangeBlackAndWhite(block);
   return RAXEL_HOST_OK;
 }
 

@@ -105,8 +105,8 @@ typedef struct RaxelHostResult {
   RaxelPlan plan;  // all 0 when the request was refused; its notes say what was changed on the way
 } RaxelHostResult;
 
-// Clears `size` bytes of a job, sets its size, and its request to raxelHostDefaults. Does nothing for
-// null.
+// Clears `size` bytes of a job, sets its size, and its request to raxelHostDefaults, but finished. Does
+// nothing for null.
 RAXEL_EXPORT void raxelHostJobDefaults(RaxelHostJob *job, uint32_t size);
 
 // Exports a picture. Returns RAXEL_HOST_OK with the output complete, or another RaxelHostCode with the

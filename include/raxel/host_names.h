@@ -11,19 +11,20 @@ RAXEL_BEGIN
 // Why a picture cannot be prepared or written. raxelHostMessage has a sentence for each.
 typedef enum RaxelHostCode {
   RAXEL_HOST_OK,
-  RAXEL_HOST_BAD_ARGUMENT,     // a null pointer, or a value outside its enumeration
-  RAXEL_HOST_BAD_PICTURE,      // no pixels, an unknown depth, rows shorter than the width
-  RAXEL_HOST_TOO_WIDE,         // more than 65535 pixels
-  RAXEL_HOST_TOO_TALL,         // more than 65534 rows
-  RAXEL_HOST_TOO_LARGE,        // 2 GiB of pixels and more
-  RAXEL_HOST_BAD_RESOLUTION,   // outside 32 to 400 dots an inch
-  RAXEL_HOST_BAD_SIZE,         // a size that is negative, not a number or less than half a pixel
-  RAXEL_HOST_FAX_NEEDS_1_BIT,  // a fax compression with any other mode than bilevel
-  RAXEL_HOST_TILES_NEED_T6,    // tiles with any other compression than T.6
-  RAXEL_HOST_TILES_TOO_FLAT,   // one row of tiles and several columns
-  RAXEL_HOST_TILES_TOO_WIDE,   // more than 2016 pixels
-  RAXEL_HOST_NO_SERVICE,       // a service of the filter is needed and missing
-  RAXEL_HOST_NO_QUANTIZER,     // the library that the quantizer needs is not there
+  RAXEL_HOST_BAD_ARGUMENT,         // a null pointer, or a value outside its enumeration
+  RAXEL_HOST_BAD_PICTURE,          // no pixels, an unknown depth, rows shorter than the width
+  RAXEL_HOST_TOO_WIDE,             // more than 65535 pixels
+  RAXEL_HOST_TOO_TALL,             // more than 65534 rows
+  RAXEL_HOST_TOO_LARGE,            // 2 GiB of pixels and more
+  RAXEL_HOST_BAD_RESOLUTION,       // outside 1 to 100,000 dots an inch, or 32 to 400 whole ones
+  RAXEL_HOST_BAD_SIZE,             // a size that is negative, not a number or less than half a pixel
+  RAXEL_HOST_FAX_NEEDS_1_BIT,      // a fax compression with any other mode than bilevel
+  RAXEL_HOST_TILES_NEED_T6,        // tiles with any other compression than T.6
+  RAXEL_HOST_TILES_TOO_FLAT,       // one row of tiles and several columns
+  RAXEL_HOST_TILES_TOO_WIDE,       // more than 2016 pixels
+  RAXEL_HOST_ONE_STRIP_NEEDS_FAX,  // one strip with LZW, PackBits or tiles
+  RAXEL_HOST_NO_SERVICE,           // a service of the filter is needed and missing
+  RAXEL_HOST_NO_QUANTIZER,         // the library that the quantizer needs is not there
   RAXEL_HOST_NO_MEMORY,
   RAXEL_HOST_NO_FILTER,      // raxel.so is not found, cannot be loaded or is of another version
   RAXEL_HOST_FILTER_FAILED,  // it stopped before the picture was complete

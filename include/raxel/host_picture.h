@@ -40,6 +40,10 @@ typedef enum RaxelCompression {
 
 typedef enum RaxelLayout { RAXEL_LAYOUT_STRIPS, RAXEL_LAYOUT_TILES } RaxelLayout;
 
+// Into how many strips the rows of a finished file are cut: quarters of the height, as the filter does, or
+// all rows in one, which fax programs ask for. Uncompressed files are one strip in any case.
+typedef enum RaxelStrips { RAXEL_STRIPS_QUARTERS, RAXEL_STRIPS_ONE } RaxelStrips;
+
 // RAXEL_DITHER_AUTO dithers where a picture loses levels that the eye would miss: to bilevel (unless
 // the picture has two colours), to 16 greys and to 8 and 16 colours.
 typedef enum RaxelDither { RAXEL_DITHER_AUTO, RAXEL_DITHER_ON, RAXEL_DITHER_OFF } RaxelDither;
@@ -68,13 +72,16 @@ typedef struct RaxelRequest {
   int32_t mode;         // RaxelMode
   int32_t compression;  // RaxelCompression
   int32_t layout;       // RaxelLayout
-  int32_t dpiX;         // 32 to 400 dots an inch
-  int32_t dpiY;
+  double dpiX;          // dots an inch: 1 to 100,000, or whole ones from 32 to 400 when `finish` is 0
+  double dpiY;
   double inchesX;  // size to scale to; 0 in both keeps the pixels, 0 in one keeps the proportions
   double inchesY;
   int32_t treatment;  // RaxelTreatment
   int32_t dither;     // RaxelDither
   int32_t quantizer;  // RaxelQuantizer
+  int32_t finish;     // 1: raxelHostExport gives the file its finished directory; 0: it stays as the filter
+                      // writes it, and what follows must be 0
+  int32_t strips;     // RaxelStrips
 } RaxelRequest;
 
 // Things done on the way that the user may want to know, as bits.
@@ -91,16 +98,20 @@ enum {
 
 // The job, worked out. Written by raxelHostPlan; raxelHostPrepare sets compression and notes anew.
 typedef struct RaxelPlan {
-  uint32_t width;       // pixels in a row of the file
-  uint32_t rows;        // rows of the picture
-  uint32_t height;      // rows of the file: rows, made even
-  uint32_t bits;        // bits a pixel in the block: 1, 4, 8 or 24
-  uint32_t stride;      // bytes a row in the block, a multiple of 4
-  uint64_t bytes;       // size of the block: stride * height
-  uint32_t colors;      // entries of the table: 2 ** bits, or 0 for RGB
-  int32_t mode;         // RaxelMode, as requested
-  int32_t layout;       // RaxelLayout, as requested
-  int32_t dpiX, dpiY;   // as requested
+  uint32_t width;      // pixels in a row of the file
+  uint32_t rows;       // rows of the picture
+  uint32_t height;     // rows of the file: rows, made even
+  uint32_t bits;       // bits a pixel in the block: 1, 4, 8 or 24
+  uint32_t stride;     // bytes a row in the block, a multiple of 4
+  uint64_t bytes;      // size of the block: stride * height
+  uint32_t colors;     // entries of the table: 2 ** bits, or 0 for RGB
+  int32_t mode;        // RaxelMode, as requested
+  int32_t layout;      // RaxelLayout, as requested
+  double dpiX, dpiY;   // as requested
+  int32_t finish;      // as requested
+  int32_t strips;      // as requested
+  int32_t filterDpiX;  // for escapes 11 and 12: the nearest that the filter takes
+  int32_t filterDpiY;
   int32_t compression;  // RaxelCompression to set: as requested, or another with a note
   uint32_t notes;
   uint32_t unitsPerInch;       // 32768, for the picture record's nResolution
@@ -110,7 +121,8 @@ typedef struct RaxelPlan {
 } RaxelPlan;
 
 // Values for the filter's setting escapes: 9 with raxelHostModeValue(mode) and 10 with
-// raxelHostCompressionValue(compression); always 18 with 3, 11 and 12 with the resolutions, 19 with 2.
+// raxelHostCompressionValue(compression); always 18 with 3, 11 and 12 with filterDpiX and
+// filterDpiY, 19 with 2.
 enum { RAXEL_ESCAPE_USER_RESOLUTION = 3, RAXEL_ESCAPE_PICTURE_SIZE = 2 };
 
 // What the preparation borrows from the filter. Fill it with dlsym (or by linking) under the names of
@@ -131,7 +143,8 @@ typedef struct RaxelServices {
   void (*rev_rgb)(uint32_t width, uint8_t *row, int32_t mode);
 } RaxelServices;
 
-// Sets every field: RGB, no compression, strips, 96 dots an inch, the picture's pixels, no treatment.
+// Sets every field: RGB, no compression, strips, 96 dots an inch, the picture's pixels, no treatment, not
+// finished.
 RAXEL_EXPORT void raxelHostDefaults(RaxelRequest *request);
 
 // Works out the job. Returns RAXEL_HOST_OK with *plan filled, or the reason for a refusal with *plan

@@ -4,7 +4,7 @@
     matrix.py --build FOLDER --source FOLDER
 
 Pictures that a mode keeps must come back exactly, at every width from 1 to 70, in every compression,
-layout and at resolutions from 32 to 400. Reduced pictures must stay near, and must not have moved.
+layout and at resolutions from 20 to 1200. Reduced pictures must stay near, and must not have moved.
 """
 
 import math
@@ -23,7 +23,7 @@ FAX = ("huffman", "t4", "t6")
 MODES = ("bilevel", "grey16", "grey256", "color8", "color16", "color256", "rgb")
 # Where rows end on a byte or just beside it: these are shown to programs too, which are slow to start.
 TRIED_WIDTHS = (1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65)
-RESOLUTIONS = ("32", "72", "96", "100", "150", "200x100", "300", "400")
+RESOLUTIONS = ("32", "72", "96", "100", "150", "200x100", "300", "400", "600", "1200x20")
 
 
 def compressions(mode):

@@ -84,7 +84,7 @@ def as_strips(data, tags):
         places = lists
     else:
         places = [place, place + 4 * len(tiles)]
-    fields = [(256, 1, width), (257, 1, height * len(tiles)), (258, 1, 1), (259, 1, 4), (262, 1, 1),
+    fields = [(256, 1, width), (257, 1, height * len(tiles)), (258, 1, 1), (259, 1, 4), (262, 1, tags[262][0]),
               (273, len(tiles), places[0]), (277, 1, 1), (278, 1, height), (279, len(tiles), places[1])]
     out = b"II*\0" + struct.pack("<IH", 8, entries)
     out += b"".join(struct.pack("<HHII", tag, 4, number, value) for tag, number, value in fields)
@@ -122,7 +122,7 @@ def mupdf(path):
     with open(path, "rb") as file:
         data = file.read()
     tags = tiff.directory(data)
-    (width,), (height,), (bits,) = tags[256], tags[257], tags[258]
+    (width,), (height,), bits = tags[256], tags[257], tags[258][0]
     if 324 in tags:
         tile_width, _, samples = greys_of(as_strips(data, tags))
         (tile_height,) = tags[323]

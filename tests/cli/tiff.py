@@ -23,11 +23,11 @@ def directory(data):
     tags = {}
     for i in range(count):
         tag, kind, number, value = struct.unpack_from("<HHII", data, at + 2 + 12 * i)
-        size = {3: 2, 4: 4, 5: 8}.get(kind)
+        size = {2: 1, 3: 2, 4: 4, 5: 8, 7: 1}.get(kind)
         if size is None:
             raise Bad(f"type {kind}")
         place = value if size * number > 4 else at + 2 + 12 * i + 8
-        form = {3: f"<{number}H", 4: f"<{number}I", 5: f"<{2 * number}I"}[kind]
+        form = {2: f"<{number}B", 7: f"<{number}B", 3: f"<{number}H", 4: f"<{number}I", 5: f"<{2 * number}I"}[kind]
         tags[tag] = list(struct.unpack_from(form, data, place))
     if struct.unpack_from("<I", data, at + 2 + 12 * count) != (0,):
         raise Bad("a second directory")
@@ -243,7 +243,15 @@ def packed_rows(data, tags, width, height, bits):
 
 def decode(data):
     tags = directory(data)
-    (width,), (height,), (depth,), (channels,) = tags[256], tags[257], tags[258], tags[277]
+    (width,), (height,), (channels,) = tags[256], tags[257], tags[277]
+    depth = tags[258][0]
+    if tags[258] != [depth] * channels:
+        raise Bad(f"{channels} samples of {tags[258]} bits")
+    if list(tags) != sorted(tags):
+        raise Bad(f"tags in the order {list(tags)}")
+    fax = tags[259][0] in (2, 3, 4)
+    if tags[262] != ([2] if channels == 3 else [3] if 320 in tags else [0] if fax else [1]):
+        raise Bad(f"photometric {tags[262]}")
     if tags[296] != [2]:
         raise Bad("a resolution that is not in inches")
     dpi = (tags[282][0] / tags[282][1], tags[283][0] / tags[283][1])
@@ -256,6 +264,8 @@ def decode(data):
         table = [bytes((r >> 8, g >> 8, b >> 8)) for r, g, b in zip(red, green, blue)]
     else:
         table = [bytes([i * 255 // (levels - 1)] * 3) for i in range(levels)]
+        if fax:  # white is 0
+            table.reverse()
     if depth == 8:
         return width, height, b"".join(table[v] for v in rows), dpi
     per_byte = 8 // depth

@@ -50,7 +50,8 @@ TEST(HostFallback, SaysWhy) {
               RAXEL_NOTE_HUFFMAN_AS_PACKBITS);
 }
 
-// What is black in the picture goes out as white runs. The filter's code tables decide independently.
+// What is black in the picture goes out as white runs, or in a finished file what is white. The filter's
+// code tables decide independently.
 TEST(HostFallback, HuffmanGoesOutAsPackBitsWhenTheLastRowFitsInAByte) {
   support::Random random(3);
   int small = 0, large = 0;
@@ -66,9 +67,12 @@ TEST(HostFallback, HuffmanGoesOutAsPackBitsWhenTheLastRowFitsInAByte) {
       }
       if (random.chance(50)) dark.flip();
       for (uint32_t x = 0; x < width; ++x) picture.setIndex(x, 3, dark[x] ? 0 : 1);
-      const bool fits = width < 64 && codedBits(dark) <= 8;
-      const int got =
-          prepared(picture, request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_HUFFMAN)).plan.compression;
+      RaxelRequest wanted = request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_HUFFMAN);
+      wanted.finish = round % 2;
+      std::vector<bool> asWhite = dark;
+      if (wanted.finish != 0) asWhite.flip();
+      const bool fits = width < 64 && codedBits(asWhite) <= 8;
+      const int got = prepared(picture, wanted).plan.compression;
       ASSERT_EQ(got, fits ? RAXEL_COMPRESS_PACKBITS : RAXEL_COMPRESS_HUFFMAN) << width;
       ++(fits ? small : large);
     }
@@ -84,16 +88,30 @@ TEST(HostFallback, APackBitsFallbackIsNotComplemented) {
   EXPECT_EQ(made.row(0)[0], 0x00);
 }
 
+TEST(HostFallback, FaxCodesOfFinishedFilesAreNotComplemented) {
+  TestPicture picture(8, 2, 1);
+  for (uint32_t x = 0; x < 8; ++x) {
+    for (uint32_t y = 0; y < 2; ++y) picture.setIndex(x, y, x < 3 ? 0 : 1);
+  }
+  RaxelRequest wanted = request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_T6);
+  EXPECT_EQ(prepared(picture, wanted).row(0)[0], 0xE0);
+  wanted.finish = 1;
+  EXPECT_EQ(prepared(picture, wanted).row(0)[0], 0x1F);
+}
+
 namespace {
 
 // A picture of two rows, white but for the upper one: its pixels alternate from `first` (1: white) on.
-int alternating(uint32_t width, unsigned first, int compression, uint32_t spoilt = UINT32_MAX) {
+int alternating(uint32_t width, unsigned first, int compression, uint32_t spoilt = UINT32_MAX,
+                int32_t finish = 0) {
   TestPicture picture(width, 2, 1);
   for (uint32_t x = 0; x < width; ++x) {
     picture.setIndex(x, 0, (first + x + (x == spoilt ? 1 : 0)) % 2);
     picture.setIndex(x, 1, 1);
   }
-  return prepared(picture, request(RAXEL_MODE_BILEVEL, compression)).plan.compression;
+  RaxelRequest wanted = request(RAXEL_MODE_BILEVEL, compression);
+  wanted.finish = finish;
+  return prepared(picture, wanted).plan.compression;
 }
 
 }  // namespace
@@ -107,6 +125,10 @@ TEST(HostFallback, RowsOfMoreRunsThanPixelsGoOutAsT6) {
       EXPECT_EQ(alternating(width, 0, code), code) << width;
       EXPECT_EQ(alternating(width, 1, code, width - 1), code) << width;
       EXPECT_EQ(alternating(width, 1, code, 0), code) << width;
+      // In a finished file what is white goes out as white runs, of which the lower row is a single one.
+      if (code == RAXEL_COMPRESS_HUFFMAN && width < 64) continue;
+      EXPECT_EQ(alternating(width, 0, code, UINT32_MAX, 1), RAXEL_COMPRESS_T6) << width;
+      EXPECT_EQ(alternating(width, 1, code, UINT32_MAX, 1), code) << width;
     }
     for (uint32_t width : {16u, 31u, 33u, 48u, 63u, 65u}) {
       if (code == RAXEL_COMPRESS_HUFFMAN && width < 32) continue;

@@ -82,18 +82,38 @@ TEST(Options, KnowsWordsInCapitals) {
   EXPECT_EQ(o.size->x, 6);
   EXPECT_EQ(o.size->y, 4);
   EXPECT_EQ(o.quantizer, RAXEL_QUANTIZE_FAST);
-  EXPECT_EQ(o.dpi, (std::array{200, 100}));
+  EXPECT_EQ(o.dpi, (std::array{200.0, 100.0}));
   EXPECT_EQ(o.background, (std::array<uint8_t, 3>{0, 0, 0}));
   EXPECT_EQ(o.treatment, RAXEL_TREAT_GREY);
 }
 
 TEST(Options, ReadsResolutions) {
-  EXPECT_EQ(parse({"--dpi", "300", "a", "b"}).dpi, (std::array{300, 300}));
-  EXPECT_EQ(parse({"--dpi=200x100", "a", "b"}).dpi, (std::array{200, 100}));
-  for (const char *bad : {"31", "401", "x", "300x", "300x31", "3e2", "-96", "96.5", ""}) {
+  EXPECT_EQ(parse({"--dpi", "300", "a", "b"}).dpi, (std::array{300.0, 300.0}));
+  EXPECT_EQ(parse({"--dpi=200x100", "a", "b"}).dpi, (std::array{200.0, 100.0}));
+  EXPECT_EQ(parse({"--dpi", "203.2x1200", "a", "b"}).dpi, (std::array{203.2, 1200.0}));
+  for (const char *bad : {"0", "0.9", "100001", "x", "300x", "300x0", "3e2", "nan", "-96", "96.5.1", ""}) {
     EXPECT_EQ(errorOf({"--dpi", bad, "a", "b"}),
-              std::string("--dpi ") + bad + ": give 32 to 400, as 300 or 200x100");
+              std::string("--dpi ") + bad + ": give 1 to 100000, as 300, 203.2 or 204x98");
   }
+}
+
+TEST(Options, HoldsResolutionsAgainstTheFilterWhereItWritesThem) {
+  const std::string why =
+      "--dpi: the filter itself takes whole numbers from 32 to 400, and so do --as-is and --save";
+  for (const char *bad : {"600", "31", "203.2"}) {
+    EXPECT_EQ(errorOf({"--dpi", bad, "--as-is", "a", "b"}), why);
+    EXPECT_EQ(errorOf({"--dpi", bad, "--save", "--profile", "p", "a", "b"}), why);
+  }
+  EXPECT_EQ(parse({"--dpi", "400", "--as-is", "a", "b"}).dpi, (std::array{400.0, 400.0}));
+}
+
+TEST(Options, CodesOneStripByOneRoadOnly) {
+  EXPECT_EQ(parse({"a", "b"}).strips, RAXEL_STRIPS_QUARTERS);
+  EXPECT_EQ(parse({"--strips", "one", "a", "b"}).strips, RAXEL_STRIPS_ONE);
+  EXPECT_EQ(errorOf({"--strips", "two", "a", "b"}), "--strips two: is none of quarters one");
+  EXPECT_EQ(errorOf({"--strips", "one", "--as-is", "a", "b"}),
+            "--as-is leaves all to the filter: no --strips");
+  EXPECT_EQ(errorOf({"--strips", "one", "--via", "driver", "a", "b"}), "--strips one goes by --via cell");
 }
 
 TEST(Options, ReadsSizes) {

@@ -69,6 +69,44 @@ TEST(HostPlan, ExtentsAreExactAtEverySizeAndResolution) {
   }
 }
 
+// The filter is told what it takes, and the pixels are those of the true resolution.
+TEST(HostPlan, PlansFinishedFilesAtEveryResolution) {
+  RaxelRequest wanted = request(RAXEL_MODE_BILEVEL);
+  wanted.dpiX = 600;
+  wanted.dpiY = 20.5;
+  EXPECT_EQ(codeOf(sized(60, 40, 1), wanted), RAXEL_HOST_BAD_RESOLUTION);
+  wanted.finish = 1;
+  wanted.inchesX = 1;
+  wanted.inchesY = 2;
+  RaxelPlan plan;
+  ASSERT_EQ(planned(sized(60, 40, 1), wanted, plan), RAXEL_HOST_OK);
+  EXPECT_EQ(plan.width, 600u);
+  EXPECT_EQ(plan.rows, 41u);
+  EXPECT_EQ(plan.dpiX, 600);
+  EXPECT_EQ(plan.dpiY, 20.5);
+  EXPECT_EQ(plan.filterDpiX, 400);
+  EXPECT_EQ(plan.filterDpiY, 32);
+  EXPECT_EQ(std::trunc(plan.extentX / 32768.0 * 400), 600);
+  wanted.dpiX = 100001;
+  EXPECT_EQ(codeOf(sized(60, 40, 1), wanted), RAXEL_HOST_BAD_RESOLUTION);
+  wanted.dpiX = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_EQ(codeOf(sized(60, 40, 1), wanted), RAXEL_HOST_BAD_RESOLUTION);
+}
+
+TEST(HostPlan, CodesOneStripInFinishedFaxFilesOnly) {
+  RaxelRequest wanted = request(RAXEL_MODE_BILEVEL);
+  wanted.strips = RAXEL_STRIPS_ONE;
+  wanted.compression = RAXEL_COMPRESS_T4;
+  EXPECT_EQ(codeOf(sized(60, 40, 1), wanted), RAXEL_HOST_BAD_ARGUMENT);
+  wanted.finish = 1;
+  EXPECT_EQ(codeOf(sized(60, 40, 1), wanted), RAXEL_HOST_OK);
+  wanted.compression = RAXEL_COMPRESS_LZW;
+  EXPECT_EQ(codeOf(sized(60, 40, 1), wanted), RAXEL_HOST_ONE_STRIP_NEEDS_FAX);
+  wanted.compression = RAXEL_COMPRESS_T6;
+  wanted.layout = RAXEL_LAYOUT_TILES;
+  EXPECT_EQ(codeOf(sized(60, 40, 1), wanted), RAXEL_HOST_ONE_STRIP_NEEDS_FAX);
+}
+
 // Header 8, count 2, 13 entries of 12, next directory 4, rationals 16: 186; a colour map adds an entry.
 TEST(HostPlan, KnowsTheSizeWithoutCompression) {
   RaxelPlan plan;
@@ -80,6 +118,22 @@ TEST(HostPlan, KnowsTheSizeWithoutCompression) {
   EXPECT_EQ(plan.uncompressedBytes, 198u + 1536 + 40);
   ASSERT_EQ(planned(sized(10, 4), request(RAXEL_MODE_BILEVEL), plan), RAXEL_HOST_OK);
   EXPECT_EQ(plan.uncompressedBytes, 186u + 8);
+}
+
+// The finished directory adds a count of 2, 14 entries of 12, 4 for the next one, two rationals and 12
+// bytes of Software; RGB's three depths take 6 more and a colour map's entry 12.
+TEST(HostPlan, KnowsTheSizeOfAFinishedFileWithoutCompression) {
+  RaxelPlan plan;
+  RaxelRequest wanted = request(RAXEL_MODE_GREY256);
+  wanted.finish = 1;
+  ASSERT_EQ(planned(sized(10, 4), wanted, plan), RAXEL_HOST_OK);
+  EXPECT_EQ(plan.uncompressedBytes, 186u + 40 + 202);
+  wanted.mode = RAXEL_MODE_RGB;
+  ASSERT_EQ(planned(sized(10, 4), wanted, plan), RAXEL_HOST_OK);
+  EXPECT_EQ(plan.uncompressedBytes, 186u + 120 + 208);
+  wanted.mode = RAXEL_MODE_COLOR16;
+  ASSERT_EQ(planned(sized(9, 3), wanted, plan), RAXEL_HOST_OK);
+  EXPECT_EQ(plan.uncompressedBytes, 198u + 96 + 20 + 214);
 }
 
 TEST(HostPlan, ScalesToTheSizeAskedFor) {

@@ -68,18 +68,20 @@ TEST(Request, TakesThePicturesResolutionWhereAFileCanHoldIt) {
     read.picture.dpiY = dpiY;
     std::vector<std::string> notes;
     const RaxelRequest request = requestOf({}, read, &notes);
-    return std::array{request.dpiX, request.dpiY, static_cast<int>(notes.size())};
+    return std::array{request.dpiX, request.dpiY, static_cast<double>(notes.size())};
   };
-  EXPECT_EQ(dpiOf(0, 0), (std::array{96, 96, 0}));
-  EXPECT_EQ(dpiOf(1, 1), (std::array{96, 96, 0}));
-  EXPECT_EQ(dpiOf(299.9994, 299.9994), (std::array{300, 300, 0}));
-  EXPECT_EQ(dpiOf(204, 98), (std::array{204, 98, 0}));
-  EXPECT_EQ(dpiOf(600, 600), (std::array{400, 400, 1}));
-  EXPECT_EQ(dpiOf(10, 10), (std::array{32, 32, 1}));
+  EXPECT_EQ(dpiOf(0, 0), (std::array{96.0, 96.0, 0.0}));
+  EXPECT_EQ(dpiOf(1, 1), (std::array{96.0, 96.0, 0.0}));
+  EXPECT_EQ(dpiOf(299.9994, 299.9994), (std::array{300.0, 300.0, 0.0}));
+  EXPECT_EQ(dpiOf(204, 98), (std::array{204.0, 98.0, 0.0}));
+  EXPECT_EQ(dpiOf(600, 600), (std::array{600.0, 600.0, 0.0}));
+  EXPECT_EQ(dpiOf(10, 203.2), (std::array{10.0, 203.2, 0.0}));
+  EXPECT_EQ(dpiOf(96.012, 299.72), (std::array{96.0, 299.72, 0.0}));
+  EXPECT_EQ(dpiOf(200000, 96), (std::array{100000.0, 96.0, 1.0}));
 }
 
 TEST(Request, FitsThePictureIntoTheBox) {
-  const auto sizeOf = [](host::SizeBox box, std::array<int, 2> dpi) {
+  const auto sizeOf = [](host::SizeBox box, std::array<double, 2> dpi) {
     host::Options options;
     options.size = box;
     options.dpi = dpi;

@@ -44,7 +44,7 @@ void exercise(host::Sink &sink, Model &model, uint64_t seed) {
     ASSERT_TRUE(sink.write(piece.data(), piece.size()));
     model.write(piece);
     ASSERT_EQ(sink.position(), model.position);
-    ASSERT_EQ(sink.size(), model.bytes.size());
+    ASSERT_EQ(sink.pageSize(), model.bytes.size());
   }
 }
 
@@ -95,4 +95,48 @@ TEST(Sink, RemembersTheFirstErrorAndStaysFailed) {
   EXPECT_FALSE(sink.write(piece.data(), 1));
   EXPECT_FALSE(sink.flush());
   close(fd);
+}
+
+// Two pages, written and patched like files of their own, and the whole file read and changed across them.
+TEST(Sink, PagesStandBehindEachOther) {
+  const support::TempDir folder;
+  const std::string path = folder.file("out");
+  const int fd = open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  ASSERT_GE(fd, 0);
+  host::Sink file(fd), memory(-1);
+  Bytes whole;
+  for (host::Sink *sink : {&file, &memory}) {
+    whole.clear();
+    for (uint64_t page = 0; page < 3; ++page) {
+      if (page != 0) {
+        ASSERT_TRUE(sink->startPage());
+      }
+      EXPECT_EQ(sink->base(), whole.size());
+      EXPECT_EQ(sink->position(), 0u);
+      Model model;
+      exercise(*sink, model, 20 + page);
+      EXPECT_EQ(sink->pageSize(), model.bytes.size());
+      whole.insert(whole.end(), model.bytes.begin(), model.bytes.end());
+      EXPECT_EQ(sink->size(), whole.size());
+      const finish::File all = sink->wholeFile();
+      EXPECT_EQ(all.size, whole.size());
+      for (const uint64_t at : {uint64_t{4}, sink->base() + 10, whole.size() - 7}) {
+        Bytes seen(7);
+        ASSERT_TRUE(all.read(all.context, at, seen.data(), seen.size()));
+        EXPECT_TRUE(std::equal(seen.begin(), seen.end(), whole.begin() + static_cast<ptrdiff_t>(at)));
+        const Bytes patch{1, 2, 3, static_cast<uint8_t>(page)};
+        ASSERT_TRUE(all.write(all.context, at, patch.data(), patch.size()));
+        std::copy(patch.begin(), patch.end(), whole.begin() + static_cast<ptrdiff_t>(at));
+      }
+      Bytes seen(whole.size());
+      ASSERT_TRUE(all.read(all.context, 0, seen.data(), seen.size()));
+      EXPECT_EQ(seen, whole);
+      uint8_t byte = 0;
+      EXPECT_FALSE(all.read(all.context, whole.size(), &byte, 1));
+    }
+    ASSERT_TRUE(sink->flush());
+  }
+  close(fd);
+  EXPECT_EQ(support::readFile(path), whole);
+  EXPECT_TRUE(std::ranges::equal(memory.kept(), whole));
 }

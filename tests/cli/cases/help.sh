@@ -1,2 +1,2 @@
 raxel-export --help
-raxel-export -h | head -3
+raxel-export -h | sed -n 1,3p

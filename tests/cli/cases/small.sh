@@ -1,5 +1,5 @@
 # Pictures of a few pixels that a compression cannot carry go out as PackBits, with a note.
-printf 'P5\n1 1\n255\nA' >one.pgm
+printf 'P5\n1 1\n255\n\377' >one.pgm
 printf 'P4\n8 2\n\252\252' >eight.pbm
 raxel-export --verify -c lzw one.pgm out.tif
 raxel-export --verify -c lzw -m bilevel eight.pbm out.tif

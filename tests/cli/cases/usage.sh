@@ -4,7 +4,7 @@ code raxel-export in.png
 code raxel-export a.png b.png c.tif
 code raxel-export --mode sepia in.png out.tif
 code raxel-export --compress zip in.png out.tif
-code raxel-export --dpi 500 in.png out.tif
+code raxel-export --dpi 0.5 in.png out.tif
 code raxel-export --size 6x4ft in.png out.tif
 code raxel-export --nonsense in.png out.tif
 code raxel-export --save in.png out.tif

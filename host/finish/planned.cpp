@@ -1,0 +1,49 @@
+#include "finish/planned.h"
+
+#include "prepare/plan.h"
+
+namespace finish {
+namespace {
+
+enum Photometric : uint32_t { kWhiteIsZero, kBlackIsZero, kRgb, kMap };
+
+constexpr const char *kSoftware = "raxel " RAXEL_VERSION_TEXT;
+
+uint32_t photometricOf(const RaxelPlan &plan) {
+  if (plan.mode == RAXEL_MODE_RGB) return kRgb;
+  if (prepare::hasColorMap(plan.mode)) return kMap;
+  return isMinIsWhite(plan) ? kWhiteIsZero : kBlackIsZero;
+}
+
+}  // namespace
+
+bool isMinIsWhite(const RaxelPlan &plan) {
+  return plan.finish != 0 && plan.mode == RAXEL_MODE_BILEVEL && prepare::isFax(plan.compression);
+}
+
+uint32_t compressionTag(int32_t compression) {
+  constexpr uint32_t kTags[RAXEL_COMPRESSIONS] = {1, 32773, 2, 5, 3, 4};
+  return kTags[compression];
+}
+
+void applyPlan(const RaxelPlan &plan, FinishedPage &page) {
+  page.photometric = photometricOf(plan);
+  page.resolutionX = rationalOf(plan.dpiX);
+  page.resolutionY = rationalOf(plan.dpiY);
+  page.software = kSoftware;
+}
+
+FinishedPage singleStripPage(const RaxelPlan &plan, uint32_t offset, uint32_t bytes) {
+  FinishedPage page;
+  page.width = plan.width;
+  page.height = page.rowsPerStrip = plan.height;
+  page.samples = plan.mode == RAXEL_MODE_RGB ? 3 : 1;
+  page.bits = plan.bits / page.samples;
+  page.compression = compressionTag(plan.compression);
+  page.offsets = {offset};
+  page.counts = {bytes};
+  applyPlan(plan, page);
+  return page;
+}
+
+}  // namespace finish

@@ -1,0 +1,203 @@
+#!/usr/bin/python3
+"""Hands what the command writes to the programs that documents are for, and listens to what they say.
+
+    documents.py --build FOLDER --source FOLDER
+
+tiffinfo, tiffcp and tiffcmp (libtiff-tools), HylaFAX's tiffcheck (hylafax-server), efix (efax) and img2pdf.
+Where one is missing, its checks are counted as skipped.
+"""
+
+import os
+import random
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+import shared
+
+try:
+    from PIL import Image, ImageDraw
+except ImportError:
+    print("SKIPPED: python3-pil is not installed")
+    sys.exit(77)
+
+TIFFCHECK = "/usr/lib/hylafax/bin/tiffcheck"
+FAX = ("huffman", "t4", "t6")
+
+
+class Documents:
+    def __init__(self, program, samples, folder):
+        self.program, self.samples, self.folder = program, samples, folder
+        self.faults, self.checks, self.skipped = [], 0, []
+
+    # --- what the tests are made of
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def same(self, what, seen, wanted):
+        self.checks += 1
+        if seen != wanted:
+            self.faults.append(f"{what}: {str(seen)[:400]} instead of {str(wanted)[:400]}")
+
+    def true(self, what, holds):
+        self.checks += 1
+        if not holds:
+            self.faults.append(what)
+
+    def has(self, program):
+        if shutil.which(program):
+            return True
+        if program not in self.skipped:
+            self.skipped.append(program)
+        return False
+
+    def export(self, *arguments, code=0):
+        """Runs the command; returns what it says on standard error."""
+        done = subprocess.run([self.program, *arguments], capture_output=True, text=True)
+        self.same(" ".join(arguments), (done.returncode, done.stderr if code == 0 and done.returncode else ""),
+                  (code, ""))
+        return done.stderr
+
+    def run(self, *arguments):
+        done = subprocess.run(arguments, capture_output=True, text=True, errors="replace", cwd=self.folder)
+        return done.returncode, done.stdout, done.stderr
+
+    def tags(self, path):
+        """The tags of all pages, in the order of the file."""
+        with open(path, "rb") as file:
+            data = file.read()
+        number = lambda at, size: int.from_bytes(data[at:at + size], "little")
+        pages, at = [], number(4, 4)
+        while at:
+            entries = {}
+            for i in range(number(at, 2)):
+                entry = at + 2 + 12 * i
+                kind, count = number(entry + 2, 2), number(entry + 4, 4)
+                size = {2: 1, 3: 2, 4: 4, 5: 4, 7: 1}[kind]
+                count *= 2 if kind == 5 else 1
+                start = entry + 8 if size * count <= 4 else number(entry + 8, 4)
+                values = data[start:start + count] if size == 1 else [number(start + size * k, size) for k in range(count)]
+                entries[number(entry, 2)] = values
+            pages.append(entries)
+            at = number(at + 2 + 12 * number(at, 2), 4)
+        return pages
+
+    def text_page(self):
+        """An A4 page at 300 dots an inch, of small text."""
+        page = Image.new("1", (827, 1169), 1)
+        pen, rng = ImageDraw.Draw(page), random.Random(7)
+        for y in range(60, 1100, 13):
+            words = " ".join("".join(rng.choice("etaoinshrdlu") for _ in range(rng.randrange(2, 9))) for _ in range(30))
+            pen.text((60, y), words[:rng.randrange(100, 118)], fill=0)
+        return page.resize((2480, 3508))
+
+    # --- the tests
+
+    def fax_codes_are_min_is_white(self):
+        page = self.path("text.png")
+        wanted = self.text_page()
+        wanted.save(page, dpi=(300, 300))
+        for code in FAX:
+            for strips in ("quarters", "one"):
+                out = self.path(f"{code}-{strips}.tif")
+                self.export("--verify", "-c", code, "--strips", strips, page, out)
+                tags = self.tags(out)[0]
+                self.same(f"{out}: photometric", tags[262], [0])
+                self.same(f"{out}: strips", len(tags[273]), 1 if strips == "one" else 4)
+                self.true(f"{out}: tags ascend", list(tags) == sorted(tags))
+                seen = Image.open(out).convert("1")
+                self.same(f"{out}: pixels", seen.crop((0, 0) + wanted.size).tobytes(), wanted.tobytes())
+            # libtiff codes the same rows in the same strips; its quarters are given as rows.
+            if self.has("tiffcp") and code != "huffman":  # which tiffcp does not write
+                quarter = self.tags(self.path(f"{code}-quarters.tif"))[0][278][0]
+                scheme = {"t4": "g3:1d:fill", "t6": "g4"}[code]
+                for strips, rows in (("quarters", quarter), ("one", 100000)):
+                    ours, theirs = self.path(f"{code}-{strips}.tif"), self.path("theirs.tif")
+                    self.same("tiffcp", self.run("tiffcp", "-c", scheme, "-r", str(rows), ours, theirs)[0], 0)
+                    mine = sum(self.tags(ours)[0][279])
+                    its = sum(self.tags(theirs)[0][279])
+                    limit = 1.03 if code == "t4" else 1.02
+                    self.true(f"{code} in {strips}: {mine} bytes against libtiff's {its}", mine <= limit * its)
+        other = self.path("lzw.tif")
+        self.export("-c", "lzw", page, other)
+        self.same("LZW stays black-is-zero", self.tags(other)[0][262], [1])
+
+    def as_is_is_the_filters_own(self):
+        out = self.path("as-is.tif")
+        self.export("--as-is", "-c", "t6", "-m", "bilevel", os.path.join(self.samples, "page.png"), out)
+        tags = self.tags(out)[0]
+        self.same("--as-is: photometric", tags[262], [1])
+        self.true("--as-is: no Software", 305 not in tags)
+        with open(out, "rb") as file:
+            self.same("--as-is: directory", file.read(8), b"II*\0\x08\0\0\0")
+
+    def every_directory_is_in_order(self):
+        photo = os.path.join(self.samples, "photo.png")
+        rgb = self.path("rgb.tif")
+        self.export("--verify", "-m", "rgb", photo, rgb)
+        self.same("BitsPerSample", self.tags(rgb)[0][258], [8, 8, 8])
+        tiles = self.path("tiles.tif")
+        self.export("--verify", "-m", "bilevel", "-c", "t6", "--layout", "tiles", photo, tiles)
+        for path in (rgb, tiles):
+            tags = list(self.tags(path)[0])
+            self.same(f"{path}: order", tags, sorted(tags))
+            if self.has("tiffinfo"):
+                code, _, errors = self.run("tiffinfo", "-D", path)
+                self.same(f"tiffinfo {path}", (code, errors), (0, ""))
+
+    def resolutions_are_true(self):
+        scan = self.path("scan.png")
+        # A4 at 600 dots an inch.
+        Image.new("1", (4960, 7016), 1).save(scan, dpi=(600, 600))
+        out = self.path("scan.tif")
+        self.same("a scan's notes", self.export("--verify", "-c", "t6", scan, out), "")
+        if self.has("tiffinfo"):
+            self.true("tiffinfo says 600", "Resolution: 600, 600 pixels/inch" in self.run("tiffinfo", out)[1])
+        if self.has("img2pdf"):
+            pdf = self.path("scan.pdf")
+            self.same("img2pdf", self.run("img2pdf", out, "-o", pdf)[0], 0)
+            with open(pdf, "rb") as file:
+                box = re.search(rb"/MediaBox\s*\[([^\]]*)\]", file.read()).group(1).split()
+            millimetres = [round(float(v) / 72 * 25.4) for v in box[2:]]
+            self.same("the page of the PDF", millimetres, [210, 297])
+        for given, wanted in (("1200", [1200, 1]), ("203.2", [1016, 5]), ("20", [20, 1]), ("1", [1, 1])):
+            self.export("--verify", "--dpi", given, os.path.join(self.samples, "ramp.png"), out)
+            self.same(f"--dpi {given}", self.tags(out)[0][282], wanted)
+        self.export("--dpi", "600x20", "--size", "2x10in", os.path.join(self.samples, "photo.png"), out)
+        with Image.open(out) as seen:
+            self.same("a size in inches", seen.size, (1200, 28))
+
+    def fax_programs_take_one_strip(self):
+        fax = self.path("fax.tif")
+        page = Image.open(os.path.join(self.samples, "page.png")).convert("L").resize((1728, 2290)).convert("1")
+        page.save(self.path("fax.png"))
+        for code, rows, dpi in (("t4", 2290, "204x196"), ("t4", 1144, "204x98"), ("t6", 4570, "204x391")):
+            page.resize((1728, rows)).save(self.path("fax.png"))
+            self.export("--verify", "-c", code, "--strips", "one", "--dpi", dpi, self.path("fax.png"), fax)
+            if self.has(TIFFCHECK):
+                status, said, _ = self.run(TIFFCHECK, "-r", dpi.split("x")[1], fax)
+                wanted = "OK" if code == "t4" else "REFORMAT"
+                self.same(f"tiffcheck of {code} at {dpi}", said.split("\n")[0].split("+")[0], wanted)
+            if self.has("efix") and code == "t4":
+                status, _, errors = self.run("efix", "-v", "ew", "-o", "pbm", fax)
+                self.same(f"efix of {code} at {dpi}", (status, errors), (0, ""))
+
+    def all(self):
+        self.fax_codes_are_min_is_white()
+        self.as_is_is_the_filters_own()
+        self.every_directory_is_in_order()
+        self.resolutions_are_true()
+        self.fax_programs_take_one_strip()
+        for program in self.skipped:
+            print(f"skipped: {program} is not installed")
+        return shared.tell(self.faults, f"{self.checks} checks, {len(self.faults)} failed, "
+                                        f"{len(self.skipped)} programs skipped")
+
+
+if __name__ == "__main__":
+    _, source, program = shared.places()
+    with tempfile.TemporaryDirectory() as folder:
+        sys.exit(Documents(program, os.path.join(source, "samples"), folder).all())
