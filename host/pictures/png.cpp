@@ -1,4 +1,5 @@
-// PNG through libspng. Depths of 1, 2 and 4 bits and colour tables stay as they are.
+// PNG: the chunks through libspng, the pixels inflated at once by libdeflate or, where that does not do,
+// decoded by libspng too. Depths of 1, 2 and 4 bits and colour tables stay as they are.
 #include <spng.h>
 
 #include <cstring>
@@ -7,6 +8,7 @@
 
 #include "pictures/exif.h"
 #include "pictures/picture.h"
+#include "pictures/png_filters.h"
 #include "pictures/png_stream.h"
 
 namespace host {
@@ -32,13 +34,11 @@ int readStream(spng_ctx *, void *stream, void *to, size_t length) {
 // libspng at the beginning of the stream.
 class Context {
  public:
-  explicit Context(PngStream &stream, bool checked = false)
-      : context_(spng_ctx_new(checked ? SPNG_CTX_IGNORE_ADLER32 : 0)) {
+  explicit Context(PngStream &stream) : context_(spng_ctx_new(0)) {
     if (!context_) throw std::bad_alloc();
     stream.rewind();
     // A wrong checksum in the pixels is an error; in a comment it is not worth one.
-    check(spng_set_crc_action(context_.get(), checked ? SPNG_CRC_USE : SPNG_CRC_ERROR,
-                              checked ? SPNG_CRC_USE : SPNG_CRC_DISCARD));
+    check(spng_set_crc_action(context_.get(), SPNG_CRC_ERROR, SPNG_CRC_DISCARD));
     check(spng_set_chunk_limits(context_.get(), kLargestChunk, kLargestChunk));
     check(spng_set_png_stream(context_.get(), readStream, &stream));
   }
@@ -65,21 +65,22 @@ struct Front {
   spng_trns transparency;
 
   bool wide() const { return header.bit_depth == 16; }
+  bool interlaced() const { return header.interlace_method != 0; }
   bool indexed() const { return header.color_type == SPNG_COLOR_TYPE_INDEXED; }
   bool grey() const { return (header.color_type & 2) == 0; }
-  uint32_t samples() const { return (indexed() || grey() ? 1 : 3) + (header.color_type & 4 ? 1u : 0u); }
+  bool alpha() const { return (header.color_type & 4) != 0; }
+  uint32_t levels() const { return indexed() || grey() ? 1 : 3; }
+  uint32_t pixelBits() const { return (levels() + (alpha() ? 1 : 0)) * header.bit_depth; }
+  size_t rowBytes() const { return static_cast<size_t>((uint64_t{header.width} * pixelBits() + 7) / 8); }
   // Anything with an alpha channel, and pictures of one transparent colour or 16-bit level: laid on the
   // background. Other greys show it through their table.
-  bool laidOver() const {
-    return (header.color_type & 4) != 0 || (transparent && !indexed() && (!grey() || wide()));
-  }
-  // Greys on a grey stay greys.
-  bool staysGrey(const Background &background) const {
-    return grey() && (!laidOver() || (background[0] == background[1] && background[1] == background[2]));
-  }
+  bool laidOver() const { return alpha() || (transparent && !indexed() && (!grey() || wide())); }
+  bool asItIs() const { return !laidOver() && !wide(); }
+  // Of the picture that is made of it; greys on a grey stay greys.
   uint32_t bits(const Background &background) const {
-    if (!staysGrey(background)) return indexed() ? header.bit_depth : 24;
-    return wide() || laidOver() ? 8 : header.bit_depth;
+    const bool greyUnder = background[0] == background[1] && background[1] == background[2];
+    if (asItIs()) return pixelBits();
+    return grey() && (!laidOver() || greyUnder) ? 8 : 24;
   }
 };
 
@@ -124,23 +125,82 @@ Front readFront(std::span<const uint8_t> bytes, spng_ctx *context) {
   return front;
 }
 
-// The whole picture as the file has it.
-void decodeAsIs(spng_ctx *context, const Front &front, Picture &out) {
+// Makes pixels of 8 bits of rows that the picture does not show as the file has them.
+class Converter {
+ public:
+  Converter(const Front &front, const Background &background, Picture &out)
+      : front_(front), background_(background), out_(out), shown_(out.view.bits / 8) {
+    const spng_trns &key = front.transparency;
+    const unsigned mask = front.wide() ? 0xFFFF : 0xFF;
+    if (front.grey()) {
+      key_[0] = key.gray & mask;
+    } else {
+      key_[0] = key.red & mask;
+      key_[1] = key.green & mask;
+      key_[2] = key.blue & mask;
+    }
+  }
+
+  // Pixels first, first + step... of row y.
+  void take(const uint8_t *row, uint32_t y, uint32_t first, uint32_t step) const {
+    uint8_t *to = out_.pixels.data() + out_.view.stride * y;
+    const size_t levels = front_.levels(), samples = levels + (front_.alpha() ? 1 : 0);
+    for (size_t x = first; x < front_.header.width; x += step) {
+      unsigned pixel[4] = {};
+      for (size_t c = 0; c < samples; ++c) pixel[c] = sample(row, samples * x + c);
+      const unsigned opacity = front_.alpha() ? eight(pixel[levels]) : isKey(pixel) ? 0 : 255;
+      for (size_t c = 0; c < shown_; ++c) {
+        to[shown_ * x + c] = blend(eight(pixel[c < levels ? c : 0]), background_[c], opacity);
+      }
+    }
+  }
+
+ private:
+  unsigned sample(const uint8_t *row, size_t index) const {
+    return front_.wide() ? unsigned{row[2 * index]} << 8 | row[2 * index + 1] : row[index];
+  }
+  uint8_t eight(unsigned sample) const {
+    return front_.wide() ? narrow(sample) : static_cast<uint8_t>(sample);
+  }
+  bool isKey(const unsigned *pixel) const {
+    return front_.transparent && std::memcmp(pixel, key_, front_.levels() * sizeof *pixel) == 0;
+  }
+
+  const Front &front_;
+  const Background &background_;
+  Picture &out_;
+  size_t shown_;       // channels
+  unsigned key_[3]{};  // the transparent colour
+};
+
+// Takes the inflated rows. False when there is something wrong with them.
+bool showInflated(Buffer rows, const Front &front, const Background &background, Picture &out) {
+  const size_t bytes = front.rowBytes();
+  const uint32_t width = front.header.width, height = front.header.height;
+  if (!unfilterPng(rows.data(), bytes, height, (front.pixelBits() + 7) / 8)) return false;
+  const uint8_t *first = rows.data() + 1;
+  if (front.asItIs()) {
+    out.pixels = std::move(rows);
+    out.view =
+        RaxelPicture{width, height, front.pixelBits(), first, bytes + 1, out.view.table, out.view.colors};
+    return true;
+  }
+  out.allocate(width, height, front.bits(background));
+  const Converter converter(front, background, out);
+  for (uint32_t y = 0; y < height; ++y) converter.take(first + (bytes + 1) * y, y, 0, 1);
+  return true;
+}
+
+void decodeAsItIs(spng_ctx *context, const Front &front, Picture &out) {
   // The passes of an interlaced picture are laid over each other within a byte.
-  if (front.header.interlace_method != 0 && out.view.bits < 8)
-    std::memset(out.pixels.data(), 0, out.pixels.size());
+  if (front.interlaced() && out.view.bits < 8) std::memset(out.pixels.data(), 0, out.pixels.size());
   check(spng_decode_image(context, out.pixels.data(), out.pixels.size(), SPNG_FMT_RAW, 0));
 }
 
-// Row by row: `place` gets pixels number `first`, first + step... of a row and where its first one goes.
-template <class Place>
-void decodeRows(spng_ctx *context, const Front &front, int format, int flags, Picture &out,
-                const Place &place) {
+void decodeRows(spng_ctx *context, const Front &front, const Converter &converter) {
   constexpr uint32_t kFirst[] = {0, 4, 0, 2, 0, 1, 0}, kStep[] = {8, 8, 4, 4, 2, 2, 1};
-  check(spng_decode_image(context, nullptr, 0, format, flags | SPNG_DECODE_PROGRESSIVE));
-  size_t bytes = 0;
-  check(spng_decoded_image_size(context, format, &bytes));
-  const Buffer row(bytes / front.header.height);  // from malloc, aligned for 16-bit samples
+  check(spng_decode_image(context, nullptr, 0, SPNG_FMT_RAW, SPNG_DECODE_PROGRESSIVE));
+  const Buffer row(front.rowBytes());
   // It tells of the end with the last row or, where the last pass has no rows, after it.
   for (int code = 0; code != SPNG_EOI;) {
     spng_row_info info{};
@@ -149,41 +209,26 @@ void decodeRows(spng_ctx *context, const Front &front, int format, int flags, Pi
     check(code);
     code = spng_decode_row(context, row.data(), row.size());
     if (code != SPNG_EOI) check(code);
-    const bool passes = front.header.interlace_method != 0;
-    place(row.data(), out.pixels.data() + out.view.stride * info.row_num, passes ? kFirst[info.pass] : 0,
-          passes ? kStep[info.pass] : 1);
+    const bool passes = front.interlaced();
+    converter.take(row.data(), info.row_num, passes ? kFirst[info.pass] : 0, passes ? kStep[info.pass] : 1);
   }
 }
 
-uint8_t sampleOf(const uint8_t *row, size_t index, bool wide) {
-  if (!wide) return row[index];
-  uint16_t value;
-  std::memcpy(&value, row + 2 * index, 2);
-  return narrow(value);
-}
-
-void decodeOver(spng_ctx *context, const Front &front, const Background &background, Picture &out) {
-  const bool wide = front.wide();
-  const size_t channels = out.view.bits / 8;
-  const auto place = [&](const uint8_t *row, uint8_t *to, uint32_t first, uint32_t step) {
-    for (size_t x = first; x < front.header.width; x += step) {
-      const uint8_t opacity = sampleOf(row, 4 * x + 3, wide);
-      for (size_t c = 0; c < channels; ++c)
-        to[channels * x + c] = blend(sampleOf(row, 4 * x + c, wide), background[c], opacity);
-    }
-  };
-  decodeRows(context, front, wide ? SPNG_FMT_RGBA16 : SPNG_FMT_RGBA8, SPNG_DECODE_TRNS, out, place);
-}
-
-// 16-bit grey and colours without transparency.
-void decodeWide(spng_ctx *context, const Front &front, Picture &out) {
-  const size_t channels = out.view.bits / 8;
-  const auto place = [&](const uint8_t *row, uint8_t *to, uint32_t first, uint32_t step) {
-    for (size_t x = first; x < front.header.width; x += step) {
-      for (size_t c = 0; c < channels; ++c) to[channels * x + c] = sampleOf(row, channels * x + c, true);
-    }
-  };
-  decodeRows(context, front, SPNG_FMT_PNG, 0, out, place);
+void decode(PngStream &stream, const Front &front, const Background &background, Picture &out) {
+  if (!front.interlaced()) {
+    const uint64_t size = (uint64_t{front.rowBytes()} + 1) * front.header.height;
+    Buffer rows = stream.inflate(size, kPngSpare);
+    if (rows.size() != 0 && showInflated(std::move(rows), front, background, out)) return;
+  }
+  const RaxelPicture announced = out.view;
+  out.allocate(front.header.width, front.header.height, front.bits(background));
+  const Context context(stream);
+  if (front.asItIs()) {
+    decodeAsItIs(context, front, out);
+  } else {
+    decodeRows(context, front, Converter(front, background, out));
+  }
+  if (announced.table) out.useTable(announced.colors);
 }
 
 }  // namespace
@@ -200,24 +245,10 @@ void readPng(std::span<const uint8_t> bytes, const Background &background, Pictu
     if (front.indexed()) readTable(context, front, background, out);
   }
   const spng_ihdr &header = front.header;
-  const bool marked = front.transparent && front.grey() && !front.indexed() && !front.laidOver();
-  if (marked) markTransparentLevel(front.transparency.gray, header.bit_depth, background, out);
-  const RaxelPicture known = out.view;
-  const uint32_t bits = front.bits(background);
-  out.announce(header.width, header.height, bits, exif.orientation);
-
-  out.allocate(header.width, header.height, bits);
-  const bool inflated = stream.inflate(inflatedBytes(
-      {header.width, header.height, front.samples() * header.bit_depth, header.interlace_method != 0}));
-  const Context context(stream, inflated);
-  if (front.laidOver()) {
-    decodeOver(context, front, background, out);
-  } else if (front.wide()) {
-    decodeWide(context, front, out);
-  } else {
-    decodeAsIs(context, front, out);
-  }
-  if (known.table) out.useTable(known.colors);
+  if (front.transparent && front.grey() && front.asItIs())
+    markTransparentLevel(front.transparency.gray, header.bit_depth, background, out);
+  out.announce(header.width, header.height, front.bits(background), exif.orientation);
+  decode(stream, front, background, out);
   turnUpright(out, exif.orientation);
 }
 

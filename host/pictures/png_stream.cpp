@@ -8,6 +8,7 @@
 #include <new>
 #include <string_view>
 
+#include "pictures/input.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -43,28 +44,11 @@ struct FreeDecompressor {
 
 }  // namespace
 
-uint64_t inflatedBytes(const PngLayout &layout) {
-  const auto pass = [&](uint64_t width, uint64_t height) {
-    return width == 0 ? 0 : ((width * layout.bitsPerPixel + 7) / 8 + 1) * height;
-  };
-  if (!layout.interlaced) return pass(layout.width, layout.height);
-  constexpr struct {
-    uint32_t column, row, across, down;
-  } kPasses[] = {{0, 0, 8, 8}, {4, 0, 8, 8}, {0, 4, 4, 8}, {2, 0, 4, 4},
-                 {0, 2, 2, 4}, {1, 0, 2, 2}, {0, 1, 1, 2}};
-  uint64_t sum = 0;
-  for (const auto &p : kPasses) {
-    sum += pass((uint64_t{layout.width} + p.across - 1 - p.column) / p.across,
-                (uint64_t{layout.height} + p.down - 1 - p.row) / p.down);
-  }
-  return sum;
-}
-
 PngStream::PngStream(std::span<const uint8_t> file) {
   parts_.push_back(file.first(std::min(file.size(), kSignature)));
   size_t at = parts_[0].size();
-  bool inARow = true;
-  while (file.size() - at >= kAround) {
+  bool inARow = true, ended = false;
+  while (!ended && file.size() - at >= kAround) {
     const uint64_t length = uint64_t{numberAt(file.data() + at)} + kAround;
     if (length > file.size() - at) break;
     const Bytes chunk = file.subspan(at, static_cast<size_t>(length));
@@ -78,84 +62,47 @@ PngStream::PngStream(std::span<const uint8_t> file) {
       endOfPixels_ = parts_.size() + 1;
     }
     parts_.push_back(chunk);
-    if (name == "IEND") {
-      whole_ = inARow && firstPixels_ != 0;
-      return;
-    }
+    ended = name == "IEND";
   }
-  // It is cut short, perhaps behind the pixels only.
-  whole_ = inARow && firstPixels_ != 0 && endOfPixels_ < parts_.size();
-  parts_.push_back(file.subspan(at));
+  if (!ended) parts_.push_back(file.subspan(at));
+  whole_ = inARow && firstPixels_ != 0;
 }
 
-bool PngStream::joinPixels() {
+bool PngStream::joinPixels(Buffer &joined) const {
+  const bool one = endOfPixels_ - firstPixels_ == 1;
   size_t bytes = 0;
+  for (size_t i = firstPixels_; !one && i < endOfPixels_; ++i) bytes += contentOf(parts_[i]).size();
+  joined = Buffer(bytes);
+  uint8_t *to = joined.data();
   for (size_t i = firstPixels_; i < endOfPixels_; ++i) {
     if (!checksumHolds(parts_[i])) return false;
-    bytes += parts_[i].size() - kAround;
-  }
-  joined_ = Buffer(bytes);
-  joinedBytes_ = bytes;
-  uint8_t *to = joined_.data();
-  for (size_t i = firstPixels_; i < endOfPixels_; ++i) {
     const Bytes content = contentOf(parts_[i]);
-    std::memcpy(to, content.data(), content.size());
-    to += content.size();
+    if (!one) to = std::copy(content.begin(), content.end(), to);
   }
   return true;
 }
 
-bool PngStream::inflate(uint64_t size) {
-  if (!whole_ || size > kLargestPicture) return false;
-  try {
-    if (!joinPixels()) return false;
-    inflated_ = Buffer(static_cast<size_t>(size));
-  } catch (const std::bad_alloc &) {
-    return false;  // row by row takes less
-  }
-  const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor(
+Buffer PngStream::inflate(uint64_t size, size_t spare) const {
+  if (!whole_ || size > kLargestPicture) return {};
+  const uint8_t *last = parts_[endOfPixels_ - 1].data() + parts_[endOfPixels_ - 1].size();
+  bringIn({parts_[firstPixels_].data(), last});
+  const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> inflater(
       libdeflate_alloc_decompressor());
-  size_t got = 0;
-  if (!decompressor ||
-      libdeflate_zlib_decompress(decompressor.get(), joined_.data(), joinedBytes_, inflated_.data(),
-                                 inflated_.size(), &got) != LIBDEFLATE_SUCCESS ||
-      got != inflated_.size()) {
-    inflated_ = Buffer();
-    return false;
+  if (!inflater) return {};
+  try {
+    Buffer joined;
+    if (!joinPixels(joined)) return {};
+    const Bytes pixels =
+        joined.size() == 0 ? contentOf(parts_[firstPixels_]) : Bytes{joined.data(), joined.size()};
+    const auto wanted = static_cast<size_t>(size);
+    Buffer out(wanted + spare);
+    size_t got = 0;
+    const auto result =
+        libdeflate_zlib_decompress(inflater.get(), pixels.data(), pixels.size(), out.data(), wanted, &got);
+    return result == LIBDEFLATE_SUCCESS && got == wanted ? std::move(out) : Buffer();
+  } catch (const std::bad_alloc &) {
+    return {};  // row by row takes less
   }
-  joined_ = Buffer();
-  showInflated();
-  return true;
-}
-
-// One chunk a block: length and name, for the first the two bytes with which zlib begins, and the block's
-// own front, that is whether it is the last one, and its length twice. Nobody looks at the checksums.
-void PngStream::showInflated() {
-  constexpr size_t kBlock = 65535;
-  static constexpr uint8_t kEnd[4] = {};
-  const size_t count = (inflated_.size() + kBlock - 1) / kBlock;
-  std::vector<Bytes> parts(parts_.begin(), parts_.begin() + static_cast<ptrdiff_t>(firstPixels_));
-  fronts_.reserve(count);
-  for (size_t i = 0; i < count; ++i) {
-    const size_t start = i * kBlock, size = std::min(kBlock, inflated_.size() - start);
-    const bool first = i == 0, last = i + 1 == count;
-    const size_t length = size + (first ? 7 : 5) + (last ? 4 : 0);
-    const auto byte = [](size_t value, int shift) { return static_cast<uint8_t>(value >> shift); };
-    fronts_.push_back(
-        {0, byte(length, 16), byte(length, 8), byte(length, 0), 'I', 'D', 'A', 'T', 0x78, 0x01});
-    uint8_t *block = fronts_.back().data() + (first ? 10 : 8);
-    block[0] = last ? 1 : 0;
-    block[1] = byte(size, 0);
-    block[2] = byte(size, 8);
-    block[3] = static_cast<uint8_t>(~block[1]);
-    block[4] = static_cast<uint8_t>(~block[2]);
-    parts.push_back({fronts_.back().data(), first ? size_t{15} : size_t{13}});
-    parts.push_back({inflated_.data() + start, size});
-    if (last) parts.push_back(kEnd);
-    parts.push_back(kEnd);
-  }
-  parts.insert(parts.end(), parts_.begin() + static_cast<ptrdiff_t>(endOfPixels_), parts_.end());
-  parts_ = std::move(parts);
 }
 
 void PngStream::rewind() {
@@ -168,8 +115,7 @@ bool PngStream::read(void *to, size_t length) {
     if (part_ == parts_.size()) return false;
     const Bytes rest = parts_[part_].subspan(at_);
     const size_t step = std::min(length, rest.size());
-    std::copy_n(rest.begin(), step, out);
-    out += step;
+    out = std::copy_n(rest.begin(), step, out);
     length -= step;
     at_ += step;
     if (step == rest.size()) {

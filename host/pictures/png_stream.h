@@ -1,8 +1,7 @@
-// The chunks of a PNG file as libspng is to read them: those that decide the picture. Texts and profiles,
-// which take any size once they are inflated, are left out, and the pixels may be inflated beforehand.
+// The chunks of a PNG file that decide its picture. Texts and profiles, which take any size once they are
+// inflated, are left out.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -12,14 +11,6 @@
 
 namespace host {
 
-struct PngLayout {
-  uint32_t width, height, bitsPerPixel;
-  bool interlaced;
-};
-
-// Bytes of the pixels once they are inflated: rows with a filter type in front, of the passes one by one.
-uint64_t inflatedBytes(const PngLayout &layout);
-
 class PngStream {
  public:
   explicit PngStream(std::span<const uint8_t> file);
@@ -27,29 +18,26 @@ class PngStream {
   // The content of the Exif chunk; empty when there is none that is whole.
   std::span<const uint8_t> exif() const { return exif_; }
 
-  // Inflates all pixels at once, which is several times faster than doing so row by row, and holds them as
-  // the blocks that deflate stores. Checksums are looked at here and need not be again. False when `size`
-  // bytes is not what comes out, or anything is wrong: the file is then read as it lies, which tells why.
-  bool inflate(uint64_t size);
+  // Inflates all pixels at once, which is several times faster than row by row, and checks their
+  // checksums. The block has `spare` bytes more. Empty when `size` bytes is not what comes out or anything
+  // is wrong: whoever reads the stream then learns what it is.
+  Buffer inflate(uint64_t size, size_t spare) const;
 
-  void rewind();
   // Copies the next bytes; false at the end.
   bool read(void *to, size_t length);
+  void rewind();
 
  private:
   using Bytes = std::span<const uint8_t>;
-  bool joinPixels();
-  void showInflated();
+  // The content of all chunks of pixels, or nothing where a single one has it. False when a checksum is
+  // wrong.
+  bool joinPixels(Buffer &joined) const;
 
-  std::vector<Bytes> parts_;
+  std::vector<Bytes> parts_;  // the signature, chunks, and what is left of one that is cut short
   size_t part_ = 0, at_ = 0;
+  size_t firstPixels_ = 0, endOfPixels_ = 0;
+  bool whole_ = false;  // the chunks of pixels are there, and stand in a row
   Bytes exif_;
-
-  size_t firstPixels_ = 0, endOfPixels_ = 0;  // in parts_; whole chunks with length and checksum
-  bool whole_ = false;                        // no chunk is cut short, and those of pixels stand in a row
-  Buffer joined_, inflated_;
-  size_t joinedBytes_ = 0;
-  std::vector<std::array<uint8_t, 15>> fronts_;
 };
 
 }  // namespace host

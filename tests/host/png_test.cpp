@@ -58,7 +58,12 @@ void read(const Bytes &file, Picture &out) {
 }
 
 Bytes rowsOf(const Picture &picture) {
-  return {picture.view.rows, picture.view.rows + picture.view.stride * picture.view.height};
+  Bytes rows;
+  for (uint32_t y = 0; y < picture.view.height; ++y) {
+    const uint8_t *row = picture.view.rows + picture.view.stride * y;
+    rows.insert(rows.end(), row, row + (picture.view.width * picture.view.bits + 7) / 8);
+  }
+  return rows;
 }
 
 }  // namespace
