@@ -86,6 +86,9 @@ def main():
         if not shutil.which(needed):
             print(f"legible: {needed} is not installed")
             return NONE_TO_TRY
+    if shared.sanitized(program):
+        print("legible: left out with the sanitizers, under which the same bytes are written")
+        return NONE_TO_TRY
     faults, told = [], []
     with tempfile.TemporaryDirectory(prefix="raxel-legible-") as folder:
         inputs = []
