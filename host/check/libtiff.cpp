@@ -91,8 +91,8 @@ toff_t sizeOf(thandle_t handle) {
 TiffReader::TiffReader(std::span<const uint8_t> bytes) : lib_(&libTiff()), memory_{bytes, 0} {
   saidErrors.clear();
   saidWarnings.clear();
-  lib_->TIFFSetErrorHandler(onError);
-  lib_->TIFFSetWarningHandler(onWarning);
+  errorsBefore_ = lib_->TIFFSetErrorHandler(onError);
+  warningsBefore_ = lib_->TIFFSetWarningHandler(onWarning);
   tiff_ = lib_->TIFFClientOpen("output", "rm", &memory_, readBytes, writeNothing, seekTo, closeNothing,
                                sizeOf, nullptr, nullptr);
   if (!tiff_) return;
@@ -107,6 +107,8 @@ TiffReader::TiffReader(std::span<const uint8_t> bytes) : lib_(&libTiff()), memor
 
 TiffReader::~TiffReader() {
   if (tiff_) lib_->TIFFClose(tiff_);
+  lib_->TIFFSetErrorHandler(errorsBefore_);
+  lib_->TIFFSetWarningHandler(warningsBefore_);
 }
 
 uint32_t TiffReader::number(uint32_t tag, bool wide, uint32_t none) const {

@@ -76,6 +76,7 @@ class TiffReader {
 
  private:
   const LibTiff *lib_;
+  TIFFErrorHandler errorsBefore_ = nullptr, warningsBefore_ = nullptr;  // the program's own
   TIFF *tiff_ = nullptr;
   uint64_t rowBytes_ = 0;
   bool tiled_ = false;

@@ -122,6 +122,10 @@ void exportAsIs(const Library &library, const Options &options, Given &given, co
   layOut(view, bits, room.pixels.bytes());
   layOutTable(view, room.table.bytes());
   report.prepareSeconds = secondsSince(start);
+  // The filter reduces and scales in blocks of its own, of 24 bits a pixel at most.
+  const auto side = [](int32_t pixels) { return static_cast<uint32_t>(std::max(pixels, 0)); };
+  checkMemory(2 * (strideOf(view.width, 24) * view.height +
+                   strideOf(side(result.nWidth), 24) * side(result.nHeight)));
   const Handover handover{room.pixels,
                           room.table,
                           static_cast<uint16_t>(bits),

@@ -62,6 +62,15 @@ void crossCheck(Setup &setup, const RaxelPlan &plan, const Library &library) {
   }
 }
 
+// What the filter takes while it writes, besides its tables: a driver session collects the rows, and the
+// code of a T.6 strip, of six bits a pixel at worst, is collected and moved as it grows.
+uint64_t blocksWhileWriting(const RaxelPlan &plan, int32_t road) {
+  const uint64_t collected = road == RAXEL_ROAD_DRIVER ? plan.bytes : 0;
+  if (plan.compression != RAXEL_COMPRESS_T6) return collected;
+  const uint64_t strip = plan.strips == RAXEL_STRIPS_ONE ? plan.bytes : plan.bytes / 4;
+  return collected + 2 * 6 * strip;
+}
+
 RaxelPlan planned(const RaxelHostJob &job) {
   RaxelPlan plan;
   check(raxelHostPlan(&job.picture, &job.request, &plan));
@@ -90,6 +99,7 @@ void makeFile(const RaxelHostJob &job, const Library &library, RaxelHostResult &
   RaxelPlan &plan = result.plan;
   const FilterLock lock;
   Pace pace(job);
+  checkMemory(0);
   Setup setup(library);
   sendPlan(setup, plan);
   crossCheck(setup, plan, library);
@@ -103,6 +113,7 @@ void makeFile(const RaxelHostJob &job, const Library &library, RaxelHostResult &
   if (!output) return;
   std::optional<Meant> meant;
   if (job.flags & RAXEL_HOST_VERIFY) meant.emplace(plan, room.pixels.bytes(), room.table.bytes());
+  checkMemory(blocksWhileWriting(plan, job.road));
   writePicture(library, setup, handoverOf(room, plan), &plan, static_cast<RaxelHostRoad>(job.road),
                dataWrites(plan), *output, pace);
   finish::Chain chain;

@@ -38,6 +38,10 @@ Room::Room(const Library &library, uint64_t bytes)
   useLargePages(pixels.bytes(), static_cast<size_t>(bytes));
 }
 
+void checkMemory(uint64_t blocks) {
+  if (!prepare::fits(blocks + prepare::kFilterTables)) failMemory();
+}
+
 void writePicture(const Library &library, Setup &setup, const Handover &picture, const RaxelPlan *plan,
                   RaxelHostRoad road, uint64_t writes, Output &output, Pace &pace) {
   OutputStream stream(output.sink(), pace);

@@ -17,10 +17,13 @@ namespace host {
 struct Room {
   prepare::HandleMemory pixels, table;
 
-  // Throws a Failure when there is not enough memory for them and for what the filter takes while it
-  // writes such a block.
+  // Throws a Failure when there is not enough memory.
   Room(const Library &library, uint64_t bytes);
 };
+
+// Throws a Failure when the filter would run out of memory while it writes: it takes its tables, and on
+// some roads blocks of the picture's size.
+void checkMemory(uint64_t blocks);
 
 // Sends the picture by a road, in `writes` writes of image data or so. Throws a Failure when the filter,
 // the output or a callback stopped on the way. The pixels are of no use afterwards.

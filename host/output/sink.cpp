@@ -10,6 +10,7 @@
 #include <new>
 
 #include "buffer.h"
+#include "prepare/services.h"
 
 namespace host {
 namespace {
@@ -59,6 +60,11 @@ bool Sink::grow(uint64_t size) {
     return false;
   }
   block_ = static_cast<uint8_t *>(block);
+  // The filter, which is at work meanwhile, ends the process when nothing is left for it.
+  if (!prepare::fits(prepare::kFilterTables)) {
+    error_ = ENOMEM;
+    return false;
+  }
   const uint64_t used = base_ + size_;
   useLargePages(block_ + used, static_cast<size_t>(room - used));
   room_ = room;

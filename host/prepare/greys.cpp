@@ -29,11 +29,11 @@ int dither(const Source &source, uint32_t levels, const RaxelServices *services,
   const uint32_t width = source.width() + 1, height = source.height();
   const int16_t bits = levels == 2 ? 1 : 4;
   const uint64_t stride = (uint64_t{width} + 3) & ~uint64_t{3};
-  // Inside it works on 24 bits a pixel, and on the source and the result beside.
-  if (!fits(uint64_t{width} * 3 * height)) return RAXEL_HOST_NO_MEMORY;
   const HandleMemory pixels(*services, stride * height);
   const HandleMemory ramp(*services, 256 * 3), wanted(*services, uint64_t{levels} * 3);
   if (!pixels.bytes() || !ramp.bytes() || !wanted.bytes()) return RAXEL_HOST_NO_MEMORY;
+  const uint64_t resultStride = (uint64_t{width} * static_cast<uint64_t>(bits) + 31) / 32 * 4;
+  if (!fits(resultStride * height + kFilterTables)) return RAXEL_HOST_NO_MEMORY;
   for (uint32_t y = 0; y < height; ++y) {
     uint8_t *row = pixels.bytes() + stride * y;
     source.readGrey(y, row);
@@ -47,7 +47,6 @@ int dither(const Source &source, uint32_t levels, const RaxelServices *services,
                                            pixels.handle(), width, height, 8, bits, ramp.handle(),
                                            wanted.handle(), static_cast<uint16_t>(levels))});
   if (!result.bytes()) return RAXEL_HOST_NO_MEMORY;
-  const uint64_t resultStride = (uint64_t{width} * static_cast<uint64_t>(bits) + 31) / 32 * 4;
   const uint64_t rowSize = rowBytes(block.plan);
   const uint32_t used = block.plan.width * static_cast<uint32_t>(bits) % 8;
   for (uint32_t y = 0; y < height; ++y) {

@@ -3,6 +3,7 @@
 
 #include "prepare/leptonica.h"
 #include "prepare/quantize.h"
+#include "prepare/services.h"
 
 namespace prepare {
 
@@ -10,6 +11,8 @@ int quantizeFast(const Source &source, uint32_t colors, bool dither, Reduced &ou
   const Leptonica *lept = leptonica();
   if (!lept) return RAXEL_HOST_NO_QUANTIZER;
   const uint32_t width = source.width(), height = source.height();
+  // 32 bits a pixel go in and 8 come out; Leptonica does not look whether it got the memory for its tables.
+  if (!fits(uint64_t{width} * height * 5 + kFilterTables)) return RAXEL_HOST_NO_MEMORY;
   PIX *picture = lept->pixCreate(static_cast<l_int32>(width), static_cast<l_int32>(height), 32);
   if (!picture) return RAXEL_HOST_NO_MEMORY;
   std::vector<uint8_t> row(size_t{width} * 3);

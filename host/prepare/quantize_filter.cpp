@@ -38,9 +38,8 @@ int quantizeFilter(const Source &source, uint32_t colors, bool dither, const Rax
   const uint32_t height = source.height(), bits = colors == 256 ? 8 : 4;
   // The ditherer never looks at the last pixel of a row, so it gets one more.
   const uint32_t width = source.width() + (dither ? 1 : 0);
-  if (!fits(strideOf(width, 24) * height * 2)) return RAXEL_HOST_NO_MEMORY;
   const HandleMemory pixels(*services, strideOf(width, 24) * height);
-  if (!pixels.bytes()) return RAXEL_HOST_NO_MEMORY;
+  if (!pixels.bytes() || !fits(strideOf(width, bits) * height + kFilterTables)) return RAXEL_HOST_NO_MEMORY;
   readPicture(source, width, pixels.bytes());
 
   Handle chosen = 0;

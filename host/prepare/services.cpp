@@ -14,8 +14,10 @@ bool complete(const RaxelServices *services) {
 
 bool fits(uint64_t bytes) {
   if (bytes > UINT32_MAX - 64 || bytes > SIZE_MAX / 2) return false;
+  // The block itself comes with a header, and the heap grows by more than a block.
+  constexpr uint64_t kBeside = uint64_t{1} << 20;
   // Kept from the optimizer, which may otherwise drop the pair.
-  void *volatile probe = std::malloc(static_cast<size_t>(bytes));
+  void *volatile probe = std::malloc(static_cast<size_t>(bytes + kBeside));
   std::free(probe);
   return probe != nullptr;
 }

@@ -15,6 +15,10 @@ bool complete(const RaxelServices *services);
 // so it is asked for large blocks only after this.
 bool fits(uint64_t bytes);
 
+// Room for what the filter's functions take besides blocks of the picture's size: tables of colours, and
+// the buffers of rows and coders.
+inline constexpr uint64_t kFilterTables = uint64_t{16} << 20;
+
 // A block of handle memory, locked; freed with its owner. bytes() is null when there was no room.
 class HandleMemory {
  public:
