@@ -15,7 +15,7 @@ from PIL import Image
 
 import shared
 
-OLD = b"the old file"
+OLD = b"II*\0the old file"
 
 
 def big_tiff(image):
