@@ -119,7 +119,8 @@ RAXEL_EXPORT int32_t BeginCellBitmap(Handle file, uint32_t width, uint32_t heigh
 // a bilevel bitmap whose palette begins with white ends up inverted, and remapped indices have moved
 // one byte towards the start.
 //   file          takes uncompressed rows; codes and patches go to the stream of BeginCellBitmap
-//   bitmap        the band's block, borrowed; bytes it lacks read as 0
+//   bitmap        the band's block, borrowed; bytes it lacks read as 0. Nobody else may change it
+//                 meanwhile, not even a stream procedure: strips to come may have been read already
 //   width, rows   of the band, in pixels
 //   bitsPerPixel  of the bitmap
 //   reserved      not used

@@ -1,21 +1,18 @@
 // The pixels of a picture, or of one band of it: chunk by chunk from the top of the image, colours
 // turned into those of the file in place, then written plain or coded.
-//
-// A chunk is a strip, or a row of tiles. The bitmap's rows run from the bottom up, so the first chunk
-// is the last rows of the block, and inside a chunk the last row goes first.
 #include <algorithm>
 
+#include "raxel/driver.h"
 #include "raxel/settings.h"
 #include "runtime/blocks.h"
 #include "runtime/rows.h"
-#include "tiff/cell_rows.h"
+#include "tiff/cell_band.h"
 #include "tiff/collector.h"
-#include "tiff/colors.h"
 #include "tiff/compression.h"
 #include "tiff/geometry.h"
 #include "tiff/output.h"
 #include "tiff/patches.h"
-#include "tiff/swap.h"
+#include "tiff/side_by_side.h"
 #include "tiff/tiles.h"
 
 namespace tiff {
@@ -23,63 +20,26 @@ namespace {
 
 constexpr uint32_t kTiledChunkBytes = 32767;  // a chunk of tiles has at most this many, padding included
 
-// Rows of a chunk, in the bitmap's order: `first` is the lowest.
-struct Chunk {
-  uint32_t first;
-  uint32_t rows;
-};
-
 struct CellJob {
   TiffWriterState &state;
   CellFormat &format;
-  CellRows cells;
-  uint32_t width;  // pixels
-  uint32_t rows;
+  CellBand band;
   runtime::Block spare;  // one row, for a block that is too short; otherwise none
   Collector &out;
   const Coder &coder;
   PieceWriter &pieces;
-  bool swaps;       // 24-bit pixels change from blue, green, red to red, green, blue
-  bool swapsByRow;  // each row just before it is taken, while it is still near the processor
 };
 
-uint32_t chunkRows(const CellJob &job) {
-  if (!isTiled(job.state)) return stripRows(job.rows);
-  const auto fitting = static_cast<uint32_t>(kTiledChunkBytes / job.cells.stride);
-  return std::max(1u, std::min({job.rows, fitting, kTileRows}));
-}
-
-// Bytes of a pixel that the block holds only in part count as 0.
-void swapRow(const CellJob &job, uint32_t row) {
-  const std::span<uint8_t> pixels = job.cells.held(row * job.cells.stride, uint64_t{job.width} * 3);
-  swapRedBlue(pixels);
-  if (const size_t rest = pixels.size() % 3; rest != 0) pixels[pixels.size() - rest] = 0;
-}
-
-void swapChunk(const CellJob &job, const Chunk &chunk) {
-  for (uint32_t row = 0; row < chunk.rows; ++row) swapRow(job, chunk.first + row);
-}
-
-void remapChunk(const CellJob &job, const Chunk &chunk) {
-  const uint64_t at = chunk.first * job.cells.stride;
-  const uint64_t length = chunk.rows * job.cells.stride;
-  const std::span<uint8_t> after = job.cells.held(at + length, 1);
-  remapRows(job.cells.held(at, length), after.empty() ? uint8_t{0} : after[0], job.format.abRemap,
-            job.state.nColors != 256);
-}
-
-void recolorChunk(const CellJob &job, const Chunk &chunk) {
-  if (job.swaps) {
-    if (!job.swapsByRow) swapChunk(job, chunk);
-  } else if (job.format.bRemap != 0) {
-    remapChunk(job, chunk);
-  }
+uint32_t chunkRows(const TiffWriterState &state, const CellRows &cells, uint32_t rows) {
+  if (!isTiled(state)) return stripRows(rows);
+  const auto fitting = static_cast<uint32_t>(kTiledChunkBytes / cells.stride);
+  return std::max(1u, std::min({rows, fitting, kTileRows}));
 }
 
 // The bytes of a row as they go into the file.
 std::span<const uint8_t> takeRow(const CellJob &job, uint32_t row) {
-  if (job.swapsByRow) swapRow(job, row);
-  return {job.cells.row(row, job.spare.bytes()), static_cast<size_t>(job.cells.rowBytes)};
+  if (job.band.swapsByRow) swapRow(job.band, row);
+  return {job.band.cells.row(row, job.spare.bytes()), static_cast<size_t>(job.band.cells.rowBytes)};
 }
 
 // Hands the chunk's rows over from the top one down until one fails. The rows after it are still
@@ -89,7 +49,7 @@ int32_t forRows(const CellJob &job, const Chunk &chunk, Take take) {
   for (uint32_t left = chunk.rows; left > 0; --left) {
     const int32_t result = take(takeRow(job, chunk.first + left - 1));
     if (result == RAXEL_OK) continue;
-    if (job.swapsByRow) swapChunk(job, {chunk.first, left - 1});
+    if (job.band.swapsByRow) swapChunk(job.band, {chunk.first, left - 1});
     return result;
   }
   return RAXEL_OK;
@@ -122,10 +82,10 @@ int32_t codeRows(CellJob &job, const Chunk &chunk) {
   }
   if (result == RAXEL_OK) {
     result = forRows(job, chunk, [&](std::span<const uint8_t> row) {
-      return job.pieces.write({row, job.width, 1});
+      return job.pieces.write({row, job.band.width, 1});
     });
-  } else if (job.swapsByRow) {
-    swapChunk(job, chunk);
+  } else if (job.band.swapsByRow) {
+    swapChunk(job.band, chunk);
   }
   for (uint32_t i = 0; i < framing.behind && result == RAXEL_OK; ++i) {
     result = writeMark(job);
@@ -140,49 +100,58 @@ uint32_t bytesTried(const CellJob &job, const Chunk &chunk, uint32_t room) {
   const Framing &framing = job.coder.framing;
   uint32_t tried = markBytes(job, framing.before);
   for (uint32_t left = chunk.rows; left > 0 && tried <= room; --left) {
-    const uint8_t *row = job.cells.row(chunk.first + left - 1, job.spare.bytes());
-    const std::span<const uint8_t> bytes(row, static_cast<size_t>(job.cells.rowBytes));
-    tried += job.pieces.bytesTried({bytes, job.width, 1}, room - tried);
+    const uint8_t *row = job.band.cells.row(chunk.first + left - 1, job.spare.bytes());
+    const std::span<const uint8_t> bytes(row, static_cast<size_t>(job.band.cells.rowBytes));
+    tried += job.pieces.bytesTried({bytes, job.band.width, 1}, room - tried);
   }
   for (uint32_t i = 0; i < framing.behind && tried <= room; ++i) tried += markBytes(job, 1);
   return tried;
 }
 
-// The chunk's rows from the top one down, one after the other.
-runtime::Block packRows(const CellJob &job, const Chunk &chunk) {
-  runtime::Block packed = runtime::Block::ofSize(chunk.rows * job.cells.rowBytes);
-  if (!packed) return packed;
-  uint8_t *to = packed.data();
-  for (uint32_t left = chunk.rows; left > 0; --left, to += job.cells.rowBytes) {
-    if (job.swapsByRow) swapRow(job, chunk.first + left - 1);
-    job.cells.copyRow(chunk.first + left - 1, to);
-  }
-  return packed;
-}
-
-// Each tile of a row of tiles, as 8192 bytes. The tile that fails still gets its byte count.
-int32_t codeTiles(CellJob &job, const Chunk &chunk, const runtime::Block &packed, Patches &patches) {
-  const PackedRows rows{packed.data(), static_cast<uint32_t>(job.cells.rowBytes), chunk.rows};
-  const runtime::Block tile = runtime::Block::ofSize(kTileBytes);
+// The tiles of a row of tiles, one after the other, until one fails; that one still gets its byte count.
+template <class WriteTile>
+int32_t forTiles(CellJob &job, Patches &patches, WriteTile writeTile) {
   uint32_t number = nextStrip(job.format);
   int32_t result = RAXEL_OK;
   for (uint32_t column = 0; column < job.state.nTilesAcross && result == RAXEL_OK; ++column, ++number) {
     patches.begin(number);
     job.state.nStripBytes = 0;
-    cutTile(tile.bytes(), kTileRowBytes, kTileRows, rows, column);
-    result = job.pieces.write({tile.bytes(), kTilePixelsAcross, kTileRows});
+    result = writeTile(column);
     patches.end(number, job.state.nStripBytes);
   }
   setNextStrip(job.format, number);
   return result;
 }
 
-// The whole chunk at once.
+bool cutsTiles(const CellJob &job) {
+  return job.coder.tiles && isTiled(job.state);
+}
+
+// The whole chunk at once, or each of its tiles as 8192 bytes.
 int32_t codeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
-  const runtime::Block packed = packRows(job, chunk);
+  const runtime::Block packed = packRows(job.band, chunk);
   if (!packed) return RAXEL_NO_MEMORY;
-  if (job.coder.tiles && isTiled(job.state)) return codeTiles(job, chunk, packed, patches);
-  return job.pieces.write({packed.bytes(), job.width, chunk.rows});
+  if (!cutsTiles(job)) return job.pieces.write({packed.bytes(), job.band.width, chunk.rows});
+  const PackedRows rows{packed.data(), static_cast<uint32_t>(job.band.cells.rowBytes), chunk.rows};
+  const runtime::Block tile = runtime::Block::ofSize(kTileBytes);
+  return forTiles(job, patches, [&](uint32_t column) {
+    cutTile(tile.bytes(), kTileRowBytes, kTileRows, rows, column);
+    return job.pieces.write({tile.bytes(), kTilePixelsAcross, kTileRows});
+  });
+}
+
+// The same for a chunk that has been coded already.
+int32_t writeCoded(CellJob &job, const CodedChunk &coded, Patches &patches) {
+  const uint8_t *codes = coded.codes.data();
+  const auto write = [&](uint32_t piece) {
+    if (piece >= coded.pieces) {
+      if (coded.lost) push_er(RAXEL_NO_MEMORY);
+      return coded.result;
+    }
+    const uint32_t length = coded.length(piece);
+    return job.pieces.writeCoded({std::exchange(codes, codes + length), length});
+  };
+  return cutsTiles(job) ? forTiles(job, patches, write) : write(0);
 }
 
 // Ends a chunk that went out row by row.
@@ -204,38 +173,65 @@ int32_t codeGathered(CellJob &job, const Chunk &chunk) {
   return result;
 }
 
-int32_t writeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
-  recolorChunk(job, chunk);
-  if (isPlain(job.state)) return finishRows(job, writePlain(job, chunk));
-  const bool strip = !isTiled(job.state);
+// A strip is patched around what writes it.
+template <class Write>
+int32_t writeStrip(CellJob &job, Patches &patches, Write write) {
+  if (isTiled(job.state)) return write();
   const uint32_t number = nextStrip(job.format);
-  if (strip) {
-    patches.begin(number);
-    job.state.nStripBytes = 0;
-  }
-  const bool whole = job.coder.takes == Takes::kChunk;
-  const int32_t result = whole               ? codeChunk(job, chunk, patches)
-                         : job.out.gathers() ? codeGathered(job, chunk)
-                                             : codeRows(job, chunk);
-  if (strip) {
-    patches.end(number, job.state.nStripBytes);
-    setNextStrip(job.format, number + 1);
+  patches.begin(number);
+  job.state.nStripBytes = 0;
+  const int32_t result = write();
+  patches.end(number, job.state.nStripBytes);
+  setNextStrip(job.format, number + 1);
+  return result;
+}
+
+int32_t writeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
+  if (!job.band.swapsByRow) recolorChunk(job.band, chunk);
+  if (isPlain(job.state)) return finishRows(job, writePlain(job, chunk));
+  return writeStrip(job, patches, [&] {
+    if (job.coder.takes == Takes::kChunk) return codeChunk(job, chunk, patches);
+    return job.out.gathers() ? codeGathered(job, chunk) : codeRows(job, chunk);
+  });
+}
+
+// Chunk after chunk, until one fails: then the chunks below it have not been touched.
+int32_t writeInTurn(CellJob &job, Patches &patches) {
+  int32_t result = RAXEL_OK;
+  for (uint64_t k = 0; k < job.band.chunks() && result == RAXEL_OK; ++k) {
+    result = writeChunk(job, job.band.chunk(k), patches);
   }
   return result;
 }
 
-int32_t writeChunks(CellJob &job) {
-  const uint32_t rows = chunkRows(job);
-  const uint64_t chunks = (uint64_t{job.rows} + rows - 1) / rows;
-  const bool tiled = isTiled(job.state);
-  const bool coded = !isPlain(job.state);
-  Patches patches(job.state, nextStrip(job.format),
-                  coded ? chunks * (tiled ? job.state.nTilesAcross : 1) : 0);
+// The same with chunks that others code meanwhile.
+int32_t writeCodedInTurn(CellJob &job, Patches &patches, SideBySide &crew) {
   int32_t result = RAXEL_OK;
-  for (uint32_t left = job.rows; left > 0 && result == RAXEL_OK;) {
-    const uint32_t taken = std::min(rows, left);
-    left -= taken;
-    result = writeChunk(job, {left, taken}, patches);
+  for (uint64_t k = 0; k < job.band.chunks() && result == RAXEL_OK; ++k) {
+    const CodedChunk &coded = crew.take(k);
+    recolorChunk(job.band, job.band.chunk(k));
+    result = writeStrip(job, patches, [&] { return writeCoded(job, coded, patches); });
+    crew.giveBack(k);
+  }
+  return result;
+}
+
+uint32_t threadsFor(const CellJob &job) {
+  if (job.coder.threadsFrom == 0 || !canRecolorApart(job.band)) return 1;
+  return codingThreads(job.band.rows * job.band.cells.rowBytes, job.band.chunks(), job.coder.threadsFrom);
+}
+
+int32_t writeChunks(CellJob &job) {
+  const bool tiled = isTiled(job.state);
+  Patches patches(job.state, nextStrip(job.format),
+                  isPlain(job.state) ? 0 : job.band.chunks() * (tiled ? job.state.nTilesAcross : 1));
+  int32_t result = RAXEL_OK;
+  if (const uint32_t threads = threadsFor(job); threads > 1) {
+    const ChunkPlan plan{job.band, job.coder, cutsTiles(job) ? job.state.nTilesAcross : 0u};
+    SideBySide crew(plan, threads);
+    result = crew.started() ? writeCodedInTurn(job, patches, crew) : writeInTurn(job, patches);
+  } else {
+    result = writeInTurn(job, patches);
   }
   patches.finish();
   return result;
@@ -265,22 +261,28 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
   const bool swaps = state.nSamplesPerPixel * state.nBitsPerSample == 24;
   // Plain rows go to the stream of this call, codes to the one that the picture began with.
   const Handle rowsTo = tiff::isPlain(state) ? file : state.hTiffFile;
+  const tiff::CellBand band{
+      .cells = cells,
+      .width = width,
+      .rows = rows,
+      .chunkRows = tiff::chunkRows(state, cells, rows),
+      .swaps = swaps,
+      // A host that sees each write finds a whole chunk swapped by then. Rows that share pixels, because
+      // the bitmap is less deep than the file, are swapped in order.
+      .swapsByRow = swaps && !tiff::isHostStream(rowsTo) && cells.stride >= uint64_t{width} * 3,
+      .nibbles = state.nColors != 256,
+      .map = format->bRemap != 0 ? &format->abRemap : nullptr,
+  };
   tiff::Collector out(rowsTo, size);
   tiff::PieceWriter pieces(state, out);
   tiff::CellJob job{
       .state = state,
       .format = *format,
-      .cells = cells,
-      .width = width,
-      .rows = rows,
+      .band = band,
       .spare = runtime::Block::ofSize(cells.block.size() < size ? cells.rowBytes : 0),
       .out = out,
       .coder = tiff::coderOf(state.nCompression),
       .pieces = pieces,
-      .swaps = swaps,
-      // A host that sees each write finds a whole chunk swapped by then. Rows that share pixels, because
-      // the bitmap is less deep than the file, are swapped in order.
-      .swapsByRow = swaps && !tiff::isHostStream(rowsTo) && cells.stride >= uint64_t{width} * 3,
   };
   if (bitsPerPixel == 1) {
     const auto held = cells.held(0, size);

@@ -32,6 +32,9 @@ uint32_t lzw(const Piece &piece, CoderMemory &memory) {
 // return to control.
 constexpr uint8_t kEol[] = {0x00, 0x01};
 
+// A thread is worth making when there is work for it of a few milliseconds.
+constexpr uint32_t kMegabyte = 1 << 20;
+
 constexpr Coder kCoders[] = {
     {.stored = RAXEL_STORED_COMPRESS_NONE, .compression = RAXEL_TIFF_UNCOMPRESSED},
     {.stored = RAXEL_STORED_COMPRESS_PACKBITS,
@@ -48,6 +51,7 @@ constexpr Coder kCoders[] = {
     {.stored = RAXEL_STORED_COMPRESS_LZW,
      .compression = RAXEL_TIFF_LZW,
      .takes = Takes::kChunk,
+     .threadsFrom = kMegabyte,
      .encode = lzw},
     {.stored = RAXEL_STORED_COMPRESS_T4,
      .compression = RAXEL_TIFF_T4,
@@ -61,6 +65,7 @@ constexpr Coder kCoders[] = {
      .bilevel = true,
      .tiles = true,
      .wholeWrites = true,
+     .threadsFrom = kMegabyte,
      .encode = t6},
 };
 
@@ -84,11 +89,11 @@ bool holdsPixels(const Coder &coder, const Piece &piece) {
   return !coder.bilevel || (uint64_t{piece.width} + 7) / 8 * piece.rows <= piece.bytes.size();
 }
 
-bool makeRoom(CoderMemory &memory, uint64_t pieceBytes) {
+bool makeRoom(FaxBuffer &out, uint64_t pieceBytes) {
   constexpr uint64_t kSlack = 16;  // very short pieces code to more than twice their length
   const uint64_t size = 2 * pieceBytes + kSlack;
-  if (memory.out.handle() == 0 || memory.out.size() < size) memory.out = FaxBuffer(runtime::allocate(size));
-  return memory.out.handle() != 0;
+  if (out.handle() == 0 || out.size() < size) out.renew(runtime::allocate(size));
+  return out.handle() != 0;
 }
 
 }  // namespace tiff

@@ -45,6 +45,7 @@ struct Coder {
   bool wholeWrites = false;  // a write has failed unless it took everything; otherwise when it took nothing
   uint32_t partBytes = 0;    // codes so many bytes by themselves, and a host sees a write for each; 0: all
   Framing framing = {};
+  uint32_t threadsFrom = 0;  // bytes of a band from which its chunks are coded side by side; 0: never
   // Codes a piece from the start of memory.out, in which there is room (makeRoom). Returns the bytes
   // produced; when the buffer was lost, its handle is 0. Null: nothing is coded.
   uint32_t (*encode)(const Piece &piece, CoderMemory &memory) = nullptr;
@@ -60,6 +61,9 @@ bool holdsPixels(const Coder &coder, const Piece &piece);
 
 // Makes room for the codes of a piece of this many bytes; kept when there is enough. False when no block
 // holds so much. Fax codes may take more, and grow.
-bool makeRoom(CoderMemory &memory, uint64_t pieceBytes);
+bool makeRoom(FaxBuffer &out, uint64_t pieceBytes);
+inline bool makeRoom(CoderMemory &memory, uint64_t pieceBytes) {
+  return makeRoom(memory.out, pieceBytes);
+}
 
 }  // namespace tiff

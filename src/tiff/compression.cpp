@@ -45,19 +45,25 @@ int32_t PieceWriter::code(const Coder &coder, const Piece &piece) {
   const uint32_t before = coder.partBytes != 0 && !hostStream_ ? tell(state_.hTiffFile) : 0;
   const uint32_t produced = coder.encode(piece, memory_);
   if (memory_.out.handle() == 0) return RAXEL_NO_MEMORY;
-  const int32_t result = writeCodes(coder, produced);
+  const int32_t result = writeCodes(coder, {memory_.out.data(), produced});
   const bool all = result == RAXEL_OK || coder.partBytes == 0 || hostStream_;
   state_.nStripBytes += all ? produced : bytesTried(piece, tell(state_.hTiffFile) - before);
   return result;
 }
 
-int32_t PieceWriter::writeCodes(const Coder &coder, uint32_t produced) {
-  const uint8_t *codes = memory_.out.data();
-  const int32_t written = coder.takes == Takes::kRow ? rows_.write(codes, produced)
-                                                     : writeOnce(state_.hTiffFile, codes, produced);
+int32_t PieceWriter::writeCodes(const Coder &coder, std::span<const uint8_t> codes) {
+  const int32_t written = coder.takes == Takes::kRow
+                              ? rows_.write(codes.data(), codes.size())
+                              : writeOnce(state_.hTiffFile, codes.data(), codes.size());
   const bool taken =
-      coder.wholeWrites ? written >= 0 && static_cast<uint32_t>(written) == produced : written >= 1;
+      coder.wholeWrites ? written >= 0 && static_cast<uint32_t>(written) == codes.size() : written >= 1;
   return taken ? RAXEL_OK : RAXEL_CANNOT_WRITE;
+}
+
+int32_t PieceWriter::writeCoded(std::span<const uint8_t> codes) {
+  const int32_t result = writeCodes(coderOf(state_.nCompression), codes);
+  state_.nStripBytes += static_cast<uint32_t>(codes.size());
+  return result;
 }
 
 uint32_t PieceWriter::bytesTried(const Piece &row, uint32_t room) {

@@ -17,13 +17,16 @@ class PieceWriter {
   // stream did not take them. Result as that of CompressAndWrite.
   int32_t write(const Piece &piece);
 
+  // Writes and counts codes that have been made of a piece already.
+  int32_t writeCoded(std::span<const uint8_t> codes);
+
   // Of a row that comes row by row, the bytes up to the end of the write that meets the end of `room`
   // bytes: what would have been tried if each write that a host sees had gone out by itself.
   uint32_t bytesTried(const Piece &row, uint32_t room);
 
  private:
   int32_t code(const Coder &coder, const Piece &piece);
-  int32_t writeCodes(const Coder &coder, uint32_t produced);
+  int32_t writeCodes(const Coder &coder, std::span<const uint8_t> codes);
 
   TiffWriterState &state_;
   Collector &rows_;

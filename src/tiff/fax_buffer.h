@@ -20,6 +20,17 @@ class FaxBuffer {
   // Takes over a block of any size, also 0 bytes. `largest` bounds its growth, in bytes.
   explicit FaxBuffer(Handle owned, uint64_t largest = 0xFFFFFFFFu)
       : block_(owned), bytes_(block_.bytes()), largest_(largest) {}
+  // One without a block, whose loss goes on no stack: threads other than the host's have none.
+  static FaxBuffer untold() {
+    FaxBuffer buffer(0);
+    buffer.tells_ = false;
+    return buffer;
+  }
+  // Takes over another block instead of its own.
+  void renew(Handle owned) {
+    block_ = runtime::Block(owned);
+    bytes_ = block_.bytes();
+  }
 
   Handle handle() const { return block_.handle(); }
   uint8_t *data() const { return bytes_.data(); }
@@ -39,7 +50,7 @@ class FaxBuffer {
 
  private:
   bool lose() {
-    push_er(RAXEL_NO_MEMORY);
+    if (tells_) push_er(RAXEL_NO_MEMORY);
     block_ = runtime::Block();
     bytes_ = {};
     return false;
@@ -48,6 +59,7 @@ class FaxBuffer {
   runtime::Block block_;
   std::span<uint8_t> bytes_;
   uint64_t largest_;
+  bool tells_ = true;
 };
 
 // Packs codes into a FaxBuffer from its first byte on, and makes it grow.

@@ -1,0 +1,72 @@
+// Threads of the built library: how many a call makes, and what may be said about it from outside.
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sched.h>
+
+#include <cstdlib>
+
+#include "library/host.h"
+
+#if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
+#include <dlfcn.h>
+
+namespace {
+
+int made = 0;  // only the thread that exports makes any
+
+}  // namespace
+
+// What the program defines goes before what its libraries do.
+extern "C" int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*start)(void *),
+                              void *argument) {
+  ++made;
+  using Create = int (*)(pthread_t *, const pthread_attr_t *, void *(*)(void *), void *);
+  static const auto create = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
+  return create(thread, attributes, start, argument);
+}
+
+namespace {
+
+using namespace library;
+
+int madeBy(const Picture &picture, const Job &job) {
+  made = 0;
+  EXPECT_EQ(exportPicture(picture, job).result, 0u);
+  return made;
+}
+
+int cores() {
+  cpu_set_t set;
+  return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : 1;
+}
+
+// Four strips: the caller codes as well as the threads that it makes.
+TEST(Threads, AreMadeForLargePicturesOfSlowCoders) {
+  const Picture large = noise(24, 800, 500, 3);
+  EXPECT_EQ(madeBy(large, {kRgb, kLzw}), std::min(cores(), 4) - 1);
+  EXPECT_EQ(madeBy(large, {kRgb, kPackBits}), 0);
+  EXPECT_EQ(madeBy(large, {kRgb, kNone}), 0);
+  EXPECT_EQ(madeBy(noise(24, 400, 300, 3), {kRgb, kLzw}), 0);
+}
+
+TEST(Threads, AreHeldToWhatTheEnvironmentSays) {
+  const Picture large = noise(24, 800, 500, 3);
+  setenv("RAXEL_THREADS", "1", 1);
+  EXPECT_EQ(madeBy(large, {kRgb, kLzw}), 0);
+  setenv("RAXEL_THREADS", "2", 1);
+  EXPECT_EQ(madeBy(large, {kRgb, kLzw}), std::min(cores(), 2) - 1);
+  unsetenv("RAXEL_THREADS");
+}
+
+}  // namespace
+#endif
+
+TEST(Threads, MakeNoDifferenceToAFile) {
+  const library::Picture large = library::noise(24, 800, 500, 4);
+  const library::Written many = library::exportPicture(large, {library::kRgb, library::kLzw});
+  setenv("RAXEL_THREADS", "1", 1);
+  const library::Written one = library::exportPicture(large, {library::kRgb, library::kLzw});
+  unsetenv("RAXEL_THREADS");
+  EXPECT_EQ(one.result, 0u);
+  EXPECT_EQ(many.file, one.file);
+}

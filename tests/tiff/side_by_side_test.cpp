@@ -1,0 +1,247 @@
+// Strips and rows of tiles coded on several threads: the same file, the same calls in the same order, the
+// same pixels left behind, as with one.
+#include "tiff/side_by_side.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "support/cases.h"
+#include "support/random.h"
+#include "support/temp_dir.h"
+#include "support/threads.h"
+#include "tiff/writer_fixture.h"
+
+namespace {
+
+using support::Bytes;
+using support::HostStream;
+using support::InUse;
+using support::Pixels;
+
+struct Job {
+  std::string name;
+  int32_t mode;
+  int32_t compression;
+  uint16_t layout;
+  uint32_t width;
+  uint32_t height;
+};
+
+void PrintTo(const Job &job, std::ostream *out) {
+  *out << job.name;
+}
+
+// Everything that a host can see of a picture.
+struct Seen {
+  int32_t code = 0;
+  uint32_t counted = 0;
+  std::vector<HostStream::Call> calls;
+  Bytes file;
+  Bytes pixels;
+  friend bool operator==(const Seen &, const Seen &) = default;
+};
+
+void PrintTo(const Seen &seen, std::ostream *out) {
+  *out << seen.code << ", " << seen.counted << " bytes counted, " << seen.calls.size() << " calls, "
+       << seen.file.size() << " bytes";
+}
+
+class SideBySide : public testing::TestWithParam<Job> {
+ protected:
+  void SetUp() override {
+    const Job &job = GetParam();
+    picture = {job.width, job.height, support::depthOfMode(job.mode), {}, {}};
+    support::Random random(13);
+    picture.pixels = random.bytes(size_t{picture.stride()} * job.height + 1);  // and a byte behind
+    for (size_t i = 0; i < picture.pixels.size(); i += 3) picture.pixels[i] = 0x5A;
+    // No index is mapped to itself.
+    for (size_t i = 0; i < 768; ++i) picture.palette.push_back(static_cast<uint8_t>(i / 3 * 7 + 3));
+  }
+  Seen seenBy(uint32_t threads, size_t failAt = 0,
+              HostStream::Failure failure = HostStream::Failure::kOnce) {
+    const support::Threads forced(threads);
+    InUse use(GetParam().mode, GetParam().compression, GetParam().layout);
+    support::HostOutput out;
+    if (failAt != 0) out.host.failAt(failAt, failure);
+    const Pixels block(picture.pixels);
+    Seen seen;
+    seen.code = support::writePicture(out.file, picture, block.handle());
+    seen.counted = use.setup.tiff.nStripBytes;
+    seen.calls = out.host.calls();
+    seen.file = out.bytes();
+    seen.pixels = block.bytes();
+    return seen;
+  }
+  Bytes onDisk(uint32_t threads) {
+    const support::Threads forced(threads);
+    const support::TempDir dir;
+    const std::string name = dir.file("picture.tif");
+    InUse use(GetParam().mode, GetParam().compression, GetParam().layout);
+    const Handle file = kvlOpen(name.c_str(), nullptr, KVL_OUTPUT);
+    const Pixels block(picture.pixels);
+    EXPECT_EQ(support::writePicture(file, picture, block.handle()), 0);
+    EXPECT_EQ(kvlClose(file), 0);
+    return support::readFile(name);
+  }
+
+  support::Picture picture;
+};
+
+TEST_P(SideBySide, AHostSeesTheSame) {
+  const Seen alone = seenBy(1);
+  EXPECT_EQ(alone.code, 0);
+  for (const uint32_t threads : {2u, 3u, 8u}) EXPECT_EQ(seenBy(threads), alone) << threads;
+}
+
+TEST_P(SideBySide, AFileIsTheSame) {
+  const Bytes alone = onDisk(1);
+  for (const uint32_t threads : {2u, 3u, 8u}) EXPECT_EQ(onDisk(threads), alone) << threads;
+}
+
+TEST_P(SideBySide, EveryFailureIsTheSame) {
+  const size_t calls = seenBy(1).calls.size();
+  const size_t step = std::max<size_t>(1, calls / support::cases(150));
+  for (size_t n = 1; n <= calls; n += step) {
+    for (const auto failure : {HostStream::Failure::kOnce, HostStream::Failure::kForever}) {
+      EXPECT_EQ(seenBy(8, n, failure), seenBy(1, n, failure)) << n;
+    }
+  }
+}
+
+// A block that ends early cannot be read apart, and is coded in turn.
+TEST_P(SideBySide, AShortBlockIsTheSame) {
+  for (const size_t missing : {2u, 3u, 100u}) {
+    picture.pixels.resize(picture.pixels.size() - std::min<size_t>(missing, picture.pixels.size()));
+    EXPECT_EQ(seenBy(8), seenBy(1)) << missing;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Pictures, SideBySide,
+    testing::Values(Job{"rgb", support::kRgb24, support::kLzwMode, support::kStrips, 31, 41},
+                    Job{"fullRows", support::kRgb24, support::kLzwMode, support::kStrips, 32, 7},
+                    Job{"grey256", support::kGrey256, support::kLzwMode, support::kStrips, 64, 43},
+                    Job{"grey256padded", support::kGrey256, support::kLzwMode, support::kStrips, 61, 43},
+                    Job{"grey16", support::kGrey16, support::kLzwMode, support::kStrips, 45, 23},
+                    Job{"fixed8", support::kFixed8, support::kLzwMode, support::kStrips, 8, 5},
+                    Job{"colors256", support::kColors256, support::kLzwMode, support::kStrips, 50, 20},
+                    Job{"lzwTiles", support::kGrey256, support::kLzwMode, support::kTiles, 300, 260},
+                    Job{"t6", support::kBilevel, support::kT6Mode, support::kStrips, 333, 50},
+                    Job{"t6grey", support::kGrey256, support::kT6Mode, support::kStrips, 33, 50},
+                    Job{"tiles", support::kBilevel, support::kT6Mode, support::kTiles, 1100, 400}),
+    [](const auto &job) { return job.param.name; });
+
+// --- Threads
+
+struct Caller {
+  pthread_t thread = pthread_self();
+  size_t calls = 0;
+  size_t elsewhere = 0;
+
+  static HostWord answer(HostWord token, HostWord op, HostWord first, HostWord second) {
+    auto &self = *reinterpret_cast<Caller *>(token);
+    ++self.calls;
+    if (pthread_equal(self.thread, pthread_self()) == 0) ++self.elsewhere;
+    if (op == HostStream::kSeek) {
+      return second == 0 ? static_cast<HostWord>(*reinterpret_cast<const int32_t *>(first)) : 1000;
+    }
+    return op == HostStream::kOpen ? token : second;
+  }
+};
+
+TEST(SideBySideThreads, TheHostIsCalledByItsOwnAlone) {
+  const support::Threads forced(8);
+  InUse use(support::kRgb24, support::kLzwMode);
+  Caller caller;
+  KvlStreamDesc descriptor{};
+  descriptor.lpMemVar = reinterpret_cast<HostWord>(&caller);
+  descriptor.lpfnProc = reinterpret_cast<HostWord>(&Caller::answer);
+  const Handle file = kvlOpen("watched", &descriptor, KVL_OUTPUT);
+  const Pixels block(Bytes(400 * 300));
+  EXPECT_EQ(support::writePicture(file, {100, 400, 24, {}, {}}, block.handle()), 0);
+  kvlClose(file);
+  EXPECT_GT(caller.calls, 50u);
+  EXPECT_EQ(caller.elsewhere, 0u);
+}
+
+// Stands in a small band of four strips, for looking at the threads themselves.
+struct Band {
+  Bytes pixels = Bytes(64 * 64, 0x77);
+  tiff::CellBand band{.cells = {pixels, 64, 64},
+                      .width = 64,
+                      .rows = 64,
+                      .chunkRows = 16,
+                      .swaps = false,
+                      .swapsByRow = false,
+                      .nibbles = false,
+                      .map = nullptr};
+  tiff::ChunkPlan plan{band, tiff::coderOf(RAXEL_TIFF_LZW), 0};
+};
+
+TEST(SideBySideThreads, AreNoneForOne) {
+  const Band band;
+  EXPECT_FALSE(tiff::SideBySide(band.plan, 1).started());
+  EXPECT_TRUE(tiff::SideBySide(band.plan, 2).started());  // and end when nobody takes anything
+}
+
+#if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
+// A thread that cannot be made: its stack is larger than any memory.
+TEST(SideBySideThreads, ThatCannotBeMadeAreDoneWithout) {
+  const auto run = [] {
+    pthread_attr_t attributes;
+    pthread_getattr_default_np(&attributes);
+    if (pthread_attr_setstacksize(&attributes, SIZE_MAX / 4) != 0) _exit(2);
+    if (pthread_setattr_default_np(&attributes) != 0) _exit(3);
+    const Band band;
+    _exit(tiff::SideBySide(band.plan, 4).started() ? 1 : 0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+// Without the memory for it nothing is tried: running out of memory would end the process.
+TEST(SideBySideThreads, TakeNoMemoryThatIsNotThere) {
+  const auto run = [] {
+    const rlimit limit{100 << 20, 100 << 20};
+    setrlimit(RLIMIT_AS, &limit);
+    const Band band;
+    _exit(tiff::SideBySide(band.plan, 8).started() ? 1 : 0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+#endif
+
+// --- How many
+
+TEST(CodingThreads, AreBoundByChunksCoresAndTheHost) {
+  const uint64_t least = 1 << 20;
+  EXPECT_EQ(tiff::chooseThreads(least + 1, 4, least, 16, 8), 4u);
+  EXPECT_EQ(tiff::chooseThreads(least + 1, 400, least, 16, 8), 8u);
+  EXPECT_EQ(tiff::chooseThreads(least + 1, 400, least, 3, 8), 3u);
+  EXPECT_EQ(tiff::chooseThreads(least + 1, 400, least, 16, 2), 2u);
+  EXPECT_EQ(tiff::chooseThreads(least + 1, 1, least, 16, 8), 1u);
+  EXPECT_EQ(tiff::chooseThreads(least, 4, least, 16, 8), 1u);
+  EXPECT_EQ(tiff::chooseThreads(least + 1, 4, least, 0, 8), 1u);
+}
+
+TEST(CodingThreads, OfTexts) {
+  for (const auto &[text, threads] :
+       std::initializer_list<std::pair<const char *, uint32_t>>{{"1", 1},
+                                                                {"2", 2},
+                                                                {"007", 7},
+                                                                {"8", 8},
+                                                                {"9", 8},
+                                                                {"4294967297", 8},
+                                                                {"0", 8},
+                                                                {"", 8},
+                                                                {"-1", 8},
+                                                                {"2x", 8},
+                                                                {" 2", 8},
+                                                                {"1.5", 8}}) {
+    EXPECT_EQ(tiff::threadsOfText(text), threads) << text;
+  }
+  EXPECT_EQ(tiff::threadsOfText(nullptr), 8u);
+}
+
+}  // namespace
