@@ -7,16 +7,50 @@
 #include <jerror.h>
 // clang-format on
 
+#include <dlfcn.h>
+
 #include <algorithm>
 #include <climits>
 #include <csetjmp>
 #include <new>
 
+#include "loading.h"
 #include "pictures/exif.h"
 #include "pictures/picture.h"
 
 namespace host {
 namespace {
+
+struct LibJpeg {
+  decltype(&::jpeg_CreateDecompress) jpeg_CreateDecompress;
+  decltype(&::jpeg_destroy_decompress) jpeg_destroy_decompress;
+  decltype(&::jpeg_finish_decompress) jpeg_finish_decompress;
+  decltype(&::jpeg_mem_src) jpeg_mem_src;
+  decltype(&::jpeg_read_header) jpeg_read_header;
+  decltype(&::jpeg_read_scanlines) jpeg_read_scanlines;
+  decltype(&::jpeg_save_markers) jpeg_save_markers;
+  decltype(&::jpeg_start_decompress) jpeg_start_decompress;
+  decltype(&::jpeg_std_error) jpeg_std_error;
+};
+
+bool load(LibJpeg &to) {
+  void *library = dlopen("libjpeg.so.62", RTLD_LAZY | RTLD_LOCAL);
+  if (!library) return false;
+#define RAXEL_RESOLVE(name) resolve(library, #name, to.name)
+  return RAXEL_RESOLVE(jpeg_CreateDecompress) && RAXEL_RESOLVE(jpeg_destroy_decompress) &&
+         RAXEL_RESOLVE(jpeg_finish_decompress) && RAXEL_RESOLVE(jpeg_mem_src) &&
+         RAXEL_RESOLVE(jpeg_read_header) && RAXEL_RESOLVE(jpeg_read_scanlines) &&
+         RAXEL_RESOLVE(jpeg_save_markers) && RAXEL_RESOLVE(jpeg_start_decompress) &&
+         RAXEL_RESOLVE(jpeg_std_error);
+#undef RAXEL_RESOLVE
+}
+
+const LibJpeg &libJpeg() {
+  static LibJpeg functions{};
+  static const bool loaded = load(functions);
+  if (!loaded) throw Unreadable("needs libjpeg-turbo, which is not installed (package libjpeg62-turbo)");
+  return functions;
+}
 
 // The library reports by calling back and must not be returned to; so the functions below that call it hold
 // nothing but plain data, and are left by longjmp.
@@ -43,15 +77,16 @@ void noteWarning(j_common_ptr common, int level) {
 }
 
 struct Decoder {
+  const LibJpeg &lib = libJpeg();
   jpeg_decompress_struct info{};
   Trouble trouble{};
 
   Decoder() {
-    info.err = jpeg_std_error(&trouble.manager);
+    info.err = lib.jpeg_std_error(&trouble.manager);
     trouble.manager.error_exit = leaveOnError;
     trouble.manager.emit_message = noteWarning;
   }
-  ~Decoder() { jpeg_destroy_decompress(&info); }
+  ~Decoder() { lib.jpeg_destroy_decompress(&info); }
   Decoder(const Decoder &) = delete;
   Decoder &operator=(const Decoder &) = delete;
 
@@ -66,13 +101,14 @@ struct Decoder {
 };
 
 bool readHeader(Decoder &decoder, std::span<const uint8_t> bytes) {
+  const LibJpeg &lib = decoder.lib;
   if (setjmp(decoder.trouble.leave) != 0) return false;
   jpeg_decompress_struct &info = decoder.info;
-  jpeg_create_decompress(&info);
-  jpeg_save_markers(&info, JPEG_APP0 + 1, 0xFFFF);
-  jpeg_mem_src(&info, bytes.data(), bytes.size());
+  lib.jpeg_CreateDecompress(&info, JPEG_LIB_VERSION, sizeof info);
+  lib.jpeg_save_markers(&info, JPEG_APP0 + 1, 0xFFFF);
+  lib.jpeg_mem_src(&info, bytes.data(), bytes.size());
   info.mem->max_memory_to_use = static_cast<long>(std::min<uint64_t>(kLargestPicture, LONG_MAX));
-  jpeg_read_header(&info, TRUE);
+  lib.jpeg_read_header(&info, TRUE);
   if (info.num_components == 4) {
     info.out_color_space = JCS_CMYK;
   } else if (info.num_components == 3) {
@@ -93,17 +129,18 @@ void fromCmyk(const uint8_t *in, uint32_t width, bool inverted, uint8_t *to) {
 
 // `inks` has room for a row of CMYK, and is null for other pictures.
 bool decode(Decoder &decoder, uint8_t *pixels, size_t stride, uint8_t *inks) {
+  const LibJpeg &lib = decoder.lib;
   if (setjmp(decoder.trouble.leave) != 0) return false;
   jpeg_decompress_struct &info = decoder.info;
-  jpeg_start_decompress(&info);
+  lib.jpeg_start_decompress(&info);
   while (info.output_scanline < info.output_height) {
     uint8_t *to = pixels + stride * info.output_scanline;
     JSAMPROW row = inks ? inks : to;
-    jpeg_read_scanlines(&info, &row, 1);
+    lib.jpeg_read_scanlines(&info, &row, 1);
     // Adobe's CMYK stores 255 - ink.
     if (inks) fromCmyk(inks, info.output_width, info.saw_Adobe_marker, to);
   }
-  jpeg_finish_decompress(&info);
+  lib.jpeg_finish_decompress(&info);
   return true;
 }
 

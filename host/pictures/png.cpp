@@ -1,11 +1,13 @@
 // PNG: the chunks through libspng, the pixels inflated at once by libdeflate or, where that does not do,
 // decoded by libspng too. Depths of 1, 2 and 4 bits and colour tables stay as they are.
+#include <dlfcn.h>
 #include <spng.h>
 
 #include <cstring>
 #include <memory>
 #include <new>
 
+#include "loading.h"
 #include "pictures/exif.h"
 #include "pictures/picture.h"
 #include "pictures/png_filters.h"
@@ -14,11 +16,46 @@
 namespace host {
 namespace {
 
+struct LibSpng {
+  decltype(&::spng_ctx_free) spng_ctx_free;
+  decltype(&::spng_ctx_new) spng_ctx_new;
+  decltype(&::spng_decode_image) spng_decode_image;
+  decltype(&::spng_decode_row) spng_decode_row;
+  decltype(&::spng_get_ihdr) spng_get_ihdr;
+  decltype(&::spng_get_phys) spng_get_phys;
+  decltype(&::spng_get_plte) spng_get_plte;
+  decltype(&::spng_get_row_info) spng_get_row_info;
+  decltype(&::spng_get_trns) spng_get_trns;
+  decltype(&::spng_set_chunk_limits) spng_set_chunk_limits;
+  decltype(&::spng_set_crc_action) spng_set_crc_action;
+  decltype(&::spng_set_png_stream) spng_set_png_stream;
+  decltype(&::spng_strerror) spng_strerror;
+};
+
+bool load(LibSpng &to) {
+  void *library = dlopen("libspng.so.0", RTLD_LAZY | RTLD_LOCAL);
+  if (!library) return false;
+#define RAXEL_RESOLVE(name) resolve(library, #name, to.name)
+  return RAXEL_RESOLVE(spng_ctx_free) && RAXEL_RESOLVE(spng_ctx_new) && RAXEL_RESOLVE(spng_decode_image) &&
+         RAXEL_RESOLVE(spng_decode_row) && RAXEL_RESOLVE(spng_get_ihdr) && RAXEL_RESOLVE(spng_get_phys) &&
+         RAXEL_RESOLVE(spng_get_plte) && RAXEL_RESOLVE(spng_get_row_info) && RAXEL_RESOLVE(spng_get_trns) &&
+         RAXEL_RESOLVE(spng_set_chunk_limits) && RAXEL_RESOLVE(spng_set_crc_action) &&
+         RAXEL_RESOLVE(spng_set_png_stream) && RAXEL_RESOLVE(spng_strerror);
+#undef RAXEL_RESOLVE
+}
+
+const LibSpng &libSpng() {
+  static LibSpng functions{};
+  static const bool loaded = load(functions);
+  if (!loaded) throw Unreadable("needs libspng, which is not installed (package libspng0)");
+  return functions;
+}
+
 constexpr size_t kLargestChunk = size_t{64} << 20;
 
 void check(int code) {
   if (code == SPNG_EMEM) throw std::bad_alloc();
-  if (code != 0) throw Unreadable(std::string("is damaged: ") + spng_strerror(code));
+  if (code != 0) throw Unreadable(std::string("is damaged: ") + libSpng().spng_strerror(code));
 }
 
 // True for a chunk that is there, false for one that is not; whatever else is wrong is an error.
@@ -34,19 +71,19 @@ int readStream(spng_ctx *, void *stream, void *to, size_t length) {
 // libspng at the beginning of the stream.
 class Context {
  public:
-  explicit Context(PngStream &stream) : context_(spng_ctx_new(0)) {
+  explicit Context(PngStream &stream) : context_(libSpng().spng_ctx_new(0)) {
     if (!context_) throw std::bad_alloc();
     stream.rewind();
     // A wrong checksum in the pixels is an error; in a comment it is not worth one.
-    check(spng_set_crc_action(context_.get(), SPNG_CRC_ERROR, SPNG_CRC_DISCARD));
-    check(spng_set_chunk_limits(context_.get(), kLargestChunk, kLargestChunk));
-    check(spng_set_png_stream(context_.get(), readStream, &stream));
+    check(libSpng().spng_set_crc_action(context_.get(), SPNG_CRC_ERROR, SPNG_CRC_DISCARD));
+    check(libSpng().spng_set_chunk_limits(context_.get(), kLargestChunk, kLargestChunk));
+    check(libSpng().spng_set_png_stream(context_.get(), readStream, &stream));
   }
   operator spng_ctx *() const { return context_.get(); }
 
  private:
   struct Free {
-    void operator()(spng_ctx *context) const { spng_ctx_free(context); }
+    void operator()(spng_ctx *context) const { libSpng().spng_ctx_free(context); }
   };
   std::unique_ptr<spng_ctx, Free> context_;
 };
@@ -86,7 +123,7 @@ struct Front {
 
 void readTable(spng_ctx *context, const Front &front, const Background &background, Picture &out) {
   spng_plte colors{};
-  if (!has(spng_get_plte(context, &colors))) check(SPNG_ENOPLTE);
+  if (!has(libSpng().spng_get_plte(context, &colors))) check(SPNG_ENOPLTE);
   const uint32_t opacities = front.transparent ? front.transparency.n_type3_entries : 0;
   for (uint32_t i = 0; i < colors.n_entries && i < 256; ++i) {
     const unsigned opacity = i < opacities ? front.transparency.type3_alpha[i] : 255;
@@ -111,17 +148,17 @@ void markTransparentLevel(unsigned level, uint32_t bits, const Background &backg
 
 void readResolution(spng_ctx *context, const Exif &exif, Picture &out) {
   spng_phys phys{};
-  const bool said = has(spng_get_phys(context, &phys)) && phys.unit_specifier == 1;
+  const bool said = has(libSpng().spng_get_phys(context, &phys)) && phys.unit_specifier == 1;
   out.dpiX = said ? phys.ppu_x * 0.0254 : exif.dpiX;
   out.dpiY = said ? phys.ppu_y * 0.0254 : exif.dpiY;
 }
 
 Front readFront(std::span<const uint8_t> bytes, spng_ctx *context) {
   Front front{};
-  const int code = spng_get_ihdr(context, &front.header);
+  const int code = libSpng().spng_get_ihdr(context, &front.header);
   if (code == SPNG_EOVERFLOW) throw Unreadable(tooLarge(quad(bytes, 16), quad(bytes, 20)));
   check(code);
-  front.transparent = has(spng_get_trns(context, &front.transparency));
+  front.transparent = has(libSpng().spng_get_trns(context, &front.transparency));
   return front;
 }
 
@@ -194,20 +231,20 @@ bool showInflated(Buffer rows, const Front &front, const Background &background,
 void decodeAsItIs(spng_ctx *context, const Front &front, Picture &out) {
   // The passes of an interlaced picture are laid over each other within a byte.
   if (front.interlaced() && out.view.bits < 8) std::memset(out.pixels.data(), 0, out.pixels.size());
-  check(spng_decode_image(context, out.pixels.data(), out.pixels.size(), SPNG_FMT_RAW, 0));
+  check(libSpng().spng_decode_image(context, out.pixels.data(), out.pixels.size(), SPNG_FMT_RAW, 0));
 }
 
 void decodeRows(spng_ctx *context, const Front &front, const Converter &converter) {
   constexpr uint32_t kFirst[] = {0, 4, 0, 2, 0, 1, 0}, kStep[] = {8, 8, 4, 4, 2, 2, 1};
-  check(spng_decode_image(context, nullptr, 0, SPNG_FMT_RAW, SPNG_DECODE_PROGRESSIVE));
+  check(libSpng().spng_decode_image(context, nullptr, 0, SPNG_FMT_RAW, SPNG_DECODE_PROGRESSIVE));
   const Buffer row(front.rowBytes());
   // It tells of the end with the last row or, where the last pass has no rows, after it.
   for (int code = 0; code != SPNG_EOI;) {
     spng_row_info info{};
-    code = spng_get_row_info(context, &info);
+    code = libSpng().spng_get_row_info(context, &info);
     if (code == SPNG_EOI) return;
     check(code);
-    code = spng_decode_row(context, row.data(), row.size());
+    code = libSpng().spng_decode_row(context, row.data(), row.size());
     if (code != SPNG_EOI) check(code);
     const bool passes = front.interlaced();
     converter.take(row.data(), info.row_num, passes ? kFirst[info.pass] : 0, passes ? kStep[info.pass] : 1);

@@ -1,5 +1,6 @@
 #include "pictures/png_stream.h"
 
+#include <dlfcn.h>
 #include <libdeflate.h>
 
 #include <algorithm>
@@ -8,11 +9,35 @@
 #include <new>
 #include <string_view>
 
+#include "loading.h"
 #include "pictures/input.h"
 #include "pictures/picture.h"
 
 namespace host {
 namespace {
+
+struct LibDeflate {
+  decltype(&::libdeflate_crc32) libdeflate_crc32;
+  decltype(&::libdeflate_alloc_decompressor) libdeflate_alloc_decompressor;
+  decltype(&::libdeflate_free_decompressor) libdeflate_free_decompressor;
+  decltype(&::libdeflate_zlib_decompress) libdeflate_zlib_decompress;
+};
+
+bool load(LibDeflate &to) {
+  void *library = dlopen("libdeflate.so.0", RTLD_LAZY | RTLD_LOCAL);
+  if (!library) return false;
+#define RAXEL_RESOLVE(name) resolve(library, #name, to.name)
+  return RAXEL_RESOLVE(libdeflate_crc32) && RAXEL_RESOLVE(libdeflate_alloc_decompressor) &&
+         RAXEL_RESOLVE(libdeflate_free_decompressor) && RAXEL_RESOLVE(libdeflate_zlib_decompress);
+#undef RAXEL_RESOLVE
+}
+
+const LibDeflate &libDeflate() {
+  static LibDeflate functions{};
+  static const bool loaded = load(functions);
+  if (!loaded) throw Unreadable("needs libdeflate, which is not installed (package libdeflate0)");
+  return functions;
+}
 
 constexpr size_t kSignature = 8, kAround = 12;  // a chunk's length, name and checksum
 
@@ -29,7 +54,7 @@ std::span<const uint8_t> contentOf(std::span<const uint8_t> chunk) {
 }
 
 bool checksumHolds(std::span<const uint8_t> chunk) {
-  return libdeflate_crc32(0, chunk.data() + 4, chunk.size() - 8) ==
+  return libDeflate().libdeflate_crc32(0, chunk.data() + 4, chunk.size() - 8) ==
          numberAt(chunk.data() + chunk.size() - 4);
 }
 
@@ -39,7 +64,9 @@ bool decidesThePicture(std::string_view name) {
 }
 
 struct FreeDecompressor {
-  void operator()(libdeflate_decompressor *which) const { libdeflate_free_decompressor(which); }
+  void operator()(libdeflate_decompressor *which) const {
+    libDeflate().libdeflate_free_decompressor(which);
+  }
 };
 
 }  // namespace
@@ -87,7 +114,7 @@ Buffer PngStream::inflate(uint64_t size, size_t spare) const {
   const uint8_t *last = parts_[endOfPixels_ - 1].data() + parts_[endOfPixels_ - 1].size();
   bringIn({parts_[firstPixels_].data(), last});
   const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> inflater(
-      libdeflate_alloc_decompressor());
+      libDeflate().libdeflate_alloc_decompressor());
   if (!inflater) return {};
   try {
     Buffer joined;
@@ -97,8 +124,8 @@ Buffer PngStream::inflate(uint64_t size, size_t spare) const {
     const auto wanted = static_cast<size_t>(size);
     Buffer out(wanted + spare);
     size_t got = 0;
-    const auto result =
-        libdeflate_zlib_decompress(inflater.get(), pixels.data(), pixels.size(), out.data(), wanted, &got);
+    const auto result = libDeflate().libdeflate_zlib_decompress(inflater.get(), pixels.data(),
+                                                                pixels.size(), out.data(), wanted, &got);
     return result == LIBDEFLATE_SUCCESS && got == wanted ? std::move(out) : Buffer();
   } catch (const std::bad_alloc &) {
     return {};  // row by row takes less
