@@ -51,7 +51,8 @@ TEST(LiveBlocks, AnyNumberOfThemComesAndGoes) {
     if (blocks.size() < 2000 && random.chance(step < 10000 ? 70 : 30)) {
       blocks.push_back(GlobalAlloc(66, static_cast<uint32_t>(random.between(0, 60))));
     } else if (!blocks.empty()) {
-      std::swap(blocks[random.next() % blocks.size()], blocks.back());
+      const int64_t last = static_cast<int64_t>(blocks.size()) - 1;
+      std::swap(blocks[static_cast<size_t>(random.between(0, last))], blocks.back());
       const void *data = GlobalLock(blocks.back());
       GlobalFree(blocks.back());
       blocks.pop_back();
