@@ -1,7 +1,5 @@
 # libraxelhost: what a host does to a picture on its way through the filter into a file.
 pkg_check_modules(LEPTONICA REQUIRED lept)
-pkg_check_modules(IMAGEQUANT IMPORTED_TARGET imagequant)
-option(RAXEL_IMAGEQUANT "Reduce colours with libimagequant (GPL 3 or later)" ${IMAGEQUANT_FOUND})
 
 add_library(raxelhost_objects OBJECT
   buffer.cpp failure.cpp
@@ -10,7 +8,8 @@ add_library(raxelhost_objects OBJECT
   filter/driver.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp filter/setup.cpp
   finish/file.cpp finish/planned.cpp finish/read.cpp finish/write.cpp
   output/hold.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
-  prepare/colors.cpp prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
+  prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/diffuse.cpp
+  prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
   prepare/nearest.cpp prepare/page.cpp prepare/plan.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp
   prepare/quantize_filter.cpp prepare/scale.cpp prepare/services.cpp prepare/source.cpp prepare/swap.cpp
   prepare/taps.cpp)
@@ -22,10 +21,6 @@ target_compile_options(raxelhost_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-r
 target_link_libraries(raxelhost_objects PRIVATE raxel_warnings PUBLIC raxel_numbers ${CMAKE_DL_LIBS})
 set_target_properties(raxelhost_objects PROPERTIES
   POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
-if(RAXEL_IMAGEQUANT)
-  target_compile_definitions(raxelhost_objects PRIVATE RAXEL_HAS_IMAGEQUANT)
-  target_link_libraries(raxelhost_objects PUBLIC PkgConfig::IMAGEQUANT)
-endif()
 
 # For bindings and other hosts; raxel-export links the objects.
 add_library(raxelhost SHARED)

@@ -96,7 +96,7 @@ inline constexpr auto kOptions = std::to_array<OptionRow>({
    "none invert invert-grey grey grey-invert", kGroupPicture,
    "Change colours first: invert all or only greys, or make all grey"},
   {OptionId::kQuantizer, 0, "quantizer", "WHICH", Completes::kChoices, "best fast filter", kGroupPicture,
-   "Who chooses colours for the 16- and 256-colour modes: the smallest error, the least time, or the filter"},
+   "Who chooses colours for the 16- and 256-colour modes: the smallest error, Leptonica, or the filter"},
   {OptionId::kBackground, 0, "background", "COLOR", Completes::kExamples,
    "white black silver gray maroon red purple fuchsia green lime olive yellow navy blue teal aqua", kGroupPicture,
    "What shows through transparent parts: white (the default), another of HTML's sixteen names, #RGB or #RRGGBB"},

@@ -1,26 +1,24 @@
-// The colours of a picture, gathered into small cubes.
+// The colours of a picture and how many pixels have them.
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <vector>
 
 #include "prepare/source.h"
 
 namespace prepare {
 
-// A cube of 4 by 4 by 4 colours that occurs: the mean of its pixels, and how many there are.
+// Colours that are close to one another, as their mean.
 struct ColorCount {
   Color mean;
-  uint32_t count;
+  uint32_t count;  // of the pixels that were looked at
 };
 
+// Colours in cubes of 4 by 4 by 4, or one by one where they fill few cubes. Of a picture of more than four
+// million pixels every second, fourth, ... is looked at, in each row from another column on.
 std::vector<ColorCount> histogramOf(const Source &source);
-// The same in cubes of 8 by 8 by 8, an eighth of them for noise.
-std::vector<ColorCount> inLargerCubes(std::span<const ColorCount> histogram);
 
-// Moves each colour of the table to the mean of what it is nearest to, a few times over, so that the sum of
-// squares falls. A colour that nothing is nearest to stays where it is.
-void refine(std::span<const ColorCount> histogram, std::span<Color> table);
+// The same in cubes of 8 by 8 by 8, an eighth of them for noise.
+std::vector<ColorCount> inLargerCubes(const std::vector<ColorCount> &histogram);
 
 }  // namespace prepare

@@ -1,30 +1,140 @@
 #include "prepare/nearest.h"
 
-#include <algorithm>
 #include <climits>
 
 namespace prepare {
+namespace {
 
-void NearestColor::fill(Cell &cell, const std::array<int, 3> &at) {
-  std::array<int, 256> nearest{};
-  int bound = INT_MAX;  // how far the nearest entry can be at most, for any colour of the cell
-  for (size_t i = 0; i < table_.size(); ++i) {
-    int near = 0, far = 0;
-    for (size_t c = 0; c < 3; ++c) {
-      const int low = at[c] * 8, high = low + 7, v = table_[i][c];
-      const int outside = std::max({low - v, v - high, 0}),
-                across = std::max(std::abs(v - low), std::abs(v - high));
-      near += outside * outside;
-      far += across * across;
+int squares(const Color &a, const Color &b) {
+  int sum = 0;
+  for (size_t c = 0; c < 3; ++c) sum += (a[c] - b[c]) * (a[c] - b[c]);
+  return sum;
+}
+
+uint8_t nearestOf(std::span<const uint8_t> candidates, std::span<const Color> table, const Color &color) {
+  uint8_t best = candidates[0];
+  int least = INT_MAX;
+  for (const uint8_t index : candidates) {
+    const int distance = squares(table[index], color);
+    if (distance < least) {
+      least = distance;
+      best = index;
     }
-    nearest[i] = near;
-    bound = std::min(bound, far);
   }
-  cell.first = static_cast<uint32_t>(candidates_.size());
-  for (size_t i = 0; i < table_.size(); ++i) {
-    if (nearest[i] <= bound) candidates_.push_back(static_cast<uint8_t>(i));
+  return best;
+}
+
+}  // namespace
+
+uint8_t nearestEntry(std::span<const Color> table, const Color &color) {
+  size_t best = 0;
+  int least = INT_MAX;
+  for (size_t i = 0; i < table.size(); ++i) {
+    const int distance = squares(table[i], color);
+    if (distance < least) {
+      least = distance;
+      best = i;
+    }
   }
-  cell.count = static_cast<uint32_t>(candidates_.size()) - cell.first;
+  return static_cast<uint8_t>(best);
+}
+
+Candidates::Candidates(std::span<const Color> table)
+    : table_(table), all_(table.size()), large_(16 * 16 * 16), small_(32 * 32 * 32) {
+  for (size_t i = 0; i < all_.size(); ++i) all_[i] = static_cast<uint8_t>(i);
+}
+
+// Compares each candidate a with the one that is nearest to the cell's middle, b. The difference of the
+// squared distances from a colour p to the two,
+//     (p - a)^2 - (p - b)^2 = (a - b) . (a + b - 2p),
+// is linear in p: it is least in a corner of the cell, and each channel finds its corner by itself. When
+// even that is above 0, a is never the nearest here.
+void Candidates::keepPossible(std::span<const uint8_t> from, const Color &low, int side) {
+  const auto half = static_cast<uint8_t>(side / 2);
+  const Color middle{static_cast<uint8_t>(low[0] + half), static_cast<uint8_t>(low[1] + half),
+                     static_cast<uint8_t>(low[2] + half)};
+  const uint8_t central = nearestOf(from, table_, middle);
+  const Color &b = table_[central];
+  possible_.clear();
+  for (const uint8_t index : from) {
+    const Color &a = table_[index];
+    int least = 0;
+    for (size_t c = 0; c < 3; ++c) {
+      const int p = a[c] > b[c] ? low[c] + side - 1 : low[c];
+      least += (a[c] - b[c]) * (a[c] + b[c] - 2 * p);
+    }
+    // One that is never more than as near loses to an earlier entry.
+    if (least < 0 || (least == 0 && index <= central)) possible_.push_back(index);
+  }
+}
+
+void Candidates::note(List &list, std::span<const uint8_t> from, const Color &color, int side) {
+  const auto start = [side](uint8_t v) { return static_cast<uint8_t>(v & -side); };
+  keepPossible(from, {start(color[0]), start(color[1]), start(color[2])}, side);
+  list = {static_cast<uint32_t>(lists_.size()), static_cast<uint32_t>(possible_.size())};
+  lists_.insert(lists_.end(), possible_.begin(), possible_.end());
+}
+
+std::span<const uint8_t> Candidates::around(const Color &color) {
+  const auto cell = [&](int bits) {
+    const int shift = 8 - bits;
+    return static_cast<size_t>((color[0] >> shift) << (2 * bits) | (color[1] >> shift) << bits |
+                               color[2] >> shift);
+  };
+  List &small = small_[cell(5)];
+  if (small.count == 0) {
+    List &large = large_[cell(4)];
+    if (large.count == 0) note(large, all_, color, 16);
+    note(small, listed(large), color, 8);
+  }
+  return listed(small);
+}
+
+uint8_t Candidates::find(const Color &color) {
+  return nearestOf(around(color), table_, color);
+}
+
+std::span<const uint8_t> Candidates::inSmallCell(const Color &low) {
+  keepPossible(around(low), low, 4);
+  return possible_;
+}
+
+NearestColor::NearestColor(std::span<const Color> table)
+    : table_(table), candidates_(table), answered_(64 * 64 * 64), answers_(kAnswers) {
+  for (size_t i = 0; i < table.size(); ++i) {
+    answers_.insert(answers_.end(), kAnswers, static_cast<uint8_t>(i));
+  }
+}
+
+void NearestColor::answer(size_t cell) {
+  const Color low{static_cast<uint8_t>(cell >> 12 << 2), static_cast<uint8_t>((cell >> 6 & 63) << 2),
+                  static_cast<uint8_t>((cell & 63) << 2)};
+  const std::span<const uint8_t> possible = candidates_.inSmallCell(low);
+  if (possible.size() == 1) {
+    answered_[cell] = possible[0] + 1u;
+    return;
+  }
+  answered_[cell] = static_cast<uint32_t>(answers_.size() / kAnswers);
+  for (unsigned place = 0; place < kAnswers; ++place) {
+    const Color color{static_cast<uint8_t>(low[0] + (place >> 4)),
+                      static_cast<uint8_t>(low[1] + (place >> 2 & 3)),
+                      static_cast<uint8_t>(low[2] + (place & 3))};
+    answers_.push_back(nearestOf(possible, table_, color));
+  }
+}
+
+void NearestColor::findRow(std::span<const uint8_t> colors, uint8_t *indices) {
+  const uint32_t *answered = answered_.data();
+  const uint8_t *answers = answers_.data();
+  const uint8_t *end = colors.data() + colors.size();
+  for (const uint8_t *color = colors.data(); color != end; color += 3) {
+    const size_t cell = cellOf(color[0], color[1], color[2]);
+    if (answered[cell] == 0) {
+      answer(cell);
+      answers = answers_.data();
+    }
+    *indices++ = answers[answered[cell] * kAnswers + placeOf(color[0], color[1], color[2])];
+  }
 }
 
 }  // namespace prepare

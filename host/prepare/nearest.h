@@ -1,4 +1,4 @@
-// The nearest of up to 256 colours, found for millions of pixels.
+// The nearest of up to 256 colours: the entry with the smallest sum of squares, the first of equals.
 #pragma once
 
 #include <array>
@@ -10,51 +10,75 @@
 
 namespace prepare {
 
-// The cube of colours is cut into cells of 8 by 8 by 8. For each cell that is asked about, the entries
-// that are nearest for some colour in it are noted once: those no farther at their nearest corner than
-// some entry is at its farthest. A handful is left for a pixel to be compared with.
-class NearestColor {
+// Compares with every entry. There is at least one.
+uint8_t nearestEntry(std::span<const Color> table, const Color &color);
+
+// Compares with few. The cube of colours is cut into cells of side 16 and of side 8. When a cell is asked
+// about for the first time, the entries that can be nearest for some colour in it are noted, out of those
+// of the larger cell around it: some twenty of 256 for a side of 16, five for 8.
+class Candidates {
  public:
   // Up to 256 entries; borrowed.
-  explicit NearestColor(std::span<const Color> table) : table_(table), cells_(32 * 32 * 32) {}
+  explicit Candidates(std::span<const Color> table);
 
-  // The entry with the smallest sum of squares; the first of equals.
-  uint8_t find(uint8_t red, uint8_t green, uint8_t blue) {
-    const Cell &cell = cellOf(red >> 3, green >> 3, blue >> 3);
-    const uint8_t *candidate = candidates_.data() + cell.first;
-    uint8_t best = candidate[0];
-    int least = distance(best, red, green, blue);
-    for (uint32_t i = 1; i < cell.count; ++i) {
-      const int d = distance(candidate[i], red, green, blue);
-      if (d < least) {
-        least = d;
-        best = candidate[i];
-      }
-    }
-    return best;
-  }
+  uint8_t find(const Color &color);
+
+  // The entries that can be nearest in a cell, which begins at `low`: of a side of 4, out of those of the
+  // side of 8 around it. In the order of the table; good until the next call.
+  std::span<const uint8_t> inSmallCell(const Color &low);
 
  private:
-  struct Cell {
+  struct List {
     uint32_t first = 0;
     uint32_t count = 0;  // 0: nobody has asked yet
   };
 
-  int distance(uint8_t index, int red, int green, int blue) const {
-    const Color &c = table_[index];
-    return (c[0] - red) * (c[0] - red) + (c[1] - green) * (c[1] - green) + (c[2] - blue) * (c[2] - blue);
+  std::span<const uint8_t> listed(const List &list) const {
+    return {lists_.data() + list.first, list.count};
   }
-  const Cell &cellOf(unsigned red, unsigned green, unsigned blue) {
-    Cell &cell = cells_[red << 10 | green << 5 | blue];
-    if (cell.count == 0)
-      fill(cell, {static_cast<int>(red), static_cast<int>(green), static_cast<int>(blue)});
-    return cell;
-  }
-  void fill(Cell &cell, const std::array<int, 3> &at);
+  std::span<const uint8_t> around(const Color &color);
+  void note(List &list, std::span<const uint8_t> from, const Color &color, int side);
+  void keepPossible(std::span<const uint8_t> from, const Color &low, int side);
 
   std::span<const Color> table_;
-  std::vector<Cell> cells_;
-  std::vector<uint8_t> candidates_;
+  std::vector<uint8_t> all_;         // every index
+  std::vector<List> large_, small_;  // cells of side 16 and 8
+  std::vector<uint8_t> lists_;       // their candidates, each list in the table's order
+  std::vector<uint8_t> possible_;    // what keepPossible has kept
+};
+
+// For millions of pixels: the answers for the 64 colours of a cell of side 4 are kept, so that a pixel
+// costs two look-ups from the second time on.
+class NearestColor {
+ public:
+  // Up to 256 entries; borrowed.
+  explicit NearestColor(std::span<const Color> table);
+
+  uint8_t find(uint8_t red, uint8_t green, uint8_t blue) {
+    const size_t cell = cellOf(red, green, blue);
+    if (answered_[cell] == 0) answer(cell);
+    return answers_[answered_[cell] * kAnswers + placeOf(red, green, blue)];
+  }
+
+  // A row of three bytes a pixel; one index for each.
+  void findRow(std::span<const uint8_t> colors, uint8_t *indices);
+
+ private:
+  static constexpr size_t kAnswers = 64;
+
+  // The cell that holds a colour, and the colour's place in it.
+  static size_t cellOf(uint8_t red, uint8_t green, uint8_t blue) {
+    return static_cast<size_t>((red >> 2) << 12 | (green >> 2) << 6 | blue >> 2);
+  }
+  static size_t placeOf(uint8_t red, uint8_t green, uint8_t blue) {
+    return static_cast<size_t>((red & 3) << 4 | (green & 3) << 2 | (blue & 3));
+  }
+  void answer(size_t cell);
+
+  std::span<const Color> table_;
+  Candidates candidates_;
+  std::vector<uint32_t> answered_;  // of each cell: the number of its answers, 0 for none yet
+  std::vector<uint8_t> answers_;    // 64 of each number; from 1 on those of one entry throughout
 };
 
 }  // namespace prepare

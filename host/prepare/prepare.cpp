@@ -108,9 +108,7 @@ int raxelHostPrepare(const RaxelPicture *picture, const RaxelRequest *request,
 
 int raxelHostHasQuantizer(int quantizer) {
   switch (quantizer) {
-#ifdef RAXEL_HAS_IMAGEQUANT
     case RAXEL_QUANTIZE_BEST:
-#endif
     case RAXEL_QUANTIZE_FILTER:
       return 1;
     default:

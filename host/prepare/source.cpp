@@ -81,6 +81,12 @@ void Source::readColors(uint32_t y, uint8_t *out) const {
   }
 }
 
+const uint8_t *Source::colorsOf(uint32_t y, uint8_t *room) const {
+  if (!indexed() && treatment_ == RAXEL_TREAT_NONE) return row(y);
+  readColors(y, room);
+  return room;
+}
+
 bool isGreyPicture(const Source &source) {
   if (source.grey()) return true;
   std::vector<uint8_t> row(size_t{source.width()} * 3);
@@ -96,6 +102,14 @@ bool isGreyPicture(const Source &source) {
 void packRow(std::span<const uint8_t> indices, uint32_t bits, uint8_t *out) {
   if (bits == 8) {
     std::copy(indices.begin(), indices.end(), out);
+    return;
+  }
+  if (bits == 4) {
+    const size_t pairs = indices.size() / 2;
+    for (size_t i = 0; i < pairs; ++i) {
+      out[i] = static_cast<uint8_t>(indices[2 * i] << 4 | indices[2 * i + 1]);
+    }
+    if (indices.size() % 2 != 0) out[pairs] = static_cast<uint8_t>(indices.back() << 4);
     return;
   }
   unsigned gathered = 0;

@@ -43,6 +43,8 @@ class Source {
   void readGrey(uint32_t y, uint8_t *out) const;
   // Three bytes a pixel: red, green, blue.
   void readColors(uint32_t y, uint8_t *out) const;
+  // The same, in place where the row stands so already; `room` for one row is used where it does not.
+  const uint8_t *colorsOf(uint32_t y, uint8_t *room) const;
 
  private:
   RaxelPicture picture_;

@@ -50,8 +50,8 @@ typedef enum RaxelDither { RAXEL_DITHER_AUTO, RAXEL_DITHER_ON, RAXEL_DITHER_OFF 
 
 // Who chooses the colours when a picture has more than the mode allows.
 typedef enum RaxelQuantizer {
-  RAXEL_QUANTIZE_BEST,    // libimagequant: the smallest error
-  RAXEL_QUANTIZE_FAST,    // Leptonica's median cut: a tenth of the time
+  RAXEL_QUANTIZE_BEST,    // the smallest error
+  RAXEL_QUANTIZE_FAST,    // Leptonica's median cut
   RAXEL_QUANTIZE_FILTER,  // the filter's own median cut on 15-bit colours
   RAXEL_QUANTIZERS
 } RaxelQuantizer;
