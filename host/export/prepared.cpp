@@ -62,6 +62,9 @@ void crossCheck(Setup &setup, const RaxelPlan &plan, const Library &library) {
   }
 }
 
+// No code makes pixels longer than by this factor, but for fax codes of patterns that nobody scans.
+constexpr uint64_t kLongestCode = 2;
+
 // What the filter takes while it writes, besides its tables: a driver session collects the rows, and the
 // code of a T.6 strip, of six bits a pixel at worst, is collected and moved as it grows.
 uint64_t blocksWhileWriting(const RaxelPlan &plan, int32_t road) {
@@ -113,6 +116,7 @@ void makeFile(const RaxelHostJob &job, const Library &library, RaxelHostResult &
   if (!output) return;
   std::optional<Meant> meant;
   if (job.flags & RAXEL_HOST_VERIFY) meant.emplace(plan, room.pixels.bytes(), room.table.bytes());
+  output->sink().expect(output->sink().size() + plan.uncompressedBytes * kLongestCode);
   checkMemory(blocksWhileWriting(plan, job.road));
   writePicture(library, setup, handoverOf(room, plan), &plan, static_cast<RaxelHostRoad>(job.road),
                dataWrites(plan), *output, pace);

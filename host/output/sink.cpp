@@ -51,7 +51,6 @@ bool Sink::keep(const uint8_t *bytes, size_t count) {
   return true;
 }
 
-// Large blocks move by their pages, so nothing is copied on the way to the final size.
 bool Sink::grow(uint64_t size) {
   const uint64_t room = std::max({size, room_ * 2, kFront});
   void *block = std::realloc(block_, static_cast<size_t>(room));
@@ -69,6 +68,10 @@ bool Sink::grow(uint64_t size) {
   useLargePages(block_ + used, static_cast<size_t>(room - used));
   room_ = room;
   return true;
+}
+
+void Sink::expect(uint64_t bytes) {
+  if (fd_ < 0 && bytes > room_ && prepare::fits(bytes + prepare::kFilterTables)) grow(bytes);
 }
 
 uint8_t *Sink::release() {
