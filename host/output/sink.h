@@ -22,8 +22,8 @@ class Sink {
   Sink(const Sink &) = delete;
   Sink &operator=(const Sink &) = delete;
 
-  // Sets addresses aside for so many bytes where they are kept in memory, if there are so many: a block that
-  // grows is copied. What is not written takes no memory.
+  // Sets addresses aside for so many bytes where they are kept in memory, if there are so many: a block
+  // that grows is copied. What is not written takes no memory.
   void expect(uint64_t bytes);
   // At the current position. False after the first failure, and from then on; error() says why.
   bool write(const uint8_t *bytes, size_t count);

@@ -24,6 +24,7 @@ def run(script, build, source):
             "PATH": build + ":/usr/bin:/bin",
             "SAMPLES": os.path.join(source, "samples"),
             "FAKES": os.path.join(build, "tests/cli"),
+            "EXAMPLES": os.path.join(source, "examples"),
             "HOME": folder,
             "LC_ALL": "C",
         }
