@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -13,6 +14,7 @@
 #include <map>
 #include <vector>
 
+#include "command/cores.h"
 #include "command/export_one.h"
 #include "command/progress.h"
 #include "command/report.h"
@@ -210,7 +212,10 @@ int exportAll(const Options &options) {
     sweepFolders(options.outputs);
   }
   Outcome outcome(options.inputs.size());
-  if (options.jobs > 1 && options.inputs.size() > 1) {
+  const bool sideBySide = options.jobs > 1 && options.inputs.size() > 1;
+  shareCores(options.threads,
+             sideBySide ? static_cast<unsigned>(std::min<size_t>(options.jobs, options.inputs.size())) : 1);
+  if (sideBySide) {
     Pool pool(library, options, originals, outcome);
     for (size_t i = 0; i < options.inputs.size(); ++i) {
       if (pool.running() == options.jobs) pool.waitForOne();

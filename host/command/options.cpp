@@ -170,6 +170,12 @@ void apply(const OptionRow &row, const std::string &value, Parsed &to) {
       o.jobs = *jobs;
       return;
     }
+    case OptionId::kThreads: {
+      const auto threads = parse<unsigned>(value);
+      if (!threads || *threads < 1 || *threads > 256) failValue(row.longName, value, "give 1 to 256");
+      o.threads = *threads;
+      return;
+    }
     case OptionId::kForce:
       o.rules.force = true;
       return;

@@ -35,6 +35,7 @@ struct Options {
   std::vector<std::string> outputs;  // one for each input
   std::string directory;             // where they lie, with -d
   unsigned jobs = 1;
+  unsigned threads = 0;  // 0: as many as there are cores
   TargetRules rules;
 
   // Empty where the command line says nothing: the profile or the picture decides then.

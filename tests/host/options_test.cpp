@@ -51,6 +51,14 @@ TEST(Options, AFolderGetsEveryInputUnderItsOwnName) {
   EXPECT_EQ(errorOf({"-d", "to", "-"}), "standard input has no name to use with -d; give -o");
 }
 
+TEST(Options, ThreadsAreANumber) {
+  EXPECT_EQ(parse({"in.png", "out.tif"}).threads, 0u);
+  EXPECT_EQ(parse({"--threads", "2", "in.png", "out.tif"}).threads, 2u);
+  for (const char *bad : {"0", "257", "-1", "x", "2x"}) {
+    EXPECT_NE(errorOf({"--threads", bad, "in.png", "out.tif"}), "") << bad;
+  }
+}
+
 TEST(Options, SeveralInputsNeedAFolder) {
   EXPECT_EQ(errorOf({"a.png", "b.png", "c.tif"}), "several inputs go into a folder: give -d DIR");
   EXPECT_EQ(errorOf({}), "no input given");

@@ -1,0 +1,39 @@
+#include "command/cores.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <thread>
+
+namespace host {
+namespace {
+
+constexpr char kVariable[] = "RAXEL_THREADS";
+
+// What the filter takes from it: a whole number above 0, and else no limit.
+unsigned heldByEnvironment() {
+  const char *text = std::getenv(kVariable);
+  if (text == nullptr) return 0;
+  unsigned number = 0;
+  const char *end = text + std::strlen(text);
+  const auto [last, error] = std::from_chars(text, end, number);
+  return error == std::errc() && last == end ? number : 0;
+}
+
+}  // namespace
+
+unsigned coresEach(unsigned cores, unsigned threads, unsigned jobs, unsigned held) {
+  const unsigned shared = threads != 0 ? threads : std::max(cores, 1u);
+  const unsigned each = std::max(shared / std::max(jobs, 1u), 1u);
+  return held != 0 ? std::min(each, held) : each;
+}
+
+void shareCores(unsigned threads, unsigned jobs) {
+  if (threads == 0 && jobs < 2) return;
+  const unsigned each = coresEach(std::thread::hardware_concurrency(), threads, jobs, heldByEnvironment());
+  setenv(kVariable, std::to_string(each).c_str(), 1);
+}
+
+}  // namespace host
