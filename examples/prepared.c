@@ -5,7 +5,6 @@
    The picture here is a disc on a slope of colours, rows from the top, red before blue: as it would come
    from a reader or a canvas. What the filter wants of it, libraxelhost knows. */
 #include "host.h"
-
 #include "raxel/host.h"
 
 enum { WIDTH = 201, HEIGHT = 101, DPI = 150 };
@@ -43,7 +42,9 @@ static void put16(size_t at, uint32_t value) {
   const uint16_t half = (uint16_t)value;
   memcpy(info + at, &half, sizeof half);
 }
-static void put32(size_t at, int32_t value) { memcpy(info + at, &value, sizeof value); }
+static void put32(size_t at, int32_t value) {
+  memcpy(info + at, &value, sizeof value);
+}
 
 int main(int argc, char **argv) {
   RaxelServices services;
@@ -102,8 +103,8 @@ int main(int argc, char **argv) {
   escapes[1][0] = 9, escapes[1][1] = raxelHostModeValue(plan.mode);
   escapes[2][0] = 10, escapes[2][1] = raxelHostCompressionValue(plan.compression);
   escapes[3][0] = 18, escapes[3][1] = RAXEL_ESCAPE_USER_RESOLUTION;
-  escapes[4][0] = 11, escapes[4][1] = plan.dpiX;
-  escapes[5][0] = 12, escapes[5][1] = plan.dpiY;
+  escapes[4][0] = 11, escapes[4][1] = plan.filterDpiX;
+  escapes[5][0] = 12, escapes[5][1] = plan.filterDpiY;
   escapes[6][0] = 19, escapes[6][1] = RAXEL_ESCAPE_PICTURE_SIZE;
   for (i = 0; i < sizeof escapes / sizeof escapes[0]; ++i) {
     if (escape(setup, escapes[i][0], 4, &escapes[i][1], NULL, 0) != 1) fail("a setting is refused");
@@ -125,7 +126,8 @@ int main(int argc, char **argv) {
   status[2] = (HostWord)report;
   export_record[2] = setup;
   export_record[6] = (HostWord)status;
-  if (export_cells(argv[2], &record, info, export_record) != RAXEL_OK || !complete) fail("the export failed");
+  if (export_cells(argv[2], &record, info, export_record) != RAXEL_OK || !complete)
+    fail("the export failed");
   for (i = 0; i < RAXEL_NOTES; ++i) {
     if (plan.notes & 1u << i) printf("%s\n", raxelHostNote(1u << i));
   }

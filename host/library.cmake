@@ -25,7 +25,8 @@ set_target_properties(raxelhost_objects PROPERTIES
 # For bindings and other hosts; raxel-export links the objects.
 add_library(raxelhost SHARED)
 target_link_libraries(raxelhost PRIVATE raxelhost_objects)
-set(RAXELHOST_EXPORTS_MAP ${CMAKE_CURRENT_SOURCE_DIR}/raxelhost.map)
+target_include_directories(raxelhost INTERFACE ${PROJECT_SOURCE_DIR}/include)
+set(RAXELHOST_EXPORTS_MAP ${CMAKE_CURRENT_SOURCE_DIR}/export/raxelhost.map)
 set_target_properties(raxelhost PROPERTIES LINKER_LANGUAGE CXX
   SOVERSION 0 LINK_DEPENDS ${RAXELHOST_EXPORTS_MAP})
 target_link_options(raxelhost PRIVATE -Wl,--no-undefined -Wl,--version-script=${RAXELHOST_EXPORTS_MAP})

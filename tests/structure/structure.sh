@@ -52,6 +52,14 @@ case $check in
   unfinished)
     ! grep -rnwEI 'TO''DO|FIX''ME|XX''X' include src host tests bench fuzz docs dev README.md CONTRIBUTING.md
     ;;
+  rooms)
+    # A folder that holds rooms is not a room itself: what lies beside them is what they share.
+    few() {
+      count=$(find "$1" -maxdepth 1 -type f | wc -l)
+      [ "$count" -le "$2" ] || { echo "$1 holds $count files beside its rooms, more than $2"; return 1; }
+    }
+    few host 10 && few src/color 20
+    ;;
   short)
     # A file of one purpose is short. Beyond this many lines it has a second one.
     sources include src host | xargs wc -l | awk '$2 != "total" && $1 > 400 { print; bad = 1 } END { exit bad }'
