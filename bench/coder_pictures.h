@@ -132,17 +132,17 @@ inline Picture chartPicture() {
 }
 
 // A soft picture in grey, error-diffused to black and white.
-inline Picture ditheredPicture() {
-  const std::vector<uint8_t> grey = photo(kPageWidth, kPageHeight, 1);
+inline Picture ditheredPicture(size_t width = kPageWidth, size_t height = kPageHeight) {
+  const std::vector<uint8_t> grey = photo(width, height, 1);
   std::vector<bool> ink(grey.size());
-  std::vector<int> row(kPageWidth + 2);
-  std::vector<int> below(kPageWidth + 2);
-  for (size_t y = 0; y < kPageHeight; ++y) {
-    for (size_t x = 0; x < kPageWidth; ++x) {
-      const int wanted = grey[y * kPageWidth + x] + row[x + 1] / 16;
+  std::vector<int> row(width + 2);
+  std::vector<int> below(width + 2);
+  for (size_t y = 0; y < height; ++y) {
+    for (size_t x = 0; x < width; ++x) {
+      const int wanted = grey[y * width + x] + row[x + 1] / 16;
       const bool black = wanted < 128;
       const int error = wanted - (black ? 0 : 255);
-      ink[y * kPageWidth + x] = black;
+      ink[y * width + x] = black;
       row[x + 2] += error * 7;
       below[x] += error * 3;
       below[x + 1] += error * 5;
@@ -151,7 +151,7 @@ inline Picture ditheredPicture() {
     row.swap(below);
     std::fill(below.begin(), below.end(), 0);
   }
-  return {"dithered photo", kPageWidth, kPageHeight, 1, packWhite(ink, kPageWidth, kPageHeight)};
+  return {"dithered photo", width, height, 1, packWhite(ink, width, height)};
 }
 
 inline Picture bilevelNoisePicture() {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "coder_pictures.h"
 #include "libtiff_files.h"
 #include "pictures.h"
 #include "ratios.h"
@@ -142,6 +143,8 @@ int main(int argc, char **argv) {
   compare("RGB, PackBits/libtiff", photo, 24, kRgb, kPackBits, withLibtiff);
   compare("RGB, LZW/libtiff", photo, 24, kRgb, kLzw, withLibtiff);
   compare("text page, T.6/libtiff", page, 1, kBilevel, kT6, withLibtiff);
+  const auto dithered = bench::ditheredPicture(bench::kPhotoWidth, bench::kPhotoHeight).pixels;
+  compare("dithered photo, T.6/libtiff", dithered, 1, kBilevel, kT6, withLibtiff);
   compare("photo to 256 colours, none/Leptonica", photo, 24, kColor256, kNone, withLeptonica);
   compare("photo to bilevel, T.6/Leptonica", photo, 24, kBilevel, kT6, withLeptonica);
   return bench::runWithRatios(argc, argv);
