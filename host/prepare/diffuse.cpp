@@ -103,7 +103,7 @@ void diffuse(const Source &source, std::span<const Color> table, uint8_t *indice
   std::array<std::vector<Lanes>, kTogether + 1> falling;
   for (auto &row : falling) row.resize(width + 1);
   for (uint32_t y = 0; y < source.height(); y += kTogether) {
-    const auto count = std::min<ptrdiff_t>(kTogether, source.height() - y);
+    const auto count = static_cast<ptrdiff_t>(std::min<uint32_t>(kTogether, source.height() - y));
     std::array<Row, kTogether> rows{};
     for (size_t r = 0; r < static_cast<size_t>(count); ++r) {
       const uint8_t *row = source.colorsOf(y + static_cast<uint32_t>(r), bytes.data());

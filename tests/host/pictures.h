@@ -79,7 +79,7 @@ inline Prepared prepared(const TestPicture &picture, const RaxelRequest &wanted)
   Prepared out;
   out.code = raxelHostPlan(&picture.view, &wanted, &out.plan);
   if (out.code != RAXEL_HOST_OK) return out;
-  out.pixels.resize(out.plan.bytes);
+  out.pixels.resize(static_cast<size_t>(out.plan.bytes));
   const RaxelServices filter = services();
   out.code =
       raxelHostPrepare(&picture.view, &wanted, &filter, &out.plan, out.pixels.data(), out.table.data());
