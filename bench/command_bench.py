@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Times whole processes of raxel-export beside ppm2tiff, raw2tiff and ImageMagick.
+"""Times whole processes of raxel-export beside ppm2tiff, raw2tiff, ImageMagick and libvips.
 
     command_bench.py --build FOLDER [--runs N] [--folder FOLDER]
 
@@ -108,6 +108,12 @@ def main():
                 **{name: [*command, f"photo.{form}", "-compress", "none", "out.tif"]
                    for name, command in others.items() if shutil.which(command[0])},
             }, folder, max(3, wanted.runs // 2))
+        if shutil.which("vips"):
+            for code in ("none", "lzw"):
+                table(f"the photo from PNG, {code}", {
+                    "raxel-export": [program, "-c", code, "photo.png", "out.tif"],
+                    "libvips": ["vips", "tiffsave", "photo.png", "out.tif", "--compression", code],
+                }, folder, max(3, wanted.runs // 2))
         for mode, colors in (("color256", "256"), ("color16", "16")):
             reduce = {f"raxel-export, {q}": [program, "-m", mode, "--no-dither", "--quantizer", q, "photo.ppm", "out.tif"]
                       for q in ("best", "fast", "filter")}

@@ -108,10 +108,10 @@ def main():
                 results = []
             again = os.path.join(folder, "again")
             os.makedirs(again)
-            # malloc fills new blocks with something else than zeros.
-            subprocess.run([program, "-q", "-d", again, *inputs], capture_output=True, timeout=120,
+            # malloc fills new blocks with something else than zeros, which takes time.
+            subprocess.run([program, "-q", "-d", again, *inputs[::4]], capture_output=True, timeout=120,
                            env={**os.environ, "GLIBC_TUNABLES": "glibc.malloc.perturb=90"})
-            _, others, failed = filecmp.cmpfiles(target, again, os.listdir(target), shallow=False)
+            _, others, failed = filecmp.cmpfiles(target, again, os.listdir(again), shallow=False)
             if others or failed:
                 faults.append(f"{name}: {others + failed} are not the same from used memory")
             shutil.rmtree(again)

@@ -3,10 +3,10 @@
 
     pngs.py --build FOLDER --source FOLDER
 
-Interlaced or not, with transparent parts and without, from memory that is fresh and from memory that was used
-before. The files are made here, since Pillow writes none that are interlaced.
+Interlaced or not, with transparent parts and without, from memory that was used before, under valgrind too. The files are made here, since Pillow writes none that are interlaced.
 """
 
+import filecmp
 import os
 import random
 import shutil
@@ -26,6 +26,7 @@ TYPES = {0: ((1, 2, 4, 8, 16), 1), 2: ((8, 16), 3), 3: ((1, 2, 4, 8), 1), 4: ((8
 OPAQUE = (0, 2, 3)  # may have a tRNS chunk
 PASSES = ((0, 0, 8, 8), (4, 0, 8, 8), (0, 4, 4, 8), (2, 0, 4, 4), (0, 2, 2, 4), (1, 0, 2, 2), (0, 1, 1, 2))
 BACKGROUND = (0x20, 0x40, 0x60)
+DIGITS = b"0123456789abcdef" + bytes(240)  # of samples
 
 
 def packed(row, depth):
@@ -34,8 +35,12 @@ def packed(row, depth):
         return row
     base, each = 1 << depth, 8 // depth
     row += bytes(-len(row) % each)
-    digits = row.translate(bytes(b"0123456789abcdef"[i] if i < 16 else 0 for i in range(256)))
-    return int(digits, base).to_bytes(len(row) // each, "big")
+    return int(row.translate(DIGITS), base).to_bytes(len(row) // each, "big")
+
+
+def nearest(a, b, c):
+    to_a, to_b, to_c = abs(b - c), abs(a - c), abs(a + b - c - c)
+    return a if to_a <= to_b and to_a <= to_c else b if to_b <= to_c else c
 
 
 def filtered(kind, line, above, step):
@@ -49,7 +54,7 @@ def filtered(kind, line, above, step):
         return bytes((x - b) & 255 for x, b in zip(line, above))
     if kind == 3:
         return bytes((x - (a + b) // 2) & 255 for x, a, b in zip(line, left, above))
-    return bytes((x - min((a, b, c), key=lambda near: abs(a + b - c - near))) & 255 for x, a, b, c in zip(line, left, above, corner))
+    return bytes((x - nearest(a, b, c)) & 255 for x, a, b, c in zip(line, left, above, corner))
 
 
 def chunk(kind, data):
@@ -169,8 +174,8 @@ def compare(out, expected, exact):
     return "" if not exact and max(off) <= 1 else f"{sum(o > 0 for o in off)} of {len(off)} channels differ, by {max(off)} at most"
 
 
-# How malloc fills a new block: with zeros, as memory is that comes from the system, or with something else.
-MEMORIES = {"fresh": "glibc.malloc.perturb=255", "used": "glibc.malloc.perturb=90"}
+# Memory that the pictures before have used, and for some of them blocks that malloc has filled, which takes time.
+MEMORIES = {"used": (1, ""), "filled": (5, "glibc.malloc.perturb=90")}
 
 
 def main():
@@ -182,17 +187,24 @@ def main():
         made = write_all(folder, rng)
         expected = {path: meant(path, picture) for path, picture in made.items()}
         options = [program, "-q", "-m", "rgb", "--background", "#%02x%02x%02x" % BACKGROUND]
-        for memory, tunables in MEMORIES.items():
+        for memory, (each, tunables) in MEMORIES.items():
+            some = list(made)[::each]
             to = os.path.join(folder, memory)
             os.makedirs(to)
-            done = subprocess.run([*options, "-d", to, *made], capture_output=True, text=True, env={**os.environ, "GLIBC_TUNABLES": tunables})
+            done = subprocess.run([*options, "-d", to, *some], capture_output=True, text=True, env={**os.environ, "GLIBC_TUNABLES": tunables})
             if done.returncode:
                 faults.append(f"{memory} memory: {done.stderr[:2000]}")
-            for path, picture in made.items():
+            for path in some:
+                picture = made[path]
                 tried += 1
                 name = os.path.basename(path)
-                out = os.path.join(to, name[:-4] + ".tif")
-                fault = compare(out, expected[path], picture.kind < 4) if os.path.exists(out) else "is not written"
+                out, seen = (os.path.join(folder, of, name[:-4] + ".tif") for of in (memory, "used"))
+                if not os.path.exists(out):
+                    fault = "is not written"
+                elif out != seen and os.path.exists(seen) and filecmp.cmp(out, seen, shallow=False):
+                    continue  # what there is to say has been said
+                else:
+                    fault = compare(out, expected[path], picture.kind < 4)
                 if fault:
                     faults.append(f"{name} in {memory} memory: {fault}")
         # Nothing that was not written is looked at: one picture of each kind.
