@@ -40,8 +40,9 @@ struct Row {
   Lanes earlier;  // and the one on its left
 };
 
-Lanes lanesOf(const uint8_t *color) {
-  return Lanes{color[0], color[1], color[2]};
+// Vectors go in and out by reference: not every machine has one way to pass them by value.
+void readLanes(const uint8_t *color, Lanes &lanes) {
+  lanes = Lanes{color[0], color[1], color[2]};
 }
 
 inline void doPixel(Row &row, ptrdiff_t x, NearestColor &nearest, const Lanes *entries) {
@@ -96,7 +97,7 @@ void diffuse(const Source &source, std::span<const Color> table, uint8_t *indice
   const size_t width = source.width();
   NearestColor nearest(table);
   std::array<Lanes, 256> entries{};
-  for (size_t i = 0; i < table.size(); ++i) entries[i] = lanesOf(table[i].data());
+  for (size_t i = 0; i < table.size(); ++i) readLanes(table[i].data(), entries[i]);
   std::vector<uint8_t> bytes(3 * width);
   std::array<std::vector<Lanes>, kTogether> colors;
   for (auto &row : colors) row.resize(width);
@@ -107,7 +108,7 @@ void diffuse(const Source &source, std::span<const Color> table, uint8_t *indice
     std::array<Row, kTogether> rows{};
     for (size_t r = 0; r < static_cast<size_t>(count); ++r) {
       const uint8_t *row = source.colorsOf(y + static_cast<uint32_t>(r), bytes.data());
-      for (size_t x = 0; x < width; ++x) colors[r][x] = lanesOf(row + 3 * x);
+      for (size_t x = 0; x < width; ++x) readLanes(row + 3 * x, colors[r][x]);
       rows[r].colors = colors[r].data();
       rows[r].falling = falling[r].data() + 1;
       rows[r].below = falling[r + 1].data() + 1;
