@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include "support/cases.h"
@@ -192,7 +191,7 @@ TEST(SideBySideThreads, ThatCannotBeMadeAreDoneWithout) {
   const auto run = [] {
     pthread_attr_t attributes;
     pthread_getattr_default_np(&attributes);
-    if (pthread_attr_setstacksize(&attributes, SIZE_MAX / 4) != 0) _exit(2);
+    if (pthread_attr_setstacksize(&attributes, SIZE_MAX / 8 * 7) != 0) _exit(2);
     if (pthread_setattr_default_np(&attributes) != 0) _exit(3);
     const Band band;
     _exit(tiff::SideBySide(band.plan, 4).started() ? 1 : 0);
@@ -200,17 +199,14 @@ TEST(SideBySideThreads, ThatCannotBeMadeAreDoneWithout) {
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
+#endif
+
 // Without the memory for it nothing is tried: running out of memory would end the process.
 TEST(SideBySideThreads, TakeNoMemoryThatIsNotThere) {
-  const auto run = [] {
-    const rlimit limit{100 << 20, 100 << 20};
-    setrlimit(RLIMIT_AS, &limit);
-    const Band band;
-    _exit(tiff::SideBySide(band.plan, 8).started() ? 1 : 0);
-  };
-  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+  Band band;
+  band.band.cells.rowBytes = uint64_t{1} << 50;
+  EXPECT_FALSE(tiff::SideBySide(band.plan, 8).started());
 }
-#endif
 
 // --- How many
 
