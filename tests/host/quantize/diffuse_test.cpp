@@ -82,7 +82,7 @@ TEST(Diffuse, RowsTogetherGiveWhatOneRowAfterTheOtherDoes) {
       // Every second picture is dark and bright, where sums are clamped.
       if ((width + height) % 2 != 0) {
         for (uint8_t &byte : picture.rows)
-          byte = byte < 128 ? byte / 16 : static_cast<uint8_t>(byte | 0xF0);
+          byte = byte < 128 ? static_cast<uint8_t>(byte / 16) : static_cast<uint8_t>(byte | 0xF0);
       }
       std::vector<Color> table(height % 2 == 0 ? 16 : 200);
       for (Color &c : table) c = {random.byte(), random.byte(), random.byte()};
