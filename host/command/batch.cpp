@@ -45,6 +45,11 @@ bool wantsLine(const Options &options) {
   return !options.quiet && !options.json;
 }
 
+// How a message calls an input.
+std::string shownName(const std::string &input) {
+  return input == "-" ? "standard input" : input;
+}
+
 // `line` is where the picture's progress is shown.
 Report exportOne(const Library &library, const Options &options, const Originals &originals, size_t index,
                  Progress &line) {
@@ -58,7 +63,7 @@ Report exportOne(const Library &library, const Options &options, const Originals
     report.error = failure.what();
   } catch (const std::bad_alloc &) {
     report.exit = kLibrary;
-    report.error = report.input + ": there is not enough memory for this picture";
+    report.error = shownName(report.input) + ": there is not enough memory for this picture";
   }
   line.clear();
   tell(report, options);
@@ -225,7 +230,7 @@ int exportAll(const Options &options) {
   } else {
     for (size_t i = 0; i < options.inputs.size(); ++i) {
       const std::string &name = options.inputs[i];
-      Progress line(name == "-" ? "standard input" : name, wantsLine(options));
+      Progress line(shownName(name), wantsLine(options));
       const Report report = exportOne(library, options, originals, i, line);
       outcome.exits[i] = report.exit;
       outcome.json[i] = toJson(report);

@@ -38,7 +38,10 @@ void layOnScreen(const GifScreen &screen, const Background &background, Picture 
       {view.width, view.height, view.bits, frame.data(), view.stride, out.table.data(), colors},
       RAXEL_TREAT_NONE, nullptr);
   const bool indexed = free < 256;
-  out.allocate(screen.width, screen.height, indexed ? bitsFor(colors) : 24);
+  const uint32_t bits = indexed ? bitsFor(colors) : 24;
+  if (!indexed) out.view.table = nullptr;
+  out.announce(screen.width, screen.height, bits);
+  out.allocate(screen.width, screen.height, bits);
   std::vector<uint8_t> row(indexed ? screen.width : size_t{3} * screen.width);
   for (uint32_t y = 0; y < screen.height; ++y) {
     for (size_t i = 0; i < row.size(); ++i)

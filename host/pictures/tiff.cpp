@@ -51,8 +51,15 @@ Kind kindOf(const TiffReader &reader) {
   return kind;
 }
 
+[[noreturn]] void refuseKind(const std::string &why) {
+  throw Unreadable("is of a kind that libtiff does not read (" + why + "); convert it to PNG first");
+}
+
 [[noreturn]] void refuse(const TiffReader &reader) {
-  throw Unreadable("is damaged" + (reader.errors().empty() ? "" : ": " + reader.errors().front()));
+  const std::string why = reader.errors().empty() ? "" : reader.errors().front();
+  // Some kinds pass libtiff's own look at them and are refused, in these words, by what was to read them.
+  if (why.find("can not handle") != std::string::npos) refuseKind(why);
+  throw Unreadable("is damaged" + (why.empty() ? "" : ": " + why));
 }
 
 // Levels that run from white to black.
@@ -127,8 +134,7 @@ void readSamples(TiffReader &reader, const Kind &kind, const Background &backgro
 }
 
 void readColors(TiffReader &reader, const Kind &kind, const Background &background, Picture &out) {
-  if (const std::string why = reader.refusalOfColors(); !why.empty())
-    throw Unreadable("is of a kind that libtiff does not read (" + why + "); convert it to PNG first");
+  if (const std::string why = reader.refusalOfColors(); !why.empty()) refuseKind(why);
   out.allocate(kind.width, kind.height, 24);
   const auto take = [&](uint32_t x, uint32_t y, std::span<const uint32_t> pixels) {
     uint8_t *to = out.pixels.data() + out.view.stride * y + size_t{3} * x;

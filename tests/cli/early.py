@@ -6,6 +6,7 @@
 
 import os
 import resource
+import struct
 import subprocess
 import sys
 import tempfile
@@ -79,6 +80,18 @@ def main():
                 if exit_code != code or most > MOST:
                     faults.append(f"{os.path.basename(path)} {' '.join(options)}: exit {exit_code} with {most >> 20} MiB: {said}")
             os.unlink(path)
+
+        # A frame of a few hundred bytes on a screen that no file holds.
+        vast = os.path.join(folder, "vast.gif")
+        Image.linear_gradient("L").resize((30, 20)).save(vast)
+        with open(vast, "r+b") as file:
+            file.seek(6)
+            file.write(struct.pack("<HH", 65535, 65534))
+        for options in ((), ("-m", "rgb")):
+            tried += 1
+            exit_code, said, most = run([program, *options, vast, out])
+            if exit_code != 66 or "2 GiB or more" not in said or most > MOST:
+                faults.append(f"a vast screen {' '.join(options)}: exit {exit_code} with {most >> 20} MiB: {said}")
 
         # Sparse: nothing of it is on the disk.
         large = os.path.join(folder, "large.pgm")
