@@ -5,7 +5,10 @@ code_lines() { sed -e 's|/\*.*\*/||' -e '/\/\*/,/\*\//d' "$1" | grep -c '[^ ]'; 
 [ "$(code_lines "$EXAMPLES/write.c")" -le 25 ] && echo "short"
 export PKG_CONFIG_PATH=$PWD/place/lib/pkgconfig LD_LIBRARY_PATH=$PWD/place/lib
 unset RAXEL_LIBRARY
-cc -std=c99 -pedantic -Wall -Wextra -Werror "$EXAMPLES/write.c" $(pkg-config --cflags --libs raxelhost) -o write
+# A program whose libraries were built with the sanitizers has to be linked with them.
+sanitizers=
+! grep -q __asan_init place/lib/libraxelhost.so.0 || sanitizers=-fsanitize=address,undefined
+cc -std=c99 -pedantic -Wall -Wextra -Werror $sanitizers "$EXAMPLES/write.c" $(pkg-config --cflags --libs raxelhost) -o write
 printf 'P6\n3 2\n255\nrRgGbBcCmMyYkKwWgG' >in.ppm
 ./write in.ppm out.tif
 raxel-export -c lzw in.ppm command.tif
