@@ -1,4 +1,4 @@
-// The filters of PNG's rows (PNG specification, section 9), undone where they lie.
+// The filters of PNG's rows (ISO/IEC 15948, section 9), undone where they lie.
 #pragma once
 
 #include <cstddef>
