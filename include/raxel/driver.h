@@ -2,19 +2,20 @@
 //
 // A host asks RASTER_dd_entry for the working entry and sends it, in this order:
 //
-//   op 0    the initialisation record                                  state becomes
-//   op 2    function records:      1  open the output                  open
-//                                  3  begin a picture                  picture
-//                                518, 519, 520, 521  window ...
-//                                  4  begin its body                   body
-//                               1314  colours
-//                               1034  begin raster (-5)
-//                               1033  cell arrays, any number
-//                               1034  end raster (-6)
-//                                  5  end the picture                  ended
-//                                     (3 again for another picture)
-//                                  2  close the output                 initialised
-//   op -1   terminate
+//   RAXEL_ENTRY_START    the initialisation record                     state becomes initialised
+//   RAXEL_ENTRY_EXECUTE  function records, RAXEL_OP_...
+//                          OPEN_DEVICE      open the output            open
+//                          BEGIN_PICTURE                               picture
+//                          WINDOW, BACKGROUND, VIEWPORT, VIEWPORT_MODE
+//                          BEGIN_BODY                                  body
+//                          COLORS
+//                          PRIMITIVE        begin raster
+//                          CELL_ARRAY       rows, any number of times
+//                          PRIMITIVE        end raster
+//                          END_PICTURE                                 ended
+//                                           (another picture may begin)
+//                          CLOSE_DEVICE     close the output           initialised
+//   RAXEL_ENTRY_END
 //
 // Each call below names the states in which the opcode table lets it run, in brackets; in any other
 // state, and for an opcode that is not in the table, nothing happens and the dispatch answers 0.
@@ -26,84 +27,35 @@
 #define RAXEL_DRIVER_H
 
 #include "raxel/driver_codes.h"
+#include "raxel/driver_state.h"
 #include "raxel/filter_codes.h"
 #include "raxel/settings.h"
 #include "raxel/types.h"
 
 RAXEL_BEGIN
 
-// ---- The state block
-
-// One error: who raised it and its code. 8 bytes, in the block and in replies.
-typedef struct ErrEntry {
-  uint32_t nFunc;  // nCurFunc at the time
-  int16_t nCode;   // 300, 303 or 901
-  int16_t nPad;    // 0
-} ErrEntry;
-
-#define RAXEL_ERR_CAPACITY 10
-
-// From a successful op 0 to op -1; zero-filled at the start. A host reaches it through lpEMData.
-typedef struct RasterDriverState {
-  Handle hOutFile;             // output stream while the device is open
-  Handle hCellBuf;             // rows collected between begin and end raster
-  uint32_t bCellActive;        // 1 between begin and end raster
-  uint32_t nCellRowsDone;      // rows placed into hCellBuf so far
-  uint8_t ColorTable[256][3];  // R, G, B
-  uint8_t BkColor[3];          // background R, G, B; kept only
-  uint32_t nLastErrFunc;       // nCurFunc of the last error pushed
-  int16_t nLastError;          // its code; cleared before each function and RESULT of the dispatch after
-  uint32_t nErrMax;            // capacity of the error stack: 0 unless the host stores 1 to 10 here
-  uint32_t nErrCount;          // entries on it
-  uint32_t nErrLost;           // pushes that found it full
-  ErrEntry FirstError;         // first error since the stack was emptied; see push_er
-  ErrEntry ErrStack[RAXEL_ERR_CAPACITY];  // bottom first; FirstError lies right before it
-  double DevWindow[6];                    // x1, y1, z1, x2, y2, z2
-  double DevViewport[6];                  // the same order; z1 and z2 are never set
-  uint32_t nState;                        // 1 initialised, 2 open, 4 picture, 8 body, 16 ended
-  uint32_t nCurFunc;                      // the host's tag for errors; the driver only reads it
-  uint32_t nReplyPos;                     // bytes of replies so far; nothing rewinds it
-  uint32_t nReplySize;                    // room for replies, as the host asked
-  Handle hReplyBuf;
-  uint8_t *lpReplyBuf;  // what the host reads replies from; the driver's
-  char szOutFile[RAXEL_NAME_ROOM];
-  uint32_t nCellWidth;  // of the picture between begin and end raster
-  uint32_t nCellHeight;
-  uint32_t nCellBits;
-  HostWord *lpHostStatus;  // the host's: [1] context, [2] callback, [12] procedure context
-  uint32_t nColorOp;       // colour treatment 0..4: the setup's colour mode minus 103
-  Handle hSetupRef;
-  uint32_t nResolution;  // dots per inch from viewport mode 1; 0: none
-  uint16_t nCellFlags;   // bytes 14 and 15 of begin raster's data; kept only
-} RasterDriverState;
-
-RAXEL_EXPORT extern Handle hEMData;
-RAXEL_EXPORT extern RasterDriverState *lpEMData;  // null outside a session
-
 // ---- The entries
 
-// op (low 16 bits, signed) -2 copies the version into 4 bytes at `out`, -3 the address of
-// RASTER_dd_entry32 into sizeof(void *) bytes; every other op, and a null `out`, does nothing.
-// Returns 0.
+// Op RAXEL_ENTRY_VERSION copies the version into 4 bytes at `out`, RAXEL_ENTRY_ADDRESS the address of
+// RASTER_dd_entry32 into sizeof(void *) bytes; every other op, and a null `out`, does nothing. Returns 0.
 RAXEL_EXPORT int32_t RASTER_dd_entry(uint32_t op, void *out, uint32_t unused);
 
-// op (low 16 bits, signed):
-//    0  RASTER_initdvr(record), unless hCommon is set, a state block is there and its nState is not -1:
-//       then nothing. Returns what it returns, else 0.
-//    2  Executes the function record and returns its RESULT.
-//   -1  RASTER_termdvr. Returns 0.
-//   -2  Copies the version into the record's first 4 bytes. Returns 4.
-// Any other op does nothing and returns 0. A null record is 300 for op 0; for op 2 nothing is executed, and
-// the result is 0; for op -2 nothing is written, and the result is 4 all the same.
+// The working entry. RAXEL_ENTRY_...
+//   START    RASTER_initdvr(record), unless hCommon is set, a state block is there and its nState is not
+//            -1: then nothing. Returns what it returns, else 0. A null record is 300
+//   EXECUTE  Executes the function record and returns its RESULT; nothing, and 0, for a null record.
+//   END      RASTER_termdvr. Returns 0.
+//   VERSION  Copies the version into the record's first 4 bytes, unless that is null. Returns 4.
+// Any other op does nothing and returns 0.
 RAXEL_EXPORT int32_t RASTER_dd_entry32(HostWord unused, uint32_t op, void *record);
 
-// The initialisation record, 16 host words (byte 4 * N on a 32-bit build), aligned as such:
-//    3  in   output name, up to 143 characters; null or empty: the output goes to memory
-//    9  in   bytes of replies to make room for, up to 2^31 - 1
-//   10  out  address of the reply buffer, the driver's until op -1
-//   13  in   setup handle; 0: nothing can be output
-//   14  in   host status record, borrowed until op -1; 0: no reports
-//   15  in   array of 60 32-bit capability words, aligned as such, filled in as listed; 0: none
+// The initialisation record, RAXEL_START_... (byte 4 * N on a 32-bit build), aligned as host words:
+//   NAME          up to 143 characters; null or empty: the output goes to memory
+//   REPLY_BYTES   up to 2^31 - 1
+//   REPLIES       out: the driver's until op -1
+//   SETUP         0: nothing can be output
+//   STATUS        borrowed until op -1; 0: no reports
+//   CAPABILITIES  60 32-bit words, aligned as such, filled in as listed; 0: none
 // Reports (0, -2, 100, 0, 0, 0) to the status callback when callback and context are both set: progress
 // will count to 100. Returns 0; 300 without a record, without room for the replies, when hCommon is set
 // and there is no state block, and when the callback destroys the setup or ends the session; 303 for a name

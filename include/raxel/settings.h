@@ -5,10 +5,10 @@
 // export, and gives it back with DestroySetup:
 //
 //   Handle setup = CreateSetup(0, "painter.ini", "TIF Export", "Painter");
-//   const int32_t rgb = 146, own = 3, dpi = 300;
-//   xEscapeSetup(setup, 9, 4, &rgb, NULL, 0);    // bitmap mode: RGB
-//   xEscapeSetup(setup, 18, 4, &own, NULL, 0);   // resolution mode: the setup's own
-//   xEscapeSetup(setup, 11, 4, &dpi, NULL, 1);   // X resolution, saved in the profile as well
+//   const int32_t rgb = RAXEL_ASK_MODE_RGB, user = RAXEL_ASK_RESOLUTION_USER, dpi = 300;
+//   xEscapeSetup(setup, RAXEL_ESCAPE_SET_BITMAP_MODE, 4, &rgb, NULL, 0);
+//   xEscapeSetup(setup, RAXEL_ESCAPE_SET_RESOLUTION_MODE, 4, &user, NULL, 0);
+//   xEscapeSetup(setup, RAXEL_ESCAPE_SET_X_RESOLUTION, 4, &dpi, NULL, 1);  // saved in the profile as well
 //   ...
 //   DestroySetup(setup);
 //
@@ -18,107 +18,17 @@
 #define RAXEL_SETTINGS_H
 
 #include "raxel/setting_codes.h"
+#include "raxel/settings_record.h"
 #include "raxel/tiff.h"
 #include "raxel/types.h"
 
 RAXEL_BEGIN
-
-// Bytes of every name in the record, terminator included.
-#define RAXEL_NAME_ROOM 144
-
-// The record behind a setup handle: one zero-initialised moveable block. All numbers are native. The
-// codes are those that a profile holds; escapes use others (see xEscapeSetup). The default is what
-// UseDefaultSettings sets.
-//
-//   nColorMode        103 colours as they are (default)   104 every channel inverted, 255 - v
-//                     105 greys inverted (a pixel whose channels lie pairwise within 10)
-//                     106 grey, (3 R + 6 G + B) / 10      107 inverted grey
-//   nSizeMode         600 the display's size   601 the printer's page (600 without a printer)
-//                     602 the picture's own (default)     603 dWidth by dHeight
-//   nResolutionMode   307 the display's   308 the printer's (307 without a printer)
-//                     309 the picture's own (default)     310 nXResolution by nYResolution
-//   nBitmapMode       215 bilevel   216 16 greys   217 256 greys   218 8 fixed colours
-//                     219 16 colours   221 256 colours (default)   222 RGB, 24 bits
-//   nCompressionMode  224 none (default)   225 PackBits   226 CCITT modified Huffman   227 LZW
-//                     229 CCITT T.4 (Group 3)   230 CCITT T.6 (Group 4); others: none
-//   tiff.wLayoutMode  772 strips (default)   771 tiles of 512 by 128 pixels
-typedef struct RasterSetup {
-  char szAppName[RAXEL_NAME_ROOM];      // profile section of the application
-  char szModeName[RAXEL_NAME_ROOM];     // profile section of this mode's keys; default empty
-  char szProfilePath[RAXEL_NAME_ROOM];  // full path of the profile; empty when none was found
-  char szReserved[RAXEL_NAME_ROOM];     // the real profile after BackupProfile; default empty
-  char szDriverName[13];                // value of the key "Driver"; default szFilter and ".1"
-  uint32_t dwReserved1;                 // 0
-  HostWord dwEditData;                  // second argument of the last EditSetup; default 0
-  HostWord dwUserData;                  // escapes 25 and 26; default 0
-  int32_t nColorMode;
-  uint32_t dwReserved2;  // 0
-  // Words of the running export.
-  // Host status record (raxel/filter.h): stays borrowed until the setup is destroyed or another export
-  // stores another one. Framed pictures of the raster driver report to it.
-  HostWord *lpStatus;
-  HostWord dwPlatformA;                // kept for the platform's metafile hooks
-  HostWord dwPlatformB;                // the same
-  HostWord dwStatusValue;              // metafile session: word 4 of the status record
-  HostWord dwPlatformResult;           // metafile session: what InitPlatformMetafileFilter returned
-  StreamProc lpfnOutputProc;           // escape 81: the output goes through this procedure; default null
-  int32_t nLineMode;                   // value of "Line Mode", told to hosts that record metafiles
-  char szOutputFile[RAXEL_NAME_ROOM];  // metafile session: output name
-  int32_t nSizeMode;
-  int32_t nResolutionMode;
-  int32_t nBitmapMode;
-  int32_t nCompressionMode;
-  TiffWriterState tiff;  // the writer's state; its resolutions and layout are settings
-  double dWidth;         // inches, 0.03125..22.0, default 6.67
-  double dHeight;        // inches, 0.03125..22.0, default 5.0
-  // Session state of a platform with metafiles; nothing in the library sets these.
-  double dPictureGeometry[4];
-  double dRoundedWidth;
-  double dRoundedHeight;
-  uint32_t bPrinterInfo;  // not 0: printer information is available. Nothing in the library sets it
-  Handle hOutFile;        // metafile session: output stream
-  void *lpOutputMemory;   // metafile session into memory: locked address of the output block
-} RasterSetup;
 
 // One row of the string table.
 typedef struct StringTableEntry {
   uint16_t id;
   const char *text;
 } StringTableEntry;
-
-// Input of escape 56, 28 bytes on every machine, at any address.
-//
-//    0 i32  display resolution, dots per inch      4 i32  not used
-//    8 i32  picture resolution, picture units per inch; 0: it has none
-//   12 i32  picture width, picture units          16 i32  picture height
-//   20 i32  display width, dots                   24 i32  display height
-typedef struct RasterPictureInfo {
-  int32_t nDisplayResolution;
-  int32_t nUnused;
-  int32_t nPictureResolution;
-  int32_t nPictureWidth;
-  int32_t nPictureHeight;
-  int32_t nDisplayWidth;
-  int32_t nDisplayHeight;
-} RasterPictureInfo;
-
-// Output of escape 56, 12 bytes on every machine, at any address.
-//
-//    0 i32  width, pixels    4 i32  height, pixels
-//    8 i32  bits per pixel, negative for grey: 1, -4, -8, 4, 8 or 24. A bitmap mode that has no
-//           depth leaves this word as it was
-typedef struct RasterInfoResult {
-  int32_t nWidth;
-  int32_t nHeight;
-  int32_t nDepth;
-} RasterInfoResult;
-
-// The settings record in use. hRaster and lpRaster: on the export-session path; lpRaster names the
-// record of the last call that locked one. hSetup and lpSetup: as the raster driver sees it.
-RAXEL_EXPORT extern Handle hRaster;
-RAXEL_EXPORT extern RasterSetup *lpRaster;
-RAXEL_EXPORT extern Handle hSetup;
-RAXEL_EXPORT extern RasterSetup *lpSetup;
 
 // The filter's short name, "raxel". CreateSetup upper-cases it in place, for the rest of the
 // process; it names a profile section and begins the default driver name.
@@ -167,17 +77,16 @@ RAXEL_EXPORT Handle CreateSetup(HostWord reserved, const char *profile, const ch
 // the section has no value of "Driver" (nothing else is read then). `flag` is not used.
 //
 //   Driver             szDriverName, 12 characters
-//   Color Mode         103..107, default 103       Size Mode          600..603, default 602
-//   Resolution Mode    307..310, default 309       Bitmap Mode        215..222, default 221
-//   Line Mode          default 119                 Not Defined        772 strips or 771 tiles
-//   Compression Mode   224..230, default 224
-//   X Resolution, Y Resolution   default 96; read unless the resolution mode is 307 or 308
-//   Width, Height                inches, default "6.67" and "5.0"; read unless the size mode is 600
-//                                or 601, and then resolutions and sizes are repaired (LimitCheck)
+//   Color Mode         a RaxelStoredColors         Size Mode          a RaxelStoredSize
+//   Resolution Mode    a RaxelStoredResolution     Bitmap Mode        a RaxelStoredMode
+//   Line Mode          default RAXEL_STORED_LINES  Not Defined        a RaxelStoredLayout
+//   Compression Mode   a RaxelStoredCompress
+//   X Resolution, Y Resolution   default 96; read unless the resolution is the display's or printer's
+//   Width, Height                inches, default "6.67" and "5.0"; read unless the size is the display's
+//                                or the printer's, and then resolutions and sizes are repaired (LimitCheck)
 //
-// Codes are taken as they stand. A stored width or height lies over its default and keeps the
-// default's remaining characters: 8 is read as 8.67. Modes 307, 308, 600 and 601 take their values,
-// unchecked, from the display and the printer.
+// Codes are taken as they stand. A stored width or height lies over its default and keeps the default's
+// remaining characters: 8 is read as 8.67. What the display and the printer say is taken unchecked.
 RAXEL_EXPORT int32_t LoadProfile(int32_t flag);
 
 // Keeps a value of the host's in dwEditData and makes the record lpRaster. Returns 0, or -1 for the
@@ -201,40 +110,66 @@ RAXEL_EXPORT HostWord LoadProfileList(HostWord first, ...);
 
 // ---- Escapes
 
-// Reads or changes one option. Returns 1 when the escape was carried out, 0 for a number that is not
-// in the table, -1 for the null handle, a refused value, a setter without input or a getter without
-// output. The record becomes lpRaster. `input` and `output` are the host's, at any address.
+// Reads or changes one option. `escape` is a RaxelEscape, and `size` the bytes of the value that it
+// takes or gives. Returns RAXEL_ESCAPE_DONE; RAXEL_ESCAPE_UNKNOWN for a number that is not in the table;
+// RAXEL_REFUSED for the null handle, a refused value, a setter without input or a getter without output.
+// The record becomes lpRaster. `input` and `output` are the host's, at any address.
 //
-//   number  size  what it does                                                  saved under, as
-//      1     4    input 101..105: colour mode 103..107                          Color Mode, stored code
-//      9     4    input 140..146: bitmap mode 215 to 219, 221, 222              Bitmap Mode, stored code
-//     10     4    input 150..155: compression 224 to 227, 229, 230              Compression Mode, code
-//     11     4    input 32..400: X resolution, dots per inch                    X Resolution
-//     12     4    input 32..400: Y resolution                                   Y Resolution
-//     13     8    input a double, 0.03125..22.0: width in inches                Width, ".3%g"
-//     14     8    input a double, 0.03125..22.0: height in inches               Height, "%.3g"
-//     16     -    output two i32: X and Y resolution; 0, 0 in mode 309
-//     17     -    output two doubles: width and height; 0.0, 0.0 in mode 602
-//     18     4    input 0..3: resolution mode 307..310; others change nothing
-//     19     4    input 0..3: size mode 600..603; others change nothing
-//     25     -    user data = the argument `input` itself
-//     26     -    output one u32: the low 32 bits of the user data
-//     56     -    input a RasterPictureInfo, output a RasterInfoResult (GetRasterInfo)
-//     57     4    output one i32: the colour mode as 101..105; any other stored code is refused
-//     81     4    host stream procedure (raxel/stream.h) = the argument `input` itself; null: none.
-//                 The size may also be that of a pointer
+//   escape RAXEL_ESCAPE_...    size  what is special about it
+//      1 SET_COLOR_MODE          4
+//      9 SET_BITMAP_MODE         4
+//     10 SET_COMPRESSION         4
+//     11 SET_X_RESOLUTION        4   refuses what is not 32..400
+//     12 SET_Y_RESOLUTION        4   the same
+//     13 SET_WIDTH               8   refuses what is not 0.03125..22.0; saved with ".3%g"
+//     14 SET_HEIGHT              8   the same; saved with "%.3g"
+//     16 GET_RESOLUTION          -   0, 0 in mode RAXEL_STORED_RESOLUTION_PICTURE
+//     17 GET_SIZE                -   0.0, 0.0 in mode RAXEL_STORED_SIZE_PICTURE
+//     18 SET_RESOLUTION_MODE     4   a mode that is none changes nothing
+//     19 SET_SIZE_MODE           4   the same
+//     25 SET_USER_DATA           -
+//     26 GET_USER_DATA           -
+//     56 GET_RASTER_INFO         -   see GetRasterInfo
+//     57 GET_COLOR_MODE          4   refuses when the stored code is none
+//     81 SET_OUTPUT_PROC         4   null: none. The size may also be that of a pointer
 //
-// Another size than the table's is refused (-1) by escapes 1 to 14 and does nothing, with answer 1,
-// on 18, 19, 57 and 81. With a `save` other than 0, escapes 1 to 14 also write the key to section
-// szModeName of the profile; without a profile they write nothing. The width's format is a slip that
-// profiles depend on: 6.67 is stored as .36.67, which reads back as 0.36.
+// Another size than the table's is refused by escapes 1 to 14 and does nothing, with answer 1, on 18, 19,
+// 57 and 81. With a `save` other than 0, escapes 1 to 14 also write the key to section szModeName of the
+// profile, options by their stored code; without a profile they write nothing. The width's format is a
+// slip that profiles depend on: 6.67 is stored as .36.67, which reads back as 0.36.
 RAXEL_EXPORT int32_t xEscapeSetup(Handle setup, int32_t escape, int32_t size, const void *input,
                                   void *output, int32_t save);
 
+// Input of escape 56, 28 bytes on every machine, at any address.
+//
+//    0 i32  display resolution, dots per inch      4 i32  not used
+//    8 i32  picture resolution, picture units per inch; 0: it has none
+//   12 i32  picture width, picture units          16 i32  picture height
+//   20 i32  display width, dots                   24 i32  display height
+typedef struct RasterPictureInfo {
+  int32_t nDisplayResolution;
+  int32_t nUnused;
+  int32_t nPictureResolution;
+  int32_t nPictureWidth;
+  int32_t nPictureHeight;
+  int32_t nDisplayWidth;
+  int32_t nDisplayHeight;
+} RasterPictureInfo;
+
+// Output of escape 56, 12 bytes on every machine, at any address.
+//
+//    0 i32  width, pixels    4 i32  height, pixels
+//    8 i32  bits per pixel, negative for grey: 1, -4, -8, 4, 8 or 24. A bitmap mode that has no
+//           depth leaves this word as it was
+typedef struct RasterInfoResult {
+  int32_t nWidth;
+  int32_t nHeight;
+  int32_t nDepth;
+} RasterInfoResult;
+
 // Works out the pixel size and depth that an export of this picture will have, for the record at
-// lpRaster (not for `setup`), and brings its size and resolution up to date: in mode 602 the
-// picture's own size, in 600 the display's; in mode 309 the picture's own resolution, in 307 the
-// display's. Resolutions of 0 change nothing. Pixels are rounded up.
+// lpRaster (not for `setup`), and brings its size and resolution up to date where the size or resolution
+// mode is the picture's or the display's. Resolutions of 0 change nothing. Pixels are rounded up.
 RAXEL_EXPORT void GetRasterInfo(Handle setup, const RasterPictureInfo *picture, RasterInfoResult *result);
 
 // Fits a picture's proportions into dWidth by dHeight of the record at lpRaster, shrinking one side

@@ -27,13 +27,13 @@ RAXEL_BEGIN
 // nStripsDown.
 typedef struct TiffWriterState {
   Handle hTiffFile;           // output stream, the host's
-  uint32_t nWriterKind;       // 5; a kind of 3 makes WriteTiffDir set nStripsDown to 1
+  uint32_t nWriterKind;       // RaxelWriterKind
   uint32_t dwNewSubfileType;  // tag 254: 0
   uint32_t nImageWidth;       // pixels per row
   uint32_t nImageLength;      // rows
   uint32_t nBitsPerSample;    // 1, 4 or 8
-  uint32_t nCompression;      // 1, 2, 3, 4, 5 or 32773
-  uint32_t nPhotometric;      // 1 BlackIsZero, 2 RGB, 3 palette
+  uint32_t nCompression;      // RaxelTiffCompression
+  uint32_t nPhotometric;      // RaxelTiffPhotometric
   uint32_t nStripsDown;       // strips, or rows of tiles
   uint32_t nOffsetsEntryPos;  // relative position of the offsets entry's value field; 0 when N < 2
   uint32_t nOffsetsPos;       // relative position of the offset of strip 1
@@ -46,7 +46,7 @@ typedef struct TiffWriterState {
   int16_t nYResolution;
   uint8_t abColorMap[256][3];  // red, green, blue
   uint32_t dwTiffBase;         // file position of the header: 0, nothing sets it
-  uint16_t wLayoutMode;        // 772 strips, 771 tiles
+  uint16_t wLayoutMode;        // RaxelStoredLayout (raxel/setting_codes.h)
   uint16_t nTilesAcross;       // columns of tiles; 1 when not tiled
   uint32_t nColors;            // palette size of the bitmap mode; 0 for RGB
 } TiffWriterState;
