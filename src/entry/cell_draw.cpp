@@ -1,5 +1,4 @@
 // The draw procedure for host pixels: it tells their size, and has one band for the whole picture.
-#include "entry/draw_protocol.h"
 #include "raxel/filter.h"
 
 namespace entry {
@@ -13,7 +12,7 @@ void query(const PictureRecord &picture, PictureFormat &format) {
     format.dWidth /= format.nResolution;
     format.dHeight /= format.nResolution;
   }
-  format.nKind = kKindCellData;
+  format.nKind = RAXEL_KIND_CELL_DATA;
 }
 
 }  // namespace
@@ -22,16 +21,16 @@ void query(const PictureRecord &picture, PictureFormat &format) {
 HostWord DrawExportCellData(HostWord op, HostWord a, HostWord b, HostWord /*c*/) {
   auto *record = reinterpret_cast<OffscreenRecord *>(a);
   switch (op) {
-    case entry::kDrawQuery:
+    case RAXEL_DRAW_QUERY:
       if (a != 0 && b != 0) {
         entry::query(*reinterpret_cast<const PictureRecord *>(a), *reinterpret_cast<PictureFormat *>(b));
       }
       return 0;
-    case entry::kDrawOpen:
+    case RAXEL_DRAW_OPEN:
       return CellDataOpen(record, reinterpret_cast<const HostWord *>(b));
-    case entry::kDrawClose:
+    case RAXEL_DRAW_CLOSE:
       return static_cast<HostWord>(CellDataClose(record));
-    case entry::kDrawBand:
+    case RAXEL_DRAW_BAND:
       return CellDataBand(record);
     default:
       return 0;

@@ -16,8 +16,6 @@ static_assert(sizeof(void *) != 4 || (offsetof(PictureRecord, hBits) == 28 && si
 namespace entry {
 namespace {
 
-enum ExportWord : size_t { kExportSetup = 2, kExportStatus = 6 };
-
 // What the host says about picture and display: 28 bytes with fixed offsets, at any address.
 struct CellInfo {
   int16_t displayResolution;   // dots per inch, for both axes
@@ -41,9 +39,9 @@ CellInfo readInfo(const void *info) {
 uint32_t ExportCellData(const char *name, PictureRecord *picture, const void *info,
                         HostWord *exportRecord) {
   if (picture == nullptr || info == nullptr || exportRecord == nullptr) return RAXEL_BAD_SETUP;
-  auto *settings = static_cast<RasterSetup *>(GlobalLock(exportRecord[entry::kExportSetup]));
+  auto *settings = static_cast<RasterSetup *>(GlobalLock(exportRecord[RAXEL_RECORD_SETUP]));
   if (settings == nullptr) return RAXEL_BAD_SETUP;
-  auto *status = reinterpret_cast<HostWord *>(exportRecord[entry::kExportStatus]);
+  auto *status = reinterpret_cast<HostWord *>(exportRecord[RAXEL_RECORD_STATUS]);
   const runtime::SettingsInUse use(settings);
   lpRaster = settings;
   settings->lpStatus = status;

@@ -11,9 +11,15 @@ static_assert(offsetof(FilterLoadRecord, count) == 4 && offsetof(FilterLoadRecor
 // The ordinals leave 1007 out: between the generic entry and the raster entry there is a hole. The
 // names "EscapeSetup" and "szDLLName" stand for the symbols xEscapeSetup and export_szDLLName.
 const FilterExportEntry FilterExportTable[RAXEL_TABLE_ROWS] = {
-    {"CreateSetup", 1001, 0, 0},     {"DestroySetup", 1002, 0, 0},        {"EditSetup", 1003, 0, 0},
-    {"EscapeSetup", 1004, 0, 0},     {"KVLGetFilterVersion", 1005, 0, 0}, {"dd_entry", 1006, 0, 0},
-    {"RASTER_dd_entry", 1008, 0, 0}, {"ExportCellData", 1009, 0, 0},      {"szDLLName", 1010, 0, 0},
+    {"CreateSetup", RAXEL_ORDINAL_CREATE_SETUP, 0, 0},
+    {"DestroySetup", RAXEL_ORDINAL_DESTROY_SETUP, 0, 0},
+    {"EditSetup", RAXEL_ORDINAL_EDIT_SETUP, 0, 0},
+    {"EscapeSetup", RAXEL_ORDINAL_ESCAPE_SETUP, 0, 0},
+    {"KVLGetFilterVersion", RAXEL_ORDINAL_VERSION, 0, 0},
+    {"dd_entry", RAXEL_ORDINAL_ENTRY, 0, 0},
+    {"RASTER_dd_entry", RAXEL_ORDINAL_RASTER_ENTRY, 0, 0},
+    {"ExportCellData", RAXEL_ORDINAL_EXPORT_CELL_DATA, 0, 0},
+    {"szDLLName", RAXEL_ORDINAL_LIBRARY_NAME, 0, 0},
 };
 
 void fltLoadPointers(FilterLoadRecord *record) {

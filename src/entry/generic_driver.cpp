@@ -12,13 +12,11 @@ static_assert(sizeof(void *) != 4 || offsetof(SessionCommon, nSessStatusArg) == 
 namespace entry {
 namespace {
 
-enum Operation : int16_t { kInitialise = 0, kExecute = 2, kTerminate = -1, kVersion = -2, kAddress = -3 };
-
 constexpr int32_t kSessionClosed = 1;
 
-// Operations are signed numbers in the low half of a word.
-int16_t operationOf(uint32_t op) {
-  return static_cast<int16_t>(static_cast<uint16_t>(op));
+// The operation stands in the low half of a word.
+constexpr uint32_t operationOf(uint32_t op) {
+  return op & 0xFFFF;
 }
 
 // A session that the host's common block says is not closed is not opened again.
@@ -27,8 +25,8 @@ int32_t initialise(void *record) {
   return open ? 0 : initdvr(static_cast<HostWord *>(record));
 }
 
-// Calls one driver function, named by the first 32 bits of its record. What it returns is of no
-// account: the result is the session's error, which the host may write as well.
+// Calls one driver function, named by the first 32 bits of its record. What it returns does not
+// matter: the result is the session's error, which the host may write as well.
 int32_t execute(void *record) {
   if (lpCommon == nullptr) return 0;
   lpCommon->nSessError = 0;
@@ -55,20 +53,20 @@ int32_t tellVersion(void *record) {
 
 int32_t dd_entry(uint32_t op, void *out, uint32_t /*unused*/) {
   if (out == nullptr) return 0;
-  if (entry::operationOf(op) == entry::kVersion) runtime::store(out, KVLGetFilterVersion());
-  if (entry::operationOf(op) == entry::kAddress) runtime::store(out, &dd_entry32);
+  if (entry::operationOf(op) == RAXEL_ENTRY_VERSION) runtime::store(out, KVLGetFilterVersion());
+  if (entry::operationOf(op) == RAXEL_ENTRY_ADDRESS) runtime::store(out, &dd_entry32);
   return 0;
 }
 
 int32_t dd_entry32(HostWord /*unused*/, uint32_t op, void *record) {
   switch (entry::operationOf(op)) {
-    case entry::kInitialise:
+    case RAXEL_ENTRY_START:
       return entry::initialise(record);
-    case entry::kExecute:
+    case RAXEL_ENTRY_EXECUTE:
       return entry::execute(record);
-    case entry::kTerminate:
+    case RAXEL_ENTRY_END:
       return entry::terminate();
-    case entry::kVersion:
+    case RAXEL_ENTRY_VERSION:
       return entry::tellVersion(record);
     default:
       return 0;

@@ -1,6 +1,5 @@
 // The platform's metafile services. This platform has none: nothing is recorded, so a session opens
 // and closes its output and ends with code 300. A platform with metafiles supplies its own five.
-#include "entry/draw_protocol.h"
 #include "raxel/filter.h"
 
 namespace {
@@ -18,7 +17,7 @@ void query(const MetafilePicture &picture, PictureFormat &format) {
     format.dWidth /= format.nResolution;
     format.dHeight /= format.nResolution;
   }
-  format.nKind = entry::kKindMetafile;
+  format.nKind = RAXEL_KIND_METAFILE;
 }
 
 template <class Word>
@@ -52,7 +51,7 @@ int32_t TermPlatformMetafileFilter() {
 
 // Opening answers no band rows and rendering no pixels: OutputPicture ends with code 27.
 HostWord DrawPlatformMetafile(HostWord op, HostWord a, HostWord b, HostWord /*c*/) {
-  if (op == entry::kDrawQuery && a != 0 && b != 0) {
+  if (op == RAXEL_DRAW_QUERY && a != 0 && b != 0) {
     query(*reinterpret_cast<const MetafilePicture *>(a), *reinterpret_cast<PictureFormat *>(b));
   }
   return 0;

@@ -14,9 +14,6 @@
 namespace entry {
 namespace {
 
-// Words of the initialisation record.
-enum InitWord : size_t { kPlatform1 = 1, kFileName = 3, kPlatform2 = 5, kSetup = 13, kStatus = 14 };
-
 int32_t closeSessionOutput(RasterSetup &settings) {
   const Handle stream = settings.hOutFile;
   settings.hOutFile = 0;
@@ -35,17 +32,19 @@ bool takeName(RasterSetup &settings, char *name) {
 
 // The colour mode by the code that the host gave for it.
 int32_t externalColorMode(int32_t colorMode) {
-  return colorMode >= 104 && colorMode <= 107 ? colorMode - 2 : 101;
+  if (colorMode < RAXEL_STORED_COLORS || colorMode > RAXEL_STORED_COLORS_GREY_INVERT)
+    return RAXEL_ASK_COLORS;
+  return RAXEL_ASK_COLORS + (colorMode - RAXEL_STORED_COLORS);
 }
 
 MetafilePicture describe(Handle metafile, const RasterSetup &settings) {
   MetafilePicture picture = {};
   picture.hMetafile = metafile;
-  picture.nFrameLeft = statusWord(settings.lpStatus, kStatusFrameLeft);
-  picture.nFrameTop = statusWord(settings.lpStatus, kStatusFrameTop);
-  picture.nFrameRight = statusWord(settings.lpStatus, kStatusFrameRight);
-  picture.nFrameBottom = statusWord(settings.lpStatus, kStatusFrameBottom);
-  picture.nFrameResolution = statusWord(settings.lpStatus, kStatusFrameResolution);
+  picture.nFrameLeft = statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_LEFT);
+  picture.nFrameTop = statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_TOP);
+  picture.nFrameRight = statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_RIGHT);
+  picture.nFrameBottom = statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_BOTTOM);
+  picture.nFrameResolution = statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_RESOLUTION);
   std::memcpy(picture.dGeometry, settings.dPictureGeometry, sizeof picture.dGeometry);
   picture.dRoundedWidth = settings.dRoundedWidth;
   picture.dRoundedHeight = settings.dRoundedHeight;
@@ -102,21 +101,21 @@ int32_t renderMetafile(Handle metafile, RasterSetup &settings) {
 int32_t initdvr(HostWord *record) {
   using namespace entry;
   if (record == nullptr) return RAXEL_BAD_SETUP;
-  hRaster = record[kSetup];
+  hRaster = record[RAXEL_START_SETUP];
   lpRaster = static_cast<RasterSetup *>(GlobalLock(hRaster));
   if (lpRaster == nullptr) return RAXEL_BAD_SETUP;
   RasterSetup &settings = *lpRaster;
   // A session that was never terminated: its output is closed as it stands.
   if (settings.hOutFile != 0) closeSessionOutput(settings);
 
-  auto *status = reinterpret_cast<HostWord *>(record[kStatus]);
+  auto *status = reinterpret_cast<HostWord *>(record[RAXEL_START_STATUS]);
   settings.lpStatus = status;
   HostWord itemCallback = 0;
   const HostWord platform =
-      InitPlatformMetafileFilter(record[kPlatform1], record[kPlatform2], status, &settings.dwPlatformA,
-                                 &hSetup, &settings.dwPlatformB, &itemCallback);
+      InitPlatformMetafileFilter(record[RAXEL_START_PLATFORM_1], record[RAXEL_START_PLATFORM_2], status,
+                                 &settings.dwPlatformA, &hSetup, &settings.dwPlatformB, &itemCallback);
 
-  auto *name = reinterpret_cast<char *>(record[kFileName]);
+  auto *name = reinterpret_cast<char *>(record[RAXEL_START_NAME]);
   if (!takeName(settings, name)) return RAXEL_CANNOT_WRITE;
   settings.hOutFile =
       openOutput({settings.szOutputFile, settings.lpfnOutputProc, status}, &settings.lpOutputMemory);
@@ -125,11 +124,11 @@ int32_t initdvr(HostWord *record) {
   if (name != nullptr) name[0] = '\0';
 
   setWriterFields(settings.tiff, settings.nBitmapMode);
-  settings.dwStatusValue = statusWord(status, kStatusValue);
+  settings.dwStatusValue = statusWord(status, RAXEL_STATUS_VALUE);
   settings.dwPlatformResult = platform;
-  record[kSetup] = hSetup;
+  record[RAXEL_START_SETUP] = hSetup;
   if (itemCallback != 0) {
-    tellItems(reinterpret_cast<ItemCallback>(itemCallback), hRaster, record[kSetup], settings);
+    tellItems(reinterpret_cast<ItemCallback>(itemCallback), hRaster, record[RAXEL_START_SETUP], settings);
   }
   return RAXEL_OK;
 }
@@ -153,7 +152,7 @@ int32_t escape() {
   if (lpCommon == nullptr || lpCommon->lpSessStatus == nullptr) return 0;
   const HostWord *status = lpCommon->lpSessStatus;
   const int32_t stop =
-      CallGetSet_Status(entry::statusCallback(status), entry::statusWord(status, entry::kStatusContext), 0,
+      CallGetSet_Status(entry::statusCallback(status), entry::statusWord(status, RAXEL_STATUS_CONTEXT), 0,
                         0, 0, lpCommon->nSessStatusArg, 0, 0);
   if (stop == 0) return RAXEL_OK;
   push_er(RAXEL_STOPPED);

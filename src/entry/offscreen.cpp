@@ -1,6 +1,5 @@
 // The offscreen hooks. On this platform each of them asks the picture's draw procedure; a platform
 // with drawing surfaces of its own would set one up here.
-#include "entry/draw_protocol.h"
 #include "raxel/filter.h"
 #include "raxel/memory.h"
 
@@ -14,7 +13,7 @@ HostWord wordOf(const void *pointer) {
 
 int32_t QueryPlatformOffscreen(PictureFormat *format, void *picture, DrawProc draw) {
   if (draw == nullptr) return 0;
-  return static_cast<int32_t>(draw(entry::kDrawQuery, wordOf(picture), wordOf(format), 0));
+  return static_cast<int32_t>(draw(RAXEL_DRAW_QUERY, wordOf(picture), wordOf(format), 0));
 }
 
 OffscreenRecord *InitPlatformOffscreen(uint32_t width, uint32_t *bandRows, uint16_t bits, uint16_t colors,
@@ -36,18 +35,18 @@ OffscreenRecord *InitPlatformOffscreen(uint32_t width, uint32_t *bandRows, uint1
   request[OFFSCREEN_BITS] = bits;
   request[OFFSCREEN_COLORS] = colors;
   request[OFFSCREEN_PALETTE] = wordOf(palette);
-  *bandRows = static_cast<uint32_t>(draw(entry::kDrawOpen, wordOf(record), wordOf(request), 0));
+  *bandRows = static_cast<uint32_t>(draw(RAXEL_DRAW_OPEN, wordOf(record), wordOf(request), 0));
   return record;
 }
 
 Handle DrawPlatformOffscreen(OffscreenRecord *record, uint32_t first, uint32_t last) {
   if (record == nullptr || record->lpfnDraw == nullptr) return 0;
-  return record->lpfnDraw(entry::kDrawBand, wordOf(record), first, last);
+  return record->lpfnDraw(RAXEL_DRAW_BAND, wordOf(record), first, last);
 }
 
 int32_t TermPlatformOffscreen(OffscreenRecord *record) {
   if (record == nullptr) return 0;
-  if (record->lpfnDraw != nullptr) record->lpfnDraw(entry::kDrawClose, wordOf(record), 0, 0);
+  if (record->lpfnDraw != nullptr) record->lpfnDraw(RAXEL_DRAW_CLOSE, wordOf(record), 0, 0);
   kvlPtrGlobalFree(record);
   return 0;
 }

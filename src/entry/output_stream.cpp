@@ -11,21 +11,21 @@ constexpr HostWord kGrowth = 4096;  // bytes
 
 Handle openThroughProcedure(const OutputRequest &request) {
   KvlStreamDesc descriptor = {};
-  descriptor.lpMemVar = statusWord(request.status, kStatusProcContext);
+  descriptor.lpMemVar = statusWord(request.status, RAXEL_STATUS_PROC_CONTEXT);
   descriptor.lpfnProc = reinterpret_cast<HostWord>(request.procedure);
   return kvlOpen(request.name, &descriptor, KVL_OUTPUT);
 }
 
 Handle openInMemory(const OutputRequest &request, void **memory) {
   const Handle block = GlobalAlloc(RAXEL_MOVEABLE_ZERO, 1);
-  if (request.status != nullptr) request.status[runtime::kStatusOutputBlock] = block;
+  if (request.status != nullptr) request.status[RAXEL_STATUS_OUTPUT] = block;
   *memory = GlobalLock(block);
   KvlStreamDesc descriptor = {};
   descriptor.lpMemVar = reinterpret_cast<HostWord>(memory);
   descriptor.dwGrow = kGrowth;
   const Handle stream = kvlOpen(nullptr, &descriptor, KVL_OUTPUT);
   if (stream == 0) {
-    if (request.status != nullptr) request.status[runtime::kStatusOutputBlock] = 0;
+    if (request.status != nullptr) request.status[RAXEL_STATUS_OUTPUT] = 0;
     GlobalFree(block);
     *memory = nullptr;
   }

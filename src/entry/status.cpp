@@ -4,9 +4,7 @@
 
 namespace {
 
-// The question that follows a refused progress report: (2, 61) with a block for the host to fill.
-constexpr HostWord kAskAgain = 2;
-constexpr HostWord kAboutStopping = 61;
+// Words for the host to fill in when it is asked again.
 constexpr int kAnswerWords = 10;
 
 }  // namespace
@@ -18,13 +16,14 @@ int32_t CallGetSet_Status(StatusCallback callback, HostWord context, HostWord a,
   // Only a refused plain report is asked about again; the second answer then decides.
   if (answer == 0 || a != 0 || b != 0) return answer;
   HostWord block[kAnswerWords] = {};
-  return callback(context, kAskAgain, kAboutStopping, 0, 0, 0, reinterpret_cast<HostWord>(block));
+  return callback(context, RAXEL_REPORT_ASK_AGAIN, RAXEL_REPORT_STOP, 0, 0, 0,
+                  reinterpret_cast<HostWord>(block));
 }
 
 int32_t UpdateStatus(uint32_t percent) {
   const HostWord *status = lpRaster != nullptr ? lpRaster->lpStatus : nullptr;
   const StatusCallback callback = entry::statusCallback(status);
   if (callback == nullptr) return 0;
-  const HostWord context = entry::statusWord(status, entry::kStatusContext);
+  const HostWord context = entry::statusWord(status, RAXEL_STATUS_CONTEXT);
   return CallGetSet_Status(callback, context, 0, 0, 0, percent, 0, 0) == 0 ? RAXEL_OK : RAXEL_STOPPED;
 }

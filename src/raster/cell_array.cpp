@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr int32_t kBeginRaster = -5;
-constexpr int32_t kEndRaster = -6;
 constexpr uint32_t kMostPoints = 0x7FFFFFF / 24;  // more points than this cannot precede the data
 
 uint32_t outputWidth(uint32_t columns) {
@@ -179,7 +177,7 @@ void writeAlone(const Cells &cells) {
   placeRows(cells, cells.rows, done);
   if (lpEMData->hCellBuf == 0) return;
   RasterWriteCellData(lpEMData->hCellBuf, cells.width, cells.rows, lpEMData->nResolution, cells.bits,
-                      cells.bits == 24 ? 1 : 0);
+                      cells.bits == 24 ? RAXEL_RASTER_RGB : RAXEL_RASTER_INDEXED);
   if (lpEMData != nullptr) dropBuffer();
 }
 
@@ -195,10 +193,10 @@ runtime::Block raster::paletteOf(uint32_t bits) {
 HostWord d_gdp(HostWord record) {
   if (lpEMData == nullptr || record == 0) return record;
   switch (raster::field<int32_t>(record, raster::kPrimitiveAt)) {
-    case kBeginRaster:
+    case RAXEL_PRIMITIVE_BEGIN_RASTER:
       beginRaster(record);
       break;
-    case kEndRaster:
+    case RAXEL_PRIMITIVE_END_RASTER:
       endRaster();
       break;
     default:

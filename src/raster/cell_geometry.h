@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "raxel/driver_codes.h"
 #include "runtime/numbers.h"
 
 namespace raster {
@@ -26,9 +27,9 @@ inline double extentOf(double a, double b) {
   return static_cast<double>(distanceOf(a, b)) + 1.0;
 }
 
-// Colour precision to bits per pixel: -32768 means 1, any other negative value its absolute value.
+// Colour precision to bits per pixel: any negative value but one means its absolute value.
 inline uint32_t bitsOf(int32_t precision) {
-  if (precision == -32768) return 1;
+  if (precision == RAXEL_PRECISION_BILEVEL) return 1;
   return precision < 0 ? uint32_t{0} - static_cast<uint32_t>(precision) : static_cast<uint32_t>(precision);
 }
 

@@ -10,7 +10,7 @@ namespace {
 Handle openThroughProcedure(StreamProc procedure) {
   KvlStreamDesc descriptor = {};
   const HostWord *status = lpEMData->lpHostStatus;
-  descriptor.lpMemVar = status == nullptr ? 0 : status[raster::kStatusProcContext];
+  descriptor.lpMemVar = status == nullptr ? 0 : status[RAXEL_STATUS_PROC_CONTEXT];
   descriptor.lpfnProc = reinterpret_cast<HostWord>(procedure);
   return kvlOpen(lpEMData->szOutFile, &descriptor, KVL_OUTPUT);
 }
@@ -20,7 +20,7 @@ Handle openThroughProcedure(StreamProc procedure) {
 HostWord d_opdv(HostWord record) {
   if (lpEMData == nullptr) return record;
   d_empes(record);
-  lpEMData->nState = raster::kOpen;
+  lpEMData->nState = RAXEL_STATE_OPEN;
   if (lpEMData->hOutFile != 0) kvlClose(lpEMData->hOutFile);  // only a call past the table finds one
   if (lpSetup != nullptr && lpSetup->lpfnOutputProc != nullptr) {
     lpEMData->hOutFile = openThroughProcedure(lpSetup->lpfnOutputProc);
@@ -34,7 +34,7 @@ HostWord d_opdv(HostWord record) {
 
 HostWord d_cldv(HostWord record) {
   if (lpEMData == nullptr) return record;
-  lpEMData->nState = raster::kInitialised;  // whatever happens next
+  lpEMData->nState = RAXEL_STATE_INITIALISED;  // whatever happens next
   const bool stopped = RASTER_escape() != 0;
   if (lpEMData == nullptr) return record;
   const Handle output = lpEMData->hOutFile;

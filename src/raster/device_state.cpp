@@ -11,8 +11,6 @@ namespace {
 
 enum Corner { kX1, kY1, kZ1, kX2, kY2, kZ2 };
 
-constexpr int16_t kMetric = 1;
-constexpr int16_t kLastMode = 2;
 constexpr double kMillimetresPerInch = 25.4;
 constexpr uint32_t kColors = 256;
 
@@ -27,18 +25,18 @@ bool usable(HostWord record) {
 }  // namespace
 
 HostWord d_begp(HostWord record) {
-  enter(raster::kPicture);
+  enter(RAXEL_STATE_PICTURE);
   d_reset(0, 4);
   return record;
 }
 
 HostWord d_begpb(HostWord record) {
-  enter(raster::kBody);
+  enter(RAXEL_STATE_BODY);
   return record;
 }
 
 HostWord d_endp(HostWord record) {
-  enter(raster::kEnded);
+  enter(RAXEL_STATE_ENDED);
   return record;
 }
 
@@ -69,8 +67,10 @@ HostWord ds_dvvp(HostWord record) {
 HostWord ds_vpsm(HostWord record) {
   if (!usable(record)) return record;
   const auto mode = raster::field<int16_t>(record, raster::kModeAt);
-  if (mode < 0 || mode > kLastMode || (lpEMData->nState & raster::kOther7) != 0) return record;
-  const auto scale = mode == kMetric ? raster::field<double>(record, raster::kScaleAt) : 0.0;
+  if (mode < RAXEL_VIEWPORT_PLAIN || mode > RAXEL_VIEWPORT_OTHER ||
+      (lpEMData->nState & raster::kOther7) != 0)
+    return record;
+  const auto scale = mode == RAXEL_VIEWPORT_METRIC ? raster::field<double>(record, raster::kScaleAt) : 0.0;
   // A scale that gives no 32-bit number keeps the low 32 bits of what a 64-bit one holds.
   lpEMData->nResolution =
       scale == 0.0 ? 0

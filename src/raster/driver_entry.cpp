@@ -11,25 +11,14 @@
 
 namespace {
 
-// Words of the initialisation record.
-constexpr int kNameWord = 3;
-constexpr int kReplySizeWord = 9;
-constexpr int kReplyBufferWord = 10;
-constexpr int kSetupWord = 13;
-constexpr int kStatusWord = 14;
-constexpr int kCapabilitiesWord = 15;
-
-constexpr int32_t kFirstTreatment = 103;  // colour mode of treatment 0
-constexpr int32_t kLastTreatment = 107;
-
 void takeSetup(Handle setup) {
   hSetup = setup;
   lpSetup = static_cast<RasterSetup *>(GlobalLock(setup));
   lpEMData->hSetupRef = setup;
   if (lpSetup == nullptr) return;
-  const int32_t mode = lpSetup->nColorMode;
-  if (mode >= kFirstTreatment && mode <= kLastTreatment) {
-    lpEMData->nColorOp = static_cast<uint32_t>(mode - kFirstTreatment);
+  const int64_t treatment = int64_t{lpSetup->nColorMode} - RAXEL_STORED_COLORS;
+  if (treatment >= RAXEL_TREAT_NONE && treatment < RAXEL_TREATMENTS) {
+    lpEMData->nColorOp = static_cast<uint32_t>(treatment);
   }
 }
 
@@ -37,8 +26,8 @@ void takeSetup(Handle setup) {
 void announceProgress(HostWord *status) {
   lpEMData->lpHostStatus = status;
   if (status == nullptr) return;
-  if (status[raster::kStatusCallback] == 0 || status[raster::kStatusContext] == 0) return;
-  raster::tellHost(0, static_cast<HostWord>(intptr_t{-2}), 100, 0);
+  if (status[RAXEL_STATUS_CALLBACK] == 0 || status[RAXEL_STATUS_CONTEXT] == 0) return;
+  raster::tellHost(0, static_cast<HostWord>(RAXEL_REPORT_STARTED), RAXEL_REPORT_COMPLETE, 0);
 }
 
 // A reply buffer past this size is refused: no allocator of a session should end the process.
@@ -81,11 +70,11 @@ int32_t dispatch(HostWord record) {
 
 int32_t RASTER_dd_entry(uint32_t op, void *out, uint32_t /*unused*/) {
   if (out == nullptr) return 0;
-  switch (static_cast<int16_t>(op)) {
-    case -2:
+  switch (op & 0xFFFF) {
+    case RAXEL_ENTRY_VERSION:
       runtime::store<uint32_t>(out, RAXEL_VERSION);
       break;
-    case -3:
+    case RAXEL_ENTRY_ADDRESS:
       runtime::store(out, &RASTER_dd_entry32);
       break;
     default:
@@ -95,18 +84,18 @@ int32_t RASTER_dd_entry(uint32_t op, void *out, uint32_t /*unused*/) {
 }
 
 int32_t RASTER_dd_entry32(HostWord /*unused*/, uint32_t op, void *record) {
-  switch (static_cast<int16_t>(op)) {
-    case 0: {
+  switch (op & 0xFFFF) {
+    case RAXEL_ENTRY_START: {
       // With a common block, a state that was not marked -1 counts as initialised.
       const bool running = hCommon != 0 && lpEMData != nullptr && lpEMData->nState != UINT32_MAX;
       return running ? 0 : RASTER_initdvr(static_cast<HostWord *>(record));
     }
-    case 2:
+    case RAXEL_ENTRY_EXECUTE:
       return dispatch(reinterpret_cast<HostWord>(record));
-    case -1:
+    case RAXEL_ENTRY_END:
       if (lpEMData != nullptr) lpEMData->nLastError = 0;
       return RASTER_termdvr();
-    case -2:
+    case RAXEL_ENTRY_VERSION:
       if (record != nullptr) runtime::store<uint32_t>(record, RAXEL_VERSION);
       return sizeof(uint32_t);
     default:
@@ -118,22 +107,25 @@ int32_t RASTER_initdvr(HostWord *record) {
   if (record == nullptr) return RAXEL_NO_MEMORY;
   AllocGlobal();
   if (lpEMData == nullptr) return RAXEL_NO_MEMORY;
-  takeSetup(record[kSetupWord]);
+  takeSetup(record[RAXEL_START_SETUP]);
   const runtime::SettingsInUse use(lpSetup);
-  announceProgress(reinterpret_cast<HostWord *>(record[kStatusWord]));
+  announceProgress(reinterpret_cast<HostWord *>(record[RAXEL_START_STATUS]));
   if (lpEMData == nullptr) return RAXEL_NO_MEMORY;
   if (use.destroyed()) return giveUp(RAXEL_NO_MEMORY);
-  if (!makeReplyBuffer(static_cast<uint32_t>(record[kReplySizeWord]))) return giveUp(RAXEL_NO_MEMORY);
-  if (!takeName(reinterpret_cast<const char *>(record[kNameWord]))) return giveUp(RAXEL_CANNOT_WRITE);
-  record[kReplyBufferWord] = reinterpret_cast<HostWord>(lpEMData->lpReplyBuf);
-  lpEMData->nState = raster::kInitialised;
-  raster::writeCapabilities(reinterpret_cast<uint32_t *>(record[kCapabilitiesWord]), lpEMData->nColorOp);
+  if (!makeReplyBuffer(static_cast<uint32_t>(record[RAXEL_START_REPLY_BYTES])))
+    return giveUp(RAXEL_NO_MEMORY);
+  if (!takeName(reinterpret_cast<const char *>(record[RAXEL_START_NAME])))
+    return giveUp(RAXEL_CANNOT_WRITE);
+  record[RAXEL_START_REPLIES] = reinterpret_cast<HostWord>(lpEMData->lpReplyBuf);
+  lpEMData->nState = RAXEL_STATE_INITIALISED;
+  raster::writeCapabilities(reinterpret_cast<uint32_t *>(record[RAXEL_START_CAPABILITIES]),
+                            lpEMData->nColorOp);
   return RAXEL_OK;
 }
 
 int32_t RASTER_termdvr() {
   if (lpEMData == nullptr) return 0;
-  if (lpEMData->nState != raster::kInitialised) d_cldv(0);
+  if (lpEMData->nState != RAXEL_STATE_INITIALISED) d_cldv(0);
   if (lpEMData == nullptr) return 0;
   raster::releaseOwned(*lpEMData);
   FreeGlobal();

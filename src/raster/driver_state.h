@@ -7,14 +7,9 @@
 
 namespace raster {
 
-// nState holds exactly one of the first five. The rest appear in the opcode table's masks alone:
-// they belong to drivers with more states, and this one never enters them.
-enum State : uint32_t {
-  kInitialised = 1,  // device closed
-  kOpen = 2,
-  kPicture = 4,  // picture begun
-  kBody = 8,     // picture body begun
-  kEnded = 16,   // picture ended
+// Bits of the opcode table's masks that are no RaxelDeviceState: they belong to drivers with more states,
+// and this one never enters them.
+enum OtherState : uint32_t {
   kOther5 = 1u << 5,
   kOther6 = 1u << 6,
   kOther7 = 1u << 7,
@@ -24,11 +19,6 @@ enum State : uint32_t {
   kOther11 = 1u << 11,
   kOther15 = 1u << 15,
 };
-
-// Words of the host status record.
-constexpr int kStatusContext = 1;
-constexpr int kStatusCallback = 2;
-constexpr int kStatusProcContext = 12;
 
 // Closes and frees whatever a state block still owns, without asking the host anything.
 void releaseOwned(RasterDriverState &state);

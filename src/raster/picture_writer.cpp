@@ -12,10 +12,7 @@
 
 namespace {
 
-enum Kind { kIndexed = 0, kRgb = 1, kCmyk = 2, kAlpha = 3 };
 constexpr uint16_t kCmykSpace = 2;
-constexpr uint32_t kStep = 20;     // percent that each conversion counts for
-constexpr uint32_t kHalfway = 50;  // least progress reported before writing
 
 // A picture on its way to the writer. `owned` holds the pixels once they are no longer the caller's.
 struct Picture {
@@ -23,7 +20,7 @@ struct Picture {
   uint32_t width = 0;
   uint32_t height = 0;
   uint32_t depth = 0;
-  int32_t kind = kIndexed;
+  int32_t kind = RAXEL_RASTER_INDEXED;
   runtime::Block owned;
   runtime::Block palette;
 };
@@ -90,13 +87,13 @@ bool stretch(Picture &picture, const Target &target) {
 
 // Four channels become three, in place and packed: rows lose their padding.
 void dropFourthChannel(Picture &picture) {
-  if (picture.kind == kCmyk) {
+  if (picture.kind == RAXEL_RASTER_CMYK) {
     rlCMYKtoRGB(picture.bits, picture.width, picture.height);
   } else {
     rlALPHAtoRGB(picture.bits, picture.width, picture.height);
   }
   picture.depth = 24;
-  picture.kind = kRgb;
+  picture.kind = RAXEL_RASTER_RGB;
 }
 
 // The palette handle comes back as the table of the new depth, or 0; the old copy stays ours to free.
@@ -108,7 +105,7 @@ bool changeDepth(Picture &picture, const Target &target) {
   if (table != picture.palette.handle()) picture.palette = runtime::Block(table);
   if (!replace(picture, converted, picture.width, picture.height)) return false;
   picture.depth = target.depth;
-  picture.kind = target.depth > 23 ? kRgb : kIndexed;
+  picture.kind = target.depth > 23 ? RAXEL_RASTER_RGB : RAXEL_RASTER_INDEXED;
   return true;
 }
 
@@ -160,29 +157,30 @@ void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t 
   // Only heights are compared; the width follows along.
   if (target.height < rows) {
     if (!shrink(picture, target)) return;
-    if (!report(use, percent += kStep)) return;
+    if (!report(use, percent += RAXEL_REPORT_STEP)) return;
   }
   if (picture.depth < 24) {
     picture.palette = runtime::Block::ofSize(sizeof lpEMData->ColorTable);
     std::memcpy(picture.palette.data(), lpEMData->ColorTable, sizeof lpEMData->ColorTable);
   }
-  if ((picture.kind == kCmyk || picture.kind == kAlpha) && target.depth < picture.depth) {
+  if ((picture.kind == RAXEL_RASTER_CMYK || picture.kind == RAXEL_RASTER_ALPHA) &&
+      target.depth < picture.depth) {
     dropFourthChannel(picture);
   }
   if (target.depth != picture.depth) {
     if (!changeDepth(picture, target)) return;
-    if (!report(use, percent += kStep)) return;
+    if (!report(use, percent += RAXEL_REPORT_STEP)) return;
   }
   // No setting asks for CMYK output: the colour space stays 0.
   if (target.colourSpace == kCmykSpace && target.depth == 32) {
     rlRGB4toCMYK(picture.bits, picture.width, picture.height);
-    picture.kind = kCmyk;
+    picture.kind = RAXEL_RASTER_CMYK;
   }
   if (target.height > rows) {
     if (!stretch(picture, target)) return;
-    if (!report(use, percent += kStep)) return;
+    if (!report(use, percent += RAXEL_REPORT_STEP)) return;
   }
-  if (percent < kHalfway && !report(use, kHalfway)) return;
+  if (percent < RAXEL_REPORT_WRITING && !report(use, RAXEL_REPORT_WRITING)) return;
   if (!fillUp(picture, target)) return;
   writeFile(picture, target);
 }

@@ -15,7 +15,7 @@ constexpr size_t kOpcodeAt = 0;
 constexpr size_t kDataAt = 16;
 
 // Viewport mode.
-constexpr size_t kModeAt = 16;   // i16: 0, 1 (metric) or 2
+constexpr size_t kModeAt = 16;   // i16: RaxelViewportMode
 constexpr size_t kScaleAt = 24;  // f64: millimetres per unit
 
 // Colour table.

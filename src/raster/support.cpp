@@ -10,10 +10,6 @@ int32_t GDPSupport[8] = {};
 namespace raster {
 namespace {
 
-constexpr int kCanBeUsed = 2;
-constexpr int16_t kDrawingPrimitive = 1034;
-constexpr int16_t kPatternTable = 1323;  // always reported unsupported
-
 struct Capability {
   uint8_t index;
   int32_t value;
@@ -48,10 +44,10 @@ void writeCapabilities(uint32_t *array, uint32_t colorTreatment) {
 // Tells what can be done in the state at the time of asking. The opcode is a 16-bit number.
 int32_t InquireSupport(uint32_t opcode, int32_t argument) {
   const auto asked = static_cast<int16_t>(opcode);
-  if (asked == raster::kDrawingPrimitive) return InqGDPSupport(argument);
-  if (asked == raster::kPatternTable) return 0;
+  if (asked == RAXEL_OP_PRIMITIVE) return InqGDPSupport(argument);
+  if (asked == RAXEL_OP_NEVER_SUPPORTED) return RAXEL_SUPPORT_NONE;
   const raster::OpcodeRow *row = raster::findRow(static_cast<uint32_t>(int32_t{asked}));
-  return row != nullptr && row->support == raster::kSupported ? raster::kCanBeUsed : 0;
+  return row != nullptr && row->support == raster::kSupported ? RAXEL_SUPPORT_FULL : RAXEL_SUPPORT_NONE;
 }
 
 int32_t InqGDPSupport(int32_t primitive) {

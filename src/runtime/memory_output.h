@@ -1,12 +1,10 @@
 // An output that was written into a block of handle memory.
 #pragma once
 
+#include "raxel/filter_codes.h"
 #include "raxel/memory.h"
 
 namespace runtime {
-
-// Word of the host status record that receives the block's handle.
-inline constexpr int kStatusOutputBlock = 6;
 
 // To be called once the output's stream is closed. `memory` is the variable that the stream kept the
 // block's locked address in; a block that grew has a new address and so a new handle, which the host
@@ -15,7 +13,7 @@ inline void handOverOutput(void *&memory, HostWord *status) {
   if (memory == nullptr) return;
   const Handle block = GlobalHandle(memory);
   if (status != nullptr) {
-    status[kStatusOutputBlock] = block;
+    status[RAXEL_STATUS_OUTPUT] = block;
   } else {
     GlobalFree(block);
   }

@@ -14,8 +14,8 @@
 namespace setup {
 namespace {
 
-constexpr int32_t kDone = 1;
-constexpr int32_t kUnknown = 0;
+constexpr int32_t kDone = RAXEL_ESCAPE_DONE;
+constexpr int32_t kUnknown = RAXEL_ESCAPE_UNKNOWN;
 constexpr int32_t kRefused = RAXEL_REFUSED;
 
 // One call of an escape. `input` and `output` are the host's and may lie at any address.
@@ -159,12 +159,13 @@ int32_t answer(const Call &call, Values... values) {
 
 // Two zeros say: the picture's own.
 int32_t getResolution(const Call &call) {
-  if (call.record.nResolutionMode == kPictureResolution) return answer(call, int32_t{0}, int32_t{0});
+  if (call.record.nResolutionMode == RAXEL_STORED_RESOLUTION_PICTURE)
+    return answer(call, int32_t{0}, int32_t{0});
   return answer(call, int32_t{call.record.tiff.nXResolution}, int32_t{call.record.tiff.nYResolution});
 }
 
 int32_t getSize(const Call &call) {
-  if (call.record.nSizeMode == kPictureSize) return answer(call, 0.0, 0.0);
+  if (call.record.nSizeMode == RAXEL_STORED_SIZE_PICTURE) return answer(call, 0.0, 0.0);
   return answer(call, call.record.dWidth, call.record.dHeight);
 }
 
@@ -197,14 +198,22 @@ struct Escape {
 };
 
 constexpr Escape kEscapes[] = {
-    {1, 4, kRefused, setColorMode},     {9, 4, kRefused, setBitmapMode},
-    {10, 4, kRefused, setCompression},  {11, 4, kRefused, setXResolution},
-    {12, 4, kRefused, setYResolution},  {13, 8, kRefused, setWidth},
-    {14, 8, kRefused, setHeight},       {16, kAnySize, kDone, getResolution},
-    {17, kAnySize, kDone, getSize},     {18, 4, kDone, setResolutionMode},
-    {19, 4, kDone, setSizeMode},        {25, kAnySize, kDone, setUserData},
-    {26, kAnySize, kDone, getUserData}, {56, kAnySize, kDone, getRaster},
-    {57, 4, kDone, getColorMode},       {81, kPointer, kDone, setOutputProcedure},
+    {RAXEL_ESCAPE_SET_COLOR_MODE, 4, kRefused, setColorMode},
+    {RAXEL_ESCAPE_SET_BITMAP_MODE, 4, kRefused, setBitmapMode},
+    {RAXEL_ESCAPE_SET_COMPRESSION, 4, kRefused, setCompression},
+    {RAXEL_ESCAPE_SET_X_RESOLUTION, 4, kRefused, setXResolution},
+    {RAXEL_ESCAPE_SET_Y_RESOLUTION, 4, kRefused, setYResolution},
+    {RAXEL_ESCAPE_SET_WIDTH, 8, kRefused, setWidth},
+    {RAXEL_ESCAPE_SET_HEIGHT, 8, kRefused, setHeight},
+    {RAXEL_ESCAPE_GET_RESOLUTION, kAnySize, kDone, getResolution},
+    {RAXEL_ESCAPE_GET_SIZE, kAnySize, kDone, getSize},
+    {RAXEL_ESCAPE_SET_RESOLUTION_MODE, 4, kDone, setResolutionMode},
+    {RAXEL_ESCAPE_SET_SIZE_MODE, 4, kDone, setSizeMode},
+    {RAXEL_ESCAPE_SET_USER_DATA, kAnySize, kDone, setUserData},
+    {RAXEL_ESCAPE_GET_USER_DATA, kAnySize, kDone, getUserData},
+    {RAXEL_ESCAPE_GET_RASTER_INFO, kAnySize, kDone, getRaster},
+    {RAXEL_ESCAPE_GET_COLOR_MODE, 4, kDone, getColorMode},
+    {RAXEL_ESCAPE_SET_OUTPUT_PROC, kPointer, kDone, setOutputProcedure},
 };
 
 bool sizeFits(const Escape &escape, int32_t size) {

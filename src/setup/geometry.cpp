@@ -19,10 +19,10 @@ double sideOf(double units) {
 }
 
 void takeSize(RasterSetup &record, const RasterPictureInfo &picture) {
-  if (record.nSizeMode == kPictureSize && picture.nPictureResolution != 0) {
+  if (record.nSizeMode == RAXEL_STORED_SIZE_PICTURE && picture.nPictureResolution != 0) {
     record.dWidth = static_cast<double>(picture.nPictureWidth) / picture.nPictureResolution;
     record.dHeight = static_cast<double>(picture.nPictureHeight) / picture.nPictureResolution;
-  } else if (record.nSizeMode == kDisplaySize && picture.nDisplayResolution != 0) {
+  } else if (record.nSizeMode == RAXEL_STORED_SIZE_DISPLAY && picture.nDisplayResolution != 0) {
     record.dWidth = static_cast<double>(picture.nDisplayWidth) / picture.nDisplayResolution;
     record.dHeight = static_cast<double>(picture.nDisplayHeight) / picture.nDisplayResolution;
   }
@@ -30,8 +30,8 @@ void takeSize(RasterSetup &record, const RasterPictureInfo &picture) {
 
 void takeResolution(RasterSetup &record, const RasterPictureInfo &picture) {
   int32_t dotsPerInch = 0;
-  if (record.nResolutionMode == kPictureResolution) dotsPerInch = picture.nPictureResolution;
-  if (record.nResolutionMode == kDisplayResolution) dotsPerInch = picture.nDisplayResolution;
+  if (record.nResolutionMode == RAXEL_STORED_RESOLUTION_PICTURE) dotsPerInch = picture.nPictureResolution;
+  if (record.nResolutionMode == RAXEL_STORED_RESOLUTION_DISPLAY) dotsPerInch = picture.nDisplayResolution;
   if (dotsPerInch == 0) return;
   record.tiff.nXResolution = low16(dotsPerInch);
   record.tiff.nYResolution = low16(dotsPerInch);
@@ -68,7 +68,7 @@ RasterInfoResult rasterInfo(RasterSetup &record, const RasterPictureInfo &pictur
                             const RasterInfoResult &before) {
   takeSize(record, picture);
   takeResolution(record, picture);
-  const bool ownSize = picture.nPictureResolution != 0 && record.nSizeMode == kPictureSize;
+  const bool ownSize = picture.nPictureResolution != 0 && record.nSizeMode == RAXEL_STORED_SIZE_PICTURE;
   const Inches size = ownSize ? Inches{record.dWidth, record.dHeight}
                               : fitAspect(record, picture.nPictureWidth, picture.nPictureHeight);
   return {runtime::toI32(std::ceil(record.tiff.nXResolution * size.width)),

@@ -8,7 +8,7 @@
 #include <optional>
 #include <span>
 
-#include "setup/settings.h"
+#include "raxel/setting_codes.h"
 
 namespace setup {
 
@@ -29,16 +29,36 @@ struct OptionCodes {
   }
 };
 
-inline constexpr int32_t kStoredColorModes[] = {103, 104, 105, 106, 107};
-inline constexpr int32_t kStoredBitmapModes[] = {215, 216, 217, 218, 219, 221, 222};
-inline constexpr int32_t kStoredCompressions[] = {224, 225, 226, 227, 229, 230};
-inline constexpr int32_t kStoredResolutionModes[] = {307, 308, 309, 310};
-inline constexpr int32_t kStoredSizeModes[] = {600, 601, 602, 603};
+inline constexpr int32_t kStoredColors[] = {
+    RAXEL_STORED_COLORS,      RAXEL_STORED_COLORS_INVERT,      RAXEL_STORED_COLORS_INVERT_GREY,
+    RAXEL_STORED_COLORS_GREY, RAXEL_STORED_COLORS_GREY_INVERT,
+};
+inline constexpr int32_t kStoredModes[] = {
+    RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_MODE_GREY16,  RAXEL_STORED_MODE_GREY256,
+    RAXEL_STORED_MODE_COLOR8,  RAXEL_STORED_MODE_COLOR16, RAXEL_STORED_MODE_COLOR256,
+    RAXEL_STORED_MODE_RGB,
+};
+inline constexpr int32_t kStoredCompressions[] = {
+    RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_HUFFMAN,
+    RAXEL_STORED_COMPRESS_LZW,  RAXEL_STORED_COMPRESS_T4,       RAXEL_STORED_COMPRESS_T6,
+};
+inline constexpr int32_t kStoredResolutions[] = {
+    RAXEL_STORED_RESOLUTION_DISPLAY,
+    RAXEL_STORED_RESOLUTION_PRINTER,
+    RAXEL_STORED_RESOLUTION_PICTURE,
+    RAXEL_STORED_RESOLUTION_USER,
+};
+inline constexpr int32_t kStoredSizes[] = {
+    RAXEL_STORED_SIZE_DISPLAY,
+    RAXEL_STORED_SIZE_PRINTER,
+    RAXEL_STORED_SIZE_PICTURE,
+    RAXEL_STORED_SIZE_USER,
+};
 
-inline constexpr OptionCodes kColorModes = {101, kStoredColorModes};
-inline constexpr OptionCodes kBitmapModes = {140, kStoredBitmapModes};
-inline constexpr OptionCodes kCompressions = {150, kStoredCompressions};
-inline constexpr OptionCodes kResolutionModes = {0, kStoredResolutionModes};
-inline constexpr OptionCodes kSizeModes = {0, kStoredSizeModes};
+inline constexpr OptionCodes kColorModes = {RAXEL_ASK_COLORS, kStoredColors};
+inline constexpr OptionCodes kBitmapModes = {RAXEL_ASK_MODE_BILEVEL, kStoredModes};
+inline constexpr OptionCodes kCompressions = {RAXEL_ASK_COMPRESS_NONE, kStoredCompressions};
+inline constexpr OptionCodes kResolutionModes = {RAXEL_ASK_RESOLUTION_DISPLAY, kStoredResolutions};
+inline constexpr OptionCodes kSizeModes = {RAXEL_ASK_SIZE_DISPLAY, kStoredSizes};
 
 }  // namespace setup

@@ -9,8 +9,6 @@
 namespace setup {
 namespace {
 
-constexpr int32_t kDefaultLineMode = 119;
-
 // One section of a profile, read key by key. Codes are taken as they are, without a range check.
 struct Section {
   const char *name;
@@ -39,23 +37,23 @@ bool readDriverName(RasterSetup &record, const Section &section) {
 }
 
 void readModes(RasterSetup &record, const Section &section) {
-  record.nColorMode = section.integer(Key::ColorMode, kColorsAsTheyAre);
-  record.nSizeMode = section.integer(Key::SizeMode, kPictureSize);
-  record.nResolutionMode = section.integer(Key::ResolutionMode, kPictureResolution);
-  record.nBitmapMode = section.integer(Key::BitmapMode, kColor256);
-  record.nLineMode = section.integer(Key::LineMode, kDefaultLineMode);
-  record.tiff.wLayoutMode = static_cast<uint16_t>(section.integer(Key::Layout, kStrips));
-  record.nCompressionMode = section.integer(Key::CompressionMode, kUncompressed);
+  record.nColorMode = section.integer(Key::ColorMode, RAXEL_STORED_COLORS);
+  record.nSizeMode = section.integer(Key::SizeMode, RAXEL_STORED_SIZE_PICTURE);
+  record.nResolutionMode = section.integer(Key::ResolutionMode, RAXEL_STORED_RESOLUTION_PICTURE);
+  record.nBitmapMode = section.integer(Key::BitmapMode, RAXEL_STORED_MODE_COLOR256);
+  record.nLineMode = section.integer(Key::LineMode, RAXEL_STORED_LINES);
+  record.tiff.wLayoutMode = static_cast<uint16_t>(section.integer(Key::Layout, RAXEL_STORED_LAYOUT_STRIPS));
+  record.nCompressionMode = section.integer(Key::CompressionMode, RAXEL_STORED_COMPRESS_NONE);
 }
 
 void readResolution(RasterSetup &record, const Section &section) {
   TiffWriterState &tiff = record.tiff;
-  if (record.nResolutionMode == kPrinterResolution && record.bPrinterInfo == 0) {
-    record.nResolutionMode = kDisplayResolution;
+  if (record.nResolutionMode == RAXEL_STORED_RESOLUTION_PRINTER && record.bPrinterInfo == 0) {
+    record.nResolutionMode = RAXEL_STORED_RESOLUTION_DISPLAY;
   }
-  if (record.nResolutionMode == kDisplayResolution) {
+  if (record.nResolutionMode == RAXEL_STORED_RESOLUTION_DISPLAY) {
     GetDisplayInfo(nullptr, nullptr, &tiff.nXResolution, &tiff.nYResolution);
-  } else if (record.nResolutionMode == kPrinterResolution) {
+  } else if (record.nResolutionMode == RAXEL_STORED_RESOLUTION_PRINTER) {
     GetPrinterInfo(nullptr, nullptr, &tiff.nXResolution, &tiff.nYResolution);
   } else {
     tiff.nXResolution = section.resolution(Key::XResolution);
@@ -65,10 +63,11 @@ void readResolution(RasterSetup &record, const Section &section) {
 
 // Only sizes and resolutions that come from the profile are checked and repaired.
 void readSize(RasterSetup &record, const Section &section) {
-  if (record.nSizeMode == kPrinterSize && record.bPrinterInfo == 0) record.nSizeMode = kDisplaySize;
-  if (record.nSizeMode == kDisplaySize) {
+  if (record.nSizeMode == RAXEL_STORED_SIZE_PRINTER && record.bPrinterInfo == 0)
+    record.nSizeMode = RAXEL_STORED_SIZE_DISPLAY;
+  if (record.nSizeMode == RAXEL_STORED_SIZE_DISPLAY) {
     GetDisplayInfo(&record.dWidth, &record.dHeight, nullptr, nullptr);
-  } else if (record.nSizeMode == kPrinterSize) {
+  } else if (record.nSizeMode == RAXEL_STORED_SIZE_PRINTER) {
     GetPrinterInfo(&record.dWidth, &record.dHeight, nullptr, nullptr);
   } else {
     record.dWidth = section.inches(Key::Width, "6.67");

@@ -5,27 +5,6 @@
 
 namespace setup {
 
-// Option codes as the record stores them.
-enum ColorMode : int32_t { kColorsAsTheyAre = 103, kLastColorMode = 107 };
-enum BitmapMode : int32_t {
-  kBilevel = 215,
-  kGrey16 = 216,
-  kGrey256 = 217,
-  kColor8 = 218,
-  kColor16 = 219,
-  kColor256 = 221,
-  kRgb = 222
-};
-enum CompressionMode : int32_t { kUncompressed = 224 };
-enum SizeMode : int32_t { kDisplaySize = 600, kPrinterSize, kPictureSize, kUserSize };
-enum ResolutionMode : int32_t {
-  kDisplayResolution = 307,
-  kPrinterResolution,
-  kPictureResolution,
-  kUserResolution
-};
-enum LayoutMode : uint16_t { kTiles = 771, kStrips = 772 };
-
 // Dots per inch, and inches: the ranges both included, and what replaces a value outside them.
 inline constexpr int32_t kLowestResolution = 32;
 inline constexpr int32_t kHighestResolution = 400;
