@@ -17,11 +17,11 @@ using bench::Memory;
 using bench::Picture;
 
 // Values of the TIFF tag.
-constexpr uint16_t kHuffman = 2;
-constexpr uint16_t kT4 = 3;
-constexpr uint16_t kT6 = 4;
-constexpr uint16_t kLzw = 5;
-constexpr uint16_t kPackBits = 32773;
+constexpr uint16_t kHuffman = RAXEL_TIFF_HUFFMAN;
+constexpr uint16_t kT4 = RAXEL_TIFF_T4;
+constexpr uint16_t kT6 = RAXEL_TIFF_T6;
+constexpr uint16_t kLzw = RAXEL_TIFF_LZW;
+constexpr uint16_t kPackBits = RAXEL_TIFF_PACKBITS;
 
 // What codes are made in, kept from strip to strip as the writer keeps it.
 struct Room : tiff::FaxBuffer {

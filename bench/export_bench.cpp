@@ -20,13 +20,14 @@
 
 namespace {
 
-// Codes of the host's escapes, and values of the TIFF tag.
-constexpr int32_t kBilevel = 140, kColor256 = 145, kRgb = 146;
 struct Compression {
-  int32_t escape;
+  int32_t asked;  // of the escape
   uint16_t tag;
 };
-constexpr Compression kNone{150, 1}, kPackBits{151, 32773}, kLzw{153, 5}, kT6{155, 4};
+constexpr Compression kNone{RAXEL_ASK_COMPRESS_NONE, RAXEL_TIFF_UNCOMPRESSED};
+constexpr Compression kPackBits{RAXEL_ASK_COMPRESS_PACKBITS, RAXEL_TIFF_PACKBITS};
+constexpr Compression kLzw{RAXEL_ASK_COMPRESS_LZW, RAXEL_TIFF_LZW};
+constexpr Compression kT6{RAXEL_ASK_COMPRESS_T6, RAXEL_TIFF_T6};
 
 struct Job {
   std::vector<uint8_t> bitmap;  // rows as libtiff and Leptonica take them
@@ -48,16 +49,17 @@ void require(bool holds, const char *what) {
 // the block each time, which costs the same in either direction.
 void exportPicture(const std::string &path, const Job &job) {
   const Handle setup = CreateSetup(0, "", "", "");
-  const int32_t dpi = 100, pictureSize = 2, ownResolution = 3;
+  const int32_t dpi = 100;
   const auto escape = [&](int32_t number, int32_t value) {
-    require(xEscapeSetup(setup, number, 4, &value, nullptr, 0) == 1, "an escape is refused");
+    require(xEscapeSetup(setup, number, 4, &value, nullptr, 0) == RAXEL_ESCAPE_DONE,
+            "an escape is refused");
   };
-  escape(9, job.mode);
-  escape(10, job.compression.escape);
-  escape(11, dpi);
-  escape(12, dpi);
-  escape(18, ownResolution);
-  escape(19, pictureSize);
+  escape(RAXEL_ESCAPE_SET_BITMAP_MODE, job.mode);
+  escape(RAXEL_ESCAPE_SET_COMPRESSION, job.compression.asked);
+  escape(RAXEL_ESCAPE_SET_X_RESOLUTION, dpi);
+  escape(RAXEL_ESCAPE_SET_Y_RESOLUTION, dpi);
+  escape(RAXEL_ESCAPE_SET_RESOLUTION_MODE, RAXEL_ASK_RESOLUTION_USER);
+  escape(RAXEL_ESCAPE_SET_SIZE_MODE, RAXEL_ASK_SIZE_PICTURE);
   PictureRecord picture{};
   picture.nBits = job.bits;
   picture.nWidth = job.width;
@@ -68,10 +70,10 @@ void exportPicture(const std::string &path, const Job &job) {
   runtime::store(info + 10, static_cast<uint16_t>(dpi));
   runtime::store(info + 12, int32_t{job.width});
   runtime::store(info + 16, int32_t{job.height});
-  HostWord status[13] = {};
-  HostWord record[7] = {};
-  record[2] = setup;
-  record[6] = reinterpret_cast<HostWord>(status);
+  HostWord status[RAXEL_STATUS_WORDS] = {};
+  HostWord record[RAXEL_RECORD_WORDS] = {};
+  record[RAXEL_RECORD_SETUP] = setup;
+  record[RAXEL_RECORD_STATUS] = reinterpret_cast<HostWord>(status);
   require(ExportCellData(path.c_str(), &picture, info, record) == 0, "the export fails");
   DestroySetup(setup);
 }
@@ -97,7 +99,7 @@ PIX *leptonicaPhoto(const Job &job) {
 // Leptonica starts from a picture of its own, made beforehand.
 void withLeptonica(const std::string &path, const Job &job) {
   static PIX *photo = leptonicaPhoto(job);
-  if (job.mode == kColor256) {
+  if (job.mode == RAXEL_ASK_MODE_COLOR256) {
     PIX *out = pixMedianCutQuantGeneral(photo, 0, 8, 256, 0, 1, 0);
     require(pixWrite(path.c_str(), out, IFF_TIFF) == 0, "Leptonica writes no file");
     pixDestroy(&out);
@@ -139,13 +141,13 @@ void compare(const std::string &name, std::vector<uint8_t> bitmap, uint16_t bits
 int main(int argc, char **argv) {
   const auto photo = bench::photo(bench::kPhotoWidth, bench::kPhotoHeight, 3);
   const auto page = bench::textPage(bench::kPhotoWidth, bench::kPhotoHeight);
-  compare("RGB, none/libtiff", photo, 24, kRgb, kNone, withLibtiff);
-  compare("RGB, PackBits/libtiff", photo, 24, kRgb, kPackBits, withLibtiff);
-  compare("RGB, LZW/libtiff", photo, 24, kRgb, kLzw, withLibtiff);
-  compare("text page, T.6/libtiff", page, 1, kBilevel, kT6, withLibtiff);
+  compare("RGB, none/libtiff", photo, 24, RAXEL_ASK_MODE_RGB, kNone, withLibtiff);
+  compare("RGB, PackBits/libtiff", photo, 24, RAXEL_ASK_MODE_RGB, kPackBits, withLibtiff);
+  compare("RGB, LZW/libtiff", photo, 24, RAXEL_ASK_MODE_RGB, kLzw, withLibtiff);
+  compare("text page, T.6/libtiff", page, 1, RAXEL_ASK_MODE_BILEVEL, kT6, withLibtiff);
   const auto dithered = bench::ditheredPicture(bench::kPhotoWidth, bench::kPhotoHeight).pixels;
-  compare("dithered photo, T.6/libtiff", dithered, 1, kBilevel, kT6, withLibtiff);
-  compare("photo to 256 colours, none/Leptonica", photo, 24, kColor256, kNone, withLeptonica);
-  compare("photo to bilevel, T.6/Leptonica", photo, 24, kBilevel, kT6, withLeptonica);
+  compare("dithered photo, T.6/libtiff", dithered, 1, RAXEL_ASK_MODE_BILEVEL, kT6, withLibtiff);
+  compare("photo to 256 colours, none/Leptonica", photo, 24, RAXEL_ASK_MODE_COLOR256, kNone, withLeptonica);
+  compare("photo to bilevel, T.6/Leptonica", photo, 24, RAXEL_ASK_MODE_BILEVEL, kT6, withLeptonica);
   return bench::runWithRatios(argc, argv);
 }

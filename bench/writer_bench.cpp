@@ -15,15 +15,12 @@
 
 namespace {
 
-constexpr uint16_t kNone = 1;  // values of the TIFF tag
-constexpr uint16_t kPackBits = 32773;
-
 struct Job {
   std::string name;
   Handle pixels = 0;
   uint32_t width = 0;
   uint32_t height = 0;
-  uint16_t compression = kNone;
+  uint16_t compression = RAXEL_TIFF_UNCOMPRESSED;
 
   std::span<uint8_t> bitmap() const { return runtime::lockBytes(pixels); }
 };
@@ -38,10 +35,11 @@ Handle blockOf(const std::vector<uint8_t> &bytes) {
 // the files have their colours the other way round, which costs the same.
 void writeWithRaxel(const std::string &path, const Job &job) {
   RasterSetup setup{};
-  setup.nBitmapMode = 222;
-  setup.nCompressionMode = job.compression == kNone ? 224 : 225;
+  setup.nBitmapMode = RAXEL_STORED_MODE_RGB;
+  setup.nCompressionMode = job.compression == RAXEL_TIFF_UNCOMPRESSED ? RAXEL_STORED_COMPRESS_NONE
+                                                                      : RAXEL_STORED_COMPRESS_PACKBITS;
   setup.tiff.nXResolution = setup.tiff.nYResolution = 300;
-  setup.tiff.wLayoutMode = 772;
+  setup.tiff.wLayoutMode = RAXEL_STORED_LAYOUT_STRIPS;
   lpRaster = &setup;
   const Handle file = kvlOpen(path.c_str(), nullptr, KVL_OUTPUT);
   Handle descriptor = 0;
@@ -82,14 +80,14 @@ void add(const std::string &name, const Job &job, Write write) {
 
 // Each limit is a pair of its own, with the writer's uncompressed file as "ours".
 void compare(const std::string &name, const std::vector<uint8_t> &bitmap) {
-  Job job{name, blockOf(bitmap), bench::kPhotoWidth, bench::kPhotoHeight, kNone};
+  Job job{name, blockOf(bitmap), bench::kPhotoWidth, bench::kPhotoHeight, RAXEL_TIFF_UNCOMPRESSED};
   add("none/" + name + "/ours", job, writeWithRaxel);
   add("none/" + name + "/theirs", job, writeWithLibtiff);
   add("none against write()/" + name + "/ours", job, writeWithRaxel);
   add("none against write()/" + name + "/theirs", job, writePlainly);
   add("none against memcpy/" + name + "/ours", job, writeWithRaxel);
   add("none against memcpy/" + name + "/theirs", job, copyInMemory);
-  job.compression = kPackBits;
+  job.compression = RAXEL_TIFF_PACKBITS;
   add("PackBits/" + name + "/ours", job, writeWithRaxel);
   add("PackBits/" + name + "/theirs", job, writeWithLibtiff);
 }

@@ -6,15 +6,13 @@
 #include "host.h"
 
 enum { WIDTH = 100, HEIGHT = 80, ROWS_PER_CALL = 10 };
-enum { OPEN = 1, CLOSE = 2, BEGIN = 3, BODY = 4, END = 5, WINDOW = 518, MODE = 521 };
-enum { CELLS = 1033, PRIMITIVE = 1034, COLORS = 1314 };
 
 static int32_t (*device)(HostWord, uint32_t, void *);
 
 /* Sends one function record: its first 32-bit word is the opcode. */
 static void send(uint32_t opcode, uint8_t *record) {
   memcpy(record, &opcode, 4);
-  int32_t result = device(0, 2, record);
+  int32_t result = device(0, RAXEL_ENTRY_EXECUTE, record);
   if (result != 0) {
     fprintf(stderr, "opcode %u answers %d\n", (unsigned)opcode, (int)result);
     exit(1);
@@ -41,49 +39,50 @@ int main(int argc, char **argv) {
   FIND(create_setup, "CreateSetup");
   FIND(escape_setup, "xEscapeSetup");
   FIND(destroy_setup, "DestroySetup");
-  entry(0xFFFD, &device, 0); /* op -3: the address of the working entry */
+  entry(RAXEL_ENTRY_ADDRESS, &device, 0);
 
   Handle setup = create_setup(0, "", "", "");
-  int32_t grey256 = 142;
-  if (escape_setup(setup, 9, 4, &grey256, NULL, 0) != 1) fail("bitmap mode refused");
+  int32_t grey256 = RAXEL_ASK_MODE_GREY256;
+  if (escape_setup(setup, RAXEL_ESCAPE_SET_BITMAP_MODE, 4, &grey256, NULL, 0) != RAXEL_ESCAPE_DONE)
+    fail("bitmap mode refused");
 
   /* The initialisation record, in host words. */
   uint32_t capabilities[64] = {0};
-  HostWord status[13] = {0};
-  HostWord init[16] = {0};
-  init[3] = (HostWord)argv[2];
-  init[9] = 256; /* bytes of replies that this host wants room for */
-  init[13] = setup;
-  init[14] = (HostWord)status;
-  init[15] = (HostWord)capabilities;
-  if (device(0, 0, init) != 0) fail("the driver does not start");
+  HostWord status[RAXEL_STATUS_WORDS] = {0};
+  HostWord init[RAXEL_START_WORDS] = {0};
+  init[RAXEL_START_NAME] = (HostWord)argv[2];
+  init[RAXEL_START_REPLY_BYTES] = 256; /* bytes of replies that this host wants room for */
+  init[RAXEL_START_SETUP] = setup;
+  init[RAXEL_START_STATUS] = (HostWord)status;
+  init[RAXEL_START_CAPABILITIES] = (HostWord)capabilities;
+  if (device(0, RAXEL_ENTRY_START, init) != RAXEL_OK) fail("the driver does not start");
 
   memset(record, 0, sizeof record);
-  send(OPEN, record);
-  send(BEGIN, record);
+  send(RAXEL_OP_OPEN_DEVICE, record);
+  send(RAXEL_OP_BEGIN_PICTURE, record);
   put_double(record + 40, WIDTH - 1); /* x1, y1, z1, x2, y2, z2 */
   put_double(record + 48, HEIGHT - 1);
-  send(WINDOW, record);
+  send(RAXEL_OP_WINDOW, record);
   memset(record, 0, sizeof record);
-  int16_t metric = 1; /* 0.254 mm a pixel is 100 dots per inch */
+  int16_t metric = RAXEL_VIEWPORT_METRIC; /* 0.254 mm a pixel is 100 dots per inch */
   memcpy(record + 16, &metric, 2);
   put_double(record + 24, 0.254);
-  send(MODE, record);
-  send(BODY, record);
+  send(RAXEL_OP_VIEWPORT_MODE, record);
+  send(RAXEL_OP_BEGIN_BODY, record);
 
   put32(record + 4, 256 * 3 + 2); /* 256 colours follow: a ramp of greys */
   put32(record + 16, 0);
   for (int i = 0; i < 256; ++i) memset(record + 20 + 3 * i, i, 3);
-  send(COLORS, record);
+  send(RAXEL_OP_COLORS, record);
 
   memset(record, 0, sizeof record);
-  int32_t begin_raster = -5, end_raster = -6;
+  int32_t begin_raster = RAXEL_PRIMITIVE_BEGIN_RASTER, end_raster = RAXEL_PRIMITIVE_END_RASTER;
   memcpy(record + 16, &begin_raster, 4);
   put32(record + 24, 28); /* no points, then 28 bytes of data */
   put32(record + 28, WIDTH);
   put32(record + 32, HEIGHT);
   put32(record + 36, 8);
-  send(PRIMITIVE, record);
+  send(RAXEL_OP_PRIMITIVE, record);
 
   /* Rows are collected in the order in which they come, and the first one is the picture's lowest: y
      grows with them, as it does in the window. */
@@ -97,15 +96,15 @@ int main(int argc, char **argv) {
     for (uint32_t r = 0; r < ROWS_PER_CALL; ++r) {
       for (uint32_t x = 0; x < WIDTH; ++x) record[102 + r * WIDTH + x] = (uint8_t)(x + HEIGHT - 1 - y - r);
     }
-    send(CELLS, record);
+    send(RAXEL_OP_CELL_ARRAY, record);
   }
 
   memset(record, 0, sizeof record);
   memcpy(record + 16, &end_raster, 4);
-  send(PRIMITIVE, record);
-  send(END, record);
-  send(CLOSE, record);
-  device(0, 0xFFFF, NULL);
+  send(RAXEL_OP_PRIMITIVE, record);
+  send(RAXEL_OP_END_PICTURE, record);
+  send(RAXEL_OP_CLOSE_DEVICE, record);
+  device(0, RAXEL_ENTRY_END, NULL);
   destroy_setup(setup);
   return 0;
 }

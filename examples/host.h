@@ -18,11 +18,11 @@ static void fail(const char *what) {
 
 /* An address from the dynamic loader. The cast goes through memory: ISO C keeps data and function
    pointers apart, POSIX does not. */
-#define FIND(pointer, name)                          \
-  do {                                               \
-    void *found_ = dlsym(library, name);             \
-    if (found_ == NULL) fail("no function " name);   \
-    memcpy(&(pointer), &found_, sizeof found_);      \
+#define FIND(pointer, name)                        \
+  do {                                             \
+    void *found_ = dlsym(library, name);           \
+    if (found_ == NULL) fail("no function " name); \
+    memcpy(&(pointer), &found_, sizeof found_);    \
   } while (0)
 
 /* Opens the library, asks for its table of entries and checks the version. */

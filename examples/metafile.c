@@ -13,14 +13,14 @@ int main(int argc, char **argv) {
   int32_t (*destroy_setup)(Handle);
   SessionCommon **common;
   SessionCommon block;
-  char name[144];
+  char name[RAXEL_NAME_ROOM];
   if (argc != 3 || strlen(argv[2]) >= sizeof name) fail("usage: metafile LIBRARY OUTPUT");
   open_library(argv[1]);
   FIND(entry, "dd_entry");
   FIND(create_setup, "CreateSetup");
   FIND(destroy_setup, "DestroySetup");
   FIND(common, "lpCommon");
-  entry(0xFFFD, &session, 0);
+  entry(RAXEL_ENTRY_ADDRESS, &session, 0);
 
   /* The session's common block is the host's. State 1 is closed. */
   memset(&block, 0, sizeof block);
@@ -28,18 +28,18 @@ int main(int argc, char **argv) {
   *common = &block;
 
   Handle setup = create_setup(0, "", "", "");
-  HostWord status[13] = {0};
-  HostWord init[16] = {0};
+  HostWord status[RAXEL_STATUS_WORDS] = {0};
+  HostWord init[RAXEL_START_WORDS] = {0};
   strcpy(name, argv[2]);
-  init[3] = (HostWord)name; /* taken, and its first byte cleared */
-  init[13] = setup;
-  init[14] = (HostWord)status;
-  int32_t opened = session(0, 0, init);
-  if (opened != 0) fail("the session does not open");
+  init[RAXEL_START_NAME] = (HostWord)name; /* taken, and its first byte cleared */
+  init[RAXEL_START_SETUP] = setup;
+  init[RAXEL_START_STATUS] = (HostWord)status;
+  int32_t opened = session(0, RAXEL_ENTRY_START, init);
+  if (opened != RAXEL_OK) fail("the session does not open");
 
-  /* A platform with metafiles would record drawing functions here, each through op 2. */
+  /* A platform with metafiles would record drawing functions here, each through RAXEL_ENTRY_EXECUTE. */
 
-  int32_t ended = session(0, 0xFFFF, NULL);
+  int32_t ended = session(0, RAXEL_ENTRY_END, NULL);
   *common = NULL;
   destroy_setup(setup);
   if (ended != RAXEL_NO_MEMORY) fail("a picture, where none was recorded");

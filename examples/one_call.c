@@ -33,11 +33,13 @@ int main(int argc, char **argv) {
   FIND(destroy_setup, "DestroySetup");
   FIND(export_cells, "ExportCellData");
 
-  /* Settings: no profile, then RGB and PackBits. 1 means that an escape was carried out. */
+  /* Settings: no profile, then RGB and PackBits. */
   Handle setup = create_setup(0, "", "", "");
-  int32_t rgb = 146, packbits = 151;
-  if (escape_setup(setup, 9, 4, &rgb, NULL, 0) != 1) fail("bitmap mode refused");
-  if (escape_setup(setup, 10, 4, &packbits, NULL, 0) != 1) fail("compression refused");
+  int32_t rgb = RAXEL_ASK_MODE_RGB, packbits = RAXEL_ASK_COMPRESS_PACKBITS;
+  if (escape_setup(setup, RAXEL_ESCAPE_SET_BITMAP_MODE, 4, &rgb, NULL, 0) != RAXEL_ESCAPE_DONE)
+    fail("bitmap mode refused");
+  if (escape_setup(setup, RAXEL_ESCAPE_SET_COMPRESSION, 4, &packbits, NULL, 0) != RAXEL_ESCAPE_DONE)
+    fail("compression refused");
 
   /* Pixels in handle memory: bottom row first, blue, green, red, rows padded to 4 bytes. The library
      works in place, so the block is fresh for every export. */
@@ -68,15 +70,15 @@ int main(int argc, char **argv) {
   memcpy(info + 10, &dpi, 2);
   memcpy(info + 12, extent, 8);
 
-  HostWord status[13] = {0};
-  status[2] = (HostWord)&on_status;
-  HostWord record[7] = {0};
-  record[2] = setup;
-  record[6] = (HostWord)status;
+  HostWord status[RAXEL_STATUS_WORDS] = {0};
+  status[RAXEL_STATUS_CALLBACK] = (HostWord)&on_status;
+  HostWord record[RAXEL_RECORD_WORDS] = {0};
+  record[RAXEL_RECORD_SETUP] = setup;
+  record[RAXEL_RECORD_STATUS] = (HostWord)status;
 
   uint32_t result = export_cells(argv[2], &picture, info, record);
   release(bits);
   destroy_setup(setup);
-  if (result != 0) fail("cannot write the file");
+  if (result != RAXEL_OK) fail("cannot write the file");
   return 0;
 }

@@ -32,7 +32,7 @@ static int32_t complete;
 static int32_t report(HostWord context, HostWord a, HostWord b, HostWord c, HostWord percent, HostWord e,
                       HostWord f) {
   (void)context, (void)c, (void)e, (void)f;
-  if (a == 0 && b == 0 && percent == 100) complete = 1;
+  if (a == 0 && b == 0 && percent == RAXEL_REPORT_COMPLETE) complete = 1;
   return 0;
 }
 
@@ -52,7 +52,7 @@ int main(int argc, char **argv) {
   RaxelRequest request;
   RaxelPlan plan;
   PictureRecord record;
-  HostWord status[16] = {0}, export_record[8] = {0};
+  HostWord status[RAXEL_STATUS_WORDS] = {0}, export_record[RAXEL_RECORD_WORDS] = {0};
   Handle (*create_setup)(HostWord, const char *, const char *, const char *);
   int32_t (*destroy_setup)(Handle);
   int32_t (*escape)(Handle, int32_t, int32_t, const void *, void *, int32_t);
@@ -99,15 +99,16 @@ int main(int argc, char **argv) {
 
   /* The settings that go with it. */
   setup = create_setup(0, NULL, NULL, NULL);
-  escapes[0][0] = 1, escapes[0][1] = 101; /* colours as they are: they have been treated */
-  escapes[1][0] = 9, escapes[1][1] = raxelHostModeValue(plan.mode);
-  escapes[2][0] = 10, escapes[2][1] = raxelHostCompressionValue(plan.compression);
-  escapes[3][0] = 18, escapes[3][1] = RAXEL_ESCAPE_USER_RESOLUTION;
-  escapes[4][0] = 11, escapes[4][1] = plan.filterDpiX;
-  escapes[5][0] = 12, escapes[5][1] = plan.filterDpiY;
-  escapes[6][0] = 19, escapes[6][1] = RAXEL_ESCAPE_PICTURE_SIZE;
+  escapes[0][0] = RAXEL_ESCAPE_SET_COLOR_MODE, escapes[0][1] = RAXEL_ASK_COLORS; /* treated already */
+  escapes[1][0] = RAXEL_ESCAPE_SET_BITMAP_MODE, escapes[1][1] = raxelHostModeValue(plan.mode);
+  escapes[2][0] = RAXEL_ESCAPE_SET_COMPRESSION, escapes[2][1] = raxelHostCompressionValue(plan.compression);
+  escapes[3][0] = RAXEL_ESCAPE_SET_RESOLUTION_MODE, escapes[3][1] = RAXEL_ASK_RESOLUTION_USER;
+  escapes[4][0] = RAXEL_ESCAPE_SET_X_RESOLUTION, escapes[4][1] = plan.filterDpiX;
+  escapes[5][0] = RAXEL_ESCAPE_SET_Y_RESOLUTION, escapes[5][1] = plan.filterDpiY;
+  escapes[6][0] = RAXEL_ESCAPE_SET_SIZE_MODE, escapes[6][1] = RAXEL_ASK_SIZE_PICTURE;
   for (i = 0; i < sizeof escapes / sizeof escapes[0]; ++i) {
-    if (escape(setup, escapes[i][0], 4, &escapes[i][1], NULL, 0) != 1) fail("a setting is refused");
+    if (escape(setup, escapes[i][0], 4, &escapes[i][1], NULL, 0) != RAXEL_ESCAPE_DONE)
+      fail("a setting is refused");
   }
 
   /* And the export itself. */
@@ -123,9 +124,9 @@ int main(int argc, char **argv) {
   put32(16, plan.extentY);
   put32(20, 1280);
   put32(24, 1024);
-  status[2] = (HostWord)report;
-  export_record[2] = setup;
-  export_record[6] = (HostWord)status;
+  status[RAXEL_STATUS_CALLBACK] = (HostWord)report;
+  export_record[RAXEL_RECORD_SETUP] = setup;
+  export_record[RAXEL_RECORD_STATUS] = (HostWord)status;
   if (export_cells(argv[2], &record, info, export_record) != RAXEL_OK || !complete)
     fail("the export failed");
   for (i = 0; i < RAXEL_NOTES; ++i) {

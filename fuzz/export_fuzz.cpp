@@ -33,12 +33,23 @@ T oneOf(fuzz::Input &input, const T (&choices)[N]) {
 
 // Option codes that exist, and some that do not. Sizes stay small: half an inch at most.
 void settle(fuzz::Input &input, RasterSetup &setup) {
-  setup.nBitmapMode = oneOf(input, {215, 216, 217, 218, 219, 220, 221, 222, 0, -1});
-  setup.nCompressionMode = oneOf(input, {224, 225, 226, 227, 228, 229, 230, 0, -1});
-  setup.nColorMode = oneOf(input, {103, 104, 105, 106, 107, 102, 108, 0});
-  setup.nSizeMode = oneOf(input, {600, 601, 602, 603, 0});
-  setup.nResolutionMode = oneOf(input, {307, 308, 309, 310, 0});
-  setup.tiff.wLayoutMode = oneOf<uint16_t>(input, {772, 771, 0});
+  setup.nBitmapMode =
+      oneOf<int32_t>(input, {RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_MODE_GREY16, RAXEL_STORED_MODE_GREY256,
+                             RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_MODE_COLOR16, 220,
+                             RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_MODE_RGB, 0, -1});
+  setup.nCompressionMode = oneOf<int32_t>(
+      input, {RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_HUFFMAN,
+              RAXEL_STORED_COMPRESS_LZW, 228, RAXEL_STORED_COMPRESS_T4, RAXEL_STORED_COMPRESS_T6, 0, -1});
+  setup.nColorMode = oneOf<int32_t>(
+      input, {RAXEL_STORED_COLORS, RAXEL_STORED_COLORS_INVERT, RAXEL_STORED_COLORS_INVERT_GREY,
+              RAXEL_STORED_COLORS_GREY, RAXEL_STORED_COLORS_GREY_INVERT, 102, 108, 0});
+  setup.nSizeMode = oneOf<int32_t>(input, {RAXEL_STORED_SIZE_DISPLAY, RAXEL_STORED_SIZE_PRINTER,
+                                           RAXEL_STORED_SIZE_PICTURE, RAXEL_STORED_SIZE_USER, 0});
+  setup.nResolutionMode =
+      oneOf<int32_t>(input, {RAXEL_STORED_RESOLUTION_DISPLAY, RAXEL_STORED_RESOLUTION_PRINTER,
+                             RAXEL_STORED_RESOLUTION_PICTURE, RAXEL_STORED_RESOLUTION_USER, 0});
+  setup.tiff.wLayoutMode =
+      oneOf<uint16_t>(input, {RAXEL_STORED_LAYOUT_STRIPS, RAXEL_STORED_LAYOUT_TILES, 0});
   setup.tiff.nXResolution = oneOf<int16_t>(input, {32, 96, 100, 300, 400, 1, 0, -1, -400});
   setup.tiff.nYResolution = oneOf<int16_t>(input, {32, 96, 100, 300, 400, 1, 0, -1, -400});
   setup.dWidth = oneOf(input, {0.5, 0.03125, 0.3, 0.0, -0.2, 1e-300});
@@ -133,9 +144,9 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   Listener listener;
   listener.untilRefusal = input.byte() % 8;
   HostWord status[kStatusWords] = {};
-  status[1] = reinterpret_cast<HostWord>(&listener);
-  status[2] = reinterpret_cast<HostWord>(&listen);
-  status[12] = stream.context();
+  status[RAXEL_STATUS_CONTEXT] = reinterpret_cast<HostWord>(&listener);
+  status[RAXEL_STATUS_CALLBACK] = reinterpret_cast<HostWord>(&listen);
+  status[RAXEL_STATUS_PROC_CONTEXT] = stream.context();
   HostWord request[kExportWords] = {};
   request[2] = setup;
   request[6] = reinterpret_cast<HostWord>(status);
@@ -149,7 +160,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
   uint32_t result = 0;
   if (modest) result = ExportCellData(toStream ? "any.tif" : "", &picture, info, request);
-  fuzz::require(result == 0 || result == 303, "a code of the list");
+  fuzz::require(result == 0 || result == RAXEL_CANNOT_WRITE, "a code that the call may answer");
   fuzz::require(!stream.isOpen(), "an open stream is closed");
   if (modest && toStream && result == 0 && failing % 2 == 0 && filling % 4 != 1 &&
       listener.lastPercent == 100) {
@@ -157,7 +168,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     fuzz::require(file.ok(), "a finished export is a TIFF file");
     fuzz::require(file.width() > 0 && file.height() > 0 && file.height() % 2 == 0, "of even height");
   }
-  if (status[6] != 0) GlobalFree(status[6]);
+  if (status[RAXEL_STATUS_OUTPUT] != 0) GlobalFree(status[RAXEL_STATUS_OUTPUT]);
   GlobalFree(picture.hBits);
   if (picture.hPalette != 0) GlobalFree(picture.hPalette);
   DestroySetup(setup);

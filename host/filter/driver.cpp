@@ -9,41 +9,13 @@
 namespace host {
 namespace {
 
-// Operations of the entries.
-enum Operation : uint32_t { kInitialise = 0, kExecute = 2, kTerminate = 0xFFFF, kWorkingEntry = 0xFFFD };
-
-// Driver functions.
-enum Opcode : uint32_t {
-  kOpenDevice = 1,
-  kCloseDevice = 2,
-  kBeginPicture = 3,
-  kBeginBody = 4,
-  kEndPicture = 5,
-  kSetWindow = 518,
-  kSetViewportMode = 521,
-  kCellArray = 1033,
-  kPrimitive = 1034,
-  kSetColors = 1314,
-};
-constexpr int32_t kBeginRaster = -5, kEndRaster = -6;
-
-// Words of the initialisation record.
-enum InitWord {
-  kName = 3,
-  kReplySize = 9,
-  kSetupHandle = 13,
-  kStatus = 14,
-  kCapabilities = 15,
-  kInitWords = 16
-};
-
 constexpr uint32_t kRowsAtATime = 64;
 constexpr HostWord kReplyBytes = 256;
 
 // Records of driver functions have fixed byte offsets on every machine.
 class Record {
  public:
-  Record(Opcode opcode, size_t size) : bytes_(size) { put(0, uint32_t{opcode}); }
+  Record(RaxelOpcode opcode, size_t size) : bytes_(size) { put(0, uint32_t{opcode}); }
   template <class Value>
   Record &put(size_t at, Value value) {
     std::memcpy(bytes_.data() + at, &value, sizeof value);
@@ -60,7 +32,7 @@ using Entry32 = int32_t (*)(HostWord unused, uint32_t op, void *record);
 // The working entry, as the small entry gives it.
 Entry32 workingEntry(int32_t (*entry)(uint32_t, void *, uint32_t)) {
   Entry32 working = nullptr;
-  entry(kWorkingEntry, &working, 0);
+  entry(RAXEL_ENTRY_ADDRESS, &working, 0);
   return working;
 }
 
@@ -73,8 +45,8 @@ class Session {
     const int32_t code = entry_(0, op, record);
     if (code_ == 0) code_ = code;
   }
-  void run(Record record) { run(kExecute, record.data()); }
-  void run(Opcode opcode) { run(Record(opcode, 8)); }
+  void run(Record record) { run(RAXEL_ENTRY_EXECUTE, record.data()); }
+  void run(RaxelOpcode opcode) { run(Record(opcode, 8)); }
   int32_t code() const { return code_; }
 
  private:
@@ -83,7 +55,7 @@ class Session {
 };
 
 void setWindow(Session &session, const RaxelPlan &plan) {
-  session.run(Record(kSetWindow, 64)
+  session.run(Record(RAXEL_OP_WINDOW, 64)
                   .put(16, 0.0)
                   .put(24, 0.0)
                   .put(40, plan.width - 1.0)
@@ -92,19 +64,20 @@ void setWindow(Session &session, const RaxelPlan &plan) {
 
 // Metric units of which an inch has as many as the picture has dots.
 void setResolution(Session &session, int32_t dpi) {
-  session.run(Record(kSetViewportMode, 32).put(16, int16_t{1}).put(24, 25.4 / dpi));
+  session.run(
+      Record(RAXEL_OP_VIEWPORT_MODE, 32).put(16, int16_t{RAXEL_VIEWPORT_METRIC}).put(24, 25.4 / dpi));
 }
 
 void setColors(Session &session, const RaxelPlan &plan, const uint8_t *table) {
-  Record record(kSetColors, 20 + 256 * 3);
+  Record record(RAXEL_OP_COLORS, 20 + 256 * 3);
   record.put(4, uint32_t{2 + 3 * plan.colors}).put(16, uint32_t{0});
   std::copy_n(table, 3 * size_t{plan.colors}, record.data() + 20);
   session.run(std::move(record));
 }
 
 void beginRaster(Session &session, const RaxelPlan &plan) {
-  session.run(Record(kPrimitive, 56)
-                  .put(16, kBeginRaster)
+  session.run(Record(RAXEL_OP_PRIMITIVE, 56)
+                  .put(16, int32_t{RAXEL_PRIMITIVE_BEGIN_RASTER})
                   .put(20, uint32_t{0})
                   .put(24, uint32_t{28})
                   .put(28, plan.width)
@@ -117,7 +90,7 @@ void beginRaster(Session &session, const RaxelPlan &plan) {
 void sendRows(Session &session, const RaxelPlan &plan, const uint8_t *rows) {
   for (uint32_t y = 0; y < plan.height; y += kRowsAtATime) {
     const uint32_t count = std::min(kRowsAtATime, plan.height - y);
-    session.run(Record(kCellArray, 102 + sizeof(void *))
+    session.run(Record(RAXEL_OP_CELL_ARRAY, 102 + sizeof(void *))
                     .put(24, static_cast<double>(y))
                     .put(48, static_cast<double>(y + count))
                     .put(88, plan.width)
@@ -149,38 +122,39 @@ int32_t exportThroughDriver(const Library &library, Setup &setup, const RaxelPla
                             const Handover &picture, OutputStream &stream) {
   setup.setStatus(stream.status());
   std::array<int32_t, 256> capabilities{};
-  std::array<HostWord, kInitWords> init{};
-  init[kName] = reinterpret_cast<HostWord>("output");  // for the stream procedure, which knows better
-  init[kReplySize] = kReplyBytes;
-  init[kSetupHandle] = setup.handle();
-  init[kStatus] = reinterpret_cast<HostWord>(stream.status());
-  init[kCapabilities] = reinterpret_cast<HostWord>(capabilities.data());
+  std::array<HostWord, RAXEL_START_WORDS> init{};
+  init[RAXEL_START_NAME] =
+      reinterpret_cast<HostWord>("output");  // for the stream procedure, which knows better
+  init[RAXEL_START_REPLY_BYTES] = kReplyBytes;
+  init[RAXEL_START_SETUP] = setup.handle();
+  init[RAXEL_START_STATUS] = reinterpret_cast<HostWord>(stream.status());
+  init[RAXEL_START_CAPABILITIES] = reinterpret_cast<HostWord>(capabilities.data());
   Session session(workingEntry(library.rasterEntry));
-  session.run(kInitialise, init.data());
-  session.run(kOpenDevice);
-  session.run(kBeginPicture);
+  session.run(RAXEL_ENTRY_START, init.data());
+  session.run(RAXEL_OP_OPEN_DEVICE);
+  session.run(RAXEL_OP_BEGIN_PICTURE);
   setWindow(session, plan);
   setResolution(session, plan.filterDpiX);
-  session.run(kBeginBody);
+  session.run(RAXEL_OP_BEGIN_BODY);
   if (plan.colors != 0) setColors(session, plan, picture.table.bytes());
   beginRaster(session, plan);
   sendRows(session, plan, picture.pixels.bytes());
-  session.run(Record(kPrimitive, 28).put(16, kEndRaster));
-  session.run(kEndPicture);
-  session.run(kCloseDevice);
-  session.run(kTerminate, nullptr);
+  session.run(Record(RAXEL_OP_PRIMITIVE, 28).put(16, int32_t{RAXEL_PRIMITIVE_END_RASTER}));
+  session.run(RAXEL_OP_END_PICTURE);
+  session.run(RAXEL_OP_CLOSE_DEVICE);
+  session.run(RAXEL_ENTRY_END, nullptr);
   return session.code();
 }
 
 int32_t exportThroughMetafile(const Library &library, Setup &setup, OutputStream &stream) {
   char name[] = "output";  // the library writes into it
-  std::array<HostWord, kInitWords> init{};
-  init[kName] = reinterpret_cast<HostWord>(name);
-  init[kSetupHandle] = setup.handle();
-  init[kStatus] = reinterpret_cast<HostWord>(stream.status());
+  std::array<HostWord, RAXEL_START_WORDS> init{};
+  init[RAXEL_START_NAME] = reinterpret_cast<HostWord>(name);
+  init[RAXEL_START_SETUP] = setup.handle();
+  init[RAXEL_START_STATUS] = reinterpret_cast<HostWord>(stream.status());
   Session session(workingEntry(library.metafileEntry));
-  session.run(kInitialise, init.data());
-  session.run(kTerminate, nullptr);
+  session.run(RAXEL_ENTRY_START, init.data());
+  session.run(RAXEL_ENTRY_END, nullptr);
   return session.code();
 }
 

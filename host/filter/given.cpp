@@ -7,10 +7,9 @@
 namespace host {
 namespace {
 
-constexpr int32_t kQuestions[] = {16, 17, 26, kGeometry, 57};
-
-// Input values count treatments from 101 on, and modes from 140 on.
-constexpr int32_t kFirstTreatment = 101, kFirstMode = 140;
+constexpr int32_t kQuestions[] = {RAXEL_ESCAPE_GET_RESOLUTION, RAXEL_ESCAPE_GET_SIZE,
+                                  RAXEL_ESCAPE_GET_USER_DATA, RAXEL_ESCAPE_GET_RASTER_INFO,
+                                  RAXEL_ESCAPE_GET_COLOR_MODE};
 
 [[noreturn]] void failSet(const SetEscape &escape, const std::string &why) {
   throw Failure(kUsage, "--set " + std::to_string(escape.number) + "=" + escape.value + ": " + why);
@@ -46,15 +45,15 @@ Given::Given(const Library &library, const Options &options)
 // whole number.
 void sendEscape(Setup &setup, const SetEscape &escape, bool save) {
   const char *first = escape.value.data(), *end = first + escape.value.size();
-  const bool real = escape.number == kWidth || escape.number == kHeight;
+  const bool real = escape.number == RAXEL_ESCAPE_SET_WIDTH || escape.number == RAXEL_ESCAPE_SET_HEIGHT;
   int64_t given = 0;
   double number = 0;
   const auto parsed = real ? std::from_chars(first, end, number) : std::from_chars(first, end, given);
   if (parsed.ec != std::errc() || parsed.ptr != end) failSet(escape, "is not a number");
-  const bool userData = escape.number == kUserData;
+  const bool userData = escape.number == RAXEL_ESCAPE_SET_USER_DATA;
   if (given < INT32_MIN || given > (userData ? int64_t{UINT32_MAX} : int64_t{INT32_MAX}))
     failSet(escape, "is beyond the numbers that it takes");
-  if (escape.number == kOutputProcedure)
+  if (escape.number == RAXEL_ESCAPE_SET_OUTPUT_PROC)
     failSet(escape, "takes an address, which a command line cannot give");
   for (int32_t question : kQuestions) {
     if (escape.number == question) failSet(escape, "this escape answers a question and sets nothing");
@@ -64,13 +63,13 @@ void sendEscape(Setup &setup, const SetEscape &escape, bool save) {
   if (userData)
     value = reinterpret_cast<const void *>(static_cast<uintptr_t>(static_cast<intptr_t>(given)));
   const int32_t result = setup.tryEscape(escape.number, real ? 8 : 4, value, save && !userData);
-  if (result == 0) failSet(escape, "there is no such escape");
-  if (result < 0) failSet(escape, "the library refuses this value");
+  if (result == RAXEL_ESCAPE_UNKNOWN) failSet(escape, "there is no such escape");
+  if (result != RAXEL_ESCAPE_DONE) failSet(escape, "the library refuses this value");
 }
 
 void sendSize(Setup &setup, const SizeBox &box, bool save) {
-  if (box.x > 0) setup.set(kWidth, box.x, save);
-  if (box.y > 0) setup.set(kHeight, box.y, save);
+  if (box.x > 0) setup.set(RAXEL_ESCAPE_SET_WIDTH, box.x, save);
+  if (box.y > 0) setup.set(RAXEL_ESCAPE_SET_HEIGHT, box.y, save);
 }
 
 void sendGiven(Setup &setup, const Options &options, bool save) {
@@ -78,13 +77,15 @@ void sendGiven(Setup &setup, const Options &options, bool save) {
   if (save) {
     for (const SetEscape &escape : options.set) sendEscape(setup, escape, true);
   }
-  if (options.treatment) setup.set(kColorTreatment, kFirstTreatment + *options.treatment, save);
-  if (options.mode) setup.set(kMode, kFirstMode + *options.mode, save);
-  if (options.compression) setup.set(kCompression, raxelHostCompressionValue(*options.compression), save);
+  if (options.treatment)
+    setup.set(RAXEL_ESCAPE_SET_COLOR_MODE, RAXEL_ASK_COLORS + *options.treatment, save);
+  if (options.mode) setup.set(RAXEL_ESCAPE_SET_BITMAP_MODE, RAXEL_ASK_MODE_BILEVEL + *options.mode, save);
+  if (options.compression)
+    setup.set(RAXEL_ESCAPE_SET_COMPRESSION, raxelHostCompressionValue(*options.compression), save);
   if (options.dpi) {
-    setup.set(kResolutionMode, RAXEL_ESCAPE_USER_RESOLUTION);
-    setup.set(kResolutionX, static_cast<int32_t>((*options.dpi)[0]), save);
-    setup.set(kResolutionY, static_cast<int32_t>((*options.dpi)[1]), save);
+    setup.set(RAXEL_ESCAPE_SET_RESOLUTION_MODE, RAXEL_ASK_RESOLUTION_USER);
+    setup.set(RAXEL_ESCAPE_SET_X_RESOLUTION, static_cast<int32_t>((*options.dpi)[0]), save);
+    setup.set(RAXEL_ESCAPE_SET_Y_RESOLUTION, static_cast<int32_t>((*options.dpi)[1]), save);
   }
   if (options.size && !options.size->pixels) sendSize(setup, *options.size, save);
   if (options.layout) setup.setLayout(*options.layout);

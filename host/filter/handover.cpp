@@ -8,9 +8,6 @@
 namespace host {
 namespace {
 
-// Words of the export record.
-enum ExportWord { kSetup = 2, kStatus = 6 };
-
 // Offsets in the export info.
 enum InfoOffset {
   kDisplayDpi = 2,
@@ -45,9 +42,9 @@ uint32_t exportCells(const Library &library, const Setup &setup, const Handover 
   put(info, kDisplayX, int32_t{1280});
   put(info, kDisplayY, int32_t{1024});
 
-  std::array<HostWord, 8> exportRecord{};
-  exportRecord[kSetup] = setup.handle();
-  exportRecord[kStatus] = reinterpret_cast<HostWord>(stream.status());
+  std::array<HostWord, RAXEL_RECORD_WORDS> exportRecord{};
+  exportRecord[RAXEL_RECORD_SETUP] = setup.handle();
+  exportRecord[RAXEL_RECORD_STATUS] = reinterpret_cast<HostWord>(stream.status());
   return library.exportCellData(name, &record, info.data(), exportRecord.data());
 }
 

@@ -10,17 +10,6 @@
 namespace host {
 namespace {
 
-// Numbers of the export table's rows.
-enum Ordinal : uint16_t {
-  kCreateSetup = 1001,
-  kDestroySetup = 1002,
-  kEscapeSetup = 1004,
-  kVersion = 1005,
-  kMetafileEntry = 1006,
-  kRasterEntry = 1008,
-  kExportCellData = 1009,
-};
-
 [[noreturn]] void fail(const std::string &path, const std::string &what) {
   throw Failure(RAXEL_HOST_NO_FILTER, path + ": " + what);
 }
@@ -77,18 +66,18 @@ Library loadLibrary(const std::string &path) {
   if (!loaded.table.table) fail(library.path, "hands out no export table");
 
   decltype(&::KVLGetFilterVersion) version = nullptr;
-  loaded.byOrdinal(kVersion, version);
+  loaded.byOrdinal(RAXEL_ORDINAL_VERSION, version);
   library.version = version();
   if (library.version != RAXEL_VERSION) {
     fail(library.path,
          "is version " + hex(library.version) + ", and this program needs version " + hex(RAXEL_VERSION));
   }
-  loaded.byOrdinal(kCreateSetup, library.createSetup);
-  loaded.byOrdinal(kDestroySetup, library.destroySetup);
-  loaded.byOrdinal(kEscapeSetup, library.escapeSetup);
-  loaded.byOrdinal(kExportCellData, library.exportCellData);
-  loaded.byOrdinal(kMetafileEntry, library.metafileEntry);
-  loaded.byOrdinal(kRasterEntry, library.rasterEntry);
+  loaded.byOrdinal(RAXEL_ORDINAL_CREATE_SETUP, library.createSetup);
+  loaded.byOrdinal(RAXEL_ORDINAL_DESTROY_SETUP, library.destroySetup);
+  loaded.byOrdinal(RAXEL_ORDINAL_ESCAPE_SETUP, library.escapeSetup);
+  loaded.byOrdinal(RAXEL_ORDINAL_EXPORT_CELL_DATA, library.exportCellData);
+  loaded.byOrdinal(RAXEL_ORDINAL_ENTRY, library.metafileEntry);
+  loaded.byOrdinal(RAXEL_ORDINAL_RASTER_ENTRY, library.rasterEntry);
 
   loaded.byName("GetPrivateProfileString", library.readProfile);
   loaded.byName("WritePrivateProfileString", library.writeProfile);

@@ -8,23 +8,19 @@
 namespace host {
 namespace {
 
-// Stored codes of the settings record.
-constexpr int32_t kOwnSize = 602, kOwnResolution = 309, kFirstColorMode = 103;
-constexpr uint16_t kStoredTiles = 771;
-
 int modeOfCode(int32_t code) {
   switch (code) {
-    case 215:
+    case RAXEL_STORED_MODE_BILEVEL:
       return RAXEL_MODE_BILEVEL;
-    case 216:
+    case RAXEL_STORED_MODE_GREY16:
       return RAXEL_MODE_GREY16;
-    case 217:
+    case RAXEL_STORED_MODE_GREY256:
       return RAXEL_MODE_GREY256;
-    case 218:
+    case RAXEL_STORED_MODE_COLOR8:
       return RAXEL_MODE_COLOR8;
-    case 219:
+    case RAXEL_STORED_MODE_COLOR16:
       return RAXEL_MODE_COLOR16;
-    case 221:
+    case RAXEL_STORED_MODE_COLOR256:
       return RAXEL_MODE_COLOR256;
     default:
       return RAXEL_MODE_RGB;
@@ -34,15 +30,15 @@ int modeOfCode(int32_t code) {
 // Unknown codes write uncompressed data.
 int compressionOfCode(int32_t code) {
   switch (code) {
-    case 225:
+    case RAXEL_STORED_COMPRESS_PACKBITS:
       return RAXEL_COMPRESS_PACKBITS;
-    case 226:
+    case RAXEL_STORED_COMPRESS_HUFFMAN:
       return RAXEL_COMPRESS_HUFFMAN;
-    case 227:
+    case RAXEL_STORED_COMPRESS_LZW:
       return RAXEL_COMPRESS_LZW;
-    case 229:
+    case RAXEL_STORED_COMPRESS_T4:
       return RAXEL_COMPRESS_T4;
-    case 230:
+    case RAXEL_STORED_COMPRESS_T6:
       return RAXEL_COMPRESS_T6;
     default:
       return RAXEL_COMPRESS_NONE;
@@ -131,18 +127,22 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
            });
   };
 
-  request.mode = options.mode                           ? *options.mode
-                 : chosen({kMode}) && !options.autoMode ? modeOfCode(stored.nBitmapMode)
-                                                        : ownMode(picture);
-  request.compression = options.compression      ? *options.compression
-                        : chosen({kCompression}) ? compressionOfCode(stored.nCompressionMode)
-                                                 : RAXEL_COMPRESS_NONE;
-  request.layout = options.layout                                           ? *options.layout
-                   : fromProfile && stored.tiff.wLayoutMode == kStoredTiles ? RAXEL_LAYOUT_TILES
-                                                                            : RAXEL_LAYOUT_STRIPS;
-  request.treatment = options.treatment           ? *options.treatment
-                      : chosen({kColorTreatment}) ? std::clamp(stored.nColorMode - kFirstColorMode, 0, 4)
-                                                  : RAXEL_TREAT_NONE;
+  request.mode = options.mode ? *options.mode
+                 : chosen({RAXEL_ESCAPE_SET_BITMAP_MODE}) && !options.autoMode
+                     ? modeOfCode(stored.nBitmapMode)
+                     : ownMode(picture);
+  request.compression = options.compression ? *options.compression
+                        : chosen({RAXEL_ESCAPE_SET_COMPRESSION})
+                            ? compressionOfCode(stored.nCompressionMode)
+                            : RAXEL_COMPRESS_NONE;
+  request.layout = options.layout ? *options.layout
+                   : fromProfile && stored.tiff.wLayoutMode == RAXEL_STORED_LAYOUT_TILES
+                       ? RAXEL_LAYOUT_TILES
+                       : RAXEL_LAYOUT_STRIPS;
+  request.treatment = options.treatment ? *options.treatment
+                      : chosen({RAXEL_ESCAPE_SET_COLOR_MODE})
+                          ? std::clamp(stored.nColorMode - RAXEL_STORED_COLORS, 0, RAXEL_TREATMENTS - 1)
+                          : RAXEL_TREAT_NONE;
   request.finish = 1;
   request.strips = options.strips;
   request.dither = options.dither;
@@ -150,8 +150,9 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   if (options.dpi) {
     request.dpiX = (*options.dpi)[0];
     request.dpiY = (*options.dpi)[1];
-  } else if (chosen({kResolutionMode, kResolutionX, kResolutionY}) &&
-             stored.nResolutionMode != kOwnResolution && stored.tiff.nXResolution > 0 &&
+  } else if (chosen({RAXEL_ESCAPE_SET_RESOLUTION_MODE, RAXEL_ESCAPE_SET_X_RESOLUTION,
+                     RAXEL_ESCAPE_SET_Y_RESOLUTION}) &&
+             stored.nResolutionMode != RAXEL_STORED_RESOLUTION_PICTURE && stored.tiff.nXResolution > 0 &&
              stored.tiff.nYResolution > 0) {
     request.dpiX = stored.tiff.nXResolution;
     request.dpiY = stored.tiff.nYResolution;
@@ -161,8 +162,8 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   }
   if (options.size) {
     fit(*options.size, picture, request);
-  } else if (chosen({kSizeMode, kWidth, kHeight}) && stored.nSizeMode != kOwnSize && stored.dWidth > 0 &&
-             stored.dHeight > 0) {
+  } else if (chosen({RAXEL_ESCAPE_SET_SIZE_MODE, RAXEL_ESCAPE_SET_WIDTH, RAXEL_ESCAPE_SET_HEIGHT}) &&
+             stored.nSizeMode != RAXEL_STORED_SIZE_PICTURE && stored.dWidth > 0 && stored.dHeight > 0) {
     fit({stored.dWidth, stored.dHeight, false}, picture, request);
   }
   return request;

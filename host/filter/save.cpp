@@ -15,31 +15,29 @@
 namespace host {
 namespace {
 
-constexpr std::string_view kUserResolution = "310", kUserSize = "603";
-
 // True when the command line gives what this escape sets: with an option of its own, or with --set.
-bool isOption(const Options &options, Escape escape) {
+bool isOption(const Options &options, RaxelEscape escape) {
   const bool inches = options.size && !options.size->pixels;
   switch (escape) {
-    case kColorTreatment:
+    case RAXEL_ESCAPE_SET_COLOR_MODE:
       return options.treatment.has_value();
-    case kMode:
+    case RAXEL_ESCAPE_SET_BITMAP_MODE:
       return options.mode.has_value();
-    case kCompression:
+    case RAXEL_ESCAPE_SET_COMPRESSION:
       return options.compression.has_value();
-    case kResolutionX:
-    case kResolutionY:
+    case RAXEL_ESCAPE_SET_X_RESOLUTION:
+    case RAXEL_ESCAPE_SET_Y_RESOLUTION:
       return options.dpi.has_value();
-    case kWidth:
+    case RAXEL_ESCAPE_SET_WIDTH:
       return inches && options.size->x > 0;
-    case kHeight:
+    case RAXEL_ESCAPE_SET_HEIGHT:
       return inches && options.size->y > 0;
     default:
       return false;
   }
 }
 
-bool gives(const Options &options, Escape escape) {
+bool gives(const Options &options, RaxelEscape escape) {
   return isOption(options, escape) ||
          std::ranges::any_of(options.set, [&](const SetEscape &set) { return set.number == escape; });
 }
@@ -93,25 +91,27 @@ struct Profile {
 // The record holds the values as they were stored.
 bool holdsAll(const Profile &profile, const Options &options) {
   const RasterSetup &r = profile.record;
-  const auto is = [&](Escape escape, const char *key, int32_t value) {
+  const auto is = [&](RaxelEscape escape, const char *key, int32_t value) {
     return !gives(options, escape) || profile.holds(key, value);
   };
-  return is(kColorTreatment, "Color Mode", r.nColorMode) && is(kMode, "Bitmap Mode", r.nBitmapMode) &&
-         is(kCompression, "Compression Mode", r.nCompressionMode) &&
-         is(kResolutionX, "X Resolution", r.tiff.nXResolution) &&
-         is(kResolutionY, "Y Resolution", r.tiff.nYResolution) &&
-         (!gives(options, kWidth) || profile.holdsInches("Width", ".3", r.dWidth)) &&
-         (!gives(options, kHeight) || profile.holdsInches("Height", "", r.dHeight));
+  return is(RAXEL_ESCAPE_SET_COLOR_MODE, "Color Mode", r.nColorMode) &&
+         is(RAXEL_ESCAPE_SET_BITMAP_MODE, "Bitmap Mode", r.nBitmapMode) &&
+         is(RAXEL_ESCAPE_SET_COMPRESSION, "Compression Mode", r.nCompressionMode) &&
+         is(RAXEL_ESCAPE_SET_X_RESOLUTION, "X Resolution", r.tiff.nXResolution) &&
+         is(RAXEL_ESCAPE_SET_Y_RESOLUTION, "Y Resolution", r.tiff.nYResolution) &&
+         (!gives(options, RAXEL_ESCAPE_SET_WIDTH) || profile.holdsInches("Width", ".3", r.dWidth)) &&
+         (!gives(options, RAXEL_ESCAPE_SET_HEIGHT) || profile.holdsInches("Height", "", r.dHeight));
 }
 
 void noteAll(const Profile &profile, const Options &options, std::vector<std::string> &notes) {
-  const bool resolution = gives(options, kResolutionX) || gives(options, kResolutionY);
-  const bool size = gives(options, kWidth) || gives(options, kHeight);
-  if (resolution && profile.text("Resolution Mode") != kUserResolution)
+  const bool resolution =
+      gives(options, RAXEL_ESCAPE_SET_X_RESOLUTION) || gives(options, RAXEL_ESCAPE_SET_Y_RESOLUTION);
+  const bool size = gives(options, RAXEL_ESCAPE_SET_WIDTH) || gives(options, RAXEL_ESCAPE_SET_HEIGHT);
+  if (resolution && !profile.holds("Resolution Mode", RAXEL_STORED_RESOLUTION_USER))
     notes.emplace_back("the stored resolution counts only with \"Resolution Mode=310\" in the profile");
-  if (size && profile.text("Size Mode") != kUserSize)
+  if (size && !profile.holds("Size Mode", RAXEL_STORED_SIZE_USER))
     notes.emplace_back("the stored size counts only with \"Size Mode=603\" in the profile");
-  if (gives(options, kWidth)) {
+  if (gives(options, RAXEL_ESCAPE_SET_WIDTH)) {
     notes.push_back("the filter stores the width as " + profile.text("Width") +
                     ", which is read as another; put it right in the profile");
   }
@@ -121,7 +121,8 @@ void noteAll(const Profile &profile, const Options &options, std::vector<std::st
     notes.push_back(std::string("the layout is not stored; \"Not Defined=") +
                     (*options.layout == RAXEL_LAYOUT_TILES ? "771" : "772") + "\" in the profile says it");
   }
-  for (Escape escape : {kResolutionMode, kSizeMode, kUserData}) {
+  for (RaxelEscape escape :
+       {RAXEL_ESCAPE_SET_RESOLUTION_MODE, RAXEL_ESCAPE_SET_SIZE_MODE, RAXEL_ESCAPE_SET_USER_DATA}) {
     if (gives(options, escape))
       notes.push_back("setup escape " + std::to_string(escape) + " is not stored");
   }
@@ -142,14 +143,15 @@ void store(const Library &library, Setup &setup, const Options &options, std::ve
 // modes with which a resolution or a size counts.
 void startSection(const Library &library, const Given &given, const Options &options) {
   const Hold hold;
-  const auto write = [&](const char *key, std::string_view value) {
-    library.writeProfile(given.newSection->name.c_str(), key, std::string(value).c_str(),
+  const auto write = [&](const char *key, const std::string &value) {
+    library.writeProfile(given.newSection->name.c_str(), key, value.c_str(),
                          given.newSection->profile.c_str());
   };
   write("Driver", given.setup.record().szDriverName);
-  if (gives(options, kResolutionX) || gives(options, kResolutionY))
-    write("Resolution Mode", kUserResolution);
-  if (gives(options, kWidth) || gives(options, kHeight)) write("Size Mode", kUserSize);
+  if (gives(options, RAXEL_ESCAPE_SET_X_RESOLUTION) || gives(options, RAXEL_ESCAPE_SET_Y_RESOLUTION))
+    write("Resolution Mode", std::to_string(RAXEL_STORED_RESOLUTION_USER));
+  if (gives(options, RAXEL_ESCAPE_SET_WIDTH) || gives(options, RAXEL_ESCAPE_SET_HEIGHT))
+    write("Size Mode", std::to_string(RAXEL_STORED_SIZE_USER));
 }
 
 }  // namespace

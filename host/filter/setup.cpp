@@ -4,14 +4,7 @@
 #include "output/hold.h"
 
 namespace host {
-namespace {
-
-constexpr int32_t kNoTreatment = 101;
-
-// Stored layout codes.
-constexpr uint16_t kStoredTiles = 771, kStoredStrips = 772;
-
-}  // namespace
+namespace {}  // namespace
 
 Setup::Setup(const Library &library, const std::string &profile, const std::string &section)
     : library_(library), handle_(library.createSetup(0, profile.c_str(), section.c_str(), nullptr)) {
@@ -32,10 +25,11 @@ int32_t Setup::tryEscape(int32_t escape, int32_t size, const void *value, bool s
 
 void Setup::send(int32_t escape, int32_t size, const void *value, bool save) {
   const int32_t result = tryEscape(escape, size, value, save);
-  if (result == 1) return;
-  throw Failure(RAXEL_HOST_FILTER_FAILED,
-                "setup escape " + std::to_string(escape) +
-                    (result == 0 ? " is not handled by this library" : " refuses its value"));
+  if (result == RAXEL_ESCAPE_DONE) return;
+  throw Failure(
+      RAXEL_HOST_FILTER_FAILED,
+      "setup escape " + std::to_string(escape) +
+          (result == RAXEL_ESCAPE_UNKNOWN ? " is not handled by this library" : " refuses its value"));
 }
 
 void Setup::set(int32_t escape, int32_t value, bool save) {
@@ -46,11 +40,12 @@ void Setup::set(int32_t escape, double value, bool save) {
 }
 
 void Setup::setLayout(int32_t layout) {
-  record_->tiff.wLayoutMode = layout == RAXEL_LAYOUT_TILES ? kStoredTiles : kStoredStrips;
+  record_->tiff.wLayoutMode =
+      layout == RAXEL_LAYOUT_TILES ? RAXEL_STORED_LAYOUT_TILES : RAXEL_STORED_LAYOUT_STRIPS;
 }
 
 void Setup::setOutput(StreamProc procedure) {
-  send(kOutputProcedure, sizeof(void *), reinterpret_cast<const void *>(procedure), false);
+  send(RAXEL_ESCAPE_SET_OUTPUT_PROC, sizeof(void *), reinterpret_cast<const void *>(procedure), false);
 }
 
 void Setup::setStatus(HostWord *status) {
@@ -59,18 +54,18 @@ void Setup::setStatus(HostWord *status) {
 
 RasterInfoResult Setup::query(const RasterPictureInfo &picture) {
   RasterInfoResult result{};
-  library_.escapeSetup(handle_, kGeometry, sizeof picture, &picture, &result, 0);
+  library_.escapeSetup(handle_, RAXEL_ESCAPE_GET_RASTER_INFO, sizeof picture, &picture, &result, 0);
   return result;
 }
 
 void sendPlan(Setup &setup, const RaxelPlan &plan) {
-  setup.set(kColorTreatment, kNoTreatment);  // the preparation has treated the colours
-  setup.set(kMode, raxelHostModeValue(plan.mode));
-  setup.set(kCompression, raxelHostCompressionValue(plan.compression));
-  setup.set(kResolutionMode, RAXEL_ESCAPE_USER_RESOLUTION);
-  setup.set(kResolutionX, plan.filterDpiX);
-  setup.set(kResolutionY, plan.filterDpiY);
-  setup.set(kSizeMode, RAXEL_ESCAPE_PICTURE_SIZE);
+  setup.set(RAXEL_ESCAPE_SET_COLOR_MODE, RAXEL_ASK_COLORS);  // the preparation has treated the colours
+  setup.set(RAXEL_ESCAPE_SET_BITMAP_MODE, raxelHostModeValue(plan.mode));
+  setup.set(RAXEL_ESCAPE_SET_COMPRESSION, raxelHostCompressionValue(plan.compression));
+  setup.set(RAXEL_ESCAPE_SET_RESOLUTION_MODE, RAXEL_ASK_RESOLUTION_USER);
+  setup.set(RAXEL_ESCAPE_SET_X_RESOLUTION, plan.filterDpiX);
+  setup.set(RAXEL_ESCAPE_SET_Y_RESOLUTION, plan.filterDpiY);
+  setup.set(RAXEL_ESCAPE_SET_SIZE_MODE, RAXEL_ASK_SIZE_PICTURE);
   setup.setLayout(plan.layout);
 }
 

@@ -7,22 +7,6 @@
 
 namespace host {
 
-// Setup escapes.
-enum Escape : int32_t {
-  kColorTreatment = 1,
-  kMode = 9,
-  kCompression = 10,
-  kResolutionX = 11,
-  kResolutionY = 12,
-  kWidth = 13,
-  kHeight = 14,
-  kResolutionMode = 18,
-  kSizeMode = 19,
-  kUserData = 25,
-  kGeometry = 56,
-  kOutputProcedure = 81,
-};
-
 // Where no file can be: the library then takes its own defaults, and looks for no other profile.
 inline constexpr const char *kNoProfile = "/dev/null/none";
 
@@ -53,7 +37,7 @@ class Setup {
   void setOutput(StreamProc procedure);
   // Makes progress known to the host on roads that do not do it by themselves.
   void setStatus(HostWord *status);
-  // Size in pixels and signed depth of what would be written (escape 56).
+  // Size in pixels and signed depth of what would be written.
   RasterInfoResult query(const RasterPictureInfo &picture);
 
  private:

@@ -11,6 +11,7 @@
 
 #include "buffer.h"
 #include "prepare/services.h"
+#include "raxel/stream_codes.h"
 
 namespace host {
 namespace {
@@ -141,7 +142,8 @@ bool Sink::writeAt(uint64_t at, const uint8_t *bytes, size_t count) {
 }
 
 bool Sink::seek(int64_t offset, int whence) {
-  const int64_t from = whence == 0 ? 0 : static_cast<int64_t>(whence == 1 ? position_ : size_);
+  const int64_t from =
+      whence == KVL_FROM_START ? 0 : static_cast<int64_t>(whence == KVL_FROM_POSITION ? position_ : size_);
   const int64_t to = from + offset;
   if (whence < 0 || whence > 2 || to < 0 || to > static_cast<int64_t>(kMost)) return false;
   position_ = static_cast<uint64_t>(to);

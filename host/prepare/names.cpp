@@ -15,26 +15,26 @@ struct Choice {
   std::array<const char *, kNames> names;
 };
 
-// In the order of RaxelMode. Values of escape 9 for a prepared picture: eight colours go out as sixteen, of
+// In the order of RaxelMode, with what a prepared picture asks for: eight colours go out as sixteen, of
 // which eight are the fixed ones, since the filter's own mode for them would remap every pixel.
 constexpr std::array<Choice, RAXEL_MODES> kModes{{
-    {140, {"bilevel", "mono", "bw", "1"}},
-    {141, {"grey16", "gray16"}},
-    {142, {"grey256", "gray256", "grey", "gray"}},
-    {144, {"color8", "colour8"}},
-    {144, {"color16", "colour16"}},
-    {145, {"color256", "colour256", "palette"}},
-    {146, {"rgb", "truecolor", "24"}},
+    {RAXEL_ASK_MODE_BILEVEL, {"bilevel", "mono", "bw", "1"}},
+    {RAXEL_ASK_MODE_GREY16, {"grey16", "gray16"}},
+    {RAXEL_ASK_MODE_GREY256, {"grey256", "gray256", "grey", "gray"}},
+    {RAXEL_ASK_MODE_COLOR16, {"color8", "colour8"}},
+    {RAXEL_ASK_MODE_COLOR16, {"color16", "colour16"}},
+    {RAXEL_ASK_MODE_COLOR256, {"color256", "colour256", "palette"}},
+    {RAXEL_ASK_MODE_RGB, {"rgb", "truecolor", "24"}},
 }};
 
-// In the order of RaxelCompression. Values of escape 10.
+// In the order of RaxelCompression.
 constexpr std::array<Choice, RAXEL_COMPRESSIONS> kCompressions{{
-    {150, {"none", "uncompressed"}},
-    {151, {"packbits", "rle"}},
-    {152, {"huffman", "mh", "ccittrle", "fax1d"}},
-    {153, {"lzw"}},
-    {154, {"t4", "g3", "group3", "fax3", "ccittfax3"}},
-    {155, {"t6", "g4", "group4", "fax", "fax4", "ccittfax4"}},
+    {RAXEL_ASK_COMPRESS_NONE, {"none", "uncompressed"}},
+    {RAXEL_ASK_COMPRESS_PACKBITS, {"packbits", "rle"}},
+    {RAXEL_ASK_COMPRESS_HUFFMAN, {"huffman", "mh", "ccittrle", "fax1d"}},
+    {RAXEL_ASK_COMPRESS_LZW, {"lzw"}},
+    {RAXEL_ASK_COMPRESS_T4, {"t4", "g3", "group3", "fax3", "ccittfax3"}},
+    {RAXEL_ASK_COMPRESS_T6, {"t6", "g4", "group4", "fax", "fax4", "ccittfax4"}},
 }};
 
 constexpr std::array<const char *, RAXEL_HOST_CODES> kMessages{

@@ -120,11 +120,6 @@ typedef struct RaxelPlan {
   uint64_t uncompressedBytes;  // size of the file without compression
 } RaxelPlan;
 
-// Values for the filter's setting escapes: 9 with raxelHostModeValue(mode) and 10 with
-// raxelHostCompressionValue(compression); always 18 with 3, 11 and 12 with filterDpiX and
-// filterDpiY, 19 with 2.
-enum { RAXEL_ESCAPE_USER_RESOLUTION = 3, RAXEL_ESCAPE_PICTURE_SIZE = 2 };
-
 // What the preparation borrows from the filter. Fill it with dlsym (or by linking) under the names of
 // the members. Every member is needed for dithering to bilevel and 16 greys, for treatments and for
 // RAXEL_QUANTIZE_FILTER; all other work is done without.

@@ -136,18 +136,18 @@ int32_t writeBytes(Stream &stream, std::span<const uint8_t> from) {
 
 int32_t seekTo(Stream &stream, int32_t offset, int32_t whence) {
   const int64_t here = int64_t{stream.lBufStart} + stream.nPos;
-  if (whence == SEEK_CUR && offset == 0) return here > INT32_MAX ? -1 : static_cast<int32_t>(here);
-  if (whence == SEEK_SET || whence == SEEK_CUR) {
-    const int64_t target = whence == SEEK_SET ? offset : here + offset;
+  if (whence == KVL_FROM_POSITION && offset == 0) return here > INT32_MAX ? -1 : static_cast<int32_t>(here);
+  if (whence == KVL_FROM_START || whence == KVL_FROM_POSITION) {
+    const int64_t target = whence == KVL_FROM_START ? offset : here + offset;
     if (target < 0 || target > INT32_MAX) return fail(stream);
     if (target > stream.lSize && !isOpenForWriting(stream)) return fail(stream);
     if (isInWindow(stream, target)) return moveWithin(stream, target);
     if (isMemory(stream)) return growAndMove(stream, target);
-    return seekFile(stream, static_cast<int32_t>(target), SEEK_SET);
+    return seekFile(stream, static_cast<int32_t>(target), KVL_FROM_START);
   }
   if (!isMemory(stream)) return seekFile(stream, offset, whence);
   const int64_t target = int64_t{stream.nHigh} + 1 + offset;
-  if (whence != SEEK_END || target < 0) return fail(stream);
+  if (whence != KVL_FROM_END || target < 0) return fail(stream);
   // Just past the block is still no reason to grow it; the next write does.
   return target <= int64_t{stream.nLimit} + 1 ? moveWithin(stream, target) : growAndMove(stream, target);
 }
@@ -167,7 +167,7 @@ void seekToWrite(Stream &stream, int32_t position) {
 int32_t kvlRead(Handle handle, void *buffer, int32_t count) {
   runtime::Stream *stream = runtime::streamOf(handle);
   if (stream == nullptr) return 0;
-  if (stream->lpfnProc != nullptr) return runtime::askProcedure(*stream, runtime::kOpRead, buffer, count);
+  if (stream->lpfnProc != nullptr) return runtime::askProcedure(*stream, KVL_OP_READ, buffer, count);
   if (buffer == nullptr || count <= 0) return 0;
   return runtime::readBytes(*stream, {static_cast<uint8_t *>(buffer), static_cast<size_t>(count)});
 }
@@ -175,7 +175,7 @@ int32_t kvlRead(Handle handle, void *buffer, int32_t count) {
 int32_t kvlWrite(Handle handle, const void *buffer, int32_t count) {
   runtime::Stream *stream = runtime::streamOf(handle);
   if (stream == nullptr) return 0;
-  if (stream->lpfnProc != nullptr) return runtime::askProcedure(*stream, runtime::kOpWrite, buffer, count);
+  if (stream->lpfnProc != nullptr) return runtime::askProcedure(*stream, KVL_OP_WRITE, buffer, count);
   if (buffer == nullptr || count <= 0) return 0;
   const std::span<const uint8_t> from{static_cast<const uint8_t *>(buffer), static_cast<size_t>(count)};
   // Directories come a byte at a time and packed rows in small pieces: most writes only store.
@@ -187,6 +187,6 @@ int32_t kvlWrite(Handle handle, const void *buffer, int32_t count) {
 int32_t kvlSeek(Handle handle, int32_t offset, int32_t whence) {
   runtime::Stream *stream = runtime::streamOf(handle);
   if (stream == nullptr) return -1;
-  if (stream->lpfnProc != nullptr) return runtime::askProcedure(*stream, runtime::kOpSeek, &offset, whence);
+  if (stream->lpfnProc != nullptr) return runtime::askProcedure(*stream, KVL_OP_SEEK, &offset, whence);
   return runtime::seekTo(*stream, offset, whence);
 }

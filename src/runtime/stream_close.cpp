@@ -10,7 +10,7 @@ namespace {
 int32_t closeMemory(Stream &stream) {
   if (!isOpenForWriting(stream)) return 0;
   const uint8_t last = 0xFF;
-  if (seekTo(stream, 0, SEEK_END) < 0) return -1;
+  if (seekTo(stream, 0, KVL_FROM_END) < 0) return -1;
   return writeBytes(stream, {&last, 1}) == 1 ? 0 : -1;
 }
 
@@ -26,7 +26,7 @@ int32_t closeStream(Handle handle, int32_t last) {
   int32_t result = 0;
   const bool ownsWindow = !isMemory(stream);
   if (stream.lpfnProc != nullptr) {
-    askProcedure(stream, kOpClose, nullptr, last);
+    askProcedure(stream, KVL_OP_CLOSE, nullptr, last);
     if (stream.fp != nullptr) closeFile(stream);
   } else {
     result = isMemory(stream) ? closeMemory(stream) : closeFile(stream);

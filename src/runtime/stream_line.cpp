@@ -26,7 +26,7 @@ Line readLine(Handle handle, char *buffer, int32_t max) {
     if (byte == kLf) break;
     if (byte == kCr) {
       if (!readByte(handle, byte)) return {stored, true};
-      if (byte != kLf) kvlSeek(handle, -1, SEEK_CUR);
+      if (byte != kLf) kvlSeek(handle, -1, KVL_FROM_POSITION);
       break;
     }
     buffer[stored++] = byte;
@@ -76,6 +76,6 @@ int32_t kvlGetLineFormat(Handle handle) {
     if (byte == runtime::kLf) format = 2;
     if (byte == runtime::kCr) format = runtime::readByte(handle, byte) && byte == runtime::kLf ? 0 : 1;
   }
-  kvlSeek(handle, 0, SEEK_SET);
+  kvlSeek(handle, 0, KVL_FROM_START);
   return format;
 }

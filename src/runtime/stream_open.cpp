@@ -41,7 +41,7 @@ FILE *openFile(const char *name, const char *mode) {
 }
 
 Handle testExistence(const char *name, StreamProc procedure) {
-  if (procedure != nullptr) return procedure(0, kOpExists, reinterpret_cast<HostWord>(name), 0);
+  if (procedure != nullptr) return procedure(0, KVL_OP_EXISTS, reinterpret_cast<HostWord>(name), 0);
   FILE *fp = isEmpty(name) ? nullptr : openFile(name, "re");
   if (fp == nullptr) return kNotFound;
   std::fclose(fp);
@@ -49,7 +49,7 @@ Handle testExistence(const char *name, StreamProc procedure) {
 }
 
 Handle deleteFile(const char *name, StreamProc procedure) {
-  if (procedure != nullptr) return procedure(0, kOpDelete, reinterpret_cast<HostWord>(name), 0);
+  if (procedure != nullptr) return procedure(0, KVL_OP_DELETE, reinterpret_cast<HostWord>(name), 0);
   // Only files: an empty folder stays.
   return !isEmpty(name) && unlink(name) == 0 ? 1 : 0;
 }
@@ -116,7 +116,7 @@ bool attach(Stream &stream, const KvlStreamDesc *descriptor) {
 bool openByProcedure(Stream &stream, const KvlStreamDesc *descriptor, const char *name) {
   if (stream.lpfnProc == nullptr) return false;
   stream.dwProcToken =
-      stream.lpfnProc(descriptor->lpMemVar, kOpOpen, reinterpret_cast<HostWord>(name), stream.nMode);
+      stream.lpfnProc(descriptor->lpMemVar, KVL_OP_OPEN, reinterpret_cast<HostWord>(name), stream.nMode);
   return stream.dwProcToken != 0;
 }
 

@@ -18,9 +18,6 @@ namespace runtime {
 
 constexpr int32_t kBufferSize = 12288;  // of a file stream's window
 
-// What the procedure is asked to do.
-enum StreamOp : HostWord { kOpOpen = 1, kOpRead, kOpWrite, kOpSeek, kOpClose, kOpExists, kOpDelete };
-
 struct Stream : KvlStream {
   int32_t bBytesLost;  // 1 once written bytes could not be flushed and are gone; close reports it
 };
@@ -48,7 +45,7 @@ inline int32_t fail(Stream &stream) {
 }
 
 // Passes a call to the stream's procedure. Signed arguments go over sign-extended.
-inline int32_t askProcedure(const Stream &stream, StreamOp op, const void *address, int32_t argument) {
+inline int32_t askProcedure(const Stream &stream, KvlOp op, const void *address, int32_t argument) {
   return static_cast<int32_t>(stream.lpfnProc(stream.dwProcToken, op, reinterpret_cast<HostWord>(address),
                                               static_cast<HostWord>(argument)));
 }

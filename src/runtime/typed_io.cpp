@@ -10,7 +10,7 @@ namespace runtime {
 namespace {
 
 bool isBigEndian(Handle handle) {
-  return streamOf(handle)->wDataFormat == 1;
+  return streamOf(handle)->wDataFormat == KVL_DATA_BIG_ENDIAN;
 }
 
 // The value of file bytes in the stream's order.

@@ -387,16 +387,16 @@ TEST(DrawExportCellData, QueryTurnsExtentsIntoInches) {
   picture.dExtentY = -400;
   picture.nResolution = 100;
   PictureFormat format = {};
-  EXPECT_EQ(DrawExportCellData(0, word(&picture), word(&format), 0), 0u);
+  EXPECT_EQ(DrawExportCellData(RAXEL_DRAW_QUERY, word(&picture), word(&format), 0), 0u);
   EXPECT_EQ(format.dWidth, 8.0);
   EXPECT_EQ(format.dHeight, -4.0);
   EXPECT_EQ(format.nResolution, 100u);
   EXPECT_EQ(format.nKind, 1);
   picture.nResolution = 0;
-  DrawExportCellData(0, word(&picture), word(&format), 0);
+  DrawExportCellData(RAXEL_DRAW_QUERY, word(&picture), word(&format), 0);
   EXPECT_EQ(format.dWidth, 800.0) << "without a resolution the extents are inches";
   picture.nResolution = 65535;
-  DrawExportCellData(0, word(&picture), word(&format), 0);
+  DrawExportCellData(RAXEL_DRAW_QUERY, word(&picture), word(&format), 0);
   EXPECT_EQ(format.nResolution, 65535u);
 }
 
@@ -410,10 +410,10 @@ TEST(DrawExportCellData, ItsOperationsAreThoseOfCellData) {
   record.nColors = 256;
   record.lpPalette = static_cast<uint8_t *>(kvlPtrGlobalAlloc(768));
   const HostWord request[OFFSCREEN_WORDS] = {4, 1, 8, 256, word(record.lpPalette)};
-  EXPECT_EQ(DrawExportCellData(1, word(&record), word(request), 0), 1u);
-  const Handle band = DrawExportCellData(3, word(&record), 500, 600);
+  EXPECT_EQ(DrawExportCellData(RAXEL_DRAW_OPEN, word(&record), word(request), 0), 1u);
+  const Handle band = DrawExportCellData(RAXEL_DRAW_BAND, word(&record), 500, 600);
   EXPECT_EQ(bytesOf(band), (Bytes{0, 2, 5, 9})) << "the row range is not looked at";
-  EXPECT_EQ(DrawExportCellData(2, word(&record), 0, 0), 0u);
+  EXPECT_EQ(DrawExportCellData(RAXEL_DRAW_CLOSE, word(&record), 0, 0), 0u);
   EXPECT_EQ(record.hBandCache, 0u);
   kvlPtrGlobalFree(record.lpPalette);
 }

@@ -23,7 +23,7 @@ class ExportCell : public testing::Test {
   // Sends the output through the stream procedure.
   void useStream() {
     host_.settings().lpfnOutputProc = stream_.procedure();
-    host_.status.word(12) = stream_.context();
+    host_.status.word(RAXEL_STATUS_PROC_CONTEXT) = stream_.context();
   }
   Bytes expected() {
     Picture picture(24, 2, kRows);
@@ -100,7 +100,7 @@ TEST_F(ExportCell, IntoABlockWhoseHandleIsInWord6) {
   for (const char *noName : {static_cast<const char *>(nullptr), ""}) {
     Picture picture(24, 2, kRows);
     EXPECT_EQ(host_.run(noName, picture), 0u);
-    const Handle block = host_.status.word(6);
+    const Handle block = host_.status.word(RAXEL_STATUS_OUTPUT);
     ASSERT_NE(block, 0u);
     const Bytes bytes = entry_test::bytesOf(block);
     ASSERT_GT(bytes.size(), 198u);
@@ -115,11 +115,11 @@ TEST_F(ExportCell, TheBlocksHandleIsGoodHoweverOftenItGrew) {
   const std::vector<Bytes> rows(200, Bytes(200 * 3, 0x42));
   Picture picture(24, 200, rows);
   EXPECT_EQ(host_.run(nullptr, picture), 0u);
-  const Bytes bytes = entry_test::bytesOf(host_.status.word(6));
+  const Bytes bytes = entry_test::bytesOf(host_.status.word(RAXEL_STATUS_OUTPUT));
   EXPECT_GE(bytes.size(), 186u + 120000u + 1u);
   EXPECT_EQ(bytes[186 + 119999], 0x42);
   EXPECT_EQ(bytes[186 + 120000], 0xFF);
-  GlobalFree(host_.status.word(6));
+  GlobalFree(host_.status.word(RAXEL_STATUS_OUTPUT));
 }
 
 TEST_F(ExportCell, ABlockThatNobodyCanFindIsFreed) {
@@ -138,7 +138,7 @@ TEST_F(ExportCell, WithoutAStatusRecordAProcedureGetsContextZero) {
   };
   host_.exportRecord()[6] = 0;
   Picture picture(24, 2, kRows);
-  EXPECT_EQ(host_.run(nullptr, picture), 303u);
+  EXPECT_EQ(host_.run(nullptr, picture), RAXEL_CANNOT_WRITE);
   EXPECT_EQ(seen, 0u);
 }
 
@@ -160,8 +160,8 @@ TEST_F(ExportCell, MissingRecordsAre22AndNothingIsOpened) {
 
 TEST_F(ExportCell, AnOutputThatCannotBeOpenedIs303) {
   Picture picture(24, 2, kRows);
-  EXPECT_EQ(host_.run(folder_.file("no/such/folder.tif").c_str(), picture), 303u);
-  EXPECT_EQ(host_.run(folder_.path().c_str(), picture), 303u);
+  EXPECT_EQ(host_.run(folder_.file("no/such/folder.tif").c_str(), picture), RAXEL_CANNOT_WRITE);
+  EXPECT_EQ(host_.run(folder_.path().c_str(), picture), RAXEL_CANNOT_WRITE);
   EXPECT_EQ(picture.record().dExtentX, 0.0) << "the picture is untouched";
   EXPECT_EQ(picture.pixels()[0], 1);
 }
@@ -170,7 +170,7 @@ TEST_F(ExportCell, AProcedureThatRefusesIs303) {
   useStream();
   stream_.failAt(1);
   Picture picture(24, 2, kRows);
-  EXPECT_EQ(host_.run(nullptr, picture), 303u);
+  EXPECT_EQ(host_.run(nullptr, picture), RAXEL_CANNOT_WRITE);
 }
 
 // ---- What it sets
@@ -296,7 +296,7 @@ TEST_F(ExportCell, OnePixelIsTwoRows) {
 
 TEST_F(ExportCell, AFullRowOf65535PixelsKeepsItsWidth) {
   Picture picture(1, 65535, {Bytes(8192, 0x55), Bytes(8192, 0xAA)}, {0, 0, 0, 255, 255, 255});
-  host_.settings().nBitmapMode = 215;
+  host_.settings().nBitmapMode = RAXEL_STORED_MODE_BILEVEL;
   CellInfo info;
   info.pictureResolution = 96;
   info.extentX = 65535;
@@ -315,7 +315,7 @@ TEST_F(ExportCell, AFullRowOf65535PixelsKeepsItsWidth) {
 TEST_F(ExportCell, ProductsPast32BitsEndWithoutAPicture) {
   // 4 000 000 000 by 4 000 000 000 pixels: no block holds them, and nothing is reported.
   Picture picture(8, 2, {{1, 2}}, Bytes(768, 9));
-  host_.settings().nBitmapMode = 221;
+  host_.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   EXPECT_EQ(host_.run(folder_.file("huge.tif").c_str(), picture, 2147483647, 2147483647), 0u);
   EXPECT_TRUE(host_.status.calls.empty());
   // The same for a source that claims more than its block holds, and more than any block could.
@@ -340,10 +340,10 @@ TEST_F(ExportCell, AProcedureThatLocksAnotherSetupAtOpenChangesNothing) {
     EditSetup(other, 0);
     return stream->procedure()(context, op, a, b);
   };
-  host.status.word(12) = inner.context();
+  host.status.word(RAXEL_STATUS_PROC_CONTEXT) = inner.context();
   Picture picture(24, 2, kRows);
   // The writer patches the directory by the current record, so only the open moves it here.
-  host.settings().nCompressionMode = 224;
+  host.settings().nCompressionMode = RAXEL_STORED_COMPRESS_NONE;
   EXPECT_EQ(host.run(nullptr, picture), 0u);
   EXPECT_EQ(inner.bytes().size(), bytes.size());
   DestroySetup(other);
@@ -360,7 +360,8 @@ TEST_F(ExportCell, ACallbackMayDestroyTheSetup) {
 }
 
 TEST_F(ExportCell, AStreamThatFailsAtAnyCallIs0Or303AndLeavesNothing) {
-  for (const int32_t compression : {224, 225, 227}) {
+  for (const int32_t compression :
+       {RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_LZW}) {
     useStream();
     host_.settings().nCompressionMode = compression;
     stream_.clearLog();
@@ -373,9 +374,9 @@ TEST_F(ExportCell, AStreamThatFailsAtAnyCallIs0Or303AndLeavesNothing) {
         support::HostStream failing;
         failing.failAt(n, failure);
         host_.settings().lpfnOutputProc = failing.procedure();
-        host_.status.word(12) = failing.context();
+        host_.status.word(RAXEL_STATUS_PROC_CONTEXT) = failing.context();
         Picture picture(24, 2, kRows);
-        EXPECT_EQ(host_.run(nullptr, picture), n == 1 ? 303u : 0u) << n;
+        EXPECT_EQ(host_.run(nullptr, picture), n == 1 ? RAXEL_CANNOT_WRITE : RAXEL_OK) << n;
         EXPECT_FALSE(failing.isOpen()) << n;
       }
     }

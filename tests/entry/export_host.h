@@ -84,9 +84,9 @@ struct CellInfo {
 class ExportHost {
  public:
   ExportHost() : setup_(CreateSetup(0, "no such profile", nullptr, nullptr)), settings_(lpRaster) {
-    settings_->nBitmapMode = 222;
-    words_[2] = setup_;
-    words_[6] = reinterpret_cast<HostWord>(status.record());
+    settings_->nBitmapMode = RAXEL_STORED_MODE_RGB;
+    words_[RAXEL_RECORD_SETUP] = setup_;
+    words_[RAXEL_RECORD_STATUS] = reinterpret_cast<HostWord>(status.record());
   }
   ~ExportHost() {
     if (setup_ != 0) DestroySetup(setup_);
@@ -112,8 +112,8 @@ class ExportHost {
   // The same into memory: the file's bytes, without the 0xFF behind them and the block's spare room.
   Bytes runInMemory(Picture &picture, int32_t width = -1, int32_t height = -1) {
     run(nullptr, picture, width, height);
-    const Handle block = status.word(6);
-    status.word(6) = 0;
+    const Handle block = status.word(RAXEL_STATUS_OUTPUT);
+    status.word(RAXEL_STATUS_OUTPUT) = 0;
     Bytes bytes = block != 0 ? bytesOf(block) : Bytes();
     GlobalFree(block);
     while (!bytes.empty() && bytes.back() == 0) bytes.pop_back();
@@ -127,7 +127,7 @@ class ExportHost {
   setup_test::Globals globals_;
   Handle setup_;
   RasterSetup *settings_;
-  std::array<HostWord, 7> words_ = {};
+  std::array<HostWord, RAXEL_RECORD_WORDS> words_ = {};
 };
 
 }  // namespace entry_test

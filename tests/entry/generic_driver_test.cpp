@@ -32,7 +32,7 @@ class GenericDriver : public testing::Test {
 TEST_F(GenericDriver, DdEntryCopiesTheVersion) {
   char out[12];
   std::memset(out, 0x5A, sizeof out);
-  EXPECT_EQ(dd_entry(0xFFFE, out + 1, 0), 0);
+  EXPECT_EQ(dd_entry(RAXEL_ENTRY_VERSION, out + 1, 0), 0);
   uint32_t version;
   std::memcpy(&version, out + 1, 4);
   EXPECT_EQ(version, 0x02000005u);
@@ -59,16 +59,16 @@ TEST_F(GenericDriver, DdEntryDoesNothingElse) {
     EXPECT_EQ(dd_entry(op, &out, 0), 0);
     EXPECT_EQ(out, 0xABCDEF01u) << op;
   }
-  EXPECT_EQ(dd_entry(0xFFFE, nullptr, 0), 0);
-  EXPECT_EQ(dd_entry(0xFFFD, nullptr, 0), 0);
+  EXPECT_EQ(dd_entry(RAXEL_ENTRY_VERSION, nullptr, 0), 0);
+  EXPECT_EQ(dd_entry(RAXEL_ENTRY_ADDRESS, nullptr, 0), 0);
 }
 
 TEST_F(GenericDriver, VersionAnswersItsFourBytes) {
   uint32_t record[2] = {0, 0xABCDEF01};
-  EXPECT_EQ(dd_entry32(5, 0xFFFE, record), 4);
+  EXPECT_EQ(dd_entry32(5, RAXEL_ENTRY_VERSION, record), 4);
   EXPECT_EQ(record[0], 0x02000005u);
   EXPECT_EQ(record[1], 0xABCDEF01u);
-  EXPECT_EQ(dd_entry32(0, 0xFFFE, nullptr), 4);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_VERSION, nullptr), 4);
 }
 
 TEST_F(GenericDriver, UnknownOperationsTouchNothing) {
@@ -84,30 +84,31 @@ TEST_F(GenericDriver, UnknownOperationsTouchNothing) {
 
 TEST_F(GenericDriver, InitialiseWithoutACommonHandleAlwaysInitialises) {
   HostWord record[16] = {};  // no setup handle: initdvr answers 22
-  EXPECT_EQ(dd_entry32(0, 0, record), 22);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_START, record), RAXEL_BAD_SETUP);
   common_.nSessState = 5;
   lpCommon = &common_;
-  EXPECT_EQ(dd_entry32(0, 0, record), 22) << "hCommon is 0, whatever lpCommon holds";
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_START, record), RAXEL_BAD_SETUP)
+      << "hCommon is 0, whatever lpCommon holds";
 }
 
 TEST_F(GenericDriver, InitialiseLeavesAnOpenSessionAlone) {
   HostWord record[16] = {};
   for (int32_t state : {0, 2, -1}) {
     useCommon(state);
-    EXPECT_EQ(dd_entry32(0, 0, record), 0) << state;
+    EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_START, record), 0) << state;
   }
   useCommon(1);
-  EXPECT_EQ(dd_entry32(0, 0, record), 22) << "state 1 is a closed session";
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_START, record), RAXEL_BAD_SETUP) << "state 1 is a closed session";
   lpCommon = nullptr;
-  EXPECT_EQ(dd_entry32(0, 0, record), 22);
-  EXPECT_EQ(dd_entry32(0, 0, nullptr), 22);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_START, record), RAXEL_BAD_SETUP);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_START, nullptr), RAXEL_BAD_SETUP);
 }
 
 TEST_F(GenericDriver, ExecuteInAClosedSessionCallsNothing) {
   uint32_t record[4] = {1, 0, 0, 0};
   for (int32_t state : {0, -1, INT32_MIN}) {
     useCommon(state);
-    EXPECT_EQ(dd_entry32(0, 2, record), 0);
+    EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_EXECUTE, record), 0);
     EXPECT_EQ(common_.nSessError, 0) << "cleared all the same";
   }
 }
@@ -117,46 +118,46 @@ TEST_F(GenericDriver, ExecuteAnswersWithTheSessionsError) {
   const support::TempDir folder;
   raster_test::Host host(folder.file("out.tif"));
   host.initialise();
-  host.send(1);
+  host.send(RAXEL_OP_OPEN_DEVICE);
   useCommon(2);
   host.action = [this] { common_.nSessError = -7; };
   uint32_t close[4] = {2, 0, 0, 0};
-  EXPECT_EQ(dd_entry32(0, 2, close), -7);
-  EXPECT_EQ(lpEMData->nState, 1u);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_EXECUTE, close), -7);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_INITIALISED);
   uint32_t nothing[4] = {8, 0, 0, 0};
-  EXPECT_EQ(dd_entry32(0, 2, nothing), 0) << "cleared before the next function";
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_EXECUTE, nothing), 0) << "cleared before the next function";
   host.action = nullptr;
 }
 
 TEST_F(GenericDriver, ExecuteWithoutARasterDriverDoesNothing) {
   uint32_t record[4] = {1, 0, 0, 0};
   useCommon(1);
-  EXPECT_EQ(dd_entry32(0, 2, record), 0);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_EXECUTE, record), 0);
   EXPECT_EQ(common_.nSessError, 0);
 }
 
 TEST_F(GenericDriver, ExecuteWithoutARecordClearsTheError) {
   useCommon(1);
-  EXPECT_EQ(dd_entry32(0, 2, nullptr), 0);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_EXECUTE, nullptr), 0);
   EXPECT_EQ(common_.nSessError, 0);
 }
 
 TEST_F(GenericDriver, ExecuteCallsTheFunctionThatTheOpcodeNames) {
   // The raster driver's table serves both entries: 3843 empties the error stack in every state.
   RasterDriverState driver = {};
-  driver.nState = 1;
-  driver.nLastError = 303;
+  driver.nState = RAXEL_STATE_INITIALISED;
+  driver.nLastError = RAXEL_CANNOT_WRITE;
   lpEMData = &driver;
   useCommon(2);
-  uint32_t record[4] = {3843, 0, 0, 0};
-  EXPECT_EQ(dd_entry32(0, 2, record), 0) << "the driver's error is not the session's";
+  uint32_t record[4] = {RAXEL_OP_EMPTY_ERRORS, 0, 0, 0};
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_EXECUTE, record), 0) << "the driver's error is not the session's";
   EXPECT_EQ(driver.nLastError, 0);
-  driver.nLastError = 303;
+  driver.nLastError = RAXEL_CANNOT_WRITE;
   for (const int32_t state : {0, -1, INT32_MIN}) {
     common_.nSessState = state;
     common_.nSessError = 77;
-    EXPECT_EQ(dd_entry32(0, 2, record), 0);
-    EXPECT_EQ(driver.nLastError, 303) << "nothing is called in state " << state;
+    EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_EXECUTE, record), 0);
+    EXPECT_EQ(driver.nLastError, RAXEL_CANNOT_WRITE) << "nothing is called in state " << state;
     EXPECT_EQ(common_.nSessError, 0) << "cleared all the same";
   }
   lpEMData = nullptr;
@@ -167,27 +168,27 @@ TEST_F(GenericDriver, ASessionFromOpenToEndClearsTheHostsNameAndAnswers300) {
   std::string name = folder.file("out.tif");
   const Handle setup = CreateSetup(0, "none", nullptr, nullptr);
   HostWord record[16] = {};
-  record[3] = reinterpret_cast<HostWord>(name.data());
-  record[13] = setup;
-  EXPECT_EQ(dd_entry32(0, 0, record), 0);
+  record[RAXEL_START_NAME] = reinterpret_cast<HostWord>(name.data());
+  record[RAXEL_START_SETUP] = setup;
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_START, record), 0);
   EXPECT_EQ(name[0], '\0');
-  EXPECT_EQ(record[13], 0u);
-  EXPECT_EQ(dd_entry32(0, 0xFFFF, nullptr), 300);
+  EXPECT_EQ(record[RAXEL_START_SETUP], 0u);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_END, nullptr), RAXEL_NO_MEMORY);
   EXPECT_TRUE(std::filesystem::exists(folder.file("out.tif")));
   DestroySetup(setup);
 }
 
 TEST_F(GenericDriver, ExecuteWithoutACommonBlockAnswersZero) {
   uint32_t record[4] = {1, 0, 0, 0};
-  EXPECT_EQ(dd_entry32(0, 2, record), 0);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_EXECUTE, record), 0);
 }
 
 TEST_F(GenericDriver, TerminateClearsTheErrorAndAnswers300) {
   useCommon(1);
-  EXPECT_EQ(dd_entry32(0, 0xFFFF, nullptr), 300);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_END, nullptr), RAXEL_NO_MEMORY);
   EXPECT_EQ(common_.nSessError, 0);
   lpCommon = nullptr;
-  EXPECT_EQ(dd_entry32(0, 0xFFFF, nullptr), 300);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_END, nullptr), RAXEL_NO_MEMORY);
 }
 
 }  // namespace

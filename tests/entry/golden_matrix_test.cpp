@@ -20,11 +20,15 @@ struct Name {
   int32_t code;
   const char *text;
 };
-constexpr Name kModes[] = {{215, "bilevel"}, {216, "grey16"},   {217, "grey256"}, {218, "color8"},
-                           {219, "color16"}, {221, "color256"}, {222, "rgb"}};
-constexpr Name kCompressions[] = {{224, "none"}, {225, "packbits"}, {226, "huffman"},
-                                  {227, "lzw"},  {229, "g3"},       {230, "g4"}};
-constexpr Name kLayouts[] = {{772, "strips"}, {771, "tiles"}};
+constexpr Name kModes[] = {{RAXEL_STORED_MODE_BILEVEL, "bilevel"}, {RAXEL_STORED_MODE_GREY16, "grey16"},
+                           {RAXEL_STORED_MODE_GREY256, "grey256"}, {RAXEL_STORED_MODE_COLOR8, "color8"},
+                           {RAXEL_STORED_MODE_COLOR16, "color16"}, {RAXEL_STORED_MODE_COLOR256, "color256"},
+                           {RAXEL_STORED_MODE_RGB, "rgb"}};
+constexpr Name kCompressions[] = {
+    {RAXEL_STORED_COMPRESS_NONE, "none"},       {RAXEL_STORED_COMPRESS_PACKBITS, "packbits"},
+    {RAXEL_STORED_COMPRESS_HUFFMAN, "huffman"}, {RAXEL_STORED_COMPRESS_LZW, "lzw"},
+    {RAXEL_STORED_COMPRESS_T4, "g3"},           {RAXEL_STORED_COMPRESS_T6, "g4"}};
+constexpr Name kLayouts[] = {{RAXEL_STORED_LAYOUT_STRIPS, "strips"}, {RAXEL_STORED_LAYOUT_TILES, "tiles"}};
 
 // Runs of equal bytes between stretches of noise.
 Bytes row(Random &random, size_t size) {
@@ -59,8 +63,8 @@ Bytes palette(Random &random, uint16_t bits) {
 
 // How the output's size comes about: the picture's own, another one, or by resolution and size modes.
 void chooseGeometry(Random &random, RasterSetup &settings, int32_t &width, int32_t &height) {
-  settings.nSizeMode = 602;
-  settings.nResolutionMode = 309;
+  settings.nSizeMode = RAXEL_STORED_SIZE_PICTURE;
+  settings.nResolutionMode = RAXEL_STORED_RESOLUTION_PICTURE;
   switch (random.between(0, 3)) {
     case 0:
       break;
@@ -69,12 +73,12 @@ void chooseGeometry(Random &random, RasterSetup &settings, int32_t &width, int32
       height = static_cast<int32_t>(random.between(1, 60));
       break;
     case 2:  // the setup's own resolution
-      settings.nResolutionMode = 310;
+      settings.nResolutionMode = RAXEL_STORED_RESOLUTION_USER;
       settings.tiff.nXResolution = static_cast<int16_t>(random.between(32, 200));
       settings.tiff.nYResolution = static_cast<int16_t>(random.between(32, 200));
       break;
     default:  // fitted into the setup's own size
-      settings.nSizeMode = 603;
+      settings.nSizeMode = RAXEL_STORED_SIZE_USER;
       settings.dWidth = static_cast<double>(random.between(1, 64)) / 96;
       settings.dHeight = static_cast<double>(random.between(1, 64)) / 96;
   }

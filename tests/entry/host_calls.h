@@ -6,6 +6,7 @@
 #include <functional>
 #include <vector>
 
+#include "raxel/filter_codes.h"
 #include "raxel/types.h"
 
 namespace entry_test {
@@ -50,7 +51,7 @@ class HostStatus {
                           HostWord f) {
     const size_t index = current->calls.size();
     StatusCall call = {{context, a, b, c, d, e, f}, {}};
-    if (a == 2 && b == 61 && f != 0) {
+    if (a == RAXEL_REPORT_ASK_AGAIN && b == RAXEL_REPORT_STOP && f != 0) {
       const auto *block = reinterpret_cast<const HostWord *>(f);
       call.block.assign(block, block + 10);
       call.arguments[6] = 0;

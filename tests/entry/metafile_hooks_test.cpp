@@ -6,8 +6,8 @@
 namespace {
 
 HostWord query(MetafilePicture &picture, PictureFormat &format) {
-  return DrawPlatformMetafile(0, reinterpret_cast<HostWord>(&picture), reinterpret_cast<HostWord>(&format),
-                              0);
+  return DrawPlatformMetafile(RAXEL_DRAW_QUERY, reinterpret_cast<HostWord>(&picture),
+                              reinterpret_cast<HostWord>(&format), 0);
 }
 
 TEST(MetafileHooks, InitClearsItsOutputsAndAnswersTheFirstValue) {
@@ -64,7 +64,7 @@ TEST(MetafileDraw, TheResolutionIsUnsigned) {
 }
 
 TEST(MetafileDraw, NoRowsNoPixelsNoFailure) {
-  EXPECT_EQ(DrawPlatformMetafile(0, 0, 0, 0), 0u);
+  EXPECT_EQ(DrawPlatformMetafile(RAXEL_DRAW_QUERY, 0, 0, 0), 0u);
   for (HostWord op : {HostWord{1}, HostWord{2}, HostWord{3}, HostWord{4}}) {
     EXPECT_EQ(DrawPlatformMetafile(op, 0, 0, 0), 0u) << op;
   }

@@ -20,9 +20,9 @@ using entry_test::ExportHost;
 class MetafileSession : public testing::Test {
  protected:
   MetafileSession() {
-    record_[1] = 4711;
-    record_[13] = host_.setup();
-    record_[14] = reinterpret_cast<HostWord>(host_.status.record());
+    record_[RAXEL_START_PLATFORM_1] = 4711;
+    record_[RAXEL_START_SETUP] = host_.setup();
+    record_[RAXEL_START_STATUS] = reinterpret_cast<HostWord>(host_.status.record());
   }
   ~MetafileSession() override {
     hCommon = 0;
@@ -33,8 +33,8 @@ class MetafileSession : public testing::Test {
   int32_t start(const std::string &name) {
     name_.assign(name.begin(), name.end());
     name_.push_back('\0');
-    record_[3] = reinterpret_cast<HostWord>(name_.data());
-    record_[13] = host_.setup();
+    record_[RAXEL_START_NAME] = reinterpret_cast<HostWord>(name_.data());
+    record_[RAXEL_START_SETUP] = host_.setup();
     return initdvr(record_.data());
   }
   static int32_t end() { return termdvr(0); }
@@ -52,7 +52,7 @@ TEST_F(MetafileSession, OpensAndClosesItsOutputAndEndsWith300) {
   EXPECT_TRUE(std::filesystem::exists(path));
   EXPECT_EQ(lpRaster, &host_.settings());
   EXPECT_EQ(hRaster, host_.setup());
-  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
   EXPECT_EQ(support::readFile(path).size(), 0u) << "no picture is written";
   EXPECT_EQ(host_.settings().hOutFile, 0u);
 }
@@ -61,14 +61,14 @@ TEST_F(MetafileSession, EmptiesTheHostsNameAndItsSetupWord) {
   hSetup = 99;
   EXPECT_EQ(start(folder_.file("out.tif")), 0);
   EXPECT_EQ(name_[0], '\0');
-  EXPECT_EQ(record_[13], 0u);
+  EXPECT_EQ(record_[RAXEL_START_SETUP], 0u);
   EXPECT_EQ(hSetup, 0u) << "the hook has set it";
   EXPECT_EQ(host_.settings().szOutputFile, folder_.file("out.tif"));
   end();
 }
 
 TEST_F(MetafileSession, KeepsTheHostsWords) {
-  host_.status.word(4) = 1234;
+  host_.status.word(RAXEL_STATUS_VALUE) = 1234;
   host_.settings().dwPlatformA = 5;
   host_.settings().dwPlatformB = 6;
   start(folder_.file("out.tif"));
@@ -84,127 +84,128 @@ TEST_F(MetafileSession, WithoutASetupNothingIsOpened) {
   const std::string path = folder_.file("out.tif");
   name_.assign(path.begin(), path.end());
   name_.push_back('\0');
-  record_[3] = reinterpret_cast<HostWord>(name_.data());
-  record_[13] = 0;
-  EXPECT_EQ(initdvr(record_.data()), 22);
+  record_[RAXEL_START_NAME] = reinterpret_cast<HostWord>(name_.data());
+  record_[RAXEL_START_SETUP] = 0;
+  EXPECT_EQ(initdvr(record_.data()), RAXEL_BAD_SETUP);
   EXPECT_EQ(lpRaster, nullptr);
   EXPECT_STREQ(name_.data(), path.c_str());
   EXPECT_FALSE(std::filesystem::exists(path));
-  EXPECT_EQ(initdvr(nullptr), 22);
+  EXPECT_EQ(initdvr(nullptr), RAXEL_BAD_SETUP);
 }
 
 TEST_F(MetafileSession, NamesOf143CharactersFitAndOf144DoNot) {
   const std::string folder = folder_.path() + "/";
   const std::string fits = folder + std::string(143 - folder.size(), 'n');
   EXPECT_EQ(start(fits), 0);
-  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
   EXPECT_TRUE(std::filesystem::exists(fits));
 
   for (size_t length : {144u, 145u, 200u}) {
     const std::string tooLong = folder + std::string(length - folder.size(), 'x');
-    EXPECT_EQ(start(tooLong), 303) << length;
+    EXPECT_EQ(start(tooLong), RAXEL_CANNOT_WRITE) << length;
     EXPECT_EQ(name_[0], '\0') << "emptied all the same";
     EXPECT_EQ(host_.settings().hOutFile, 0u);
-    EXPECT_EQ(end(), 300);
+    EXPECT_EQ(end(), RAXEL_NO_MEMORY);
   }
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path()), {}), 1);
 }
 
 TEST_F(MetafileSession, AnOutputThatCannotBeOpenedIs303) {
-  EXPECT_EQ(start(folder_.file("no/such/folder/out.tif")), 303);
-  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(start(folder_.file("no/such/folder/out.tif")), RAXEL_CANNOT_WRITE);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
 }
 
 TEST_F(MetafileSession, AnOutputThatCannotBeClosedIs303) {
   ASSERT_EQ(start("/dev/full"), 0);
   EXPECT_EQ(WriteLong(host_.settings().hOutFile, 1), 4) << "into the stream's buffer";
-  EXPECT_EQ(end(), 303);
+  EXPECT_EQ(end(), RAXEL_CANNOT_WRITE);
   EXPECT_EQ(host_.settings().hOutFile, 0u);
 }
 
 TEST_F(MetafileSession, WithoutANameTheOutputIsABlock) {
   EXPECT_EQ(start(""), 0);
-  EXPECT_NE(host_.status.word(6), 0u);
-  EXPECT_EQ(end(), 300);
-  const Bytes bytes = entry_test::bytesOf(host_.status.word(6));
+  EXPECT_NE(host_.status.word(RAXEL_STATUS_OUTPUT), 0u);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
+  const Bytes bytes = entry_test::bytesOf(host_.status.word(RAXEL_STATUS_OUTPUT));
   ASSERT_FALSE(bytes.empty());
   EXPECT_EQ(bytes[0], 0xFF) << "closing a block appends one byte";
-  GlobalFree(host_.status.word(6));
+  GlobalFree(host_.status.word(RAXEL_STATUS_OUTPUT));
 }
 
 TEST_F(MetafileSession, ANullNameIsAnEmptyOne) {
-  record_[3] = 0;
+  record_[RAXEL_START_NAME] = 0;
   EXPECT_EQ(initdvr(record_.data()), 0);
-  EXPECT_NE(host_.status.word(6), 0u);
-  EXPECT_EQ(end(), 300);
-  GlobalFree(host_.status.word(6));
+  EXPECT_NE(host_.status.word(RAXEL_STATUS_OUTPUT), 0u);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
+  GlobalFree(host_.status.word(RAXEL_STATUS_OUTPUT));
 }
 
 TEST_F(MetafileSession, ABlockThatNobodyCanFindIsFreed) {
-  record_[14] = 0;
+  record_[RAXEL_START_STATUS] = 0;
   EXPECT_EQ(start(""), 0);
-  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
 }
 
 TEST_F(MetafileSession, AHostProcedureReceivesTheOutput) {
   support::HostStream stream;
   host_.settings().lpfnOutputProc = stream.procedure();
-  host_.status.word(12) = stream.context();
+  host_.status.word(RAXEL_STATUS_PROC_CONTEXT) = stream.context();
   EXPECT_EQ(start("picture.tif"), 0);
-  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
   EXPECT_EQ(stream.log(), "open picture.tif 4097\nclose\n");
 }
 
 TEST_F(MetafileSession, AHostProcedureThatRefusesGoesUnnoticed) {
   support::HostStream stream;
   host_.settings().lpfnOutputProc = stream.procedure();
-  host_.status.word(12) = stream.context();
+  host_.status.word(RAXEL_STATUS_PROC_CONTEXT) = stream.context();
   stream.failAt(1);
   EXPECT_EQ(start(""), 0);
   EXPECT_EQ(host_.settings().hOutFile, 0u);
-  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
 }
 
 TEST_F(MetafileSession, EndingTwiceClosesOnce) {
   support::HostStream stream;
   host_.settings().lpfnOutputProc = stream.procedure();
-  host_.status.word(12) = stream.context();
+  host_.status.word(RAXEL_STATUS_PROC_CONTEXT) = stream.context();
   start("a");
-  EXPECT_EQ(end(), 300);
-  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
   EXPECT_EQ(stream.count(support::HostStream::kClose), 1u);
 }
 
 TEST_F(MetafileSession, EndingWithoutASessionIs300) {
   lpRaster = nullptr;
-  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
 }
 
 TEST_F(MetafileSession, StartingAgainClosesTheFirstOutput) {
   support::HostStream stream;
   host_.settings().lpfnOutputProc = stream.procedure();
-  host_.status.word(12) = stream.context();
+  host_.status.word(RAXEL_STATUS_PROC_CONTEXT) = stream.context();
   start("a");
   EXPECT_EQ(start("b"), 0);
   EXPECT_EQ(stream.log(), "open a 4097\nclose\nopen b 4097\n");
-  EXPECT_EQ(end(), 300);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
 }
 
 TEST_F(MetafileSession, StartingAgainInMemoryHandsTheFirstBlockOver) {
   start("");
-  host_.status.word(6) = 0;
+  host_.status.word(RAXEL_STATUS_OUTPUT) = 0;
   EXPECT_EQ(start(folder_.file("second.tif")), 0);
-  EXPECT_NE(host_.status.word(6), 0u) << "the first output's block, which grew when it was closed";
-  GlobalFree(host_.status.word(6));
-  EXPECT_EQ(end(), 300);
+  EXPECT_NE(host_.status.word(RAXEL_STATUS_OUTPUT), 0u)
+      << "the first output's block, which grew when it was closed";
+  GlobalFree(host_.status.word(RAXEL_STATUS_OUTPUT));
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
 }
 
 TEST_F(MetafileSession, DestroyingTheSetupEndsTheSessionQuietly) {
   start("");
   DestroySetup(host_.setup());
   host_.forgetSetup();
-  EXPECT_EQ(end(), 300);
-  GlobalFree(host_.status.word(6));
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
+  GlobalFree(host_.status.word(RAXEL_STATUS_OUTPUT));
 }
 
 // ---- Writer fields
@@ -213,9 +214,15 @@ TEST(WriterFields, FollowTheBitmapMode) {
   const struct {
     int32_t mode;
     uint32_t photometric, bits, samples, colors;
-  } rows[] = {{215, 1, 1, 55, 2}, {216, 1, 4, 55, 16},   {217, 1, 8, 55, 256},
-              {218, 3, 4, 55, 8}, {219, 3, 4, 55, 16},   {221, 3, 8, 55, 256},
-              {222, 2, 8, 3, 0},  {220, 55, 55, 55, 55}, {0, 55, 55, 55, 55}};
+  } rows[] = {{RAXEL_STORED_MODE_BILEVEL, RAXEL_TIFF_BLACK_IS_ZERO, 1, 55, 2},
+              {RAXEL_STORED_MODE_GREY16, RAXEL_TIFF_BLACK_IS_ZERO, 4, 55, 16},
+              {RAXEL_STORED_MODE_GREY256, RAXEL_TIFF_BLACK_IS_ZERO, 8, 55, 256},
+              {RAXEL_STORED_MODE_COLOR8, RAXEL_TIFF_PALETTE, 4, 55, 8},
+              {RAXEL_STORED_MODE_COLOR16, RAXEL_TIFF_PALETTE, 4, 55, 16},
+              {RAXEL_STORED_MODE_COLOR256, RAXEL_TIFF_PALETTE, 8, 55, 256},
+              {RAXEL_STORED_MODE_RGB, RAXEL_TIFF_RGB, 8, 3, 0},
+              {220, 55, 55, 55, 55},
+              {0, 55, 55, 55, 55}};
   for (const auto &row : rows) {
     TiffWriterState tiff = {};
     tiff.nPhotometric = tiff.nBitsPerSample = tiff.nSamplesPerPixel = tiff.nColors = 55;
@@ -228,9 +235,9 @@ TEST(WriterFields, FollowTheBitmapMode) {
 }
 
 TEST_F(MetafileSession, SetsTheWriterFieldsAtTheStart) {
-  host_.settings().nBitmapMode = 217;
+  host_.settings().nBitmapMode = RAXEL_STORED_MODE_GREY256;
   start(folder_.file("out.tif"));
-  EXPECT_EQ(host_.settings().tiff.nPhotometric, 1u);
+  EXPECT_EQ(host_.settings().tiff.nPhotometric, RAXEL_TIFF_BLACK_IS_ZERO);
   EXPECT_EQ(host_.settings().tiff.nColors, 256u);
   end();
   host_.settings().nBitmapMode = 220;
@@ -256,11 +263,11 @@ int32_t tell(HostWord setup, HostWord item, HostWord size, HostWord value, HostW
 
 TEST(Items, FiveSettingsAreTold) {
   RasterSetup settings = {};
-  settings.nColorMode = 103;
+  settings.nColorMode = RAXEL_STORED_COLORS;
   settings.nLineMode = 119;
   told.clear();
   entry::tellItems(&tell, 70, 80, settings);
-  EXPECT_EQ(told, (std::vector<Item>{{70, 1, 4, 101, 0, 0},
+  EXPECT_EQ(told, (std::vector<Item>{{70, 1, 4, RAXEL_ASK_COLORS, 0, 0},
                                      {70, 2, 4, 110, 0, 0},
                                      {70, 6, 4, 130, 0, 0},
                                      {80, 5, 4, 119, 0, 0},
@@ -268,8 +275,14 @@ TEST(Items, FiveSettingsAreTold) {
 }
 
 TEST(Items, ColorModesGoOutByTheHostsCodes) {
-  const int32_t rows[][2] = {{102, 101}, {103, 101}, {104, 102}, {105, 103},
-                             {106, 104}, {107, 105}, {108, 101}, {0, 101}};
+  const int32_t rows[][2] = {{102, RAXEL_ASK_COLORS},
+                             {RAXEL_STORED_COLORS, RAXEL_ASK_COLORS},
+                             {RAXEL_STORED_COLORS_INVERT, RAXEL_ASK_COLORS_INVERT},
+                             {RAXEL_STORED_COLORS_INVERT_GREY, RAXEL_ASK_COLORS_INVERT_GREY},
+                             {RAXEL_STORED_COLORS_GREY, RAXEL_ASK_COLORS_GREY},
+                             {RAXEL_STORED_COLORS_GREY_INVERT, RAXEL_ASK_COLORS_GREY_INVERT},
+                             {108, RAXEL_ASK_COLORS},
+                             {0, RAXEL_ASK_COLORS}};
   for (const auto &row : rows) {
     RasterSetup settings = {};
     settings.nColorMode = row[0];
@@ -287,11 +300,11 @@ int32_t setLineMode(HostWord, HostWord item, HostWord, HostWord value, HostWord,
 
 TEST(Items, TheLineModeIsTheRecordsOwn) {
   RasterSetup settings = {};
-  settings.nColorMode = 104;
+  settings.nColorMode = RAXEL_STORED_COLORS_INVERT;
   settings.nLineMode = 119;
   entry::tellItems(&setLineMode, 1, 2, settings);
   EXPECT_EQ(settings.nLineMode, 1005) << "the host has changed it";
-  EXPECT_EQ(settings.nColorMode, 104) << "the others are copies";
+  EXPECT_EQ(settings.nColorMode, RAXEL_STORED_COLORS_INVERT) << "the others are copies";
 }
 
 int32_t destroySetup(HostWord setup, HostWord item, HostWord, HostWord, HostWord, HostWord) {
@@ -328,8 +341,8 @@ TEST_F(MetafileSession, ARefusalThatIsKeptUpPushes901) {
   host_.status.answers = {1, 0, 1, 1};
   EXPECT_EQ(escape(), 0) << "taken back in the follow-up";
   EXPECT_EQ(driver.nLastError, 0);
-  EXPECT_EQ(escape(), 901);
-  EXPECT_EQ(driver.nLastError, 901);
+  EXPECT_EQ(escape(), RAXEL_STOPPED);
+  EXPECT_EQ(driver.nLastError, RAXEL_STOPPED);
   lpEMData = nullptr;
 }
 
@@ -338,7 +351,7 @@ TEST_F(MetafileSession, EscapeWithoutAHostGoesOn) {
   lpCommon = &common_;
   EXPECT_EQ(escape(), 0);
   common_.lpSessStatus = host_.status.record();
-  host_.status.word(2) = 0;
+  host_.status.word(RAXEL_STATUS_CALLBACK) = 0;
   EXPECT_EQ(escape(), 0);
   EXPECT_EQ(esc_mode(1), 0);
   EXPECT_EQ(AltFontsAvailable(), 0);
@@ -359,26 +372,26 @@ class Rendering : public MetafileSession {
 };
 
 TEST_F(Rendering, AsksBeforeAndAfterAndDrawsInBetween) {
-  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), 27) << "the hook allows no band rows";
+  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), RAXEL_NO_FORMAT) << "the hook allows no band rows";
   EXPECT_EQ(host_.status.calls.size(), 2u);
   EXPECT_TRUE(std::filesystem::exists(path_));
 }
 
 TEST_F(Rendering, AStopBeforeItIs300) {
   host_.status.answers = {1, 1};
-  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), 300);
+  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), RAXEL_NO_MEMORY);
   EXPECT_EQ(host_.status.calls.size(), 2u);
   EXPECT_TRUE(std::filesystem::exists(path_));
 }
 
 TEST_F(Rendering, AStopAfterItDeletesTheFile) {
   host_.status.answers = {0, 1, 1};
-  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), 27);
+  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), RAXEL_NO_FORMAT);
   EXPECT_FALSE(std::filesystem::exists(path_));
 }
 
 TEST_F(Rendering, WithoutAMetafileNobodyIsAsked) {
-  EXPECT_EQ(entry::renderMetafile(0, host_.settings()), 300);
+  EXPECT_EQ(entry::renderMetafile(0, host_.settings()), RAXEL_NO_MEMORY);
   EXPECT_TRUE(host_.status.calls.empty());
 }
 
@@ -387,7 +400,7 @@ TEST_F(Rendering, ASetupDestroyedWhileAskingIs300) {
     if (host_.setup() != 0) DestroySetup(host_.setup());
     host_.forgetSetup();
   };
-  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), 300);
+  EXPECT_EQ(entry::renderMetafile(1, host_.settings()), RAXEL_NO_MEMORY);
 }
 
 }  // namespace

@@ -71,7 +71,7 @@ TEST_F(PictureOutput, BandsComeHighestRowsFirst) {
 }
 
 TEST_F(PictureOutput, RowsInTheFileRunFromTheTopDown) {
-  host_.settings().nBitmapMode = 221;
+  host_.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   picture_.bandRows = 40;
   EXPECT_EQ(output(5, 100), 0);
   const auto file = support::readTiff(stream_.bytes());
@@ -97,7 +97,7 @@ TEST_F(PictureOutput, MoreRowsThanThereAreAreCapped) {
 }
 
 TEST_F(PictureOutput, TheRequestDescribesTheOutput) {
-  host_.settings().nBitmapMode = 219;
+  host_.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR16;
   EXPECT_EQ(output(5, 7), 0);
   EXPECT_EQ(picture_.request[OFFSCREEN_WIDTH], 5u);
   EXPECT_EQ(picture_.request[OFFSCREEN_ROWS], 8u);
@@ -121,7 +121,7 @@ TEST_F(PictureOutput, TrueColorHasNoPalette) {
 
 TEST_F(PictureOutput, NoBandRowsIs27AndCloses) {
   picture_.refusesRows = true;
-  EXPECT_EQ(output(5, 6), 27);
+  EXPECT_EQ(output(5, 6), RAXEL_NO_FORMAT);
   EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 2}));
   EXPECT_TRUE(stream_.bytes().empty());
 }
@@ -129,31 +129,31 @@ TEST_F(PictureOutput, NoBandRowsIs27AndCloses) {
 TEST_F(PictureOutput, AModeWithoutDepthIs27AndNothingIsWritten) {
   for (int32_t mode : {0, 220, 214, 223}) {
     host_.settings().nBitmapMode = mode;
-    EXPECT_EQ(output(5, 6), 27) << mode;
+    EXPECT_EQ(output(5, 6), RAXEL_NO_FORMAT) << mode;
   }
   EXPECT_TRUE(stream_.bytes().empty());
   EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 0, 0, 0})) << "never opened";
 }
 
 TEST_F(PictureOutput, WithoutHeightIs27) {
-  EXPECT_EQ(output(5, 0), 27);
-  EXPECT_EQ(output(5, -3), 27);
+  EXPECT_EQ(output(5, 0), RAXEL_NO_FORMAT);
+  EXPECT_EQ(output(5, -3), RAXEL_NO_FORMAT);
   EXPECT_TRUE(stream_.bytes().empty());
 }
 
 TEST_F(PictureOutput, AHeightThatRoundsPast32BitsIs27) {
   // 4294967295 is rounded up to 2^32, of which 32 bits keep 0.
-  EXPECT_EQ(output(5, 1e30), 27);
+  EXPECT_EQ(output(5, 1e30), RAXEL_NO_FORMAT);
 }
 
 TEST_F(PictureOutput, WithoutWidthIs300) {
-  EXPECT_EQ(output(0, 6), 300);
+  EXPECT_EQ(output(0, 6), RAXEL_NO_MEMORY);
 }
 
 // The writing finds it out, behind header and directory.
 TEST_F(PictureOutput, ABandThatNoBlockHoldsIs300FromTheWriting) {
   picture_.noPixels = true;
-  EXPECT_EQ(output(100000, 1e6), 300);
+  EXPECT_EQ(output(100000, 1e6), RAXEL_NO_MEMORY);
   EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 3, 2}));
   // 8 bytes of header, 13 entries, no further directory, two resolutions: one strip of 3e11 bytes.
   EXPECT_EQ(stream_.bytes().size(), 8u + 2 + 13 * 12 + 4 + 16);
@@ -161,9 +161,10 @@ TEST_F(PictureOutput, ABandThatNoBlockHoldsIs300FromTheWriting) {
 }
 
 TEST_F(PictureOutput, ABandThatNoBlockHoldsWithGigabytesOfTilesIs300BeforeAnythingIsWritten) {
-  host_.settings().tiff.wLayoutMode = 771;  // a directory of 65535 times ten million tiles otherwise
-  host_.settings().nCompressionMode = 230;
-  EXPECT_EQ(output(33553920, 1e9), 300);
+  host_.settings().tiff.wLayoutMode =
+      RAXEL_STORED_LAYOUT_TILES;  // a directory of 65535 times ten million tiles otherwise
+  host_.settings().nCompressionMode = RAXEL_STORED_COMPRESS_T6;
+  EXPECT_EQ(output(33553920, 1e9), RAXEL_NO_MEMORY);
   EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 2}));
   EXPECT_TRUE(stream_.bytes().empty());
 }
@@ -171,17 +172,17 @@ TEST_F(PictureOutput, ABandThatNoBlockHoldsWithGigabytesOfTilesIs300BeforeAnythi
 TEST_F(PictureOutput, WithoutSettingsIs27) {
   keepRecord_ = true;
   lpRaster = nullptr;
-  EXPECT_EQ(output(5, 6), 27);
+  EXPECT_EQ(output(5, 6), RAXEL_NO_FORMAT);
 }
 
 TEST_F(PictureOutput, WithoutADrawProcedureIs27) {
   lpRaster = &host_.settings();
-  EXPECT_EQ(OutputPicture(0, this, nullptr), 27);
+  EXPECT_EQ(OutputPicture(0, this, nullptr), RAXEL_NO_FORMAT);
 }
 
 TEST_F(PictureOutput, ABandWithoutPixelsIs300AndCloses) {
   picture_.noPixels = true;
-  EXPECT_EQ(output(5, 6), 300);
+  EXPECT_EQ(output(5, 6), RAXEL_NO_MEMORY);
   EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 3, 2}));
   EXPECT_TRUE(host_.status.calls.empty()) << "only a band that was written is reported";
 }
@@ -191,7 +192,7 @@ TEST_F(PictureOutput, ABandWithoutPixelsIs300AndCloses) {
 TEST_F(PictureOutput, AStopLeavesTheRestUndrawn) {
   picture_.bandRows = 2;
   host_.status.answers = {0, 1, 1};  // the second report, and its follow-up
-  EXPECT_EQ(output(5, 6), 901);
+  EXPECT_EQ(output(5, 6), RAXEL_STOPPED);
   EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 3, 3, 2}));
 }
 
@@ -204,12 +205,12 @@ TEST_F(PictureOutput, ARefusalTakenBackGoesOn) {
 
 TEST_F(PictureOutput, AStopAtEveryReportReleasesEverything) {
   picture_.bandRows = 2;
-  host_.settings().nBitmapMode = 221;
+  host_.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   for (size_t report = 0; report < 5; ++report) {
     host_.status.calls.clear();
     host_.status.answers.assign(report, 0);
     host_.status.answers.insert(host_.status.answers.end(), {1, 1});
-    EXPECT_EQ(output(5, 10), 901) << report;
+    EXPECT_EQ(output(5, 10), RAXEL_STOPPED) << report;
     EXPECT_EQ(host_.status.percents().size(), report + 1);
   }
 }
@@ -217,13 +218,14 @@ TEST_F(PictureOutput, AStopAtEveryReportReleasesEverything) {
 // ---- Callbacks that call back
 
 TEST_F(PictureOutput, ACallbackThatLocksAnotherSetupChangesNothing) {
-  host_.settings().nBitmapMode = 221;
+  host_.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   picture_.bandRows = 2;
   EXPECT_EQ(output(5, 6), 0);
   const Bytes expected = stream_.bytes();
 
   const Handle other = CreateSetup(0, "none", nullptr, nullptr);
-  const auto lockOther = [other] { xEscapeSetup(other, 40, 0, nullptr, nullptr, 0); };
+  constexpr int32_t kNoEscape = 40;
+  const auto lockOther = [other] { xEscapeSetup(other, kNoEscape, 0, nullptr, nullptr, 0); };
   picture_.action = [&](HostWord) { lockOther(); };
   host_.status.action = lockOther;
   stream_.bytes().clear();
@@ -249,7 +251,7 @@ TEST_F(PictureOutput, ACallbackThatDestroysTheSetupEndsThePicture) {
       DestroySetup(host.setup());
       host.forgetSetup();
     };
-    EXPECT_EQ(output(5, 6), 300) << when;
+    EXPECT_EQ(output(5, 6), RAXEL_NO_MEMORY) << when;
     EXPECT_EQ(picture_.ops.back(), when == 0 ? 0u : 2u) << "closed when it was open";
   }
 }
@@ -259,7 +261,7 @@ TEST_F(PictureOutput, AReportThatDestroysTheSetupEndsThePicture) {
     DestroySetup(host_.setup());
     host_.forgetSetup();
   };
-  EXPECT_EQ(output(5, 6), 300);
+  EXPECT_EQ(output(5, 6), RAXEL_NO_MEMORY);
   EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 3, 2}));
 }
 
@@ -267,7 +269,7 @@ TEST_F(PictureOutput, AReportThatDestroysTheSetupEndsThePicture) {
 
 TEST_F(PictureOutput, AStreamThatFailsAtAnyCallEndsWith0Or303) {
   picture_.bandRows = 2;
-  host_.settings().nBitmapMode = 221;
+  host_.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   ASSERT_EQ(output(5, 6), 0);
   const size_t calls = stream_.calls().size();
   size_t failures = 0;
@@ -281,21 +283,21 @@ TEST_F(PictureOutput, AStreamThatFailsAtAnyCallEndsWith0Or303) {
     lpRaster = &host_.settings();
     const int32_t result = OutputPicture(file, this, DrawnPicture::draw);
     kvlClose(file);
-    EXPECT_TRUE(result == 0 || result == 303) << n << ": " << result;
-    failures += result == 303 ? 1 : 0;
+    EXPECT_TRUE(result == 0 || result == RAXEL_CANNOT_WRITE) << n << ": " << result;
+    failures += result == RAXEL_CANNOT_WRITE ? 1 : 0;
   }
   EXPECT_GT(failures, calls / 2) << "a disk that stays full is noticed with the first row of pixels";
 }
 
 TEST_F(PictureOutput, ADiskThatFillsUpIs303WhileRowsAreWritten) {
   picture_.bandRows = 2;
-  host_.settings().nBitmapMode = 221;
+  host_.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   ASSERT_EQ(output(5, 6), 0);
   const size_t size = stream_.bytes().size();
   for (size_t room : {size - 1, size - 15, size - 29}) {
     stream_.bytes().clear();
     stream_.limitTo(room);
-    EXPECT_EQ(output(5, 6), 303) << room;
+    EXPECT_EQ(output(5, 6), RAXEL_CANNOT_WRITE) << room;
   }
 }
 

@@ -27,11 +27,16 @@ T oneOf(Random &random, std::initializer_list<T> values) {
 }
 
 void randomSettings(Random &random, RasterSetup &settings) {
-  settings.nBitmapMode = static_cast<int32_t>(random.between(214, 223));
-  settings.nCompressionMode = static_cast<int32_t>(random.between(223, 231));
-  settings.tiff.wLayoutMode = oneOf<uint16_t>(random, {771, 772, 0});
-  settings.nSizeMode = static_cast<int32_t>(random.between(599, 604));
-  settings.nResolutionMode = static_cast<int32_t>(random.between(306, 311));
+  settings.nBitmapMode =
+      static_cast<int32_t>(random.between(RAXEL_STORED_MODE_BILEVEL - 1, RAXEL_STORED_MODE_RGB + 1));
+  settings.nCompressionMode =
+      static_cast<int32_t>(random.between(RAXEL_STORED_COMPRESS_NONE - 1, RAXEL_STORED_COMPRESS_T6 + 1));
+  settings.tiff.wLayoutMode =
+      oneOf<uint16_t>(random, {RAXEL_STORED_LAYOUT_TILES, RAXEL_STORED_LAYOUT_STRIPS, 0});
+  settings.nSizeMode =
+      static_cast<int32_t>(random.between(RAXEL_STORED_SIZE_DISPLAY - 1, RAXEL_STORED_SIZE_USER + 1));
+  settings.nResolutionMode = static_cast<int32_t>(
+      random.between(RAXEL_STORED_RESOLUTION_DISPLAY - 1, RAXEL_STORED_RESOLUTION_USER + 1));
   settings.tiff.nXResolution = static_cast<int16_t>(random.between(-2, 60));
   settings.tiff.nYResolution = static_cast<int16_t>(random.between(-2, 60));
   settings.dWidth = oneOf(random, {0.0, 0.5, 1.0, -1.0, 0.03125});
@@ -85,9 +90,10 @@ void randomExtents(Random &random, RasterSetup &settings, CellInfo &info) {
   const auto extentY = static_cast<int32_t>(random.between(INT32_MIN, INT32_MAX));
   const double pixels = std::max(1.0, extentX * 60.0 / 96) * std::max(2.0, extentY * 60.0 / 96);
   if (pixels > 1e6 && pixels < 4e10) return;
-  settings.tiff.wLayoutMode = 772;  // the directory lists millions of tiles, each number by itself
-  settings.nSizeMode = 602;
-  settings.nResolutionMode = 310;
+  settings.tiff.wLayoutMode =
+      RAXEL_STORED_LAYOUT_STRIPS;  // the directory lists millions of tiles, each number by itself
+  settings.nSizeMode = RAXEL_STORED_SIZE_PICTURE;
+  settings.nResolutionMode = RAXEL_STORED_RESOLUTION_USER;
   settings.tiff.nXResolution = settings.tiff.nYResolution = 60;
   info.pictureResolution = 96;
   info.extentX = extentX;
@@ -107,7 +113,7 @@ TEST(RandomExports, AnswerZeroOr303) {
     const bool toStream = random.chance(70);
     if (toStream) {
       host.settings().lpfnOutputProc = stream.procedure();
-      host.status.word(12) = stream.context();
+      host.status.word(RAXEL_STATUS_PROC_CONTEXT) = stream.context();
       if (random.chance(50)) stream.failAt(static_cast<size_t>(random.between(1, 250)));
       if (random.chance(20)) stream.limitTo(static_cast<size_t>(random.between(0, 400)));
     }
@@ -119,9 +125,9 @@ TEST(RandomExports, AnswerZeroOr303) {
     }
     const auto bytes = info.bytes();
     const uint32_t answer = ExportCellData(nullptr, &picture.record(), bytes.data(), host.exportRecord());
-    EXPECT_TRUE(answer == 0 || answer == 303) << answer;
+    EXPECT_TRUE(answer == 0 || answer == RAXEL_CANNOT_WRITE) << answer;
     written += host.status.calls.empty() ? 0u : 1u;
-    GlobalFree(host.status.word(6));
+    GlobalFree(host.status.word(RAXEL_STATUS_OUTPUT));
     EXPECT_FALSE(stream.isOpen());
   }
   EXPECT_GT(written, 0u) << "some of them are pictures after all";
@@ -132,7 +138,7 @@ TEST(RandomPictures, AnyDrawProcedureEndsWithAKnownCode) {
   for (size_t i = support::cases(2000); i > 0; --i) {
     ExportHost host;
     randomSettings(random, host.settings());
-    host.settings().nSizeMode = 602;
+    host.settings().nSizeMode = RAXEL_STORED_SIZE_PICTURE;
     DrawnPicture picture;
     picture.width = static_cast<double>(random.between(-1, 40)) / 96;
     picture.height = static_cast<double>(random.between(-1, 40)) / 96;
@@ -151,7 +157,7 @@ TEST(RandomPictures, AnyDrawProcedureEndsWithAKnownCode) {
     lpRaster = &host.settings();
     const int32_t result = OutputPicture(file, nullptr, DrawnPicture::draw);
     kvlClose(file);
-    const auto known = {0, 27, 300, 303, 901};
+    const auto known = {RAXEL_OK, RAXEL_NO_FORMAT, RAXEL_NO_MEMORY, RAXEL_CANNOT_WRITE, RAXEL_STOPPED};
     EXPECT_NE(std::find(known.begin(), known.end(), result), known.end()) << result;
     if (!picture.ops.empty() && picture.ops.size() > 1) {
       EXPECT_EQ(picture.ops.back(), 2u) << "what was opened is closed";

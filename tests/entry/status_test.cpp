@@ -71,8 +71,8 @@ TEST_F(Status, ProgressGoesOutAsTheFourthValue) {
 
 TEST_F(Status, ARefusedProgressReportStops) {
   host_.answers = {1, 1, -3, -1};
-  EXPECT_EQ(UpdateStatus(50), 901);
-  EXPECT_EQ(UpdateStatus(60), 901);
+  EXPECT_EQ(UpdateStatus(50), RAXEL_STOPPED);
+  EXPECT_EQ(UpdateStatus(60), RAXEL_STOPPED);
 }
 
 TEST_F(Status, ARefusalTakenBackGoesOn) {

@@ -54,7 +54,7 @@ TEST(WholeFile, RgbUncompressed) {
 
 TEST(WholeFile, BilevelUncompressed) {
   ExportHost host;
-  host.settings().nBitmapMode = 215;
+  host.settings().nBitmapMode = RAXEL_STORED_MODE_BILEVEL;
   // Ten pixels wide, two rows; entry 0 of the palette is white, so the filter inverts every byte.
   Picture picture(1, 10, {{0x0F, 0x40}, {0xAA, 0x80}}, {255, 255, 255, 0, 0, 0});
   const Bytes expected = {
@@ -97,8 +97,8 @@ TEST(WholeFile, BilevelUncompressed) {
 
 TEST(WholeFile, SixteenColorsPackBits) {
   ExportHost host;
-  host.settings().nBitmapMode = 219;
-  host.settings().nCompressionMode = 225;
+  host.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR16;
+  host.settings().nCompressionMode = RAXEL_STORED_COMPRESS_PACKBITS;
   // Eight pixels wide, two rows of four bytes. A palette of three colours.
   Picture picture(4, 8, {{0x11, 0x11, 0x11, 0x20}, {0x01, 0x20, 0x12, 0x12}},
                   {0x10, 0x20, 0x30, 0xFF, 0x00, 0x80, 0x00, 0x01, 0x02});
@@ -157,8 +157,8 @@ TEST(WholeFile, SixteenColorsPackBits) {
 
 TEST(WholeFile, TwoHundredFiftySixGreysPackBitsOfFourRows) {
   ExportHost host;
-  host.settings().nBitmapMode = 217;
-  host.settings().nCompressionMode = 225;
+  host.settings().nBitmapMode = RAXEL_STORED_MODE_GREY256;
+  host.settings().nCompressionMode = RAXEL_STORED_COMPRESS_PACKBITS;
   // One pixel wide, four rows, one strip each (a quarter of the height). The palette is the grey ramp,
   // and its luminance 0.3 v + 0.59 v + 0.11 v, truncated, is one less than v for some of the greys. So
   // the indices are mapped, and mapping moves every byte one place towards the start of the block:

@@ -10,7 +10,8 @@ TEST(HostNames, EveryModeIsFoundByItsNameAndHasItsEscapeValue) {
     EXPECT_STREQ(raxelHostModeName(mode), names[mode]);
     EXPECT_EQ(raxelHostFindMode(names[mode]), mode);
     // Eight colours go out as sixteen.
-    EXPECT_EQ(raxelHostModeValue(mode), mode == RAXEL_MODE_COLOR8 ? 144 : 140 + mode);
+    EXPECT_EQ(raxelHostModeValue(mode),
+              mode == RAXEL_MODE_COLOR8 ? int32_t{RAXEL_ASK_MODE_COLOR16} : RAXEL_ASK_MODE_BILEVEL + mode);
   }
 }
 
@@ -19,7 +20,7 @@ TEST(HostNames, EveryCompressionIsFoundByItsNameAndHasItsEscapeValue) {
   for (int code = 0; code < RAXEL_COMPRESSIONS; ++code) {
     EXPECT_STREQ(raxelHostCompressionName(code), names[code]);
     EXPECT_EQ(raxelHostFindCompression(names[code]), code);
-    EXPECT_EQ(raxelHostCompressionValue(code), 150 + code);
+    EXPECT_EQ(raxelHostCompressionValue(code), RAXEL_ASK_COMPRESS_NONE + code);
   }
 }
 

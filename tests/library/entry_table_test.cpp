@@ -24,19 +24,19 @@ TEST(EntryTable, EveryRowLeadsToAnExportedName) {
 TEST(EntryTable, AllRoadsGiveTheSameVersion) {
   EXPECT_EQ(LOADED(KVLGetFilterVersion)(), 0x02000005u);
   uint32_t version = 0;
-  EXPECT_EQ(LOADED(dd_entry)(0xFFFE, &version, 0), 0);
+  EXPECT_EQ(LOADED(dd_entry)(RAXEL_ENTRY_VERSION, &version, 0), 0);
   EXPECT_EQ(version, 0x02000005u);
   version = 0;
-  EXPECT_EQ(LOADED(RASTER_dd_entry)(0xFFFE, &version, 0), 0);
+  EXPECT_EQ(LOADED(RASTER_dd_entry)(RAXEL_ENTRY_VERSION, &version, 0), 0);
   EXPECT_EQ(version, 0x02000005u);
 }
 
 // A whole address goes out, on machines of 64 bits as well.
 TEST(EntryTable, RedirectsLeadToTheWorkingEntries) {
   void *entry = nullptr;
-  LOADED(dd_entry)(0xFFFD, &entry, 0);
+  LOADED(dd_entry)(RAXEL_ENTRY_ADDRESS, &entry, 0);
   EXPECT_EQ(entry, library::address("dd_entry32"));
-  LOADED(RASTER_dd_entry)(0xFFFD, &entry, 0);
+  LOADED(RASTER_dd_entry)(RAXEL_ENTRY_ADDRESS, &entry, 0);
   EXPECT_EQ(entry, library::address("RASTER_dd_entry32"));
 }
 

@@ -38,13 +38,15 @@ TEST(Export, ASmallPictureArrivesUprightAndInItsColours) {
 
 TEST(Export, WritesEveryModeTheSameOnEveryMachine) {
   const struct {
-    Mode mode;
+    int32_t mode;
     const char *name;
-  } modes[] = {{kBilevel, "bilevel"}, {kGrey16, "grey16"},     {kGrey256, "grey256"}, {kColor8, "color8"},
-               {kColor16, "color16"}, {kColor256, "color256"}, {kRgb, "rgb"}};
+  } modes[] = {{RAXEL_ASK_MODE_BILEVEL, "bilevel"}, {RAXEL_ASK_MODE_GREY16, "grey16"},
+               {RAXEL_ASK_MODE_GREY256, "grey256"}, {RAXEL_ASK_MODE_COLOR8, "color8"},
+               {RAXEL_ASK_MODE_COLOR16, "color16"}, {RAXEL_ASK_MODE_COLOR256, "color256"},
+               {RAXEL_ASK_MODE_RGB, "rgb"}};
   const Picture picture = noise(24, 61, 34, 1);
   for (const auto &[mode, name] : modes) {
-    const Written written = exportPicture(picture, {mode, kNone});
+    const Written written = exportPicture(picture, {mode, RAXEL_ASK_COMPRESS_NONE});
     EXPECT_EQ(written.result, 0u) << name;
     support::golden(std::string("library/61x34-") + name, written.file);
   }
@@ -52,17 +54,21 @@ TEST(Export, WritesEveryModeTheSameOnEveryMachine) {
 
 TEST(Export, WritesEveryCompressionTheSameOnEveryMachine) {
   const struct {
-    Compression compression;
+    int32_t compression;
     const char *name;
-  } codings[] = {
-      {kPackBits, "packbits"}, {kHuffman, "huffman"}, {kLzw, "lzw"}, {kFax3, "fax3"}, {kFax4, "fax4"}};
+  } codings[] = {{RAXEL_ASK_COMPRESS_PACKBITS, "packbits"},
+                 {RAXEL_ASK_COMPRESS_HUFFMAN, "huffman"},
+                 {RAXEL_ASK_COMPRESS_LZW, "lzw"},
+                 {RAXEL_ASK_COMPRESS_T4, "fax3"},
+                 {RAXEL_ASK_COMPRESS_T6, "fax4"}};
   const Picture picture = noise(1, 130, 40, 2);
   for (const auto &[compression, name] : codings) {
-    const Written written = exportPicture(picture, {kBilevel, compression});
+    const Written written = exportPicture(picture, {RAXEL_ASK_MODE_BILEVEL, compression});
     EXPECT_EQ(written.result, 0u) << name;
     support::golden(std::string("library/130x40-") + name, written.file);
   }
-  const Written tiled = exportPicture(noise(1, 700, 300, 3), {kBilevel, kFax4, 100, true});
+  const Written tiled =
+      exportPicture(noise(1, 700, 300, 3), {RAXEL_ASK_MODE_BILEVEL, RAXEL_ASK_COMPRESS_T6, 100, true});
   EXPECT_EQ(tiled.result, 0u);
   EXPECT_TRUE(support::readTiff(tiled.file).tiled);
   support::golden("library/700x300-fax4-tiles", tiled.file);
@@ -72,7 +78,7 @@ TEST(Export, WritesEveryCompressionTheSameOnEveryMachine) {
 TEST(Export, RepeatsWithOneSetup) {
   const Handle setup = LOADED(CreateSetup)(0, "/nonexistent/none.ini", nullptr, nullptr);
   const Written first = exportPicture(kSmall, {}, setup);
-  exportPicture(noise(8, 40, 20, 4), {kColor256, kLzw}, setup);
+  exportPicture(noise(8, 40, 20, 4), {RAXEL_ASK_MODE_COLOR256, RAXEL_ASK_COMPRESS_LZW}, setup);
   const Written again = exportPicture(kSmall, {}, setup);
   EXPECT_EQ(again.file, first.file);
   EXPECT_EQ(LOADED(DestroySetup)(setup), 0);
@@ -80,10 +86,10 @@ TEST(Export, RepeatsWithOneSetup) {
 
 TEST(Export, TheDriverWritesTheSamePicture) {
   const Picture picture = noise(24, 40, 30, 6);
-  const Written driven = drivePicture(picture, {kRgb, kPackBits});
+  const Written driven = drivePicture(picture, {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_PACKBITS});
   EXPECT_EQ(driven.result, 0u);
-  EXPECT_EQ(driven.file, exportPicture(picture, {kRgb, kPackBits}).file);
-  const Written reduced = drivePicture(noise(8, 40, 30, 5), {kColor16});
+  EXPECT_EQ(driven.file, exportPicture(picture, {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_PACKBITS}).file);
+  const Written reduced = drivePicture(noise(8, 40, 30, 5), {RAXEL_ASK_MODE_COLOR16});
   EXPECT_EQ(reduced.result, 0u);
   support::golden("library/40x30-driven-color16", reduced.file);
 }

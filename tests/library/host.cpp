@@ -10,10 +10,6 @@
 namespace library {
 namespace {
 
-// Words of the host's records.
-constexpr size_t kExportSetup = 2, kExportStatus = 6, kExportWords = 8;
-constexpr size_t kStatusContext = 1, kStatusCallback = 2, kStatusWords = 16;
-
 // Every size in pixels is exact with this picture resolution and extents rounded up.
 constexpr uint16_t kUnitsPerInch = 32768;
 
@@ -37,7 +33,8 @@ int32_t extent(unsigned pixels, unsigned dpi) {
 }
 
 void set(Handle setup, int32_t escape, int32_t value) {
-  EXPECT_EQ(LOADED(xEscapeSetup)(setup, escape, 4, &value, nullptr, 0), 1) << "escape " << escape;
+  EXPECT_EQ(LOADED(xEscapeSetup)(setup, escape, 4, &value, nullptr, 0), RAXEL_ESCAPE_DONE)
+      << "escape " << escape;
 }
 
 template <typename T>
@@ -46,14 +43,15 @@ void put(uint8_t *record, size_t at, T value) {
 }
 
 void apply(const Job &job, Handle setup) {
-  set(setup, 9, job.mode);
-  set(setup, 10, job.compression);
-  set(setup, 18, 3);  // the resolution is the setup's own, and the size the picture's
-  set(setup, 11, job.dpi);
-  set(setup, 12, job.dpi);
-  set(setup, 19, 2);
+  set(setup, RAXEL_ESCAPE_SET_BITMAP_MODE, job.mode);
+  set(setup, RAXEL_ESCAPE_SET_COMPRESSION, job.compression);
+  set(setup, RAXEL_ESCAPE_SET_RESOLUTION_MODE, RAXEL_ASK_RESOLUTION_USER);
+  set(setup, RAXEL_ESCAPE_SET_X_RESOLUTION, job.dpi);
+  set(setup, RAXEL_ESCAPE_SET_Y_RESOLUTION, job.dpi);
+  set(setup, RAXEL_ESCAPE_SET_SIZE_MODE, RAXEL_ASK_SIZE_PICTURE);
   // No escape sets the layout, only a profile does.
-  static_cast<RasterSetup *>(LOADED(GlobalLock)(setup))->tiff.wLayoutMode = job.tiles ? 771 : 772;
+  static_cast<RasterSetup *>(LOADED(GlobalLock)(setup))->tiff.wLayoutMode =
+      job.tiles ? RAXEL_STORED_LAYOUT_TILES : RAXEL_STORED_LAYOUT_STRIPS;
   LOADED(GlobalUnlock)(setup);
 }
 
@@ -67,11 +65,11 @@ Handle makeSetup(const support::TempDir &dir, const Job &job) {
 // The status record of a host that wants to know how far an export is.
 struct Status {
   explicit Status(Written &written) {
-    words[kStatusContext] = reinterpret_cast<HostWord>(&written.progress);
-    words[kStatusCallback] = reinterpret_cast<HostWord>(&reportProgress);
+    words[RAXEL_STATUS_CONTEXT] = reinterpret_cast<HostWord>(&written.progress);
+    words[RAXEL_STATUS_CALLBACK] = reinterpret_cast<HostWord>(&reportProgress);
   }
   HostWord word() { return reinterpret_cast<HostWord>(words); }
-  HostWord words[kStatusWords] = {};
+  HostWord words[RAXEL_STATUS_WORDS] = {};
 };
 
 }  // namespace
@@ -107,9 +105,9 @@ Written exportPicture(const Picture &picture, const Job &job, Handle given) {
 
   Written written;
   Status status(written);
-  HostWord exportRecord[kExportWords] = {};
-  exportRecord[kExportSetup] = setup;
-  exportRecord[kExportStatus] = status.word();
+  HostWord exportRecord[RAXEL_RECORD_WORDS] = {};
+  exportRecord[RAXEL_RECORD_SETUP] = setup;
+  exportRecord[RAXEL_RECORD_STATUS] = status.word();
 
   written.result = LOADED(ExportCellData)(path.c_str(), &record, info, exportRecord);
   written.file = support::readFile(path);
@@ -137,49 +135,49 @@ Written drivePicture(const Picture &picture, const Job &job) {
     alignas(8) uint8_t record[256] = {};
     put(record, 0, opcode);
     fill(record);
-    call(2, record);
+    call(RAXEL_ENTRY_EXECUTE, record);
   };
   const auto nothing = [](uint8_t *) {};
 
   Status status(written);
   int32_t capabilities[64] = {};
-  HostWord start[16] = {};
-  start[3] = reinterpret_cast<HostWord>(path.data());
-  start[9] = 1024;  // bytes for replies
-  start[13] = setup;
-  start[14] = status.word();
-  start[15] = reinterpret_cast<HostWord>(capabilities);
-  call(0, start);
-  function(1, nothing);            // open the device
-  function(3, nothing);            // begin a picture
-  function(518, [&](uint8_t *r) {  // the window, one unit a pixel
+  HostWord start[RAXEL_START_WORDS] = {};
+  start[RAXEL_START_NAME] = reinterpret_cast<HostWord>(path.data());
+  start[RAXEL_START_REPLY_BYTES] = 1024;  // bytes for replies
+  start[RAXEL_START_SETUP] = setup;
+  start[RAXEL_START_STATUS] = status.word();
+  start[RAXEL_START_CAPABILITIES] = reinterpret_cast<HostWord>(capabilities);
+  call(RAXEL_ENTRY_START, start);
+  function(RAXEL_OP_OPEN_DEVICE, nothing);
+  function(RAXEL_OP_BEGIN_PICTURE, nothing);
+  function(RAXEL_OP_WINDOW, [&](uint8_t *r) {  // the window, one unit a pixel
     put(r, 16 + 3 * 8, double(picture.width - 1));
     put(r, 16 + 4 * 8, double(picture.height - 1));
   });
-  function(521, [&](uint8_t *r) {  // millimetres a unit
-    put(r, 16, int16_t{1});
+  function(RAXEL_OP_VIEWPORT_MODE, [&](uint8_t *r) {  // millimetres a unit
+    put(r, 16, int16_t{RAXEL_VIEWPORT_METRIC});
     put(r, 24, 25.4 / job.dpi);
   });
-  function(4, nothing);             // begin its body
-  function(1034, [&](uint8_t *r) {  // begin raster, without points
-    put(r, 16, int32_t{-5});
+  function(RAXEL_OP_BEGIN_BODY, nothing);
+  function(RAXEL_OP_PRIMITIVE, [&](uint8_t *r) {  // without points
+    put(r, 16, int32_t{RAXEL_PRIMITIVE_BEGIN_RASTER});
     put(r, 28, uint32_t{picture.width});
     put(r, 32, uint32_t{picture.height});
     put(r, 36, int32_t{picture.bits});
   });
   // The cell array itself, its pixels within the record.
   std::vector<uint8_t> cells(102);
-  put(cells.data(), 0, uint32_t{1033});
+  put(cells.data(), 0, uint32_t{RAXEL_OP_CELL_ARRAY});
   put(cells.data(), 48, double(picture.height - 1));
   put(cells.data(), 88, uint32_t{picture.width});
   put(cells.data(), 92, uint32_t{picture.height});
   put(cells.data(), 96, int32_t{picture.bits});
   cells.insert(cells.end(), picture.rows.begin(), picture.rows.end());
-  call(2, cells.data());
-  function(1034, [](uint8_t *r) { put(r, 16, int32_t{-6}); });  // end raster
-  function(5, nothing);                                         // end the picture
-  function(2, nothing);                                         // close the device
-  call(0xFFFF, nullptr);
+  call(RAXEL_ENTRY_EXECUTE, cells.data());
+  function(RAXEL_OP_PRIMITIVE, [](uint8_t *r) { put(r, 16, int32_t{RAXEL_PRIMITIVE_END_RASTER}); });
+  function(RAXEL_OP_END_PICTURE, nothing);
+  function(RAXEL_OP_CLOSE_DEVICE, nothing);
+  call(RAXEL_ENTRY_END, nullptr);
 
   written.file = support::readFile(path);
   EXPECT_EQ(LOADED(DestroySetup)(setup), 0);

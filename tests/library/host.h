@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "raxel/setting_codes.h"
 #include "raxel/types.h"
 
 namespace library {
@@ -21,13 +22,9 @@ struct Picture {
 // Seeded pixels. Pictures of 8 bits and less get a seeded palette.
 Picture noise(uint16_t bits, uint16_t width, uint16_t height, uint64_t seed);
 
-// The host's codes of escapes 9 and 10.
-enum Mode { kBilevel = 140, kGrey16, kGrey256, kColor8, kColor16, kColor256, kRgb };
-enum Compression { kNone = 150, kPackBits, kHuffman, kLzw, kFax3, kFax4 };
-
 struct Job {
-  Mode mode = kRgb;
-  Compression compression = kNone;
+  int32_t mode = RAXEL_ASK_MODE_RGB;
+  int32_t compression = RAXEL_ASK_COMPRESS_NONE;
   uint16_t dpi = 100;
   bool tiles = false;
 };

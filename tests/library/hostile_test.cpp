@@ -24,12 +24,14 @@ TEST(HostileHost, StandsInFrontOfTheLibrary) {
 
 TEST(HostileHost, ChangesNoExport) {
   const library::Picture colours = library::noise(24, 61, 34, 1);
-  support::golden("library/61x34-bilevel", library::exportPicture(colours, {library::kBilevel}).file);
-  support::golden("library/61x34-color256", library::exportPicture(colours, {library::kColor256}).file);
-  support::golden("library/61x34-rgb", library::exportPicture(colours, {library::kRgb}).file);
-  support::golden(
-      "library/130x40-lzw",
-      library::exportPicture(library::noise(1, 130, 40, 2), {library::kBilevel, library::kLzw}).file);
+  support::golden("library/61x34-bilevel", library::exportPicture(colours, {RAXEL_ASK_MODE_BILEVEL}).file);
+  support::golden("library/61x34-color256",
+                  library::exportPicture(colours, {RAXEL_ASK_MODE_COLOR256}).file);
+  support::golden("library/61x34-rgb", library::exportPicture(colours, {RAXEL_ASK_MODE_RGB}).file);
+  support::golden("library/130x40-lzw",
+                  library::exportPicture(library::noise(1, 130, 40, 2),
+                                         {RAXEL_ASK_MODE_BILEVEL, RAXEL_ASK_COMPRESS_LZW})
+                      .file);
   EXPECT_EQ(hostileCalls(), "");
 }
 
@@ -39,14 +41,15 @@ TEST(HostileHost, ChangesNoProfileRewrite) {
   support::writeFile(profile, "[Mode]\nDriver=X\n");
   const Handle setup = LOADED(CreateSetup)(0, profile.c_str(), "mode", nullptr);
   const int32_t dpi = 300;
-  EXPECT_EQ(LOADED(xEscapeSetup)(setup, 11, 4, &dpi, nullptr, 1), 1);
+  EXPECT_EQ(LOADED(xEscapeSetup)(setup, RAXEL_ESCAPE_SET_X_RESOLUTION, 4, &dpi, nullptr, 1), 1);
   EXPECT_EQ(LOADED(DestroySetup)(setup), 0);
   EXPECT_EQ(LOADED(GetPrivateProfileInt)("MODE", "x resolution", 0, profile.c_str()), 300);
   EXPECT_EQ(hostileCalls(), "");
 }
 
 TEST(HostileHost, ChangesNoDriverSession) {
-  const library::Written written = library::drivePicture(library::noise(8, 40, 30, 5), {library::kColor16});
+  const library::Written written =
+      library::drivePicture(library::noise(8, 40, 30, 5), {RAXEL_ASK_MODE_COLOR16});
   EXPECT_EQ(written.result, 0u);
   support::golden("library/40x30-driven-color16", written.file);
   EXPECT_EQ(hostileCalls(), "");

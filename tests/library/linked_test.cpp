@@ -14,15 +14,15 @@ namespace {
 TEST(LinkedHost, AndLibrarySeeTheSameCommonBlock) {
   // With no common block an initialisation without a record is refused; a session that is open already
   // lets it pass.
-  EXPECT_EQ(dd_entry32(0, 0, nullptr), 22);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_START, nullptr), RAXEL_BAD_SETUP);
   SessionCommon common{};
   common.nSessState = 5;
   hCommon = 1;
   lpCommon = &common;
-  EXPECT_EQ(dd_entry32(0, 0, nullptr), 0);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_START, nullptr), 0);
   common.nSessState = 0;
   common.nSessError = 99;
-  EXPECT_EQ(dd_entry32(0, 2, nullptr), 0);
+  EXPECT_EQ(dd_entry32(0, RAXEL_ENTRY_EXECUTE, nullptr), 0);
   EXPECT_EQ(common.nSessError, 0);
   hCommon = 0;
   lpCommon = nullptr;
@@ -53,7 +53,7 @@ TEST(LinkedHost, SeesWhatTheLibraryWrites) {
   ASSERT_NE(setup, 0u);
   EXPECT_EQ(hRaster, setup);
   ASSERT_NE(lpRaster, nullptr);
-  EXPECT_EQ(lpRaster->nBitmapMode, 221);
+  EXPECT_EQ(lpRaster->nBitmapMode, RAXEL_STORED_MODE_COLOR256);
   EXPECT_EQ(std::string(szFilter), "RAXEL");
   EXPECT_EQ(DestroySetup(setup), 0);
   EXPECT_EQ(lpRaster, nullptr);

@@ -19,7 +19,7 @@ TEST(Profile, GoesByTheLibrarysFileName) {
   EXPECT_EQ(settings.szProfilePath, folder.file("raxel.ini"));
   EXPECT_STREQ(settings.szModeName, "Mine");
   EXPECT_STREQ(settings.szDriverName, "MINE.1");
-  EXPECT_EQ(settings.nBitmapMode, 217);
+  EXPECT_EQ(settings.nBitmapMode, RAXEL_STORED_MODE_GREY256);
   EXPECT_EQ(LOADED(DestroySetup)(setup), 0);
 }
 

@@ -49,15 +49,15 @@ TEST_F(Cells, OutsideTheBodyTheyChangeNothingInTheState) {
   };
   host.initialise();
   EXPECT_TRUE(ignored()) << "initialised";
-  host.send(1);
+  host.send(RAXEL_OP_OPEN_DEVICE);
   EXPECT_TRUE(ignored()) << "open";
-  host.send(3);
+  host.send(RAXEL_OP_BEGIN_PICTURE);
   host.setWindow(0, 0, 3, 3);
   EXPECT_TRUE(ignored()) << "picture begun";
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   host.beginRaster(4, 4, 8);
   EXPECT_FALSE(ignored()) << "body begun";
-  host.send(5);
+  host.send(RAXEL_OP_END_PICTURE);
   EXPECT_TRUE(ignored()) << "picture ended, with a frame left open";
 }
 
@@ -89,7 +89,7 @@ TEST_F(Cells, PointsBeforeTheDataAreSteppedOver) {
 
 TEST_F(Cells, ABeginRecordThatIsTooShortOrHasTooManyPointsIsIgnored) {
   host.openBody(10, 10);
-  auto record = Host::recordOf(1034, 60);
+  auto record = Host::recordOf(RAXEL_OP_PRIMITIVE, 60);
   Host::put<int32_t>(record, 16, -5);
   Host::put<uint32_t>(record, 24, 27);
   host.send(record);
@@ -128,10 +128,10 @@ TEST_F(Cells, BottomUpRowsLeaveTheLastBufferRowEmpty) {
 
 TEST_F(Cells, DirectionComparesTheArrayWithTheWindow) {
   host.initialise();
-  host.send(1);
-  host.send(3);
+  host.send(RAXEL_OP_OPEN_DEVICE);
+  host.send(RAXEL_OP_BEGIN_PICTURE);
   host.setWindow(0, 3, 3, 0);  // y grows downward
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   host.beginRaster(4, 4, 8);
   host.send(Host::cellArray(4, 1, 8, numberedRows(1, 4, 7)));  // first y below second: they disagree
   EXPECT_EQ(bufferRows(4), (std::vector<uint8_t>{0, 0, 7, 0}));
@@ -214,7 +214,7 @@ TEST_F(Cells, TheWindowCutsTheArraysOwnColumns) {
 }
 
 TEST_F(Cells, ColorTreatmentAppliesToColorRows) {
-  host.settings().nColorMode = 104;  // every channel inverted
+  host.settings().nColorMode = RAXEL_STORED_COLORS_INVERT;  // every channel inverted
   host.openBody(1, 2);
   host.beginRaster(1, 2, 24);
   host.send(Host::cellArray(1, 1, 24, {10, 20, 30, 99}));
@@ -237,7 +237,7 @@ TEST_F(Cells, WithoutABufferTheyPushError300) {
   host.openBody(1000000, 1000000);
   EXPECT_EQ(host.beginRaster(1000000, 1000000, 24), 0);
   EXPECT_EQ(lpEMData->hCellBuf, 0u);
-  EXPECT_EQ(host.send(Host::cellArray(4, 1, 8, {1, 2, 3, 4})), 300);
+  EXPECT_EQ(host.send(Host::cellArray(4, 1, 8, {1, 2, 3, 4})), RAXEL_NO_MEMORY);
   EXPECT_EQ(host.endRaster(), 0);
 }
 
@@ -250,16 +250,16 @@ TEST_F(Cells, HugeRowCountsOfNothingEndAtOnce) {
 
 TEST_F(Cells, StrangeWindowsGiveTheFullWidth) {
   host.initialise();
-  host.send(1);
-  host.send(3);
+  host.send(RAXEL_OP_OPEN_DEVICE);
+  host.send(RAXEL_OP_BEGIN_PICTURE);
   host.setWindow(-std::numeric_limits<double>::infinity(), 0, std::numeric_limits<double>::infinity(), 1);
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   host.beginRaster(12, 2, 8);
   EXPECT_EQ(lpEMData->nCellWidth, 12u);
-  host.send(5);
-  host.send(3);
+  host.send(RAXEL_OP_END_PICTURE);
+  host.send(RAXEL_OP_BEGIN_PICTURE);
   host.setWindow(std::nan(""), 0, 2.9, 1);
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   host.beginRaster(12, 2, 8);
   EXPECT_EQ(lpEMData->nCellWidth, 3u) << "no number counts as 0";
 }
@@ -274,11 +274,11 @@ TEST_F(Cells, EndRasterWithoutBeginWritesNothing) {
 // Rows land in the buffer from its start, and the file shows the buffer's last row on top.
 TEST_F(Cells, AFramedColorPictureBecomesAFile) {
   host.initialise();
-  host.send(1);
-  host.send(3);
+  host.send(RAXEL_OP_OPEN_DEVICE);
+  host.send(RAXEL_OP_BEGIN_PICTURE);
   host.setWindow(0, 0, 3, 3);
   host.setResolution(0.254);  // 100 dots per inch
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   host.beginRaster(4, 4, 24);
   std::vector<uint8_t> pixels;
   for (uint8_t i = 0; i < 48; ++i) pixels.push_back(i);
@@ -303,13 +303,13 @@ TEST_F(Cells, AFramedColorPictureBecomesAFile) {
 }
 
 TEST_F(Cells, AFramedIndexedPictureTakesItsPaletteFromTheColorTable) {
-  host.settings().nBitmapMode = 221;
+  host.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   host.initialise();
-  host.send(1);
-  host.send(3);
+  host.send(RAXEL_OP_OPEN_DEVICE);
+  host.send(RAXEL_OP_BEGIN_PICTURE);
   host.setWindow(0, 0, 3, 1);
   host.setResolution(0.254);
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   host.setColors(0, {1, 2, 3, 10, 20, 30});
   host.beginRaster(4, 2, 8);
   host.send(Host::cellArray(4, 2, 8, {0, 1, 1, 0, 1, 0, 0, 1}));
@@ -329,9 +329,9 @@ TEST_F(Cells, AFramedIndexedPictureTakesItsPaletteFromTheColorTable) {
 // The frame goes the way of every picture, and that way's progress is for the settings' own status record.
 TEST_F(Cells, AFramesProgressGoesToTheStatusRecordOfTheSetup) {
   Host earlier;  // stands for the host of an export that used this setup before
-  HostWord exportRecord[7] = {};
-  exportRecord[2] = host.setup_;
-  exportRecord[6] = reinterpret_cast<HostWord>(earlier.status_.data());
+  HostWord exportRecord[RAXEL_RECORD_WORDS] = {};
+  exportRecord[RAXEL_RECORD_SETUP] = host.setup_;
+  exportRecord[RAXEL_RECORD_STATUS] = reinterpret_cast<HostWord>(earlier.status_.data());
   PictureRecord picture = {};
   const uint8_t info[EXPORT_CELL_INFO_BYTES] = {};
   ASSERT_EQ(ExportCellData(dir.file("one.tif").c_str(), &picture, info, exportRecord), 0u);
@@ -371,11 +371,11 @@ TEST_F(Cells, APaletteOfMoreBitsThanTheTableHasEndsInBlack) {
 TEST_F(Cells, AFramedPictureOfNineToTwentyThreeBitsIsBlack) {
   for (const int32_t bits : {9, 12, 16, 23}) {
     host.initialise();
-    host.send(1);
-    host.send(3);
+    host.send(RAXEL_OP_OPEN_DEVICE);
+    host.send(RAXEL_OP_BEGIN_PICTURE);
     host.setWindow(0, 0, 3, 3);
     host.setResolution(0.254);
-    host.send(4);
+    host.send(RAXEL_OP_BEGIN_BODY);
     host.setColors(0, std::vector<uint8_t>(768, 200));
     host.beginRaster(4, 4, bits);
     EXPECT_EQ(host.send(Host::cellArray(4, 4, bits, std::vector<uint8_t>(64, 0xA5))), 0);
@@ -390,11 +390,11 @@ TEST_F(Cells, AFramedPictureOfNineToTwentyThreeBitsIsBlack) {
 
 TEST_F(Cells, AnUnframedPictureIsWrittenAtOnce) {
   host.initialise();
-  host.send(1);
-  host.send(3);
+  host.send(RAXEL_OP_OPEN_DEVICE);
+  host.send(RAXEL_OP_BEGIN_PICTURE);
   host.setWindow(0, 0, 3, 3);
   host.setResolution(0.254);
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   std::vector<uint8_t> pixels;
   for (uint8_t i = 0; i < 48; ++i) pixels.push_back(i);
   EXPECT_EQ(host.send(Host::cellArray(4, 4, 24, pixels)), 0);
@@ -413,13 +413,13 @@ TEST_F(Cells, AnUnframedPictureIsWrittenAtOnce) {
 }
 
 TEST_F(Cells, AnUnframedBottomUpPictureMissesItsLastRow) {
-  host.settings().nBitmapMode = 221;
+  host.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   host.initialise();
-  host.send(1);
-  host.send(3);
+  host.send(RAXEL_OP_OPEN_DEVICE);
+  host.send(RAXEL_OP_BEGIN_PICTURE);
   host.setWindow(0, 0, 3, 3);
   host.setResolution(0.254);
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   host.send(Host::cellArray(4, 4, 8, numberedRows(4, 4, 1), true));
   host.finish();
   const auto bytes = support::readFile(dir.file("cells.tif"));
@@ -435,7 +435,7 @@ TEST_F(Cells, AnUnframedBottomUpPictureMissesItsLastRow) {
 
 // Shrinking and a change of depth each count for 20 percent; then half-way is reported.
 TEST_F(Cells, UnframedConversionsReportTheirProgress) {
-  host.settings().nBitmapMode = 221;
+  host.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   host.settings().dWidth = 0.5;
   host.settings().dHeight = 0.5;
   host.openBody(100, 100);
@@ -472,11 +472,11 @@ TEST_F(Cells, ARefusedReportAbandonsAnUnframedPicture) {
 }
 
 TEST_F(Cells, WithoutASetupOutputFails) {
-  host.record_[13] = 0;
+  host.record_[RAXEL_START_SETUP] = 0;
   host.openBody(4, 4);
-  EXPECT_EQ(host.send(Host::cellArray(4, 1, 8, {1, 2, 3, 4})), 300);
+  EXPECT_EQ(host.send(Host::cellArray(4, 1, 8, {1, 2, 3, 4})), RAXEL_NO_MEMORY);
   host.beginRaster(4, 4, 8);
-  EXPECT_EQ(host.endRaster(), 300);
+  EXPECT_EQ(host.endRaster(), RAXEL_NO_MEMORY);
   EXPECT_EQ(lpEMData->hCellBuf, 0u);
 }
 
@@ -489,18 +489,18 @@ TEST_F(Cells, AnUnknownBitmapModeWritesNothing) {
 }
 
 TEST_F(Cells, SeveralPicturesLeaveTheFirstDirectoryToTheLast) {
-  host.settings().nBitmapMode = 221;
+  host.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   host.initialise();
-  host.send(1);
+  host.send(RAXEL_OP_OPEN_DEVICE);
   for (int picture = 0; picture < 2; ++picture) {
-    host.send(3);
+    host.send(RAXEL_OP_BEGIN_PICTURE);
     host.setWindow(0, 0, 3, 3);
     host.setResolution(0.254);
-    host.send(4);
+    host.send(RAXEL_OP_BEGIN_BODY);
     host.send(Host::cellArray(4, 4, 8, numberedRows(4, 4, static_cast<uint8_t>(1 + 10 * picture))));
-    host.send(5);
+    host.send(RAXEL_OP_END_PICTURE);
   }
-  host.send(2);
+  host.send(RAXEL_OP_CLOSE_DEVICE);
   host.terminate();
   const auto bytes = support::readFile(dir.file("cells.tif"));
   // Two whole files one after the other, and the patches of both go to the first.
@@ -511,9 +511,9 @@ TEST_F(Cells, SeveralPicturesLeaveTheFirstDirectoryToTheLast) {
 // Four channels are reached only by calling the function itself.
 TEST_F(Cells, FourChannelPicturesLoseTheFourthBeforeDepthsChange) {
   for (int32_t kind : {2, 3}) {
-    host.settings().nBitmapMode = 222;
+    host.settings().nBitmapMode = RAXEL_STORED_MODE_RGB;
     host.initialise();
-    host.send(1);
+    host.send(RAXEL_OP_OPEN_DEVICE);
     lpEMData->DevWindow[3] = 3;
     lpEMData->DevWindow[4] = 3;
     Handle pixels = GlobalAlloc(66, 64);

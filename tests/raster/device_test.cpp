@@ -22,22 +22,22 @@ TEST(Device, OpensByNameAndClosesBackToInitialised) {
   support::TempDir dir;
   Host host(dir.file("a.tif"));
   host.initialise();
-  EXPECT_EQ(host.send(1), 0);
-  EXPECT_EQ(lpEMData->nState, 2u);
+  EXPECT_EQ(host.send(RAXEL_OP_OPEN_DEVICE), 0);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_OPEN);
   EXPECT_NE(lpEMData->hOutFile, 0u);
-  EXPECT_EQ(host.send(1), 0) << "an open device ignores a second open";
-  EXPECT_EQ(host.send(2), 0);
-  EXPECT_EQ(lpEMData->nState, 1u);
+  EXPECT_EQ(host.send(RAXEL_OP_OPEN_DEVICE), 0) << "an open device ignores a second open";
+  EXPECT_EQ(host.send(RAXEL_OP_CLOSE_DEVICE), 0);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_INITIALISED);
   EXPECT_EQ(lpEMData->hOutFile, 0u);
-  EXPECT_EQ(host.send(2), 0) << "a closed device ignores a close";
+  EXPECT_EQ(host.send(RAXEL_OP_CLOSE_DEVICE), 0) << "a closed device ignores a close";
 }
 
 TEST(Device, AnUnopenableNameIsError303ButTheDeviceCountsAsOpen) {
   Host host("/nonexistent-folder/a.tif");
   host.initialise();
-  EXPECT_EQ(host.send(1), 303);
-  EXPECT_EQ(lpEMData->nState, 2u);
-  EXPECT_EQ(host.send(2), 303) << "there is nothing to close";
+  EXPECT_EQ(host.send(RAXEL_OP_OPEN_DEVICE), RAXEL_CANNOT_WRITE);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_OPEN);
+  EXPECT_EQ(host.send(RAXEL_OP_CLOSE_DEVICE), RAXEL_CANNOT_WRITE) << "there is nothing to close";
 }
 
 TEST(Device, OpeningEmptiesTheErrorStack) {
@@ -45,8 +45,8 @@ TEST(Device, OpeningEmptiesTheErrorStack) {
   Host host(dir.file("a.tif"));
   host.initialise();
   lpEMData->nErrMax = 5;
-  push_er(300);
-  host.send(1);
+  push_er(RAXEL_NO_MEMORY);
+  host.send(RAXEL_OP_OPEN_DEVICE);
   EXPECT_EQ(lpEMData->nErrCount, 0u);
 }
 
@@ -54,11 +54,11 @@ TEST(Device, AStopAtCloseDeletesTheFile) {
   support::TempDir dir;
   Host host(dir.file("gone.tif"));
   host.initialise();
-  host.send(1);
+  host.send(RAXEL_OP_OPEN_DEVICE);
   EXPECT_TRUE(std::filesystem::exists(dir.file("gone.tif")));
   host.refuseFrom = host.calls.size() + 1;
-  EXPECT_EQ(host.send(2), 901);
-  EXPECT_EQ(lpEMData->nState, 1u);
+  EXPECT_EQ(host.send(RAXEL_OP_CLOSE_DEVICE), RAXEL_STOPPED);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_INITIALISED);
   EXPECT_FALSE(std::filesystem::exists(dir.file("gone.tif")));
   // The plain report was refused, so the host was asked again.
   ASSERT_GE(host.calls.size(), 3u);
@@ -70,13 +70,13 @@ TEST(Device, AStopTakenBackInTheFollowUpKeepsTheFile) {
   support::TempDir dir;
   Host host(dir.file("kept.tif"));
   host.initialise();
-  host.send(1);
+  host.send(RAXEL_OP_OPEN_DEVICE);
   host.refuseFrom = host.calls.size() + 1;
   host.action = [&host] {
     if (host.calls.back().values[0] == 2) host.refuseFrom = 0;
   };
   const size_t before = host.calls.size();
-  EXPECT_EQ(host.send(2), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_CLOSE_DEVICE), 0);
   EXPECT_EQ(host.calls.size(), before + 2) << "asked once more, and then 0";
   EXPECT_EQ(lpEMData->nLastError, 0);
   EXPECT_TRUE(std::filesystem::exists(dir.file("kept.tif")));
@@ -85,11 +85,11 @@ TEST(Device, AStopTakenBackInTheFollowUpKeepsTheFile) {
 TEST(Device, MemoryOutputStaysWithTheDriver) {
   Host host;
   host.initialise();
-  EXPECT_EQ(host.send(1), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_OPEN_DEVICE), 0);
   EXPECT_EQ(WriteLong(lpEMData->hOutFile, 0x04030201), 4);
-  EXPECT_EQ(host.send(2), 0);
-  EXPECT_EQ(host.send(1), 0) << "and again, with a fresh block";
-  EXPECT_EQ(host.send(2), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_CLOSE_DEVICE), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_OPEN_DEVICE), 0) << "and again, with a fresh block";
+  EXPECT_EQ(host.send(RAXEL_OP_CLOSE_DEVICE), 0);
 }
 
 struct ProcedureLog {
@@ -106,18 +106,18 @@ TEST(Device, AHostProcedureReceivesWordTwelveAsItsContext) {
   ProcedureLog log;
   Host host("through-procedure");
   host.settings().lpfnOutputProc = logProcedure;
-  host.status_[12] = reinterpret_cast<HostWord>(&log);
+  host.status_[RAXEL_STATUS_PROC_CONTEXT] = reinterpret_cast<HostWord>(&log);
   host.initialise();
-  EXPECT_EQ(host.send(1), 0);
-  EXPECT_EQ(host.send(2), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_OPEN_DEVICE), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_CLOSE_DEVICE), 0);
   ASSERT_EQ(log.calls.size(), 2u);
   EXPECT_EQ(log.calls[0][1], 1u);
   EXPECT_EQ(log.calls[0][2], 4097u);
   EXPECT_EQ(log.calls[1][1], 5u);
   EXPECT_EQ(log.calls[1][2], 0u);
-  host.send(1);
+  host.send(RAXEL_OP_OPEN_DEVICE);
   host.refuseFrom = host.calls.size() + 1;
-  host.send(2);
+  host.send(RAXEL_OP_CLOSE_DEVICE);
   EXPECT_EQ(log.calls.back()[2], 512u) << "a stop closes and deletes";
 }
 
@@ -129,55 +129,57 @@ TEST(Device, AFailureOfTheProcedureIsNotReported) {
   Host host;
   host.settings().lpfnOutputProc = refuseProcedure;
   host.initialise();
-  EXPECT_EQ(host.send(1), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_OPEN_DEVICE), 0);
   EXPECT_EQ(lpEMData->hOutFile, 0u);
-  EXPECT_EQ(lpEMData->nState, 2u);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_OPEN);
 }
 
 TEST(Device, PicturesFollowEachOther) {
   support::TempDir dir;
   Host host(dir.file("a.tif"));
   host.initialise();
-  host.send(1);
-  const uint32_t states[] = {4, 8, 16, 4, 8, 16};
-  const uint32_t opcodes[] = {3, 4, 5, 3, 4, 5};
+  host.send(RAXEL_OP_OPEN_DEVICE);
+  const uint32_t states[] = {RAXEL_STATE_PICTURE, RAXEL_STATE_BODY, RAXEL_STATE_ENDED,
+                             RAXEL_STATE_PICTURE, RAXEL_STATE_BODY, RAXEL_STATE_ENDED};
+  const uint32_t opcodes[] = {RAXEL_OP_BEGIN_PICTURE, RAXEL_OP_BEGIN_BODY, RAXEL_OP_END_PICTURE,
+                              RAXEL_OP_BEGIN_PICTURE, RAXEL_OP_BEGIN_BODY, RAXEL_OP_END_PICTURE};
   for (int i = 0; i < 6; ++i) {
     EXPECT_EQ(host.send(opcodes[i]), 0);
     EXPECT_EQ(lpEMData->nState, states[i]);
   }
-  host.send(4);
-  EXPECT_EQ(lpEMData->nState, 16u) << "no body without a picture";
+  host.send(RAXEL_OP_BEGIN_BODY);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_ENDED) << "no body without a picture";
 }
 
 class Picture : public testing::Test {
  protected:
   Picture() : host(dir.file("p.tif")) {
     host.initialise();
-    host.send(1);
-    host.send(3);
+    host.send(RAXEL_OP_OPEN_DEVICE);
+    host.send(RAXEL_OP_BEGIN_PICTURE);
   }
   support::TempDir dir;
   Host host;
 };
 
 TEST_F(Picture, WindowAndViewportReplies) {
-  auto record = Host::recordOf(518, 64);
+  auto record = Host::recordOf(RAXEL_OP_WINDOW, 64);
   for (int i = 0; i < 6; ++i) Host::put(record, 16 + 8 * static_cast<size_t>(i), 1.5 + i);
   host.send(record);
-  EXPECT_EQ(host.send(767), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_INQUIRE_WINDOW), 0);
   EXPECT_EQ(repliesFrom(0), (std::vector<double>{1.5, 2.5, 3.5, 4.5, 5.5, 6.5}));
-  auto viewport = Host::recordOf(520, 64);
+  auto viewport = Host::recordOf(RAXEL_OP_VIEWPORT, 64);
   for (int i = 0; i < 6; ++i) Host::put(viewport, 16 + 8 * static_cast<size_t>(i), 1.0 + i);
   host.send(viewport);
   EXPECT_EQ(lpEMData->DevViewport[2], 0.0);
   EXPECT_EQ(lpEMData->DevViewport[5], 0.0);
-  EXPECT_EQ(host.send(765), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_INQUIRE_VIEWPORT), 0);
   EXPECT_EQ(repliesFrom(48), (std::vector<double>{1, 5, 0, 2, 4, 0}));
   EXPECT_EQ(lpEMData->nReplyPos, 96u);
 }
 
 TEST_F(Picture, BackgroundTakesThreeBytes) {
-  auto record = Host::recordOf(519, 64);
+  auto record = Host::recordOf(RAXEL_OP_BACKGROUND, 64);
   record[16] = 10;
   record[17] = 20;
   record[18] = 30;
@@ -193,7 +195,7 @@ TEST_F(Picture, MetricModeGivesDotsPerInch) {
   host.setResolution(0.0);
   EXPECT_EQ(lpEMData->nResolution, 0u);
   host.setResolution(0.254);
-  auto mode = Host::recordOf(521, 64);
+  auto mode = Host::recordOf(RAXEL_OP_VIEWPORT_MODE, 64);
   Host::put<int16_t>(mode, 16, 3);
   host.send(mode);
   EXPECT_EQ(lpEMData->nResolution, 100u) << "modes outside 0..2 are ignored";
@@ -219,14 +221,14 @@ TEST_F(Picture, StrangeScalesGiveDefinedResolutions) {
 
 TEST_F(Picture, AStateWithItsOwnViewportKeepsTheMode) {
   host.setResolution(0.254);
-  lpEMData->nState = 4 | 128;
+  lpEMData->nState = RAXEL_STATE_PICTURE | 128;
   host.setResolution(0.0);
   EXPECT_EQ(lpEMData->nResolution, 100u);
-  lpEMData->nState = 4;
+  lpEMData->nState = RAXEL_STATE_PICTURE;
 }
 
 TEST_F(Picture, ColorsPastTheTableAreDropped) {
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   std::vector<uint8_t> rgb(30);
   for (size_t i = 0; i < rgb.size(); ++i) rgb[i] = static_cast<uint8_t>(100 + i);
   host.setColors(250, rgb);
@@ -239,9 +241,9 @@ TEST_F(Picture, ColorsPastTheTableAreDropped) {
 }
 
 TEST_F(Picture, ColorsAreTreatedInTheHostsRecord) {
-  lpEMData->nColorOp = 1;
-  host.send(4);
-  auto record = Host::recordOf(1314, 20);
+  lpEMData->nColorOp = RAXEL_TREAT_INVERT;
+  host.send(RAXEL_OP_BEGIN_BODY);
+  auto record = Host::recordOf(RAXEL_OP_COLORS, 20);
   Host::put<uint32_t>(record, 4, 3 + 2);
   Host::put<uint32_t>(record, 16, 7);
   record.insert(record.end(), {1, 2, 3, 99});
@@ -253,9 +255,9 @@ TEST_F(Picture, ColorsAreTreatedInTheHostsRecord) {
 }
 
 TEST_F(Picture, AColorRecordTooShortForOneColorLoadsNone) {
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   for (uint32_t length : {0u, 1u, 2u, 4u}) {
-    auto record = Host::recordOf(1314, 40);
+    auto record = Host::recordOf(RAXEL_OP_COLORS, 40);
     Host::put<uint32_t>(record, 4, length);
     record[20] = 77;
     host.send(record);
@@ -264,20 +266,22 @@ TEST_F(Picture, AColorRecordTooShortForOneColorLoadsNone) {
 }
 
 TEST_F(Picture, SettersOutsideTheirStatesDoNothing) {
-  host.send(4);  // body: the window can no longer be set
+  host.send(RAXEL_OP_BEGIN_BODY);  // body: the window can no longer be set
   host.setWindow(1, 2, 3, 4);
   EXPECT_EQ(lpEMData->DevWindow[0], 0.0);
   host.setResolution(0.254);
   EXPECT_EQ(lpEMData->nResolution, 0u);
-  host.send(5);
+  host.send(RAXEL_OP_END_PICTURE);
   host.setColors(0, {1, 2, 3});
   EXPECT_EQ(lpEMData->ColorTable[0][0], 0) << "colours only in the body";
 }
 
 TEST_F(Picture, AcceptedOpcodesHaveNoEffect) {
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   const RasterDriverState before = *lpEMData;
-  for (uint32_t opcode : {771u, 772u, 773u, 774u, 2310u, 8u, 1035u, 1299u, 1312u, 1323u}) {
+  for (uint32_t opcode :
+       std::initializer_list<uint32_t>{RAXEL_OP_AXC, RAXEL_OP_TRAN, RAXEL_OP_CLPR, RAXEL_OP_CLIP,
+                                       RAXEL_OP_DM, 8, 1035, 1299, 1312, RAXEL_OP_NEVER_SUPPORTED}) {
     EXPECT_EQ(host.send(opcode), 0) << opcode;
   }
   EXPECT_EQ(std::memcmp(&before, lpEMData, sizeof before), 0);

@@ -17,35 +17,35 @@ constexpr HostWord kMinusTwo = static_cast<HostWord>(intptr_t{-2});
 
 TEST(DriverEntry, AnswersVersionAndAddress) {
   uint32_t version = 0;
-  EXPECT_EQ(RASTER_dd_entry(0xFFFE, &version, 0), 0);
+  EXPECT_EQ(RASTER_dd_entry(RAXEL_ENTRY_VERSION, &version, 0), 0);
   EXPECT_EQ(version, 0x02000005u);
   int32_t (*entry)(HostWord, uint32_t, void *) = nullptr;
   EXPECT_EQ(RASTER_dd_entry(0x1FFFD, &entry, 0), 0) << "only the low 16 bits of the op count";
   EXPECT_EQ(entry, &RASTER_dd_entry32);
   uint32_t untouched = 7;
-  EXPECT_EQ(RASTER_dd_entry(0, &untouched, 0), 0);
+  EXPECT_EQ(RASTER_dd_entry(RAXEL_ENTRY_START, &untouched, 0), 0);
   EXPECT_EQ(untouched, 7u);
-  EXPECT_EQ(RASTER_dd_entry(0xFFFE, nullptr, 0), 0);
+  EXPECT_EQ(RASTER_dd_entry(RAXEL_ENTRY_VERSION, nullptr, 0), 0);
   version = 0;
-  EXPECT_EQ(RASTER_dd_entry32(0, 0xFFFE, &version), 4);
+  EXPECT_EQ(RASTER_dd_entry32(0, RAXEL_ENTRY_VERSION, &version), 4);
   EXPECT_EQ(version, 0x02000005u);
-  EXPECT_EQ(RASTER_dd_entry32(0, 0xFFFE, nullptr), 4);
+  EXPECT_EQ(RASTER_dd_entry32(0, RAXEL_ENTRY_VERSION, nullptr), 4);
   EXPECT_EQ(RASTER_dd_entry32(0, 1, nullptr), 0);
   EXPECT_EQ(RASTER_dd_entry32(0, 3, nullptr), 0);
 }
 
 TEST(DriverEntry, InitialisesAndAnnouncesProgressToOneHundred) {
   Host host("picture.tif");
-  host.settings().nColorMode = 106;
+  host.settings().nColorMode = RAXEL_STORED_COLORS_GREY;
   EXPECT_EQ(host.initialise(), 0);
   ASSERT_NE(lpEMData, nullptr);
-  EXPECT_EQ(lpEMData->nState, 1u);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_INITIALISED);
   EXPECT_STREQ(lpEMData->szOutFile, "picture.tif");
-  EXPECT_EQ(lpEMData->nColorOp, 3u);
+  EXPECT_EQ(lpEMData->nColorOp, RAXEL_TREAT_GREY);
   EXPECT_EQ(lpEMData->hSetupRef, host.setup_);
   EXPECT_EQ(hSetup, host.setup_);
   EXPECT_EQ(lpSetup, &host.settings());
-  EXPECT_EQ(host.record_[10], reinterpret_cast<HostWord>(lpEMData->lpReplyBuf));
+  EXPECT_EQ(host.record_[RAXEL_START_REPLIES], reinterpret_cast<HostWord>(lpEMData->lpReplyBuf));
   EXPECT_EQ(GlobalSize(lpEMData->hReplyBuf), 256u);
   ASSERT_EQ(host.calls.size(), 1u);
   EXPECT_EQ(host.calls[0], (Call{reinterpret_cast<HostWord>(&host), {0, kMinusTwo, 100, 0, 0, 0}}));
@@ -56,14 +56,14 @@ TEST(DriverEntry, InitialisesAndAnnouncesProgressToOneHundred) {
 
 TEST(DriverEntry, SaysNothingToAHostWithoutContext) {
   Host host;
-  host.status_[1] = 0;
+  host.status_[RAXEL_STATUS_CONTEXT] = 0;
   host.initialise();
   EXPECT_TRUE(host.calls.empty());
 }
 
 TEST(DriverEntry, WritesExactlyTheListedCapabilities) {
   Host host;
-  host.settings().nColorMode = 107;
+  host.settings().nColorMode = RAXEL_STORED_COLORS_GREY_INVERT;
   host.capabilities_.fill(0xAAAA5555u);
   host.initialise();
   const std::set<int> minusOne = {1,  2,  3,  4,  9,  10, 11, 12, 13, 14, 15, 16, 17, 18, 23,
@@ -81,11 +81,13 @@ TEST(DriverEntry, WritesExactlyTheListedCapabilities) {
 }
 
 TEST(DriverEntry, ColorModesBecomeTreatments) {
-  for (int32_t mode : {0, 102, 103, 104, 105, 106, 107, 108}) {
+  for (int32_t mode = 0; mode <= RAXEL_STORED_COLORS_GREY_INVERT + 1; ++mode) {
     Host host;
     host.settings().nColorMode = mode;
     host.initialise();
-    const uint32_t expected = mode >= 103 && mode <= 107 ? static_cast<uint32_t>(mode - 103) : 0;
+    const uint32_t expected = mode >= RAXEL_STORED_COLORS && mode <= RAXEL_STORED_COLORS_GREY_INVERT
+                                  ? static_cast<uint32_t>(mode - RAXEL_STORED_COLORS)
+                                  : 0;
     EXPECT_EQ(lpEMData->nColorOp, expected) << mode;
   }
 }
@@ -96,38 +98,38 @@ TEST(DriverEntry, RefusesNamesThatDoNotFit) {
   EXPECT_EQ(std::strlen(lpEMData->szOutFile), 143u);
   fits.terminate();
   Host tooLong(std::string(144, 'n'));
-  EXPECT_EQ(tooLong.initialise(), 303);
+  EXPECT_EQ(tooLong.initialise(), RAXEL_CANNOT_WRITE);
   EXPECT_EQ(lpEMData, nullptr);
-  EXPECT_EQ(tooLong.record_[10], 0u);
-  EXPECT_EQ(tooLong.send(1), 0);
+  EXPECT_EQ(tooLong.record_[RAXEL_START_REPLIES], 0u);
+  EXPECT_EQ(tooLong.send(RAXEL_OP_OPEN_DEVICE), 0);
 }
 
 TEST(DriverEntry, RefusesReplyBuffersPastAllReason) {
   Host host;
-  host.record_[9] = 0x80000000u;
-  EXPECT_EQ(host.initialise(), 300);
+  host.record_[RAXEL_START_REPLY_BYTES] = 0x80000000u;
+  EXPECT_EQ(host.initialise(), RAXEL_NO_MEMORY);
   EXPECT_EQ(lpEMData, nullptr);
 }
 
 TEST(DriverEntry, TakesNullsForNothing) {
-  EXPECT_EQ(RASTER_dd_entry32(0, 0, nullptr), 300);
-  EXPECT_EQ(RASTER_dd_entry32(0, 2, nullptr), 0);
-  EXPECT_EQ(RASTER_dd_entry32(0, 0xFFFF, nullptr), 0);
+  EXPECT_EQ(RASTER_dd_entry32(0, RAXEL_ENTRY_START, nullptr), RAXEL_NO_MEMORY);
+  EXPECT_EQ(RASTER_dd_entry32(0, RAXEL_ENTRY_EXECUTE, nullptr), 0);
+  EXPECT_EQ(RASTER_dd_entry32(0, RAXEL_ENTRY_END, nullptr), 0);
   Host host;
-  host.record_[3] = 0;
-  host.record_[13] = 0;
-  host.record_[14] = 0;
-  host.record_[15] = 0;
+  host.record_[RAXEL_START_NAME] = 0;
+  host.record_[RAXEL_START_SETUP] = 0;
+  host.record_[RAXEL_START_STATUS] = 0;
+  host.record_[RAXEL_START_CAPABILITIES] = 0;
   EXPECT_EQ(host.initialise(), 0);
   EXPECT_EQ(lpSetup, nullptr);
   EXPECT_STREQ(lpEMData->szOutFile, "");
-  EXPECT_EQ(RASTER_dd_entry32(0, 2, nullptr), 0);
+  EXPECT_EQ(RASTER_dd_entry32(0, RAXEL_ENTRY_EXECUTE, nullptr), 0);
 }
 
 TEST(DriverEntry, WithACommonBlockThereIsNoStateToAllocate) {
   Host host;
   hCommon = 5;
-  EXPECT_EQ(host.initialise(), 300);
+  EXPECT_EQ(host.initialise(), RAXEL_NO_MEMORY);
   EXPECT_EQ(lpEMData, nullptr);
 }
 
@@ -142,7 +144,7 @@ TEST(DriverEntry, WithACommonBlockARunningStateIsLeftAlone) {
   RasterDriverState *state = lpEMData;
   EXPECT_EQ(host.initialise(), 0);
   EXPECT_EQ(lpEMData, state);
-  EXPECT_EQ(lpEMData->nState, 1u);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_INITIALISED);
   hCommon = 0;
 }
 
@@ -153,7 +155,7 @@ TEST(DriverEntry, ASecondInitialisationStartsAfresh) {
   host.beginRaster(4, 4, 8);
   const size_t calls = host.calls.size();
   EXPECT_EQ(host.initialise(), 0);
-  EXPECT_EQ(lpEMData->nState, 1u);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_INITIALISED);
   EXPECT_EQ(lpEMData->hOutFile, 0u);
   EXPECT_EQ(host.calls.size(), calls + 1) << "the old output is closed without asking the host";
 }
@@ -162,7 +164,7 @@ TEST(DriverEntry, TerminationClosesAnOpenDevice) {
   support::TempDir dir;
   Host host(dir.file("open.tif"));
   host.initialise();
-  host.send(1);
+  host.send(RAXEL_OP_OPEN_DEVICE);
   EXPECT_EQ(host.terminate(), 0);
   ASSERT_EQ(host.calls.size(), 2u);
   EXPECT_EQ(host.calls[1].values, (std::array<HostWord, 6>{0, 0, 0, 0, 0, 0}));
@@ -173,16 +175,16 @@ TEST(DriverEntry, TerminationClosesAnOpenDevice) {
 TEST(DriverEntry, ASetupDestroyedInTheAnnouncementIs300) {
   Host host;
   host.action = [&host] { host.destroySetup(); };
-  EXPECT_EQ(host.initialise(), 300);
+  EXPECT_EQ(host.initialise(), RAXEL_NO_MEMORY);
   EXPECT_EQ(lpEMData, nullptr);
   EXPECT_EQ(lpSetup, nullptr);
-  EXPECT_EQ(host.record_[10], 0u);
+  EXPECT_EQ(host.record_[RAXEL_START_REPLIES], 0u);
 }
 
 TEST(DriverEntry, ASessionEndedInItsOwnAnnouncementIs300) {
   Host host;
   host.action = [&host] { host.terminate(); };
-  EXPECT_EQ(host.initialise(), 300);
+  EXPECT_EQ(host.initialise(), RAXEL_NO_MEMORY);
   EXPECT_EQ(lpEMData, nullptr);
 }
 
@@ -190,12 +192,12 @@ TEST(DriverEntry, ASessionEndedInTheReportOfTheCloseLeavesNothingToClose) {
   support::TempDir dir;
   Host host(dir.file("ended.tif"));
   host.initialise();
-  host.send(1);
+  host.send(RAXEL_OP_OPEN_DEVICE);
   host.action = [&host] {
     host.action = nullptr;
     EXPECT_EQ(host.terminate(), 0);
   };
-  EXPECT_EQ(host.send(2), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_CLOSE_DEVICE), 0);
   EXPECT_EQ(lpEMData, nullptr);
   EXPECT_EQ(hEMData, 0u);
   EXPECT_TRUE(std::filesystem::exists(dir.file("ended.tif")));
@@ -206,9 +208,9 @@ TEST(DriverEntry, ANegativeStateDispatchesNothing) {
   host.initialise();
   lpEMData->nState = 0x80000001u;
   lpEMData->nLastError = 9;
-  EXPECT_EQ(host.send(1), 0);
+  EXPECT_EQ(host.send(RAXEL_OP_OPEN_DEVICE), 0);
   EXPECT_EQ(lpEMData->hOutFile, 0u);
-  lpEMData->nState = 1;
+  lpEMData->nState = RAXEL_STATE_INITIALISED;
 }
 
 TEST(DriverEntry, LocksAreNoWork) {

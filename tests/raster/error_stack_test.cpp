@@ -40,12 +40,12 @@ class ErrorStack : public testing::Test {
 };
 
 TEST_F(ErrorStack, AsDeliveredFirstErrorIsTheLatestAndPopsFindNothing) {
-  push_er(300);
-  push_er(303);
-  EXPECT_EQ(first().nCode, 303);
+  push_er(RAXEL_NO_MEMORY);
+  push_er(RAXEL_CANNOT_WRITE);
+  EXPECT_EQ(first().nCode, RAXEL_CANNOT_WRITE);
   EXPECT_EQ(state_.nErrLost, 2u);
   EXPECT_EQ(state_.nErrCount, 0u);
-  EXPECT_EQ(state_.nLastError, 303);
+  EXPECT_EQ(state_.nLastError, RAXEL_CANNOT_WRITE);
   pop(5);
   EXPECT_EQ(state_.nReplyPos, 4u);
   EXPECT_EQ(replyAt<int32_t>(0), 0);
@@ -53,48 +53,48 @@ TEST_F(ErrorStack, AsDeliveredFirstErrorIsTheLatestAndPopsFindNothing) {
 
 TEST_F(ErrorStack, ARepeatedErrorOfOneFunctionIsRecordedOnce) {
   state_.nErrMax = 10;
-  push(7, 303);
+  push(7, RAXEL_CANNOT_WRITE);
   state_.nLastError = 0;
-  push(7, 303);
+  push(7, RAXEL_CANNOT_WRITE);
   EXPECT_EQ(state_.nErrCount, 1u);
   EXPECT_EQ(state_.nLastError, 0) << "the repeat is not even the result again";
-  push(8, 303);
+  push(8, RAXEL_CANNOT_WRITE);
   EXPECT_EQ(state_.nErrCount, 2u);
-  push(8, 300);
+  push(8, RAXEL_NO_MEMORY);
   EXPECT_EQ(state_.nErrCount, 3u);
 }
 
 TEST_F(ErrorStack, AFullStackOverwritesItsTopAndCountsTheLoss) {
   state_.nErrMax = 2;
-  push(1, 300);
-  push(2, 303);
-  push(3, 901);
-  EXPECT_EQ(at(0).nCode, 300);
-  EXPECT_EQ(at(1).nCode, 901);
+  push(1, RAXEL_NO_MEMORY);
+  push(2, RAXEL_CANNOT_WRITE);
+  push(3, RAXEL_STOPPED);
+  EXPECT_EQ(at(0).nCode, RAXEL_NO_MEMORY);
+  EXPECT_EQ(at(1).nCode, RAXEL_STOPPED);
   EXPECT_EQ(at(1).nFunc, 3u);
   EXPECT_EQ(state_.nErrLost, 1u);
   EXPECT_EQ(state_.nErrCount, 2u);
-  EXPECT_EQ(first().nCode, 300);
+  EXPECT_EQ(first().nCode, RAXEL_NO_MEMORY);
   EXPECT_EQ(state_.nLastErrFunc, 3u);
 }
 
 TEST_F(ErrorStack, PopsTheNewestFirst) {
   state_.nErrMax = 10;
-  push(11, 300);
-  push(12, 303);
+  push(11, RAXEL_NO_MEMORY);
+  push(12, RAXEL_CANNOT_WRITE);
   pop(5);
   EXPECT_EQ(state_.nReplyPos, 20u);
   EXPECT_EQ(replyAt<int32_t>(0), 2);
   EXPECT_EQ(replyAt<uint32_t>(4), 12u);
-  EXPECT_EQ(replyAt<int16_t>(8), 303);
+  EXPECT_EQ(replyAt<int16_t>(8), RAXEL_CANNOT_WRITE);
   EXPECT_EQ(replyAt<uint32_t>(12), 11u);
-  EXPECT_EQ(replyAt<int16_t>(16), 300);
+  EXPECT_EQ(replyAt<int16_t>(16), RAXEL_NO_MEMORY);
   EXPECT_EQ(state_.nErrCount, 0u);
 }
 
 TEST_F(ErrorStack, ANegativePopIsAnsweredAsItCame) {
   state_.nErrMax = 10;
-  push(11, 300);
+  push(11, RAXEL_NO_MEMORY);
   pop(-3);
   EXPECT_EQ(state_.nReplyPos, 4u);
   EXPECT_EQ(replyAt<int32_t>(0), -3);
@@ -103,23 +103,23 @@ TEST_F(ErrorStack, ANegativePopIsAnsweredAsItCame) {
 
 TEST_F(ErrorStack, EmptyingKeepsFirstError) {
   state_.nErrMax = 10;
-  push(4, 300);
+  push(4, RAXEL_NO_MEMORY);
   EXPECT_EQ(d_empes(77), 77u);
   EXPECT_EQ(state_.nErrCount, 0u);
   EXPECT_EQ(state_.nErrLost, 0u);
   EXPECT_EQ(state_.nLastErrFunc, 0u);
   EXPECT_EQ(state_.nLastError, 0);
-  EXPECT_EQ(first().nCode, 300);
+  EXPECT_EQ(first().nCode, RAXEL_NO_MEMORY);
 }
 
 TEST_F(ErrorStack, SummaryIsCountFirstErrorLost) {
-  push(9, 303);
-  push(9, 300);
+  push(9, RAXEL_CANNOT_WRITE);
+  push(9, RAXEL_NO_MEMORY);
   dq_es();
   EXPECT_EQ(state_.nReplyPos, 16u);
   EXPECT_EQ(replyAt<uint32_t>(0), 0u);
   EXPECT_EQ(replyAt<uint32_t>(4), 9u);
-  EXPECT_EQ(replyAt<int16_t>(8), 300);
+  EXPECT_EQ(replyAt<int16_t>(8), RAXEL_NO_MEMORY);
   EXPECT_EQ(replyAt<int16_t>(10), 0);
   EXPECT_EQ(replyAt<uint32_t>(12), 2u);
 }
@@ -127,12 +127,12 @@ TEST_F(ErrorStack, SummaryIsCountFirstErrorLost) {
 TEST_F(ErrorStack, RepliesAreCutWhereTheBufferEnds) {
   state_.nReplySize = 10;
   std::memset(reply_.data(), 0xEE, reply_.size());
-  push(0x01020304, 303);
+  push(0x01020304, RAXEL_CANNOT_WRITE);
   dq_es();
   EXPECT_EQ(state_.nReplyPos, 10u);
   EXPECT_EQ(replyAt<uint32_t>(0), 0u) << "the count";
   EXPECT_EQ(replyAt<uint32_t>(4), 0x01020304u) << "the first error's tag";
-  EXPECT_EQ(replyAt<int16_t>(8), 303) << "and its code";
+  EXPECT_EQ(replyAt<int16_t>(8), RAXEL_CANNOT_WRITE) << "and its code";
   EXPECT_EQ(reply_[10], 0xEE);
   dq_es();
   EXPECT_EQ(state_.nReplyPos, 10u);
@@ -150,26 +150,26 @@ TEST_F(ErrorStack, APositionPastTheBufferMovesNothing) {
 
 TEST_F(ErrorStack, CapacitiesAndCountsOutsideTheStackCountAsItsEnds) {
   state_.nErrMax = 0x7FFFFFFF;
-  for (uint32_t i = 0; i < 12; ++i) push(i, 300);
+  for (uint32_t i = 0; i < 12; ++i) push(i, RAXEL_NO_MEMORY);
   EXPECT_EQ(state_.nErrCount, 10u);
   EXPECT_EQ(at(9).nFunc, 11u);
   EXPECT_EQ(state_.nErrLost, 2u);
   state_.nErrCount = 0xFFFFFFFFu;  // -1
   state_.nErrMax = 0x80000000u;    // negative
-  push(50, 303);
+  push(50, RAXEL_CANNOT_WRITE);
   EXPECT_EQ(first().nFunc, 50u);
 }
 
 TEST_F(ErrorStack, CodesAreSixteenBits) {
-  push_er(0x10000 + 303);
-  EXPECT_EQ(state_.nLastError, 303);
+  push_er(0x10000 + RAXEL_CANNOT_WRITE);
+  EXPECT_EQ(state_.nLastError, RAXEL_CANNOT_WRITE);
   push_er(0xFFFF);
   EXPECT_EQ(state_.nLastError, -1);
 }
 
 TEST(ErrorStackAlone, WithoutAStateBlockNothingHappens) {
   lpEMData = nullptr;
-  push_er(300);
+  push_er(RAXEL_NO_MEMORY);
   EXPECT_EQ(d_empes(3), 3u);
   EXPECT_EQ(d_popes(0), 0u);
   EXPECT_EQ(dq_es(), 0u);

@@ -14,7 +14,7 @@ using raster_test::Host;
 class WideTarget : public testing::Test {
  protected:
   WideTarget() : host(dir.file("wide.tif")) {
-    host.settings().nResolutionMode = 310;
+    host.settings().nResolutionMode = RAXEL_STORED_RESOLUTION_USER;
     host.settings().tiff.nXResolution = 200;
     host.settings().tiff.nYResolution = 100;
   }
@@ -24,11 +24,11 @@ class WideTarget : public testing::Test {
   std::vector<uint8_t> rowsOfZeros(int32_t mode, int32_t bits, const std::vector<uint8_t> &colors) {
     host.settings().nBitmapMode = mode;
     host.initialise();
-    host.send(1);
-    host.send(3);
+    host.send(RAXEL_OP_OPEN_DEVICE);
+    host.send(RAXEL_OP_BEGIN_PICTURE);
     host.setWindow(0, 0, 63, 7);
     host.setResolution(0.254);
-    host.send(4);
+    host.send(RAXEL_OP_BEGIN_BODY);
     host.setColors(0, colors);
     const std::vector<uint8_t> zeros(static_cast<size_t>(64 * bits));
     EXPECT_EQ(host.send(Host::cellArray(64, 8, bits, zeros)), 0);
@@ -47,14 +47,14 @@ class WideTarget : public testing::Test {
 
 TEST_F(WideTarget, PixelsPastTheBlockAreInvertedLikeTheOthers) {
   // Entry 0 is white, so a clear bit becomes a set one.
-  EXPECT_EQ(rowsOfZeros(215, 1, {255, 255, 255}), std::vector<uint8_t>(16 * 8, 0xFF));
+  EXPECT_EQ(rowsOfZeros(RAXEL_STORED_MODE_BILEVEL, 1, {255, 255, 255}), std::vector<uint8_t>(16 * 8, 0xFF));
 }
 
 TEST_F(WideTarget, PixelsPastTheBlockAreRemappedLikeTheOthers) {
   std::vector<uint8_t> descending;
   for (int level = 255; level >= 0; --level)
     descending.insert(descending.end(), 3, static_cast<uint8_t>(level));
-  const auto rows = rowsOfZeros(217, 8, descending);
+  const auto rows = rowsOfZeros(RAXEL_STORED_MODE_GREY256, 8, descending);
   ASSERT_EQ(rows.size(), 128u * 8);
   // Mapped bytes move one towards the row's start, and the last byte of a row may come from another
   // chunk: the others are all index 0, which is white.
@@ -68,13 +68,13 @@ TEST_F(WideTarget, PixelsPastTheBlockAreRemappedLikeTheOthers) {
 
 TEST_F(WideTarget, ATargetThatNoBlockHoldsLeavesNoFileStructure) {
   // Two thousand million columns of three bytes.
-  host.settings().nBitmapMode = 222;
+  host.settings().nBitmapMode = RAXEL_STORED_MODE_RGB;
   host.initialise();
-  host.send(1);
-  host.send(3);
+  host.send(RAXEL_OP_OPEN_DEVICE);
+  host.send(RAXEL_OP_BEGIN_PICTURE);
   host.setWindow(0, 0, 1e9 - 1, 7);
   host.setResolution(0.254);
-  host.send(4);
+  host.send(RAXEL_OP_BEGIN_BODY);
   EXPECT_EQ(host.send(Host::cellArray(4, 8, 24, std::vector<uint8_t>(96))), 0);
   EXPECT_EQ(lpEMData->hCellBuf, 0u);
   host.finish();
@@ -82,9 +82,9 @@ TEST_F(WideTarget, ATargetThatNoBlockHoldsLeavesNoFileStructure) {
 }
 
 TEST_F(WideTarget, TheCallersBlockStaysAsLongAsItWas) {
-  host.settings().nBitmapMode = 221;
+  host.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
   host.initialise();
-  host.send(1);
+  host.send(RAXEL_OP_OPEN_DEVICE);
   lpEMData->DevWindow[3] = 63;
   lpEMData->DevWindow[4] = 7;
   const Handle pixels = GlobalAlloc(66, 64 * 8);
@@ -105,7 +105,7 @@ TEST_F(TakenAway, ASetupDestroyedInTheReportIsError300) {
   host.action = [this] {
     if (host.calls.back().values[3] == 50) host.destroySetup();
   };
-  EXPECT_EQ(host.send(Host::cellArray(4, 4, 24, std::vector<uint8_t>(48))), 300);
+  EXPECT_EQ(host.send(Host::cellArray(4, 4, 24, std::vector<uint8_t>(48))), RAXEL_NO_MEMORY);
   EXPECT_EQ(host.setup_, 0u);
   EXPECT_EQ(lpEMData->hCellBuf, 0u);
   host.action = nullptr;
@@ -131,11 +131,11 @@ TEST_F(TakenAway, ASessionEndedInTheReportLeavesNothingToAnswer) {
 }
 
 TEST_F(TakenAway, WithoutASetupTheWriterItselfPushes300) {
-  host.record_[13] = 0;
+  host.record_[RAXEL_START_SETUP] = 0;
   host.initialise();
   const Handle pixels = GlobalAlloc(66, 16);
   RasterWriteCellData(pixels, 4, 4, 0, 8, 0);
-  EXPECT_EQ(lpEMData->nLastError, 300);
+  EXPECT_EQ(lpEMData->nLastError, RAXEL_NO_MEMORY);
   GlobalFree(pixels);
 }
 

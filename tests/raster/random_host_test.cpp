@@ -95,25 +95,39 @@ class RandomHost {
 
  private:
   void restart() {
-    if (random_.chance(50)) RASTER_dd_entry32(0, 0xFFFF, nullptr);
+    if (random_.chance(50)) RASTER_dd_entry32(0, RAXEL_ENTRY_END, nullptr);
     RasterSetup &settings = host_.settings();
-    static constexpr int32_t kModes[] = {215, 216, 217, 218, 219, 221, 222, 220};
-    static constexpr int32_t kCompressions[] = {224, 225, 226, 227, 229, 230, 228};
+    static constexpr int32_t kModes[] = {RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_MODE_GREY16,
+                                         RAXEL_STORED_MODE_GREY256, RAXEL_STORED_MODE_COLOR8,
+                                         RAXEL_STORED_MODE_COLOR16, RAXEL_STORED_MODE_COLOR256,
+                                         RAXEL_STORED_MODE_RGB,     220};
+    static constexpr int32_t kCompressions[] = {RAXEL_STORED_COMPRESS_NONE,
+                                                RAXEL_STORED_COMPRESS_PACKBITS,
+                                                RAXEL_STORED_COMPRESS_HUFFMAN,
+                                                RAXEL_STORED_COMPRESS_LZW,
+                                                RAXEL_STORED_COMPRESS_T4,
+                                                RAXEL_STORED_COMPRESS_T6,
+                                                228};
     settings.nBitmapMode = kModes[random_.between(0, 7)];
     settings.nCompressionMode = kCompressions[random_.between(0, 6)];
-    settings.nColorMode = static_cast<int32_t>(random_.between(102, 108));
-    settings.nSizeMode = static_cast<int32_t>(random_.between(601, 603));
-    settings.nResolutionMode = static_cast<int32_t>(random_.between(308, 310));
-    settings.tiff.wLayoutMode = random_.chance(20) ? 771 : 772;
+    settings.nColorMode =
+        static_cast<int32_t>(random_.between(RAXEL_STORED_COLORS - 1, RAXEL_STORED_COLORS_GREY_INVERT + 1));
+    settings.nSizeMode =
+        static_cast<int32_t>(random_.between(RAXEL_STORED_SIZE_PRINTER, RAXEL_STORED_SIZE_USER));
+    settings.nResolutionMode = static_cast<int32_t>(
+        random_.between(RAXEL_STORED_RESOLUTION_PRINTER, RAXEL_STORED_RESOLUTION_USER));
+    settings.tiff.wLayoutMode = random_.chance(20) ? RAXEL_STORED_LAYOUT_TILES : RAXEL_STORED_LAYOUT_STRIPS;
     settings.tiff.nXResolution = static_cast<int16_t>(random_.between(32, 60));
     settings.tiff.nYResolution = settings.tiff.nXResolution;
     settings.dWidth = static_cast<double>(random_.between(1, 20)) / 32;
     settings.dHeight = static_cast<double>(random_.between(1, 20)) / 32;
     settings.lpfnOutputProc = random_.chance(80) ? swallow : nullptr;
-    host_.record_[9] = static_cast<HostWord>(random_.between(0, 300));
-    host_.record_[13] = random_.chance(95) ? host_.setup_ : 0;
-    host_.record_[14] = random_.chance(90) ? reinterpret_cast<HostWord>(host_.status_.data()) : 0;
-    host_.record_[15] = random_.chance(90) ? reinterpret_cast<HostWord>(host_.capabilities_.data()) : 0;
+    host_.record_[RAXEL_START_REPLY_BYTES] = static_cast<HostWord>(random_.between(0, 300));
+    host_.record_[RAXEL_START_SETUP] = random_.chance(95) ? host_.setup_ : 0;
+    host_.record_[RAXEL_START_STATUS] =
+        random_.chance(90) ? reinterpret_cast<HostWord>(host_.status_.data()) : 0;
+    host_.record_[RAXEL_START_CAPABILITIES] =
+        random_.chance(90) ? reinterpret_cast<HostWord>(host_.capabilities_.data()) : 0;
     host_.calls.clear();
     host_.refuseFrom = random_.chance(10) ? static_cast<size_t>(random_.between(1, 9)) : 0;
     hCommon = random_.chance(1) ? 9 : 0;
@@ -136,7 +150,7 @@ class RandomHost {
       case 16:
         return random_.chance(80) ? 3 : 2;
       case 4:
-        return random_.chance(60) ? 4 : (random_.chance(50) ? 518 : 521);
+        return random_.chance(60) ? 4 : (random_.chance(50) ? RAXEL_OP_WINDOW : RAXEL_OP_VIEWPORT_MODE);
       default:
         return random_.chance(10) ? 5 : bodyOpcode();
     }
@@ -144,29 +158,29 @@ class RandomHost {
 
   // A picture costs a thousand times what the other records cost: one in a while is enough.
   uint32_t bodyOpcode() {
-    if (lpEMData->bCellActive != 0) return random_.chance(80) ? 1033 : 1034;
-    if (random_.chance(1)) return 1033;
-    return random_.chance(70) ? 1034 : 1314;
+    if (lpEMData->bCellActive != 0) return random_.chance(80) ? RAXEL_OP_CELL_ARRAY : RAXEL_OP_PRIMITIVE;
+    if (random_.chance(1)) return RAXEL_OP_CELL_ARRAY;
+    return random_.chance(70) ? RAXEL_OP_PRIMITIVE : RAXEL_OP_COLORS;
   }
 
   void sendOne() {
     const uint32_t opcode = nextOpcode();
     std::vector<uint8_t> record = random_.bytes(128);
     Host::put(record, 0, opcode);
-    if (opcode == 518 || opcode == 520) {
+    if (opcode == RAXEL_OP_WINDOW || opcode == RAXEL_OP_VIEWPORT) {
       for (size_t at = 16; at < 64; at += 8) Host::put(record, at, anyDouble(random_));
-    } else if (opcode == 521) {
+    } else if (opcode == RAXEL_OP_VIEWPORT_MODE) {
       Host::put<int16_t>(record, 16, static_cast<int16_t>(random_.between(-1, 3)));
       // A resolution low enough keeps the pictures small.
       Host::put(record, 24, random_.chance(70) ? 0.5 : anyDouble(random_));
-    } else if (opcode == 1314) {
+    } else if (opcode == RAXEL_OP_COLORS) {
       fillColors(record);
-    } else if (opcode == 1034) {
+    } else if (opcode == RAXEL_OP_PRIMITIVE) {
       fillPrimitive(record);
-    } else if (opcode == 1033) {
+    } else if (opcode == RAXEL_OP_CELL_ARRAY) {
       fillCells(record);
     }
-    if (lpEMData != nullptr && lpEMData->nState == 8) boundWindow();
+    if (lpEMData != nullptr && lpEMData->nState == RAXEL_STATE_BODY) boundWindow();
     host_.send(std::move(record));
     if (host_.calls.size() > 64) host_.calls.clear();
     if (lpEMData != nullptr && random_.chance(1)) lpEMData->nState = static_cast<uint32_t>(random_.next());

@@ -26,18 +26,18 @@ class Host {
     name_.push_back('\0');
     setup_ = GlobalAlloc(66, sizeof(RasterSetup));
     UseDefaultSettings(&settings());
-    settings().nSizeMode = 602;
-    settings().nResolutionMode = 309;
-    settings().nCompressionMode = 224;
-    settings().nBitmapMode = 222;
-    settings().tiff.wLayoutMode = 772;
-    status_[1] = reinterpret_cast<HostWord>(this);
-    status_[2] = reinterpret_cast<HostWord>(&Host::onStatus);
-    record_[3] = reinterpret_cast<HostWord>(name_.data());
-    record_[9] = 256;
-    record_[13] = setup_;
-    record_[14] = reinterpret_cast<HostWord>(status_.data());
-    record_[15] = reinterpret_cast<HostWord>(capabilities_.data());
+    settings().nSizeMode = RAXEL_STORED_SIZE_PICTURE;
+    settings().nResolutionMode = RAXEL_STORED_RESOLUTION_PICTURE;
+    settings().nCompressionMode = RAXEL_STORED_COMPRESS_NONE;
+    settings().nBitmapMode = RAXEL_STORED_MODE_RGB;
+    settings().tiff.wLayoutMode = RAXEL_STORED_LAYOUT_STRIPS;
+    status_[RAXEL_STATUS_CONTEXT] = reinterpret_cast<HostWord>(this);
+    status_[RAXEL_STATUS_CALLBACK] = reinterpret_cast<HostWord>(&Host::onStatus);
+    record_[RAXEL_START_NAME] = reinterpret_cast<HostWord>(name_.data());
+    record_[RAXEL_START_REPLY_BYTES] = 256;
+    record_[RAXEL_START_SETUP] = setup_;
+    record_[RAXEL_START_STATUS] = reinterpret_cast<HostWord>(status_.data());
+    record_[RAXEL_START_CAPABILITIES] = reinterpret_cast<HostWord>(capabilities_.data());
   }
   ~Host() {
     if (lpEMData != nullptr) terminate();
@@ -57,11 +57,15 @@ class Host {
   }
 
   RasterSetup &settings() { return *static_cast<RasterSetup *>(GlobalLock(setup_)); }
-  int32_t initialise() { return RASTER_dd_entry32(0, 0, record_.data()); }
-  int32_t terminate() { return RASTER_dd_entry32(0, 0xFFFF, nullptr); }
-  int32_t send(std::vector<uint8_t> record) { return RASTER_dd_entry32(0, 2, record.data()); }
+  int32_t initialise() { return RASTER_dd_entry32(0, RAXEL_ENTRY_START, record_.data()); }
+  int32_t terminate() { return RASTER_dd_entry32(0, RAXEL_ENTRY_END, nullptr); }
+  int32_t send(std::vector<uint8_t> record) {
+    return RASTER_dd_entry32(0, RAXEL_ENTRY_EXECUTE, record.data());
+  }
   // Sends a record and keeps what the driver made of it.
-  int32_t sendKept(std::vector<uint8_t> &record) { return RASTER_dd_entry32(0, 2, record.data()); }
+  int32_t sendKept(std::vector<uint8_t> &record) {
+    return RASTER_dd_entry32(0, RAXEL_ENTRY_EXECUTE, record.data());
+  }
   int32_t send(uint32_t opcode) { return send(recordOf(opcode, 64)); }
 
   static std::vector<uint8_t> recordOf(uint32_t opcode, size_t size) {
@@ -76,19 +80,19 @@ class Host {
   }
 
   int32_t setWindow(double x1, double y1, double x2, double y2) {
-    auto record = recordOf(518, 64);
+    auto record = recordOf(RAXEL_OP_WINDOW, 64);
     const double corners[6] = {x1, y1, 0, x2, y2, 0};
     std::memcpy(record.data() + 16, corners, sizeof corners);
     return send(record);
   }
   int32_t setResolution(double millimetres) {
-    auto record = recordOf(521, 64);
-    put<int16_t>(record, 16, 1);
+    auto record = recordOf(RAXEL_OP_VIEWPORT_MODE, 64);
+    put<int16_t>(record, 16, RAXEL_VIEWPORT_METRIC);
     put(record, 24, millimetres);
     return send(record);
   }
   int32_t setColors(uint32_t first, const std::vector<uint8_t> &rgb) {
-    auto record = recordOf(1314, 20);
+    auto record = recordOf(RAXEL_OP_COLORS, 20);
     put<uint32_t>(record, 4, static_cast<uint32_t>(rgb.size()) + 2);
     put<uint32_t>(record, 16, first);
     record.insert(record.end(), rgb.begin(), rgb.end());
@@ -96,8 +100,8 @@ class Host {
   }
   int32_t beginRaster(uint32_t columns, uint32_t rows, int32_t precision, uint16_t flags = 0,
                       uint32_t points = 0) {
-    auto record = recordOf(1034, 24);
-    put<int32_t>(record, 16, -5);
+    auto record = recordOf(RAXEL_OP_PRIMITIVE, 24);
+    put<int32_t>(record, 16, RAXEL_PRIMITIVE_BEGIN_RASTER);
     put<uint32_t>(record, 20, points);
     record.resize(24 + size_t{points} * 24, 0xAB);
     const size_t at = record.size();
@@ -110,13 +114,13 @@ class Host {
     return send(record);
   }
   int32_t endRaster() {
-    auto record = recordOf(1034, 64);
-    put<int32_t>(record, 16, -6);
+    auto record = recordOf(RAXEL_OP_PRIMITIVE, 64);
+    put<int32_t>(record, 16, RAXEL_PRIMITIVE_END_RASTER);
     return send(record);
   }
   static std::vector<uint8_t> cellArray(uint32_t columns, uint32_t rows, int32_t precision,
                                         const std::vector<uint8_t> &pixels, bool upward = false) {
-    auto record = recordOf(1033, 102);
+    auto record = recordOf(RAXEL_OP_CELL_ARRAY, 102);
     put(record, 24, upward ? 1.0 : 0.0);
     put(record, 48, upward ? 0.0 : 1.0);
     put<uint32_t>(record, 88, columns);
@@ -130,14 +134,14 @@ class Host {
   // Initialise, open, begin picture, window, body: ready for cell arrays.
   void openBody(double width, double height) {
     initialise();
-    send(1);
-    send(3);
+    send(RAXEL_OP_OPEN_DEVICE);
+    send(RAXEL_OP_BEGIN_PICTURE);
     setWindow(0, 0, width - 1, height - 1);
-    send(4);
+    send(RAXEL_OP_BEGIN_BODY);
   }
   void finish() {
-    send(5);
-    send(2);
+    send(RAXEL_OP_END_PICTURE);
+    send(RAXEL_OP_CLOSE_DEVICE);
     terminate();
   }
 
@@ -155,7 +159,7 @@ class Host {
                           HostWord f) {
     auto *host = reinterpret_cast<Host *>(context);
     // The follow-up query carries a block's address, which no test compares.
-    const bool followUp = a == 2 && b == 61;
+    const bool followUp = a == RAXEL_REPORT_ASK_AGAIN && b == RAXEL_REPORT_STOP;
     host->calls.push_back({context, {a, b, c, d, e, followUp ? 0 : f}});
     const std::function<void()> act = host->action;  // which may replace itself
     if (act) act();

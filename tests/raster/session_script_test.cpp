@@ -175,7 +175,7 @@ class Script {
 
   int32_t record(const std::string &verb, const Words &words) {
     if (verb == "window" || verb == "viewport") {
-      auto bytes = Host::recordOf(verb == "window" ? 518 : 520, 64);
+      auto bytes = Host::recordOf(verb == "window" ? RAXEL_OP_WINDOW : RAXEL_OP_VIEWPORT, 64);
       for (size_t i = 0; i < 6; ++i) Host::put(bytes, 16 + 8 * i, number(words[i]));
       return host_->send(bytes);
     }
@@ -188,7 +188,7 @@ class Script {
     if (verb == "begin") return host_->beginRaster(whole(words[0]), whole(words[1]), std::stoi(words[2]));
     if (verb == "end") return host_->endRaster();
     if (verb == "pop") {
-      auto bytes = Host::recordOf(3842, 64);
+      auto bytes = Host::recordOf(RAXEL_OP_POP_ERRORS, 64);
       Host::put<int32_t>(bytes, 16, std::stoi(words[0]));
       return host_->send(bytes);
     }

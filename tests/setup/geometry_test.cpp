@@ -48,8 +48,8 @@ TEST_F(Geometry, TheDefaultsTakeThePicturesOwnSizeAndResolution) {
 }
 
 TEST_F(Geometry, DisplaySizeAndResolution) {
-  record_.nSizeMode = 600;
-  record_.nResolutionMode = 307;
+  record_.nSizeMode = RAXEL_STORED_SIZE_DISPLAY;
+  record_.nResolutionMode = RAXEL_STORED_RESOLUTION_DISPLAY;
   const RasterInfoResult r = raster({64, 0, 100, 800, 400, 640, 640});
   EXPECT_EQ(record_.dWidth, 10.0);
   EXPECT_EQ(record_.dHeight, 10.0);
@@ -61,8 +61,8 @@ TEST_F(Geometry, DisplaySizeAndResolution) {
 }
 
 TEST_F(Geometry, UserSizeAndResolutionKeepTheRecord) {
-  record_.nSizeMode = 603;
-  record_.nResolutionMode = 310;
+  record_.nSizeMode = RAXEL_STORED_SIZE_USER;
+  record_.nResolutionMode = RAXEL_STORED_RESOLUTION_USER;
   const RasterInfoResult r = raster({64, 0, 100, 500, 500, 640, 640});
   EXPECT_EQ(record_.dWidth, 6.67);
   EXPECT_EQ(record_.tiff.nXResolution, 96);
@@ -75,8 +75,8 @@ TEST_F(Geometry, ZeroResolutionsOfThePictureAndTheDisplayChangeNothing) {
   EXPECT_EQ(record_.dWidth, 6.67);
   EXPECT_EQ(record_.tiff.nXResolution, 96);
   EXPECT_EQ(r.nWidth, 480) << "without a resolution the picture's own size is fitted into the box";
-  record_.nSizeMode = 600;
-  record_.nResolutionMode = 307;
+  record_.nSizeMode = RAXEL_STORED_SIZE_DISPLAY;
+  record_.nResolutionMode = RAXEL_STORED_RESOLUTION_DISPLAY;
   r = raster({0, 0, 0, 500, 500, 640, 640});
   EXPECT_EQ(record_.dWidth, 6.67);
   EXPECT_EQ(record_.tiff.nXResolution, 96);
@@ -90,7 +90,7 @@ TEST_F(Geometry, ResolutionsKeepTheirLow16Bits) {
 }
 
 TEST_F(Geometry, PixelsAreRoundedUp) {
-  record_.nResolutionMode = 310;
+  record_.nResolutionMode = RAXEL_STORED_RESOLUTION_USER;
   const RasterInfoResult r = raster({96, 0, 7, 10, 3, 0, 0});
   EXPECT_EQ(r.nWidth, 138);  // 96 * 10 / 7 = 137.14
   EXPECT_EQ(r.nHeight, 42);  // 96 * 3 / 7 = 41.14
@@ -99,8 +99,16 @@ TEST_F(Geometry, PixelsAreRoundedUp) {
 TEST_F(Geometry, EveryBitmapModeHasItsSignedDepth) {
   struct {
     int mode, depth;
-  } const rows[] = {{215, 1}, {216, -4}, {217, -8}, {218, 4}, {219, 4},
-                    {221, 8}, {222, 24}, {220, -7}, {0, -7},  {223, -7}};
+  } const rows[] = {{RAXEL_STORED_MODE_BILEVEL, 1},
+                    {RAXEL_STORED_MODE_GREY16, -4},
+                    {RAXEL_STORED_MODE_GREY256, -8},
+                    {RAXEL_STORED_MODE_COLOR8, 4},
+                    {RAXEL_STORED_MODE_COLOR16, 4},
+                    {RAXEL_STORED_MODE_COLOR256, 8},
+                    {RAXEL_STORED_MODE_RGB, 24},
+                    {220, -7},
+                    {0, -7},
+                    {223, -7}};
   for (const auto &row : rows) {
     record_.nBitmapMode = row.mode;
     EXPECT_EQ(raster(kPicture).nDepth, row.depth) << row.mode;
@@ -196,8 +204,8 @@ TEST_F(Geometry, NoResolutionYieldsNoNumberAndDoesNotTrap) {
   record_.tiff.nYResolution = 0;
   fit(100, 100);
   EXPECT_TRUE(std::isnan(pair_[0]));
-  record_.nResolutionMode = 310;
-  record_.nSizeMode = 603;
+  record_.nResolutionMode = RAXEL_STORED_RESOLUTION_USER;
+  record_.nSizeMode = RAXEL_STORED_SIZE_USER;
   const RasterInfoResult r = raster(kPicture);
   EXPECT_EQ(r.nWidth, 0);
   EXPECT_EQ(r.nHeight, 0);

@@ -38,16 +38,16 @@ class Lifecycle : public testing::Test {
 TEST_F(Lifecycle, NoProfileAnywhereYieldsTheDefaults) {
   const RasterSetup &record = createFrom(folder_.file("none.ini").c_str(), "MODE", "APP");
   EXPECT_STREQ(record.szDriverName, "RAXEL.1");
-  EXPECT_EQ(record.nBitmapMode, 221);
-  EXPECT_EQ(record.nCompressionMode, 224);
-  EXPECT_EQ(record.nColorMode, 103);
-  EXPECT_EQ(record.nSizeMode, 602);
-  EXPECT_EQ(record.nResolutionMode, 309);
+  EXPECT_EQ(record.nBitmapMode, RAXEL_STORED_MODE_COLOR256);
+  EXPECT_EQ(record.nCompressionMode, RAXEL_STORED_COMPRESS_NONE);
+  EXPECT_EQ(record.nColorMode, RAXEL_STORED_COLORS);
+  EXPECT_EQ(record.nSizeMode, RAXEL_STORED_SIZE_PICTURE);
+  EXPECT_EQ(record.nResolutionMode, RAXEL_STORED_RESOLUTION_PICTURE);
   EXPECT_EQ(record.tiff.nXResolution, 96);
   EXPECT_EQ(record.tiff.nYResolution, 96);
   EXPECT_EQ(record.dWidth, 6.67);
   EXPECT_EQ(record.dHeight, 5.0);
-  EXPECT_EQ(record.tiff.wLayoutMode, 772);
+  EXPECT_EQ(record.tiff.wLayoutMode, RAXEL_STORED_LAYOUT_STRIPS);
   EXPECT_EQ(record.nLineMode, 0);
   EXPECT_STREQ(record.szProfilePath, "");
   EXPECT_STREQ(record.szModeName, "") << "the names are not taken over either";
@@ -67,7 +67,7 @@ TEST_F(Lifecycle, AProfileIsFoundUnderInidirFirst) {
   const setup_test::Environment inidir("INIDIR", folder_.path().c_str());
   const RasterSetup &record = createFrom("some.ini", "M", "");
   EXPECT_EQ(record.szProfilePath, folder_.file("some.ini"));
-  EXPECT_EQ(record.nColorMode, 105);
+  EXPECT_EQ(record.nColorMode, RAXEL_STORED_COLORS_INVERT_GREY);
 }
 
 TEST_F(Lifecycle, WithoutAProfileArgumentTheLibrarysOwnNameCounts) {
@@ -103,7 +103,7 @@ TEST_F(Lifecycle, NamesAreCutAt143Characters) {
     const RasterSetup &record = create(profile, mode.c_str(), application.c_str());
     EXPECT_EQ(std::strlen(record.szModeName), 143u);
     EXPECT_EQ(std::strlen(record.szAppName), 143u);
-    EXPECT_EQ(record.nColorMode, 106);
+    EXPECT_EQ(record.nColorMode, RAXEL_STORED_COLORS_GREY);
   }
 }
 
@@ -122,7 +122,7 @@ TEST_F(Lifecycle, TheDefaultModeStandsInTheFiltersOwnSection) {
   for (const char *none : {static_cast<const char *>(nullptr), ""}) {
     const RasterSetup &record = create(profile, none, "Painter");
     EXPECT_STREQ(record.szModeName, "RIGHT");
-    EXPECT_EQ(record.nBitmapMode, 215);
+    EXPECT_EQ(record.nBitmapMode, RAXEL_STORED_MODE_BILEVEL);
   }
   EXPECT_STREQ(create(profile, "", nullptr).szAppName, "RAXEL");
 }
@@ -151,13 +151,13 @@ TEST_F(Lifecycle, ASectionWithoutDriverLeavesZerosNotDefaults) {
 
 TEST_F(Lifecycle, KeysThatAreMissingHaveDefaults) {
   const RasterSetup &record = create("[MODE]\nDriver=D\n");
-  EXPECT_EQ(record.nColorMode, 103);
-  EXPECT_EQ(record.nSizeMode, 602);
-  EXPECT_EQ(record.nResolutionMode, 309);
-  EXPECT_EQ(record.nBitmapMode, 221);
+  EXPECT_EQ(record.nColorMode, RAXEL_STORED_COLORS);
+  EXPECT_EQ(record.nSizeMode, RAXEL_STORED_SIZE_PICTURE);
+  EXPECT_EQ(record.nResolutionMode, RAXEL_STORED_RESOLUTION_PICTURE);
+  EXPECT_EQ(record.nBitmapMode, RAXEL_STORED_MODE_COLOR256);
   EXPECT_EQ(record.nLineMode, 119);
-  EXPECT_EQ(record.tiff.wLayoutMode, 772);
-  EXPECT_EQ(record.nCompressionMode, 224);
+  EXPECT_EQ(record.tiff.wLayoutMode, RAXEL_STORED_LAYOUT_STRIPS);
+  EXPECT_EQ(record.nCompressionMode, RAXEL_STORED_COMPRESS_NONE);
   EXPECT_EQ(record.tiff.nXResolution, 96);
   EXPECT_EQ(record.tiff.nYResolution, 96);
   EXPECT_EQ(record.dWidth, 6.67);
@@ -169,12 +169,13 @@ TEST_F(Lifecycle, EveryKeyIsReadAsItStands) {
       "[MODE]\nDriver=D\nColor Mode=107\nSize Mode=603\nResolution Mode=310\nBitmap Mode=999\n"
       "Line Mode=3\nNot Defined=771\nCompression Mode=228\nX Resolution=300\nY Resolution=150\n"
       "Width=8.25\nHeight=11.5\n");
-  EXPECT_EQ(record.nColorMode, 107);
-  EXPECT_EQ(record.nSizeMode, 603);
-  EXPECT_EQ(record.nResolutionMode, 310);
+  EXPECT_EQ(record.nColorMode, RAXEL_STORED_COLORS_GREY_INVERT);
+  EXPECT_EQ(record.nSizeMode, RAXEL_STORED_SIZE_USER);
+  EXPECT_EQ(record.nResolutionMode, RAXEL_STORED_RESOLUTION_USER);
   EXPECT_EQ(record.nBitmapMode, 999) << "codes are not checked here";
   EXPECT_EQ(record.nLineMode, 3);
-  EXPECT_EQ(record.tiff.wLayoutMode, 771) << "tiles, under the name that the table lacks";
+  EXPECT_EQ(record.tiff.wLayoutMode, RAXEL_STORED_LAYOUT_TILES)
+      << "tiles, under the name that the table lacks";
   EXPECT_EQ(record.nCompressionMode, 228);
   EXPECT_EQ(record.tiff.nXResolution, 300);
   EXPECT_EQ(record.tiff.nYResolution, 150);
@@ -185,8 +186,8 @@ TEST_F(Lifecycle, EveryKeyIsReadAsItStands) {
 TEST_F(Lifecycle, ResolutionsAndLayoutKeep16Bits) {
   const RasterSetup &record =
       create("[MODE]\nDriver=D\nNot Defined=66307\nX Resolution=65836\nY Resolution=65535\n");
-  EXPECT_EQ(record.tiff.wLayoutMode, 771);   // 66307 - 65536
-  EXPECT_EQ(record.tiff.nXResolution, 300);  // 65836 - 65536
+  EXPECT_EQ(record.tiff.wLayoutMode, RAXEL_STORED_LAYOUT_TILES);  // 66307 - 65536
+  EXPECT_EQ(record.tiff.nXResolution, 300);                       // 65836 - 65536
   EXPECT_EQ(record.tiff.nYResolution, 96) << "-1, repaired";
 }
 
@@ -221,8 +222,8 @@ TEST_F(Lifecycle, PrinterModesFallBackToTheDisplay) {
   SetDisplayInfo(720, 720, 72, 36);
   SetPrinterInfo(8.27, 11.69, 300, 300);
   const RasterSetup &record = create("[MODE]\nDriver=D\nSize Mode=601\nResolution Mode=308\n");
-  EXPECT_EQ(record.nSizeMode, 600);
-  EXPECT_EQ(record.nResolutionMode, 307);
+  EXPECT_EQ(record.nSizeMode, RAXEL_STORED_SIZE_DISPLAY);
+  EXPECT_EQ(record.nResolutionMode, RAXEL_STORED_RESOLUTION_DISPLAY);
   EXPECT_EQ(record.tiff.nXResolution, 72);
   EXPECT_EQ(record.tiff.nYResolution, 36);
   EXPECT_EQ(record.dWidth, 10.0);
@@ -234,8 +235,8 @@ TEST_F(Lifecycle, PrinterModesTakeThePrinterWhenTheHostSaysThereIsOne) {
   SetPrinterInfo(8.25, 11.5, 300, 150);
   record.bPrinterInfo = 1;
   EXPECT_EQ(LoadProfile(0), 1);
-  EXPECT_EQ(record.nSizeMode, 601);
-  EXPECT_EQ(record.nResolutionMode, 308);
+  EXPECT_EQ(record.nSizeMode, RAXEL_STORED_SIZE_PRINTER);
+  EXPECT_EQ(record.nResolutionMode, RAXEL_STORED_RESOLUTION_PRINTER);
   EXPECT_EQ(record.tiff.nXResolution, 300);
   EXPECT_EQ(record.tiff.nYResolution, 150);
   EXPECT_EQ(record.dWidth, 8.25);
@@ -252,7 +253,7 @@ TEST_F(Lifecycle, LoadProfileAnswersWhetherTheSectionWasRead) {
   RasterSetup &record = create("[MODE]\nDriver=D\nColor Mode=104\n");
   record.nColorMode = 0;
   EXPECT_EQ(LoadProfile(1), 1);
-  EXPECT_EQ(record.nColorMode, 104);
+  EXPECT_EQ(record.nColorMode, RAXEL_STORED_COLORS_INVERT);
   std::strcpy(record.szModeName, "OTHER");
   EXPECT_EQ(LoadProfile(1), 0);
   record.szModeName[0] = '\0';

@@ -44,13 +44,13 @@ TEST_F(Settings, DefaultsFillTheRecord) {
   EXPECT_EQ(record_.dwReserved1, 0u);
   EXPECT_EQ(record_.dwEditData, 0u);
   EXPECT_EQ(record_.dwUserData, 0u);
-  EXPECT_EQ(record_.nColorMode, 103);
+  EXPECT_EQ(record_.nColorMode, RAXEL_STORED_COLORS);
   EXPECT_EQ(record_.dwReserved2, 0u);
-  EXPECT_EQ(record_.nSizeMode, 602);
-  EXPECT_EQ(record_.nResolutionMode, 309);
-  EXPECT_EQ(record_.nBitmapMode, 221);
-  EXPECT_EQ(record_.nCompressionMode, 224);
-  EXPECT_EQ(record_.tiff.wLayoutMode, 772);
+  EXPECT_EQ(record_.nSizeMode, RAXEL_STORED_SIZE_PICTURE);
+  EXPECT_EQ(record_.nResolutionMode, RAXEL_STORED_RESOLUTION_PICTURE);
+  EXPECT_EQ(record_.nBitmapMode, RAXEL_STORED_MODE_COLOR256);
+  EXPECT_EQ(record_.nCompressionMode, RAXEL_STORED_COMPRESS_NONE);
+  EXPECT_EQ(record_.tiff.wLayoutMode, RAXEL_STORED_LAYOUT_STRIPS);
   EXPECT_EQ(record_.tiff.nXResolution, 96);
   EXPECT_EQ(record_.tiff.nYResolution, 96);
   EXPECT_EQ(record_.dWidth, 6.67);
@@ -90,10 +90,10 @@ TEST_F(Settings, LimitsAreIncluded) {
 
 TEST_F(Settings, ResolutionsOutsideTheirRangeBecome96) {
   for (int16_t wrong : {int16_t{31}, int16_t{401}, int16_t{0}, int16_t{-96}}) {
-    EXPECT_EQ(check(wrong, 100, 1.0, 1.0), -62);
+    EXPECT_EQ(check(wrong, 100, 1.0, 1.0), RAXEL_RESOLUTION_REPAIRED);
     EXPECT_EQ(record_.tiff.nXResolution, 96);
     EXPECT_EQ(record_.tiff.nYResolution, 100);
-    EXPECT_EQ(check(100, wrong, 1.0, 1.0), -62);
+    EXPECT_EQ(check(100, wrong, 1.0, 1.0), RAXEL_RESOLUTION_REPAIRED);
     EXPECT_EQ(record_.tiff.nXResolution, 100);
     EXPECT_EQ(record_.tiff.nYResolution, 96);
   }
@@ -101,18 +101,18 @@ TEST_F(Settings, ResolutionsOutsideTheirRangeBecome96) {
 
 TEST_F(Settings, SizesOutsideTheirRangeBecomeTheDefaults) {
   for (double wrong : {0.03124, 22.001, 0.0, -3.0, HUGE_VAL}) {
-    EXPECT_EQ(check(96, 96, wrong, 1.0), -63);
+    EXPECT_EQ(check(96, 96, wrong, 1.0), RAXEL_SIZE_REPAIRED);
     EXPECT_EQ(record_.dWidth, 6.67);
-    EXPECT_EQ(check(96, 96, 1.0, wrong), -63);
+    EXPECT_EQ(check(96, 96, 1.0, wrong), RAXEL_SIZE_REPAIRED);
     EXPECT_EQ(record_.dHeight, 5.0);
   }
 }
 
 TEST_F(Settings, ARepairedSizeHidesARepairedResolution) {
-  EXPECT_EQ(check(10, 96, 30.0, 5.0), -63);
+  EXPECT_EQ(check(10, 96, 30.0, 5.0), RAXEL_SIZE_REPAIRED);
   EXPECT_EQ(record_.tiff.nXResolution, 96);
   EXPECT_EQ(record_.dWidth, 6.67);
-  EXPECT_EQ(check(10, 500, 30.0, 0.0), -63);
+  EXPECT_EQ(check(10, 500, 30.0, 0.0), RAXEL_SIZE_REPAIRED);
   EXPECT_EQ(record_.tiff.nYResolution, 96);
   EXPECT_EQ(record_.dHeight, 5.0);
 }

@@ -60,6 +60,14 @@ case $check in
     }
     few host 10 && few src/color 20
     ;;
+  codes)
+    # Numbers that hosts and profiles agree on stand in the public headers, and in the tables that say what
+    # they lead to. Everything else goes by their names.
+    find src host examples tests fuzz bench \( -name '*.c' -o -name '*.cpp' -o -name '*.h' \) \
+      ! -path src/raster/opcode_table.cpp ! -path tests/raster/opcode_table_test.cpp \
+      ! -path tests/library/codes.cpp ! -path tests/library/records.cpp | sort |
+      xargs awk -f tests/structure/codes.awk
+    ;;
   short)
     # A file of one purpose is short. Beyond this many lines it has a second one.
     sources include src host | xargs wc -l | awk '$2 != "total" && $1 > 400 { print; bad = 1 } END { exit bad }'

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "raxel/stream_codes.h"
+
 namespace support {
 namespace {
 
@@ -108,7 +110,7 @@ int64_t HostStream::perform(Call &call, HostWord arg1, bool failing) {
   switch (call.op) {
     case kOpen:
       if (failing) return 0;
-      if ((call.number & 0x1000) != 0) bytes_.clear();
+      if ((call.number & KVL_CREATE) != 0) bytes_.clear();
       position_ = 0;
       open_ = true;
       return 1;
@@ -120,7 +122,7 @@ int64_t HostStream::perform(Call &call, HostWord arg1, bool failing) {
       return failing ? -1 : seek(call.offset, call.number);
     case kClose:
       open_ = false;
-      if (call.number == 512) deleted_ = true;
+      if (call.number == KVL_DELETE) deleted_ = true;
       return failing ? -1 : 0;
     case kExists:
       return failing || deleted_ ? -1 : 1;
@@ -152,9 +154,9 @@ int64_t HostStream::write(HostWord buffer, int64_t count) {
 }
 
 int64_t HostStream::seek(int64_t offset, int64_t whence) {
-  const int64_t from = whence == 1   ? static_cast<int64_t>(position_)
-                       : whence == 2 ? static_cast<int64_t>(bytes_.size())
-                                     : 0;
+  const int64_t from = whence == KVL_FROM_POSITION ? static_cast<int64_t>(position_)
+                       : whence == KVL_FROM_END    ? static_cast<int64_t>(bytes_.size())
+                                                   : 0;
   if (from + offset < 0) return -1;
   position_ = static_cast<size_t>(from + offset);
   return from + offset;

@@ -36,17 +36,22 @@ TEST(BeginCellBitmap, SettlesTheBitmapModes) {
   const struct {
     int32_t mode;
     uint32_t photometric, bits, samples, colors;
-  } rows[] = {{215, 1, 1, 1, 2},  {216, 1, 4, 1, 16},  {217, 1, 8, 1, 256}, {218, 3, 4, 1, 8},
-              {219, 3, 4, 1, 16}, {221, 3, 8, 1, 256}, {222, 2, 8, 3, 0}};
+  } rows[] = {{RAXEL_STORED_MODE_BILEVEL, RAXEL_TIFF_BLACK_IS_ZERO, 1, 1, 2},
+              {RAXEL_STORED_MODE_GREY16, RAXEL_TIFF_BLACK_IS_ZERO, 4, 1, 16},
+              {RAXEL_STORED_MODE_GREY256, RAXEL_TIFF_BLACK_IS_ZERO, 8, 1, 256},
+              {RAXEL_STORED_MODE_COLOR8, RAXEL_TIFF_PALETTE, 4, 1, 8},
+              {RAXEL_STORED_MODE_COLOR16, RAXEL_TIFF_PALETTE, 4, 1, 16},
+              {RAXEL_STORED_MODE_COLOR256, RAXEL_TIFF_PALETTE, 8, 1, 256},
+              {RAXEL_STORED_MODE_RGB, RAXEL_TIFF_RGB, 8, 3, 0}};
   for (const auto &row : rows) {
-    InUse use(row.mode, support::kNone);
+    InUse use(row.mode, RAXEL_STORED_COMPRESS_NONE);
     const Begun begun(use, 10, 10);
     EXPECT_EQ(begun.result, -1);
     EXPECT_EQ(begun.state.nPhotometric, row.photometric) << row.mode;
     EXPECT_EQ(begun.state.nBitsPerSample, row.bits) << row.mode;
     EXPECT_EQ(begun.state.nSamplesPerPixel, row.samples) << row.mode;
     EXPECT_EQ(begun.state.nColors, row.colors) << row.mode;
-    EXPECT_EQ(begun.state.nWriterKind, 5u);
+    EXPECT_EQ(begun.state.nWriterKind, RAXEL_WRITER_CELLS);
     EXPECT_EQ(begun.state.dwNewSubfileType, 0u);
     EXPECT_EQ(begun.state.hTiffFile, begun.out.file);
     EXPECT_EQ(begun.state.nImageWidth, 10u);
@@ -58,10 +63,19 @@ TEST(BeginCellBitmap, SettlesTheCompressions) {
   const struct {
     int32_t mode;
     uint32_t compression;
-  } rows[] = {{224, 1}, {225, 32773}, {226, 2}, {227, 5}, {229, 3}, {230, 4},
-              {228, 1}, {223, 1},     {231, 1}, {0, 1},   {-1, 1}};
+  } rows[] = {{RAXEL_STORED_COMPRESS_NONE, RAXEL_TIFF_UNCOMPRESSED},
+              {RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_TIFF_PACKBITS},
+              {RAXEL_STORED_COMPRESS_HUFFMAN, RAXEL_TIFF_HUFFMAN},
+              {RAXEL_STORED_COMPRESS_LZW, RAXEL_TIFF_LZW},
+              {RAXEL_STORED_COMPRESS_T4, RAXEL_TIFF_T4},
+              {RAXEL_STORED_COMPRESS_T6, RAXEL_TIFF_T6},
+              {228, RAXEL_TIFF_UNCOMPRESSED},
+              {223, RAXEL_TIFF_UNCOMPRESSED},
+              {231, RAXEL_TIFF_UNCOMPRESSED},
+              {0, RAXEL_TIFF_UNCOMPRESSED},
+              {-1, RAXEL_TIFF_UNCOMPRESSED}};
   for (const auto &row : rows) {
-    InUse use(support::kBilevel, row.mode);
+    InUse use(RAXEL_STORED_MODE_BILEVEL, row.mode);
     const Begun begun(use, 10, 10);
     EXPECT_EQ(begun.state.nCompression, row.compression) << row.mode;
     EXPECT_EQ(support::readTiff(begun.out.bytes()).compression(), row.compression);
@@ -74,7 +88,7 @@ TEST(BeginCellBitmap, StripsOfCodedPicturesAreQuartersRoundedDown) {
   } rows[] = {{100, 25, 4}, {101, 25, 5}, {11, 2, 6}, {8, 2, 4}, {7, 1, 7}, {5, 1, 5},
               {4, 1, 4},    {3, 1, 3},    {2, 1, 2},  {1, 1, 1}, {0, 1, 0}, {0xFFFFFFFF, 0x3FFFFFFF, 5}};
   for (const auto &row : rows) {
-    InUse use(support::kBilevel, support::kPackBitsMode);
+    InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_PACKBITS);
     const Begun begun(use, 9, row.height);
     EXPECT_EQ(begun.state.nRowsPerStrip, row.rows) << row.height;
     EXPECT_EQ(begun.state.nStripsDown, row.strips) << row.height;
@@ -83,7 +97,7 @@ TEST(BeginCellBitmap, StripsOfCodedPicturesAreQuartersRoundedDown) {
 }
 
 TEST(BeginCellBitmap, UncompressedPicturesAreOneStrip) {
-  InUse use(support::kRgb24, support::kNone);
+  InUse use(RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_NONE);
   const Begun begun(use, 5, 101);
   EXPECT_EQ(begun.state.nRowsPerStrip, 101u);
   EXPECT_EQ(begun.state.nStripsDown, 1u);
@@ -97,10 +111,12 @@ TEST(BeginCellBitmap, UncompressedRowsHaveNoPadding) {
   const struct {
     int32_t mode;
     uint32_t width, rowBytes;
-  } rows[] = {{215, 1, 1}, {215, 8, 1}, {215, 9, 2}, {219, 1, 1},
-              {219, 3, 2}, {221, 5, 5}, {222, 3, 9}, {222, 0, 0}};
+  } rows[] = {{RAXEL_STORED_MODE_BILEVEL, 1, 1}, {RAXEL_STORED_MODE_BILEVEL, 8, 1},
+              {RAXEL_STORED_MODE_BILEVEL, 9, 2}, {RAXEL_STORED_MODE_COLOR16, 1, 1},
+              {RAXEL_STORED_MODE_COLOR16, 3, 2}, {RAXEL_STORED_MODE_COLOR256, 5, 5},
+              {RAXEL_STORED_MODE_RGB, 3, 9},     {RAXEL_STORED_MODE_RGB, 0, 0}};
   for (const auto &row : rows) {
-    InUse use(row.mode, support::kNone);
+    InUse use(row.mode, RAXEL_STORED_COMPRESS_NONE);
     const Begun begun(use, row.width, 7);
     EXPECT_EQ(support::readTiff(begun.out.bytes()).value(279), row.rowBytes * 7)
         << row.mode << " " << row.width;
@@ -114,7 +130,7 @@ TEST(BeginCellBitmap, TilesAre512By128) {
   } rows[] = {{600, 200, 128, 2, 2}, {512, 128, 128, 1, 1}, {513, 129, 128, 2, 2},     {1, 1, 1, 1, 1},
               {1024, 50, 50, 1, 2},  {0, 0, 1, 0, 0},       {512 * 65536u, 1, 1, 1, 0}};
   for (const auto &row : rows) {
-    InUse use(support::kBilevel, support::kT6Mode, support::kTiles);
+    InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6, RAXEL_STORED_LAYOUT_TILES);
     const Begun begun(use, row.width, row.height);
     EXPECT_EQ(begun.state.nTilesAcross, row.across) << row.width;
     EXPECT_EQ(begun.state.nRowsPerStrip, row.rows) << row.height;
@@ -124,7 +140,7 @@ TEST(BeginCellBitmap, TilesAre512By128) {
 
 // The directory says tiles, and the one strip is tile 1.
 TEST(BeginCellBitmap, UncompressedTilesAreOneRowOfThem) {
-  InUse use(support::kBilevel, support::kNone, support::kTiles);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_LAYOUT_TILES);
   const Begun begun(use, 600, 200);
   EXPECT_EQ(begun.state.nStripsDown, 1u);
   EXPECT_EQ(begun.state.nTilesAcross, 2);
@@ -135,7 +151,7 @@ TEST(BeginCellBitmap, UncompressedTilesAreOneRowOfThem) {
 }
 
 TEST(BeginCellBitmap, BytesPastFourGigabytesWrap) {
-  InUse use(support::kRgb24, support::kNone);
+  InUse use(RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_NONE);
   const Begun begun(use, 65536, 65536);
   EXPECT_EQ(support::readTiff(begun.out.bytes()).value(279), 0u);  // 3 * 2^32
 }
@@ -151,8 +167,10 @@ Bytes countingPalette(size_t entries) {
 }
 
 TEST(BeginCellBitmap, PaletteModesCopyTheHostsPalette) {
-  for (const auto &[mode, entries] : {std::pair<int32_t, size_t>{215, 2}, {219, 16}, {221, 256}}) {
-    InUse use(mode, support::kNone);
+  for (const auto &[mode, entries] : {std::pair<int32_t, size_t>{RAXEL_STORED_MODE_BILEVEL, 2},
+                                      {RAXEL_STORED_MODE_COLOR16, 16},
+                                      {RAXEL_STORED_MODE_COLOR256, 256}}) {
+    InUse use(mode, RAXEL_STORED_COMPRESS_NONE);
     const Begun begun(use, 8, 8, countingPalette(entries));
     EXPECT_EQ(colorMapOf(begun.state, entries), countingPalette(entries)) << mode;
     EXPECT_EQ(begun.block()[0], 0) << mode;  // nothing to remap
@@ -160,7 +178,7 @@ TEST(BeginCellBitmap, PaletteModesCopyTheHostsPalette) {
 }
 
 TEST(BeginCellBitmap, EightColoursAreTheFixedOnes) {
-  InUse use(support::kFixed8, support::kNone);
+  InUse use(RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_COMPRESS_NONE);
   const Begun begun(use, 8, 8, countingPalette(16));
   EXPECT_EQ(colorMapOf(begun.state, 9),
             hex("FFFFFF 000000 0000FF 00FF00 FF0000 00FFFF FF00FF FFFF00 000000"));
@@ -170,21 +188,21 @@ TEST(BeginCellBitmap, EightColoursAreTheFixedOnes) {
 }
 
 TEST(BeginCellBitmap, RgbHasNoPalette) {
-  InUse use(support::kRgb24, support::kNone);
+  InUse use(RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_NONE);
   const Begun begun(use, 8, 8);
   EXPECT_EQ(colorMapOf(begun.state, 256), Bytes(768));
   EXPECT_EQ(begun.block()[0], 0);
 }
 
 TEST(BeginCellBitmap, GreyMapsAreEvenStepsThatEndInWhite) {
-  InUse grey16(support::kGrey16, support::kNone);
+  InUse grey16(RAXEL_STORED_MODE_GREY16, RAXEL_STORED_COMPRESS_NONE);
   const Begun sixteen(grey16, 8, 8);
   for (int i = 0; i < 15; ++i) {
     for (int c = 0; c < 3; ++c) EXPECT_EQ(sixteen.state.abColorMap[i][c], 16 * i);
   }
   EXPECT_EQ(sixteen.state.abColorMap[15][1], 255);
 
-  InUse grey256(support::kGrey256, support::kNone);
+  InUse grey256(RAXEL_STORED_MODE_GREY256, RAXEL_STORED_COMPRESS_NONE);
   const Begun all(grey256, 8, 8);
   for (int i = 0; i < 256; ++i) EXPECT_EQ(all.state.abColorMap[i][2], i);
 }
@@ -197,7 +215,7 @@ Bytes greyPalette(size_t entries, int step) {
 }
 
 TEST(BeginCellBitmap, SixteenGreysMapToLuminanceModuloSixteen) {
-  InUse use(support::kGrey16, support::kNone);
+  InUse use(RAXEL_STORED_MODE_GREY16, RAXEL_STORED_COMPRESS_NONE);
   Bytes palette = greyPalette(16, 17);
   std::fill_n(palette.begin() + 3 * 5, 3, uint8_t{200});
   const Begun begun(use, 8, 8, palette);
@@ -210,7 +228,7 @@ TEST(BeginCellBitmap, SixteenGreysMapToLuminanceModuloSixteen) {
 
 // 256 greys whose palette is grey i at i still remap: 67 luminances fall one short.
 TEST(BeginCellBitmap, EvenGreysAreRemapped) {
-  InUse use(support::kGrey256, support::kNone);
+  InUse use(RAXEL_STORED_MODE_GREY256, RAXEL_STORED_COMPRESS_NONE);
   const Begun begun(use, 8, 8, greyPalette(256, 1));
   EXPECT_EQ(begun.block()[0], 1);
   EXPECT_EQ(begun.block()[1 + 3], 3);
@@ -219,7 +237,7 @@ TEST(BeginCellBitmap, EvenGreysAreRemapped) {
 }
 
 TEST(BeginCellBitmap, GreysThatFitAreNotRemapped) {
-  InUse use(support::kGrey256, support::kNone);
+  InUse use(RAXEL_STORED_MODE_GREY256, RAXEL_STORED_COMPRESS_NONE);
   Bytes palette;
   for (int32_t i = 0; i < 256; ++i) {
     // One more in blue, or in green, where three equal channels fall short.
@@ -237,7 +255,7 @@ TEST(BeginCellBitmap, GreysThatFitAreNotRemapped) {
 }
 
 TEST(BeginCellBitmap, EightColourModeMapsSixteenInputs) {
-  InUse use(support::kFixed8, support::kNone);
+  InUse use(RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_COMPRESS_NONE);
   Bytes palette(48);
   const Bytes first = hex("000000 FFFFFF 0000FF 00FF00 FF0000 00FFFF FF00FF FFFF00 808080 7F7F7F");
   std::copy(first.begin(), first.end(), palette.begin());
@@ -249,13 +267,13 @@ TEST(BeginCellBitmap, EightColourModeMapsSixteenInputs) {
 }
 
 TEST(BeginCellBitmap, EightFixedColoursInTheirOrderAreNotRemappedAmongThemselves) {
-  InUse use(support::kFixed8, support::kNone);
+  InUse use(RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_COMPRESS_NONE);
   const Begun begun(use, 8, 8, Bytes(ColorDirect[0], ColorDirect[0] + 48));
   for (int i = 0; i < 8; ++i) EXPECT_EQ(begun.block()[1 + i], i);
 }
 
 TEST(BeginCellBitmap, DescriptorIs265Bytes) {
-  InUse use(support::kBilevel, support::kNone);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_NONE);
   const Begun begun(use, 8, 8, hex("FF0000 000000"));
   EXPECT_EQ(GlobalSize(begun.descriptor), 265u);
   EXPECT_EQ(runtime::load<uint32_t>(begun.block() + 257), 1u);    // the next strip
@@ -263,7 +281,7 @@ TEST(BeginCellBitmap, DescriptorIs265Bytes) {
 }
 
 TEST(BeginCellBitmap, FirstRedIsKeptForOneBitOnly) {
-  InUse use(support::kColors16, support::kNone);
+  InUse use(RAXEL_STORED_MODE_COLOR16, RAXEL_STORED_COMPRESS_NONE);
   const Begun begun(use, 8, 8, Bytes(48, 0xFF));
   EXPECT_EQ(runtime::load<uint32_t>(begun.block() + 261), 0u);
 }
@@ -271,7 +289,7 @@ TEST(BeginCellBitmap, FirstRedIsKeptForOneBitOnly) {
 // A palette elsewhere has as many entries as its pixels can name; what lies past them, or past no palette
 // at all, counts as black.
 TEST(BeginCellBitmap, EntriesPastThePaletteAreBlack) {
-  InUse use(support::kColors256, support::kNone);
+  InUse use(RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_COMPRESS_NONE);
   const Bytes palette(48, 0xEE);
   support::HostOutput out;
   Handle descriptor = 0;
@@ -280,12 +298,14 @@ TEST(BeginCellBitmap, EntriesPastThePaletteAreBlack) {
   EXPECT_EQ(colorMapOf(use.setup.tiff, 16), palette);
   EXPECT_EQ(use.setup.tiff.abColorMap[16][0], 0);
 
-  for (const int32_t mode : {215, 216, 217, 218, 219, 221, 222}) {
+  for (const int32_t mode : {RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_MODE_GREY16, RAXEL_STORED_MODE_GREY256,
+                             RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_MODE_COLOR16,
+                             RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_MODE_RGB}) {
     use.setup.nBitmapMode = mode;
     EXPECT_EQ(BeginCellBitmap(out.file, 8, 8, support::depthOfMode(mode), nullptr, &descriptor), -1);
     EndCellBitmap(out.file, descriptor);
   }
-  use.setup.nBitmapMode = support::kBilevel;
+  use.setup.nBitmapMode = RAXEL_STORED_MODE_BILEVEL;
   EXPECT_EQ(BeginCellBitmap(out.file, 8, 8, 1, nullptr, &descriptor), -1);
   EXPECT_EQ(runtime::load<uint32_t>(static_cast<uint8_t *>(GlobalLock(descriptor)) + 261), 0u);
   EndCellBitmap(out.file, descriptor);
@@ -300,7 +320,7 @@ TEST(BeginCellBitmap, APaletteInHandleMemoryIsAsLongAsItsBlock) {
   } rows[] = {{221, 4, 256, 256}, {221, 24, 256, 256}, {221, 8, 256, 256}, {219, 1, 16, 16},
               {219, 4, 256, 16},  {221, 8, 5, 5},      {221, 1, 0, 0},     {215, 24, 2, 2}};
   for (const auto &row : rows) {
-    InUse use(row.mode, support::kNone);
+    InUse use(row.mode, RAXEL_STORED_COMPRESS_NONE);
     const support::Pixels palette(countingPalette(row.held));
     const support::HostOutput out;
     Handle descriptor = 0;
@@ -315,7 +335,7 @@ TEST(BeginCellBitmap, APaletteInHandleMemoryIsAsLongAsItsBlock) {
 
 // The greys of a palette whose bitmap is less deep are remapped to its end.
 TEST(BeginCellBitmap, RemappingSeesTheWholePaletteOfABlock) {
-  InUse use(support::kGrey256, support::kNone);
+  InUse use(RAXEL_STORED_MODE_GREY256, RAXEL_STORED_COMPRESS_NONE);
   const support::Pixels palette(Bytes(768, 200));
   const support::HostOutput out;
   Handle descriptor = 0;
@@ -331,13 +351,13 @@ TEST(BeginCellBitmap, NothingInUseOrNowhereToAnswerGivesZero) {
   Handle descriptor = 7;
   EXPECT_EQ(BeginCellBitmap(out.file, 8, 8, 1, nullptr, &descriptor), 0);
   EXPECT_EQ(descriptor, 7u);
-  InUse use(support::kBilevel, support::kNone);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_NONE);
   EXPECT_EQ(BeginCellBitmap(out.file, 8, 8, 1, nullptr, nullptr), 0);
   EXPECT_TRUE(out.host.calls().empty());
 }
 
 TEST(BeginCellBitmap, NoFileIsNoHarm) {
-  InUse use(support::kBilevel, support::kT6Mode);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6);
   Handle descriptor = 0;
   EXPECT_EQ(BeginCellBitmap(0, 8, 8, 1, nullptr, &descriptor), -1);
   EXPECT_EQ(EndCellBitmap(0, descriptor), 0);

@@ -32,14 +32,14 @@ class CellFormat : public testing::Test {
   void SetUp() override {
     unsetenv("DISPLAYINFO");
     SetDisplayInfo(0, 0, 0, 0);
-    use.setup.nSizeMode = 602;
-    use.setup.nResolutionMode = 309;
+    use.setup.nSizeMode = RAXEL_STORED_SIZE_PICTURE;
+    use.setup.nResolutionMode = RAXEL_STORED_RESOLUTION_PICTURE;
     use.setup.dWidth = 6.67;
     use.setup.dHeight = 5.0;
   }
   void TearDown() override { SetDisplayInfo(0, 0, 0, 0); }
 
-  InUse use{support::kColors256, support::kNone};
+  InUse use{RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_COMPRESS_NONE};
 };
 
 TEST_F(CellFormat, PictureKeepsItsOwnSizeAndResolution) {
@@ -66,8 +66,18 @@ TEST_F(CellFormat, DepthsOfTheBitmapModes) {
   const struct {
     int32_t mode;
     uint16_t bits;
-  } rows[] = {{215, 1},  {216, 4}, {217, 8},  {218, 4},  {219, 4},  {221, 8},
-              {222, 24}, {0, 77},  {214, 77}, {220, 77}, {223, 77}, {-1, 77}};
+  } rows[] = {{RAXEL_STORED_MODE_BILEVEL, 1},
+              {RAXEL_STORED_MODE_GREY16, 4},
+              {RAXEL_STORED_MODE_GREY256, 8},
+              {RAXEL_STORED_MODE_COLOR8, 4},
+              {RAXEL_STORED_MODE_COLOR16, 4},
+              {RAXEL_STORED_MODE_COLOR256, 8},
+              {RAXEL_STORED_MODE_RGB, 24},
+              {0, 77},
+              {214, 77},
+              {220, 77},
+              {223, 77},
+              {-1, 77}};
   for (const auto &row : rows) {
     use.setup.nBitmapMode = row.mode;
     EXPECT_EQ(query(1, 1, 96).bits, row.bits) << row.mode;
@@ -94,8 +104,8 @@ TEST_F(CellFormat, ResolutionAbsentTakesTheConfiguredSize) {
 }
 
 TEST_F(CellFormat, DisplaySizeAndResolution) {
-  use.setup.nSizeMode = 600;
-  use.setup.nResolutionMode = 307;
+  use.setup.nSizeMode = RAXEL_STORED_SIZE_DISPLAY;
+  use.setup.nResolutionMode = RAXEL_STORED_RESOLUTION_DISPLAY;
   SetDisplayInfo(1024, 768, 72, 80);
   const Answer a = query(4.0, 3.0, 300);
   EXPECT_EQ(use.setup.dWidth, 1024.0 / 72);
@@ -110,8 +120,8 @@ TEST_F(CellFormat, DisplaySizeAndResolution) {
 
 // A display that reports a resolution of 0 is not asked for anything.
 TEST_F(CellFormat, DisplayWithoutResolutionIsPassedOver) {
-  use.setup.nSizeMode = 600;
-  use.setup.nResolutionMode = 307;
+  use.setup.nSizeMode = RAXEL_STORED_SIZE_DISPLAY;
+  use.setup.nResolutionMode = RAXEL_STORED_RESOLUTION_DISPLAY;
   setenv("DISPLAYINFO", "1024 768 0 0", 1);
   query(4.0, 3.0, 300);
   unsetenv("DISPLAYINFO");
@@ -120,8 +130,8 @@ TEST_F(CellFormat, DisplayWithoutResolutionIsPassedOver) {
 }
 
 TEST_F(CellFormat, UserSizeAndResolutionAreKept) {
-  use.setup.nSizeMode = 603;
-  use.setup.nResolutionMode = 310;
+  use.setup.nSizeMode = RAXEL_STORED_SIZE_USER;
+  use.setup.nResolutionMode = RAXEL_STORED_RESOLUTION_USER;
   use.setup.tiff.nXResolution = 100;
   use.setup.tiff.nYResolution = 50;
   use.setup.dWidth = 4.0;
@@ -141,7 +151,7 @@ TEST_F(CellFormat, ResolutionKeepsSixteenBits) {
 }
 
 TEST_F(CellFormat, ResolutionZeroInTheRecordLeavesTheExtents) {
-  use.setup.nResolutionMode = 310;
+  use.setup.nResolutionMode = RAXEL_STORED_RESOLUTION_USER;
   use.setup.tiff.nXResolution = 0;
   const Answer a = query(4.0, 3.0, 300);
   EXPECT_EQ(a.width, 4.0);

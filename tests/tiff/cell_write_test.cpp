@@ -23,18 +23,19 @@ struct Written {
 
 Written writeWith(int32_t mode, uint32_t width, uint32_t height, const Bytes &pixels,
                   const Bytes &palette = {}) {
-  InUse use(mode, support::kNone);
+  InUse use(mode, RAXEL_STORED_COMPRESS_NONE);
   support::HostOutput out;
   const Pixels block(pixels);
   const support::Picture picture{width, height, support::depthOfMode(mode), {}, palette};
   const int32_t code = support::writePicture(out.file, picture, block.handle());
-  const size_t mapBytes =
-      use.setup.tiff.nPhotometric == 3 ? 12 + 6 * (size_t{1} << use.setup.tiff.nBitsPerSample) : 0;
+  const size_t mapBytes = use.setup.tiff.nPhotometric == RAXEL_TIFF_PALETTE
+                              ? 12 + 6 * (size_t{1} << use.setup.tiff.nBitsPerSample)
+                              : 0;
   return {code, support::slice(out.bytes(), kData + mapBytes, SIZE_MAX), block.bytes()};
 }
 
 TEST(WriteCellBits, RgbGoesOutTopRowFirstAndRedFirst) {
-  const Written w = writeWith(support::kRgb24, 2, 4, hex(R"(
+  const Written w = writeWith(RAXEL_STORED_MODE_RGB, 2, 4, hex(R"(
     010203 111213 0000     ; the bottom row: blue, green, red
     212223 313233 0000
     414243 515253 0000
@@ -48,7 +49,7 @@ TEST(WriteCellBits, RgbGoesOutTopRowFirstAndRedFirst) {
 }
 
 TEST(WriteCellBits, AHostSeesOneWriteForEachRow) {
-  InUse use(support::kRgb24, support::kNone);
+  InUse use(RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_NONE);
   support::HostOutput out;
   const Pixels block(Bytes(8 * 5));
   Handle descriptor = 0;
@@ -69,7 +70,7 @@ TEST(WriteCellBits, RowsOfEveryHeight) {
       pixels.insert(pixels.end(), {value, 0xEE, 0xEE, 0xEE});
       expected.insert(expected.begin(), value);
     }
-    const Written w = writeWith(support::kColors256, 1, height, pixels, Bytes(768));
+    const Written w = writeWith(RAXEL_STORED_MODE_COLOR256, 1, height, pixels, Bytes(768));
     EXPECT_EQ(w.code, 0);
     EXPECT_EQ(w.data, expected) << height;
     EXPECT_EQ(w.pixels, pixels) << height;
@@ -78,19 +79,19 @@ TEST(WriteCellBits, RowsOfEveryHeight) {
 
 TEST(WriteCellBits, BilevelWithWhiteFirstIsInverted) {
   const Bytes pixels = hex("AA 55 00 00  F0 0F 00 00  00 FF 00 00  12 34 00 00");
-  const Written flipped = writeWith(support::kBilevel, 16, 4, pixels, hex("FFFFFF 000000"));
+  const Written flipped = writeWith(RAXEL_STORED_MODE_BILEVEL, 16, 4, pixels, hex("FFFFFF 000000"));
   EXPECT_EQ(flipped.data, hex("ED CB  FF 00  0F F0  55 AA"));
   // Every byte of the host's bitmap, padding included.
   EXPECT_EQ(flipped.pixels, hex("55 AA FF FF  0F F0 FF FF  FF 00 FF FF  ED CB FF FF"));
 
-  const Written straight = writeWith(support::kBilevel, 16, 4, pixels, hex("000000 FFFFFF"));
+  const Written straight = writeWith(RAXEL_STORED_MODE_BILEVEL, 16, 4, pixels, hex("000000 FFFFFF"));
   EXPECT_EQ(straight.data, hex("12 34  00 FF  F0 0F  AA 55"));
   EXPECT_EQ(straight.pixels, pixels);
 }
 
 // Only a red of 255 counts as white.
 TEST(WriteCellBits, BilevelWithAlmostWhiteFirstIsNotInverted) {
-  const Written w = writeWith(support::kBilevel, 8, 1, hex("AA 00 00 00"), hex("FEFFFF 000000"));
+  const Written w = writeWith(RAXEL_STORED_MODE_BILEVEL, 8, 1, hex("AA 00 00 00"), hex("FEFFFF 000000"));
   EXPECT_EQ(w.data, hex("AA"));
 }
 
@@ -113,7 +114,7 @@ TEST(WriteCellBits, RemappedBytesLeadByOne) {
   // Luminances, truncated: 255 - i, one less for some. All of these are exact.
   ASSERT_EQ(MapColors(254, 254, 254, nullptr, 256, 0), 254);
   const Bytes pixels = hex("01 02 03 04");
-  const Written w = writeWith(support::kGrey256, 3, 1, pixels, palette);
+  const Written w = writeWith(RAXEL_STORED_MODE_GREY256, 3, 1, pixels, palette);
   EXPECT_EQ(w.code, 0);
   // 2 -> FD? Its luminance falls short: FC. 3 -> FC, also one short: FB. 4 -> FB.
   const auto mapped = [](int32_t i) {
@@ -126,7 +127,7 @@ TEST(WriteCellBits, RemappedBytesLeadByOne) {
 
 // What follows the bitmap in its block is what the top chunk's last byte sees.
 TEST(WriteCellBits, RemapReadsTheByteBehindTheBitmap) {
-  InUse use(support::kGrey256, support::kNone);
+  InUse use(RAXEL_STORED_MODE_GREY256, RAXEL_STORED_COMPRESS_NONE);
   Bytes palette(768);
   palette[3 * 7] = palette[3 * 7 + 1] = palette[3 * 7 + 2] = 200;
   support::HostOutput out;
@@ -143,7 +144,7 @@ TEST(WriteCellBits, LowerChunksSeeTheChunkAboveMapped) {
   for (size_t i = 0; i < 256; ++i) palette[3 * i + 1] = static_cast<uint8_t>(i);  // green alone
   const auto map = [](uint8_t i) { return static_cast<uint8_t>(0.59 * i); };
   const Bytes pixels = hex("0A 14 1E 28  32 3C 46 50  5A 64 6E 78  82 8C 96 A0");
-  const Written w = writeWith(support::kGrey256, 4, 4, pixels, palette);
+  const Written w = writeWith(RAXEL_STORED_MODE_GREY256, 4, 4, pixels, palette);
   Bytes expected = pixels;
   for (size_t row = 4; row-- > 0;) {
     for (size_t k = 4 * row; k < 4 * row + 4; ++k) expected[k] = k + 1 < 16 ? map(expected[k + 1]) : 0;
@@ -163,7 +164,7 @@ TEST(WriteCellBits, LowerChunksSeeTheChunkAboveMapped) {
 TEST(WriteCellBits, EightColoursAreRemappedByNibbles) {
   Bytes palette(ColorDirect[0], ColorDirect[0] + 48);
   std::swap_ranges(palette.begin(), palette.begin() + 3, palette.begin() + 3);
-  const Written w = writeWith(support::kFixed8, 6, 1, hex("10 23 01 45"), palette);
+  const Written w = writeWith(RAXEL_STORED_MODE_COLOR8, 6, 1, hex("10 23 01 45"), palette);
   EXPECT_EQ(w.data, hex("23 10 45"));
   EXPECT_EQ(w.pixels, hex("23 10 45 11"));  // index 0 behind the block: black, which is 1
 }
@@ -171,27 +172,28 @@ TEST(WriteCellBits, EightColoursAreRemappedByNibbles) {
 TEST(WriteCellBits, PaletteModesKeepTheirIndices) {
   Bytes palette(48);
   for (size_t i = 0; i < palette.size(); ++i) palette[i] = static_cast<uint8_t>(i * 5);
-  EXPECT_EQ(writeWith(support::kColors16, 8, 1, hex("12 34 56 78"), palette).data, hex("12 34 56 78"));
+  EXPECT_EQ(writeWith(RAXEL_STORED_MODE_COLOR16, 8, 1, hex("12 34 56 78"), palette).data,
+            hex("12 34 56 78"));
 }
 
 // A block shorter than the picture: what it does not hold is zeros in the file, and nothing is
 // written behind it.
 TEST(WriteCellBits, ShortBlocksAreFilledWithZeros) {
   const Bytes pixels = hex("01 02 03 04  05 06");
-  EXPECT_EQ(writeWith(support::kColors256, 4, 4, pixels, Bytes(768)).data,
+  EXPECT_EQ(writeWith(RAXEL_STORED_MODE_COLOR256, 4, 4, pixels, Bytes(768)).data,
             hex("00 00 00 00  00 00 00 00  05 06 00 00  01 02 03 04"));
-  EXPECT_EQ(writeWith(support::kBilevel, 32, 4, pixels, hex("FFFFFF 000000")).data,
+  EXPECT_EQ(writeWith(RAXEL_STORED_MODE_BILEVEL, 32, 4, pixels, hex("FFFFFF 000000")).data,
             hex("00 00 00 00  00 00 00 00  FA F9 00 00  FE FD FC FB"));
-  const Written rgb = writeWith(support::kRgb24, 1, 3, hex("01 02 03 00  05 06"));
+  const Written rgb = writeWith(RAXEL_STORED_MODE_RGB, 1, 3, hex("01 02 03 00  05 06"));
   EXPECT_EQ(rgb.data, hex("00 00 00  00 06 00  03 02 01"));
   EXPECT_EQ(rgb.pixels, hex("03 02 01 00  00 06"));
-  EXPECT_EQ(writeWith(support::kRgb24, 1, 1, {}).data, hex("00 00 00"));
+  EXPECT_EQ(writeWith(RAXEL_STORED_MODE_RGB, 1, 1, {}).data, hex("00 00 00"));
 }
 
 TEST(WriteCellBits, ShortRemappedBlocks) {
   Bytes palette(768, 0xFF);
   std::fill_n(palette.begin(), 3, uint8_t{0x28});  // index 0 becomes 0x28, or one less
-  const Written w = writeWith(support::kGrey256, 4, 2, hex("00 09 00 09  00 09"), palette);
+  const Written w = writeWith(RAXEL_STORED_MODE_GREY256, 4, 2, hex("00 09 00 09  00 09"), palette);
   const auto zero = static_cast<uint8_t>(MapColors(0x28, 0x28, 0x28, nullptr, 256, 0));
   EXPECT_EQ(w.data, (Bytes{0xFF, zero, 0, 0, 0xFF, zero, 0xFF, 0xFF}));
 }
@@ -199,7 +201,7 @@ TEST(WriteCellBits, ShortRemappedBlocks) {
 // A bitmap of 8 bits handed over in RGB mode: its rows overlap as pixels of three bytes, and what
 // lies past the block is left alone.
 TEST(WriteCellBits, DepthOtherThanTheModesStaysInsideTheBlock) {
-  InUse use(support::kRgb24, support::kNone);
+  InUse use(RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_NONE);
   support::HostOutput out;
   const Pixels block(hex("01 02 03 04 05 06 07 08"));
   Handle descriptor = 0;
@@ -213,34 +215,37 @@ TEST(WriteCellBits, DepthOtherThanTheModesStaysInsideTheBlock) {
 }
 
 TEST(WriteCellBits, MissingBlocksAre300) {
-  InUse use(support::kRgb24, support::kNone);
+  InUse use(RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_NONE);
   support::HostOutput out;
   const Pixels block(Bytes(64));
   Handle descriptor = 0;
   BeginCellBitmap(out.file, 2, 2, 24, nullptr, &descriptor);
   out.host.clearLog();
-  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 2, 2, 24, 1, 0), 300);
-  EXPECT_EQ(WriteCellBits(out.file, 0, 2, 2, 24, 1, descriptor), 300);
-  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 2, 2, 24, 1, block.handle()), 300);  // no descriptor
+  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 2, 2, 24, 1, 0), RAXEL_NO_MEMORY);
+  EXPECT_EQ(WriteCellBits(out.file, 0, 2, 2, 24, 1, descriptor), RAXEL_NO_MEMORY);
+  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 2, 2, 24, 1, block.handle()),
+            RAXEL_NO_MEMORY);  // no descriptor
   lpRaster = nullptr;
-  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 2, 2, 24, 1, descriptor), 300);
+  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 2, 2, 24, 1, descriptor), RAXEL_NO_MEMORY);
   lpRaster = &use.setup;
   EXPECT_TRUE(out.host.calls().empty());
   EndCellBitmap(out.file, descriptor);
 }
 
 TEST(WriteCellBits, EmptyPictures) {
-  for (const int32_t compression : {224, 225, 226, 227, 229, 230}) {
-    for (const uint16_t layout : {support::kStrips, support::kTiles}) {
-      InUse use(support::kBilevel, compression, layout);
+  for (const int32_t compression :
+       {RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_HUFFMAN,
+        RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_COMPRESS_T4, RAXEL_STORED_COMPRESS_T6}) {
+    for (const uint16_t layout : {RAXEL_STORED_LAYOUT_STRIPS, RAXEL_STORED_LAYOUT_TILES}) {
+      InUse use(RAXEL_STORED_MODE_BILEVEL, compression, layout);
       support::HostOutput out;
       const Pixels block(Bytes(64));
       Handle descriptor = 0;
       BeginCellBitmap(out.file, 8, 8, 1, nullptr, &descriptor);
       out.host.clearLog();
       EXPECT_EQ(WriteCellBits(out.file, block.handle(), 8, 0, 1, 1, descriptor), 0);
-      EXPECT_EQ(WriteCellBits(out.file, block.handle(), 0, 8, 1, 1, descriptor), 300);
-      EXPECT_EQ(WriteCellBits(out.file, block.handle(), 8, 8, 0, 1, descriptor), 300);
+      EXPECT_EQ(WriteCellBits(out.file, block.handle(), 0, 8, 1, 1, descriptor), RAXEL_NO_MEMORY);
+      EXPECT_EQ(WriteCellBits(out.file, block.handle(), 8, 8, 0, 1, descriptor), RAXEL_NO_MEMORY);
       EXPECT_TRUE(out.host.calls().empty());
       EndCellBitmap(out.file, descriptor);
     }
@@ -248,24 +253,27 @@ TEST(WriteCellBits, EmptyPictures) {
 }
 
 TEST(WriteCellBits, PicturesPastFourGigabytesAre300) {
-  InUse use(support::kRgb24, support::kNone);
+  InUse use(RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_NONE);
   support::HostOutput out;
   const Pixels block(Bytes(64));
   Handle descriptor = 0;
   BeginCellBitmap(out.file, 2, 2, 24, nullptr, &descriptor);
   out.host.clearLog();
-  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 65535, 65535, 24, 1, descriptor), 300);
-  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFF, 1, descriptor), 300);
-  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 0xFFFFFFFF, 1, 24, 1, descriptor), 300);
-  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 0xFFFFFFF0, 1, 8, 1, descriptor), 300);
+  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 65535, 65535, 24, 1, descriptor), RAXEL_NO_MEMORY);
+  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFF, 1, descriptor),
+            RAXEL_NO_MEMORY);
+  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 0xFFFFFFFF, 1, 24, 1, descriptor), RAXEL_NO_MEMORY);
+  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 0xFFFFFFF0, 1, 8, 1, descriptor), RAXEL_NO_MEMORY);
   EXPECT_TRUE(out.host.calls().empty());
   EndCellBitmap(out.file, descriptor);
 }
 
 // A host that changes streams in between: plain rows follow the call, codes the picture's beginning.
 TEST(WriteCellBits, PlainRowsGoToTheCallsOwnStream) {
-  for (const int32_t compression : {224, 225, 226, 227, 229, 230}) {
-    InUse use(support::kBilevel, compression);
+  for (const int32_t compression :
+       {RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_HUFFMAN,
+        RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_COMPRESS_T4, RAXEL_STORED_COMPRESS_T6}) {
+    InUse use(RAXEL_STORED_MODE_BILEVEL, compression);
     support::HostOutput first;
     support::HostOutput second;
     const Pixels block(Bytes(4 * 4, 0xFF));
@@ -273,15 +281,15 @@ TEST(WriteCellBits, PlainRowsGoToTheCallsOwnStream) {
     BeginCellBitmap(first.file, 8, 4, 1, nullptr, &descriptor);
     first.host.clearLog();
     EXPECT_EQ(WriteCellBits(second.file, block.handle(), 8, 4, 1, 1, descriptor), 0);
-    EXPECT_EQ(first.host.calls().empty(), compression == support::kNone) << compression;
-    EXPECT_EQ(second.host.calls().empty(), compression != support::kNone) << compression;
+    EXPECT_EQ(first.host.calls().empty(), compression == RAXEL_STORED_COMPRESS_NONE) << compression;
+    EXPECT_EQ(second.host.calls().empty(), compression != RAXEL_STORED_COMPRESS_NONE) << compression;
     EndCellBitmap(first.file, descriptor);
   }
 }
 
 // An uncompressed picture in two bands: the rows just follow each other.
 TEST(WriteCellBits, BandsFollowEachOther) {
-  InUse use(support::kColors256, support::kNone);
+  InUse use(RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_COMPRESS_NONE);
   support::HostOutput out;
   Handle descriptor = 0;
   const Bytes palette(768);

@@ -12,8 +12,6 @@ namespace {
 using support::Bytes;
 using support::hex;
 
-enum : uint32_t { kHuffman = 2, kT4 = 3, kT6 = 4, kLzw = 5, kPackBits = 32773 };
-
 class Compression : public testing::Test {
  protected:
   int32_t code(uint32_t compression, const Bytes &data, uint32_t width = 0, uint32_t rows = 1) {
@@ -26,51 +24,51 @@ class Compression : public testing::Test {
 };
 
 TEST_F(Compression, PackBitsRow) {
-  EXPECT_EQ(code(kPackBits, {0x41, 0x42, 0x42}), 0);
+  EXPECT_EQ(code(RAXEL_TIFF_PACKBITS, {0x41, 0x42, 0x42}), 0);
   EXPECT_EQ(out.bytes(), hex("00 41 FF 42"));
   EXPECT_EQ(state.nStripBytes, 4u);
 }
 
 // A row of 300 bytes is three pieces, and no run crosses from one to the next.
 TEST_F(Compression, PackBitsCutsRowsIntoPieces) {
-  EXPECT_EQ(code(kPackBits, Bytes(300, 0x33)), 0);
+  EXPECT_EQ(code(RAXEL_TIFF_PACKBITS, Bytes(300, 0x33)), 0);
   EXPECT_EQ(out.bytes(), hex("82 33  82 33  D3 33"));
   EXPECT_EQ(out.host.log(), "write 2 x 3\n");
   EXPECT_EQ(state.nStripBytes, 6u);
 }
 
 TEST_F(Compression, PackBitsOfNothingWritesNothing) {
-  EXPECT_EQ(code(kPackBits, {}), 0);
+  EXPECT_EQ(code(RAXEL_TIFF_PACKBITS, {}), 0);
   EXPECT_EQ(CompressAndWrite(&state, nullptr, 0, 0, 0), 0);
   EXPECT_TRUE(out.host.calls().empty());
 }
 
 TEST_F(Compression, HuffmanRow) {
-  EXPECT_EQ(code(kHuffman, {0xFF}, 8), 0);  // white 8: 10011
+  EXPECT_EQ(code(RAXEL_TIFF_HUFFMAN, {0xFF}, 8), 0);  // white 8: 10011
   EXPECT_EQ(out.bytes(), hex("98"));
 }
 
 TEST_F(Compression, T4RowHasItsEol) {
-  EXPECT_EQ(code(kT4, {0xFF}, 8), 0);
+  EXPECT_EQ(code(RAXEL_TIFF_T4, {0xFF}, 8), 0);
   EXPECT_EQ(out.bytes(), hex("98 00 01"));
 }
 
 TEST_F(Compression, T6Strip) {
-  EXPECT_EQ(code(kT6, {0xFF, 0xFF, 0xFF}, 8, 3), 0);  // V0 three times
+  EXPECT_EQ(code(RAXEL_TIFF_T6, {0xFF, 0xFF, 0xFF}, 8, 3), 0);  // V0 three times
   EXPECT_EQ(out.bytes(), hex("E0"));
 }
 
 TEST_F(Compression, LzwStrip) {
-  EXPECT_EQ(code(kLzw, {0x41, 0x42}), 0);
+  EXPECT_EQ(code(RAXEL_TIFF_LZW, {0x41, 0x42}), 0);
   EXPECT_EQ(out.bytes(), hex("80 10 48 50 10"));
-  EXPECT_EQ(code(kLzw, {}), 0);
+  EXPECT_EQ(code(RAXEL_TIFF_LZW, {}), 0);
   EXPECT_EQ(support::slice(out.bytes(), 5, 9), hex("80 40 40"));
   EXPECT_EQ(state.nStripBytes, 8u);
 }
 
 TEST_F(Compression, EveryOtherCodeIs303) {
   for (const uint32_t compression : {0u, 1u, 6u, 7u, 32771u, 32772u, 32774u, 0x80008005u}) {
-    EXPECT_EQ(code(compression, {1, 2, 3}, 8, 3), 303) << compression;
+    EXPECT_EQ(code(compression, {1, 2, 3}, 8, 3), RAXEL_CANNOT_WRITE) << compression;
   }
   EXPECT_TRUE(out.host.calls().empty());
   EXPECT_EQ(state.nStripBytes, 0u);
@@ -83,11 +81,11 @@ TEST_F(Compression, ShortWrites) {
     Bytes data;
     uint32_t produced;
     int32_t result;
-  } rows[] = {{kT4, {0xFF}, 3, 0},
-              {kHuffman, {0xAA}, 3, 0},
-              {kLzw, {0x41, 0x42}, 5, 0},
-              {kPackBits, {0x41, 0x42}, 3, 303},
-              {kT6, {0xAA}, 4, 303}};
+  } rows[] = {{RAXEL_TIFF_T4, {0xFF}, 3, 0},
+              {RAXEL_TIFF_HUFFMAN, {0xAA}, 3, 0},
+              {RAXEL_TIFF_LZW, {0x41, 0x42}, 5, 0},
+              {RAXEL_TIFF_PACKBITS, {0x41, 0x42}, 3, RAXEL_CANNOT_WRITE},
+              {RAXEL_TIFF_T6, {0xAA}, 4, RAXEL_CANNOT_WRITE}};
   for (const auto &row : rows) {
     support::HostOutput full;
     full.host.limitTo(1);
@@ -104,21 +102,22 @@ TEST_F(Compression, ShortWrites) {
 
 // What was produced counts, also when the stream did not take it.
 TEST_F(Compression, FailingWritesAre303AndCounted) {
-  for (const uint32_t compression : {kHuffman, kT4, kT6, kLzw, kPackBits}) {
+  for (const uint32_t compression :
+       {RAXEL_TIFF_HUFFMAN, RAXEL_TIFF_T4, RAXEL_TIFF_T6, RAXEL_TIFF_LZW, RAXEL_TIFF_PACKBITS}) {
     support::HostOutput failing;
     failing.host.failAt(1);
     state = {};
     state.nCompression = compression;
     state.hTiffFile = failing.file;
     const Bytes data = {0xAA};
-    EXPECT_EQ(CompressAndWrite(&state, data.data(), 1, 8, 1), 303) << compression;
+    EXPECT_EQ(CompressAndWrite(&state, data.data(), 1, 8, 1), RAXEL_CANNOT_WRITE) << compression;
     EXPECT_EQ(failing.host.writeSizes(), (std::vector<size_t>{state.nStripBytes}));
   }
 }
 
 TEST_F(Compression, PackBitsStopsAtThePieceThatFailed) {
   out.host.failAt(2);
-  EXPECT_EQ(code(kPackBits, Bytes(300, 0x33)), 303);
+  EXPECT_EQ(code(RAXEL_TIFF_PACKBITS, Bytes(300, 0x33)), RAXEL_CANNOT_WRITE);
   EXPECT_EQ(out.host.calls().size(), 2u);
   EXPECT_EQ(state.nStripBytes, 4u);
 }
@@ -128,23 +127,29 @@ TEST_F(Compression, PackBitsStopsAtThePieceThatFailed) {
 TEST_F(Compression, PackBitsInMemoryStopsAtThePieceThatFailed) {
   Bytes row;
   for (size_t i = 0; i < 300; ++i) row.push_back(static_cast<uint8_t>(i));
-  const std::vector<std::pair<uint32_t, uint32_t>> counts = {
-      {0, 128}, {10, 128}, {127, 128}, {128, 256}, {140, 256}, {255, 256}, {256, 303}, {302, 303}};
+  const std::vector<std::pair<uint32_t, uint32_t>> counts = {{0, 128},
+                                                             {10, 128},
+                                                             {127, 128},
+                                                             {128, 256},
+                                                             {140, 256},
+                                                             {255, 256},
+                                                             {256, RAXEL_CANNOT_WRITE},
+                                                             {302, RAXEL_CANNOT_WRITE}};
   for (const auto &[room, counted] : counts) {
     const support::MemoryOutput memory(room);
     state = {};
-    state.nCompression = kPackBits;
+    state.nCompression = RAXEL_TIFF_PACKBITS;
     state.hTiffFile = memory.file;
-    EXPECT_EQ(CompressAndWrite(&state, row.data(), 300, 0, 0), 303) << room;
+    EXPECT_EQ(CompressAndWrite(&state, row.data(), 300, 0, 0), RAXEL_CANNOT_WRITE) << room;
     EXPECT_EQ(state.nStripBytes, counted) << room;
   }
 }
 
 // No row at all makes no codes, and a write of nothing answers 0: less than 1, but all of it.
 TEST_F(Compression, FaxRowsOfNoPixels) {
-  EXPECT_EQ(code(kHuffman, {}, 0), 303);
-  EXPECT_EQ(code(kT6, {}, 0, 0), 0);
-  EXPECT_EQ(code(kT6, {0xFF}, 8, 0), 0);
+  EXPECT_EQ(code(RAXEL_TIFF_HUFFMAN, {}, 0), RAXEL_CANNOT_WRITE);
+  EXPECT_EQ(code(RAXEL_TIFF_T6, {}, 0, 0), 0);
+  EXPECT_EQ(code(RAXEL_TIFF_T6, {0xFF}, 8, 0), 0);
   EXPECT_TRUE(out.bytes().empty());
   EXPECT_EQ(out.host.log(), "write 0 x 3\n");  // a host may answer as it likes
 }
@@ -156,7 +161,7 @@ TEST_F(Compression, WideRowsThatAreNoneTakeNoMemory) {
     const rlimit limit{512 << 20, 512 << 20};
     setrlimit(RLIMIT_AS, &limit);
     TiffWriterState wide{};
-    wide.nCompression = kT6;
+    wide.nCompression = RAXEL_TIFF_T6;
     const uint8_t byte = 0;
     _exit(CompressAndWrite(&wide, &byte, 1, 0xFFFFFFFF, 0));
   };
@@ -165,33 +170,33 @@ TEST_F(Compression, WideRowsThatAreNoneTakeNoMemory) {
 #endif
 
 TEST_F(Compression, MoreRowsOrPixelsThanBytesIs300) {
-  EXPECT_EQ(code(kHuffman, {0xFF}, 9), 300);
-  EXPECT_EQ(code(kT4, {0xFF}, 0xFFFFFFFF), 300);
-  EXPECT_EQ(code(kT6, {0xFF, 0xFF}, 8, 3), 300);
-  EXPECT_EQ(code(kT6, {0xFF, 0xFF}, 9, 2), 300);
-  EXPECT_EQ(code(kT6, {0xFF}, 0xFFFFFFFF, 0xFFFFFFFF), 300);
+  EXPECT_EQ(code(RAXEL_TIFF_HUFFMAN, {0xFF}, 9), RAXEL_NO_MEMORY);
+  EXPECT_EQ(code(RAXEL_TIFF_T4, {0xFF}, 0xFFFFFFFF), RAXEL_NO_MEMORY);
+  EXPECT_EQ(code(RAXEL_TIFF_T6, {0xFF, 0xFF}, 8, 3), RAXEL_NO_MEMORY);
+  EXPECT_EQ(code(RAXEL_TIFF_T6, {0xFF, 0xFF}, 9, 2), RAXEL_NO_MEMORY);
+  EXPECT_EQ(code(RAXEL_TIFF_T6, {0xFF}, 0xFFFFFFFF, 0xFFFFFFFF), RAXEL_NO_MEMORY);
   EXPECT_TRUE(out.host.calls().empty());
 }
 
 TEST_F(Compression, MissingArgumentsAre300) {
-  EXPECT_EQ(CompressAndWrite(nullptr, nullptr, 0, 0, 0), 300);
-  state.nCompression = kPackBits;
-  EXPECT_EQ(CompressAndWrite(&state, nullptr, 1, 8, 1), 300);
+  EXPECT_EQ(CompressAndWrite(nullptr, nullptr, 0, 0, 0), RAXEL_NO_MEMORY);
+  state.nCompression = RAXEL_TIFF_PACKBITS;
+  EXPECT_EQ(CompressAndWrite(&state, nullptr, 1, 8, 1), RAXEL_NO_MEMORY);
 }
 
 // Twice the bytes must fit into a block.
 TEST_F(Compression, PiecesOfTwoGigabytesAre300) {
   const uint8_t byte = 0;
-  state.nCompression = kPackBits;
+  state.nCompression = RAXEL_TIFF_PACKBITS;
   state.hTiffFile = out.file;
-  EXPECT_EQ(CompressAndWrite(&state, &byte, 0x80000000, 8, 1), 300);
-  EXPECT_EQ(CompressAndWrite(&state, &byte, 0xFFFFFFFF, 8, 1), 300);
+  EXPECT_EQ(CompressAndWrite(&state, &byte, 0x80000000, 8, 1), RAXEL_NO_MEMORY);
+  EXPECT_EQ(CompressAndWrite(&state, &byte, 0xFFFFFFFF, 8, 1), RAXEL_NO_MEMORY);
 }
 
 TEST_F(Compression, NoFileIs303) {
-  state.nCompression = kLzw;
+  state.nCompression = RAXEL_TIFF_LZW;
   const uint8_t byte = 7;
-  EXPECT_EQ(CompressAndWrite(&state, &byte, 1, 8, 1), 303);
+  EXPECT_EQ(CompressAndWrite(&state, &byte, 1, 8, 1), RAXEL_CANNOT_WRITE);
 }
 
 // On a file of our own a row goes out in one piece of work, with the same bytes.
@@ -200,10 +205,10 @@ TEST_F(Compression, PackBitsOnDiskIsTheSame) {
   const std::string name = dir.file("pieces");
   Bytes row;
   for (size_t i = 0; i < 1000; ++i) row.push_back(static_cast<uint8_t>(i * i / 50));
-  EXPECT_EQ(code(kPackBits, row), 0);
+  EXPECT_EQ(code(RAXEL_TIFF_PACKBITS, row), 0);
   const uint32_t counted = state.nStripBytes;
   state = {};
-  state.nCompression = kPackBits;
+  state.nCompression = RAXEL_TIFF_PACKBITS;
   state.hTiffFile = kvlOpen(name.c_str(), nullptr, KVL_OUTPUT);
   EXPECT_EQ(CompressAndWrite(&state, row.data(), 1000, 0, 0), 0);
   EXPECT_EQ(kvlClose(state.hTiffFile), 0);

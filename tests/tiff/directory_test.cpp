@@ -14,19 +14,19 @@ using support::hex;
 TiffWriterState oneStrip(Handle file) {
   TiffWriterState state{};
   state.hTiffFile = file;
-  state.nWriterKind = 5;
+  state.nWriterKind = RAXEL_WRITER_CELLS;
   state.nImageWidth = 600;
   state.nImageLength = 100;
   state.nBitsPerSample = 1;
-  state.nCompression = 1;
-  state.nPhotometric = 1;
+  state.nCompression = RAXEL_TIFF_UNCOMPRESSED;
+  state.nPhotometric = RAXEL_TIFF_BLACK_IS_ZERO;
   state.nStripsDown = 1;
   state.nTilesAcross = 1;
   state.nSamplesPerPixel = 1;
   state.nRowsPerStrip = 100;
   state.nXResolution = 96;
   state.nYResolution = 72;
-  state.wLayoutMode = support::kStrips;
+  state.wLayoutMode = RAXEL_STORED_LAYOUT_STRIPS;
   state.nColors = 2;
   return state;
 }
@@ -71,7 +71,7 @@ TEST(Directory, SeveralStripsGetTwoArraysOfZeros) {
   support::HostOutput out;
   TiffWriterState state = oneStrip(out.file);
   state.nImageLength = 9;
-  state.nCompression = 32773;
+  state.nCompression = RAXEL_TIFF_PACKBITS;
   state.nStripsDown = 5;
   state.nRowsPerStrip = 2;
   writeFront(state);
@@ -109,8 +109,8 @@ TEST(Directory, TilesKeepTheirOrderOfEntries) {
   support::HostOutput out;
   TiffWriterState state = oneStrip(out.file);
   state.nImageLength = 200;
-  state.nCompression = 4;
-  state.wLayoutMode = support::kTiles;
+  state.nCompression = RAXEL_TIFF_T6;
+  state.wLayoutMode = RAXEL_STORED_LAYOUT_TILES;
   state.nTilesAcross = 2;
   state.nStripsDown = 2;
   state.nRowsPerStrip = 128;
@@ -148,7 +148,7 @@ TEST(Directory, ColorMapFollowsTheNextDirectoryOffset) {
   support::HostOutput out;
   TiffWriterState state = oneStrip(out.file);
   state.nBitsPerSample = 4;
-  state.nPhotometric = 3;
+  state.nPhotometric = RAXEL_TIFF_PALETTE;
   state.nColors = 16;
   for (uint8_t i = 0; i < 16; ++i) {
     state.abColorMap[i][0] = i;
@@ -178,7 +178,7 @@ TEST(Directory, EightBitsHaveAMapOf768Words) {
   support::HostOutput out;
   TiffWriterState state = oneStrip(out.file);
   state.nBitsPerSample = 8;
-  state.nPhotometric = 3;
+  state.nPhotometric = RAXEL_TIFF_PALETTE;
   for (int i = 0; i < 256; ++i) state.abColorMap[i][2] = static_cast<uint8_t>(i);
   writeFront(state);
   const support::TiffFile file = support::readTiff(out.bytes());
@@ -199,7 +199,7 @@ TEST(Directory, ColorMapPast256EntriesIsZeros) {
   support::HostOutput out;
   TiffWriterState state = oneStrip(out.file);
   state.nBitsPerSample = 9;
-  state.nPhotometric = 3;
+  state.nPhotometric = RAXEL_TIFF_PALETTE;
   std::memset(state.abColorMap, 0xFF, sizeof state.abColorMap);
   writeFront(state);
   EXPECT_EQ(out.bytes().size(), 0xB6u + 3 * 512 * 2 + 16);
@@ -224,7 +224,7 @@ TEST(Directory, ColorMapMayLiePast65535) {
   kvlWrite(out.file, before.data(), 70000);
   TiffWriterState state = oneStrip(out.file);
   state.nBitsPerSample = 4;
-  state.nPhotometric = 3;
+  state.nPhotometric = RAXEL_TIFF_PALETTE;
   writeFront(state);
   EXPECT_EQ(support::slice(out.bytes(), 70000 + 0xA6, 12), hex("40 01 03 00  30 00 00 00  26 12 01 00"));
 }
@@ -242,7 +242,7 @@ TEST(Directory, ResolutionsAreSignExtended) {
 TEST(Directory, WriterKindThreeForcesOneStrip) {
   support::HostOutput out;
   TiffWriterState state = oneStrip(out.file);
-  state.nWriterKind = 3;
+  state.nWriterKind = RAXEL_WRITER_ONE_STRIP;
   state.nStripsDown = 5;
   writeFront(state);
   EXPECT_EQ(state.nStripsDown, 1u);
@@ -272,7 +272,7 @@ TEST(Directory, AHostSeesOneTellForEachPositionAndOneSeekForEachPatch) {
   support::HostOutput out;
   TiffWriterState state = oneStrip(out.file);
   state.nBitsPerSample = 4;
-  state.nPhotometric = 3;
+  state.nPhotometric = RAXEL_TIFF_PALETTE;
   state.nStripsDown = 2;
   writeFront(state);
   EXPECT_EQ(out.host.log(),

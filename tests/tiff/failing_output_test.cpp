@@ -37,7 +37,7 @@ class FailingOutput : public testing::TestWithParam<Job> {
     picture = {job.width, job.height, support::depthOfMode(job.mode), {}, {}};
     support::Random random(7);
     const size_t size = size_t{picture.stride()} * job.height;
-    picture.pixels = job.layout == support::kTiles ? Bytes(size, 0xF0) : random.bytes(size);
+    picture.pixels = job.layout == RAXEL_STORED_LAYOUT_TILES ? Bytes(size, 0xF0) : random.bytes(size);
     picture.palette = Bytes(768);
     for (size_t i = 3; i < 768; ++i) picture.palette[i] = static_cast<uint8_t>(i);
   }
@@ -85,7 +85,7 @@ TEST_P(FailingOutput, ALostWriteOfPixelsIs303) {
   const auto [front, all] = calls();
   for (size_t n = 1; n <= all.size(); n += step(n, front)) {
     const bool lost = n > front && isData(all[n - 1]);
-    EXPECT_EQ(writeFailingAt(n, HostStream::Failure::kOnce), lost ? 303 : 0) << n;
+    EXPECT_EQ(writeFailingAt(n, HostStream::Failure::kOnce), lost ? RAXEL_CANNOT_WRITE : 0) << n;
   }
 }
 
@@ -94,20 +94,25 @@ TEST_P(FailingOutput, AStreamThatStaysBrokenIs303) {
   size_t last = all.size();
   while (!isData(all[last - 1])) --last;
   for (size_t n = 1; n <= all.size(); n += step(n, front)) {
-    EXPECT_EQ(writeFailingAt(n, HostStream::Failure::kForever), n <= last ? 303 : 0) << n;
+    EXPECT_EQ(writeFailingAt(n, HostStream::Failure::kForever), n <= last ? RAXEL_CANNOT_WRITE : 0) << n;
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Pictures, FailingOutput,
-    testing::Values(Job{"rgb", support::kRgb24, support::kNone, support::kStrips, 5, 6},
-                    Job{"bilevel", support::kBilevel, support::kNone, support::kStrips, 20, 5},
-                    Job{"packbits", support::kRgb24, support::kPackBitsMode, support::kStrips, 50, 6},
-                    Job{"huffman", support::kBilevel, support::kHuffmanMode, support::kStrips, 60, 5},
-                    Job{"lzw", support::kColors16, support::kLzwMode, support::kStrips, 9, 7},
-                    Job{"t4", support::kBilevel, support::kT4Mode, support::kStrips, 60, 5},
-                    Job{"t6", support::kBilevel, support::kT6Mode, support::kStrips, 60, 9},
-                    Job{"tiles", support::kBilevel, support::kT6Mode, support::kTiles, 600, 130}),
+    testing::Values(
+        Job{"rgb", RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_LAYOUT_STRIPS, 5, 6},
+        Job{"bilevel", RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_LAYOUT_STRIPS,
+            20, 5},
+        Job{"packbits", RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_LAYOUT_STRIPS,
+            50, 6},
+        Job{"huffman", RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_HUFFMAN, RAXEL_STORED_LAYOUT_STRIPS,
+            60, 5},
+        Job{"lzw", RAXEL_STORED_MODE_COLOR16, RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_LAYOUT_STRIPS, 9, 7},
+        Job{"t4", RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T4, RAXEL_STORED_LAYOUT_STRIPS, 60, 5},
+        Job{"t6", RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6, RAXEL_STORED_LAYOUT_STRIPS, 60, 9},
+        Job{"tiles", RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6, RAXEL_STORED_LAYOUT_TILES, 600,
+            130}),
     [](const auto &job) { return job.param.name; });
 
 // A block of every size up to the file's. What does not fit in front of the pixels is not reported, but
@@ -123,7 +128,7 @@ TEST_P(FailingOutput, AMemoryBlockThatIsTooShortIs303) {
     const support::MemoryOutput out(room);
     const Pixels again(picture.pixels);
     EXPECT_EQ(support::writePicture(out.file, picture, again.handle()),
-              room < whole.bytes().size() ? 303 : 0)
+              room < whole.bytes().size() ? RAXEL_CANNOT_WRITE : 0)
         << room;
   }
 }
@@ -131,7 +136,7 @@ TEST_P(FailingOutput, AMemoryBlockThatIsTooShortIs303) {
 // The strip that failed still gets the count of what was produced for it, and the ones after it
 // nothing.
 TEST(FailingStrips, TheFailedStripKeepsItsCount) {
-  InUse use(support::kBilevel, support::kPackBitsMode);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_PACKBITS);
   support::HostOutput out;
   const Pixels block(Bytes(4 * 8, 0x55));
   Handle descriptor = 0;
@@ -139,7 +144,7 @@ TEST(FailingStrips, TheFailedStripKeepsItsCount) {
   BeginCellBitmap(out.file, 16, 8, 1, palette.data(), &descriptor);  // strips of two rows
   // A patch is 7 calls, and a strip two patches around two rows. The second row of strip 2 is lost.
   out.host.failAt(7 + 2 + 7 + 7 + 2, HostStream::Failure::kOnce);
-  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 16, 8, 1, 1, descriptor), 303);
+  EXPECT_EQ(WriteCellBits(out.file, block.handle(), 16, 8, 1, 1, descriptor), RAXEL_CANNOT_WRITE);
   EndCellBitmap(out.file, descriptor);
   const Bytes expected = {0xDA, 0, 0, 0, 0xDE, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
                           4,    0, 0, 0, 4,    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
@@ -149,19 +154,19 @@ TEST(FailingStrips, TheFailedStripKeepsItsCount) {
 // A chunk is swapped whole, also when its first row cannot be written.
 TEST(FailingStrips, PixelsAreTurnedByWholeChunks) {
   for (const bool onDisk : {false, true}) {
-    InUse use(support::kRgb24, support::kNone);
+    InUse use(RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_NONE);
     Bytes pixels;
     for (uint8_t i = 0; i < 8; ++i) pixels.insert(pixels.end(), {1, 2, 3, 0});
     const Pixels block(pixels);
     Handle descriptor = 0;
     if (onDisk) {
       BeginCellBitmap(0, 1, 8, 24, nullptr, &descriptor);
-      EXPECT_EQ(WriteCellBits(0, block.handle(), 1, 8, 24, 1, descriptor), 303);
+      EXPECT_EQ(WriteCellBits(0, block.handle(), 1, 8, 24, 1, descriptor), RAXEL_CANNOT_WRITE);
     } else {
       support::HostOutput out;
       BeginCellBitmap(out.file, 1, 8, 24, nullptr, &descriptor);
       out.host.failAt(1);
-      EXPECT_EQ(WriteCellBits(out.file, block.handle(), 1, 8, 24, 1, descriptor), 303);
+      EXPECT_EQ(WriteCellBits(out.file, block.handle(), 1, 8, 24, 1, descriptor), RAXEL_CANNOT_WRITE);
     }
     EndCellBitmap(0, descriptor);
     Bytes expected = pixels;
@@ -172,8 +177,10 @@ TEST(FailingStrips, PixelsAreTurnedByWholeChunks) {
 
 // A full disk answers at the write that meets it, or at the latest when the stream is closed.
 TEST(FailingStrips, AFullDiskIsReported) {
-  for (const int32_t compression : {224, 225, 226, 227, 229, 230}) {
-    InUse use(support::kBilevel, compression);
+  for (const int32_t compression :
+       {RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_HUFFMAN,
+        RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_COMPRESS_T4, RAXEL_STORED_COMPRESS_T6}) {
+    InUse use(RAXEL_STORED_MODE_BILEVEL, compression);
     const Handle file = kvlOpen("/dev/full", nullptr, KVL_OUTPUT);
     if (file == 0) GTEST_SKIP() << "no /dev/full here";
     const support::Picture picture{4000, 400, 1, {}, {}};
@@ -181,7 +188,7 @@ TEST(FailingStrips, AFullDiskIsReported) {
     const Pixels block(random.bytes(500 * 400));
     const int32_t code = support::writePicture(file, picture, block.handle());
     const int32_t closed = kvlClose(file);
-    EXPECT_TRUE(code == 303 || closed == -1) << compression;
+    EXPECT_TRUE(code == RAXEL_CANNOT_WRITE || closed == -1) << compression;
   }
 }
 

@@ -19,10 +19,15 @@ struct Named {
   int32_t code;
 };
 
-constexpr Named kModes[] = {{"bilevel", 215},  {"grey16", 216},    {"grey256", 217}, {"fixed8", 218},
-                            {"colors16", 219}, {"colors256", 221}, {"rgb", 222}};
-constexpr Named kCompressions[] = {{"none", 224}, {"packbits", 225}, {"huffman", 226},
-                                   {"lzw", 227},  {"t4", 229},       {"t6", 230}};
+constexpr Named kModes[] = {
+    {"bilevel", RAXEL_STORED_MODE_BILEVEL},  {"grey16", RAXEL_STORED_MODE_GREY16},
+    {"grey256", RAXEL_STORED_MODE_GREY256},  {"fixed8", RAXEL_STORED_MODE_COLOR8},
+    {"colors16", RAXEL_STORED_MODE_COLOR16}, {"colors256", RAXEL_STORED_MODE_COLOR256},
+    {"rgb", RAXEL_STORED_MODE_RGB}};
+constexpr Named kCompressions[] = {
+    {"none", RAXEL_STORED_COMPRESS_NONE},       {"packbits", RAXEL_STORED_COMPRESS_PACKBITS},
+    {"huffman", RAXEL_STORED_COMPRESS_HUFFMAN}, {"lzw", RAXEL_STORED_COMPRESS_LZW},
+    {"t4", RAXEL_STORED_COMPRESS_T4},           {"t6", RAXEL_STORED_COMPRESS_T6}};
 
 // Flat areas with some noise, and a random palette whose first entry is white for bilevel.
 support::Picture samplePicture(int32_t mode, uint32_t width, uint32_t height) {
@@ -35,7 +40,7 @@ support::Picture samplePicture(int32_t mode, uint32_t width, uint32_t height) {
     byte = value;
   }
   picture.palette = random.bytes(768);
-  if (mode == support::kBilevel) std::fill_n(picture.palette.begin(), 3, uint8_t{255});
+  if (mode == RAXEL_STORED_MODE_BILEVEL) std::fill_n(picture.palette.begin(), 3, uint8_t{255});
   return picture;
 }
 
@@ -53,15 +58,16 @@ TEST(GoldenPictures, EveryModeInEveryCompression) {
       SCOPED_TRACE(std::string(mode.name) + " " + compression.name);
       const support::Picture picture = samplePicture(mode.code, 61, 23);
       support::golden(std::string("tiff/") + mode.name + "-" + compression.name + "-61x23",
-                      fileOf(picture, mode.code, compression.code, support::kStrips));
+                      fileOf(picture, mode.code, compression.code, RAXEL_STORED_LAYOUT_STRIPS));
     }
   }
 }
 
 TEST(GoldenPictures, Tiles) {
-  const support::Picture picture = samplePicture(support::kBilevel, 1100, 300);
-  support::golden("tiff/bilevel-t6-tiles-1100x300",
-                  fileOf(picture, support::kBilevel, support::kT6Mode, support::kTiles));
+  const support::Picture picture = samplePicture(RAXEL_STORED_MODE_BILEVEL, 1100, 300);
+  support::golden(
+      "tiff/bilevel-t6-tiles-1100x300",
+      fileOf(picture, RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6, RAXEL_STORED_LAYOUT_TILES));
 }
 
 }  // namespace

@@ -132,19 +132,20 @@ void check(const support::Picture &picture, int32_t mode, int32_t compression, u
   EXPECT_EQ(field<float>(tiff, TIFFTAG_XRESOLUTION), 300.0F);
   EXPECT_EQ(field<float>(tiff, TIFFTAG_YRESOLUTION), 72.0F);
   EXPECT_EQ(field<uint16_t>(tiff, TIFFTAG_RESOLUTIONUNIT), RESUNIT_INCH);
-  const bool fax = compression != support::kNone && compression != support::kPackBitsMode &&
-                   compression != support::kLzwMode;
+  const bool fax = compression != RAXEL_STORED_COMPRESS_NONE &&
+                   compression != RAXEL_STORED_COMPRESS_PACKBITS &&
+                   compression != RAXEL_STORED_COMPRESS_LZW;
   Bytes expected = expectedRows(picture, picture.bits == 1 && (picture.palette[0] == 255) != fax);
-  Bytes found = layout == support::kTiles ? readTiles(tiff, picture) : readStrips(tiff);
+  Bytes found = layout == RAXEL_STORED_LAYOUT_TILES ? readTiles(tiff, picture) : readStrips(tiff);
   clearPadBits(expected, picture);
   clearPadBits(found, picture);
   EXPECT_EQ(found, expected);
-  if (mode == support::kColors16 || mode == support::kColors256) checkPalette(tiff, picture);
+  if (mode == RAXEL_STORED_MODE_COLOR16 || mode == RAXEL_STORED_MODE_COLOR256) checkPalette(tiff, picture);
   TIFFClose(tiff);
   EXPECT_EQ(errors, 0);
   // The entries of a tiled file are not in ascending order, and of RGB's three samples one has its bits
   // stated.
-  if (layout == support::kStrips && mode != support::kRgb24) {
+  if (layout == RAXEL_STORED_LAYOUT_STRIPS && mode != RAXEL_STORED_MODE_RGB) {
     EXPECT_EQ(warnings, 0);
   }
 }
@@ -166,19 +167,21 @@ support::Picture randomPicture(support::Random &random, int32_t mode, uint32_t w
 TEST(LibtiffOpens, RandomPicturesOfEveryModeAndCoder) {
   support::Random random(5);
   for (size_t n = support::cases(150); n > 0; --n) {
-    const int32_t modes[] = {support::kBilevel, support::kColors16, support::kColors256, support::kRgb24};
+    const int32_t modes[] = {RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_MODE_COLOR16,
+                             RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_MODE_RGB};
     const int32_t mode = modes[random.between(0, 3)];
-    const int32_t all[] = {support::kNone,        support::kPackBitsMode, support::kLzwMode,
-                           support::kHuffmanMode, support::kT4Mode,       support::kT6Mode};
-    const int32_t compression = all[random.between(0, mode == support::kBilevel ? 5 : 2)];
+    const int32_t all[] = {RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS,
+                           RAXEL_STORED_COMPRESS_LZW,  RAXEL_STORED_COMPRESS_HUFFMAN,
+                           RAXEL_STORED_COMPRESS_T4,   RAXEL_STORED_COMPRESS_T6};
+    const int32_t compression = all[random.between(0, mode == RAXEL_STORED_MODE_BILEVEL ? 5 : 2)];
     // libtiff misreads modified Huffman strips whose last row is one byte, and LZW writes no pixel for a
     // strip of one byte.
     const auto width =
-        static_cast<uint32_t>(random.between(compression == support::kHuffmanMode ? 64 : 9, 300));
+        static_cast<uint32_t>(random.between(compression == RAXEL_STORED_COMPRESS_HUFFMAN ? 64 : 9, 300));
     const auto height = static_cast<uint32_t>(random.between(1, 40));
     SCOPED_TRACE(testing::Message() << mode << " " << compression << " " << width << "x" << height);
     ASSERT_NO_FATAL_FAILURE(
-        check(randomPicture(random, mode, width, height), mode, compression, support::kStrips));
+        check(randomPicture(random, mode, width, height), mode, compression, RAXEL_STORED_LAYOUT_STRIPS));
     if (HasFailure()) return;
   }
 }
@@ -190,8 +193,9 @@ TEST(LibtiffOpens, TiledPictures) {
     const auto width = static_cast<uint32_t>(random.between(1, 2016));
     const auto height = static_cast<uint32_t>(random.between(129, 400));
     SCOPED_TRACE(testing::Message() << width << "x" << height);
-    ASSERT_NO_FATAL_FAILURE(check(randomPicture(random, support::kBilevel, width, height),
-                                  support::kBilevel, support::kT6Mode, support::kTiles));
+    ASSERT_NO_FATAL_FAILURE(check(randomPicture(random, RAXEL_STORED_MODE_BILEVEL, width, height),
+                                  RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6,
+                                  RAXEL_STORED_LAYOUT_TILES));
     if (HasFailure()) return;
   }
 }
@@ -206,12 +210,13 @@ TEST(LibtiffOpens, GreysThatAreNotRemapped) {
     palette.insert(palette.end(), {static_cast<uint8_t>(i), static_cast<uint8_t>(green),
                                    static_cast<uint8_t>(green == i ? blue : i)});
   }
-  for (const int32_t mode : {support::kGrey16, support::kGrey256}) {
-    for (const int32_t compression : {support::kNone, support::kPackBitsMode, support::kLzwMode}) {
+  for (const int32_t mode : {RAXEL_STORED_MODE_GREY16, RAXEL_STORED_MODE_GREY256}) {
+    for (const int32_t compression :
+         {RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_LZW}) {
       support::Picture picture = randomPicture(random, mode, 33, 17);
       picture.palette = palette;
       SCOPED_TRACE(mode);
-      check(picture, mode, compression, support::kStrips);
+      check(picture, mode, compression, RAXEL_STORED_LAYOUT_STRIPS);
     }
   }
 }

@@ -2,6 +2,7 @@
 // complement: this library codes a set bit as white, and libtiff gives white runs as clear bits.
 #include <gtest/gtest.h>
 
+#include "raxel/tiff_codes.h"
 #include "support/cases.h"
 #include "tiff/fax_pictures.h"
 #include "tiff/fax_strips.h"
@@ -103,7 +104,9 @@ TEST(LibtiffReadsPackBits, RowsOfEveryLength) {
     for (uint8_t &byte : row) byte = random.byte() % letters;
     Bytes codes(2 * length + 2);
     codes.resize(tiff::encodePackBits(row, codes.data()));
-    ASSERT_EQ(support::readStripWithLibtiff(codes, {static_cast<uint32_t>(length), 1, 8, 32773}), row)
+    ASSERT_EQ(
+        support::readStripWithLibtiff(codes, {static_cast<uint32_t>(length), 1, 8, RAXEL_TIFF_PACKBITS}),
+        row)
         << length;
   }
 }

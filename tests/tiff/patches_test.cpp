@@ -18,7 +18,7 @@ class Patches : public testing::Test {
     use.setup.tiff.nStripsDown = 5;
     out.host.clearLog();
   }
-  support::InUse use{support::kBilevel, support::kPackBitsMode};
+  support::InUse use{RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_PACKBITS};
   support::HostOutput out;
 };
 

@@ -117,20 +117,31 @@ TEST_P(SideBySide, AShortBlockIsTheSame) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Pictures, SideBySide,
-    testing::Values(Job{"rgb", support::kRgb24, support::kLzwMode, support::kStrips, 31, 41},
-                    Job{"fullRows", support::kRgb24, support::kLzwMode, support::kStrips, 32, 7},
-                    Job{"grey256", support::kGrey256, support::kLzwMode, support::kStrips, 64, 43},
-                    Job{"grey256padded", support::kGrey256, support::kLzwMode, support::kStrips, 61, 43},
-                    Job{"grey16", support::kGrey16, support::kLzwMode, support::kStrips, 45, 23},
-                    Job{"fixed8", support::kFixed8, support::kLzwMode, support::kStrips, 8, 5},
-                    Job{"colors256", support::kColors256, support::kLzwMode, support::kStrips, 50, 20},
-                    Job{"lzwTiles", support::kGrey256, support::kLzwMode, support::kTiles, 300, 260},
-                    Job{"t6", support::kBilevel, support::kT6Mode, support::kStrips, 333, 50},
-                    Job{"t6grey", support::kGrey256, support::kT6Mode, support::kStrips, 33, 50},
-                    Job{"tiles", support::kBilevel, support::kT6Mode, support::kTiles, 1100, 400}),
-    [](const auto &job) { return job.param.name; });
+INSTANTIATE_TEST_SUITE_P(Pictures, SideBySide,
+                         testing::Values(Job{"rgb", RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_LZW,
+                                             RAXEL_STORED_LAYOUT_STRIPS, 31, 41},
+                                         Job{"fullRows", RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_LZW,
+                                             RAXEL_STORED_LAYOUT_STRIPS, 32, 7},
+                                         Job{"grey256", RAXEL_STORED_MODE_GREY256,
+                                             RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_LAYOUT_STRIPS, 64, 43},
+                                         Job{"grey256padded", RAXEL_STORED_MODE_GREY256,
+                                             RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_LAYOUT_STRIPS, 61, 43},
+                                         Job{"grey16", RAXEL_STORED_MODE_GREY16, RAXEL_STORED_COMPRESS_LZW,
+                                             RAXEL_STORED_LAYOUT_STRIPS, 45, 23},
+                                         Job{"fixed8", RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_COMPRESS_LZW,
+                                             RAXEL_STORED_LAYOUT_STRIPS, 8, 5},
+                                         Job{"colors256", RAXEL_STORED_MODE_COLOR256,
+                                             RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_LAYOUT_STRIPS, 50, 20},
+                                         Job{"lzwTiles", RAXEL_STORED_MODE_GREY256,
+                                             RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_LAYOUT_TILES, 300,
+                                             260},
+                                         Job{"t6", RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6,
+                                             RAXEL_STORED_LAYOUT_STRIPS, 333, 50},
+                                         Job{"t6grey", RAXEL_STORED_MODE_GREY256, RAXEL_STORED_COMPRESS_T6,
+                                             RAXEL_STORED_LAYOUT_STRIPS, 33, 50},
+                                         Job{"tiles", RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6,
+                                             RAXEL_STORED_LAYOUT_TILES, 1100, 400}),
+                         [](const auto &job) { return job.param.name; });
 
 // --- Threads
 
@@ -152,7 +163,7 @@ struct Caller {
 
 TEST(SideBySideThreads, TheHostIsCalledByItsOwnAlone) {
   const support::Threads forced(8);
-  InUse use(support::kRgb24, support::kLzwMode);
+  InUse use(RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_LZW);
   Caller caller;
   KvlStreamDesc descriptor{};
   descriptor.lpMemVar = reinterpret_cast<HostWord>(&caller);

@@ -25,12 +25,17 @@ struct Job {
 };
 
 Job randomJob(support::Random &random) {
-  const int32_t modes[] = {215, 215, 216, 217, 218, 219, 221, 222};
-  const int32_t compressions[] = {224, 225, 226, 227, 229, 230, 230};
+  const int32_t modes[] = {RAXEL_STORED_MODE_BILEVEL,  RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_MODE_GREY16,
+                           RAXEL_STORED_MODE_GREY256,  RAXEL_STORED_MODE_COLOR8,  RAXEL_STORED_MODE_COLOR16,
+                           RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_MODE_RGB};
+  const int32_t compressions[] = {RAXEL_STORED_COMPRESS_NONE,    RAXEL_STORED_COMPRESS_PACKBITS,
+                                  RAXEL_STORED_COMPRESS_HUFFMAN, RAXEL_STORED_COMPRESS_LZW,
+                                  RAXEL_STORED_COMPRESS_T4,      RAXEL_STORED_COMPRESS_T6,
+                                  RAXEL_STORED_COMPRESS_T6};
   Job job{};
   job.mode = modes[random.between(0, 7)];
   job.compression = compressions[random.between(0, 6)];
-  job.layout = random.chance(40) ? support::kTiles : support::kStrips;
+  job.layout = random.chance(40) ? RAXEL_STORED_LAYOUT_TILES : RAXEL_STORED_LAYOUT_STRIPS;
   job.width = static_cast<uint32_t>(random.between(1, random.chance(20) ? 1500 : 60));
   job.height = static_cast<uint32_t>(random.between(1, random.chance(20) ? 300 : 20));
   for (uint32_t left = job.height; left > 0;) {

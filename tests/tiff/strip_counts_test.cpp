@@ -50,8 +50,9 @@ struct Watcher {
   }
 
   // What it saw of a picture of 16 by `height` pixels, each row 55 AA.
-  std::vector<Seen> watch(int32_t compression, uint32_t height, uint16_t layout = support::kStrips) {
-    InUse use(support::kBilevel, compression, layout);
+  std::vector<Seen> watch(int32_t compression, uint32_t height,
+                          uint16_t layout = RAXEL_STORED_LAYOUT_STRIPS) {
+    InUse use(RAXEL_STORED_MODE_BILEVEL, compression, layout);
     use.setup.tiff.nStripBytes = 77;  // of the picture before
     KvlStreamDesc descriptor{};
     descriptor.lpMemVar = reinterpret_cast<HostWord>(this);
@@ -69,7 +70,7 @@ struct Watcher {
 // Strips of two rows. A PackBits row is 01 55 AA.
 TEST(StripCount, GrowsAfterEachPieceOfPackBits) {
   const std::vector<Seen> expected = {{3, 0}, {3, 3}, {3, 0}, {3, 3}, {3, 0}, {3, 3}, {3, 0}, {3, 3}};
-  EXPECT_EQ(Watcher().watch(support::kPackBitsMode, 8), expected);
+  EXPECT_EQ(Watcher().watch(RAXEL_STORED_COMPRESS_PACKBITS, 8), expected);
 }
 
 // A row is black, seven of one pixel each, two white, and seven of one again.
@@ -78,22 +79,22 @@ TEST(StripCount, GrowsAfterEachRowOfHuffman) {
       static_cast<uint32_t>(reference::packBits01(reference::fax1D("bwbwbwbwwbwbwbwb")).size());
   const std::vector<Seen> expected = {{row, 0}, {row, row}, {row, 0}, {row, row},
                                       {row, 0}, {row, row}, {row, 0}, {row, row}};
-  EXPECT_EQ(Watcher().watch(support::kHuffmanMode, 8), expected);
+  EXPECT_EQ(Watcher().watch(RAXEL_STORED_COMPRESS_HUFFMAN, 8), expected);
 }
 
 // The first end of line sets the count, and so it begins from the picture before when nothing is patched.
 TEST(StripCount, GrowsAfterEachEndOfLineOfT4) {
   const auto row =
       static_cast<uint32_t>(reference::packBits01(reference::fax1D("bwbwbwbwwbwbwbwb")).size()) + 2;
-  for (const uint16_t layout : {support::kStrips, support::kTiles}) {
-    std::vector<Seen> expected = {{2, layout == support::kTiles ? 77u : 0u}, {row, 2}};
+  for (const uint16_t layout : {RAXEL_STORED_LAYOUT_STRIPS, RAXEL_STORED_LAYOUT_TILES}) {
+    std::vector<Seen> expected = {{2, layout == RAXEL_STORED_LAYOUT_TILES ? 77u : 0u}, {row, 2}};
     for (uint32_t i = 0; i < 5; ++i) expected.push_back({2, row + 2 + 2 * i});
-    EXPECT_EQ(Watcher().watch(support::kT4Mode, 1, layout), expected) << layout;
+    EXPECT_EQ(Watcher().watch(RAXEL_STORED_COMPRESS_T4, 1, layout), expected) << layout;
   }
 }
 
 TEST(StripCount, GrowsAfterAStripOfLzwAndOfT6) {
-  for (const int32_t compression : {support::kLzwMode, support::kT6Mode}) {
+  for (const int32_t compression : {RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_COMPRESS_T6}) {
     const std::vector<Seen> seen = Watcher().watch(compression, 4);
     ASSERT_EQ(seen.size(), 4u);
     for (const Seen &strip : seen) EXPECT_EQ(strip.counted, 0u) << compression;
@@ -111,9 +112,9 @@ constexpr uint32_t kWindow = 12288;  // what a stream keeps of a file: it fails 
 std::vector<uint32_t> writesOf(int32_t compression, const std::vector<Bytes> &rows) {
   std::vector<uint32_t> writes;
   const auto add = [&](size_t length) { writes.push_back(static_cast<uint32_t>(length)); };
-  if (compression == support::kT4Mode) add(2);
+  if (compression == RAXEL_STORED_COMPRESS_T4) add(2);
   for (const Bytes &row : rows) {
-    if (compression == support::kPackBitsMode) {
+    if (compression == RAXEL_STORED_COMPRESS_PACKBITS) {
       for (size_t at = 0; at < row.size(); at += 127) {
         add(reference::packBitsPiece(
                 std::span(row).subspan(at).first(std::min<size_t>(127, row.size() - at)))
@@ -123,10 +124,10 @@ std::vector<uint32_t> writesOf(int32_t compression, const std::vector<Bytes> &ro
       std::string pixels;
       for (uint32_t x = 0; x < kWidth; ++x) pixels += (row[x / 8] << x % 8 & 0x80) != 0 ? 'w' : 'b';
       add(reference::packBits01(reference::fax1D(pixels)).size() +
-          (compression == support::kT4Mode ? 2 : 0));
+          (compression == RAXEL_STORED_COMPRESS_T4 ? 2 : 0));
     }
   }
-  for (int i = 0; compression == support::kT4Mode && i < 5; ++i) add(2);
+  for (int i = 0; compression == RAXEL_STORED_COMPRESS_T4 && i < 5; ++i) add(2);
   return writes;
 }
 
@@ -148,7 +149,7 @@ TEST_P(FullDisk, AStripCountsWhatWasTried) {
   }
   for (const uint32_t limit : {kWindow - 1, kWindow, kWindow + 1, 20000u, 2 * kWindow, 30000u, 36000u}) {
     const support::TempDir dir;
-    InUse use(support::kBilevel, compression);
+    InUse use(RAXEL_STORED_MODE_BILEVEL, compression);
     const Handle file = kvlOpen(dir.file("full.tif").c_str(), nullptr, KVL_OUTPUT);
     const Pixels block(pixels);
     // The first byte that cannot be kept, because the window before it cannot be written.
@@ -166,7 +167,8 @@ TEST_P(FullDisk, AStripCountsWhatWasTried) {
     ASSERT_GT(at, lost) << "the picture is too small for " << limit;
     {
       const support::FileLimit disk(limit);
-      EXPECT_EQ(support::writePicture(file, {kWidth, kHeight, 1, {}, Bytes(6)}, block.handle()), 303);
+      EXPECT_EQ(support::writePicture(file, {kWidth, kHeight, 1, {}, Bytes(6)}, block.handle()),
+                RAXEL_CANNOT_WRITE);
     }
     EXPECT_EQ(use.setup.tiff.nStripBytes, expected) << limit;
     kvlClose(file);
@@ -180,19 +182,20 @@ TEST(FullDiskRow, CountsWhatWasTried) {
   Bytes row;  // no two bytes alike: each piece takes 128 bytes
   for (uint32_t i = 0; i < 20000; ++i) row.push_back(static_cast<uint8_t>(i));
   TiffWriterState state{};
-  state.nCompression = 32773;
+  state.nCompression = RAXEL_TIFF_PACKBITS;
   state.hTiffFile = file;
   {
     const support::FileLimit disk(5000);
-    EXPECT_EQ(CompressAndWrite(&state, row.data(), 20000, 0, 0), 303);
+    EXPECT_EQ(CompressAndWrite(&state, row.data(), 20000, 0, 0), RAXEL_CANNOT_WRITE);
   }
   EXPECT_EQ(state.nStripBytes, kWindow + 128);
   kvlClose(file);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, FullDisk,
-                         testing::Values(int32_t{support::kPackBitsMode}, int32_t{support::kHuffmanMode},
-                                         int32_t{support::kT4Mode}),
+                         testing::Values(int32_t{RAXEL_STORED_COMPRESS_PACKBITS},
+                                         int32_t{RAXEL_STORED_COMPRESS_HUFFMAN},
+                                         int32_t{RAXEL_STORED_COMPRESS_T4}),
                          [](const auto &row) { return std::to_string(row.param); });
 
 }  // namespace

@@ -33,7 +33,7 @@ const char kSixteenByNine[] = R"(
 const Bytes kBlackWhite = {0, 0, 0, 255, 255, 255};
 
 TEST(Strips, PackBitsFileByteForByte) {
-  InUse use(support::kBilevel, support::kPackBitsMode);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_PACKBITS);
   support::HostOutput out;
   const Pixels block(hex(kSixteenByNine));
   EXPECT_EQ(support::writePicture(out.file, {16, 9, 1, {}, kBlackWhite}, block.handle()), 0);
@@ -68,7 +68,7 @@ TEST(Strips, PackBitsFileByteForByte) {
 
 // Each patch is a tell, a seek, four writes and a seek back; each piece of up to 127 bytes one write.
 TEST(Strips, AHostSeesPatchesAndPieces) {
-  InUse use(support::kColors256, support::kPackBitsMode);
+  InUse use(RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_COMPRESS_PACKBITS);
   support::HostOutput out;
   const Pixels block(Bytes(300 * 5));
   Handle descriptor = 0;
@@ -96,13 +96,13 @@ TEST(Strips, LzwAndT6AreOneWriteAStripAndFaxRowsOneEach) {
     std::vector<size_t> sizes;
   } rows[] = {
       // All white, 8 pixels: the run 8 is 10011, and T.4 adds an EOL.
-      {support::kHuffmanMode, {1, 1}},
-      {support::kT4Mode, {2, 3, 3, 2, 2, 2, 2, 2}},
-      {support::kT6Mode, {1}},   // two V0
-      {support::kLzwMode, {5}},  // Clear, FF, FF, End: 36 bits
+      {RAXEL_STORED_COMPRESS_HUFFMAN, {1, 1}},
+      {RAXEL_STORED_COMPRESS_T4, {2, 3, 3, 2, 2, 2, 2, 2}},
+      {RAXEL_STORED_COMPRESS_T6, {1}},   // two V0
+      {RAXEL_STORED_COMPRESS_LZW, {5}},  // Clear, FF, FF, End: 36 bits
   };
   for (const auto &row : rows) {
-    InUse use(support::kBilevel, row.mode);
+    InUse use(RAXEL_STORED_MODE_BILEVEL, row.mode);
     support::HostOutput out;
     const Pixels block(Bytes(4 * 8, 0xFF));
     Handle descriptor = 0;
@@ -122,7 +122,7 @@ TEST(Strips, LzwAndT6AreOneWriteAStripAndFaxRowsOneEach) {
 
 // A T.4 strip begins with an EOL and ends with six; its byte count has them all.
 TEST(Strips, T4StripsBeginWithAnEolAndEndWithSix) {
-  InUse use(support::kBilevel, support::kT4Mode);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T4);
   support::HostOutput out;
   const Pixels block(Bytes(4 * 5, 0xFF));
   EXPECT_EQ(support::writePicture(out.file, {8, 5, 1, {}, kBlackWhite}, block.handle()), 0);
@@ -135,7 +135,7 @@ TEST(Strips, T4StripsBeginWithAnEolAndEndWithSix) {
 }
 
 TEST(Strips, LzwStripsStandAlone) {
-  InUse use(support::kBilevel, support::kLzwMode);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_LZW);
   support::HostOutput out;
   const Pixels block(
       hex("42 00 00 00  41 00 00 00  42 00 00 00  41 00 00 00  42 00 00 00  41 00 00 00"
@@ -152,7 +152,7 @@ TEST(Strips, LzwStripsStandAlone) {
 
 // LZW and T.6 take the rows packed: 9 pixels are two bytes, whatever the padding holds.
 TEST(Strips, WholeStripsArePackedWithoutPadding) {
-  InUse use(support::kColors256, support::kLzwMode);
+  InUse use(RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_COMPRESS_LZW);
   support::HostOutput out;
   const Pixels block(hex("43 EE EE EE  42 EE EE EE  41 EE EE EE"));
   const Bytes palette(768);
@@ -167,13 +167,13 @@ TEST(Strips, WholeStripsArePackedWithoutPadding) {
 
 // 24-bit rows are swapped before they are coded, in place, also in the strips of LZW.
 TEST(Strips, RgbIsSwappedBeforeItIsCoded) {
-  for (const int32_t mode : {support::kPackBitsMode, support::kLzwMode}) {
-    InUse use(support::kRgb24, mode);
+  for (const int32_t mode : {RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_LZW}) {
+    InUse use(RAXEL_STORED_MODE_RGB, mode);
     support::HostOutput out;
     const Pixels block(hex("010203 00  040506 00"));
     EXPECT_EQ(support::writePicture(out.file, {1, 2, 24, {}, {}}, block.handle()), 0);
     EXPECT_EQ(block.bytes(), hex("030201 00  060504 00"));
-    if (mode == support::kPackBitsMode) {
+    if (mode == RAXEL_STORED_COMPRESS_PACKBITS) {
       EXPECT_EQ(support::slice(out.bytes(), out.bytes().size() - 8, 8), hex("02 060504  02 030201"));
     }
   }
@@ -182,7 +182,7 @@ TEST(Strips, RgbIsSwappedBeforeItIsCoded) {
 // Strips are numbered on from band to band. Bands whose quarters are shorter than the picture's make
 // more strips than the directory has room for, and the surplus numbers land behind the arrays.
 TEST(Strips, BandsCountOnPastTheArrays) {
-  InUse use(support::kBilevel, support::kPackBitsMode);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_PACKBITS);
   support::HostOutput out;
   Handle descriptor = 0;
   BeginCellBitmap(out.file, 8, 8, 1, kBlackWhite.data(), &descriptor);  // 4 strips of 2 rows
@@ -210,7 +210,7 @@ TEST(Strips, BandsCountOnPastTheArrays) {
 // Tiles are cut for T.6 alone. Any other compression codes its rows under a directory of tiles, and
 // nothing is patched.
 TEST(Strips, TiledLayoutWithAnotherCompressionPatchesNothing) {
-  InUse use(support::kBilevel, support::kPackBitsMode, support::kTiles);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_LAYOUT_TILES);
   support::HostOutput out;
   const Pixels block(hex(kSixteenByNine));
   Handle descriptor = 0;
@@ -226,7 +226,7 @@ TEST(Strips, TiledLayoutWithAnotherCompressionPatchesNothing) {
 }
 
 TEST(Strips, TiledLayoutWithLzwCodesAChunkAtOnce) {
-  InUse use(support::kBilevel, support::kLzwMode, support::kTiles);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_LAYOUT_TILES);
   support::HostOutput out;
   const Pixels block(Bytes(4 * 200));
   Handle descriptor = 0;
@@ -238,7 +238,7 @@ TEST(Strips, TiledLayoutWithLzwCodesAChunkAtOnce) {
 }
 
 TEST(Strips, TiledT4StillWritesItsEols) {
-  InUse use(support::kBilevel, support::kT4Mode, support::kTiles);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T4, RAXEL_STORED_LAYOUT_TILES);
   support::HostOutput out;
   const Pixels block(Bytes(4 * 2, 0xFF));
   Handle descriptor = 0;
@@ -254,7 +254,8 @@ TEST(Strips, TiledT4StillWritesItsEols) {
 // Fax codes take bits as they come, also where a pixel has more of them: of each row its first `width`
 // bits, in T.6 strips rows of that many bits one after the other.
 TEST(Strips, FaxCodesOfDeeperPixels) {
-  for (const int32_t mode : {support::kColors16, support::kColors256, support::kRgb24}) {
+  for (const int32_t mode :
+       {RAXEL_STORED_MODE_COLOR16, RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_MODE_RGB}) {
     support::Picture picture{8, 8, support::depthOfMode(mode), {}, Bytes(768)};
     Bytes row(picture.stride(), 0xFF);
     row[1] = 0;
@@ -267,10 +268,11 @@ TEST(Strips, FaxCodesOfDeeperPixels) {
       return support::slice(out.bytes(), out.bytes().size() - count, count);
     };
     // White 8 is 10011, and a row ends with its byte. Four strips of two rows.
-    EXPECT_EQ(end(support::kHuffmanMode, 8), Bytes(8, 0x98)) << mode;
-    EXPECT_EQ(end(support::kT4Mode, 18), hex("00 01  98 00 01  98 00 01  00 01 00 01 00 01 00 01 00 01"));
+    EXPECT_EQ(end(RAXEL_STORED_COMPRESS_HUFFMAN, 8), Bytes(8, 0x98)) << mode;
+    EXPECT_EQ(end(RAXEL_STORED_COMPRESS_T4, 18),
+              hex("00 01  98 00 01  98 00 01  00 01 00 01 00 01 00 01 00 01"));
     // FF, then 00: V0, and horizontal with white 0 and black 8: 1 001 00110101 000101.
-    EXPECT_EQ(end(support::kT6Mode, 12), hex("93 51 40  93 51 40  93 51 40  93 51 40")) << mode;
+    EXPECT_EQ(end(RAXEL_STORED_COMPRESS_T6, 12), hex("93 51 40  93 51 40  93 51 40  93 51 40")) << mode;
   }
 }
 

@@ -22,7 +22,7 @@ struct Tiled {
 };
 
 Tiled writeTiled(uint32_t width, uint32_t height, const Bytes &pixels) {
-  InUse use(support::kBilevel, support::kT6Mode, support::kTiles);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6, RAXEL_STORED_LAYOUT_TILES);
   support::HostOutput out;
   const Pixels block(pixels);
   Handle descriptor = 0;
@@ -124,7 +124,7 @@ TEST(TiledT6, ChunksAre128RowsUpTo2016Pixels) {
 
 // Columns that the rows do not reach are tiles of zeros.
 TEST(TiledT6, ColumnsPastTheRowsAreBlack) {
-  InUse use(support::kBilevel, support::kT6Mode, support::kTiles);
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6, RAXEL_STORED_LAYOUT_TILES);
   support::HostOutput out;
   const Pixels block(Bytes(4 * 8, 0xFF));
   Handle descriptor = 0;

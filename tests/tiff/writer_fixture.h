@@ -14,31 +14,13 @@ namespace support {
 
 using Bytes = std::vector<uint8_t>;
 
-// Option codes of the settings record.
-enum BitmapModeCode : int32_t {
-  kBilevel = 215,
-  kGrey16 = 216,
-  kGrey256 = 217,
-  kFixed8 = 218,
-  kColors16 = 219,
-  kColors256 = 221,
-  kRgb24 = 222,
-};
-enum CompressionModeCode : int32_t {
-  kNone = 224,
-  kPackBitsMode = 225,
-  kHuffmanMode = 226,
-  kLzwMode = 227,
-  kT4Mode = 229,
-  kT6Mode = 230,
-};
-enum LayoutCode : uint16_t { kTiles = 771, kStrips = 772 };
-
 inline uint16_t depthOfMode(int32_t mode) {
-  return mode == kBilevel                                          ? 1
-         : mode == kGrey16 || mode == kFixed8 || mode == kColors16 ? 4
-         : mode == kGrey256 || mode == kColors256                  ? 8
-                                                                   : 24;
+  return mode == RAXEL_STORED_MODE_BILEVEL ? 1
+         : mode == RAXEL_STORED_MODE_GREY16 || mode == RAXEL_STORED_MODE_COLOR8 ||
+                 mode == RAXEL_STORED_MODE_COLOR16
+             ? 4
+         : mode == RAXEL_STORED_MODE_GREY256 || mode == RAXEL_STORED_MODE_COLOR256 ? 8
+                                                                                   : 24;
 }
 
 // A block of handle memory with these bytes.
@@ -64,7 +46,7 @@ class Pixels {
 // Puts a record of defaults in use for the length of a test.
 class InUse {
  public:
-  InUse(int32_t bitmapMode, int32_t compressionMode, uint16_t layout = kStrips) {
+  InUse(int32_t bitmapMode, int32_t compressionMode, uint16_t layout = RAXEL_STORED_LAYOUT_STRIPS) {
     setup.nBitmapMode = bitmapMode;
     setup.nCompressionMode = compressionMode;
     setup.tiff.wLayoutMode = layout;

@@ -15,7 +15,7 @@ uint32_t ExportCellData(const char *name, PictureRecord *picture, const void *in
   uint32_t (*real)(const char *, PictureRecord *, const void *, HostWord *);
   memcpy(&real, &symbol, sizeof real);
   if (fault && strcmp(fault, "nothing") == 0) return 0;  // as if all went well
-  if (fault && strcmp(fault, "code") == 0) return 303;
+  if (fault && strcmp(fault, "code") == 0) return RAXEL_CANNOT_WRITE;
   if (fault && strcmp(fault, "pixel") == 0) {  // the first of the bottom row
     uint8_t *pixels = GlobalLock(picture->hBits);
     pixels[0] ^= 0x80;
