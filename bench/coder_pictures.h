@@ -108,16 +108,16 @@ inline Picture chartPicture() {
   const size_t width = 2000;
   const size_t height = 1500;
   std::vector<uint8_t> pixels(width * height, 0);
-  const auto box = [&](size_t x0, size_t y0, size_t x1, size_t y1, uint8_t colour) {
+  const auto box = [&](size_t x0, size_t y0, size_t x1, size_t y1, uint8_t color) {
     for (size_t y = y0; y < std::min(y1, height); ++y) {
-      for (size_t x = x0; x < std::min(x1, width); ++x) pixels[y * width + x] = colour;
+      for (size_t x = x0; x < std::min(x1, width); ++x) pixels[y * width + x] = color;
     }
   };
   for (size_t y = 100; y < height; y += 90) box(80, y, width - 60, y + 2, 7);
   for (size_t x = 110; x + 90 < width; x += 62) {
     const auto top = static_cast<size_t>(random.between(120, 1100));
-    const auto colour = static_cast<uint8_t>(random.between(1, 6));
-    box(x, top, x + 44, height - 120, colour);
+    const auto color = static_cast<uint8_t>(random.between(1, 6));
+    box(x, top, x + 44, height - 120, color);
     for (size_t y = top; y < height - 120; y += 6) box(x + 22, y, x + 44, y + 1, 8);
     for (size_t i = 0; i < 30; ++i) {
       const size_t at = x + static_cast<size_t>(random.between(0, 40));

@@ -97,9 +97,9 @@ bool isModest(RasterSetup &settings, PictureRecord picture, const uint8_t *info)
   lpRaster = &settings;
   PictureFormat format{};
   QueryPlatformOffscreen(&format, &picture, DrawExportCellData);
-  uint16_t bits = 0, colourSpace = 0;
+  uint16_t bits = 0, colorSpace = 0;
   uint8_t flags[9] = {};
-  QueryCellFormat(&format.dWidth, &format.dHeight, &bits, &format.nResolution, &colourSpace, flags);
+  QueryCellFormat(&format.dWidth, &format.dHeight, &bits, &format.nResolution, &colorSpace, flags);
   settings = before;
   lpRaster = nullptr;
   const uint64_t width = runtime::toU32(format.dWidth) + uint64_t{1};
@@ -134,8 +134,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   picture.nHeight = static_cast<uint16_t>(input.between(0, 90));
   const unsigned palette = input.byte();
   if (palette % 4 != 0 && picture.nBits <= 8) {
-    auto colours = input.bytes(palette % 4 == 1 ? palette : size_t{3} << picture.nBits);
-    picture.hPalette = block(colours);
+    auto colors = input.bytes(palette % 4 == 1 ? palette : size_t{3} << picture.nBits);
+    picture.hPalette = block(colors);
   }
   // Sometimes fewer rows than the picture should have.
   std::vector<uint8_t> rows((picture.nWidth * size_t{picture.nBits} + 31) / 32 * 4 * picture.nHeight);

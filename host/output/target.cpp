@@ -19,7 +19,7 @@
 namespace host {
 namespace {
 
-// A new locked file; -1 with errno set when there is none to be had.
+// A new locked file; -1 with errno set when none could be made.
 int createSlot(const std::string &path, std::string &name) {
   for (int slot = 0; slot < kSlots; ++slot) {
     name = slotName(path, slot);

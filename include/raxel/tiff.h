@@ -97,10 +97,10 @@ RAXEL_EXPORT int32_t WriteTiffDir(TiffWriterState *state);
 //   width, height  in: inches, or mere proportions when *resolution is 0; out: pixels, not rounded
 //   bitsPerPixel   out: 1, 4, 8 or 24; left alone for a bitmap mode that does not exist
 //   resolution     in: the picture's dots per inch, 0 for none; out: the output's; may be null
-//   colourSpace, flags  neither read nor written
+//   colorSpace, flags  neither read nor written
 // Returns 0. Does nothing without a width, a height or a record in use.
 RAXEL_EXPORT int32_t QueryCellFormat(double *width, double *height, uint16_t *bitsPerPixel,
-                                     uint32_t *resolution, uint16_t *colourSpace, void *flags);
+                                     uint32_t *resolution, uint16_t *colorSpace, void *flags);
 
 // Begins a picture: settles the state from the record's modes, writes header and directory, and for an
 // uncompressed picture its one strip's position and length.

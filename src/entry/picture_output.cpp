@@ -55,10 +55,10 @@ bool isDepth(uint16_t bits) {
 
 // From inches to pixels. A height is rounded up to an even number, a width is not.
 int32_t settleSize(Output &out) {
-  uint16_t colourSpace = 0;
+  uint16_t colorSpace = 0;
   uint8_t flags[9] = {};
   QueryCellFormat(&out.format->dWidth, &out.format->dHeight, &out.bits, &out.format->nResolution,
-                  &colourSpace, flags);
+                  &colorSpace, flags);
   if (!isDepth(out.bits)) return RAXEL_NO_FORMAT;
   out.width = runtime::toU32(out.format->dWidth);
   out.height = (runtime::toU32(out.format->dHeight) + 1u) & ~1u;

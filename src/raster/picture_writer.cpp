@@ -29,7 +29,7 @@ struct Target {
   uint32_t width = 0;
   uint32_t height = 0;
   uint16_t depth = 0;
-  uint16_t colourSpace = 0;
+  uint16_t colorSpace = 0;
 };
 
 // Reports progress. False when the host asks to stop, ended the session, or destroyed the settings
@@ -55,7 +55,7 @@ Target targetOf(uint32_t width, uint32_t rows, uint32_t resolution) {
   }
   Target target;
   uint8_t flags[9] = {};
-  QueryCellFormat(&targetWidth, &targetHeight, &target.depth, &resolution, &target.colourSpace, flags);
+  QueryCellFormat(&targetWidth, &targetHeight, &target.depth, &resolution, &target.colorSpace, flags);
   target.width = runtime::toU32(targetWidth);
   target.height = runtime::toU32(targetHeight);
   return target;
@@ -172,7 +172,7 @@ void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t 
     if (!report(use, percent += RAXEL_REPORT_STEP)) return;
   }
   // No setting asks for CMYK output: the colour space stays 0.
-  if (target.colourSpace == kCmykSpace && target.depth == 32) {
+  if (target.colorSpace == kCmykSpace && target.depth == 32) {
     rlRGB4toCMYK(picture.bits, picture.width, picture.height);
     picture.kind = RAXEL_RASTER_CMYK;
   }

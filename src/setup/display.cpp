@@ -38,8 +38,9 @@ int32_t takeNumber(const char *&text) {
   return value;
 }
 
+// Every output of the getters may be null.
 template <class Number>
-void hand(Number *out, Number value) {
+void storeIfWanted(Number *out, Number value) {
   if (out != nullptr) *out = value;
 }
 
@@ -78,19 +79,19 @@ void SetPrinterInfo(double width, double height, int16_t xResolution, int16_t yR
 int32_t GetDisplayInfo(double *width, double *height, int16_t *xResolution, int16_t *yResolution) {
   const setup::DeviceInfo info = setup::displayInDots();
   // Inches; a resolution of 0 makes them infinite, or no number at all.
-  setup::hand(width, info.dWidth / info.nXRes);
-  setup::hand(height, info.dHeight / info.nYRes);
-  setup::hand(xResolution, info.nXRes);
-  setup::hand(yResolution, info.nYRes);
+  setup::storeIfWanted(width, info.dWidth / info.nXRes);
+  setup::storeIfWanted(height, info.dHeight / info.nYRes);
+  setup::storeIfWanted(xResolution, info.nXRes);
+  setup::storeIfWanted(yResolution, info.nYRes);
   return 0;
 }
 
 int32_t GetPrinterInfo(double *width, double *height, int16_t *xResolution, int16_t *yResolution) {
   // As stored: no defaults and no division, so the printer's page is kept in inches.
-  setup::hand(width, setup::printer.dWidth);
-  setup::hand(height, setup::printer.dHeight);
-  setup::hand(xResolution, setup::printer.nXRes);
-  setup::hand(yResolution, setup::printer.nYRes);
+  setup::storeIfWanted(width, setup::printer.dWidth);
+  setup::storeIfWanted(height, setup::printer.dHeight);
+  setup::storeIfWanted(xResolution, setup::printer.nXRes);
+  setup::storeIfWanted(yResolution, setup::printer.nYRes);
   return 0;
 }
 

@@ -48,7 +48,7 @@ int32_t signedDepth(int32_t bitmapMode, int32_t other) {
 
 Inches fitAspect(const RasterSetup &record, double pictureWidth, double pictureHeight) {
   // Whole pixels, kept in doubles: a record with huge sizes or no resolution yields infinities and
-  // no-numbers here, which the caller cuts to its range. Whole numbers have one zero: a part of a
+  // NaNs here, which the caller cuts to its range. Whole numbers have one zero: a part of a
   // negative pixel is 0.0, since -0.0 would turn the sign of the box's proportions.
   const double xResolution = record.tiff.nXResolution;
   const double yResolution = record.tiff.nYResolution;

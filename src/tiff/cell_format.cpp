@@ -48,7 +48,7 @@ void settleResolution(RasterSetup &setup, uint32_t resolution) {
 }  // namespace
 
 int32_t QueryCellFormat(double *width, double *height, uint16_t *bitsPerPixel, uint32_t *resolution,
-                        uint16_t * /*colourSpace*/, void * /*flags*/) {
+                        uint16_t * /*colorSpace*/, void * /*flags*/) {
   if (lpRaster == nullptr || width == nullptr || height == nullptr) return 0;
   RasterSetup &setup = *lpRaster;
   const uint32_t pictureResolution = resolution == nullptr ? 0 : *resolution;

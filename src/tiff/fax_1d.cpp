@@ -10,7 +10,7 @@
 namespace tiff {
 namespace {
 
-uint32_t colourOfLastPixel(uint8_t byte) {
+uint32_t colorOfLastPixel(uint8_t byte) {
   return 1 - (byte & 1u);
 }
 
@@ -26,14 +26,14 @@ uint32_t colourOfLastPixel(uint8_t byte) {
     if (!writer.reserve(room)) return false;
     for (; changes != 0; changes &= changes - 1) {
       const auto at = static_cast<uint32_t>(std::countr_zero(changes));
-      const uint32_t colour = colourOfLastPixel((chunk + at)[-1]);
-      const ByteStep &step = kByteSteps[colour][chunk[at]];
+      const uint32_t color = colorOfLastPixel((chunk + at)[-1]);
+      const ByteStep &step = kByteSteps[color][chunk[at]];
       run += 8 * (at - done) + step.lead;
-      const auto &codes = kRunCodes[colour];
+      const auto &codes = kRunCodes[color];
       if (run >= 64) {
         if (run <= kLongestMakeUp) {
           writer.put(codes[kMakeUpBase + run / 64]);
-        } else if (!writer.putMakeUps(colour, run, room)) {
+        } else if (!writer.putMakeUps(color, run, room)) {
           return false;
         }
         run %= 64;
@@ -83,7 +83,7 @@ uint32_t encodeFaxRow(std::span<const uint8_t> row, uint32_t width, uint32_t com
   }
   const auto filledUp =
       static_cast<uint32_t>((8 * kChangeChunk - width % (8 * kChangeChunk)) % (8 * kChangeChunk));
-  if (!writer.putRun(colourOfLastPixel(lastByte), run - filledUp)) return 0;
+  if (!writer.putRun(colorOfLastPixel(lastByte), run - filledUp)) return 0;
   if (compression != 3) return writer.byteCount();
   if (!writer.reserve()) return 0;
   writer.fillByte();

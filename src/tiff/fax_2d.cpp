@@ -50,7 +50,7 @@ struct Place {
   return a1 - b1 + 3 <= 6;
 }
 
-uint32_t colourOf(uint64_t same) {
+uint32_t colorOf(uint64_t same) {
   return static_cast<uint32_t>(~same & 1);
 }
 
@@ -104,7 +104,7 @@ uint32_t colourOf(uint64_t same) {
   const uint32_t a2 = distanceTo(findOther(row, uint64_t{a0} + a1, ~same), a0, left);
   writer.put(kModeCodes[kHorizontal]);
   place.a0 += a2;
-  return writer.putRun(colourOf(same), a1) && writer.putRun(1 - colourOf(same), a2 - a1);
+  return writer.putRun(colorOf(same), a1) && writer.putRun(1 - colorOf(same), a2 - a1);
 }
 
 [[gnu::always_inline]] inline void put(BitWriter &bits, BitCode code) {
@@ -139,8 +139,8 @@ uint32_t colourOf(uint64_t same) {
       const uint32_t a2 = distance(endOfRun(rowBits, rowBits));
       if (a2 >= shown) break;
       const BitCode mode = kModeCodes[kHorizontal];
-      const BitCode first = kRunCodes[colourOf(same)][a1];
-      const BitCode second = kRunCodes[1 - colourOf(same)][a2 - a1];
+      const BitCode first = kRunCodes[colorOf(same)][a1];
+      const BitCode second = kRunCodes[1 - colorOf(same)][a2 - a1];
       const uint64_t runs =
           (uint64_t{mode.bits} << first.length | first.bits) << second.length | second.bits;
       bits.put(runs, uint32_t{mode.length} + first.length + second.length);
@@ -189,7 +189,8 @@ uint32_t countChanges(const uint8_t *row, uint32_t width) {
   return changes;
 }
 
-// A row like the one above it: every change is right below its like, and so is the row's end.
+// A row like the one above it: every change lies directly below one of that row, and
+// the row's end below its end.
 bool putSameRow(FaxWriter &writer, uint32_t changes) {
   uint32_t left = changes + 1;
   for (; left > 32; left -= 32) {

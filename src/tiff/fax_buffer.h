@@ -93,15 +93,15 @@ class FaxWriter {
 
   // Places the make-up codes of a run of 64 or more, and then makes room as reserve() does.
   //   colour  0 white, 1 black
-  bool putMakeUps(uint32_t colour, uint32_t run, ptrdiff_t bytes = 16) {
-    *this = withMakeUps(*this, colour, run, bytes);
+  bool putMakeUps(uint32_t color, uint32_t run, ptrdiff_t bytes = 16) {
+    *this = withMakeUps(*this, color, run, bytes);
     return !lost();
   }
 
   // Places a whole run as make-up codes and a terminating code, reserving for itself.
-  bool putRun(uint32_t colour, uint32_t run) {
-    if (run >= 64 ? !putMakeUps(colour, run) : !reserve()) return false;
-    put(kRunCodes[colour][run % 64]);
+  bool putRun(uint32_t color, uint32_t run) {
+    if (run >= 64 ? !putMakeUps(color, run) : !reserve()) return false;
+    put(kRunCodes[color][run % 64]);
     return true;
   }
 
@@ -115,9 +115,9 @@ class FaxWriter {
   uint32_t byteCount() const { return static_cast<uint32_t>(bits_.end() - buffer_->data()); }
 
  private:
-  [[gnu::noinline]] static FaxWriter withMakeUps(FaxWriter writer, uint32_t colour, uint32_t run,
+  [[gnu::noinline]] static FaxWriter withMakeUps(FaxWriter writer, uint32_t color, uint32_t run,
                                                  ptrdiff_t bytes) {
-    const auto &codes = kRunCodes[colour];
+    const auto &codes = kRunCodes[color];
     for (; run >= 64; run = run > kLongestMakeUp ? run - kLongestMakeUp : 0) {
       if (!writer.reserve()) return writer;
       writer.put(codes[kMakeUpBase + (run > kLongestMakeUp ? kLongestMakeUp : run) / 64]);

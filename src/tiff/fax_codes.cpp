@@ -341,10 +341,10 @@ namespace {
 // Cannot be evaluated by a compiler, so that a table that needs it does not compile.
 [[maybe_unused]] void codesOfAByteAreTooLong() {}
 
-consteval ByteStep byteStep(uint32_t colour, uint32_t pixels) {
+consteval ByteStep byteStep(uint32_t color, uint32_t pixels) {
   const auto at = [&](uint32_t i) { return 1 - (pixels >> (7 - i) & 1); };  // the colour of pixel i
   uint32_t lead = 0;
-  while (lead < 8 && at(lead) == colour) ++lead;
+  while (lead < 8 && at(lead) == color) ++lead;
   uint32_t trail = 0;
   while (trail < 8 && at(7 - trail) == at(7)) ++trail;
   ByteStep step{0, 0, static_cast<uint8_t>(lead), static_cast<uint8_t>(trail)};

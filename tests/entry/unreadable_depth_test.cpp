@@ -49,7 +49,7 @@ TEST(UnreadableDepth, IsBlackInRgb) {
   }
 }
 
-TEST(UnreadableDepth, HasTheFirstColourWhereTheOutputTakesThePaletteOver) {
+TEST(UnreadableDepth, HasTheFirstColorWhereTheOutputTakesThePaletteOver) {
   for (const int bits : {0, 2, 3}) {
     for (const int32_t mode : {RAXEL_STORED_MODE_COLOR16, RAXEL_STORED_MODE_COLOR256}) {
       const Written red = exported(bits, mode, kRedFirst);
@@ -62,7 +62,7 @@ TEST(UnreadableDepth, HasTheFirstColourWhereTheOutputTakesThePaletteOver) {
   }
 }
 
-TEST(UnreadableDepth, HasTheGreyOfTheFirstColour) {
+TEST(UnreadableDepth, HasTheGreyOfTheFirstColor) {
   // Red has the luminance 0.3 * 255 = 76, which is 12 of 16 greys: they are counted modulo 16.
   for (const int bits : {0, 2, 3}) {
     EXPECT_EQ(exported(bits, RAXEL_STORED_MODE_GREY256, kRedFirst).rows, Bytes(4, 76)) << bits;

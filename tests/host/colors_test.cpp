@@ -78,7 +78,7 @@ TEST(HostColors, IndicesAndTableGoOverAsTheyAre) {
   }
 }
 
-TEST(HostColors, EightBitIndicesWithFewColoursFitInto16) {
+TEST(HostColors, EightBitIndicesWithFewColorsFitInto16) {
   TestPicture picture(256, 2, 8);
   std::vector<Color> colors(256);
   for (size_t i = 0; i < 256; ++i) colors[i] = {static_cast<uint8_t>(i % 16 * 3), 0, 9};  // 16 distinct
@@ -90,7 +90,7 @@ TEST(HostColors, EightBitIndicesWithFewColoursFitInto16) {
   for (uint32_t x = 0; x < 256; ++x) ASSERT_EQ(made.color(x, 0), colors[x]);
 }
 
-TEST(HostColors, TwoHundredAndFiftySixColoursAreKeptAndOneMoreIsNot) {
+TEST(HostColors, TwoHundredAndFiftySixColorsAreKeptAndOneMoreIsNot) {
   TestPicture picture(257, 2, 24);
   for (uint32_t x = 0; x < 257; ++x) {
     picture.setColor(x, 0, {static_cast<uint8_t>(x), static_cast<uint8_t>(x / 2), 7});
@@ -128,7 +128,7 @@ TEST(HostColors, EveryQuantizerStaysNearThePicture) {
   }
 }
 
-TEST(HostColors, EightColoursAreTheWritersOwn) {
+TEST(HostColors, EightColorsAreTheWritersOwn) {
   TestPicture picture(8, 2, 24);
   const Color corners[8] = {{255, 255, 255}, {0, 0, 0},     {0, 0, 255},   {0, 255, 0},
                             {255, 0, 0},     {0, 255, 255}, {255, 0, 255}, {255, 255, 0}};
@@ -147,7 +147,7 @@ TEST(HostColors, EightColoursAreTheWritersOwn) {
   }
 }
 
-TEST(HostColors, DitheringToEightColoursKeepsTheMean) {
+TEST(HostColors, DitheringToEightColorsKeepsTheMean) {
   TestPicture picture(64, 64, 24);
   for (uint32_t i = 0; i < 64 * 64; ++i) picture.setColor(i % 64, i / 64, {40, 130, 220});
   const Prepared made = prepared(picture, request(RAXEL_MODE_COLOR8));

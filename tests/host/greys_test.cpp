@@ -112,7 +112,7 @@ TEST(HostGreys, DitheringKeepsTheLastColumn) {
   }
 }
 
-TEST(HostGreys, TwoColoursBecomeBlackAndWhiteByBrightness) {
+TEST(HostGreys, TwoColorsBecomeBlackAndWhiteByBrightness) {
   TestPicture picture(2, 2, 1);
   picture.useTable({{255, 255, 0}, {0, 0, 128}});  // blue on yellow
   picture.setIndex(1, 0, 1);
@@ -123,7 +123,7 @@ TEST(HostGreys, TwoColoursBecomeBlackAndWhiteByBrightness) {
   EXPECT_EQ(made.plan.notes, unsigned{RAXEL_NOTE_REDUCED});
 }
 
-TEST(HostGreys, ASingleDarkColourStaysDark) {
+TEST(HostGreys, ASingleDarkColorStaysDark) {
   TestPicture picture(2, 2, 1);
   picture.useTable({{60, 60, 60}});
   const Prepared made = prepared(picture, request(RAXEL_MODE_BILEVEL));

@@ -95,7 +95,7 @@ TEST(Jpeg, GreyStaysGreyAndKnowsItsResolution) {
   for (size_t i = 0; i < jpeg.rows.size(); ++i) EXPECT_NEAR(picture.view.rows[i], jpeg.rows[i], 3);
 }
 
-TEST(Jpeg, ColoursComeAsRedGreenBlue) {
+TEST(Jpeg, ColorsComeAsRedGreenBlue) {
   Bytes rows;
   for (int i = 0; i < 64; ++i) rows.insert(rows.end(), {220, 120, 20});
   Picture picture;
@@ -107,7 +107,7 @@ TEST(Jpeg, ColoursComeAsRedGreenBlue) {
 }
 
 // Adobe's files store 255 - ink: full cyan ink is 0, and paper stays where the other inks are 255.
-TEST(Jpeg, InksBecomeColoursOnPaper) {
+TEST(Jpeg, InksBecomeColorsOnPaper) {
   Bytes rows;
   for (int i = 0; i < 64; ++i) rows.insert(rows.end(), {0, 255, 255, 255});
   Picture picture;

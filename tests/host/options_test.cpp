@@ -139,7 +139,7 @@ TEST(Options, ReadsSizes) {
   }
 }
 
-TEST(Options, ReadsColoursAndEscapes) {
+TEST(Options, ReadsColorsAndEscapes) {
   EXPECT_EQ(parse({"--background", "#1080fF", "a", "b"}).background,
             (std::array<uint8_t, 3>{16, 128, 255}));
   EXPECT_EQ(parse({"--background", "#1aF", "a", "b"}).background,
@@ -156,7 +156,7 @@ TEST(Options, ReadsColoursAndEscapes) {
 }
 
 // The table of HTML 4.
-TEST(Options, KnowsTheSixteenColoursOfHtml) {
+TEST(Options, KnowsTheSixteenColorsOfHtml) {
   const std::vector<std::pair<const char *, std::array<uint8_t, 3>>> colors{
       {"Black", {0, 0, 0}},       {"Green", {0, 128, 0}},    {"Silver", {192, 192, 192}},
       {"Lime", {0, 255, 0}},      {"Gray", {128, 128, 128}}, {"Olive", {128, 128, 0}},

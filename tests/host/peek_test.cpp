@@ -43,7 +43,7 @@ Bytes imageHeader(uint8_t channels) {
 
 }  // namespace
 
-TEST(Peek, FindsTheTransparentColourOfAGif) {
+TEST(Peek, FindsTheTransparentColorOfAGif) {
   EXPECT_EQ(host::gifTransparentIndex(kGifFront + kGifPicture), -1);
   EXPECT_EQ(host::gifTransparentIndex(kGifFront + control(1, 1) + kGifPicture), 1);
   EXPECT_EQ(host::gifTransparentIndex(kGifFront + control(0, 1) + kGifPicture), -1);

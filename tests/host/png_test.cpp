@@ -79,7 +79,7 @@ TEST(Png, KeepsDepthsOfOneTwoAndFourBits) {
   }
 }
 
-TEST(Png, KeepsColourTables) {
+TEST(Png, KeepsColorTables) {
   Picture picture;
   read(encode({3, 1, 4, SPNG_COLOR_TYPE_INDEXED, {0x01, 0x20}, {{1, 2, 3, 0}, {4, 5, 6, 0}, {7, 8, 9, 0}}}),
        picture);
@@ -116,7 +116,7 @@ TEST(Png, ATransparentGreyLevelShowsTheBackground) {
             (Bytes{0, 0, 0, 0, 0, 200, 170, 170, 170, 255, 255, 255}));
 }
 
-TEST(Png, ATransparentColourShowsTheBackground) {
+TEST(Png, ATransparentColorShowsTheBackground) {
   spng_trns transparent{};
   transparent.red = 10;
   transparent.green = 20;

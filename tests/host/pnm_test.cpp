@@ -41,7 +41,7 @@ TEST(Pnm, SaysWhenFurtherPicturesFollow) {
   EXPECT_EQ(notesOf("P5 1 1 255\nAP5 1 1 255\nB"), 1u);
 }
 
-TEST(Pnm, ReadsRawColoursWhereTheyLie) {
+TEST(Pnm, ReadsRawColorsWhereTheyLie) {
   const std::string file = "P6\n2 1\n255\nabcdef";
   Picture picture;
   read(file, picture);

@@ -22,7 +22,7 @@ const Picture kSmall = {24,
                             60, 50, 40, 61, 51, 41, 62, 52, 42, 0, 0, 0,  // top
                         }};
 
-TEST(Export, ASmallPictureArrivesUprightAndInItsColours) {
+TEST(Export, ASmallPictureArrivesUprightAndInItsColors) {
   const Written written = exportPicture(kSmall, {});
   EXPECT_EQ(written.result, 0u);
   EXPECT_EQ(written.progress, std::vector<int32_t>{100});

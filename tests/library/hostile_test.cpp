@@ -23,11 +23,10 @@ TEST(HostileHost, StandsInFrontOfTheLibrary) {
 }
 
 TEST(HostileHost, ChangesNoExport) {
-  const library::Picture colours = library::noise(24, 61, 34, 1);
-  support::golden("library/61x34-bilevel", library::exportPicture(colours, {RAXEL_ASK_MODE_BILEVEL}).file);
-  support::golden("library/61x34-color256",
-                  library::exportPicture(colours, {RAXEL_ASK_MODE_COLOR256}).file);
-  support::golden("library/61x34-rgb", library::exportPicture(colours, {RAXEL_ASK_MODE_RGB}).file);
+  const library::Picture colors = library::noise(24, 61, 34, 1);
+  support::golden("library/61x34-bilevel", library::exportPicture(colors, {RAXEL_ASK_MODE_BILEVEL}).file);
+  support::golden("library/61x34-color256", library::exportPicture(colors, {RAXEL_ASK_MODE_COLOR256}).file);
+  support::golden("library/61x34-rgb", library::exportPicture(colors, {RAXEL_ASK_MODE_RGB}).file);
   support::golden("library/130x40-lzw",
                   library::exportPicture(library::noise(1, 130, 40, 2),
                                          {RAXEL_ASK_MODE_BILEVEL, RAXEL_ASK_COMPRESS_LZW})

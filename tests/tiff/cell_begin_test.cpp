@@ -177,7 +177,7 @@ TEST(BeginCellBitmap, PaletteModesCopyTheHostsPalette) {
   }
 }
 
-TEST(BeginCellBitmap, EightColoursAreTheFixedOnes) {
+TEST(BeginCellBitmap, EightColorsAreTheFixedOnes) {
   InUse use(RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_COMPRESS_NONE);
   const Begun begun(use, 8, 8, countingPalette(16));
   EXPECT_EQ(colorMapOf(begun.state, 9),
@@ -254,7 +254,7 @@ TEST(BeginCellBitmap, GreysThatFitAreNotRemapped) {
   for (int i = 0; i < 256; ++i) EXPECT_EQ(begun.block()[1 + i], i);
 }
 
-TEST(BeginCellBitmap, EightColourModeMapsSixteenInputs) {
+TEST(BeginCellBitmap, EightColorModeMapsSixteenInputs) {
   InUse use(RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_COMPRESS_NONE);
   Bytes palette(48);
   const Bytes first = hex("000000 FFFFFF 0000FF 00FF00 FF0000 00FFFF FF00FF FFFF00 808080 7F7F7F");
@@ -266,7 +266,7 @@ TEST(BeginCellBitmap, EightColourModeMapsSixteenInputs) {
             (Bytes{1, 0, 2, 3, 4, 5, 6, 7, 0, 1, 1, 1, 1, 1, 1, 4}));
 }
 
-TEST(BeginCellBitmap, EightFixedColoursInTheirOrderAreNotRemappedAmongThemselves) {
+TEST(BeginCellBitmap, EightFixedColorsInTheirOrderAreNotRemappedAmongThemselves) {
   InUse use(RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_COMPRESS_NONE);
   const Begun begun(use, 8, 8, Bytes(ColorDirect[0], ColorDirect[0] + 48));
   for (int i = 0; i < 8; ++i) EXPECT_EQ(begun.block()[1 + i], i);

@@ -19,10 +19,10 @@ struct Answer {
 
 Answer query(double width, double height, uint32_t resolution) {
   Answer a{width, height, 77, resolution};
-  uint16_t colourSpace = 0xABCD;
+  uint16_t colorSpace = 0xABCD;
   uint8_t flags[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
-  EXPECT_EQ(QueryCellFormat(&a.width, &a.height, &a.bits, &a.resolution, &colourSpace, flags), 0);
-  EXPECT_EQ(colourSpace, 0xABCD);
+  EXPECT_EQ(QueryCellFormat(&a.width, &a.height, &a.bits, &a.resolution, &colorSpace, flags), 0);
+  EXPECT_EQ(colorSpace, 0xABCD);
   for (int i = 0; i < 9; ++i) EXPECT_EQ(flags[i], i + 1);
   return a;
 }

@@ -161,7 +161,7 @@ TEST(WriteCellBits, LowerChunksSeeTheChunkAboveMapped) {
 
 // Eight fixed colours, from a palette with black first: indices 0 and 1 change places, nibble by
 // nibble and a byte early.
-TEST(WriteCellBits, EightColoursAreRemappedByNibbles) {
+TEST(WriteCellBits, EightColorsAreRemappedByNibbles) {
   Bytes palette(ColorDirect[0], ColorDirect[0] + 48);
   std::swap_ranges(palette.begin(), palette.begin() + 3, palette.begin() + 3);
   const Written w = writeWith(RAXEL_STORED_MODE_COLOR8, 6, 1, hex("10 23 01 45"), palette);

@@ -25,7 +25,7 @@ int32_t nearest(int32_t red, int32_t green, int32_t blue, const Bytes &table) {
   return MapColors(red, green, blue, table.data(), static_cast<int32_t>(table.size() / 3), 1);
 }
 
-TEST(MapColors, NearestFindsEachFixedColour) {
+TEST(MapColors, NearestFindsEachFixedColor) {
   for (int32_t i = 0; i < 8; ++i) {
     EXPECT_EQ(MapColors(ColorDirect[i][0], ColorDirect[i][1], ColorDirect[i][2], ColorDirect[0], 8, 1), i);
   }
@@ -38,7 +38,7 @@ TEST(MapColors, TiesKeepTheLowestIndex) {
 }
 
 // A grey asks for greys and a colour for colours, with channels within 4 of each other on both sides.
-TEST(MapColors, GreysAndColoursDoNotMix) {
+TEST(MapColors, GreysAndColorsDoNotMix) {
   EXPECT_EQ(nearest(100, 104, 100, {100, 105, 100, 0, 4, 0}), 1);
   EXPECT_EQ(nearest(100, 105, 100, {100, 104, 100, 0, 5, 0}), 1);
   EXPECT_EQ(nearest(100, 100, 105, {100, 100, 104, 9, 9, 0}), 1);

@@ -21,13 +21,13 @@ Bytes encode(const std::string &row, uint32_t compression, bool pad = false) {
 }
 
 struct Run {
-  char colour;
+  char color;
   size_t length;
 };
 
 std::string rowOf(std::initializer_list<Run> runs) {
   std::string row;
-  for (const Run &run : runs) row.append(run.length, run.colour);
+  for (const Run &run : runs) row.append(run.length, run.color);
   return row;
 }
 

@@ -57,12 +57,12 @@ TEST(FaxChanges, SeededBytes) {
 
 // Every byte after a run of either colour: its runs, found pixel by pixel.
 TEST(FaxChanges, ByteStepsHoldTheRunsOfEveryByte) {
-  for (uint32_t colour = 0; colour < 2; ++colour) {
+  for (uint32_t color = 0; color < 2; ++color) {
     for (uint32_t byte = 0; byte < 256; ++byte) {
       std::string pixels;
       for (uint32_t i = 0; i < 8; ++i) pixels += (byte >> (7 - i) & 1) != 0 ? 'w' : 'b';
-      const size_t lead = pixels.find(colour == 0 ? 'b' : 'w');
-      const tiff::ByteStep &step = tiff::kByteSteps[colour][byte];
+      const size_t lead = pixels.find(color == 0 ? 'b' : 'w');
+      const tiff::ByteStep &step = tiff::kByteSteps[color][byte];
       if (lead == std::string::npos) {
         EXPECT_EQ(step.lead, 8);
         EXPECT_EQ(step.length, 0);

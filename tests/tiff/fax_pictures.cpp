@@ -5,10 +5,10 @@
 namespace reference {
 namespace {
 
-void fill(std::string &row, int64_t from, int64_t to, char colour) {
+void fill(std::string &row, int64_t from, int64_t to, char color) {
   const auto width = static_cast<int64_t>(row.size());
   for (int64_t x = std::max<int64_t>(from, 0); x < std::min(to, width); ++x)
-    row[static_cast<size_t>(x)] = colour;
+    row[static_cast<size_t>(x)] = color;
 }
 
 // Slanted strokes a few pixels wide, with blank lines between them.

@@ -24,10 +24,10 @@ std::vector<uint8_t> windowsOf(const std::string &row, bool pad) {
 }
 
 // Bit i tells whether pixel `at` + i has not the colour; past the width colours alternate.
-bool differs(const std::string &row, size_t at, char colour) {
-  if (at < row.size()) return row[at] != colour;
+bool differs(const std::string &row, size_t at, char color) {
+  if (at < row.size()) return row[at] != color;
   const bool likeLast = (at - row.size()) % 2 != 0;
-  return (row.back() == colour) != likeLast;
+  return (row.back() == color) != likeLast;
 }
 
 void check(const std::string &row, bool pad) {
@@ -39,10 +39,10 @@ void check(const std::string &row, bool pad) {
       ASSERT_EQ((fromWhite >> i & 1) != 0, differs(row, at + i, 'w')) << at << " + " << i;
       ASSERT_EQ((fromBlack >> i & 1) != 0, differs(row, at + i, 'b')) << at << " + " << i;
     }
-    for (const char colour : {'w', 'b'}) {
+    for (const char color : {'w', 'b'}) {
       size_t found = at;
-      while (!differs(row, found, colour)) ++found;
-      ASSERT_EQ(tiff::findOther(copy.data(), at, colour == 'w' ? kWhite : kBlack), found) << at << colour;
+      while (!differs(row, found, color)) ++found;
+      ASSERT_EQ(tiff::findOther(copy.data(), at, color == 'w' ? kWhite : kBlack), found) << at << color;
     }
   }
 }
@@ -53,16 +53,16 @@ TEST(FaxWindow, SeededRowsOfEveryWidth) {
   for (size_t width = 1; width <= 300; width += step) {
     std::string row(width, 'w');
     const auto percent = static_cast<unsigned>(random.between(0, 30));
-    char colour = 'w';
+    char color = 'w';
     for (char &pixel : row) {
-      if (random.chance(percent)) colour = colour == 'w' ? 'b' : 'w';
-      pixel = colour;
+      if (random.chance(percent)) color = color == 'w' ? 'b' : 'w';
+      pixel = color;
     }
     ASSERT_NO_FATAL_FAILURE(check(row, random.chance(50))) << width;
   }
 }
 
-TEST(FaxWindow, RowsOfOneColourEndAtTheirWidth) {
+TEST(FaxWindow, RowsOfOneColorEndAtTheirWidth) {
   for (size_t width = 1; width <= 200; ++width) {
     ASSERT_NO_FATAL_FAILURE(check(std::string(width, 'w'), false)) << width;
     ASSERT_NO_FATAL_FAILURE(check(std::string(width, 'b'), true)) << width;

@@ -20,16 +20,16 @@ std::string runCodes(bool isBlack, uint32_t run) {
 
 std::string fax1D(const std::string &row) {
   std::string out;
-  char colour = 'w';
+  char color = 'w';
   size_t at = 0;
   while (at < row.size()) {
     uint32_t run = 0;
-    while (at < row.size() && row[at] == colour) {
+    while (at < row.size() && row[at] == color) {
       ++run;
       ++at;
     }
-    out += runCodes(colour == 'b', run);
-    colour = colour == 'w' ? 'b' : 'w';
+    out += runCodes(color == 'b', run);
+    color = color == 'w' ? 'b' : 'w';
   }
   return out;
 }
@@ -49,12 +49,12 @@ std::string fax2DRow(const std::string &row, const std::string &above) {
   std::string out;
   const auto width = static_cast<ptrdiff_t>(row.size());
   ptrdiff_t a0 = -1;
-  char colour = 'w';
+  char color = 'w';
   while (a0 < width) {
     ptrdiff_t a1 = a0 < 0 ? 0 : a0;
-    while (a1 < width && pixelAt(row, a1) == colour) ++a1;
+    while (a1 < width && pixelAt(row, a1) == color) ++a1;
     ptrdiff_t b1 = a0 + 1;
-    while (b1 < width && !(isChanging(above, b1) && pixelAt(above, b1) != colour)) ++b1;
+    while (b1 < width && !(isChanging(above, b1) && pixelAt(above, b1) != color)) ++b1;
     ptrdiff_t b2 = b1 + 1;
     while (b2 < width && !isChanging(above, b2)) ++b2;
     if (b2 > width) b2 = width;
@@ -64,13 +64,13 @@ std::string fax2DRow(const std::string &row, const std::string &above) {
     } else if (a1 - b1 >= -3 && a1 - b1 <= 3) {
       out += kModes[static_cast<size_t>(5 + a1 - b1)];
       a0 = a1;
-      colour = colour == 'w' ? 'b' : 'w';
+      color = color == 'w' ? 'b' : 'w';
     } else {
       ptrdiff_t a2 = a1;
-      while (a2 < width && pixelAt(row, a2) != colour) ++a2;
+      while (a2 < width && pixelAt(row, a2) != color) ++a2;
       out += kModes[1];
-      out += runCodes(colour == 'b', static_cast<uint32_t>(a1 - (a0 < 0 ? 0 : a0)));
-      out += runCodes(colour != 'b', static_cast<uint32_t>(a2 - a1));
+      out += runCodes(color == 'b', static_cast<uint32_t>(a1 - (a0 < 0 ? 0 : a0)));
+      out += runCodes(color != 'b', static_cast<uint32_t>(a2 - a1));
       a0 = a2;
     }
   }

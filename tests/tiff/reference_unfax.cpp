@@ -107,10 +107,10 @@ class Reader {
 
 // A row of runs, white first, that must end at the width exactly.
 bool readRow(Reader &reader, size_t width, std::string &row) {
-  for (char colour = 'w'; row.size() < width; colour = colour == 'w' ? 'b' : 'w') {
-    const int run = reader.run(colour == 'b');
+  for (char color = 'w'; row.size() < width; color = color == 'w' ? 'b' : 'w') {
+    const int run = reader.run(color == 'b');
     if (run < 0 || row.size() + static_cast<size_t>(run) > width) return false;
-    row.append(static_cast<size_t>(run), colour);
+    row.append(static_cast<size_t>(run), color);
   }
   return true;
 }
@@ -154,31 +154,31 @@ Picture unfaxT6(std::span<const uint8_t> codes, size_t width, size_t rows) {
   const auto changes = [&](size_t at) { return above[at] != (at == 0 ? 'w' : above[at - 1]); };
   while (picture.size() < rows) {
     std::string row;
-    char colour = 'w';
+    char color = 'w';
     bool started = false;
     while (row.size() < width) {
       size_t b1 = started ? row.size() + 1 : 0;
-      while (b1 < width && !(changes(b1) && above[b1] != colour)) ++b1;
+      while (b1 < width && !(changes(b1) && above[b1] != color)) ++b1;
       size_t b2 = b1 + 1;
       while (b2 < width && !changes(b2)) ++b2;
       if (b2 > width) b2 = width;
       started = true;
       const int mode = reader.code(modes);
-      const char other = colour == 'w' ? 'b' : 'w';
+      const char other = color == 'w' ? 'b' : 'w';
       if (mode == kNone) return picture;
       if (mode == 0) {
-        row.append(b2 - row.size(), colour);
+        row.append(b2 - row.size(), color);
       } else if (mode == 1) {
-        const int first = reader.run(colour == 'b');
+        const int first = reader.run(color == 'b');
         const int second = reader.run(other == 'b');
         if (first < 0 || second < 0) return picture;
-        row.append(static_cast<size_t>(first), colour);
+        row.append(static_cast<size_t>(first), color);
         row.append(static_cast<size_t>(second), other);
       } else {
         const ptrdiff_t a1 = static_cast<ptrdiff_t>(b1) + mode - 5;
         if (a1 < static_cast<ptrdiff_t>(row.size())) return picture;
-        row.append(static_cast<size_t>(a1) - row.size(), colour);
-        colour = other;
+        row.append(static_cast<size_t>(a1) - row.size(), color);
+        color = other;
       }
     }
     if (row.size() > width) return picture;

@@ -1,8 +1,8 @@
 // The heap sort of the colour list.
 //
 // It sorts a box of n entries, but builds its heap over n + 1: the entry just past the box takes part
-// and may end up inside it, while one of the box's own moves out to the next box. Tables depend on
-// it, so it is kept; the list has a spare entry at its end for the last box.
+// and may end up inside it, while one of the box's own moves out to the next box. Host tables
+// depend on it; the list has a spare entry at its end for the last box.
 #pragma once
 
 #include <cstdint>

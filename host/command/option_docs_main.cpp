@@ -1,12 +1,12 @@
 // Writes one of the texts made from the option table to standard output; runs while the project is built.
 //
-//   raxel-export-texts bash|zsh|fish
-//   raxel-export-texts manual PAGE      the page with its line "@OPTIONS@" replaced
+//   raxel-export-option-docs bash|zsh|fish
+//   raxel-export-option-docs manual PAGE      the page with its line "@OPTIONS@" replaced
 #include <fstream>
 #include <iostream>
 #include <string>
 
-#include "command/texts.h"
+#include "command/option_docs.h"
 
 namespace {
 

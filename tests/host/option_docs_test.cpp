@@ -1,4 +1,4 @@
-#include "command/texts.h"
+#include "command/option_docs.h"
 
 #include <gtest/gtest.h>
 
