@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "runtime/unaligned.h"
-#include "tiff/hex.h"
+#include "support/hex.h"
 #include "tiff/writer_fixture.h"
 
 namespace {

@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include "support/hex.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
-#include "tiff/hex.h"
 #include "tiff/writer_fixture.h"
 
 namespace {

@@ -3,8 +3,8 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "support/hex.h"
 #include "support/temp_dir.h"
-#include "tiff/hex.h"
 #include "tiff/writer_fixture.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // Header and directory as whole files, each byte worked out by hand from TIFF 6.0.
 #include <gtest/gtest.h>
 
+#include "support/hex.h"
 #include "support/tiff_reader.h"
-#include "tiff/hex.h"
 #include "tiff/writer_fixture.h"
 
 namespace {

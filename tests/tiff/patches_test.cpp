@@ -1,7 +1,7 @@
 // Filling in the offsets and byte counts of strips and tiles.
 #include <gtest/gtest.h>
 
-#include "tiff/hex.h"
+#include "support/hex.h"
 #include "tiff/writer_fixture.h"
 
 namespace {

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "runtime/unaligned.h"
+#include "support/hex.h"
 #include "support/tiff_reader.h"
-#include "tiff/hex.h"
 #include "tiff/writer_fixture.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // The numbers that a directory is made of: words, longs and entries, byte by byte.
 #include <gtest/gtest.h>
 
+#include "support/hex.h"
 #include "support/temp_dir.h"
-#include "tiff/hex.h"
 #include "tiff/writer_fixture.h"
 
 namespace {
