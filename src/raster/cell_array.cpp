@@ -181,6 +181,15 @@ void writeAlone(const Cells &cells) {
   if (lpEMData != nullptr) dropBuffer();
 }
 
+// Inside a frame the rows wait for its end; outside they are a picture.
+void takeCells(const Cells &cells) {
+  if (lpEMData->bCellActive != 0) {
+    placeRows(cells, lpEMData->nCellHeight, lpEMData->nCellRowsDone);
+  } else {
+    writeAlone(cells);
+  }
+}
+
 }  // namespace
 
 runtime::Block raster::paletteOf(uint32_t bits) {
@@ -207,11 +216,6 @@ HostWord d_gdp(HostWord record) {
 
 HostWord d_ca(HostWord record) {
   if (lpEMData == nullptr || record == 0) return record;
-  const Cells cells = readCells(record);
-  if (lpEMData->bCellActive != 0) {
-    placeRows(cells, lpEMData->nCellHeight, lpEMData->nCellRowsDone);
-  } else {
-    writeAlone(cells);
-  }
+  takeCells(readCells(record));
   return record;
 }

@@ -45,27 +45,32 @@ void settleResolution(RasterSetup &setup, uint32_t resolution) {
   }
 }
 
-}  // namespace
-
-int32_t QueryCellFormat(double *width, double *height, uint16_t *bitsPerPixel, uint32_t *resolution,
-                        uint16_t * /*colorSpace*/, void * /*flags*/) {
-  if (lpRaster == nullptr || width == nullptr || height == nullptr) return 0;
-  RasterSetup &setup = *lpRaster;
+// Brings size and resolution in the settings up to date, and turns the picture's size into pixels. A
+// picture without a resolution (0) has mere proportions, and one that does not tell it (null) takes its own
+// size.
+void settleFormat(RasterSetup &setup, double &width, double &height, uint32_t *resolution) {
   const uint32_t pictureResolution = resolution == nullptr ? 0 : *resolution;
-  settleSize(setup, *width, *height, pictureResolution);
+  settleSize(setup, width, height, pictureResolution);
   settleResolution(setup, pictureResolution);
 
   double inches[2] = {setup.dWidth, setup.dHeight};
   const bool ownSize =
       setup.nSizeMode == RAXEL_STORED_SIZE_PICTURE && (resolution == nullptr || *resolution != 0);
-  if (!ownSize) RasterAdjustAspect(inches, *width, *height);
+  if (!ownSize) RasterAdjustAspect(inches, width, height);
 
-  if (setup.tiff.nXResolution != 0) {
-    *width = inches[0] * setup.tiff.nXResolution;
-    *height = inches[1] * setup.tiff.nYResolution;
-    if (resolution != nullptr) *resolution = static_cast<uint32_t>(int32_t{setup.tiff.nXResolution});
-  }
-  const runtime::BitmapMode *mode = runtime::bitmapMode(setup.nBitmapMode);
+  if (setup.tiff.nXResolution == 0) return;
+  width = inches[0] * setup.tiff.nXResolution;
+  height = inches[1] * setup.tiff.nYResolution;
+  if (resolution != nullptr) *resolution = static_cast<uint32_t>(int32_t{setup.tiff.nXResolution});
+}
+
+}  // namespace
+
+int32_t QueryCellFormat(double *width, double *height, uint16_t *bitsPerPixel, uint32_t *resolution,
+                        uint16_t * /*colorSpace*/, void * /*flags*/) {
+  if (lpRaster == nullptr || width == nullptr || height == nullptr) return 0;
+  settleFormat(*lpRaster, *width, *height, resolution);
+  const runtime::BitmapMode *mode = runtime::bitmapMode(lpRaster->nBitmapMode);
   if (bitsPerPixel != nullptr && mode != nullptr) *bitsPerPixel = mode->bitsPerPixel();
   return 0;
 }

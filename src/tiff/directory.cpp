@@ -159,6 +159,22 @@ void placeResolutions(const TiffWriterState &state, uint16_t entryCount, uint32_
   writeRational(file, state.nYResolution);
 }
 
+// Writes the entries, what they point to, and the empty arrays of offsets and byte counts.
+void writeDirectory(TiffWriterState &state) {
+  const Handle file = state.hTiffFile;
+  if (state.nWriterKind == RAXEL_WRITER_ONE_STRIP) state.nStripsDown = 1;
+  WriteWord(file, 0);  // the entry count, once it is known
+  EntryWriter entries{file};
+  const uint32_t xResolution = addEntries(entries, state);
+  WriteLong(file, 0);  // no further directory
+  if (state.nPhotometric == RAXEL_TIFF_PALETTE) writeColorMap(state);
+  placeResolutions(state, entries.count, xResolution, tell(file));
+  if (tiff::pieceCount(state) > 1) {
+    placeArray(state, state.nOffsetsEntryPos, state.nOffsetsPos);
+    placeArray(state, state.nCountsEntryPos, state.nCountsPos);
+  }
+}
+
 }  // namespace
 
 int32_t WriteWord(Handle file, uint32_t value) {
@@ -198,18 +214,6 @@ int32_t WriteTiffHdr(TiffWriterState *state) {
 }
 
 int32_t WriteTiffDir(TiffWriterState *state) {
-  if (state == nullptr) return 0;
-  const Handle file = state->hTiffFile;
-  if (state->nWriterKind == RAXEL_WRITER_ONE_STRIP) state->nStripsDown = 1;
-  WriteWord(file, 0);  // the entry count, once it is known
-  EntryWriter entries{file};
-  const uint32_t xResolution = addEntries(entries, *state);
-  WriteLong(file, 0);  // no further directory
-  if (state->nPhotometric == RAXEL_TIFF_PALETTE) writeColorMap(*state);
-  placeResolutions(*state, entries.count, xResolution, tell(file));
-  if (tiff::pieceCount(*state) > 1) {
-    placeArray(*state, state->nOffsetsEntryPos, state->nOffsetsPos);
-    placeArray(*state, state->nCountsEntryPos, state->nCountsPos);
-  }
+  if (state != nullptr) writeDirectory(*state);
   return 0;
 }
