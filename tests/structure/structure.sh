@@ -68,6 +68,23 @@ case $check in
       ! -path tests/library/codes.cpp ! -path tests/library/records.cpp | sort |
       xargs awk -f tests/structure/codes.awk
     ;;
+  behaviour)
+    # Each oddity of docs/behaviour.md names what carries it and what holds it: both have to exist.
+    work=$(mktemp -d)
+    trap 'rm -rf "$work"' EXIT
+    sources include src | xargs cat | tr -cs 'A-Za-z0-9_' '\n' | sort -u >"$work/words"
+    find tests -name '*.cpp' | xargs sed -nE 's/^TEST(_F|_P)?\(([A-Za-z0-9_]+), *([A-Za-z0-9_]+).*/\2.\3/p' |
+      sort -u >"$work/tests"
+    tr '\n' ' ' <docs/behaviour.md | tr -s ' ' | grep -oE '\*In [^*]*; held by [^*]*\.\*' >"$work/entries"
+    sed 's/; held by .*//' "$work/entries" | grep -oE '`[A-Za-z0-9_]+`' | tr -d '`' | sort -u >"$work/carriers"
+    sed 's/.*; held by //' "$work/entries" | grep -oE '[A-Za-z0-9]+\.[A-Za-z0-9_]+' | sort -u >"$work/held"
+    test "$(grep -c '^- \*\*' docs/behaviour.md)" -eq "$(wc -l <"$work/entries")" ||
+      { echo "docs/behaviour.md: an entry lacks its line '*In ...; held by ...*'"; exit 1; }
+    comm -23 "$work/carriers" "$work/words" | sed 's/^/docs\/behaviour.md: nothing is called /' >"$work/missing"
+    comm -23 "$work/held" "$work/tests" | sed 's/^/docs\/behaviour.md: no test is called /' >>"$work/missing"
+    cat "$work/missing"
+    test ! -s "$work/missing"
+    ;;
   short)
     # A file of one purpose is short. Beyond this many lines it has a second one.
     sources include src host | xargs wc -l | awk '$2 != "total" && $1 > 400 { print; bad = 1 } END { exit bad }'
