@@ -1,6 +1,7 @@
 #include "finish/planned.h"
 
 #include "prepare/plan.h"
+#include "raxel/tiff_codes.h"
 
 namespace finish {
 namespace {
@@ -22,7 +23,9 @@ bool isMinIsWhite(const RaxelPlan &plan) {
 }
 
 uint32_t compressionTag(int32_t compression) {
-  constexpr uint32_t kTags[RAXEL_COMPRESSIONS] = {1, 32773, 2, 5, 3, 4};
+  constexpr uint32_t kTags[RAXEL_COMPRESSIONS] = {RAXEL_TIFF_UNCOMPRESSED, RAXEL_TIFF_PACKBITS,
+                                                  RAXEL_TIFF_HUFFMAN,      RAXEL_TIFF_LZW,
+                                                  RAXEL_TIFF_T4,           RAXEL_TIFF_T6};
   return kTags[compression];
 }
 
