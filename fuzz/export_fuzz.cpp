@@ -57,7 +57,7 @@ void settle(fuzz::Input &input, RasterSetup &setup) {
 }
 
 Handle block(const std::vector<uint8_t> &bytes) {
-  const Handle handle = GlobalAlloc(66, static_cast<uint32_t>(bytes.size()));
+  const Handle handle = GlobalAlloc(RAXEL_MOVEABLE_ZERO, static_cast<uint32_t>(bytes.size()));
   if (!bytes.empty()) std::memcpy(GlobalLock(handle), bytes.data(), bytes.size());
   GlobalUnlock(handle);
   return handle;

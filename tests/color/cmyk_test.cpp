@@ -6,6 +6,7 @@
 
 #include "raxel/color.h"
 #include "raxel/memory.h"
+#include "support/blocks.h"
 
 namespace {
 
@@ -13,7 +14,7 @@ using Bytes = std::vector<uint8_t>;
 using Convert = void (*)(Handle bits, uint32_t width, uint32_t height);
 
 Bytes convert(Convert function, const Bytes &bits, uint32_t width, uint32_t height) {
-  const Handle block = GlobalAlloc(66, static_cast<uint32_t>(bits.size()));
+  const Handle block = support::newBlock(bits.size());
   if (!bits.empty()) std::memcpy(GlobalLock(block), bits.data(), bits.size());
   function(block, width, height);
   const auto *p = static_cast<const uint8_t *>(GlobalLock(block));

@@ -8,6 +8,7 @@
 
 #include "raxel/filter.h"
 #include "raxel/memory.h"
+#include "support/blocks.h"
 
 namespace entry_test {
 
@@ -71,7 +72,7 @@ class DrawnPicture {
   Handle render(uint32_t first, uint32_t last) {
     const uint32_t stride = (opened.nWidth * opened.nBits + 31) / 32 * 4;
     GlobalFree(band_);
-    band_ = GlobalAlloc(66, stride * (last - first));
+    band_ = support::newBlock(stride * (last - first));
     auto *row = static_cast<uint8_t *>(GlobalLock(band_));
     for (uint32_t r = first; r < last; ++r, row += stride) {
       for (uint32_t i = 0; i < stride; ++i) row[i] = static_cast<uint8_t>(r);

@@ -9,23 +9,15 @@
 #include "entry/host_calls.h"
 #include "raxel/filter.h"
 #include "raxel/memory.h"
-#include "setup/current_setup.h"
+#include "support/blocks.h"
+#include "support/globals.h"
 
 namespace entry_test {
 
 using Bytes = std::vector<uint8_t>;
 
-// A block with these bytes.
-inline Handle blockOf(const Bytes &bytes) {
-  const Handle handle = GlobalAlloc(66, static_cast<uint32_t>(bytes.size()));
-  if (!bytes.empty()) std::memcpy(GlobalLock(handle), bytes.data(), bytes.size());
-  return handle;
-}
-
-inline Bytes bytesOf(Handle handle) {
-  const auto *data = static_cast<const uint8_t *>(GlobalLock(handle));
-  return Bytes(data, data + GlobalSize(handle));
-}
+using support::blockOf;
+using support::bytesOf;
 
 // The picture that a test hands over. Rows come bottom row first and are padded to 4 bytes here.
 class Picture {
@@ -124,7 +116,7 @@ class ExportHost {
   HostStatus status;
 
  private:
-  setup_test::Globals globals_;
+  support::Globals globals_;
   Handle setup_;
   RasterSetup *settings_;
   std::array<HostWord, RAXEL_RECORD_WORDS> words_ = {};

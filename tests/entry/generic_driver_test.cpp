@@ -7,7 +7,7 @@
 #include "raster/session.h"
 #include "raxel/driver.h"
 #include "raxel/filter.h"
-#include "setup/current_setup.h"
+#include "support/globals.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -25,7 +25,7 @@ class GenericDriver : public testing::Test {
     hCommon = 1;
     lpCommon = &common_;
   }
-  setup_test::Globals globals_;
+  support::Globals globals_;
   SessionCommon common_ = {};
 };
 

@@ -314,7 +314,7 @@ int32_t destroySetup(HostWord setup, HostWord item, HostWord, HostWord, HostWord
 }
 
 TEST(Items, AHostThatDestroysTheSetupIsToldNoMore) {
-  setup_test::Globals globals;
+  support::Globals globals;
   const Handle setup = CreateSetup(0, "none", nullptr, nullptr);
   told.clear();
   entry::tellItems(&destroySetup, setup, setup, *lpRaster);

@@ -22,7 +22,7 @@ int32_t reportProgress(HostWord context, HostWord a, HostWord b, HostWord, HostW
 }
 
 Handle copyToHandle(const std::vector<uint8_t> &bytes) {
-  const Handle handle = LOADED(GlobalAlloc)(66, static_cast<uint32_t>(bytes.size()));
+  const Handle handle = LOADED(GlobalAlloc)(RAXEL_MOVEABLE_ZERO, static_cast<uint32_t>(bytes.size()));
   std::memcpy(LOADED(GlobalLock)(handle), bytes.data(), bytes.size());
   LOADED(GlobalUnlock)(handle);
   return handle;

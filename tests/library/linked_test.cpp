@@ -30,7 +30,7 @@ TEST(LinkedHost, AndLibrarySeeTheSameCommonBlock) {
 
 TEST(LinkedHost, SwitchesTheLibrarysDiagnosticsOn) {
   const auto dither = [] {
-    const Handle bits = GlobalAlloc(66, 16);
+    const Handle bits = GlobalAlloc(RAXEL_MOVEABLE_ZERO, 16);
     Handle table = 0;
     support::Capture printed(1);
     support::Capture reported(2);  // depth conversion says what it does there

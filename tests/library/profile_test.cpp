@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "library/library.h"
-#include "runtime/environment.h"
+#include "support/environment.h"
 #include "support/temp_dir.h"
 
 namespace {

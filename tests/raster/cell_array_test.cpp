@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "raster/session.h"
+#include "support/blocks.h"
 #include "support/temp_dir.h"
 #include "support/tiff_reader.h"
 
@@ -273,12 +274,7 @@ TEST_F(Cells, EndRasterWithoutBeginWritesNothing) {
 
 // Rows land in the buffer from its start, and the file shows the buffer's last row on top.
 TEST_F(Cells, AFramedColorPictureBecomesAFile) {
-  host.initialise();
-  host.send(RAXEL_OP_OPEN_DEVICE);
-  host.send(RAXEL_OP_BEGIN_PICTURE);
-  host.setWindow(0, 0, 3, 3);
-  host.setResolution(0.254);  // 100 dots per inch
-  host.send(RAXEL_OP_BEGIN_BODY);
+  host.openBody(4, 4, 0.254);  // 100 dots per inch
   host.beginRaster(4, 4, 24);
   std::vector<uint8_t> pixels;
   for (uint8_t i = 0; i < 48; ++i) pixels.push_back(i);
@@ -304,12 +300,7 @@ TEST_F(Cells, AFramedColorPictureBecomesAFile) {
 
 TEST_F(Cells, AFramedIndexedPictureTakesItsPaletteFromTheColorTable) {
   host.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
-  host.initialise();
-  host.send(RAXEL_OP_OPEN_DEVICE);
-  host.send(RAXEL_OP_BEGIN_PICTURE);
-  host.setWindow(0, 0, 3, 1);
-  host.setResolution(0.254);
-  host.send(RAXEL_OP_BEGIN_BODY);
+  host.openBody(4, 2, 0.254);
   host.setColors(0, {1, 2, 3, 10, 20, 30});
   host.beginRaster(4, 2, 8);
   host.send(Host::cellArray(4, 2, 8, {0, 1, 1, 0, 1, 0, 0, 1}));
@@ -370,12 +361,7 @@ TEST_F(Cells, APaletteOfMoreBitsThanTheTableHasEndsInBlack) {
 // No colour library reads such pixels, and the picture is black.
 TEST_F(Cells, AFramedPictureOfNineToTwentyThreeBitsIsBlack) {
   for (const int32_t bits : {9, 12, 16, 23}) {
-    host.initialise();
-    host.send(RAXEL_OP_OPEN_DEVICE);
-    host.send(RAXEL_OP_BEGIN_PICTURE);
-    host.setWindow(0, 0, 3, 3);
-    host.setResolution(0.254);
-    host.send(RAXEL_OP_BEGIN_BODY);
+    host.openBody(4, 4, 0.254);
     host.setColors(0, std::vector<uint8_t>(768, 200));
     host.beginRaster(4, 4, bits);
     EXPECT_EQ(host.send(Host::cellArray(4, 4, bits, std::vector<uint8_t>(64, 0xA5))), 0);
@@ -389,12 +375,7 @@ TEST_F(Cells, AFramedPictureOfNineToTwentyThreeBitsIsBlack) {
 }
 
 TEST_F(Cells, AnUnframedPictureIsWrittenAtOnce) {
-  host.initialise();
-  host.send(RAXEL_OP_OPEN_DEVICE);
-  host.send(RAXEL_OP_BEGIN_PICTURE);
-  host.setWindow(0, 0, 3, 3);
-  host.setResolution(0.254);
-  host.send(RAXEL_OP_BEGIN_BODY);
+  host.openBody(4, 4, 0.254);
   std::vector<uint8_t> pixels;
   for (uint8_t i = 0; i < 48; ++i) pixels.push_back(i);
   EXPECT_EQ(host.send(Host::cellArray(4, 4, 24, pixels)), 0);
@@ -414,12 +395,7 @@ TEST_F(Cells, AnUnframedPictureIsWrittenAtOnce) {
 
 TEST_F(Cells, AnUnframedBottomUpPictureMissesItsLastRow) {
   host.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
-  host.initialise();
-  host.send(RAXEL_OP_OPEN_DEVICE);
-  host.send(RAXEL_OP_BEGIN_PICTURE);
-  host.setWindow(0, 0, 3, 3);
-  host.setResolution(0.254);
-  host.send(RAXEL_OP_BEGIN_BODY);
+  host.openBody(4, 4, 0.254);
   host.send(Host::cellArray(4, 4, 8, numberedRows(4, 4, 1), true));
   host.finish();
   const auto bytes = support::readFile(dir.file("cells.tif"));
@@ -493,10 +469,7 @@ TEST_F(Cells, SeveralPicturesLeaveTheFirstDirectoryToTheLast) {
   host.initialise();
   host.send(RAXEL_OP_OPEN_DEVICE);
   for (int picture = 0; picture < 2; ++picture) {
-    host.send(RAXEL_OP_BEGIN_PICTURE);
-    host.setWindow(0, 0, 3, 3);
-    host.setResolution(0.254);
-    host.send(RAXEL_OP_BEGIN_BODY);
+    host.beginBody(4, 4, 0.254);
     host.send(Host::cellArray(4, 4, 8, numberedRows(4, 4, static_cast<uint8_t>(1 + 10 * picture))));
     host.send(RAXEL_OP_END_PICTURE);
   }
@@ -516,7 +489,7 @@ TEST_F(Cells, FourChannelPicturesLoseTheFourthBeforeDepthsChange) {
     host.send(RAXEL_OP_OPEN_DEVICE);
     lpEMData->DevWindow[3] = 3;
     lpEMData->DevWindow[4] = 3;
-    Handle pixels = GlobalAlloc(66, 64);
+    Handle pixels = support::newBlock(64);
     auto *p = static_cast<uint8_t *>(GlobalLock(pixels));
     for (int i = 0; i < 16; ++i) {
       const uint8_t pixel[4] = {10, 200, 30, 100};

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "raster/session.h"
+#include "support/blocks.h"
 #include "support/temp_dir.h"
 #include "support/tiff_reader.h"
 
@@ -23,12 +24,7 @@ class WideTarget : public testing::Test {
   // file's rows.
   std::vector<uint8_t> rowsOfZeros(int32_t mode, int32_t bits, const std::vector<uint8_t> &colors) {
     host.settings().nBitmapMode = mode;
-    host.initialise();
-    host.send(RAXEL_OP_OPEN_DEVICE);
-    host.send(RAXEL_OP_BEGIN_PICTURE);
-    host.setWindow(0, 0, 63, 7);
-    host.setResolution(0.254);
-    host.send(RAXEL_OP_BEGIN_BODY);
+    host.openBody(64, 8, 0.254);
     host.setColors(0, colors);
     const std::vector<uint8_t> zeros(static_cast<size_t>(64 * bits));
     EXPECT_EQ(host.send(Host::cellArray(64, 8, bits, zeros)), 0);
@@ -87,7 +83,7 @@ TEST_F(WideTarget, TheCallersBlockStaysAsLongAsItWas) {
   host.send(RAXEL_OP_OPEN_DEVICE);
   lpEMData->DevWindow[3] = 63;
   lpEMData->DevWindow[4] = 7;
-  const Handle pixels = GlobalAlloc(66, 64 * 8);
+  const Handle pixels = support::newBlock(64 * 8);
   RasterWriteCellData(pixels, 64, 8, 100, 8, 0);
   EXPECT_EQ(GlobalSize(pixels), 512u);
   GlobalFree(pixels);
@@ -133,7 +129,7 @@ TEST_F(TakenAway, ASessionEndedInTheReportLeavesNothingToAnswer) {
 TEST_F(TakenAway, WithoutASetupTheWriterItselfPushes300) {
   host.record_[RAXEL_START_SETUP] = 0;
   host.initialise();
-  const Handle pixels = GlobalAlloc(66, 16);
+  const Handle pixels = support::newBlock(16);
   RasterWriteCellData(pixels, 4, 4, 0, 8, 0);
   EXPECT_EQ(lpEMData->nLastError, RAXEL_NO_MEMORY);
   GlobalFree(pixels);

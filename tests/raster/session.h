@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "raxel/raxel.h"
+#include "support/blocks.h"
 
 namespace raster_test {
 
@@ -24,7 +25,7 @@ class Host {
  public:
   explicit Host(const std::string &name = "") : name_(name.begin(), name.end()) {
     name_.push_back('\0');
-    setup_ = GlobalAlloc(66, sizeof(RasterSetup));
+    setup_ = support::newBlock(sizeof(RasterSetup));
     UseDefaultSettings(&settings());
     settings().nSizeMode = RAXEL_STORED_SIZE_PICTURE;
     settings().nResolutionMode = RAXEL_STORED_RESOLUTION_PICTURE;
@@ -131,13 +132,18 @@ class Host {
     return record;
   }
 
-  // Initialise, open, begin picture, window, body: ready for cell arrays.
-  void openBody(double width, double height) {
-    initialise();
-    send(RAXEL_OP_OPEN_DEVICE);
+  // Begin picture, window, resolution where millimetres are given, body: ready for cell arrays.
+  void beginBody(double width, double height, double millimetres = 0) {
     send(RAXEL_OP_BEGIN_PICTURE);
     setWindow(0, 0, width - 1, height - 1);
+    if (millimetres != 0) setResolution(millimetres);
     send(RAXEL_OP_BEGIN_BODY);
+  }
+  // The same from the start of a session on.
+  void openBody(double width, double height, double millimetres = 0) {
+    initialise();
+    send(RAXEL_OP_OPEN_DEVICE);
+    beginBody(width, height, millimetres);
   }
   void finish() {
     send(RAXEL_OP_END_PICTURE);

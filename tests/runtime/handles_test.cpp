@@ -21,7 +21,7 @@ namespace {
 // The rounded length of a block follows from where its slack ends: size + 34, low three bits off.
 TEST(Handles, DataLieTwentyFourBytesPastTheHandle) {
   for (uint32_t size : {0u, 1u, 6u, 13u, 14u, 4096u}) {
-    const Handle h = GlobalAlloc(66, size);
+    const Handle h = GlobalAlloc(RAXEL_MOVEABLE_ZERO, size);
     EXPECT_EQ(reinterpret_cast<uintptr_t>(GlobalLock(h)), h + 24);
     EXPECT_EQ(GlobalSize(h), size);
     EXPECT_EQ(GlobalFree(h), 0);
@@ -29,7 +29,7 @@ TEST(Handles, DataLieTwentyFourBytesPastTheHandle) {
 }
 
 TEST(Handles, BackOffsetAppearsWithTheFirstLock) {
-  const Handle h = GlobalAlloc(66, 10);
+  const Handle h = GlobalAlloc(RAXEL_MOVEABLE_ZERO, 10);
   const auto *data = reinterpret_cast<const uint8_t *>(h + 24);
   EXPECT_EQ(data[-1], 0);
   EXPECT_EQ(GlobalHandle(data), reinterpret_cast<Handle>(data));
@@ -47,7 +47,7 @@ TEST(Handles, BlocksAreZeroFilledWithTheirSlack) {
 }
 
 TEST(Handles, ReallocationKeepsTheSmallerSizeAndZeroesTheTail) {
-  Handle h = GlobalAlloc(66, 8);
+  Handle h = GlobalAlloc(RAXEL_MOVEABLE_ZERO, 8);
   std::memcpy(GlobalLock(h), "abcdefgh", 8);
   h = GlobalReAlloc(h, 3, 66);
   EXPECT_EQ(GlobalSize(h), 3u);
@@ -66,7 +66,7 @@ size_t heapInUse() {
 }
 
 TEST(Handles, ReallocationLeavesNothingOfTheOldHandle) {
-  Handle h = GlobalAlloc(66, 100);
+  Handle h = GlobalAlloc(RAXEL_MOVEABLE_ZERO, 100);
   const size_t before = heapInUse();
   for (int round = 0; round < 50; ++round) {
     for (const uint32_t size : {30000u, 700u, 1000000u, 100u}) {
@@ -136,7 +136,7 @@ TEST(PointerMemory, GrowsAndFrees) {
 TEST(Handles, BlocksAreTheSizePlusThirtyFourRoundedDownToEight) {
   const uint32_t lengths[][2] = {{0, 32}, {1, 32}, {5, 32}, {6, 40}, {13, 40}, {14, 48}, {4096, 4128}};
   for (const auto &[size, length] : lengths) {
-    Handle h = GlobalAlloc(66, size);
+    Handle h = GlobalAlloc(RAXEL_MOVEABLE_ZERO, size);
     for (int pass = 0; pass < 2; ++pass) {
       const auto *block = reinterpret_cast<const uint8_t *>(h);
       EXPECT_GE(malloc_usable_size(reinterpret_cast<void *>(h)), length);
@@ -168,7 +168,7 @@ TEST(Handles, TheHeaderLiesInFrontOfTheData) {
 }
 
 TEST(Handles, ReallocationRecordsItsOwnFlagsAndForgetsTheLock) {
-  Handle h = GlobalAlloc(66, 10);
+  Handle h = GlobalAlloc(RAXEL_MOVEABLE_ZERO, 10);
   GlobalLock(h);
   h = GlobalReAlloc(h, 12, 7);
   uint32_t flags;
@@ -209,12 +209,12 @@ TEST(PointerMemory, ReallocationOfNullIgnoresTheFlags) {
 
 [[maybe_unused]] void exhaust(uint32_t size, rlim_t addressSpace) {
   limitMemory(addressSpace);
-  GlobalAlloc(66, size);
+  GlobalAlloc(RAXEL_MOVEABLE_ZERO, size);
 }
 
 [[maybe_unused]] void exhaustByGrowing(uint32_t size, rlim_t addressSpace) {
   limitMemory(addressSpace);
-  GlobalReAlloc(GlobalAlloc(66, 8), size, 66);
+  GlobalReAlloc(GlobalAlloc(RAXEL_MOVEABLE_ZERO, 8), size, 66);
 }
 
 TEST(HandlesDeathTest, ExhaustionPrintsTheRoundedLengthAndEndsTheProcess) {

@@ -7,7 +7,7 @@
 
 #include "raxel/profile.h"
 #include "raxel/stream.h"
-#include "runtime/environment.h"
+#include "support/environment.h"
 #include "support/temp_dir.h"
 
 namespace {

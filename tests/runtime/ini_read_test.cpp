@@ -6,8 +6,8 @@
 #include <string>
 
 #include "raxel/profile.h"
-#include "runtime/environment.h"
 #include "support/cases.h"
+#include "support/environment.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
 

@@ -9,9 +9,9 @@
 
 #include "raxel/profile.h"
 #include "raxel/stream.h"
-#include "runtime/environment.h"
 #include "runtime/file_limit.h"
 #include "support/cases.h"
+#include "support/environment.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "raxel/memory.h"
+#include "support/blocks.h"
 #include "support/random.h"
 
 namespace {
@@ -14,7 +15,7 @@ namespace {
 using runtime::blockWithData;
 
 TEST(LiveBlocks, AreKnownByTheirDataUntilTheyGo) {
-  const Handle h = GlobalAlloc(66, 100);
+  const Handle h = support::newBlock(100);
   const auto *data = static_cast<const uint8_t *>(GlobalLock(h));
   EXPECT_EQ(blockWithData(data), h);
   EXPECT_EQ(blockWithData(data + 1), 0u) << "only the beginning counts";
@@ -25,9 +26,9 @@ TEST(LiveBlocks, AreKnownByTheirDataUntilTheyGo) {
 }
 
 TEST(LiveBlocks, KeepTheirPlaceThroughAReallocation) {
-  Handle h = GlobalAlloc(66, 10);
+  Handle h = support::newBlock(10);
   const void *before = GlobalLock(h);
-  const Handle between = GlobalAlloc(66, 10);
+  const Handle between = support::newBlock(10);
   h = GlobalReAlloc(h, 1000000, 66);
   EXPECT_EQ(blockWithData(GlobalLock(h)), h);
   EXPECT_EQ(blockWithData(before) != 0, before == GlobalLock(h));
@@ -49,7 +50,7 @@ TEST(LiveBlocks, AnyNumberOfThemComesAndGoes) {
   std::vector<const void *> gone;
   for (int step = 0; step < 20000; ++step) {
     if (blocks.size() < 2000 && random.chance(step < 10000 ? 70 : 30)) {
-      blocks.push_back(GlobalAlloc(66, static_cast<uint32_t>(random.between(0, 60))));
+      blocks.push_back(support::newBlock(static_cast<uint32_t>(random.between(0, 60))));
     } else if (!blocks.empty()) {
       const int64_t last = static_cast<int64_t>(blocks.size()) - 1;
       std::swap(blocks[static_cast<size_t>(random.between(0, last))], blocks.back());
@@ -71,7 +72,7 @@ TEST(LiveBlocks, ThreadsMayAllocateAtTheSameTime) {
     threads.emplace_back([&] {
       std::vector<Handle> blocks;
       for (int i = 0; i < 3000; ++i) {
-        blocks.push_back(GlobalAlloc(66, 8));
+        blocks.push_back(support::newBlock(8));
         if (i % 3 == 2) {
           GlobalFree(blocks.front());
           blocks.erase(blocks.begin());

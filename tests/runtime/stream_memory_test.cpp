@@ -6,6 +6,7 @@
 
 #include "raxel/memory.h"
 #include "raxel/stream.h"
+#include "support/blocks.h"
 #include "support/cases.h"
 
 namespace {
@@ -22,7 +23,7 @@ struct Memory : testing::Test {
 
   void hold(const std::string &bytes) {
     GlobalFree(GlobalHandle(data));
-    data = GlobalLock(GlobalAlloc(66, static_cast<uint32_t>(bytes.size())));
+    data = GlobalLock(support::newBlock(bytes.size()));
     std::memcpy(data, bytes.data(), bytes.size());
   }
   uint32_t size() const { return GlobalSize(GlobalHandle(data)); }

@@ -9,6 +9,7 @@
 
 #include "raxel/memory.h"
 #include "raxel/stream.h"
+#include "support/blocks.h"
 #include "support/cases.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
@@ -327,7 +328,7 @@ TEST(StreamModel, BlocksHoldWhatAPlainBlockHolds) {
     support::Random random(seed);
     const auto length = static_cast<uint32_t>(random.between(1, 300));
     const auto grow = static_cast<uint32_t>(random.between(1, 5000));
-    void *data = GlobalLock(GlobalAlloc(66, length));
+    void *data = GlobalLock(support::newBlock(length));
     KvlStreamDesc d = {};
     d.lpMemVar = reinterpret_cast<HostWord>(&data);
     d.dwLength = length;

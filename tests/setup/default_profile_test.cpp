@@ -6,7 +6,7 @@
 #include <array>
 #include <string>
 
-#include "setup/current_setup.h"
+#include "support/globals.h"
 
 namespace {
 
@@ -42,7 +42,7 @@ class DefaultProfile : public testing::Test {
     setup::defaultProfile(room);
     return room.data();
   }
-  setup_test::Globals globals_;
+  support::Globals globals_;
 };
 
 TEST_F(DefaultProfile, IsTheStemUpToItsFirstPoint) {

@@ -5,11 +5,11 @@
 
 #include <cmath>
 
-#include "setup/current_setup.h"
+#include "support/globals.h"
 
 namespace {
 
-using setup_test::Environment;
+using support::Environment;
 
 struct Device {
   double width = -1.0;
@@ -26,7 +26,7 @@ Device display() {
 
 class Display : public testing::Test {
  protected:
-  setup_test::Globals globals_;
+  support::Globals globals_;
 };
 
 TEST_F(Display, NothingSetIs1280By1078DotsAt96) {

@@ -6,8 +6,9 @@
 #include <string>
 
 #include "raxel/memory.h"
-#include "setup/current_setup.h"
 #include "setup/settings.h"
+#include "support/blocks.h"
+#include "support/globals.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -16,7 +17,7 @@ constexpr int32_t kNoEscape = 40;  // a number between those of escapes
 
 class Escapes : public testing::Test {
  protected:
-  Escapes() : handle_(GlobalAlloc(66, sizeof(RasterSetup))) {
+  Escapes() : handle_(support::newBlock(sizeof(RasterSetup))) {
     record_ = static_cast<RasterSetup *>(GlobalLock(handle_));
     setup::useDefaults(*record_);
     std::strcpy(record_->szModeName, "MODE");
@@ -32,7 +33,7 @@ class Escapes : public testing::Test {
   }
   std::string saved() const { return support::readText(profile_); }
 
-  setup_test::Globals globals_;
+  support::Globals globals_;
   support::TempDir folder_;
   std::string profile_ = folder_.file("profile.ini");
   Handle handle_;
@@ -350,7 +351,7 @@ TEST_F(Escapes, TheWidthKeepsSixDigitsTheHeightThree) {
 
 TEST_F(Escapes, WithoutAProfileSavingDoesNothing) {
   record_->szProfilePath[0] = '\0';
-  const setup_test::Environment inidir("INIDIR", folder_.path().c_str());
+  const support::Environment inidir("INIDIR", folder_.path().c_str());
   EXPECT_EQ(set(RAXEL_ESCAPE_SET_X_RESOLUTION, 200, 1), 1);
   EXPECT_EQ(record_->tiff.nXResolution, 200);
   EXPECT_TRUE(std::filesystem::exists(folder_.path()));

@@ -7,8 +7,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "setup/current_setup.h"
 #include "setup/settings.h"
+#include "support/globals.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ class Geometry : public testing::Test {
 
   void fit(double width, double height) { AdjustAspect(pair_, width, height); }
 
-  setup_test::Globals globals_;
+  support::Globals globals_;
   RasterSetup record_;
   double pair_[2] = {-1, -1};
 };

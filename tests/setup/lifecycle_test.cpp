@@ -6,7 +6,7 @@
 
 #include "raxel/memory.h"
 #include "runtime/settings_in_use.h"
-#include "setup/current_setup.h"
+#include "support/globals.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -28,7 +28,7 @@ class Lifecycle : public testing::Test {
     return *static_cast<RasterSetup *>(GlobalLock(handle_));
   }
 
-  setup_test::Globals globals_;
+  support::Globals globals_;
   support::TempDir folder_;
   Handle handle_ = 0;
 };
@@ -64,7 +64,7 @@ TEST_F(Lifecycle, TheNewRecordIsTheCurrentOne) {
 
 TEST_F(Lifecycle, AProfileIsFoundUnderInidirFirst) {
   support::writeFile(folder_.file("some.ini"), "[M]\nDriver=D\nColor Mode=105\n");
-  const setup_test::Environment inidir("INIDIR", folder_.path().c_str());
+  const support::Environment inidir("INIDIR", folder_.path().c_str());
   const RasterSetup &record = createFrom("some.ini", "M", "");
   EXPECT_EQ(record.szProfilePath, folder_.file("some.ini"));
   EXPECT_EQ(record.nColorMode, RAXEL_STORED_COLORS_INVERT_GREY);
@@ -73,7 +73,7 @@ TEST_F(Lifecycle, AProfileIsFoundUnderInidirFirst) {
 TEST_F(Lifecycle, WithoutAProfileArgumentTheLibrarysOwnNameCounts) {
   std::strcpy(export_szDLLName, "/opt/host/filters/tiffout.1.so");
   support::writeFile(folder_.file("tiffout.ini"), "[M]\nDriver=D\n");
-  const setup_test::Environment inidir("INIDIR", folder_.path().c_str());
+  const support::Environment inidir("INIDIR", folder_.path().c_str());
   EXPECT_EQ(createFrom("", "M", "").szProfilePath, folder_.file("tiffout.ini"));
   EXPECT_STREQ(export_szDLLName, "/opt/host/filters/tiffout.1.so") << "the host's own value stays";
 }
@@ -87,7 +87,7 @@ TEST_F(Lifecycle, TheLibraryLearnsItsNameOnlyWhenItNeedsIt) {
 }
 
 TEST_F(Lifecycle, PathsOf144CharactersAndMoreAreNotFound) {
-  const setup_test::Environment inidir("INIDIR", nullptr);
+  const support::Environment inidir("INIDIR", nullptr);
   for (size_t length : {144u, 145u, 300u, 5000u}) {
     const RasterSetup &record = createFrom(std::string(length, 'p').c_str(), "M", "A");
     EXPECT_STREQ(record.szProfilePath, "") << length;
@@ -209,7 +209,7 @@ TEST_F(Lifecycle, DriverNamesAreCutAtTwelveCharacters) {
 }
 
 TEST_F(Lifecycle, DisplayModesTakeTheDisplayUnchecked) {
-  const setup_test::Environment display("DISPLAYINFO", "30000 100 1000 10");
+  const support::Environment display("DISPLAYINFO", "30000 100 1000 10");
   const RasterSetup &record =
       create("[MODE]\nDriver=D\nSize Mode=600\nResolution Mode=307\nX Resolution=300\nWidth=7.77\n");
   EXPECT_EQ(record.tiff.nXResolution, 1000);

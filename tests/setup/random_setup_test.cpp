@@ -5,8 +5,8 @@
 #include <string>
 
 #include "raxel/memory.h"
-#include "setup/current_setup.h"
 #include "support/cases.h"
+#include "support/globals.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
 
@@ -93,7 +93,7 @@ void randomEscape(Random &random, Handle setup) {
 }
 
 TEST(RandomSetups, KeepTheirNamesWhole) {
-  const setup_test::Globals globals;
+  const support::Globals globals;
   const support::TempDir folder;
   const std::string path = folder.file("any.ini");
   Random random(2026);

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "setup/current_setup.h"
+#include "support/globals.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ class Settings : public testing::Test {
     return LimitCheck();
   }
 
-  setup_test::Globals globals_;
+  support::Globals globals_;
   RasterSetup record_;
 };
 

@@ -2,6 +2,7 @@
 // file on disk, where patches wait until the end of a band, and a block of memory.
 #include <gtest/gtest.h>
 
+#include "support/blocks.h"
 #include "support/cases.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
@@ -93,7 +94,7 @@ TEST(Streams, EveryKindGetsTheSameFile) {
     ASSERT_EQ(kvlClose(disk), 0);
     ASSERT_EQ(support::readFile(name), host.bytes());
 
-    void *locked = GlobalLock(GlobalAlloc(66, 1));
+    void *locked = GlobalLock(support::newBlock(1));
     KvlStreamDesc descriptor{};
     descriptor.lpMemVar = reinterpret_cast<HostWord>(&locked);
     descriptor.dwGrow = 4096;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "runtime/unaligned.h"
+#include "support/front.h"
 #include "support/hex.h"
 #include "support/tiff_reader.h"
 #include "tiff/writer_fixture.h"
@@ -37,33 +38,19 @@ TEST(Strips, PackBitsFileByteForByte) {
   support::HostOutput out;
   const Pixels block(hex(kSixteenByNine));
   EXPECT_EQ(support::writePicture(out.file, {16, 9, 1, {}, kBlackWhite}, block.handle()), 0);
-  EXPECT_EQ(out.bytes(), hex(R"(
-    49 49  2A 00  08 00 00 00                   ; 00 "II", 42, directory at 8
-    0D 00                                       ; 08 13 entries
-    FE 00  04 00  01 00 00 00  00 00 00 00      ; 0A NewSubfileType 0
-    00 01  03 00  01 00 00 00  10 00 00 00      ; 16 ImageWidth 16
-    01 01  03 00  01 00 00 00  09 00 00 00      ; 22 ImageLength 9
-    02 01  03 00  01 00 00 00  01 00 00 00      ; 2E BitsPerSample 1
-    03 01  03 00  01 00 00 00  05 80 00 00      ; 3A Compression PackBits
-    06 01  03 00  01 00 00 00  01 00 00 00      ; 46 Photometric BlackIsZero
-    11 01  04 00  05 00 00 00  BA 00 00 00      ; 52 StripOffsets, 5 at BA
-    15 01  03 00  01 00 00 00  01 00 00 00      ; 5E SamplesPerPixel 1
-    16 01  04 00  01 00 00 00  02 00 00 00      ; 6A RowsPerStrip 2
-    17 01  04 00  05 00 00 00  CE 00 00 00      ; 76 StripByteCounts, 5 at CE
-    1A 01  05 00  01 00 00 00  AA 00 00 00      ; 82 XResolution at AA
-    1B 01  05 00  01 00 00 00  B2 00 00 00      ; 8E YResolution at B2
-    28 01  03 00  01 00 00 00  02 00 00 00      ; 9A ResolutionUnit inch
-    00 00 00 00                                 ; A6 no further directory
-    60 00 00 00  01 00 00 00                    ; AA 96/1
-    60 00 00 00  01 00 00 00                    ; B2 96/1
-    E2 00 00 00  E7 00 00 00  EC 00 00 00  F1 00 00 00  F6 00 00 00   ; BA offsets
-    05 00 00 00  05 00 00 00  05 00 00 00  05 00 00 00  02 00 00 00   ; CE byte counts
+  const Bytes front = support::frontOf({.width = 16,
+                                        .length = 9,
+                                        .compression = RAXEL_TIFF_PACKBITS,
+                                        .rowsPerStrip = 2,
+                                        .offsets = {0xE2, 0xE7, 0xEC, 0xF1, 0xF6},
+                                        .counts = {5, 5, 5, 5, 2}});
+  EXPECT_EQ(out.bytes(), support::joined(front, hex(R"(
     FF 11  01 12 13                             ; E2 rows 0 and 1
     FF 22  01 23 24                             ; E7 rows 2 and 3
     FF 33  01 34 35                             ; EC rows 4 and 5
     FF 44  01 45 46                             ; F1 rows 6 and 7
     FF 55                                       ; F6 row 8, a short strip
-  )"));
+  )")));
 }
 
 // Each patch is a tell, a seek, four writes and a seek back; each piece of up to 127 bytes one write.

@@ -8,6 +8,7 @@
 #include "raxel/memory.h"
 #include "raxel/settings.h"
 #include "raxel/stream.h"
+#include "support/blocks.h"
 #include "support/stream_procedure.h"
 
 namespace support {
@@ -26,18 +27,13 @@ inline uint16_t depthOfMode(int32_t mode) {
 // A block of handle memory with these bytes.
 class Pixels {
  public:
-  explicit Pixels(const Bytes &bytes) : handle_(GlobalAlloc(66, static_cast<uint32_t>(bytes.size()))) {
-    if (!bytes.empty()) std::memcpy(GlobalLock(handle_), bytes.data(), bytes.size());
-  }
+  explicit Pixels(const Bytes &bytes) : handle_(blockOf(bytes)) {}
   ~Pixels() { GlobalFree(handle_); }
   Pixels(const Pixels &) = delete;
   Pixels &operator=(const Pixels &) = delete;
 
   Handle handle() const { return handle_; }
-  Bytes bytes() const {
-    const auto *p = static_cast<const uint8_t *>(GlobalLock(handle_));
-    return {p, p + GlobalSize(handle_)};
-  }
+  Bytes bytes() const { return bytesOf(handle_); }
 
  private:
   Handle handle_;
@@ -83,7 +79,7 @@ class HostOutput {
 // A stream into a block that does not grow.
 class MemoryOutput {
  public:
-  explicit MemoryOutput(size_t room) : data_(GlobalLock(GlobalAlloc(66, static_cast<uint32_t>(room)))) {
+  explicit MemoryOutput(size_t room) : data_(GlobalLock(newBlock(room))) {
     KvlStreamDesc descriptor{};
     descriptor.lpMemVar = reinterpret_cast<HostWord>(&data_);
     descriptor.dwLength = static_cast<uint32_t>(room);

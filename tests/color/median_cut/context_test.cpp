@@ -6,6 +6,7 @@
 
 #include "raxel/color.h"
 #include "raxel/memory.h"
+#include "support/blocks.h"
 
 namespace {
 
@@ -130,7 +131,7 @@ TEST(ColorLib, RefusesWhatIsMissing) {
   EXPECT_EQ(direct_indexed(kGreen.data(), 1, 1, nullptr, 3, table.data(), context.handle()), -1);
   EXPECT_EQ(direct_indexed(kGreen.data(), 1, 1, &count, 3, nullptr, context.handle()), -1);
   EXPECT_EQ(count, 4);
-  const Handle small = GlobalAlloc(66, 4);  // no context fits in it
+  const Handle small = support::newBlock(4);  // no context fits in it
   EXPECT_EQ(direct_indexed(kGreen.data(), 1, 1, &count, 3, table.data(), small), -1);
   EXPECT_EQ(TermColorLib(small), -1);
   GlobalFree(small);

@@ -7,6 +7,7 @@
 
 #include "raxel/color.h"
 #include "raxel/memory.h"
+#include "support/blocks.h"
 
 namespace {
 
@@ -16,7 +17,7 @@ using Bytes = std::vector<uint8_t>;
 // it would show.
 Handle rowOf(const Bytes &pixels) {
   const auto width = static_cast<uint32_t>(pixels.size() / 3);
-  const Handle bits = GlobalAlloc(66, rlCalcNewSize(width, 1, 24));
+  const Handle bits = support::newBlock(rlCalcNewSize(width, 1, 24));
   std::memset(GlobalLock(bits), 0xFF, GlobalSize(bits));
   std::memcpy(GlobalLock(bits), pixels.data(), pixels.size());
   return bits;
@@ -143,7 +144,7 @@ TEST(Reduce, WithoutAPictureTheTableIsZeroAndTheCountStays) {
 TEST(Reduce, WhatABlockLacksIsBlack) {
   // Two white pixels and one byte of a third where 8 rows of 4 pixels are claimed: the third is
   // (16,0,0), 29 are black. Red is (62 + 16) / 32 = 2, green and blue 62 / 32 = 1.
-  const Handle bits = GlobalAlloc(66, 7);
+  const Handle bits = support::newBlock(7);
   std::memcpy(GlobalLock(bits), "\xFF\xFF\xFF\xFF\xFF\xFF\x80", 7);
   expectTable(reduce(bits, 4, 8, 1), 1, {23, 15, 15});
   GlobalFree(bits);

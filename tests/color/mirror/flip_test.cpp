@@ -7,6 +7,7 @@
 
 #include "raxel/color.h"
 #include "raxel/memory.h"
+#include "support/blocks.h"
 
 namespace {
 
@@ -15,7 +16,7 @@ using Bytes = std::vector<uint8_t>;
 // A flipped picture, followed by the bytes past its block's size.
 Bytes flip(const Bytes &bits, int16_t depth, uint32_t width, uint32_t height, bool leftRight,
            bool topBottom) {
-  const Handle block = GlobalAlloc(66, static_cast<uint32_t>(bits.size()));
+  const Handle block = support::newBlock(bits.size());
   if (!bits.empty()) std::memcpy(GlobalLock(block), bits.data(), bits.size());
   EXPECT_EQ(rlFlipBitmap(block, depth, width, height, leftRight ? 1 : 0, topBottom ? 1 : 0), block);
   const auto *p = static_cast<const uint8_t *>(GlobalLock(block));

@@ -11,13 +11,14 @@
 #include "color/scale/columns.h"
 #include "raxel/color.h"
 #include "raxel/memory.h"
+#include "support/blocks.h"
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
 
 Handle blockOf(const Bytes &bytes) {
-  const Handle block = GlobalAlloc(66, static_cast<uint32_t>(bytes.size()));
+  const Handle block = support::newBlock(bytes.size());
   if (!bytes.empty()) std::memcpy(GlobalLock(block), bytes.data(), bytes.size());
   return block;
 }
