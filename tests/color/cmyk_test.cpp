@@ -40,7 +40,7 @@ TEST(Cmyk, BecomesRgbPackedAtTheStart) {
             (Bytes{245, 235, 225, 215, 205, 195, 60, 7}));
 }
 
-TEST(Alpha, IsDropped) {
+TEST(Alpha, EveryFourthByteIsDropped) {
   EXPECT_EQ(convert(rlALPHAtoRGB, {1, 2, 3, 4, 5, 6, 7, 8}, 2, 1), (Bytes{1, 2, 3, 5, 6, 7, 7, 8}));
   EXPECT_EQ(convert(rlALPHAtoRGB, {1, 2, 3, 4}, 1, 1), (Bytes{1, 2, 3, 4}));
 }

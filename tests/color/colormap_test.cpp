@@ -94,7 +94,7 @@ TEST(ColorMemory, IsZeroFilledAndFreedOnce) {
   EXPECT_EQ(rlFreeNewData(h), 1);
 }
 
-TEST(ColorMemory, NullHandles) {
+TEST(ColorMemory, NullHandlesDoNothing) {
   EXPECT_EQ(rlLockMemory(0), nullptr);
   EXPECT_EQ(rlUnlockMemory(0), 0);
   EXPECT_EQ(rlFreeNewData(0), 0);

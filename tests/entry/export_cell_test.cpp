@@ -38,7 +38,7 @@ class ExportCell : public testing::Test {
 
 // ---- Three ways out
 
-TEST_F(ExportCell, ByName) {
+TEST_F(ExportCell, AFileNameIsCreated) {
   const Bytes bytes = expected();
   ExportHost host;
   Picture picture(24, 2, kRows);

@@ -12,7 +12,7 @@ using entry_test::ExportHost;
 using entry_test::Picture;
 using support::hex;
 
-TEST(WholeFile, RgbUncompressed) {
+TEST(WholeFile, AnRgbPictureIsTurnedUprightAndRedFirst) {
   ExportHost host;
   // Two by two, bottom row first, blue green red: the top row is red, green.
   Picture picture(24, 2, {{0xFF, 0x00, 0x00, 0x01, 0x02, 0x03}, {0x00, 0x00, 0xFF, 0x00, 0xFF, 0x00}});
@@ -41,7 +41,7 @@ TEST(WholeFile, RgbUncompressed) {
   EXPECT_EQ(host.runInMemory(picture), expected);
 }
 
-TEST(WholeFile, BilevelUncompressed) {
+TEST(WholeFile, ABilevelPictureIsInvertedAndPacked) {
   ExportHost host;
   host.settings().nBitmapMode = RAXEL_STORED_MODE_BILEVEL;
   // Ten pixels wide, two rows; entry 0 of the palette is white, so the filter inverts every byte.
@@ -71,7 +71,7 @@ TEST(WholeFile, BilevelUncompressed) {
   EXPECT_EQ(host.runInMemory(picture), expected);
 }
 
-TEST(WholeFile, SixteenColorsPackBits) {
+TEST(WholeFile, SixteenColorsCarryTheirMapBeforeTheStrips) {
   ExportHost host;
   host.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR16;
   host.settings().nCompressionMode = RAXEL_STORED_COMPRESS_PACKBITS;

@@ -61,7 +61,7 @@ TEST(Directory, ReadsBothByteOrders) {
   }
 }
 
-TEST(Directory, NamesFaults) {
+TEST(Directory, NamesEveryKindOfFault) {
   const auto faultsOf = [](const Bytes &file) {
     std::string all;
     for (const std::string &fault : host::readDirectory(file).faults) all += fault + ";";

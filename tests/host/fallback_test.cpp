@@ -42,7 +42,7 @@ TEST(HostFallback, LzwStripsOfOneByteGoOutAsPackBits) {
   EXPECT_EQ(compressionFor(1, 1, RAXEL_MODE_RGB, RAXEL_COMPRESS_LZW), RAXEL_COMPRESS_LZW);
 }
 
-TEST(HostFallback, SaysWhy) {
+TEST(HostFallback, TellsInANoteThatPackBitsWasTaken) {
   TestPicture picture(1, 1, 1);
   EXPECT_TRUE(prepared(picture, request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_LZW)).plan.notes &
               RAXEL_NOTE_LZW_AS_PACKBITS);

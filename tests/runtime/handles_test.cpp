@@ -93,7 +93,7 @@ TEST(Handles, ReallocationOfAPointerHandleCopiesTheCallersMemory) {
   GlobalFree(h);
 }
 
-TEST(Handles, NullHandles) {
+TEST(Handles, NullHandlesHoldNothingUntilReallocated) {
   EXPECT_EQ(GlobalLock(0), nullptr);
   EXPECT_EQ(GlobalUnlock(0), 0);
   EXPECT_EQ(GlobalHandle(nullptr), 0u);

@@ -93,7 +93,7 @@ TEST_F(Lines, ZeroBytesAreKept) {
   EXPECT_EQ(std::string(buffer, 4), std::string("a\0b\0", 4));
 }
 
-TEST_F(Lines, RefusedArguments) {
+TEST_F(Lines, RefusedArgumentsMoveNothing) {
   open("one\n");
   char buffer[4] = "###";
   EXPECT_EQ(kvlReadLine(h, nullptr, 4), 0);

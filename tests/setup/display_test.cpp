@@ -37,7 +37,7 @@ TEST_F(Display, NothingSetIs1280By1078DotsAt96) {
   EXPECT_EQ(d.y, 96);
 }
 
-TEST_F(Display, EnvironmentGivesAllFour) {
+TEST_F(Display, TheEnvironmentGivesAllFour) {
   const Environment info("DISPLAYINFO", "1024 768 72 72");
   const Device d = display();
   EXPECT_EQ(d.width, 1024.0 / 72);  // 14.222

@@ -115,7 +115,7 @@ struct Code {
   int32_t host, stored;
 };
 
-TEST_F(Escapes, ColorModes) {
+TEST_F(Escapes, ColorModesAreStoredByTheirOwnCodes) {
   for (const auto &[host, stored] : {Code{RAXEL_ASK_COLORS, RAXEL_STORED_COLORS},
                                      {RAXEL_ASK_COLORS_INVERT, RAXEL_STORED_COLORS_INVERT},
                                      {RAXEL_ASK_COLORS_INVERT_GREY, RAXEL_STORED_COLORS_INVERT_GREY},
@@ -130,7 +130,7 @@ TEST_F(Escapes, ColorModes) {
   EXPECT_EQ(saved(), "");
 }
 
-TEST_F(Escapes, BitmapModes) {
+TEST_F(Escapes, BitmapModesAreStoredByTheirOwnCodes) {
   for (const auto &[host, stored] : {Code{RAXEL_ASK_MODE_BILEVEL, RAXEL_STORED_MODE_BILEVEL},
                                      {RAXEL_ASK_MODE_GREY16, RAXEL_STORED_MODE_GREY16},
                                      {RAXEL_ASK_MODE_GREY256, RAXEL_STORED_MODE_GREY256},
@@ -145,7 +145,7 @@ TEST_F(Escapes, BitmapModes) {
   EXPECT_EQ(record_->nBitmapMode, RAXEL_STORED_MODE_RGB);
 }
 
-TEST_F(Escapes, Compressions) {
+TEST_F(Escapes, CompressionsAreStoredByTheirOwnCodes) {
   for (const auto &[host, stored] : {Code{RAXEL_ASK_COMPRESS_NONE, RAXEL_STORED_COMPRESS_NONE},
                                      {RAXEL_ASK_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_PACKBITS},
                                      {RAXEL_ASK_COMPRESS_HUFFMAN, RAXEL_STORED_COMPRESS_HUFFMAN},

@@ -47,7 +47,7 @@ TEST_F(Geometry, TheDefaultsTakeThePicturesOwnSizeAndResolution) {
   EXPECT_EQ(r.nDepth, 8);
 }
 
-TEST_F(Geometry, DisplaySizeAndResolution) {
+TEST_F(Geometry, TheDisplayGivesSizeAndResolution) {
   record_.nSizeMode = RAXEL_STORED_SIZE_DISPLAY;
   record_.nResolutionMode = RAXEL_STORED_RESOLUTION_DISPLAY;
   const RasterInfoResult r = raster({64, 0, 100, 800, 400, 640, 640});

@@ -12,7 +12,7 @@ std::string digest(const std::string &text) {
   return support::sha256(std::vector<uint8_t>(text.begin(), text.end()));
 }
 
-TEST(Sha256, KnownAnswers) {
+TEST(Sha256, GivesThePublishedAnswers) {
   EXPECT_EQ(digest(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
   EXPECT_EQ(digest("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
   EXPECT_EQ(digest("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),

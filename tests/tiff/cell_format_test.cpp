@@ -103,7 +103,7 @@ TEST_F(CellFormat, ResolutionAbsentTakesTheConfiguredSize) {
   EXPECT_EQ(use.setup.tiff.nXResolution, 96);
 }
 
-TEST_F(CellFormat, DisplaySizeAndResolution) {
+TEST_F(CellFormat, TheDisplayGivesSizeAndResolution) {
   use.setup.nSizeMode = RAXEL_STORED_SIZE_DISPLAY;
   use.setup.nResolutionMode = RAXEL_STORED_RESOLUTION_DISPLAY;
   SetDisplayInfo(1024, 768, 72, 80);

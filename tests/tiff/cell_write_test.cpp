@@ -190,7 +190,7 @@ TEST(WriteCellBits, ShortBlocksAreFilledWithZeros) {
   EXPECT_EQ(writeWith(RAXEL_STORED_MODE_RGB, 1, 1, {}).data, hex("00 00 00"));
 }
 
-TEST(WriteCellBits, ShortRemappedBlocks) {
+TEST(WriteCellBits, ShortRemappedBlocksGoOnInZeros) {
   Bytes palette(768, 0xFF);
   std::fill_n(palette.begin(), 3, uint8_t{0x28});  // index 0 becomes 0x28, or one less
   const Written w = writeWith(RAXEL_STORED_MODE_GREY256, 4, 2, hex("00 09 00 09  00 09"), palette);
@@ -232,7 +232,7 @@ TEST(WriteCellBits, MissingBlocksAre300) {
   EndCellBitmap(out.file, descriptor);
 }
 
-TEST(WriteCellBits, EmptyPictures) {
+TEST(WriteCellBits, PicturesWithoutPixelsWriteNone) {
   for (const int32_t compression :
        {RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_HUFFMAN,
         RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_COMPRESS_T4, RAXEL_STORED_COMPRESS_T6}) {

@@ -11,7 +11,7 @@ namespace {
 
 using support::Bytes;
 
-TEST(ColorDirect, SixteenEntries) {
+TEST(ColorDirect, HoldsTheEightFixedColorsAndEightMore) {
   const uint8_t expected[16][3] = {{255, 255, 255}, {0, 0, 0},     {0, 0, 255},   {0, 255, 0},
                                    {255, 0, 0},     {0, 255, 255}, {255, 0, 255}, {255, 255, 0},
                                    {192, 192, 192}, {64, 64, 64},  {0, 0, 128},   {0, 128, 0},

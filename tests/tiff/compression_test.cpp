@@ -23,7 +23,7 @@ class Compression : public testing::Test {
   TiffWriterState state{};
 };
 
-TEST_F(Compression, PackBitsRow) {
+TEST_F(Compression, APackBitsRowIsCodedAndCounted) {
   EXPECT_EQ(code(RAXEL_TIFF_PACKBITS, {0x41, 0x42, 0x42}), 0);
   EXPECT_EQ(out.bytes(), hex("00 41 FF 42"));
   EXPECT_EQ(state.nStripBytes, 4u);
@@ -43,7 +43,7 @@ TEST_F(Compression, PackBitsOfNothingWritesNothing) {
   EXPECT_TRUE(out.host.calls().empty());
 }
 
-TEST_F(Compression, HuffmanRow) {
+TEST_F(Compression, AHuffmanRowIsCodedAndCounted) {
   EXPECT_EQ(code(RAXEL_TIFF_HUFFMAN, {0xFF}, 8), 0);  // white 8: 10011
   EXPECT_EQ(out.bytes(), hex("98"));
 }
@@ -53,12 +53,12 @@ TEST_F(Compression, T4RowHasItsEol) {
   EXPECT_EQ(out.bytes(), hex("98 00 01"));
 }
 
-TEST_F(Compression, T6Strip) {
+TEST_F(Compression, AT6StripIsCodedAndCounted) {
   EXPECT_EQ(code(RAXEL_TIFF_T6, {0xFF, 0xFF, 0xFF}, 8, 3), 0);  // V0 three times
   EXPECT_EQ(out.bytes(), hex("E0"));
 }
 
-TEST_F(Compression, LzwStrip) {
+TEST_F(Compression, AnLzwStripIsCodedAndCounted) {
   EXPECT_EQ(code(RAXEL_TIFF_LZW, {0x41, 0x42}), 0);
   EXPECT_EQ(out.bytes(), hex("80 10 48 50 10"));
   EXPECT_EQ(code(RAXEL_TIFF_LZW, {}), 0);
@@ -75,7 +75,7 @@ TEST_F(Compression, EveryOtherCodeIs303) {
 }
 
 // Codes 2, 3 and 5 are content with a write that took anything; PackBits and T.6 want all of it.
-TEST_F(Compression, ShortWrites) {
+TEST_F(Compression, ShortWritesFailPackBitsAndT6Alone) {
   const struct {
     uint32_t compression;
     Bytes data;

@@ -39,7 +39,7 @@ std::string blacks(size_t n) {
 }
 
 // 010011011 00110101
-TEST(Fax1D, WhiteRowOf1728) {
+TEST(Fax1D, AWhiteRowOf1728IsOneMakeUpAndZero) {
   EXPECT_EQ(encode(whites(1728), 2), (Bytes{0x4D, 0x9A, 0x80}));
   EXPECT_EQ(encode(whites(1728), 3), (Bytes{0x4D, 0x9A, 0x80, 0x00, 0x01}));
 }
@@ -74,13 +74,13 @@ TEST(Fax1D, RunsAroundTheLongestMakeUp) {
   EXPECT_EQ(encode(whites(2624), 2), (Bytes{0x01, 0xFD, 0x9A, 0x80}));
 }
 
-TEST(Fax1D, SinglePixels) {
+TEST(Fax1D, SinglePixelsAlternateTheirCodes) {
   EXPECT_EQ(encode("w", 2), (Bytes{0x1C}));        // 000111
   EXPECT_EQ(encode("b", 2), (Bytes{0x35, 0x40}));  // 00110101 010
 }
 
 // 0111 11 0111 11 0111 11 0111 11 0111 11 0111 ...: the codes cross every byte boundary
-TEST(Fax1D, StripesOfTwo) {
+TEST(Fax1D, StripesOfTwoAlternateTheirCodes) {
   EXPECT_EQ(encode("wwbbwwbbwwbb", 2), (Bytes{0x7D, 0xF7, 0xC0}));
 }
 
@@ -109,7 +109,7 @@ TEST(Fax1D, PadBitsAreNeverCoded) {
 }
 
 // A run of every length, of both colours, first in its row and after another run.
-TEST(Fax1D, EveryRunLength) {
+TEST(Fax1D, EveryRunLengthReadsBack) {
   for (size_t run = 0; run <= 6000; ++run) {
     const std::string rows[] = {
         rowOf({{'w', run}, {'b', 1}}),

@@ -38,7 +38,7 @@ TEST(Fax2D, NoEndMarkIsWritten) {
 }
 
 // 001 00110101 000101: horizontal, no white pixel, eight black
-TEST(Fax2D, BlackFirstRow) {
+TEST(Fax2D, ABlackFirstRowIsHorizontal) {
   EXPECT_EQ(encode({"bbbbbbbb"}), (Bytes{0x26, 0xA2, 0x80}));
 }
 
@@ -68,7 +68,7 @@ TEST(Fax2D, PassNeedsB2BeforeA1) {
 }
 
 // The edge lies at 8 above and at 8 + d below: VL3 to VR3, then the row's end.
-TEST(Fax2D, VerticalModes) {
+TEST(Fax2D, VerticalModesCodeDistancesUpToThree) {
   const std::string above = "wwwwwwwwbbbbbbbb";  // 001 10011 000101
   const std::string first = "00110011000101";
   const char *codes[] = {"0000010", "000010", "010", "1", "011", "000011", "0000011"};

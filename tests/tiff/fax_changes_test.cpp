@@ -31,7 +31,7 @@ void expectMask(const std::vector<uint8_t> &bytes) {
   ASSERT_EQ(tiff::changeMask(bytes.data() + 1), byPixels(bytes));
 }
 
-TEST(FaxChanges, OneByteAtEveryPlace) {
+TEST(FaxChanges, OneByteAtEveryPlaceGivesItsChanges) {
   for (size_t at = 0; at <= tiff::kChangeChunk; ++at) {
     for (unsigned value = 0; value < 256; ++value) {
       for (const uint8_t around : std::initializer_list<uint8_t>{0x00, 0xFF}) {
@@ -43,7 +43,7 @@ TEST(FaxChanges, OneByteAtEveryPlace) {
   }
 }
 
-TEST(FaxChanges, SeededBytes) {
+TEST(FaxChanges, SeededBytesGiveTheChangesOfThePlainForm) {
   support::Random random(74);
   const size_t n = support::cases(2000);
   for (size_t i = 0; i < n; ++i) {

@@ -42,7 +42,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, FaxPictures,
                          testing::Values(Kind::kWhite, Kind::kBlack, Kind::kText, Kind::kHalftone,
                                          Kind::kNoise, Kind::kStripes, Kind::kDrift));
 
-TEST(FaxStripes, EveryPeriod) {
+TEST(FaxStripes, StripesOfEveryPeriodReadBack) {
   const size_t step = std::max<size_t>(1, 200 / support::cases(200));
   for (size_t period = 1; period <= 200; period += step) {
     for (const size_t width : {period, 2 * period + 1, size_t{257}}) {
@@ -55,7 +55,7 @@ TEST(FaxStripes, EveryPeriod) {
 }
 
 // Rows that differ from each other in one place, at every place of two 64-pixel words.
-TEST(FaxStripes, OnePixelAtEveryPlace) {
+TEST(FaxStripes, OnePixelAtEveryPlaceReadsBack) {
   for (size_t x = 0; x < 140; x += 1) {
     Picture picture(3, std::string(140, 'w'));
     picture[0][x] = 'b';

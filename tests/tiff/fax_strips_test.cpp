@@ -9,7 +9,7 @@ using reference::Bytes;
 
 const reference::Picture kThreeRows = {"wwwwbbbbwwwwwwww", "wwwwwbbbwwwbbbbw", "wwwwwwwwwwwwwwww"};
 
-TEST(FaxStrips, ModifiedHuffman) {
+TEST(FaxStrips, ModifiedHuffmanRowsEndOnWholeBytes) {
   EXPECT_EQ(support::huffmanStrip(kThreeRows, false), (Bytes{0xB7, 0x30, 0xCA, 0x18, 0xE0, 0xA8}));
 }
 
@@ -19,7 +19,7 @@ TEST(FaxStrips, T4BeginsWithOneEolAndEndsWithSix) {
                    0x00, 0x01, 0x00, 0x01, 0x00, 0x01, 0x00, 0x01, 0x00, 0x01, 0x00, 0x01}));
 }
 
-TEST(FaxStrips, T6) {
+TEST(FaxStrips, T6CodesEachRowFromTheOneAbove) {
   EXPECT_EQ(support::t6Strip(kThreeRows, false), (Bytes{0x36, 0xEE, 0x61, 0xC4, 0x60}));
 }
 

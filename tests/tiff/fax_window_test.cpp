@@ -47,7 +47,7 @@ void check(const std::string &row, bool pad) {
   }
 }
 
-TEST(FaxWindow, SeededRowsOfEveryWidth) {
+TEST(FaxWindow, SeededRowsOfEveryWidthAreSearchedAsPlainly) {
   support::Random random(75);
   const size_t step = std::max<size_t>(1, 20 / support::cases(20));
   for (size_t width = 1; width <= 300; width += step) {

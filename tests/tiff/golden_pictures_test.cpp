@@ -52,7 +52,7 @@ Bytes fileOf(const support::Picture &picture, int32_t mode, int32_t compression,
   return out.bytes();
 }
 
-TEST(GoldenPictures, EveryModeInEveryCompression) {
+TEST(GoldenPictures, EveryModeInEveryCompressionIsTheSameOnEveryMachine) {
   for (const Named &mode : kModes) {
     for (const Named &compression : kCompressions) {
       SCOPED_TRACE(std::string(mode.name) + " " + compression.name);
@@ -63,7 +63,7 @@ TEST(GoldenPictures, EveryModeInEveryCompression) {
   }
 }
 
-TEST(GoldenPictures, Tiles) {
+TEST(GoldenPictures, TilesAreTheSameOnEveryMachine) {
   const support::Picture picture = samplePicture(RAXEL_STORED_MODE_BILEVEL, 1100, 300);
   support::golden(
       "tiff/bilevel-t6-tiles-1100x300",

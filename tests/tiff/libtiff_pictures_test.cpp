@@ -164,7 +164,7 @@ support::Picture randomPicture(support::Random &random, int32_t mode, uint32_t w
   return picture;
 }
 
-TEST(LibtiffOpens, RandomPicturesOfEveryModeAndCoder) {
+TEST(LibtiffOpens, RandomPicturesOfEveryModeAndCoderShowTheirPixels) {
   support::Random random(5);
   for (size_t n = support::cases(150); n > 0; --n) {
     const int32_t modes[] = {RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_MODE_COLOR16,
@@ -187,7 +187,7 @@ TEST(LibtiffOpens, RandomPicturesOfEveryModeAndCoder) {
 }
 
 // Two rows of tiles or more, and rows of at most 2016 pixels, make files that readers can show.
-TEST(LibtiffOpens, TiledPictures) {
+TEST(LibtiffOpens, TiledPicturesShowTheirPixels) {
   support::Random random(6);
   for (size_t n = support::cases(15); n > 0; --n) {
     const auto width = static_cast<uint32_t>(random.between(1, 2016));
@@ -201,7 +201,7 @@ TEST(LibtiffOpens, TiledPictures) {
 }
 
 // Greys whose palette has luminance i at index i are not remapped, and come out as they went in.
-TEST(LibtiffOpens, GreysThatAreNotRemapped) {
+TEST(LibtiffOpens, GreysThatAreNotRemappedStayWhereTheyAre) {
   support::Random random(8);
   Bytes palette;
   for (int32_t i = 0; i < 256; ++i) {

@@ -41,7 +41,7 @@ void checkFax(const Picture &picture, bool pad) {
 
 class LibtiffReads : public testing::TestWithParam<Kind> {};
 
-TEST_P(LibtiffReads, FaxPictures) {
+TEST_P(LibtiffReads, FaxPicturesComeBackAsTheirComplement) {
   support::Random random(1900 + static_cast<uint64_t>(GetParam()));
   const size_t n = support::cases(720);
   for (size_t i = 0; i < n; ++i) {
@@ -56,7 +56,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, LibtiffReads,
                                          Kind::kNoise, Kind::kStripes, Kind::kDrift));
 
 // Every row is a white run of the length and the rest black, or the other way round.
-TEST(LibtiffReadsFax, EveryRunLength) {
+TEST(LibtiffReadsFax, EveryRunLengthComesBack) {
   const size_t kWidth = 6001;
   const size_t kRows = 100;
   const size_t step = std::max<size_t>(1, 60 / support::cases(60));
@@ -70,14 +70,14 @@ TEST(LibtiffReadsFax, EveryRunLength) {
   }
 }
 
-TEST(LibtiffReadsFax, StripesOfEveryPeriod) {
+TEST(LibtiffReadsFax, StripesOfEveryPeriodComeBack) {
   for (size_t period = 1; period <= 100; ++period) {
     ASSERT_NO_FATAL_FAILURE(checkFax(reference::stripes(311, 3, period), true)) << period;
   }
 }
 
 // libtiff cannot decode a strip of one byte, which holds no code for it.
-TEST(LibtiffReadsLzw, EveryLength) {
+TEST(LibtiffReadsLzw, StripsOfEveryLengthComeBack) {
   support::Random random(1951);
   const size_t step = std::max<size_t>(1, 5000 / support::cases(5000));
   for (size_t length = 2; length <= 5000; length += length < 300 ? 1 : step) {
@@ -96,7 +96,7 @@ TEST(LibtiffReadsLzw, EveryLength) {
   }
 }
 
-TEST(LibtiffReadsPackBits, RowsOfEveryLength) {
+TEST(LibtiffReadsPackBits, RowsOfEveryLengthComeBack) {
   support::Random random(1952);
   for (size_t length = 1; length <= 1500; ++length) {
     Bytes row(length);

@@ -62,7 +62,7 @@ TEST(Lzw, StripOfOneByteIsClearAndEnd) {
 }
 
 // 100000000 001000001 001000010 100000001
-TEST(Lzw, TwoBytes) {
+TEST(Lzw, TwoBytesAreTwoLiterals) {
   EXPECT_EQ(encode({0x41, 0x42}), (Bytes{0x80, 0x10, 0x48, 0x50, 0x10}));
 }
 
@@ -72,7 +72,7 @@ TEST(Lzw, StringFoundAtTheLastByte) {
 }
 
 // 100000000 001000001 100000010 100000001: the code that is just being made.
-TEST(Lzw, RunOfThree) {
+TEST(Lzw, ARunOfThreeUsesItsOwnString) {
   EXPECT_EQ(encode({0x41, 0x41, 0x41}), (Bytes{0x80, 0x10, 0x60, 0x50, 0x10}));
 }
 

@@ -29,7 +29,7 @@ void expectMask(const std::vector<uint8_t> &bytes) {
   ASSERT_EQ(fast.high, expected.high);
 }
 
-TEST(PackBitsMasks, OnePairAtEveryPlace) {
+TEST(PackBitsMasks, OnePairAtEveryPlaceIsFound) {
   for (size_t at = 0; at < 128; ++at) {
     std::vector<uint8_t> bytes(tiff::kEqualMaskReads);
     for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(i);
@@ -47,7 +47,7 @@ TEST(PackBitsMasks, EveryBitTellsBytesApart) {
   }
 }
 
-TEST(PackBitsMasks, SeededBytes) {
+TEST(PackBitsMasks, SeededBytesGiveTheMasksOfThePlainForm) {
   support::Random random(73);
   const size_t n = support::cases(2000);
   for (size_t i = 0; i < n; ++i) {

@@ -27,7 +27,7 @@ Bytes encodePiece(const Bytes &piece) {
   return out;
 }
 
-TEST(PackBits, LiteralThenPair) {
+TEST(PackBits, ALiteralEndsWhereAPairBegins) {
   EXPECT_EQ(encode({0x41, 0x42, 0x42}), (Bytes{0x00, 0x41, 0xFF, 0x42}));
 }
 

@@ -128,7 +128,7 @@ TEST(Median, ComparesTheLastEntryWithTheOnePastTheBox) {
   EXPECT_EQ(medianOf(listOf({{1, 1}, {2, 1}, {3, 9}, {4, 1}}), 0, 2), 2);
 }
 
-TEST(Median, NullRecords) {
+TEST(Median, NullRecordsAnswerZero) {
   const ColorBox box = boxOver(0, 5);
   EXPECT_EQ(find_median(nullptr, &box), 0);
   EXPECT_EQ(find_median(listOf({}).data(), nullptr), 0);

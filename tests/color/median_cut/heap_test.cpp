@@ -114,7 +114,7 @@ TEST(Heap, PlacesOutsideTheListAreLeftAlone) {
   HeapSort(nullptr, 0, 5);
 }
 
-TEST(Heap, SwapsEntries) {
+TEST(Heap, SwapsTwoEntriesOfTheList) {
   ColorFreq a{1, 2};
   ColorFreq b{3, 4};
   clrswap(&a, &b);

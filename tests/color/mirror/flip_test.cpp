@@ -61,7 +61,7 @@ TEST(Flip, TheMiddleRowIsMirroredOnce) {
             (Bytes{0xA0, 2, 3, 1, 0xA1, 5, 6, 4, 0xA2, 8, 9, 7, 0, 0, 0}));
 }
 
-TEST(Flip, BothWays) {
+TEST(Flip, BothFlagsTurnThePictureAround) {
   EXPECT_EQ(flip({1, 2, 3, 0xA0, 4, 5, 6, 0xA1}, 8, 3, 2, true, true),
             (Bytes{0xA1, 5, 6, 4, 0xA0, 2, 3, 1, 0, 0, 0}));
 }

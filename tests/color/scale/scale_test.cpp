@@ -107,7 +107,7 @@ TEST(Scale, OtherDepthsComeOutBlank) {
   EXPECT_TRUE(scale(Bytes(64, 0xFF), -8, 4, 4, 0xFFFFFFFF, 0xFFFFFFFF).empty());
 }
 
-TEST(Scale, SidesOfZero) {
+TEST(Scale, SidesOfZeroGiveEmptyOrBlankPictures) {
   const Bytes bits(16, 0xFF);
   EXPECT_TRUE(scale(bits, 8, 4, 4, 0, 4).empty());
   EXPECT_TRUE(scale(bits, 8, 4, 4, 4, 0).empty());
