@@ -4,11 +4,11 @@
 
 #include <cstring>
 
-#include "entry/host_status.h"
 #include "entry/output_stream.h"
 #include "raxel/driver.h"
 #include "raxel/memory.h"
 #include "runtime/bitmap_modes.h"
+#include "runtime/host_status.h"
 #include "runtime/settings_in_use.h"
 
 namespace entry {
@@ -40,11 +40,11 @@ int32_t externalColorMode(int32_t colorMode) {
 MetafilePicture describe(Handle metafile, const RasterSetup &settings) {
   MetafilePicture picture = {};
   picture.hMetafile = metafile;
-  picture.nFrameLeft = statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_LEFT);
-  picture.nFrameTop = statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_TOP);
-  picture.nFrameRight = statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_RIGHT);
-  picture.nFrameBottom = statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_BOTTOM);
-  picture.nFrameResolution = statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_RESOLUTION);
+  picture.nFrameLeft = runtime::statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_LEFT);
+  picture.nFrameTop = runtime::statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_TOP);
+  picture.nFrameRight = runtime::statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_RIGHT);
+  picture.nFrameBottom = runtime::statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_BOTTOM);
+  picture.nFrameResolution = runtime::statusWord(settings.lpStatus, RAXEL_STATUS_FRAME_RESOLUTION);
   std::memcpy(picture.dGeometry, settings.dPictureGeometry, sizeof picture.dGeometry);
   picture.dRoundedWidth = settings.dRoundedWidth;
   picture.dRoundedHeight = settings.dRoundedHeight;
@@ -124,7 +124,7 @@ int32_t initdvr(HostWord *record) {
   if (name != nullptr) name[0] = '\0';
 
   setWriterFields(settings.tiff, settings.nBitmapMode);
-  settings.dwStatusValue = statusWord(status, RAXEL_STATUS_VALUE);
+  settings.dwStatusValue = runtime::statusWord(status, RAXEL_STATUS_VALUE);
   settings.dwPlatformResult = platform;
   record[RAXEL_START_SETUP] = hSetup;
   if (itemCallback != 0) {
@@ -152,8 +152,8 @@ int32_t escape() {
   if (lpCommon == nullptr || lpCommon->lpSessStatus == nullptr) return 0;
   const HostWord *status = lpCommon->lpSessStatus;
   const int32_t stop =
-      CallGetSet_Status(entry::statusCallback(status), entry::statusWord(status, RAXEL_STATUS_CONTEXT), 0,
-                        0, 0, lpCommon->nSessStatusArg, 0, 0);
+      CallGetSet_Status(runtime::statusCallback(status), runtime::statusWord(status, RAXEL_STATUS_CONTEXT),
+                        0, 0, 0, lpCommon->nSessStatusArg, 0, 0);
   if (stop == 0) return RAXEL_OK;
   push_er(RAXEL_STOPPED);
   return RAXEL_STOPPED;

@@ -1,6 +1,6 @@
 // Progress and stop requests: the one place where the host's status callback is called.
-#include "entry/host_status.h"
 #include "raxel/filter.h"
+#include "runtime/host_status.h"
 
 namespace {
 
@@ -22,8 +22,8 @@ int32_t CallGetSet_Status(StatusCallback callback, HostWord context, HostWord a,
 
 int32_t UpdateStatus(uint32_t percent) {
   const HostWord *status = lpRaster != nullptr ? lpRaster->lpStatus : nullptr;
-  const StatusCallback callback = entry::statusCallback(status);
+  const StatusCallback callback = runtime::statusCallback(status);
   if (callback == nullptr) return 0;
-  const HostWord context = entry::statusWord(status, RAXEL_STATUS_CONTEXT);
+  const HostWord context = runtime::statusWord(status, RAXEL_STATUS_CONTEXT);
   return CallGetSet_Status(callback, context, 0, 0, 0, percent, 0, 0) == 0 ? RAXEL_OK : RAXEL_STOPPED;
 }

@@ -3,32 +3,31 @@
 #include "raster/memory_output.h"
 #include "raxel/filter.h"
 #include "raxel/stream.h"
+#include "runtime/host_output.h"
 
+namespace raster {
 namespace {
 
-// Through the host's own procedure. A failure on this road is not reported.
-Handle openThroughProcedure(StreamProc procedure) {
-  KvlStreamDesc descriptor = {};
-  const HostWord *status = lpEMData->lpHostStatus;
-  descriptor.lpMemVar = status == nullptr ? 0 : status[RAXEL_STATUS_PROC_CONTEXT];
-  descriptor.lpfnProc = reinterpret_cast<HostWord>(procedure);
-  return kvlOpen(lpEMData->szOutFile, &descriptor, KVL_OUTPUT);
+// The three ways out; 0 when the output cannot be opened.
+Handle openOutput(const RasterDriverState &state, StreamProc procedure) {
+  if (procedure != nullptr) {
+    return runtime::openThroughProcedure(state.szOutFile, procedure, state.lpHostStatus);
+  }
+  return state.szOutFile[0] != '\0' ? kvlOpen(state.szOutFile, nullptr, KVL_OUTPUT) : openMemoryOutput();
 }
 
 }  // namespace
+}  // namespace raster
 
 HostWord d_opdv(HostWord record) {
   if (lpEMData == nullptr) return record;
   d_empes(record);
   lpEMData->nState = RAXEL_STATE_OPEN;
   if (lpEMData->hOutFile != 0) kvlClose(lpEMData->hOutFile);  // only a call past the table finds one
-  if (lpSetup != nullptr && lpSetup->lpfnOutputProc != nullptr) {
-    lpEMData->hOutFile = openThroughProcedure(lpSetup->lpfnOutputProc);
-    return record;
-  }
-  lpEMData->hOutFile = lpEMData->szOutFile[0] != '\0' ? kvlOpen(lpEMData->szOutFile, nullptr, KVL_OUTPUT)
-                                                      : raster::openMemoryOutput();
-  if (lpEMData->hOutFile == 0) push_er(RAXEL_CANNOT_WRITE);
+  const StreamProc procedure = lpSetup != nullptr ? lpSetup->lpfnOutputProc : nullptr;
+  lpEMData->hOutFile = raster::openOutput(*lpEMData, procedure);
+  // A host procedure that declines is not reported.
+  if (lpEMData->hOutFile == 0 && procedure == nullptr) push_er(RAXEL_CANNOT_WRITE);
   return record;
 }
 

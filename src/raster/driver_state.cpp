@@ -5,6 +5,7 @@
 #include "raxel/filter.h"
 #include "raxel/memory.h"
 #include "raxel/stream.h"
+#include "runtime/host_status.h"
 
 namespace raster {
 
@@ -29,8 +30,8 @@ bool useDriverSetup() {
 int32_t tellHost(HostWord a, HostWord b, HostWord c, HostWord d) {
   if (lpEMData == nullptr || lpEMData->lpHostStatus == nullptr) return 0;
   const HostWord *status = lpEMData->lpHostStatus;
-  return CallGetSet_Status(reinterpret_cast<StatusCallback>(status[RAXEL_STATUS_CALLBACK]),
-                           status[RAXEL_STATUS_CONTEXT], a, b, c, d, 0, 0);
+  return CallGetSet_Status(runtime::statusCallback(status),
+                           runtime::statusWord(status, RAXEL_STATUS_CONTEXT), a, b, c, d, 0, 0);
 }
 
 }  // namespace raster

@@ -5,7 +5,7 @@
 #include "raxel/stream.h"
 #include "raxel/text.h"
 #include "runtime/blocks.h"
-#include "runtime/memory_output.h"
+#include "runtime/host_output.h"
 #include "runtime/settings_in_use.h"
 #include "setup/profile_load.h"
 #include "setup/settings.h"
@@ -35,7 +35,7 @@ void chooseMode(RasterSetup &record, const char *mode) {
 void closeSessionOutput(RasterSetup &record) {
   if (record.hOutFile == 0) return;
   kvlClose(record.hOutFile);
-  runtime::handOverOutput(record.lpOutputMemory, record.lpStatus);
+  runtime::handOverBlock(record.lpOutputMemory, record.lpStatus);
 }
 
 }  // namespace
