@@ -46,22 +46,10 @@ int32_t signedDepth(int32_t bitmapMode, int32_t other) {
 
 }  // namespace
 
-Inches fitAspect(const RasterSetup &record, double pictureWidth, double pictureHeight) {
-  // Whole pixels, kept in doubles: a record with huge sizes or no resolution yields infinities and
-  // NaNs here, which the caller cuts to its range. Whole numbers have one zero: a part of a
-  // negative pixel is 0.0, since -0.0 would turn the sign of the box's proportions.
-  const double xResolution = record.tiff.nXResolution;
-  const double yResolution = record.tiff.nYResolution;
-  double width = std::trunc(xResolution * record.dWidth) + 0.0;
-  double height = std::trunc(yResolution * record.dHeight) + 0.0;
-  const double box = width / height;
-  const double picture = sideOf(pictureWidth) / sideOf(pictureHeight);
-  if (picture < box) {
-    width -= std::trunc(width - height * picture);
-  } else if (picture > box) {
-    height -= std::trunc(height - width / picture);
-  }
-  return {width / xResolution, height / yResolution};
+runtime::Inches fitAspect(const RasterSetup &record, double pictureWidth, double pictureHeight) {
+  return runtime::fitProportions(sideOf(pictureWidth) / sideOf(pictureHeight),
+                                 {record.dWidth, record.dHeight}, record.tiff.nXResolution,
+                                 record.tiff.nYResolution);
 }
 
 RasterInfoResult rasterInfo(RasterSetup &record, const RasterPictureInfo &picture,
@@ -69,8 +57,8 @@ RasterInfoResult rasterInfo(RasterSetup &record, const RasterPictureInfo &pictur
   takeSize(record, picture);
   takeResolution(record, picture);
   const bool ownSize = picture.nPictureResolution != 0 && record.nSizeMode == RAXEL_STORED_SIZE_PICTURE;
-  const Inches size = ownSize ? Inches{record.dWidth, record.dHeight}
-                              : fitAspect(record, picture.nPictureWidth, picture.nPictureHeight);
+  const runtime::Inches size = ownSize ? runtime::Inches{record.dWidth, record.dHeight}
+                                       : fitAspect(record, picture.nPictureWidth, picture.nPictureHeight);
   return {runtime::toI32(std::ceil(record.tiff.nXResolution * size.width)),
           runtime::toI32(std::ceil(record.tiff.nYResolution * size.height)),
           signedDepth(record.nBitmapMode, before.nDepth)};
@@ -88,7 +76,7 @@ void GetRasterInfo(Handle /*setup*/, const RasterPictureInfo *picture, RasterInf
 
 void AdjustAspect(double *pair, double width, double height) {
   if (lpRaster == nullptr || pair == nullptr) return;
-  const setup::Inches size = setup::fitAspect(*lpRaster, width, height);
+  const runtime::Inches size = setup::fitAspect(*lpRaster, width, height);
   runtime::store(pair, size.width);
   runtime::store(pair + 1, size.height);
 }

@@ -2,16 +2,12 @@
 #pragma once
 
 #include "raxel/settings.h"
+#include "runtime/aspect.h"
 
 namespace setup {
 
-struct Inches {
-  double width;
-  double height;
-};
-
 // Fits a picture's proportions into the record's box, shrinking one side by whole pixels.
-Inches fitAspect(const RasterSetup &record, double pictureWidth, double pictureHeight);
+runtime::Inches fitAspect(const RasterSetup &record, double pictureWidth, double pictureHeight);
 
 // Brings the record's size and resolution up to date with a picture and works out the raster.
 // `before` is what the host's result holds: its depth stays for a bitmap mode that has none.

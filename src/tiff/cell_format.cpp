@@ -1,7 +1,6 @@
 // What size, resolution and depth a bitmap must have to become the picture that the settings ask for.
-#include <cmath>
-
 #include "raxel/settings.h"
+#include "runtime/aspect.h"
 #include "runtime/bitmap_modes.h"
 #include "runtime/numbers.h"
 
@@ -75,24 +74,15 @@ int32_t QueryCellFormat(double *width, double *height, uint16_t *bitsPerPixel, u
   return 0;
 }
 
-// The picture's proportion here is plainly width over height. A resolution of 0 makes infinities and
+// The picture's proportions here are plainly width over height. A resolution of 0 makes infinities and
 // NaNs, which come out as a size of 0 pixels at the end of the road.
 void RasterAdjustAspect(double *result, double pictureWidth, double pictureHeight) {
   if (lpRaster == nullptr || result == nullptr) return;
-  const double xResolution = lpRaster->tiff.nXResolution;
-  const double yResolution = lpRaster->tiff.nYResolution;
-  // Whole numbers have one zero: -0.0 would turn the sign of the box's proportions.
-  double width = std::trunc(xResolution * lpRaster->dWidth) + 0.0;
-  double height = std::trunc(yResolution * lpRaster->dHeight) + 0.0;
-  const double box = width / height;
-  const double picture = pictureWidth / pictureHeight;
-  if (picture < box) {
-    width -= std::trunc(width - height * picture);
-  } else if (picture > box) {
-    height -= std::trunc(height - width / picture);
-  }
-  result[0] = width / xResolution;
-  result[1] = height / yResolution;
+  const runtime::Inches size =
+      runtime::fitProportions(pictureWidth / pictureHeight, {lpRaster->dWidth, lpRaster->dHeight},
+                              lpRaster->tiff.nXResolution, lpRaster->tiff.nYResolution);
+  result[0] = size.width;
+  result[1] = size.height;
 }
 
 void ScaleImageSize(double *width, double *height) {
