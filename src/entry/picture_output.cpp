@@ -29,7 +29,6 @@ struct Output {
   uint32_t height = 0;
   uint32_t bandRows = 0;
   OffscreenRecord *screen = nullptr;  // holds the palette: the draw procedure may have moved it
-  int32_t direction = 0;              // 1: rows from the top on; -1: from the bottom
   Handle writer = 0;
 };
 
@@ -95,9 +94,7 @@ int32_t openScreen(Output &out) {
 
 // A writer that could not begin leaves no descriptor; the first band then reports it.
 int32_t beginFile(Output &out) {
-  const int32_t topDown =
-      BeginCellBitmap(out.file, out.width, out.height, out.bits, out.screen->lpPalette, &out.writer);
-  out.direction = topDown == 1 ? 1 : -1;
+  BeginCellBitmap(out.file, out.width, out.height, out.bits, out.screen->lpPalette, &out.writer);
   return takeSettingsBack(out);
 }
 
@@ -117,20 +114,16 @@ int32_t report(const Output &out, uint32_t bandsDone, double bands) {
   return answer != RAXEL_OK ? answer : lost;
 }
 
+// From the top of the picture down: rows are counted from the bottom, so the highest band comes first.
 int32_t writeBands(Output &out) {
   const double bands = std::ceil(static_cast<double>(out.height) / out.bandRows);
-  const int64_t height = out.height;
-  int64_t start = out.direction == 1 ? 0 : height;
-  int64_t end = start + out.direction * int64_t{out.bandRows};
+  uint32_t left = out.height;
   for (uint32_t i = 0; i < bands; ++i) {
-    const auto first = static_cast<uint32_t>(std::min(start, end));
-    const auto last = static_cast<uint32_t>(std::max(start, end));
-    int32_t result = writeBand(out, first, last);
+    const uint32_t rows = std::min(out.bandRows, left);
+    int32_t result = writeBand(out, left - rows, left);
     if (result == RAXEL_OK) result = report(out, i + 1, bands);
     if (result != RAXEL_OK) return result;
-    const int64_t step = out.direction * int64_t{last - first};
-    start += step;
-    end = std::clamp<int64_t>(end + step, 0, height);
+    left -= rows;
   }
   return RAXEL_OK;
 }
