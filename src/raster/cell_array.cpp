@@ -14,47 +14,46 @@
 #include "runtime/blocks.h"
 #include "runtime/rows.h"
 
+namespace raster {
 namespace {
 
 constexpr uint32_t kMostPoints = 0x7FFFFFF / 24;  // more points than this cannot precede the data
 
-uint32_t outputWidth(uint32_t columns) {
-  return raster::spanOf(lpEMData->DevWindow[3], lpEMData->DevWindow[0], columns);
+uint32_t outputWidth(const RasterDriverState &state, uint32_t columns) {
+  return spanOf(state.DevWindow[3], state.DevWindow[0], columns);
 }
 
-void dropBuffer() {
-  GlobalFree(lpEMData->hCellBuf);
-  lpEMData->hCellBuf = 0;
+void dropBuffer(RasterDriverState &state) {
+  GlobalFree(state.hCellBuf);
+  state.hCellBuf = 0;
 }
 
-void beginRaster(HostWord record) {
-  const auto points = raster::field<uint32_t>(record, raster::kPointCountAt);
+void beginRaster(RasterDriverState &state, HostWord record) {
+  const auto points = field<uint32_t>(record, kPointCountAt);
   if (points > kMostPoints) return;
-  const size_t lengthAt = raster::kPointsAt + raster::kPointBytes * points;
-  if (raster::field<uint32_t>(record, lengthAt) < raster::kBeginBytes) return;
+  const size_t lengthAt = kPointsAt + kPointBytes * points;
+  if (field<uint32_t>(record, lengthAt) < kBeginBytes) return;
   const HostWord data = record + lengthAt + sizeof(uint32_t);
 
-  const auto columns = raster::field<uint32_t>(data, raster::kBeginColumnsAt);
-  const auto rows = raster::field<uint32_t>(data, raster::kBeginRowsAt);
-  RasterDriverState &state = *lpEMData;
-  state.nCellFlags = raster::field<uint16_t>(data, raster::kBeginFlagsAt);
+  const auto columns = field<uint32_t>(data, kBeginColumnsAt);
+  const auto rows = field<uint32_t>(data, kBeginRowsAt);
+  state.nCellFlags = field<uint16_t>(data, kBeginFlagsAt);
   state.bCellActive = 1;
-  state.nCellWidth = outputWidth(columns);
+  state.nCellWidth = outputWidth(state, columns);
   state.nCellHeight = rows;
-  state.nCellBits = raster::bitsOf(raster::field<int32_t>(data, raster::kBeginPrecisionAt));
+  state.nCellBits = bitsOf(field<int32_t>(data, kBeginPrecisionAt));
   state.nCellRowsDone = 0;
-  dropBuffer();
+  dropBuffer(state);
   state.hCellBuf =
-      runtime::allocate(raster::bufferBytes(runtime::rowStride(state.nCellWidth, state.nCellBits), rows));
+      runtime::allocate(bufferBytes(runtime::rowStride(state.nCellWidth, state.nCellBits), rows));
 }
 
-void endRaster() {
-  RasterDriverState &state = *lpEMData;
+void endRaster(RasterDriverState &state) {
   state.bCellActive = 0;
   if (state.hCellBuf == 0) return;
-  if (!raster::useDriverSetup()) {
+  if (!useDriverSetup()) {
     push_er(RAXEL_NO_MEMORY);
-    dropBuffer();
+    dropBuffer(state);
     return;
   }
   PictureRecord picture = {};
@@ -67,7 +66,7 @@ void endRaster() {
   picture.hBits = state.hCellBuf;
   runtime::Block palette;
   if (state.nCellBits < 24) {
-    palette = raster::paletteOf(state.nCellBits);
+    palette = paletteOf(state, state.nCellBits);
     if (!palette) {
       push_er(RAXEL_NO_MEMORY);
       return;
@@ -75,7 +74,7 @@ void endRaster() {
     picture.hPalette = palette.handle();
   }
   OutputPicture(state.hOutFile, &picture, DrawExportCellData);
-  if (lpEMData != nullptr) dropBuffer();
+  if (lpEMData != nullptr) dropBuffer(*lpEMData);
 }
 
 // One cell array, with its record's numbers resolved.
@@ -86,31 +85,33 @@ struct Cells {
   uint64_t rowBytes;
   uint64_t sourceStride;
   bool bottomUp;
+  int32_t treatment;      // of the colours of 24-bit rows; 0: none
   const uint8_t *pixels;  // null when the record's pointer is null
 };
 
 // Rows run upward when the array and the window disagree about which way y grows.
-bool runsBottomUp(HostWord record) {
-  const auto first = raster::field<double>(record, raster::kFirstYAt);
-  const auto second = raster::field<double>(record, raster::kSecondYAt);
-  const double windowFirst = lpEMData->DevWindow[1];
-  const double windowSecond = lpEMData->DevWindow[4];
+bool runsBottomUp(const RasterDriverState &state, HostWord record) {
+  const auto first = field<double>(record, kFirstYAt);
+  const auto second = field<double>(record, kSecondYAt);
+  const double windowFirst = state.DevWindow[1];
+  const double windowSecond = state.DevWindow[4];
   return (second < first && windowSecond > windowFirst) || (second > first && windowSecond < windowFirst);
 }
 
-Cells readCells(HostWord record) {
-  const auto precision = raster::field<int32_t>(record, raster::kPrecisionAt);
-  const auto columns = raster::field<uint32_t>(record, raster::kColumnsAt);
+Cells readCells(const RasterDriverState &state, HostWord record) {
+  const auto precision = field<int32_t>(record, kPrecisionAt);
+  const auto columns = field<uint32_t>(record, kColumnsAt);
   Cells cells = {};
-  cells.bits = raster::bitsOf(precision);
-  cells.width = outputWidth(columns);
-  cells.rows = raster::field<uint32_t>(record, raster::kRowsAt);
+  cells.bits = bitsOf(precision);
+  cells.width = outputWidth(state, columns);
+  cells.rows = field<uint32_t>(record, kRowsAt);
   cells.rowBytes = runtime::rowStride(cells.width, cells.bits);
   // Only 24-bit sources carry their full width when the window cuts the row.
   cells.sourceStride = cells.bits == 24 ? runtime::rowStride(columns, 24) : cells.rowBytes;
-  cells.bottomUp = runsBottomUp(record);
-  cells.pixels = precision < 0 ? raster::field<const uint8_t *>(record, raster::kPixelsAt)
-                               : raster::recordBytes(record) + raster::kPixelsAt;
+  cells.bottomUp = runsBottomUp(state, record);
+  cells.treatment = static_cast<int32_t>(state.nColorOp);
+  cells.pixels =
+      precision < 0 ? field<const uint8_t *>(record, kPixelsAt) : recordBytes(record) + kPixelsAt;
   return cells;
 }
 
@@ -120,9 +121,9 @@ void placeRow(const Cells &cells, const uint8_t *source, std::span<uint8_t> buff
   const uint64_t copied = std::min<uint64_t>(cells.rowBytes, buffer.size() - at);
   uint8_t *target = buffer.data() + at;
   std::memcpy(target, source, static_cast<size_t>(copied));
-  if (cells.bits == 24 && lpEMData->nColorOp != 0) {
+  if (cells.bits == 24 && cells.treatment != 0) {
     const auto pixels = static_cast<uint32_t>(std::min<uint64_t>(cells.width, copied / 3));
-    rev_rgb(pixels, target, static_cast<int32_t>(lpEMData->nColorOp));
+    rev_rgb(pixels, target, cells.treatment);
   }
 }
 
@@ -151,14 +152,14 @@ void placeDownward(const Cells &cells, std::span<uint8_t> buffer, uint32_t count
 // Places the array's rows into a picture of `height` rows and moves its row counter `done`.
 // Bottom-up the counter starts at height - 1, so that the first row lands in row height - 2 and the
 // last buffer row is never filled; when it has come down to 0 the next array starts again there.
-void placeRows(const Cells &cells, uint32_t height, uint32_t &done) {
-  if (cells.pixels == nullptr && lpEMData->hCellBuf != 0) return;
+void placeRows(const Cells &cells, Handle block, uint32_t height, uint32_t &done) {
+  if (cells.pixels == nullptr && block != 0) return;
   if (cells.bottomUp && done == 0 && height != 0) done = height - 1;
-  if (lpEMData->hCellBuf == 0) {
+  if (block == 0) {
     push_er(RAXEL_NO_MEMORY);
     return;
   }
-  const std::span<uint8_t> buffer = runtime::lockBytes(lpEMData->hCellBuf);
+  const std::span<uint8_t> buffer = runtime::lockBytes(block);
   if (cells.bottomUp) {
     const uint32_t count = std::min(cells.rows, done);
     placeUpward(cells, buffer, count, done);
@@ -170,32 +171,33 @@ void placeRows(const Cells &cells, uint32_t height, uint32_t &done) {
   }
 }
 
-void writeAlone(const Cells &cells) {
-  dropBuffer();
-  lpEMData->hCellBuf = runtime::allocate(raster::bufferBytes(cells.rowBytes, cells.rows));
+void writeAlone(RasterDriverState &state, const Cells &cells) {
+  dropBuffer(state);
+  state.hCellBuf = runtime::allocate(bufferBytes(cells.rowBytes, cells.rows));
   uint32_t done = 0;
-  placeRows(cells, cells.rows, done);
-  if (lpEMData->hCellBuf == 0) return;
-  RasterWriteCellData(lpEMData->hCellBuf, cells.width, cells.rows, lpEMData->nResolution, cells.bits,
+  placeRows(cells, state.hCellBuf, cells.rows, done);
+  if (state.hCellBuf == 0) return;
+  RasterWriteCellData(state.hCellBuf, cells.width, cells.rows, state.nResolution, cells.bits,
                       cells.bits == 24 ? RAXEL_RASTER_RGB : RAXEL_RASTER_INDEXED);
-  if (lpEMData != nullptr) dropBuffer();
+  if (lpEMData != nullptr) dropBuffer(*lpEMData);
 }
 
 // Inside a frame the rows wait for its end; outside they are a picture.
-void takeCells(const Cells &cells) {
-  if (lpEMData->bCellActive != 0) {
-    placeRows(cells, lpEMData->nCellHeight, lpEMData->nCellRowsDone);
+void takeCells(RasterDriverState &state, const Cells &cells) {
+  if (state.bCellActive != 0) {
+    placeRows(cells, state.hCellBuf, state.nCellHeight, state.nCellRowsDone);
   } else {
-    writeAlone(cells);
+    writeAlone(state, cells);
   }
 }
 
 }  // namespace
+}  // namespace raster
 
-runtime::Block raster::paletteOf(uint32_t bits) {
+runtime::Block raster::paletteOf(const RasterDriverState &state, uint32_t bits) {
   const size_t entries = size_t{1} << bits;
   runtime::Block palette = runtime::Block::ofSize(uint64_t{entries} * 3);
-  if (palette) std::memcpy(palette.data(), lpEMData->ColorTable, std::min<size_t>(entries, 256) * 3);
+  if (palette) std::memcpy(palette.data(), state.ColorTable, std::min<size_t>(entries, 256) * 3);
   return palette;
 }
 
@@ -203,10 +205,10 @@ HostWord d_gdp(HostWord record) {
   if (lpEMData == nullptr || record == 0) return record;
   switch (raster::field<int32_t>(record, raster::kPrimitiveAt)) {
     case RAXEL_PRIMITIVE_BEGIN_RASTER:
-      beginRaster(record);
+      raster::beginRaster(*lpEMData, record);
       break;
     case RAXEL_PRIMITIVE_END_RASTER:
-      endRaster();
+      raster::endRaster(*lpEMData);
       break;
     default:
       break;
@@ -216,6 +218,6 @@ HostWord d_gdp(HostWord record) {
 
 HostWord d_ca(HostWord record) {
   if (lpEMData == nullptr || record == 0) return record;
-  takeCells(readCells(record));
+  raster::takeCells(*lpEMData, raster::readCells(*lpEMData, record));
   return record;
 }

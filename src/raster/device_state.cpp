@@ -7,6 +7,7 @@
 #include "raxel/color.h"
 #include "runtime/numbers.h"
 
+namespace raster {
 namespace {
 
 enum Corner { kX1, kY1, kZ1, kX2, kY2, kZ2 };
@@ -23,40 +24,41 @@ bool usable(HostWord record) {
 }
 
 }  // namespace
+}  // namespace raster
 
 HostWord d_begp(HostWord record) {
-  enter(RAXEL_STATE_PICTURE);
+  raster::enter(RAXEL_STATE_PICTURE);
   d_reset(0, 4);
   return record;
 }
 
 HostWord d_begpb(HostWord record) {
-  enter(RAXEL_STATE_BODY);
+  raster::enter(RAXEL_STATE_BODY);
   return record;
 }
 
 HostWord d_endp(HostWord record) {
-  enter(RAXEL_STATE_ENDED);
+  raster::enter(RAXEL_STATE_ENDED);
   return record;
 }
 
 HostWord ds_dvwn(HostWord record) {
-  if (!usable(record)) return record;
+  if (!raster::usable(record)) return record;
   std::memcpy(lpEMData->DevWindow, raster::recordBytes(record) + raster::kDataAt,
               sizeof lpEMData->DevWindow);
   return record;
 }
 
 HostWord ds_bgc(HostWord record) {
-  if (!usable(record)) return record;
+  if (!raster::usable(record)) return record;
   std::memcpy(lpEMData->BkColor, raster::recordBytes(record) + raster::kDataAt, sizeof lpEMData->BkColor);
   return record;
 }
 
 // The viewport is flat: z1 and z2 are not taken.
 HostWord ds_dvvp(HostWord record) {
-  if (!usable(record)) return record;
-  for (const int corner : {kX1, kY1, kX2, kY2}) {
+  if (!raster::usable(record)) return record;
+  for (const int corner : {raster::kX1, raster::kY1, raster::kX2, raster::kY2}) {
     lpEMData->DevViewport[corner] =
         raster::field<double>(record, raster::kDataAt + sizeof(double) * static_cast<size_t>(corner));
   }
@@ -65,7 +67,7 @@ HostWord ds_dvvp(HostWord record) {
 
 // Metric mode turns millimetres per unit into dots per inch, rounded; every other mode forgets them.
 HostWord ds_vpsm(HostWord record) {
-  if (!usable(record)) return record;
+  if (!raster::usable(record)) return record;
   const auto mode = raster::field<int16_t>(record, raster::kModeAt);
   if (mode < RAXEL_VIEWPORT_PLAIN || mode > RAXEL_VIEWPORT_OTHER ||
       (lpEMData->nState & raster::kOther7) != 0)
@@ -73,8 +75,9 @@ HostWord ds_vpsm(HostWord record) {
   const auto scale = mode == RAXEL_VIEWPORT_METRIC ? raster::field<double>(record, raster::kScaleAt) : 0.0;
   // A scale that gives no 32-bit number keeps the low 32 bits of what a 64-bit one holds.
   lpEMData->nResolution =
-      scale == 0.0 ? 0
-                   : static_cast<uint32_t>(runtime::truncateTo<int64_t>(kMillimetresPerInch / scale + 0.5));
+      scale == 0.0
+          ? 0
+          : static_cast<uint32_t>(runtime::truncateTo<int64_t>(raster::kMillimetresPerInch / scale + 0.5));
   return record;
 }
 
@@ -87,7 +90,8 @@ HostWord dq_dvwn(HostWord record) {
 HostWord dq_dvvp(HostWord record) {
   if (lpEMData == nullptr) return record;
   const double *viewport = lpEMData->DevViewport;
-  const double reply[6] = {viewport[kX1], viewport[kY2], 0.0, viewport[kY1], viewport[kX2], 0.0};
+  const double reply[6] = {viewport[raster::kX1], viewport[raster::kY2], 0.0,
+                           viewport[raster::kY1], viewport[raster::kX2], 0.0};
   mov2buf(reply, sizeof reply);
   return record;
 }
@@ -95,14 +99,14 @@ HostWord dq_dvvp(HostWord record) {
 // Loads colours into the table. The colour treatment is applied to the host's own record first, to
 // every colour that it announces; those past the table's end are dropped.
 HostWord ds_ct(HostWord record) {
-  if (!usable(record)) return record;
+  if (!raster::usable(record)) return record;
   const auto length = raster::field<uint32_t>(record, raster::kColorLengthAt);
   const uint32_t n = length < 2 ? 0 : (length - 2) / 3;
   const auto first = raster::field<uint32_t>(record, raster::kFirstColorAt);
   uint8_t *colors = raster::recordBytes(record) + raster::kColorsAt;
   rev_rgb(n, colors, static_cast<int32_t>(lpEMData->nColorOp));
-  if (first >= kColors) return record;
-  const size_t taken = std::min(n, kColors - first);
+  if (first >= raster::kColors) return record;
+  const size_t taken = std::min(n, raster::kColors - first);
   std::memcpy(lpEMData->ColorTable[first], colors, taken * sizeof lpEMData->ColorTable[0]);
   return record;
 }

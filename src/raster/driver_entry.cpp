@@ -9,6 +9,7 @@
 #include "runtime/blocks.h"
 #include "runtime/settings_in_use.h"
 
+namespace raster {
 namespace {
 
 void takeSetup(Handle setup) {
@@ -27,7 +28,7 @@ void announceProgress(HostWord *status) {
   lpEMData->lpHostStatus = status;
   if (status == nullptr) return;
   if (status[RAXEL_STATUS_CALLBACK] == 0 || status[RAXEL_STATUS_CONTEXT] == 0) return;
-  raster::tellHost(0, static_cast<HostWord>(RAXEL_REPORT_STARTED), RAXEL_REPORT_COMPLETE, 0);
+  tellHost(0, static_cast<HostWord>(RAXEL_REPORT_STARTED), RAXEL_REPORT_COMPLETE, 0);
 }
 
 // A reply buffer past this size is refused: no allocator of a session should end the process.
@@ -53,7 +54,7 @@ bool takeName(const char *name) {
 }
 
 int32_t giveUp(int32_t code) {
-  raster::releaseOwned(*lpEMData);
+  releaseOwned(*lpEMData);
   FreeGlobal();
   return code;
 }
@@ -62,11 +63,12 @@ int32_t dispatch(HostWord record) {
   if (lpEMData == nullptr) return 0;
   lpEMData->nLastError = 0;
   if (record == 0 || static_cast<int32_t>(lpEMData->nState) <= 0) return 0;
-  getfunc(raster::field<uint32_t>(record, raster::kOpcodeAt))(record);
+  getfunc(field<uint32_t>(record, kOpcodeAt))(record);
   return lpEMData == nullptr ? 0 : lpEMData->nLastError;
 }
 
 }  // namespace
+}  // namespace raster
 
 int32_t RASTER_dd_entry(uint32_t op, void *out, uint32_t /*unused*/) {
   if (out == nullptr) return 0;
@@ -91,7 +93,7 @@ int32_t RASTER_dd_entry32(HostWord /*unused*/, uint32_t op, void *record) {
       return running ? 0 : RASTER_initdvr(static_cast<HostWord *>(record));
     }
     case RAXEL_ENTRY_EXECUTE:
-      return dispatch(reinterpret_cast<HostWord>(record));
+      return raster::dispatch(reinterpret_cast<HostWord>(record));
     case RAXEL_ENTRY_END:
       if (lpEMData != nullptr) lpEMData->nLastError = 0;
       return RASTER_termdvr();
@@ -107,15 +109,15 @@ int32_t RASTER_initdvr(HostWord *record) {
   if (record == nullptr) return RAXEL_NO_MEMORY;
   AllocGlobal();
   if (lpEMData == nullptr) return RAXEL_NO_MEMORY;
-  takeSetup(record[RAXEL_START_SETUP]);
+  raster::takeSetup(record[RAXEL_START_SETUP]);
   const runtime::SettingsInUse use(lpSetup);
-  announceProgress(reinterpret_cast<HostWord *>(record[RAXEL_START_STATUS]));
+  raster::announceProgress(reinterpret_cast<HostWord *>(record[RAXEL_START_STATUS]));
   if (lpEMData == nullptr) return RAXEL_NO_MEMORY;
-  if (use.destroyed()) return giveUp(RAXEL_NO_MEMORY);
-  if (!makeReplyBuffer(static_cast<uint32_t>(record[RAXEL_START_REPLY_BYTES])))
-    return giveUp(RAXEL_NO_MEMORY);
-  if (!takeName(reinterpret_cast<const char *>(record[RAXEL_START_NAME])))
-    return giveUp(RAXEL_CANNOT_WRITE);
+  if (use.destroyed()) return raster::giveUp(RAXEL_NO_MEMORY);
+  if (!raster::makeReplyBuffer(static_cast<uint32_t>(record[RAXEL_START_REPLY_BYTES])))
+    return raster::giveUp(RAXEL_NO_MEMORY);
+  if (!raster::takeName(reinterpret_cast<const char *>(record[RAXEL_START_NAME])))
+    return raster::giveUp(RAXEL_CANNOT_WRITE);
   record[RAXEL_START_REPLIES] = reinterpret_cast<HostWord>(lpEMData->lpReplyBuf);
   lpEMData->nState = RAXEL_STATE_INITIALISED;
   raster::writeCapabilities(reinterpret_cast<uint32_t *>(record[RAXEL_START_CAPABILITIES]),

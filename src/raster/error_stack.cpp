@@ -10,6 +10,7 @@
 #include "raster/record.h"
 #include "raxel/driver.h"
 
+namespace raster {
 namespace {
 
 // The host may store anything in these two; only 0 to 10 can index the stack.
@@ -25,23 +26,24 @@ ErrEntry &entry(int32_t index) {
 }
 
 }  // namespace
+}  // namespace raster
 
 void push_er(int32_t code) {
   if (lpEMData == nullptr) return;
   const ErrEntry pushed = {lpEMData->nCurFunc, static_cast<int16_t>(code), 0};
-  const int32_t count = clampToStack(lpEMData->nErrCount);
-  const int32_t capacity = clampToStack(lpEMData->nErrMax);
+  const int32_t count = raster::clampToStack(lpEMData->nErrCount);
+  const int32_t capacity = raster::clampToStack(lpEMData->nErrMax);
   if (count != 0) {
     // A repeated error of one function is recorded once, and does not become the result again.
-    const ErrEntry &top = entry(count - 1);
+    const ErrEntry &top = raster::entry(count - 1);
     if (top.nFunc == pushed.nFunc && top.nCode == pushed.nCode) return;
   }
-  if (count == 0) entry(-1) = pushed;
+  if (count == 0) raster::entry(-1) = pushed;
   if (count >= capacity) {
-    entry(capacity - 1) = pushed;
+    raster::entry(capacity - 1) = pushed;
     lpEMData->nErrLost += 1;
   } else {
-    entry(count) = pushed;
+    raster::entry(count) = pushed;
     lpEMData->nErrCount = static_cast<uint32_t>(count + 1);
   }
   lpEMData->nLastErrFunc = pushed.nFunc;
@@ -50,14 +52,14 @@ void push_er(int32_t code) {
 
 HostWord d_popes(HostWord record) {
   if (lpEMData == nullptr || record == 0) return record;
-  int32_t count = clampToStack(lpEMData->nErrCount);
+  int32_t count = raster::clampToStack(lpEMData->nErrCount);
   // A negative number is answered as it came, and pops nothing.
   const int32_t n = std::min(raster::field<int32_t>(record, raster::kPopCountAt), count);
   mov2buf(&n, sizeof n);
   for (int32_t i = 0; i < n; ++i) {
     --count;
     lpEMData->nErrCount = static_cast<uint32_t>(count);
-    mov2buf(&entry(count), sizeof(ErrEntry));
+    mov2buf(&raster::entry(count), sizeof(ErrEntry));
   }
   return record;
 }
@@ -75,7 +77,7 @@ HostWord d_empes(HostWord value) {
 HostWord dq_es() {
   if (lpEMData == nullptr) return 0;
   mov2buf(&lpEMData->nErrCount, sizeof lpEMData->nErrCount);
-  mov2buf(&entry(-1), sizeof(ErrEntry));
+  mov2buf(&raster::entry(-1), sizeof(ErrEntry));
   mov2buf(&lpEMData->nErrLost, sizeof lpEMData->nErrLost);
   return 0;
 }

@@ -10,9 +10,8 @@
 #include "runtime/rows.h"
 #include "runtime/settings_in_use.h"
 
+namespace raster {
 namespace {
-
-constexpr uint16_t kCmykSpace = 2;
 
 // A picture on its way to the writer. `owned` holds the pixels once they are no longer the caller's.
 struct Picture {
@@ -29,15 +28,14 @@ struct Target {
   uint32_t width = 0;
   uint32_t height = 0;
   uint16_t depth = 0;
-  uint16_t colorSpace = 0;
 };
 
 // Reports progress. False when the host asks to stop, ended the session, or destroyed the settings
 // meanwhile; the last is an error of the picture's.
 bool report(const runtime::SettingsInUse &use, uint32_t percent) {
-  const int32_t answer = raster::tellHost(0, 0, 0, percent);
+  const int32_t answer = tellHost(0, 0, 0, percent);
   if (lpEMData == nullptr) return false;
-  if (use.destroyed() || !raster::useDriverSetup()) {
+  if (use.destroyed() || !useDriverSetup()) {
     push_er(RAXEL_NO_MEMORY);
     return false;
   }
@@ -50,12 +48,13 @@ Target targetOf(uint32_t width, uint32_t rows, uint32_t resolution) {
   double targetHeight = rows;
   if (resolution != 0) {
     const double *window = lpEMData->DevWindow;
-    targetWidth = raster::extentOf(window[3], window[0]) / resolution;
-    targetHeight = raster::extentOf(window[4], window[1]) / resolution;
+    targetWidth = extentOf(window[3], window[0]) / resolution;
+    targetHeight = extentOf(window[4], window[1]) / resolution;
   }
   Target target;
+  uint16_t colorSpace = 0;  // neither is read or written: no setting asks for four channels
   uint8_t flags[9] = {};
-  QueryCellFormat(&targetWidth, &targetHeight, &target.depth, &resolution, &target.colorSpace, flags);
+  QueryCellFormat(&targetWidth, &targetHeight, &target.depth, &resolution, &colorSpace, flags);
   target.width = runtime::toU32(targetWidth);
   target.height = runtime::toU32(targetHeight);
   return target;
@@ -113,7 +112,7 @@ bool changeDepth(Picture &picture, const Target &target) {
 // block is then filled up with zeros to the writer's size, and whatever the writer does to pixels it
 // does to those as well. False when no block holds that many.
 bool fillUp(Picture &picture, const Target &target) {
-  const uint64_t bytes = raster::bufferBytes(runtime::rowStride(target.width, target.depth), target.height);
+  const uint64_t bytes = bufferBytes(runtime::rowStride(target.width, target.depth), target.height);
   if (GlobalSize(picture.bits) >= bytes) return true;
   return replace(picture, runtime::longerCopy(picture.bits, bytes), target.width, target.height);
 }
@@ -135,6 +134,7 @@ void writeFile(const Picture &picture, const Target &target) {
 }
 
 }  // namespace
+}  // namespace raster
 
 void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t resolution,
                          uint32_t bitsPerPixel, int32_t kind) {
@@ -144,9 +144,9 @@ void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t 
     return;
   }
   const runtime::SettingsInUse use(lpSetup);
-  const Target target = targetOf(width, rows, resolution);
+  const raster::Target target = raster::targetOf(width, rows, resolution);
   if (target.depth == 0) return;
-  Picture picture;
+  raster::Picture picture;
   picture.bits = pixels;
   picture.width = width;
   picture.height = rows;
@@ -156,8 +156,8 @@ void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t 
 
   // Only heights are compared; the width follows along.
   if (target.height < rows) {
-    if (!shrink(picture, target)) return;
-    if (!report(use, percent += RAXEL_REPORT_STEP)) return;
+    if (!raster::shrink(picture, target)) return;
+    if (!raster::report(use, percent += RAXEL_REPORT_STEP)) return;
   }
   if (picture.depth < 24) {
     picture.palette = runtime::Block::ofSize(sizeof lpEMData->ColorTable);
@@ -165,22 +165,17 @@ void RasterWriteCellData(Handle pixels, uint32_t width, uint32_t rows, uint32_t 
   }
   if ((picture.kind == RAXEL_RASTER_CMYK || picture.kind == RAXEL_RASTER_ALPHA) &&
       target.depth < picture.depth) {
-    dropFourthChannel(picture);
+    raster::dropFourthChannel(picture);
   }
   if (target.depth != picture.depth) {
-    if (!changeDepth(picture, target)) return;
-    if (!report(use, percent += RAXEL_REPORT_STEP)) return;
-  }
-  // No setting asks for CMYK output: the colour space stays 0.
-  if (target.colorSpace == kCmykSpace && target.depth == 32) {
-    rlRGB4toCMYK(picture.bits, picture.width, picture.height);
-    picture.kind = RAXEL_RASTER_CMYK;
+    if (!raster::changeDepth(picture, target)) return;
+    if (!raster::report(use, percent += RAXEL_REPORT_STEP)) return;
   }
   if (target.height > rows) {
-    if (!stretch(picture, target)) return;
-    if (!report(use, percent += RAXEL_REPORT_STEP)) return;
+    if (!raster::stretch(picture, target)) return;
+    if (!raster::report(use, percent += RAXEL_REPORT_STEP)) return;
   }
-  if (percent < RAXEL_REPORT_WRITING && !report(use, RAXEL_REPORT_WRITING)) return;
-  if (!fillUp(picture, target)) return;
-  writeFile(picture, target);
+  if (percent < RAXEL_REPORT_WRITING && !raster::report(use, RAXEL_REPORT_WRITING)) return;
+  if (!raster::fillUp(picture, target)) return;
+  raster::writeFile(picture, target);
 }

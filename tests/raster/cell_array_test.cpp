@@ -347,7 +347,7 @@ TEST_F(Cells, APaletteOfMoreBitsThanTheTableHasEndsInBlack) {
     std::memcpy(lpEMData->ColorTable[i], color, 3);
   }
   for (const uint32_t bits : {1u, 4u, 8u, 9u, 12u, 23u}) {
-    const runtime::Block palette = raster::paletteOf(bits);
+    const runtime::Block palette = raster::paletteOf(*lpEMData, bits);
     const auto bytes = palette.bytes();
     ASSERT_EQ(bytes.size(), size_t{3} << bits);
     const size_t known = std::min<size_t>(bytes.size(), 768);
