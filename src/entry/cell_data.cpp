@@ -29,7 +29,7 @@ bool convert(const OffscreenRecord &record, const PictureRecord &picture, Workin
   const Size to = {record.nWidth, record.nBandRows};
   const auto fromBits = static_cast<int16_t>(picture.nBits);
   const auto toBits = static_cast<int16_t>(record.nBits);
-  const uint64_t bytes = pictureBytes(from.width, from.height, picture.nBits);
+  const uint64_t bytes = runtime::bitmapBytes(from.width, from.height, picture.nBits);
   if (!runtime::fitsInBlock(bytes)) return false;
 
   const bool shrinks = to.width < from.width || to.height < from.height;
@@ -65,7 +65,7 @@ Handle CellDataBand(OffscreenRecord *record) {
     there = entry::convert(*record, picture, pixels);
   } else if (there) {
     pixels.replace(
-        runtime::allocate(entry::pictureBytes(record->nWidth, record->nBandRows, record->nBits)));
+        runtime::allocate(runtime::bitmapBytes(record->nWidth, record->nBandRows, record->nBits)));
   }
   HostWord &band = entry::lockCache(*record)[BANDCACHE_BAND];
   GlobalFree(band);

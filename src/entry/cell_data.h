@@ -1,9 +1,9 @@
 // Host pixels on their way to the output's depth and size.
 #pragma once
 
-#include "entry/picture_bytes.h"
 #include "raxel/filter.h"
 #include "runtime/blocks.h"
+#include "runtime/rows.h"
 
 namespace entry {
 

@@ -43,7 +43,7 @@ void keepColors(OffscreenRecord &record, const PictureRecord &picture) {
 // median cut, any other picture by the ditherer.
 void reduceColors(OffscreenRecord &record, const PictureRecord &picture) {
   if (record.nBits > 8 || picture.hBits == 0 || !isReadable(picture.nBits)) return;
-  if (!runtime::fitsInBlock(pictureBytes(picture.nWidth, picture.nHeight, picture.nBits))) return;
+  if (!runtime::fitsInBlock(runtime::bitmapBytes(picture.nWidth, picture.nHeight, picture.nBits))) return;
 
   const uint32_t wanted = 1u << record.nBits;
   auto count = static_cast<uint16_t>(wanted);

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "entry/picture_bytes.h"
 #include "raxel/filter.h"
 #include "raxel/memory.h"
 #include "raxel/tiff.h"
 #include "runtime/blocks.h"
 #include "runtime/numbers.h"
+#include "runtime/rows.h"
 #include "runtime/settings_in_use.h"
 
 namespace entry {
@@ -70,7 +70,7 @@ bool listsTooMuch(const Output &out) {
   constexpr uint64_t kMostTiles = uint64_t{1} << 23;  // arrays of 64 MiB
   const uint64_t tiles = (uint64_t{out.width} + 511) / 512 * ((uint64_t{out.height} + 127) / 128);
   return out.settings->tiff.wLayoutMode == RAXEL_STORED_LAYOUT_TILES && tiles > kMostTiles &&
-         !runtime::fitsInBlock(pictureBytes(out.width, out.bandRows, out.bits));
+         !runtime::fitsInBlock(runtime::bitmapBytes(out.width, out.bandRows, out.bits));
 }
 
 // Offers the draw procedure one band of the full height; it answers with the rows it wants.

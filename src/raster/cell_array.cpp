@@ -44,8 +44,7 @@ void beginRaster(RasterDriverState &state, HostWord record) {
   state.nCellBits = bitsOf(field<int32_t>(data, kBeginPrecisionAt));
   state.nCellRowsDone = 0;
   dropBuffer(state);
-  state.hCellBuf =
-      runtime::allocate(bufferBytes(runtime::rowStride(state.nCellWidth, state.nCellBits), rows));
+  state.hCellBuf = runtime::allocate(runtime::bitmapBytes(state.nCellWidth, rows, state.nCellBits));
 }
 
 void endRaster(RasterDriverState &state) {
@@ -173,7 +172,7 @@ void placeRows(const Cells &cells, Handle block, uint32_t height, uint32_t &done
 
 void writeAlone(RasterDriverState &state, const Cells &cells) {
   dropBuffer(state);
-  state.hCellBuf = runtime::allocate(bufferBytes(cells.rowBytes, cells.rows));
+  state.hCellBuf = runtime::allocate(runtime::bitmapBytes(cells.width, cells.rows, cells.bits));
   uint32_t done = 0;
   placeRows(cells, state.hCellBuf, cells.rows, done);
   if (state.hCellBuf == 0) return;

@@ -33,10 +33,4 @@ inline uint32_t bitsOf(int32_t precision) {
   return precision < 0 ? uint32_t{0} - static_cast<uint32_t>(precision) : static_cast<uint32_t>(precision);
 }
 
-// Bytes of a whole buffer; past what any block holds the result only says "too large".
-inline uint64_t bufferBytes(uint64_t row, uint32_t rows) {
-  if (rows != 0 && row > 0xFFFFFFFFu / rows) return UINT64_MAX;
-  return row * rows;
-}
-
 }  // namespace raster

@@ -112,7 +112,7 @@ bool changeDepth(Picture &picture, const Target &target) {
 // block is then filled up with zeros to the writer's size, and whatever the writer does to pixels it
 // does to those as well. False when no block holds that many.
 bool fillUp(Picture &picture, const Target &target) {
-  const uint64_t bytes = bufferBytes(runtime::rowStride(target.width, target.depth), target.height);
+  const uint64_t bytes = runtime::bitmapBytes(target.width, target.height, target.depth);
   if (GlobalSize(picture.bits) >= bytes) return true;
   return replace(picture, runtime::longerCopy(picture.bits, bytes), target.width, target.height);
 }
