@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_set>
 
 namespace host {
 namespace {
@@ -188,7 +189,23 @@ std::string typeName(uint16_t type) {
   return type != 0 && type < kTypes.size() ? kTypes[type].name : "type " + std::to_string(type);
 }
 
-Directory readDirectory(std::span<const uint8_t> file) {
+std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file) {
+  std::vector<uint64_t> places;
+  if (file.size() < 16) return places;
+  const Bytes bytes(file, file[0] == 'I');
+  const bool big = bytes.number(2, 2) == 43;
+  const uint32_t countSize = big ? 8 : 2, entrySize = big ? 20 : 12, placeSize = big ? 8 : 4;
+  std::unordered_set<uint64_t> seen;
+  for (uint64_t at = bytes.number(placeSize, placeSize); at >= 8 && bytes.has(at, countSize);) {
+    const uint64_t count = bytes.number(at, countSize);
+    if (count > UINT16_MAX || !seen.insert(at).second) break;
+    places.push_back(at);
+    at = bytes.number(at + countSize + entrySize * count, placeSize);
+  }
+  return places;
+}
+
+Directory readDirectory(std::span<const uint8_t> file, uint32_t at) {
   Directory directory;
   if (file.size() < 8 || (file[0] != 'I' && file[0] != 'M') || file[1] != file[0]) {
     directory.faults.push_back("it is no TIFF file");
@@ -200,7 +217,7 @@ Directory readDirectory(std::span<const uint8_t> file) {
     directory.faults.push_back(bytes.number(2, 2) == 43 ? "it is a BigTIFF file" : "it is no TIFF file");
     return directory;
   }
-  directory.offset = static_cast<uint32_t>(bytes.number(4, 4));
+  directory.offset = at != 0 ? at : static_cast<uint32_t>(bytes.number(4, 4));
   const uint64_t count = bytes.number(directory.offset, 2), start = uint64_t{directory.offset} + 2;
   if (directory.offset < 8 || count == 0 || !bytes.has(start, 12 * count + 4)) {
     directory.faults.push_back("its directory lies beyond the end of the file");
@@ -212,7 +229,6 @@ Directory readDirectory(std::span<const uint8_t> file) {
   checkOrder(directory);
   checkPieces(directory, file.size(), kStrips, kStripSizes);
   checkPieces(directory, file.size(), kTiles, kTileSizes);
-  if (directory.next != 0) directory.faults.push_back("further pictures follow; only the first is shown");
   return directory;
 }
 

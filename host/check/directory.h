@@ -29,8 +29,13 @@ struct Directory {
   double value(uint16_t tag, double none) const;
 };
 
-// Reads the first directory. A file that is no TIFF has no entries and a fault that says so.
-Directory readDirectory(std::span<const uint8_t> file);
+// Reads the directory at a place, or the first one for 0. A file that is no TIFF has no entries and a fault
+// that says so.
+Directory readDirectory(std::span<const uint8_t> file, uint32_t at = 0);
+
+// The places of all directories of a TIFF or BigTIFF, in their order. The chain ends where it leaves the
+// file or comes back to a place.
+std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file);
 
 // Names for texts; "tag 65000" and "type 13" for unknown ones.
 std::string tagName(uint16_t tag);

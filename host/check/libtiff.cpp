@@ -60,12 +60,25 @@ __attribute__((format(printf, 2, 0))) void onWarning(const char *, const char *f
   collect(saidWarnings, format, arguments);
 }
 
+// In bytes that were read, the header's place of the first directory becomes another one: 4 bytes from 4
+// on, in BigTIFF 8 from 8 on.
+void pointToDirectory(const TiffBytes &view, uint8_t *bytes, size_t count) {
+  const bool little = view.bytes[0] == 'I', big = view.bytes[little ? 2 : 3] == 43;
+  const uint64_t size = big ? 8 : 4;
+  for (uint64_t i = 0; i < size; ++i) {
+    const uint64_t at = size + i;
+    if (at < view.at || at - view.at >= count) continue;
+    bytes[at - view.at] = static_cast<uint8_t>(view.directory >> 8 * (little ? i : size - 1 - i));
+  }
+}
+
 tmsize_t readBytes(thandle_t handle, void *to, tmsize_t count) {
   TiffBytes &view = *static_cast<TiffBytes *>(handle);
   if (count < 0 || view.at >= view.bytes.size()) return 0;
   const size_t step =
       std::min(static_cast<size_t>(count), view.bytes.size() - static_cast<size_t>(view.at));
   std::memcpy(to, view.bytes.data() + view.at, step);
+  if (view.directory != 0) pointToDirectory(view, static_cast<uint8_t *>(to), step);
   view.at += step;
   return static_cast<tmsize_t>(step);
 }
@@ -88,7 +101,8 @@ toff_t sizeOf(thandle_t handle) {
 
 }  // namespace
 
-TiffReader::TiffReader(std::span<const uint8_t> bytes) : lib_(&libTiff()), memory_{bytes, 0} {
+TiffReader::TiffReader(std::span<const uint8_t> bytes, uint64_t directory)
+    : lib_(&libTiff()), memory_{bytes, 0, directory} {
   saidErrors.clear();
   saidWarnings.clear();
   errorsBefore_ = lib_->TIFFSetErrorHandler(onError);

@@ -36,13 +36,15 @@ struct LibTiff {
 struct TiffBytes {
   std::span<const uint8_t> bytes;
   uint64_t at = 0;
+  uint64_t directory = 0;  // what the header is to say for the place of the first one; 0: what it says
 };
 
 // A TIFF being read. Only one lives at a time: the library's messages come without a context.
 class TiffReader {
  public:
   // Throws a Failure when libtiff is not installed. The bytes are borrowed.
-  explicit TiffReader(std::span<const uint8_t> bytes);
+  // Shows the picture of that directory (0: the first).
+  explicit TiffReader(std::span<const uint8_t> bytes, uint64_t directory = 0);
   ~TiffReader();
   TiffReader(const TiffReader &) = delete;
   TiffReader &operator=(const TiffReader &) = delete;

@@ -49,9 +49,9 @@ void Meant::rowOf(uint32_t y, std::vector<uint8_t> &out) const {
   for (size_t i = 0; i < out.size(); ++i) out[i] = static_cast<uint8_t>(in[i] ^ flip);
 }
 
-void Meant::compare(std::span<const uint8_t> file, const std::string &name) const {
+void Meant::compare(std::span<const uint8_t> file, const std::string &name, uint32_t directory) const {
   const Complaint complaint(name);
-  TiffReader reader(file);
+  TiffReader reader(file, directory);
   if (!reader.isOpen()) complaint.say("it cannot be opened" + reasonOf(reader));
   complaint.same("the width", plan_.width, reader.number(TIFFTAG_IMAGEWIDTH, true, 0));
   complaint.same("the height", plan_.height, reader.number(TIFFTAG_IMAGELENGTH, true, 0));

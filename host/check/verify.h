@@ -15,9 +15,9 @@ class Meant {
  public:
   Meant(const RaxelPlan &plan, const uint8_t *pixels, const uint8_t *table);
 
-  // Decodes the file with libtiff and compares size, resolution, colours and every pixel. Throws a
-  // Failure with kNoWrite that names the first difference.
-  void compare(std::span<const uint8_t> file, const std::string &name) const;
+  // Decodes the page of that directory (0: the first) with libtiff and compares size, resolution, colours
+  // and every pixel. Throws a Failure with kNoWrite that names the first difference.
+  void compare(std::span<const uint8_t> file, const std::string &name, uint32_t directory = 0) const;
 
  private:
   // Row y from the top, as a reader sees it: packed indices, or red, green, blue.

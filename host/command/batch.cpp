@@ -51,13 +51,14 @@ std::string shownName(const std::string &input) {
 }
 
 // `line` is where the picture's progress is shown.
-Report exportOne(const Library &library, const Options &options, const Originals &originals, size_t index,
-                 Progress &line) {
+Report exportOne(const Library &library, const Options &options, const Originals &originals,
+                 const Task &task, Progress &line) {
   Report report;
-  report.input = options.inputs[index];
+  report.input = task.inputs.front();
   try {
-    originals.protectFrom(options.outputs[index]);
-    exportPicture(library, options, options.inputs[index], options.outputs[index], line, report);
+    if (task.failure) throw *task.failure;
+    originals.protectFrom(task.output);
+    exportPicture(library, options, task, line, report);
   } catch (const Failure &failure) {
     report.exit = failure.code();
     report.error = failure.what();
@@ -110,12 +111,14 @@ struct Child {
 // need processes of their own.
 class Pool {
  public:
-  Pool(const Library &library, const Options &options, const Originals &originals, Outcome &outcome)
+  Pool(const Library &library, const Options &options, const Originals &originals,
+       const std::vector<Task> &tasks, Outcome &outcome)
       : library_(library),
         options_(options),
         originals_(originals),
+        tasks_(tasks),
         outcome_(outcome),
-        line_(std::to_string(options.inputs.size()) + " pictures", wantsLine(options)) {}
+        line_(std::to_string(tasks.size()) + " pictures", wantsLine(options)) {}
 
   void start(size_t index) {
     int ends[2];
@@ -139,7 +142,7 @@ class Pool {
       // The line belongs to the parent, which counts pictures; a message takes its place.
       Progress none("", false);
       none.takeOver(line_);
-      const Report report = exportOne(library_, options_, originals_, index, none);
+      const Report report = exportOne(library_, options_, originals_, tasks_[index], none);
       std::fflush(nullptr);
       writeAll(ends[1], toJson(report));
       _exit(report.exit);
@@ -188,7 +191,7 @@ class Pool {
   // For a child that ended without a report of its own.
   void reportEnd(size_t index, int status) {
     Report report;
-    report.input = options_.inputs[index];
+    report.input = tasks_[index].inputs.front();
     report.exit = outcome_.exits[index];
     report.error = report.input +
                    (WIFEXITED(status) ? ": the export was stopped"
@@ -201,6 +204,7 @@ class Pool {
   const Library &library_;
   const Options &options_;
   const Originals &originals_;
+  const std::vector<Task> &tasks_;
   Outcome &outcome_;
   Progress line_;
   size_t done_ = 0;
@@ -212,26 +216,26 @@ class Pool {
 int exportAll(const Options &options) {
   const Library &library = openFilter(options.library);
   const Originals originals(options.inputs);
+  const std::vector<Task> tasks = tasksOf(options);
   if (!options.dryRun) {
     if (!options.directory.empty()) makeFolder(options.directory);
     sweepFolders(options.outputs);
   }
-  Outcome outcome(options.inputs.size());
-  const bool sideBySide = options.jobs > 1 && options.inputs.size() > 1;
+  Outcome outcome(tasks.size());
+  const bool sideBySide = options.jobs > 1 && tasks.size() > 1;
   shareCores(options.threads,
-             sideBySide ? static_cast<unsigned>(std::min<size_t>(options.jobs, options.inputs.size())) : 1);
+             sideBySide ? static_cast<unsigned>(std::min<size_t>(options.jobs, tasks.size())) : 1);
   if (sideBySide) {
-    Pool pool(library, options, originals, outcome);
-    for (size_t i = 0; i < options.inputs.size(); ++i) {
+    Pool pool(library, options, originals, tasks, outcome);
+    for (size_t i = 0; i < tasks.size(); ++i) {
       if (pool.running() == options.jobs) pool.waitForOne();
       pool.start(i);
     }
     while (pool.running() != 0) pool.waitForOne();
   } else {
-    for (size_t i = 0; i < options.inputs.size(); ++i) {
-      const std::string &name = options.inputs[i];
-      Progress line(shownName(name), wantsLine(options));
-      const Report report = exportOne(library, options, originals, i, line);
+    for (size_t i = 0; i < tasks.size(); ++i) {
+      Progress line(shownName(tasks[i].inputs.front()), wantsLine(options));
+      const Report report = exportOne(library, options, originals, tasks[i], line);
       outcome.exits[i] = report.exit;
       outcome.json[i] = toJson(report);
     }

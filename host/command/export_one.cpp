@@ -1,7 +1,10 @@
 #include "command/export_one.h"
 
+#include <exception>
+
 #include "clock.h"
 #include "command/as_is.h"
+#include "command/page_feed.h"
 #include "command/stop.h"
 #include "filter/driver.h"
 #include "filter/given.h"
@@ -46,8 +49,29 @@ bool isAboutPicture(int reason) {
   return reason <= RAXEL_HOST_NO_MEMORY || reason == RAXEL_HOST_BAD_ROAD;
 }
 
+// What the callbacks of an export work on.
+struct Run {
+  const Options &options;
+  const Task &task;
+  Progress &progress;
+  Report &report;  // of the output
+  Given given;
+  PageFeed feed;
+  std::unique_ptr<Picture> picture;  // the page at hand
+  Report page;                       // what is told of it
+  std::exception_ptr failed;         // in a callback, which nothing may pass through
+
+  Run(const Library &library, const Options &wanted, const Task &what, Progress &line, Report &whole)
+      : options(wanted),
+        task(what),
+        progress(line),
+        report(whole),
+        given(library, wanted),
+        feed(wanted, what) {}
+};
+
 int32_t show(void *context, int32_t stage, double part, uint64_t bytes) {
-  Progress &progress = *static_cast<Progress *>(context);
+  Progress &progress = static_cast<Run *>(context)->progress;
   if (stage == RAXEL_STAGE_PREPARING) {
     progress.stage("preparing");
   } else {
@@ -61,8 +85,8 @@ void rememberTemporary(void *, const char *path) {
 }
 
 // All but the request.
-RaxelHostJob jobOf(const Options &options, const Picture &picture, const std::string &output,
-                   Progress &progress) {
+RaxelHostJob jobOf(Run &run, const Picture &picture) {
+  const Options &options = run.options;
   RaxelHostJob job;
   raxelHostJobDefaults(&job, sizeof job);
   job.flags = RAXEL_HOST_SYNC_CHILD;
@@ -71,10 +95,10 @@ RaxelHostJob jobOf(const Options &options, const Picture &picture, const std::st
   if (options.rules.noClobber) job.flags |= RAXEL_HOST_NO_CLOBBER;
   if (options.dryRun) job.flags |= RAXEL_HOST_DRY_RUN;
   job.picture = picture.view;
-  job.path = output.c_str();
-  job.progress = progress.isShown() ? show : nullptr;
+  job.path = run.task.output.c_str();
+  job.progress = run.progress.isShown() ? show : nullptr;
   job.temporary = rememberTemporary;
-  job.context = &progress;
+  job.context = &run;
   job.road = static_cast<int32_t>(options.via);
   return job;
 }
@@ -89,52 +113,107 @@ void checkJob(const RaxelHostJob &job, const std::string &input) {
     throw Failure(exitFor(RAXEL_HOST_BAD_ROAD, job), input + ": " + why);
 }
 
-}  // namespace
-
-void exportPicture(const Library &library, const Options &options, const std::string &inputPath,
-                   const std::string &output, Progress &progress, Report &report) {
-  report.input = inputPath;
-  report.output = options.dryRun ? "" : output;
-  report.dryRun = options.dryRun;
+// Reads the next page, and makes a request of it. False when there is none.
+bool readNext(Run &run) {
   Clock::time_point start = Clock::now();
-
-  const Input input(inputPath);
-  checkSave(library, options);
-  Given given(library, options);
-  const Setup &setup = given.setup;
+  const Setup &setup = run.given.setup;
   // Before there are pixels, so that those of a picture that is refused cost nothing.
   const auto gate = [&](const Picture &announced) {
-    describe(announced, report);
-    if (options.asIs) return checkAsIs(announced, inputPath);
-    RaxelHostJob job = jobOf(options, announced, output, progress);
+    describe(announced, run.page);
+    if (run.options.asIs) return checkAsIs(announced, run.feed.name());
+    RaxelHostJob job = jobOf(run, announced);
     std::vector<std::string> unheard;
-    job.request = requestFor(options, setup, announced, unheard);
-    checkJob(job, inputPath);
+    job.request = requestFor(run.options, setup, announced, unheard);
+    checkJob(job, run.feed.name());
   };
-  const std::unique_ptr<Picture> picture = readPicture(input, options.background, gate);
-  describe(*picture, report);
-  report.readSeconds = secondsSince(start);
+  run.page = Report{};
+  run.page.dryRun = run.options.dryRun;
+  run.picture = run.feed.next(gate);
+  if (!run.picture) return false;
+  run.page.input = run.feed.name();
+  describe(*run.picture, run.page);
+  run.page.readSeconds = secondsSince(start);
+  run.report.readSeconds += run.page.readSeconds;
+  return true;
+}
 
+// Tells of a page that is written.
+void endPage(Run &run, const RaxelPlan &plan) {
+  run.page.plan = plan;
+  run.page.planned = true;
+  noteAll(plan, run.page);
+  run.progress.clear();
+  tellPage(run.page, run.options);
+  if (run.options.json) run.report.pages.push_back(toJson(run.page));
+}
+
+int32_t turnPage(void *context, uint32_t, const RaxelHostResult *before, RaxelPicture *picture,
+                 RaxelRequest *request) {
+  Run &run = *static_cast<Run *>(context);
+  try {
+    endPage(run, before->plan);
+    if (!readNext(run)) return 0;
+    *picture = run.picture->view;
+    *request = requestFor(run.options, run.given.setup, *run.picture, run.page.notes);
+    return 1;
+  } catch (...) {
+    run.failed = std::current_exception();
+    return -1;
+  }
+}
+
+}  // namespace
+
+void exportPicture(const Library &library, const Options &options, const Task &task, Progress &progress,
+                   Report &report) {
+  report.output = options.dryRun ? "" : task.output;
+  report.dryRun = options.dryRun;
+  report.isPaged = options.pages;
+  checkSave(library, options);
+  Run run(library, options, task, progress, report);
+  const Setup &setup = run.given.setup;
+  // What is known of a single picture is in its report, even if it fails.
+  const auto copyPage = [&] {
+    if (options.pages) return;
+    const std::string input = report.input, output = report.output;
+    report = run.page;
+    report.input = input;
+    report.output = output;
+  };
+  try {
+    readNext(run);
+  } catch (...) {
+    copyPage();
+    throw;
+  }
+  copyPage();
   if (setup.fromProfile() && options.profile.empty()) {
     report.notes.push_back(std::string("takes settings from section [") + setup.record().szModeName +
                            "] of " + setup.record().szProfilePath);
   }
-  RaxelHostJob job = jobOf(options, *picture, output, progress);
-  if (options.asIs) return exportAsIs(library, options, given, *picture, job, report);
-  job.request = requestFor(options, setup, *picture, report.notes);
+  RaxelHostJob job = jobOf(run, *run.picture);
+  if (options.asIs) return exportAsIs(library, options, run.given, *run.picture, job, report);
+  job.request = requestFor(options, setup, *run.picture, options.pages ? run.page.notes : report.notes);
+  job.nextPage = options.pages ? turnPage : nullptr;
   RaxelHostResult result{};
   result.size = sizeof result;
-  if (const int code = raxelHostExport(&job, &result); code != RAXEL_HOST_OK) {
-    throw Failure(exitFor(code, job), (isAboutPicture(code) ? inputPath + ": " : "") + result.message);
+  const int code = raxelHostExport(&job, &result);
+  if (run.failed) std::rethrow_exception(run.failed);
+  if (code != RAXEL_HOST_OK) {
+    throw Failure(exitFor(code, job),
+                  (isAboutPicture(code) ? run.feed.name() + ": " : "") + result.message);
   }
-  report.plan = result.plan;
-  report.planned = true;
+  report.pageCount = result.pages;
   report.bytes = result.bytes;
   report.verified = result.verified != 0;
   report.prepareSeconds = result.prepareSeconds;
   report.writeSeconds = result.writeSeconds;
-  noteAll(result.plan, report);
-  if (options.save && !options.dryRun) saveGiven(library, given, options, report.notes);
+  if (!options.pages) {
+    report.plan = result.plan;
+    report.planned = true;
+    noteAll(result.plan, report);
+  }
+  if (options.save && !options.dryRun) saveGiven(library, run.given, options, report.notes);
 }
 
 }  // namespace host

@@ -1,16 +1,17 @@
-// One picture from file to file.
+// One output, from the files of its pictures.
 #pragma once
 
 #include "command/options.h"
 #include "command/progress.h"
 #include "command/report.h"
+#include "command/task.h"
 #include "filter/library.h"
 
 namespace host {
 
-// Exports a picture, shows the progress and fills the report as it goes. Throws a Failure; the old output
-// then stands.
-void exportPicture(const Library &library, const Options &options, const std::string &input,
-                   const std::string &output, Progress &progress, Report &report);
+// Exports the picture or the pages of a task, shows the progress and fills the report as it goes. Throws a
+// Failure; the old output then stands.
+void exportPicture(const Library &library, const Options &options, const Task &task, Progress &progress,
+                   Report &report);
 
 }  // namespace host

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <map>
 #include <set>
+#include <sstream>
 
 #include "command/option_table.h"
 
@@ -126,6 +127,23 @@ std::array<uint8_t, 3> parseColor(const std::string &value) {
   return {static_cast<uint8_t>(*rgb >> 16), static_cast<uint8_t>(*rgb >> 8), static_cast<uint8_t>(*rgb)};
 }
 
+// As "3,1-2,7-".
+std::vector<PageRange> parsePages(const std::string &value) {
+  constexpr uint32_t kMost = 65535;
+  std::vector<PageRange> ranges;
+  std::istringstream list(value + ",");
+  for (std::string text; std::getline(list, text, ',');) {
+    const size_t dash = text.find('-');
+    const auto first = parse<uint32_t>(text.substr(0, dash));
+    auto last = dash == std::string::npos ? first : parse<uint32_t>(text.substr(dash + 1));
+    if (dash != std::string::npos && dash + 1 == text.size()) last = 0;
+    if (!first || !last || *first < 1 || *first > kMost || *last > kMost || (*last != 0 && *last < *first))
+      failValue("page", value, "give numbers from 1 on, as 3, 1,4-6 or 2-");
+    ranges.push_back({*first, *last});
+  }
+  return ranges;
+}
+
 SetEscape parseSet(const std::string &value) {
   const size_t equals = value.find('=');
   const auto number = parse<int32_t>(value.substr(0, equals));
@@ -176,6 +194,12 @@ void apply(const OptionRow &row, const std::string &value, Parsed &to) {
       o.threads = *threads;
       return;
     }
+    case OptionId::kPages:
+      o.pages = true;
+      return;
+    case OptionId::kPage:
+      o.pageRanges = parsePages(value);
+      return;
     case OptionId::kForce:
       o.rules.force = true;
       return;
@@ -293,7 +317,11 @@ void pairFiles(Parsed &parsed, std::vector<std::string> files) {
     files.pop_back();
   }
   if (files.empty()) fail("no input given");
-  if (files.size() > 1) fail("several inputs go into a folder: give -d DIR");
+  if (files.size() > 1 && !o.pages)
+    fail("several inputs go into a folder, or as pages into one file: give -d DIR, or --pages");
+  const std::vector<PageRange> &ranges = o.pageRanges;
+  if (!o.pages && (ranges.size() > 1 || (ranges.size() == 1 && ranges[0].first != ranges[0].last)))
+    fail("--page names several pages: give --pages for one file, or -d DIR for a file a page");
   if (parsed.output.empty() && !o.dryRun) fail("no output given");
   o.inputs = std::move(files);
   o.outputs = {parsed.output};
@@ -310,6 +338,7 @@ void check(const Parsed &parsed) {
   if (o.quiet && o.verbose) fail("--quiet and --verbose exclude each other");
   if (o.rules.force && o.rules.noClobber) fail("--force and --no-clobber exclude each other");
   if (o.asIs && (o.size || o.verify)) fail("--as-is leaves all to the filter: no --size and no --verify");
+  if (o.asIs && o.pages) fail("--as-is leaves all to the filter, which writes one picture: no --pages");
   if (o.asIs && o.via != Via::kCell) fail("--as-is goes by --via cell");
   if (o.asIs && o.strips != RAXEL_STRIPS_QUARTERS) fail("--as-is leaves all to the filter: no --strips");
   if (o.strips != RAXEL_STRIPS_QUARTERS && o.via != Via::kCell) fail("--strips one goes by --via cell");

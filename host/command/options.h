@@ -9,6 +9,7 @@
 
 #include "failure.h"
 #include "output/target.h"
+#include "pictures/page_range.h"
 #include "raxel/host.h"
 
 namespace host {
@@ -35,7 +36,9 @@ struct Options {
   std::vector<std::string> outputs;  // one for each input
   std::string directory;             // where they lie, with -d
   unsigned jobs = 1;
-  unsigned threads = 0;  // 0: as many as there are cores
+  unsigned threads = 0;               // 0: as many as there are cores
+  bool pages = false;                 // all pages go into one file
+  std::vector<PageRange> pageRanges;  // the chosen ones; none for all, or without `pages` the first
   TargetRules rules;
 
   // Empty where the command line says nothing: the profile or the picture decides then.

@@ -49,6 +49,15 @@ const char *orNull(const char *text) {
   return text ? text : "";
 }
 
+void tellNotes(const Report &report, const Options &options) {
+  if (!options.quiet) {
+    for (const std::string &note : report.notes) say(report.input + ": note: " + note);
+  }
+  if (options.verbose) {
+    for (const std::string &detail : report.details) say(report.input + ": " + detail);
+  }
+}
+
 }  // namespace
 
 std::string printable(std::string_view text) {
@@ -77,13 +86,8 @@ bool reportsOnStderr(const Options &options) {
 void tell(const Report &report, const Options &options) {
   if (reportsOnStderr(options)) return;
   if (report.exit != kDone) return say(report.error);
-  if (!options.quiet) {
-    for (const std::string &note : report.notes) say(report.input + ": note: " + note);
-  }
-  if (options.verbose) {
-    for (const std::string &detail : report.details) say(report.input + ": " + detail);
-  }
-  if (report.dryRun && !options.json) {
+  tellNotes(report, options);
+  if (report.dryRun && !options.json && !report.isPaged) {
     std::printf("%s: %s\n", printable(report.input).c_str(), outlook(report).c_str());
   }
   if (options.verbose && !report.dryRun) {
@@ -91,7 +95,20 @@ void tell(const Report &report, const Options &options) {
     std::snprintf(times, sizeof times, "%llu bytes%s; read %.3f s, prepared %.3f s, written %.3f s",
                   static_cast<unsigned long long>(report.bytes), report.verified ? ", verified" : "",
                   report.readSeconds, report.prepareSeconds, report.writeSeconds);
-    say(report.output + ": " + geometry(report) + "; " + times);
+    const std::string what =
+        report.isPaged ? std::to_string(report.pageCount) + (report.pageCount == 1 ? " page" : " pages")
+                       : geometry(report);
+    say(report.output + ": " + what + "; " + times);
+  }
+}
+
+void tellPage(const Report &page, const Options &options) {
+  if (reportsOnStderr(options)) return;
+  tellNotes(page, options);
+  if (page.dryRun) {
+    if (!options.json) std::printf("%s: %s\n", printable(page.input).c_str(), outlook(page).c_str());
+  } else if (options.verbose) {
+    say(page.input + ": " + geometry(page));
   }
 }
 
@@ -123,6 +140,11 @@ std::string toJson(const Report &report) {
                     {"height", report.fileHeight},
                     {"bits", report.fileBits},
                     {"bytes", report.bytes}};
+  }
+  if (report.isPaged && report.exit == kDone) {
+    json["pages"] = Json::array();
+    for (const std::string &page : report.pages) json["pages"].push_back(Json::parse(page));
+    if (report.bytes != 0) json["bytes"] = report.bytes;
   }
   if (report.exit == kDone) {
     json["dryRun"] = report.dryRun;

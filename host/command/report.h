@@ -31,6 +31,10 @@ struct Report {
   bool dryRun = false;
   bool verified = false;
 
+  bool isPaged = false;            // a file of pages, which have told of themselves
+  uint32_t pageCount = 0;          // in it
+  std::vector<std::string> pages;  // their reports as JSON, where they are asked for
+
   std::vector<std::string> notes;    // always worth telling
   std::vector<std::string> details;  // for --verbose
   double readSeconds = 0, prepareSeconds = 0, writeSeconds = 0;
@@ -47,6 +51,9 @@ bool reportsOnStderr(const Options &options);
 
 // Tells people: notes and errors on standard error, and what --dry-run and --verbose ask for.
 void tell(const Report &report, const Options &options);
+
+// The same for a page of a file that is still being written.
+void tellPage(const Report &page, const Options &options);
 
 // The report as a JSON object, in one line.
 std::string toJson(const Report &report);

@@ -20,20 +20,38 @@ finish::Outcome describe(const finish::File &file, const Sink &sink, const Raxel
   return finish::Outcome::kDone;
 }
 
+void check(const Output &output, finish::Outcome outcome) {
+  output.checkWritten();  // knows more of a write that failed
+  if (outcome == finish::Outcome::kDone) return;
+  throw Failure(RAXEL_HOST_NO_WRITE, output.name() + ": cannot be finished: " + finish::sentence(outcome),
+                outcome == finish::Outcome::kTooLarge ? EFBIG : 0);
+}
+
 }  // namespace
 
-void finishPage(Output &output, const RaxelPlan &plan, finish::Chain &chain) {
+void finishPage(Output &output, const RaxelPlan &plan, PageCount &pages) {
   finish::File file = output.sink().wholeFile();
   finish::FinishedPage page;
   finish::Outcome outcome = describe(file, output.sink(), plan, page);
   if (outcome == finish::Outcome::kDone) {
     finish::applyPlan(plan, page);
-    outcome = finish::writePage(file, page, chain);
+    page.isPage = pages.isPaged;
+    page.pageNumber = static_cast<uint16_t>(pages.number);
+    outcome = finish::writePage(file, page, pages.chain);
   }
-  output.checkWritten();  // knows more of a write that failed
-  if (outcome != finish::Outcome::kDone)
-    throw Failure(RAXEL_HOST_NO_WRITE, output.name() + ": cannot be finished: " + finish::sentence(outcome),
-                  outcome == finish::Outcome::kTooLarge ? EFBIG : 0);
+  check(output, outcome);
+}
+
+void startPage(Output &output, PageCount &pages) {
+  if (pages.number + 1 == UINT16_MAX) check(output, finish::Outcome::kTooManyPages);
+  ++pages.number;
+  output.sink().startPage();
+  output.checkWritten();
+}
+
+void endPages(Output &output, const PageCount &pages) {
+  finish::File file = output.sink().wholeFile();
+  check(output, finish::endPages(file, pages.chain));
 }
 
 }  // namespace host

@@ -6,8 +6,21 @@
 
 namespace host {
 
+// The pages of a file.
+struct PageCount {
+  bool isPaged = false;  // there may be several, and each says so
+  uint32_t number = 0;   // of the page being written, from 0 on
+  finish::Chain chain;
+};
+
 // Gives the page that has just been written to the output the directory that the plan means. Throws a
 // Failure that names the output; its old file stays.
-void finishPage(Output &output, const RaxelPlan &plan, finish::Chain &chain);
+void finishPage(Output &output, const RaxelPlan &plan, PageCount &pages);
+
+// Makes room for another page behind the one that is finished.
+void startPage(Output &output, PageCount &pages);
+
+// Tells all pages how many there are.
+void endPages(Output &output, const PageCount &pages);
 
 }  // namespace host

@@ -78,6 +78,7 @@ RaxelPlan planned(const RaxelHostJob &job) {
   RaxelPlan plan;
   check(raxelHostPlan(&job.picture, &job.request, &plan));
   check(job.road >= 0 && job.road < RAXEL_ROADS ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
+  check(!job.nextPage || plan.finish != 0 ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
   if (isOneCodedStrip(plan) && job.road != RAXEL_ROAD_CELL)
     throw Failure(RAXEL_HOST_BAD_ROAD, "one strip goes by --via cell");
   if (job.road != RAXEL_ROAD_DRIVER) return plan;
@@ -96,9 +97,9 @@ Handover handoverOf(const Room &room, const RaxelPlan &plan) {
           static_cast<uint16_t>(plan.unitsPerInch)};
 }
 
-// All that is done while nobody else may use the filter: the output holds the whole file afterwards.
-void makeFile(const RaxelHostJob &job, const Library &library, RaxelHostResult &result, Output *output,
-              Clock::time_point &start) {
+// All that is done while nobody else may use the filter: the output holds the whole page afterwards.
+void makePage(const RaxelHostJob &job, const Library &library, RaxelHostResult &result, Output *output,
+              PageCount &pages, Clock::time_point &start) {
   RaxelPlan &plan = result.plan;
   const FilterLock lock;
   Pace pace(job);
@@ -112,7 +113,7 @@ void makeFile(const RaxelHostJob &job, const Library &library, RaxelHostResult &
   check(raxelHostPrepare(&job.picture, &job.request, &library.services, &plan, room.pixels.bytes(),
                          room.table.bytes()));
   sendPlan(setup, plan);
-  result.prepareSeconds = secondsSince(start);
+  result.prepareSeconds += secondsSince(start);
   if (!output) return;
   std::optional<Meant> meant;
   if (job.flags & RAXEL_HOST_VERIFY) meant.emplace(plan, room.pixels.bytes(), room.table.bytes());
@@ -120,24 +121,47 @@ void makeFile(const RaxelHostJob &job, const Library &library, RaxelHostResult &
   checkMemory(blocksWhileWriting(plan, job.road));
   writePicture(library, setup, handoverOf(room, plan), &plan, static_cast<RaxelHostRoad>(job.road),
                dataWrites(plan), *output, pace);
-  finish::Chain chain;
-  if (plan.finish != 0) finishPage(*output, plan, chain);
-  if (meant) meant->compare(output->bytes(), output->name());
+  if (plan.finish != 0) finishPage(*output, plan, pages);
+  if (meant) meant->compare(output->bytes(), output->name(), pages.chain.last);
   result.verified = meant ? 1 : 0;
   result.bytes = output->sink().size();
   pace.check(result.bytes);  // the last moment at which the old file stays
+  result.writeSeconds += secondsSince(start);
 }
 
-void exportPrepared(const RaxelHostJob &job, RaxelHostResult &result) {
+// The next page's picture and request into the job; false when there is none.
+bool turnPage(RaxelHostJob &job, const RaxelHostResult &result) {
+  if (!job.nextPage) return false;
+  switch (job.nextPage(job.context, result.pages, &result, &job.picture, &job.request)) {
+    case 0:
+      return false;
+    case 1:
+      return true;
+    default:
+      throw Failure(RAXEL_HOST_STOPPED, raxelHostMessage(RAXEL_HOST_STOPPED));
+  }
+}
+
+void exportPrepared(RaxelHostJob job, RaxelHostResult &result) {
   Clock::time_point start = Clock::now();
   result.plan = planned(job);
   const Library &library = openFilter("");
   std::optional<Output> output;
   if (!(job.flags & RAXEL_HOST_DRY_RUN)) output.emplace(job);
-  makeFile(job, library, result, output ? &*output : nullptr, start);
+  PageCount pages;
+  pages.isPaged = job.nextPage != nullptr;
+  for (;;) {
+    makePage(job, library, result, output ? &*output : nullptr, pages, start);
+    ++result.pages;
+    if (!turnPage(job, result)) break;
+    start = Clock::now();
+    result.plan = planned(job);
+    if (output) startPage(*output, pages);
+  }
   if (!output) return;
+  if (pages.isPaged) endPages(*output, pages);
   result.memory = output->commit();
-  result.writeSeconds = secondsSince(start);
+  result.writeSeconds += secondsSince(start);
 }
 
 void fail(RaxelHostResult &result, RaxelHostCode code, int error, const char *message) {

@@ -93,6 +93,7 @@ struct FinishedPage {
 // Where the next directory's place goes, and the numbers of pages that are told at the end.
 struct Chain {
   uint64_t linkAt = 4;  // in the header at first
+  uint32_t last = 0;    // the last page's directory; 0 for none
   std::vector<uint32_t> totalsAt;
 };
 

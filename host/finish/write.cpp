@@ -167,6 +167,7 @@ Outcome writePage(File &file, const FinishedPage &page, Chain &chain) {
   if (!file.write(file.context, file.size, bytes.data(), bytes.size())) return Outcome::kNotWritten;
   file.size += bytes.size();
   if (!patch(file, chain.linkAt, static_cast<uint32_t>(start), kLinkBytes)) return Outcome::kNotWritten;
+  chain.last = static_cast<uint32_t>(start);
   chain.linkAt = start + kCountBytes + kEntryBytes * entries.size();
   for (size_t i = 0; i < entries.size(); ++i) {
     if (entries[i].tag != kPageNumber) continue;

@@ -186,6 +186,8 @@ void Target::checkWritten() const {
 std::span<const uint8_t> Target::bytes() {
   if (path_.empty()) return sink_->kept();
   if (!sink_->flush()) failWrite(sink_->error());
+  if (mapped_) munmap(mapped_, mappedSize_);
+  mapped_ = nullptr;
   mappedSize_ = static_cast<size_t>(sink_->size());
   void *mapped = mmap(nullptr, mappedSize_, PROT_READ, MAP_SHARED, fd_, 0);
   if (mapped == MAP_FAILED) failWrite(errno);

@@ -63,7 +63,7 @@ void layOnScreen(const GifScreen &screen, const Background &background, Picture 
 
 void readGif(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   const GifScreen screen = gifScreen(bytes);
-  if (gifHasFurtherPictures(bytes)) out.notes.push_back(kFurtherPictures);
+  if (!out.isPage && gifHasFurtherPictures(bytes)) out.notes.push_back(kFurtherPictures);
   if (screen.width != 0 && screen.height != 0) {
     // The frame's table may be smaller than its codes allow.
     out.tableKnown = false;

@@ -58,20 +58,23 @@ void Picture::useTable(uint32_t colors) {
   view.colors = colors;
 }
 
-std::unique_ptr<Picture> readPicture(const Input &input, const Background &background,
-                                     const std::function<void(const Picture &)> &gate) {
+std::unique_ptr<Picture> readPicture(const Input &input, const Background &background, const Gate &gate) {
   auto picture = std::make_unique<Picture>();
-  picture->gate = gate;
-  picture->format = formatOf(input.bytes());
+  readPage(input, background, gate, *picture);
+  return picture;
+}
+
+void readPage(const Input &input, const Background &background, const Gate &gate, Picture &picture) {
+  picture.gate = gate;
+  picture.format = formatOf(input.bytes());
   try {
-    readAs(picture->format, input.bytes(), background, *picture);
+    readAs(picture.format, input.bytes(), background, picture);
   } catch (const Unreadable &why) {
-    const std::string kind = picture->format.empty() ? "" : " (" + picture->format + ")";
+    const std::string kind = picture.format.empty() ? "" : " (" + picture.format + ")";
     throw Failure(kNoInput, input.name() + kind + ": " + why.what());
   } catch (const std::bad_alloc &) {
     throw Failure(kNoInput, input.name() + ": there is not enough memory for this picture");
   }
-  return picture;
 }
 
 }  // namespace host

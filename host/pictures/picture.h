@@ -21,6 +21,11 @@ struct Picture {
   std::string format;  // "PNG", "JPEG"...
   std::vector<std::string> notes;
 
+  // Which picture of several to read: in a TIFF the place of its directory, 0 for the first; and whether
+  // the user knows that there are several.
+  uint64_t directory = 0;
+  bool isPage = false;
+
   std::array<uint8_t, 256 * 3> table{};
   bool tableKnown = true;  // false while a picture of indices is announced without its table
   Buffer pixels;
@@ -46,8 +51,11 @@ using Background = std::array<uint8_t, 3>;  // what shows through transparent pi
 // Reads a picture of any known format; transparent parts are laid on the background. The result may
 // point into the input. The gate hears what the picture is before pixels are decoded, and may throw. Throws
 // a Failure that names the input and says what is wrong with it.
+using Gate = std::function<void(const Picture &)>;
 std::unique_ptr<Picture> readPicture(const Input &input, const Background &background,
-                                     const std::function<void(const Picture &)> &gate = nullptr);
+                                     const Gate &gate = nullptr);
+// The same for a picture whose choice of page is made.
+void readPage(const Input &input, const Background &background, const Gate &gate, Picture &picture);
 
 // The readers behind it. Each trusts nothing in the bytes, and throws Unreadable.
 class Unreadable : public std::runtime_error {

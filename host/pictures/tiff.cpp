@@ -159,18 +159,18 @@ void readResolution(const TiffReader &reader, Picture &out) {
 
 void readTiff(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   if (out.format == "TIFF") {
-    const Directory directory = readDirectory(bytes);
+    const Directory directory = readDirectory(bytes, static_cast<uint32_t>(out.directory));
     if (!directory.cut.empty()) throw Unreadable("is cut short or damaged: " + directory.cut);
   }
   std::optional<TiffReader> opened;
   try {
-    opened.emplace(bytes);
+    opened.emplace(bytes, out.directory);
   } catch (const Failure &) {
     throw Unreadable("needs libtiff, which is not installed (package libtiff6)");
   }
   TiffReader &reader = *opened;
   if (!reader.isOpen()) refuse(reader);
-  if (reader.hasFurtherPictures()) out.notes.push_back(kFurtherPictures);
+  if (!out.isPage && reader.hasFurtherPictures()) out.notes.push_back(kFurtherPictures);
   const Kind kind = kindOf(reader);
   const uint32_t said = reader.number(TIFFTAG_ORIENTATION, false, 1);
   const int orientation = said >= 1 && said <= 8 ? static_cast<int>(said) : 1;

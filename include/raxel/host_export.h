@@ -62,6 +62,15 @@ typedef int32_t (*RaxelHostWrite)(void *context, const void *bytes, uint64_t cou
 // concerned.
 typedef void (*RaxelHostTemporary)(void *context, const char *path);
 
+struct RaxelHostResult;
+
+// Asked for the next page of a file of several, when the one before is written: `page` counts from 1 on,
+// for the first is in the job. Picture and request hold what they held for the page before, and are
+// changed; what the picture of the page before pointed to may be freed. `before` tells of that page.
+// Answers 1, or 0 when there are no more pages; any other answer stops the export, and the old file stays.
+typedef int32_t (*RaxelHostNextPage)(void *context, uint32_t page, const struct RaxelHostResult *before,
+                                     RaxelPicture *picture, RaxelRequest *request);
+
 // What is to be done. Everything that it points to is borrowed until the call returns.
 typedef struct RaxelHostJob {
   uint32_t size;   // sizeof(RaxelHostJob)
@@ -83,6 +92,10 @@ typedef struct RaxelHostJob {
   void *context;
 
   int32_t road;  // RaxelHostRoad
+
+  // Null for a file of one picture. Else every page is finished, with NewSubfileType 2 and PageNumber; no
+  // more memory is used than for the largest.
+  RaxelHostNextPage nextPage;
 } RaxelHostJob;
 
 enum { RAXEL_HOST_MESSAGE_BYTES = 1024 };
@@ -102,7 +115,9 @@ typedef struct RaxelHostResult {
   // Why it failed, in one sentence that is cut where there is no room; empty for RAXEL_HOST_OK.
   char message[RAXEL_HOST_MESSAGE_BYTES];
 
-  RaxelPlan plan;  // all 0 when the request was refused; its notes say what was changed on the way
+  RaxelPlan plan;  // all 0 when the request was refused; its notes say what was changed on the way;
+                   // of the last page where there are several
+  uint32_t pages;  // in the file
 } RaxelHostResult;
 
 // Clears `size` bytes of a job, sets its size, and its request to raxelHostDefaults, but finished. Does

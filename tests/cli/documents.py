@@ -185,12 +185,83 @@ class Documents:
                 status, _, errors = self.run("efix", "-v", "ew", "-o", "pbm", fax)
                 self.same(f"efix of {code} at {dpi}", (status, errors), (0, ""))
 
+    def pages_make_one_file(self):
+        inputs = [os.path.join(self.samples, name) for name in ("page.png", "photo.png", "chart8.png")]
+        out, again = self.path("pages.tif"), self.path("again.tif")
+        self.export("-q", "--verify", "--pages", "-c", "lzw", *inputs, "-o", out)
+        pages = self.tags(out)
+        self.same("pages", [page[297] for page in pages], [[0, 3], [1, 3], [2, 3]])
+        self.same("their kind", [page[254] for page in pages], [[2]] * 3)
+
+        def picture(path, number=0):
+            image = Image.open(path)
+            image.seek(number)
+            return image.size, image.convert("RGB").tobytes()
+
+        for number, source in enumerate(inputs):
+            alone = self.path("alone.tif")
+            self.export("-q", "-c", "lzw", source, alone)
+            self.same(f"page {number + 1}", picture(out, number), picture(alone))
+        # Pages in, in another order; and each to a file of its own. Pillow cannot go on behind a colour map.
+        self.export("-q", "--verify", "--pages", "--page", "2,1-1,3-", "-c", "packbits", out, again)
+        self.same("chosen pages", [picture(again, i) for i in range(3)], [picture(out, i) for i in (1, 0, 2)])
+        self.export("-q", "--page", "2-", "-d", self.folder, out)
+        self.same("a file a page", [picture(self.path(f"pages-00{i + 1}.tif")) for i in (1, 2)],
+                  [picture(out, i) for i in (1, 2)])
+        self.true("no file for page 1", not os.path.exists(self.path("pages-001.tif")))
+        self.export("-q", "--page", "2", out, self.path("one.tif"))
+        self.same("a page alone", picture(self.path("one.tif")), picture(out, 1))
+        self.same("which is no page of several", self.tags(self.path("one.tif"))[0][254], [0])
+        said = self.export(out, self.path("first.tif"))
+        self.true("the first with a note", "only the first picture of the file is taken" in said)
+        # Consumers.
+        if self.has("tiffcp"):
+            self.same("tiffcp", self.run("tiffcp", out, self.path("copy.tif")), (0, "", ""))
+            self.same("its pages", [picture(self.path("copy.tif"), i) for i in range(3)],
+                      [picture(out, i) for i in range(3)])
+        for program, arguments in (("img2pdf", [out, "-o"]), ("tiff2pdf", [out, "-o"])):
+            if self.has(program):
+                pdf = self.path(program + ".pdf")
+                self.same(program, self.run(program, *arguments, pdf)[0], 0)
+                with open(pdf, "rb") as file:
+                    self.same(f"pages of {program}", len(re.findall(rb"/Type\s*/Page\b(?!s)", file.read())), 3)
+        # A page that cannot be read leaves the old file.
+        with open(out, "rb") as file:
+            before = file.read()
+        broken = self.path("broken.png")
+        with open(broken, "wb") as file, open(inputs[1], "rb") as good:
+            file.write(good.read()[:2000])
+        self.export("-q", "--pages", inputs[0], broken, inputs[2], "-o", out, code=66)
+        with open(out, "rb") as file:
+            self.true("the old file stays", file.read() == before)
+        self.same("nothing stays beside it", [name for name in os.listdir(self.folder) if name.startswith(".")], [])
+        self.export("--page", "4", out, again, code=66)
+        self.export("--page", "1-2", out, again, code=64)
+        self.export(inputs[0], inputs[1], "-o", again, code=64)
+
+    def ten_thousand_pages_take_linear_time(self):
+        with open(self.path("dot.pbm"), "wb") as file:
+            file.write(b"P4\n64 2\nabcdefghabcdefgh")
+        many, again = self.path("many.tif"), self.path("many-again.tif")
+        spent = {}
+        for count in (1000, 10000):
+            before = os.times()
+            self.export("-q", "--pages", "-c", "t6", *[self.path("dot.pbm")] * count, "-o", many)
+            self.export("-q", "--verify", "--pages", "-c", "t4", many, again)
+            after = os.times()
+            spent[count] = after.children_user + after.children_system - before.children_user - before.children_system
+            pages = self.tags(again)
+            self.same(f"{count} pages", (len(pages), pages[-1][297]), (count, [count - 1, count]))
+        self.true(f"linear time: {spent}", spent[10000] < 30 * spent[1000] + 1)
+
     def all(self):
         self.fax_codes_are_min_is_white()
         self.as_is_is_the_filters_own()
         self.every_directory_is_in_order()
         self.resolutions_are_true()
         self.fax_programs_take_one_strip()
+        self.pages_make_one_file()
+        self.ten_thousand_pages_take_linear_time()
         for program in self.skipped:
             print(f"skipped: {program} is not installed")
         return shared.tell(self.faults, f"{self.checks} checks, {len(self.faults)} failed, "

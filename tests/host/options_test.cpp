@@ -60,7 +60,8 @@ TEST(Options, ThreadsAreANumber) {
 }
 
 TEST(Options, SeveralInputsNeedAFolder) {
-  EXPECT_EQ(errorOf({"a.png", "b.png", "c.tif"}), "several inputs go into a folder: give -d DIR");
+  EXPECT_EQ(errorOf({"a.png", "b.png", "c.tif"}),
+            "several inputs go into a folder, or as pages into one file: give -d DIR, or --pages");
   EXPECT_EQ(errorOf({}), "no input given");
   EXPECT_EQ(errorOf({"a.png"}), "no output given");
   EXPECT_EQ(parse({"--dry-run", "a.png"}).outputs.front(), "");
@@ -113,6 +114,34 @@ TEST(Options, HoldsResolutionsAgainstTheFilterWhereItWritesThem) {
     EXPECT_EQ(errorOf({"--dpi", bad, "--save", "--profile", "p", "a", "b"}), why);
   }
   EXPECT_EQ(parse({"--dpi", "400", "--as-is", "a", "b"}).dpi, (std::array{400.0, 400.0}));
+}
+
+TEST(Options, ReadsPages) {
+  const auto pages = [](const char *text) {
+    std::vector<std::array<uint32_t, 2>> out;
+    for (const host::PageRange &range : parse({"--pages", "--page", text, "a", "b"}).pageRanges)
+      out.push_back({range.first, range.last});
+    return out;
+  };
+  using Ranges = std::vector<std::array<uint32_t, 2>>;
+  EXPECT_EQ(pages("3"), (Ranges{{3, 3}}));
+  EXPECT_EQ(pages("3,1-2,7-"), (Ranges{{3, 3}, {1, 2}, {7, 0}}));
+  for (const char *bad : {"0", "2-1", "x", "-3", "1,,2", "", "1-2-3", "70000"}) {
+    EXPECT_EQ(errorOf({"--pages", "--page", bad, "a", "b"}),
+              std::string("--page ") + bad + ": give numbers from 1 on, as 3, 1,4-6 or 2-");
+  }
+}
+
+TEST(Options, PutsSeveralInputsIntoOneFileAsPagesOnly) {
+  const host::Options o = parse({"--pages", "a", "b", "c"});
+  EXPECT_EQ(o.inputs, (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(o.outputs, (std::vector<std::string>{"c"}));
+  EXPECT_EQ(errorOf({"a", "b", "-o", "c"}),
+            "several inputs go into a folder, or as pages into one file: give -d DIR, or --pages");
+  EXPECT_EQ(errorOf({"--page", "1-2", "a", "b"}),
+            "--page names several pages: give --pages for one file, or -d DIR for a file a page");
+  EXPECT_EQ(errorOf({"--pages", "--as-is", "a", "b"}),
+            "--as-is leaves all to the filter, which writes one picture: no --pages");
 }
 
 TEST(Options, CodesOneStripByOneRoadOnly) {

@@ -1,0 +1,53 @@
+#include "command/task.h"
+
+#include <cstdio>
+#include <set>
+
+#include "pictures/pages.h"
+
+namespace host {
+namespace {
+
+// The output's name with the page's number: name-001.tif.
+std::string numbered(const std::string &output, uint32_t page) {
+  char number[16];
+  std::snprintf(number, sizeof number, "-%03u", page + 1);
+  std::string name = output;
+  return name.insert(name.rfind('.'), number);
+}
+
+// One task for each chosen page of an input.
+void addPages(const Options &options, const std::string &input, const std::string &output,
+              std::vector<Task> &tasks) {
+  try {
+    const Pages pages(input);
+    for (const uint32_t page : choosePages(options.pageRanges, pages.count(), pages.input().name()))
+      tasks.push_back({{input}, numbered(output, page), page, std::nullopt});
+  } catch (const Failure &failure) {
+    tasks.push_back({{input}, output, std::nullopt, failure});
+  }
+}
+
+}  // namespace
+
+std::vector<Task> tasksOf(const Options &options) {
+  if (options.pages && options.directory.empty())
+    return {{options.inputs, options.outputs.front(), std::nullopt, std::nullopt}};
+  std::vector<Task> tasks;
+  for (size_t i = 0; i < options.inputs.size(); ++i) {
+    const bool splits = !options.pages && !options.pageRanges.empty() && !options.directory.empty();
+    if (splits) {
+      addPages(options, options.inputs[i], options.outputs[i], tasks);
+    } else {
+      tasks.push_back({{options.inputs[i]}, options.outputs[i], std::nullopt, std::nullopt});
+    }
+  }
+  std::set<std::string> taken;
+  for (const Task &task : tasks) {
+    if (!options.directory.empty() && !taken.insert(task.output).second)
+      throw Failure(kUsage, "two pages would be written to " + task.output);
+  }
+  return tasks;
+}
+
+}  // namespace host

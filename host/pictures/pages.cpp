@@ -1,0 +1,50 @@
+#include "pictures/pages.h"
+
+#include <algorithm>
+
+#include "check/directory.h"
+#include "failure.h"
+#include "pictures/peek.h"
+
+namespace host {
+
+Pages::Pages(const std::string &path) : input_(path) {
+  const std::string format = formatOf(input_.bytes());
+  if (format != "TIFF" && format != "BigTIFF") return;
+  directories_ = directoryPlaces(input_.bytes());
+  count_ = std::max(static_cast<uint32_t>(directories_.size()), 1u);
+}
+
+std::unique_ptr<Picture> Pages::read(uint32_t page, const Background &background, const Gate &gate) {
+  auto picture = std::make_unique<Picture>();
+  picture->isPage = true;
+  if (page != 0) picture->directory = directories_.at(page);
+  try {
+    readPage(input_, background, gate, *picture);
+  } catch (const Failure &failure) {
+    if (count_ == 1) throw;
+    throw Failure(failure.code(), "page " + std::to_string(page + 1) + " of " + failure.what());
+  }
+  return picture;
+}
+
+std::string Pages::nameOf(uint32_t page) const {
+  return count_ == 1 ? input_.name() : input_.name() + ", page " + std::to_string(page + 1);
+}
+
+std::vector<uint32_t> choosePages(const std::vector<PageRange> &ranges, uint32_t count,
+                                  const std::string &input) {
+  std::vector<uint32_t> pages;
+  for (const PageRange &range : ranges) {
+    const uint32_t last = range.last == 0 ? count : range.last;
+    if (range.first > count || last > count) {
+      throw Failure(kNoInput, input + ": has " + std::to_string(count) + (count == 1 ? " page" : " pages") +
+                                  ", and --page asks for number " +
+                                  std::to_string(std::max(range.first, last)));
+    }
+    for (uint32_t page = range.first; page <= last; ++page) pages.push_back(page - 1);
+  }
+  return pages;
+}
+
+}  // namespace host
