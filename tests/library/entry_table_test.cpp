@@ -1,7 +1,9 @@
 // A host's first steps: the table, the names in it, the version, the working entries.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
+#include <fstream>
 #include <string>
 
 #include "library/library.h"
@@ -38,6 +40,25 @@ TEST(EntryTable, RedirectsLeadToTheWorkingEntries) {
   EXPECT_EQ(entry, library::address("dd_entry32"));
   LOADED(RASTER_dd_entry)(RAXEL_ENTRY_ADDRESS, &entry, 0);
   EXPECT_EQ(entry, library::address("RASTER_dd_entry32"));
+}
+
+// "r--p", "rw-p" and so on: what this process may do with the memory at an address.
+std::string permissions(const void *where) {
+  const auto address = reinterpret_cast<uintptr_t>(where);
+  std::ifstream maps("/proc/self/maps");
+  uintptr_t begin = 0, end = 0;
+  std::string what, rest;
+  char dash = 0;
+  while (maps >> std::hex >> begin >> dash >> end >> what && std::getline(maps, rest))
+    if (begin <= address && address < end) return what;
+  return "nowhere";
+}
+
+TEST(ExportedTables, AreConstants) {
+  for (const char *name :
+       {"ColorDirect", "BOUNDARY_CHK", "MonoTable", "must_have_colors", "white", "black", "twoD"})
+    EXPECT_EQ(permissions(library::address(name)), "r--p") << name;
+  EXPECT_EQ(permissions(library::address("GDPSupport")), "rw-p");
 }
 
 }  // namespace

@@ -43,18 +43,18 @@ int cores() {
 // Four strips: the caller codes as well as the threads that it makes.
 TEST(Threads, AreMadeForLargePicturesOfSlowCoders) {
   const Picture large = noise(24, 800, 500, 3);
-  EXPECT_EQ(madeBy(large, {kRgb, kLzw}), std::min(cores(), 4) - 1);
-  EXPECT_EQ(madeBy(large, {kRgb, kPackBits}), 0);
-  EXPECT_EQ(madeBy(large, {kRgb, kNone}), 0);
-  EXPECT_EQ(madeBy(noise(24, 400, 300, 3), {kRgb, kLzw}), 0);
+  EXPECT_EQ(madeBy(large, {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_LZW}), std::min(cores(), 4) - 1);
+  EXPECT_EQ(madeBy(large, {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_PACKBITS}), 0);
+  EXPECT_EQ(madeBy(large, {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_NONE}), 0);
+  EXPECT_EQ(madeBy(noise(24, 400, 300, 3), {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_LZW}), 0);
 }
 
 TEST(Threads, AreHeldToWhatTheEnvironmentSays) {
   const Picture large = noise(24, 800, 500, 3);
   setenv("RAXEL_THREADS", "1", 1);
-  EXPECT_EQ(madeBy(large, {kRgb, kLzw}), 0);
+  EXPECT_EQ(madeBy(large, {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_LZW}), 0);
   setenv("RAXEL_THREADS", "2", 1);
-  EXPECT_EQ(madeBy(large, {kRgb, kLzw}), std::min(cores(), 2) - 1);
+  EXPECT_EQ(madeBy(large, {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_LZW}), std::min(cores(), 2) - 1);
   unsetenv("RAXEL_THREADS");
 }
 
@@ -63,9 +63,9 @@ TEST(Threads, AreHeldToWhatTheEnvironmentSays) {
 
 TEST(Threads, MakeNoDifferenceToAFile) {
   const library::Picture large = library::noise(24, 800, 500, 4);
-  const library::Written many = library::exportPicture(large, {library::kRgb, library::kLzw});
+  const library::Written many = library::exportPicture(large, {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_LZW});
   setenv("RAXEL_THREADS", "1", 1);
-  const library::Written one = library::exportPicture(large, {library::kRgb, library::kLzw});
+  const library::Written one = library::exportPicture(large, {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_LZW});
   unsetenv("RAXEL_THREADS");
   EXPECT_EQ(one.result, 0u);
   EXPECT_EQ(many.file, one.file);
