@@ -42,23 +42,25 @@ TEST(EntryTable, RedirectsLeadToTheWorkingEntries) {
   EXPECT_EQ(entry, library::address("RASTER_dd_entry32"));
 }
 
-// "r--p", "rw-p" and so on: what this process may do with the memory at an address.
-std::string permissions(const void *where) {
+// Whether this process may write to the memory at an address; some machines' linkers put constants
+// beside the code, so the other permissions differ. False when nothing is there.
+bool writable(const void *where) {
   const auto address = reinterpret_cast<uintptr_t>(where);
   std::ifstream maps("/proc/self/maps");
   uintptr_t begin = 0, end = 0;
-  std::string what, rest;
+  std::string permissions, rest;  // "r--p", "rw-p" and so on
   char dash = 0;
-  while (maps >> std::hex >> begin >> dash >> end >> what && std::getline(maps, rest))
-    if (begin <= address && address < end) return what;
-  return "nowhere";
+  while (maps >> std::hex >> begin >> dash >> end >> permissions && std::getline(maps, rest))
+    if (begin <= address && address < end) return permissions[1] == 'w';
+  ADD_FAILURE() << "no memory there";
+  return false;
 }
 
 TEST(ExportedTables, AreConstants) {
   for (const char *name :
        {"ColorDirect", "BOUNDARY_CHK", "MonoTable", "must_have_colors", "white", "black", "twoD"})
-    EXPECT_EQ(permissions(library::address(name)), "r--p") << name;
-  EXPECT_EQ(permissions(library::address("GDPSupport")), "rw-p");
+    EXPECT_FALSE(writable(library::address(name))) << name;
+  EXPECT_TRUE(writable(library::address("GDPSupport")));
 }
 
 }  // namespace
