@@ -5,13 +5,13 @@ add_library(raxelhost_objects OBJECT
   buffer.cpp failure.cpp
   check/libtiff.cpp check/verify.cpp
   export/finish_file.cpp export/output.cpp export/pace.cpp export/prepared.cpp export/stages.cpp
-  filter/driver.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp filter/setup.cpp
+  filter/bands.cpp filter/driver.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp filter/setup.cpp
   finish/file.cpp finish/planned.cpp finish/read.cpp finish/write.cpp
   output/hold.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
   prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/diffuse.cpp
   prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
   prepare/nearest.cpp prepare/page.cpp prepare/plan.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp
-  prepare/quantize_filter.cpp prepare/scale.cpp prepare/services.cpp prepare/source.cpp prepare/swap.cpp
+  prepare/quantize_filter.cpp prepare/row_by_row.cpp prepare/scale.cpp prepare/services.cpp prepare/source.cpp prepare/swap.cpp
   prepare/taps.cpp)
 target_include_directories(raxelhost_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/host)
 target_compile_definitions(raxelhost_objects PRIVATE RAXEL_VERSION_TEXT="${PROJECT_VERSION}"

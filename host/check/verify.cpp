@@ -42,14 +42,19 @@ std::string reasonOf(const TiffReader &reader) {
 Meant::Meant(const RaxelPlan &plan, const uint8_t *pixels, const uint8_t *table)
     : plan_(plan), pixels_(pixels, pixels + plan.bytes), table_(table, table + 3 * plan.colors) {}
 
-void Meant::rowOf(uint32_t y, std::vector<uint8_t> &out) const {
-  const uint8_t *in = pixels_.data() + size_t{plan_.stride} * (plan_.height - 1 - y);
+Meant::Meant(const RaxelPlan &plan, const prepare::RowByRow &rows, const uint8_t *table)
+    : plan_(plan), rows_(&rows), pixels_(plan.stride), table_(table, table + 3 * plan.colors) {}
+
+void Meant::rowOf(uint32_t y, std::vector<uint8_t> &out) {
+  const size_t at = rows_ ? 0 : size_t{plan_.stride} * (plan_.height - 1 - y);
+  if (rows_) rows_->make(y, pixels_.data());
+  const uint8_t *in = pixels_.data() + at;
   if (plan_.bits == 24) return prepare::swapRedBlue(in, out.data(), plan_.width);
   const uint8_t flip = prepare::isFax(plan_.compression) ? 0xFF : 0;
   for (size_t i = 0; i < out.size(); ++i) out[i] = static_cast<uint8_t>(in[i] ^ flip);
 }
 
-void Meant::compare(std::span<const uint8_t> file, const std::string &name, uint32_t directory) const {
+void Meant::compare(std::span<const uint8_t> file, const std::string &name, uint32_t directory) {
   const Complaint complaint(name);
   TiffReader reader(file, directory);
   if (!reader.isOpen()) complaint.say("it cannot be opened" + reasonOf(reader));

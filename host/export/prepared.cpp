@@ -11,11 +11,13 @@
 #include "export/finish_file.h"
 #include "export/stages.h"
 #include "failure.h"
+#include "filter/bands.h"
 #include "filter/driver.h"
 #include "filter/one_strip.h"
 #include "filter/open.h"
 #include "prepare/fallback.h"
 #include "prepare/plan.h"
+#include "prepare/row_by_row.h"
 #include "raxel/host.h"
 
 namespace host {
@@ -86,7 +88,13 @@ RaxelPlan planned(const RaxelHostJob &job) {
   return plan;
 }
 
-Handover handoverOf(const Room &room, const RaxelPlan &plan) {
+// A picture whose rows the filter asks for, so that there is no block of its size.
+bool goesInBands(const RaxelHostJob &job, const RaxelPlan &plan) {
+  return job.road == RAXEL_ROAD_CELL && (plan.notes & RAXEL_NOTE_SCALED) == 0 && takesBands(plan) &&
+         prepare::isRowByRow(job.picture.bits, job.request, plan);
+}
+
+Handover handoverOf(const Room &room, const RaxelPlan &plan, const prepare::RowByRow *rows) {
   return {room.pixels,
           room.table,
           static_cast<uint16_t>(plan.bits),
@@ -94,7 +102,8 @@ Handover handoverOf(const Room &room, const RaxelPlan &plan) {
           static_cast<uint16_t>(plan.height),
           plan.extentX,
           plan.extentY,
-          static_cast<uint16_t>(plan.unitsPerInch)};
+          static_cast<uint16_t>(plan.unitsPerInch),
+          rows};
 }
 
 // All that is done while nobody else may use the filter: the output holds the whole page afterwards.
@@ -109,18 +118,27 @@ void makePage(const RaxelHostJob &job, const Library &library, RaxelHostResult &
   crossCheck(setup, plan, library);
   if (!output && !prepare::mayFallBack(plan)) return;
   pace.begin(RAXEL_STAGE_PREPARING);
-  const Room room(library, plan.bytes);
-  check(raxelHostPrepare(&job.picture, &job.request, &library.services, &plan, room.pixels.bytes(),
-                         room.table.bytes()));
+  const bool bands = goesInBands(job, plan);
+  const Room room(library, bands ? bandBytes(plan) : plan.bytes);
+  std::optional<prepare::RowByRow> rows;
+  if (bands) {
+    rows.emplace(job.picture, job.request, library.services, plan, room.table.bytes());
+  } else {
+    check(raxelHostPrepare(&job.picture, &job.request, &library.services, &plan, room.pixels.bytes(),
+                           room.table.bytes()));
+  }
   sendPlan(setup, plan);
   result.prepareSeconds += secondsSince(start);
   if (!output) return;
   std::optional<Meant> meant;
-  if (job.flags & RAXEL_HOST_VERIFY) meant.emplace(plan, room.pixels.bytes(), room.table.bytes());
+  if (job.flags & RAXEL_HOST_VERIFY) {
+    bands ? meant.emplace(plan, *rows, room.table.bytes())
+          : meant.emplace(plan, room.pixels.bytes(), room.table.bytes());
+  }
   output->sink().expect(output->sink().size() + plan.uncompressedBytes * kLongestCode);
   checkMemory(blocksWhileWriting(plan, job.road));
-  writePicture(library, setup, handoverOf(room, plan), &plan, static_cast<RaxelHostRoad>(job.road),
-               dataWrites(plan), *output, pace);
+  writePicture(library, setup, handoverOf(room, plan, rows ? &*rows : nullptr), &plan,
+               static_cast<RaxelHostRoad>(job.road), dataWrites(plan), *output, pace);
   if (plan.finish != 0) finishPage(*output, plan, pages);
   if (meant) meant->compare(output->bytes(), output->name(), pages.chain.last);
   result.verified = meant ? 1 : 0;

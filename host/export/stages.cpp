@@ -2,6 +2,7 @@
 
 #include "buffer.h"
 #include "failure.h"
+#include "filter/bands.h"
 #include "filter/driver.h"
 #include "filter/one_strip.h"
 
@@ -15,6 +16,7 @@ namespace {
 // The result is a code of the library.
 uint32_t send(const Library &library, Setup &setup, const Handover &picture, const RaxelPlan *plan,
               RaxelHostRoad road, OutputStream &stream) {
+  if (plan && picture.rows) return exportBands(library, setup, *plan, picture, stream);
   if (plan && isOneCodedStrip(*plan)) return exportOneStrip(library, *plan, picture, stream);
   switch (plan ? road : RAXEL_ROAD_CELL) {
     case RAXEL_ROAD_DRIVER:

@@ -1,10 +1,9 @@
 // The stages that every export goes through between its plan and its report:
 //
 //   room      memory for pixels and table, asked for before the filter could end the process
-//   (fill)    the caller's: prepared pixels, or the picture as it is
-//   write     through the filter into the output, and a look at whether all of it arrived
-//   (check)   the caller's
-//   commit    the output's: the file takes the old one's place
+//   (fill)    the caller's: prepared pixels, or the picture as it is, or nothing where rows are made on the
+//   way write     through the filter into the output, and a look at whether all of it arrived (check)   the
+//   caller's commit    the output's: the file takes the old one's place
 #pragma once
 
 #include "export/output.h"
@@ -13,7 +12,7 @@
 
 namespace host {
 
-// A block for the pixels and one for a table of 256 colours.
+// A block for the pixels, or for those of a band, and one for a table of 256 colours.
 struct Room {
   prepare::HandleMemory pixels, table;
 

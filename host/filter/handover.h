@@ -4,19 +4,23 @@
 #include "filter/library.h"
 #include "filter/setup.h"
 #include "output/stream.h"
+#include "prepare/row_by_row.h"
 #include "prepare/services.h"
 #include "raxel/host.h"
 
 namespace host {
 
-// A picture in handle memory, ready to go.
+// A picture ready to go: in handle memory, or made by rows.
 struct Handover {
+  // Of the whole picture, or a band of it.
   const prepare::HandleMemory &pixels;
   const prepare::HandleMemory &table;
   uint16_t bits, width, height;
   // The picture's size, in units of which an inch has so many.
   int32_t extentX, extentY;
   uint16_t unitsPerInch;
+  // What makes the rows of a band; null when the pixels are there.
+  const prepare::RowByRow *rows = nullptr;
 };
 
 // Exports in one call. The result is the library's; whether the picture is complete, the stream knows.

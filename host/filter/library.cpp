@@ -81,6 +81,8 @@ Library loadLibrary(const std::string &path) {
 
   loaded.byName("GetPrivateProfileString", library.readProfile);
   loaded.byName("WritePrivateProfileString", library.writeProfile);
+  loaded.byName("OutputPicture", library.outputPicture);
+  loaded.byName("lpRaster", library.settings);
   loaded.byName("CompressAndWrite", library.compressAndWrite);
   loaded.byName("kvlOpen", library.openStream);
   loaded.byName("kvlWrite", library.writeStream);

@@ -26,9 +26,12 @@ struct Library {
   decltype(&::dd_entry) metafileEntry = nullptr;
   decltype(&::RASTER_dd_entry) rasterEntry = nullptr;
 
-  // By name: one value of a profile; a coder and the stream that it writes to.
+  // By name: one value of a profile; the pipeline behind ExportCellData and the settings that it works
+  // with; a coder and the stream that it writes to.
   decltype(&::GetPrivateProfileString) readProfile = nullptr;
   decltype(&::WritePrivateProfileString) writeProfile = nullptr;
+  decltype(&::OutputPicture) outputPicture = nullptr;
+  decltype(&::lpRaster) settings = nullptr;
   decltype(&::CompressAndWrite) compressAndWrite = nullptr;
   decltype(&::kvlOpen) openStream = nullptr;
   decltype(&::kvlWrite) writeStream = nullptr;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "filter/filter_stream.h"
 #include "finish/planned.h"
 #include "prepare/plan.h"
 
@@ -15,32 +16,6 @@ constexpr uint8_t kHeader[8] = {'I', 'I', 42, 0, 0, 0, 0, 0};
 // row's own, five more make the return to control.
 constexpr uint8_t kEol[2] = {0x00, 0x01};
 constexpr int kEolsAtEnd = 5;
-
-// A stream of the filter's that leads to ours.
-class FilterStream {
- public:
-  FilterStream(const Library &library, OutputStream &stream) : library_(library) {
-    KvlStreamDesc descriptor{};
-    descriptor.lpMemVar = reinterpret_cast<HostWord>(&stream);
-    descriptor.lpfnProc = reinterpret_cast<HostWord>(&OutputStream::procedure);
-    handle_ = library.openStream("output", &descriptor, KVL_OUTPUT);
-  }
-  ~FilterStream() {
-    if (handle_ != 0) library_.closeStream(handle_);
-  }
-  FilterStream(const FilterStream &) = delete;
-  FilterStream &operator=(const FilterStream &) = delete;
-
-  Handle handle() const { return handle_; }
-  bool write(std::span<const uint8_t> bytes) const {
-    const auto count = static_cast<int32_t>(bytes.size());
-    return library_.writeStream(handle_, bytes.data(), count) == count;
-  }
-
- private:
-  const Library &library_;
-  Handle handle_;
-};
 
 // The block's rows from the top down, without padding.
 std::vector<uint8_t> packRows(const RaxelPlan &plan, const uint8_t *block) {

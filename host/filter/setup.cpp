@@ -4,7 +4,6 @@
 #include "output/hold.h"
 
 namespace host {
-namespace {}  // namespace
 
 Setup::Setup(const Library &library, const std::string &profile, const std::string &section)
     : library_(library), handle_(library.createSetup(0, profile.c_str(), section.c_str(), nullptr)) {
@@ -42,6 +41,10 @@ void Setup::set(int32_t escape, double value, bool save) {
 void Setup::setLayout(int32_t layout) {
   record_->tiff.wLayoutMode =
       layout == RAXEL_LAYOUT_TILES ? RAXEL_STORED_LAYOUT_TILES : RAXEL_STORED_LAYOUT_STRIPS;
+}
+
+void Setup::makeCurrent() {
+  *library_.settings = record_;
 }
 
 void Setup::setOutput(StreamProc procedure) {

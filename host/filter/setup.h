@@ -33,6 +33,8 @@ class Setup {
   int32_t tryEscape(int32_t escape, int32_t size, const void *value, bool save);
   // Strips or tiles. Only the profile can say it, and otherwise the record.
   void setLayout(int32_t layout);
+  // Makes the record the one that the filter's pipeline goes by.
+  void makeCurrent();
   // Hands output over to a stream procedure.
   void setOutput(StreamProc procedure);
   // Makes progress known to the host on roads that do not do it by themselves.

@@ -92,7 +92,7 @@ bool Sink::writeToFile(const uint8_t *bytes, size_t count) {
       if (front_.size() < end) front_.resize(static_cast<size_t>(end));
       std::memcpy(front_.data() + position_, bytes, step);
     } else if (position_ == size_) {
-      step = std::min(count, kTail);
+      step = std::min(count, kTail - tail_.size());
       if (!append(bytes, step)) return false;
     } else {
       // A patch beyond the front.
@@ -112,12 +112,9 @@ bool Sink::append(const uint8_t *bytes, size_t count) {
     tail_.reserve(kTail);
     tailStart_ = position_;
   }
-  if (tail_.size() + count > kTail) {
-    if (!flushTail()) return false;
-    tailStart_ = position_;
-  }
   tail_.insert(tail_.end(), bytes, bytes + count);
-  return true;
+  // Whole pieces, so that no page of the file is written in two goes.
+  return tail_.size() < kTail || flushTail();
 }
 
 bool Sink::flushTail() {

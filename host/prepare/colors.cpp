@@ -59,16 +59,6 @@ void writeTable(std::span<const Color> colors, uint32_t most, uint8_t *table) {
   }
 }
 
-// An indexed picture of no more bits than the mode: indices and table as they are.
-void keepIndices(const Source &source, const Block &block, uint8_t *table) {
-  writeTable(source.table(), block.plan.colors, table);
-  std::vector<uint8_t> row(source.width());
-  for (uint32_t y = 0; y < source.height(); ++y) {
-    source.readIndices(y, row.data());
-    packRow(row, block.plan.bits, block.row(y));
-  }
-}
-
 // All pixels by index when the picture's colours fit the mode; false when they do not.
 bool keepColors(const Source &source, const Block &block, uint8_t *table) {
   Palette palette;
@@ -143,14 +133,20 @@ int quantize(const Source &source, const RaxelRequest &request, const RaxelServi
 
 }  // namespace
 
-int toRgb(const Source &source, bool untouched, const Block &block) {
-  std::vector<uint8_t> row(untouched ? 0 : size_t{source.width()} * 3);
-  for (uint32_t y = 0; y < source.height(); ++y) {
-    const uint8_t *in = untouched ? source.row(y) : row.data();
-    if (!untouched) source.readColors(y, row.data());
-    swapRedBlue(in, block.row(y), source.width());
-  }
-  return RAXEL_HOST_OK;
+MakeRow rgbRows(const Source &source) {
+  return
+      [&source, room = std::vector<uint8_t>(size_t{source.width()} * 3)](uint32_t y, uint8_t *out) mutable {
+        swapRedBlue(source.colorsOf(y, room.data()), out, source.width());
+      };
+}
+
+MakeRow indexRows(const Source &source, const RaxelPlan &plan, uint8_t *table) {
+  writeTable(source.table(), plan.colors, table);
+  return [&source, bits = plan.bits, row = std::vector<uint8_t>(source.width())](uint32_t y,
+                                                                                 uint8_t *out) mutable {
+    source.readIndices(y, row.data());
+    packRow(row, bits, out);
+  };
 }
 
 int toColor8(const Source &source, const RaxelRequest &request, const Block &block, RaxelPlan &plan,
@@ -173,10 +169,6 @@ int toColor8(const Source &source, const RaxelRequest &request, const Block &blo
 
 int toOwnColors(const Source &source, const RaxelRequest &request, const RaxelServices *services,
                 const Block &block, RaxelPlan &plan, uint8_t *table) {
-  if (source.bits() <= plan.bits) {
-    keepIndices(source, block, table);
-    return RAXEL_HOST_OK;
-  }
   if (keepColors(source, block, table)) return RAXEL_HOST_OK;
   plan.notes |= RAXEL_NOTE_REDUCED;
   // With 256 colours the steps are too fine for the eye, and dithering would only add noise.

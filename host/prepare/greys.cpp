@@ -87,21 +87,6 @@ void toNearest(const Source &source, const std::array<uint8_t, 256> &map, const 
   }
 }
 
-// A picture of two colours needs no dithering: the brighter is white.
-void twoColors(const Source &source, const Block &block) {
-  const auto [zeroDark, oneDark] = darkIndices(source);
-  const uint64_t bytes = rowBytes(block.plan);
-  const uint32_t used = block.plan.width % 8;
-  for (uint32_t y = 0; y < source.height(); ++y) {
-    const uint8_t *in = source.row(y);
-    uint8_t *out = block.row(y);
-    for (uint64_t i = 0; i < bytes; ++i) {
-      out[i] = static_cast<uint8_t>((oneDark ? 0 : in[i]) | (zeroDark ? 0 : ~in[i]));
-    }
-    if (used != 0) out[bytes - 1] = static_cast<uint8_t>(out[bytes - 1] & (0xFF00u >> used));
-  }
-}
-
 bool isBlackAndWhite(const Source &source) {
   for (const Color &c : source.table()) {
     if (c != Color{0, 0, 0} && c != Color{255, 255, 255}) return false;
@@ -150,11 +135,6 @@ void bilevelTable(uint8_t *table) {
 int toBilevel(const Source &source, const RaxelRequest &request, const RaxelServices *services,
               const Block &block, RaxelPlan &plan, uint8_t *table) {
   bilevelTable(table);
-  if (source.bits() == 1 && request.dither != RAXEL_DITHER_ON) {
-    if (!isBlackAndWhite(source)) plan.notes |= RAXEL_NOTE_REDUCED;
-    twoColors(source, block);
-    return RAXEL_HOST_OK;
-  }
   return reduceLevels(source, request, 2, services, block, plan);
 }
 
@@ -164,11 +144,32 @@ int toGrey16(const Source &source, const RaxelRequest &request, const RaxelServi
   return reduceLevels(source, request, 16, services, block, plan);
 }
 
-int toGrey256(const Source &source, const Block &block, RaxelPlan &plan, uint8_t *table) {
+bool isTwoColors(uint32_t bits, const RaxelRequest &request) {
+  return bits == 1 && request.dither != RAXEL_DITHER_ON;
+}
+
+MakeRow twoColorRows(const Source &source, RaxelPlan &plan, uint8_t *table) {
+  bilevelTable(table);
+  if (!isBlackAndWhite(source)) plan.notes |= RAXEL_NOTE_REDUCED;
+  const auto [zeroDark, oneDark] = darkIndices(source);
+  // What the bytes of the two go to, wherever the bit is set or clear.
+  const auto ofClear = static_cast<uint8_t>(zeroDark ? 0 : 0xFF);
+  const auto ofSet = static_cast<uint8_t>(oneDark ? 0 : 0xFF);
+  const auto bytes = static_cast<size_t>(rowBytes(plan));
+  const uint32_t used = plan.width % 8;
+  return [&source, ofClear, ofSet, bytes, used](uint32_t y, uint8_t *out) {
+    const uint8_t *in = source.row(y);
+    for (size_t i = 0; i < bytes; ++i) {
+      out[i] = static_cast<uint8_t>((in[i] & ofSet) | (~in[i] & ofClear));
+    }
+    if (used != 0) out[bytes - 1] = static_cast<uint8_t>(out[bytes - 1] & (0xFF00u >> used));
+  };
+}
+
+MakeRow grey256Rows(const Source &source, RaxelPlan &plan, uint8_t *table) {
   greyTable(256, table);
-  for (uint32_t y = 0; y < source.height(); ++y) source.readGrey(y, block.row(y));
   if (!source.grey() && !isGreyPicture(source)) plan.notes |= RAXEL_NOTE_REDUCED;
-  return RAXEL_HOST_OK;
+  return [&source](uint32_t y, uint8_t *out) { source.readGrey(y, out); };
 }
 
 }  // namespace prepare

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "prepare/block.h"
-#include "prepare/source.h"
+#include "prepare/row_by_row.h"
 
 namespace prepare {
 
@@ -13,7 +13,13 @@ int toBilevel(const Source &source, const RaxelRequest &request, const RaxelServ
               const Block &block, RaxelPlan &plan, uint8_t *table);
 int toGrey16(const Source &source, const RaxelRequest &request, const RaxelServices *services,
              const Block &block, RaxelPlan &plan, uint8_t *table);
-int toGrey256(const Source &source, const Block &block, RaxelPlan &plan, uint8_t *table);
+
+// Rows of 256 greys.
+MakeRow grey256Rows(const Source &source, RaxelPlan &plan, uint8_t *table);
+
+// A picture of two colours needs no dithering, unless it is asked for: the brighter is white.
+bool isTwoColors(uint32_t bits, const RaxelRequest &request);
+MakeRow twoColorRows(const Source &source, RaxelPlan &plan, uint8_t *table);
 
 // Of a source of 1 bit: whether each of the two indices goes to black. The darker one does, and of two
 // alike both do when they are below the middle.

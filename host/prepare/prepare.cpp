@@ -7,6 +7,7 @@
 #include "prepare/greys.h"
 #include "prepare/leptonica.h"
 #include "prepare/page.h"
+#include "prepare/row_by_row.h"
 #include "prepare/scale.h"
 #include "prepare/services.h"
 #include "raxel/host.h"
@@ -14,19 +15,20 @@
 namespace prepare {
 namespace {
 
-int reduce(const Source &source, bool untouched, const RaxelRequest &request, const RaxelServices *services,
+int reduce(const Source &source, const RaxelRequest &request, const RaxelServices *services,
            const Block &block, RaxelPlan &plan, uint8_t *table) {
+  if (isRowByRow(source.bits(), request, plan)) {
+    const MakeRow make = rowMaker(source, plan, table);
+    for (uint32_t y = 0; y < source.height(); ++y) make(y, block.row(y));
+    return RAXEL_HOST_OK;
+  }
   switch (request.mode) {
     case RAXEL_MODE_BILEVEL:
       return toBilevel(source, request, services, block, plan, table);
     case RAXEL_MODE_GREY16:
       return toGrey16(source, request, services, block, plan, table);
-    case RAXEL_MODE_GREY256:
-      return toGrey256(source, block, plan, table);
     case RAXEL_MODE_COLOR8:
       return toColor8(source, request, block, plan, table);
-    case RAXEL_MODE_RGB:
-      return toRgb(source, untouched, block);
     default:
       return toOwnColors(source, request, services, block, plan, table);
   }
@@ -62,8 +64,7 @@ int prepare(const RaxelPicture &picture, const RaxelRequest &request, const Raxe
   const Source original(picture, request.treatment, services);
   int code = RAXEL_HOST_OK;
   if (plan.width == picture.width && plan.rows == picture.height) {
-    const bool untouched = picture.bits == 24 && request.treatment == RAXEL_TREAT_NONE;
-    code = reduce(original, untouched, request, services, block, plan, table);
+    code = reduce(original, request, services, block, plan, table);
   } else if (shrinksPage(original, request, plan)) {
     bilevelTable(table);
     shrinkPage(original, block);
@@ -73,7 +74,7 @@ int prepare(const RaxelPicture &picture, const RaxelRequest &request, const Raxe
     // A page of two colours stays one: its edges are drawn by the nearest level, not by dots.
     RaxelRequest own = request;
     if (picture.bits == 1 && own.dither == RAXEL_DITHER_AUTO) own.dither = RAXEL_DITHER_OFF;
-    code = reduce(scaled, raster.channels == 3, own, services, block, plan, table);
+    code = reduce(scaled, own, services, block, plan, table);
   }
   if (code != RAXEL_HOST_OK) return code;
   block.repeatLastRow();

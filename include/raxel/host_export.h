@@ -37,7 +37,8 @@ enum {
 
 // How the picture gets into the filter. The bytes are the same.
 typedef enum RaxelHostRoad {
-  RAXEL_ROAD_CELL,      // one call with a finished picture
+  RAXEL_ROAD_CELL,      // a finished picture: in one call, or by bands of its rows, where the file does not
+                        // show it and nothing is scaled or reduced
   RAXEL_ROAD_DRIVER,    // a driver session: resolutions must be equal, some sizes are refused
   RAXEL_ROAD_METAFILE,  // a metafile session, which no platform of today records: always refused
   RAXEL_ROADS

@@ -201,6 +201,29 @@ TEST(HostExport, TakesTheDriversRoad) {
   EXPECT_EQ(metafile.run(), RAXEL_HOST_FILTER_FAILED);
 }
 
+TEST(HostExport, WritesTheSameFileFromBandsAndFromABlock) {
+  struct Size {
+    uint32_t width, height;
+  };
+  // At 64 dots an inch the driver's road, whose pixels are collected in a block, takes any size.
+  for (const Size &size : {Size{1, 1}, Size{3, 5}, Size{1000, 999}}) {
+    for (const int mode : {RAXEL_MODE_RGB, RAXEL_MODE_GREY256}) {
+      Job bands(size.width, size.height), block(size.width, size.height);
+      for (Job *job : {&bands, &block}) {
+        job->job.request.mode = mode;
+        job->job.request.dpiX = job->job.request.dpiY = 64;
+        job->job.flags = RAXEL_HOST_VERIFY;
+      }
+      block.job.road = RAXEL_ROAD_DRIVER;
+      ASSERT_EQ(bands.run(), RAXEL_HOST_OK) << bands.result.message;
+      ASSERT_EQ(block.run(), RAXEL_HOST_OK) << block.result.message;
+      EXPECT_EQ(bands.result.verified, 1u);
+      EXPECT_EQ(bands.result.plan.notes, block.result.plan.notes);
+      EXPECT_TRUE(bands.memory() == block.memory()) << size.width << " by " << size.height;
+    }
+  }
+}
+
 TEST(HostExport, PlansWithoutWriting) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
@@ -238,25 +261,27 @@ TEST(HostExport, TellsOfTheProgress) {
 TEST(HostExport, StopsWhenAskedToAndLeavesTheOldFile) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
-  support::writeFile(path, "old");
   static int left;
-  // At every place where it asks.
-  for (int after = 0;; ++after) {
-    Job job(2000, 2000);
-    job.job.request.compression = RAXEL_COMPRESS_PACKBITS;
-    job.job.path = path.c_str();
-    left = after;
-    job.job.stop = [](void *) -> int32_t { return left-- > 0 ? 0 : 1; };
-    const int code = job.run();
-    if (code == RAXEL_HOST_OK) {
-      EXPECT_GE(after, 3);
-      break;
+  for (const int compression : {RAXEL_COMPRESS_PACKBITS, RAXEL_COMPRESS_NONE}) {
+    support::writeFile(path, "old");
+    // At every place where it asks.
+    for (int after = 0;; ++after) {
+      Job job(2000, 2000);
+      job.job.request.compression = compression;
+      job.job.path = path.c_str();
+      left = after;
+      job.job.stop = [](void *) -> int32_t { return left-- > 0 ? 0 : 1; };
+      const int code = job.run();
+      if (code == RAXEL_HOST_OK) {
+        EXPECT_GE(after, 3);
+        break;
+      }
+      ASSERT_EQ(code, RAXEL_HOST_STOPPED) << job.result.message;
+      EXPECT_EQ(support::readText(path), "old");
+      EXPECT_EQ(filesIn(folder.path()), 1u);
     }
-    ASSERT_EQ(code, RAXEL_HOST_STOPPED) << job.result.message;
-    EXPECT_EQ(support::readText(path), "old");
-    EXPECT_EQ(filesIn(folder.path()), 1u);
+    EXPECT_EQ(support::readFile(path).front(), 'I');
   }
-  EXPECT_EQ(support::readFile(path).front(), 'I');
 }
 
 TEST(HostExport, AnAnswerToTheProgressStopsToo) {

@@ -9,6 +9,7 @@
 #include <cstdlib>
 
 #include "raxel/host.h"
+#include "support/temp_dir.h"
 
 namespace {
 
@@ -66,6 +67,22 @@ TEST(HostMemory, TwelveMegapixelsDoNotFitIntoAQuarterOfAGigabyte) {
     refused += code == RAXEL_HOST_NO_MEMORY ? 1 : 0;
   }
   EXPECT_GE(refused, 1);
+}
+
+TEST(HostMemory, UncompressedPicturesTakeNoBlockOfTheirSize) {
+  const support::TempDir folder;
+  const std::string path = folder.file("a.tif");
+  const Photo photo(4000, 3000);
+  RaxelHostJob job = photo.job;
+  job.path = path.c_str();
+  ASSERT_EQ(raxelHostOpen(nullptr), RAXEL_HOST_OK);
+  // Asked for before the filter is, but hardly touched: kept free for what it takes.
+  constexpr uint64_t kKeptFree = uint64_t{17} << 20;
+  malloc_trim(0);
+  const uint64_t limit = addressSpace() + kKeptFree + (uint64_t{4} << 20);
+  EXPECT_EQ(codeWithin(limit, job), RAXEL_HOST_OK);
+  job.request.compression = RAXEL_COMPRESS_PACKBITS;
+  EXPECT_EQ(codeWithin(limit, job), RAXEL_HOST_NO_MEMORY) << "the block of 36 MB fits as well";
 }
 
 TEST(HostMemory, NoLimitEndsTheProcess) {
