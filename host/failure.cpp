@@ -28,4 +28,23 @@ Exit exitOf(int reason) {
   }
 }
 
+RaxelHostCode reasonOf(Exit code) {
+  switch (code) {
+    case kDone:
+      return RAXEL_HOST_OK;
+    case kNoInput:
+      return RAXEL_HOST_BAD_PICTURE;
+    case kLibrary:
+      return RAXEL_HOST_FILTER_FAILED;
+    case kNoCreate:
+      return RAXEL_HOST_NO_CREATE;
+    case kNoWrite:
+      return RAXEL_HOST_NO_WRITE;
+    case kStopped:
+      return RAXEL_HOST_STOPPED;
+    default:
+      return RAXEL_HOST_BAD_ARGUMENT;
+  }
+}
+
 }  // namespace host

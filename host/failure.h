@@ -19,16 +19,21 @@ enum Exit : int {
   kStopped = 130,  // Ctrl-C
 };
 
-// What the command ends with for a code of libraxelhost.
+// What the command ends with for a code of libraxelhost, and the code nearest to it.
 Exit exitOf(int reason);
+RaxelHostCode reasonOf(Exit code);
 
 class Failure : public std::runtime_error {
  public:
-  // In the command's own rooms.
-  Failure(Exit code, const std::string &message) : std::runtime_error(message), code_(code) {}
+  // In the rooms that read options and pictures.
+  Failure(Exit code, const std::string &message, int error = 0)
+      : Failure(code, reasonOf(code), message, error) {}
   // In those of libraxelhost: a RaxelHostCode, and the errno behind it where there is one.
   Failure(RaxelHostCode reason, const std::string &message, int error = 0)
-      : std::runtime_error(message), code_(exitOf(reason)), reason_(reason), error_(error) {}
+      : Failure(exitOf(reason), reason, message, error) {}
+  // Where the two tell different things.
+  Failure(Exit code, RaxelHostCode reason, const std::string &message, int error)
+      : std::runtime_error(message), code_(code), reason_(reason), error_(error) {}
 
   Exit code() const { return code_; }
   RaxelHostCode reason() const { return reason_; }
@@ -36,8 +41,8 @@ class Failure : public std::runtime_error {
 
  private:
   Exit code_;
-  RaxelHostCode reason_ = RAXEL_HOST_BAD_ARGUMENT;
-  int error_ = 0;
+  RaxelHostCode reason_;
+  int error_;
 };
 
 }  // namespace host

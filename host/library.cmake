@@ -3,11 +3,17 @@ pkg_check_modules(LEPTONICA REQUIRED lept)
 
 add_library(raxelhost_objects OBJECT
   buffer.cpp failure.cpp
-  check/libtiff.cpp check/verify.cpp
+  check/directory.cpp check/inspect.cpp check/libtiff.cpp check/verify.cpp
   export/finish_file.cpp export/output.cpp export/pace.cpp export/prepared.cpp export/stages.cpp
-  filter/bands.cpp filter/driver.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp filter/setup.cpp
+  filter/bands.cpp filter/driver.cpp filter/given.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp
+  filter/request.cpp filter/save.cpp filter/setup.cpp
   finish/file.cpp finish/planned.cpp finish/read.cpp finish/write.cpp
-  output/hold.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
+  order/as_is.cpp order/export_task.cpp order/option_list.cpp order/option_values.cpp order/order.cpp order/page_feed.cpp
+  order/reduce.cpp order/report.cpp
+  output/hold.cpp output/originals.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
+  pictures/bmp.cpp pictures/exif.cpp pictures/gif.cpp pictures/input.cpp pictures/jpeg.cpp pictures/leptonica.cpp
+  pictures/memory.cpp pictures/pages.cpp pictures/peek.cpp pictures/picture.cpp pictures/png.cpp pictures/png_filters.cpp
+  pictures/png_stream.cpp pictures/pnm.cpp pictures/tiff.cpp pictures/upright.cpp pictures/webp.cpp
   prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/diffuse.cpp
   prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
   prepare/nearest.cpp prepare/page.cpp prepare/plan.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp
@@ -18,7 +24,11 @@ target_compile_definitions(raxelhost_objects PRIVATE RAXEL_VERSION_TEXT="${PROJE
   RAXEL_INSTALLED_FILTER="${CMAKE_INSTALL_PREFIX}/lib/raxel/raxel.so")
 # GCC 12 sees overlaps in the concatenation of strings where there are none (its bug 105651).
 target_compile_options(raxelhost_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
-target_link_libraries(raxelhost_objects PRIVATE raxel_warnings PUBLIC raxel_numbers ${CMAKE_DL_LIBS})
+# Large header libraries, used where nobody waits, are not worth the optimiser's time.
+set_source_files_properties(check/inspect.cpp order/option_list.cpp order/option_values.cpp order/report.cpp PROPERTIES
+  COMPILE_OPTIONS $<IF:$<BOOL:${RAXEL_SANITIZE}>,-O0,-O1>)
+target_link_libraries(raxelhost_objects
+  PRIVATE raxel_warnings PUBLIC raxel_numbers nlohmann_json::nlohmann_json ${CMAKE_DL_LIBS})
 set_target_properties(raxelhost_objects PROPERTIES
   POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 

@@ -3,12 +3,12 @@
 #include <cstring>
 #include <exception>
 
-#include "check/inspect.h"
 #include "command/batch.h"
 #include "command/help.h"
+#include "command/inspect.h"
 #include "command/options.h"
-#include "command/report.h"
 #include "command/stop.h"
+#include "command/tell.h"
 #include "failure.h"
 
 namespace {

@@ -1,32 +1,16 @@
 #include "check/inspect.h"
 
 #include <cmath>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "check/directory.h"
 #include "check/libtiff.h"
-#include "command/report.h"
 #include "pictures/input.h"
 
 namespace host {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-struct Inspection {
-  std::string name;
-  Exit exit = kDone;
-  uint64_t bytes = 0;
-  Directory directory;
-  bool decoded = false;  // every row could be decoded
-};
-
-std::string numberText(double value) {
-  char text[40];
-  std::snprintf(text, sizeof text, value == std::floor(value) ? "%.0f" : "%g", value);
-  return text;
-}
 
 // Has libtiff decode every row, and adds what it says to the faults.
 void decode(std::span<const uint8_t> file, Inspection &to) {
@@ -43,47 +27,20 @@ void decode(std::span<const uint8_t> file, Inspection &to) {
   to.decoded = whole;
 }
 
-std::string valuesText(const DirectoryEntry &entry) {
-  if (entry.type == 2) return '"' + entry.text + '"';
-  std::string text;
-  constexpr size_t kShown = 6;
-  for (size_t i = 0; i < std::min(entry.values.size(), kShown); ++i)
-    text += (i ? " " : "") + numberText(entry.values[i]);
-  return entry.count > kShown ? text + " ..." : text;
+}  // namespace
+
+Inspection inspect(const std::string &path) {
+  const Input input(path);
+  Inspection seen;
+  seen.name = path;
+  seen.bytes = input.bytes().size();
+  seen.directory = readDirectory(input.bytes());
+  if (!seen.directory.entries.empty()) decode(input.bytes(), seen);
+  if (!seen.decoded) seen.exit = kNoInput;
+  return seen;
 }
 
-void printPieces(const Directory &directory) {
-  const bool tiles = directory.find(324) != nullptr;
-  const DirectoryEntry *offsets = directory.find(tiles ? 324 : 273),
-                       *counts = directory.find(tiles ? 325 : 279);
-  if (!offsets || !counts) return;
-  std::printf("%s:\n", tiles ? "Tiles" : "Strips");
-  for (size_t i = 0; i < std::min(offsets->values.size(), counts->values.size()); ++i) {
-    std::printf("  %5zu  at %-10s %10s bytes\n", i + 1, numberText(offsets->values[i]).c_str(),
-                numberText(counts->values[i]).c_str());
-  }
-}
-
-void print(const Inspection &seen) {
-  const Directory &d = seen.directory;
-  if (d.entries.empty()) {
-    for (const std::string &fault : d.faults) say(seen.name + ": " + fault);
-    return;
-  }
-  std::printf("%s: %llu bytes, %s-endian\n", printable(seen.name).c_str(),
-              static_cast<unsigned long long>(seen.bytes), d.littleEndian ? "little" : "big");
-  std::printf("Directory at %u, %zu entries:\n", d.offset, d.entries.size());
-  for (const DirectoryEntry &entry : d.entries) {
-    std::printf("  %5u  %-20s %-9s %5u  %s\n", entry.tag, tagName(entry.tag).c_str(),
-                typeName(entry.type).c_str(), entry.count, valuesText(entry).c_str());
-  }
-  printPieces(d);
-  std::printf("%s\n", d.faults.empty() ? "No faults." : "Faults:");
-  for (const std::string &fault : d.faults) std::printf("  %s\n", fault.c_str());
-  std::printf("The pixels %s.\n", seen.decoded ? "decode" : "do not decode");
-}
-
-Json jsonOf(const Inspection &seen) {
+std::string toJson(const Inspection &seen) {
   Json entries = Json::array();
   for (const DirectoryEntry &entry : seen.directory.entries) {
     Json json{{"tag", entry.tag},
@@ -102,40 +59,11 @@ Json jsonOf(const Inspection &seen) {
     }
     entries.push_back(json);
   }
-  return {{"input", seen.name},     {"exit", seen.exit},
-          {"bytes", seen.bytes},    {"littleEndian", seen.directory.littleEndian},
-          {"entries", entries},     {"faults", seen.directory.faults},
-          {"decodes", seen.decoded}};
-}
-
-}  // namespace
-
-int inspectAll(const Options &options) {
-  Json results = Json::array();
-  Exit exit = kDone;
-  for (const std::string &path : options.inputs) {
-    Inspection seen;
-    seen.name = path;
-    try {
-      const Input input(path);
-      seen.bytes = input.bytes().size();
-      seen.directory = readDirectory(input.bytes());
-      if (!seen.directory.entries.empty()) decode(input.bytes(), seen);
-      if (!seen.decoded) seen.exit = kNoInput;
-      if (!options.json) print(seen);
-    } catch (const Failure &failure) {
-      seen.exit = failure.code();
-      seen.directory.faults.push_back(failure.what());
-      say(failure.what());
-    }
-    if (exit == kDone) exit = seen.exit;
-    if (options.json) results.push_back(jsonOf(seen));
-  }
-  if (options.json) {
-    const Json document{{"command", "inspect"}, {"exit", exit}, {"results", results}};
-    std::printf("%s\n", document.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
-  }
-  return exit;
+  const Json json{{"input", seen.name},     {"exit", seen.exit},
+                  {"bytes", seen.bytes},    {"littleEndian", seen.directory.littleEndian},
+                  {"entries", entries},     {"faults", seen.directory.faults},
+                  {"decodes", seen.decoded}};
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 }  // namespace host

@@ -1,12 +1,25 @@
-// --inspect: what a TIFF file holds, for people and for programs.
+// What a TIFF file holds.
 #pragma once
 
-#include "command/options.h"
+#include <string>
+
+#include "check/directory.h"
+#include "failure.h"
 
 namespace host {
 
-// Prints each input's directory, strips or tiles, and faults. Returns the exit code: kNoInput when a
-// file cannot be read or its pixels cannot be decoded.
-int inspectAll(const Options &options);
+struct Inspection {
+  std::string name;
+  Exit exit = kDone;  // kNoInput when the pixels cannot be decoded
+  uint64_t bytes = 0;
+  Directory directory;
+  bool decoded = false;  // every row could be decoded
+};
+
+// Reads a file's directory, and has libtiff decode every row. Throws a Failure when it cannot be read.
+Inspection inspect(const std::string &path);
+
+// The inspection as a JSON object, in one line.
+std::string toJson(const Inspection &seen);
 
 }  // namespace host

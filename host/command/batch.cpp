@@ -15,11 +15,12 @@
 #include <vector>
 
 #include "command/cores.h"
-#include "command/export_one.h"
 #include "command/progress.h"
-#include "command/report.h"
 #include "command/stop.h"
+#include "command/tasks.h"
+#include "command/tell.h"
 #include "filter/open.h"
+#include "order/export_task.h"
 #include "output/hold.h"
 #include "output/originals.h"
 #include "output/strays.h"
@@ -50,15 +51,42 @@ std::string shownName(const std::string &input) {
   return input == "-" ? "standard input" : input;
 }
 
-// `line` is where the picture's progress is shown.
+int32_t show(void *context, int32_t stage, double part, uint64_t bytes) {
+  Progress &line = *static_cast<Progress *>(context);
+  if (stage == RAXEL_STAGE_PREPARING) {
+    line.stage("preparing");
+  } else {
+    line.show(part, bytes);
+  }
+  return 0;  // a stop comes by signal and does not wait for the filter
+}
+
+void rememberTemporary(void *, const char *path) {
+  stop::setTemporary(path ? path : "");
+}
+
+// The command as the one who asked: `line` is where the picture's progress is shown.
+Caller callerOf(const Options &options, Progress &line) {
+  Caller caller;
+  caller.flags = RAXEL_HOST_SYNC_CHILD;
+  caller.progress = line.isShown() ? show : nullptr;
+  caller.temporary = rememberTemporary;
+  caller.context = &line;
+  caller.told = [&options, &line](const Report &page) {
+    line.clear();
+    tellPage(page, options);
+  };
+  return caller;
+}
+
 Report exportOne(const Library &library, const Options &options, const Originals &originals,
                  const Task &task, Progress &line) {
   Report report;
-  report.input = task.inputs.front();
+  report.input = task.inputs.front().name;
   try {
     if (task.failure) throw *task.failure;
     originals.protectFrom(task.output);
-    exportPicture(library, options, task, line, report);
+    exportTask(library, options, task, callerOf(options, line), report);
   } catch (const Failure &failure) {
     report.exit = failure.code();
     report.error = failure.what();
@@ -191,7 +219,7 @@ class Pool {
   // For a child that ended without a report of its own.
   void reportEnd(size_t index, int status) {
     Report report;
-    report.input = tasks_[index].inputs.front();
+    report.input = tasks_[index].inputs.front().name;
     report.exit = outcome_.exits[index];
     report.error = report.input +
                    (WIFEXITED(status) ? ": the export was stopped"
@@ -234,7 +262,7 @@ int exportAll(const Options &options) {
     while (pool.running() != 0) pool.waitForOne();
   } else {
     for (size_t i = 0; i < tasks.size(); ++i) {
-      Progress line(shownName(tasks[i].inputs.front()), wantsLine(options));
+      Progress line(shownName(tasks[i].inputs.front().name), wantsLine(options));
       const Report report = exportOne(library, options, originals, tasks[i], line);
       outcome.exits[i] = report.exit;
       outcome.json[i] = toJson(report);

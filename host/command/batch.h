@@ -1,7 +1,7 @@
 // All inputs of one command.
 #pragma once
 
-#include "command/options.h"
+#include "order/options.h"
 
 namespace host {
 

@@ -1,6 +1,6 @@
 #include "command/option_docs.h"
 
-#include "command/option_table.h"
+#include "order/option_table.h"
 
 namespace host {
 namespace {

@@ -1,291 +1,15 @@
 #include "command/options.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
-#include <map>
 #include <set>
-#include <sstream>
 
-#include "command/option_table.h"
+#include "order/option_table.h"
 
 namespace host {
 namespace {
 
 [[noreturn]] void fail(const std::string &what) {
   throw Failure(kUsage, what);
-}
-
-[[noreturn]] void failValue(std::string_view option, const std::string &value, const std::string &hint) {
-  fail("--" + std::string(option) + " " + value + ": " + hint);
-}
-
-// The whole text as a number, or nothing.
-template <class Number>
-std::optional<Number> parse(std::string_view text) {
-  Number value{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
-// Words are known in capitals, too.
-std::string lower(std::string word) {
-  for (char &c : word) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  return word;
-}
-
-// The position of a word in a list of choices; -1 when it is none of them.
-int choiceOf(std::string_view choices, std::string_view word) {
-  std::istringstream list{std::string(choices)};
-  std::string choice;
-  for (int i = 0; list >> choice; ++i) {
-    if (choice == word) return i;
-  }
-  return -1;
-}
-
-int chosen(const OptionRow &row, const std::string &value) {
-  const int index = choiceOf(row.choices, lower(value));
-  if (index < 0) failValue(row.longName, value, "is none of " + std::string(row.choices));
-  return index;
-}
-
-std::array<double, 2> parseDpi(const std::string &value) {
-  const size_t x = value.find_first_of("xX");
-  const auto across = parse<double>(value.substr(0, x));
-  const auto down = x == std::string::npos ? across : parse<double>(value.substr(x + 1));
-  const bool plain = value.find_first_not_of("0123456789.xX") == std::string::npos;
-  for (const auto &dpi : {across, down}) {
-    if (!plain || !dpi || !(*dpi >= 1 && *dpi <= 100000))
-      failValue("dpi", value, "give 1 to 100000, as 300, 203.2 or 204x98");
-  }
-  return {*across, *down};
-}
-
-SizeBox parseSize(const std::string &written) {
-  const std::string value = lower(written);
-  static const std::map<std::string, double> units{
-      {"", 1}, {"in", 1}, {"cm", 2.54}, {"mm", 25.4}, {"px", 1}};
-  const size_t unitAt = value.find_first_not_of("0123456789.x");
-  const std::string sides = value.substr(0, unitAt),
-                    unit = unitAt == std::string::npos ? "" : value.substr(unitAt);
-  const size_t x = sides.find('x');
-  const auto side = [&](const std::string &text) {
-    if (text.empty()) return std::optional(0.0);
-    auto number = parse<double>(text);
-    if (number && !(*number > 0 && *number <= 1e6)) number.reset();
-    return number;
-  };
-  const auto across = side(sides.substr(0, x));
-  const auto down = x == std::string::npos ? std::optional(0.0) : side(sides.substr(x + 1));
-  if (!across || !down || (*across == 0 && *down == 0) || units.count(unit) == 0) {
-    failValue("size", written, "give a box as 6x4in, 15x10cm, 800x600px, 6x or x4");
-  }
-  return {*across / units.at(unit), *down / units.at(unit), unit == "px"};
-}
-
-// The sixteen colours that have names in HTML.
-constexpr auto kColorNames = std::to_array<std::pair<std::string_view, uint32_t>>({
-    {"black", 0x000000},
-    {"silver", 0xC0C0C0},
-    {"gray", 0x808080},
-    {"white", 0xFFFFFF},
-    {"maroon", 0x800000},
-    {"red", 0xFF0000},
-    {"purple", 0x800080},
-    {"fuchsia", 0xFF00FF},
-    {"green", 0x008000},
-    {"lime", 0x00FF00},
-    {"olive", 0x808000},
-    {"yellow", 0xFFFF00},
-    {"navy", 0x000080},
-    {"blue", 0x0000FF},
-    {"teal", 0x008080},
-    {"aqua", 0x00FFFF},
-});
-
-// "#1af" is short for "#11aaff".
-std::optional<uint32_t> parseHexColor(const std::string &value) {
-  if ((value.size() != 4 && value.size() != 7) || value[0] != '#') return std::nullopt;
-  std::string digits;
-  for (size_t i = 1; i < value.size(); ++i) digits.append(value.size() == 4 ? 2 : 1, value[i]);
-  uint32_t rgb = 0;
-  const char *end = digits.data() + digits.size();
-  const auto parsed = std::from_chars(digits.data(), end, rgb, 16);
-  return parsed.ec == std::errc() && parsed.ptr == end ? std::optional(rgb) : std::nullopt;
-}
-
-std::array<uint8_t, 3> parseColor(const std::string &value) {
-  const auto *name =
-      std::ranges::find(kColorNames, lower(value), &decltype(kColorNames)::value_type::first);
-  const std::optional<uint32_t> rgb =
-      name != kColorNames.end() ? std::optional(name->second) : parseHexColor(value);
-  if (!rgb) failValue("background", value, "give #RGB, #RRGGBB or one of HTML's sixteen names, as white");
-  return {static_cast<uint8_t>(*rgb >> 16), static_cast<uint8_t>(*rgb >> 8), static_cast<uint8_t>(*rgb)};
-}
-
-// As "3,1-2,7-".
-std::vector<PageRange> parsePages(const std::string &value) {
-  constexpr uint32_t kMost = 65535;
-  std::vector<PageRange> ranges;
-  std::istringstream list(value + ",");
-  for (std::string text; std::getline(list, text, ',');) {
-    const size_t dash = text.find('-');
-    const auto first = parse<uint32_t>(text.substr(0, dash));
-    auto last = dash == std::string::npos ? first : parse<uint32_t>(text.substr(dash + 1));
-    if (dash != std::string::npos && dash + 1 == text.size()) last = 0;
-    if (!first || !last || *first < 1 || *first > kMost || *last > kMost || (*last != 0 && *last < *first))
-      failValue("page", value, "give numbers from 1 on, as 3, 1,4-6 or 2-");
-    ranges.push_back({*first, *last});
-  }
-  return ranges;
-}
-
-SetEscape parseSet(const std::string &value) {
-  const size_t equals = value.find('=');
-  const auto number = parse<int32_t>(value.substr(0, equals));
-  if (equals == std::string::npos || !number)
-    failValue("set", value, "give an escape's number and value, as 10=153");
-  return {*number, value.substr(equals + 1)};
-}
-
-int named(const OptionRow &row, const std::string &value, int (*find)(const char *)) {
-  const int found = find(value.c_str());
-  if (found < 0) failValue(row.longName, value, "is none of " + std::string(row.choices) + "; see --list");
-  return found;
-}
-
-// What the options add up to, before inputs and outputs are paired.
-struct Parsed {
-  Options options;
-  std::string output, directory;
-};
-
-// An empty name is most often a shell variable that was never set. Taken as "not given", it would make
-// another file the output.
-void checkName(const OptionRow &row, const std::string &value) {
-  const bool name = row.completes == Completes::kFile || row.completes == Completes::kFolder;
-  if (!name && row.id != OptionId::kSection) return;
-  if (value.empty()) fail("--" + std::string(row.longName) + ": the name is empty");
-}
-
-void apply(const OptionRow &row, const std::string &value, Parsed &to) {
-  Options &o = to.options;
-  checkName(row, value);
-  switch (row.id) {
-    case OptionId::kOutput:
-      to.output = value;
-      return;
-    case OptionId::kDirectory:
-      to.directory = value;
-      return;
-    case OptionId::kJobs: {
-      const auto jobs = parse<unsigned>(value);
-      if (!jobs || *jobs < 1 || *jobs > 256) failValue(row.longName, value, "give 1 to 256");
-      o.jobs = *jobs;
-      return;
-    }
-    case OptionId::kThreads: {
-      const auto threads = parse<unsigned>(value);
-      if (!threads || *threads < 1 || *threads > 256) failValue(row.longName, value, "give 1 to 256");
-      o.threads = *threads;
-      return;
-    }
-    case OptionId::kPages:
-      o.pages = true;
-      return;
-    case OptionId::kPage:
-      o.pageRanges = parsePages(value);
-      return;
-    case OptionId::kForce:
-      o.rules.force = true;
-      return;
-    case OptionId::kNoClobber:
-      o.rules.noClobber = true;
-      return;
-    case OptionId::kMode:
-      o.autoMode = lower(value) == "auto";
-      o.mode = o.autoMode ? std::nullopt : std::optional(named(row, value, raxelHostFindMode));
-      return;
-    case OptionId::kCompress:
-      o.compression = named(row, value, raxelHostFindCompression);
-      return;
-    case OptionId::kDpi:
-      o.dpi = parseDpi(value);
-      return;
-    case OptionId::kSize:
-      o.size = parseSize(value);
-      return;
-    case OptionId::kLayout:
-      o.layout = chosen(row, value);
-      return;
-    case OptionId::kStrips:
-      o.strips = chosen(row, value);
-      return;
-    case OptionId::kDither:
-      o.dither = RAXEL_DITHER_ON;
-      return;
-    case OptionId::kNoDither:
-      o.dither = RAXEL_DITHER_OFF;
-      return;
-    case OptionId::kTreatment:
-      o.treatment = chosen(row, value);
-      return;
-    case OptionId::kQuantizer:
-      o.quantizer = chosen(row, value);
-      return;
-    case OptionId::kBackground:
-      o.background = parseColor(value);
-      return;
-    case OptionId::kAsIs:
-      o.asIs = true;
-      return;
-    case OptionId::kVia:
-      o.via = static_cast<Via>(chosen(row, value));
-      return;
-    case OptionId::kLibrary:
-      o.library = value;
-      return;
-    case OptionId::kProfile:
-      o.profile = value;
-      return;
-    case OptionId::kSection:
-      o.section = value;
-      return;
-    case OptionId::kSave:
-      o.save = true;
-      return;
-    case OptionId::kSet:
-      o.set.push_back(parseSet(value));
-      return;
-    case OptionId::kDryRun:
-      o.dryRun = true;
-      return;
-    case OptionId::kVerify:
-      o.verify = true;
-      return;
-    case OptionId::kInspect:
-      o.command = Command::kInspect;
-      return;
-    case OptionId::kList:
-      o.command = Command::kList;
-      return;
-    case OptionId::kJson:
-      o.json = true;
-      return;
-    case OptionId::kQuiet:
-      o.quiet = true;
-      return;
-    case OptionId::kVerbose:
-      o.verbose = true;
-      return;
-    case OptionId::kVersion:
-      o.command = Command::kVersion;
-      return;
-  }
 }
 
 // Name in a folder: the input's own, with .tif for its ending.
@@ -296,73 +20,48 @@ std::string nameIn(const std::string &directory, const std::string &input) {
   return directory + (directory.back() == '/' ? "" : "/") + name + ".tif";
 }
 
-void pairFiles(Parsed &parsed, std::vector<std::string> files) {
-  Options &o = parsed.options;
-  if (!parsed.output.empty() && !parsed.directory.empty()) fail("-o and -d exclude each other");
-  if (!parsed.directory.empty()) {
+void pairFiles(Options &o, std::vector<std::string> files) {
+  if (!o.output.empty() && !o.directory.empty()) fail("-o and -d exclude each other");
+  if (!o.directory.empty()) {
     if (files.empty()) fail("no input given");
-    o.directory = parsed.directory;
     std::set<std::string> taken;
     for (const std::string &input : files) {
       if (input == "-") fail("standard input has no name to use with -d; give -o");
-      o.outputs.push_back(nameIn(parsed.directory, input));
+      o.outputs.push_back(nameIn(o.directory, input));
       if (!taken.insert(o.outputs.back()).second)
         fail("two inputs would be written to " + o.outputs.back());
     }
     o.inputs = std::move(files);
     return;
   }
-  if (parsed.output.empty() && files.size() >= 2) {
-    parsed.output = files.back();
+  if (o.output.empty() && files.size() >= 2) {
+    o.output = files.back();
     files.pop_back();
   }
   if (files.empty()) fail("no input given");
   if (files.size() > 1 && !o.pages)
     fail("several inputs go into a folder, or as pages into one file: give -d DIR, or --pages");
-  const std::vector<PageRange> &ranges = o.pageRanges;
-  if (!o.pages && (ranges.size() > 1 || (ranges.size() == 1 && ranges[0].first != ranges[0].last)))
-    fail("--page names several pages: give --pages for one file, or -d DIR for a file a page");
-  if (parsed.output.empty() && !o.dryRun) fail("no output given");
+  checkPageChoice(o);
+  if (o.output.empty() && !o.dryRun) fail("no output given");
   o.inputs = std::move(files);
-  o.outputs = {parsed.output};
-}
-
-bool filterTakes(double dpi) {
-  return dpi >= 32 && dpi <= 400 && dpi == std::floor(dpi);
-}
-
-void check(const Parsed &parsed) {
-  const Options &o = parsed.options;
-  if (o.save && o.profile.empty()) fail("--save needs --profile");
-  if (!o.section.empty() && o.profile.empty()) fail("--section needs --profile");
-  if (o.quiet && o.verbose) fail("--quiet and --verbose exclude each other");
-  if (o.rules.force && o.rules.noClobber) fail("--force and --no-clobber exclude each other");
-  if (o.asIs && (o.size || o.verify)) fail("--as-is leaves all to the filter: no --size and no --verify");
-  if (o.asIs && o.pages) fail("--as-is leaves all to the filter, which writes one picture: no --pages");
-  if (o.asIs && o.via != Via::kCell) fail("--as-is goes by --via cell");
-  if (o.asIs && o.strips != RAXEL_STRIPS_QUARTERS) fail("--as-is leaves all to the filter: no --strips");
-  if (o.strips != RAXEL_STRIPS_QUARTERS && o.via != Via::kCell) fail("--strips one goes by --via cell");
-  for (const double dpi : o.dpi.value_or(std::array<double, 2>{96, 96})) {
-    if ((o.asIs || o.save) && !filterTakes(dpi))
-      fail("--dpi: the filter itself takes whole numbers from 32 to 400, and so do --as-is and --save");
-  }
+  o.outputs = {o.output};
 }
 
 }  // namespace
 
 Options parseOptions(int argc, char **argv) {
-  Parsed parsed;
+  Options o;
   CLI::App app{"Writes pictures as TIFF files, through the raxel export filter."};
   app.set_help_flag("-h,--help");  // helpText() prints it
   for (const OptionRow &row : kOptions) {
     std::string names = "--" + std::string(row.longName);
     if (row.shortName) names = std::string{'-', row.shortName} + "," + names;
     if (row.argument.empty()) {
-      app.add_flag_callback(names, [&row, &parsed] { apply(row, "", parsed); });
+      app.add_flag_callback(names, [&row, &o] { setOption(row, "", o); });
     } else {
       CLI::Option *option = app.add_option_function<std::vector<std::string>>(
-          names, [&row, &parsed](const std::vector<std::string> &values) {
-            for (const std::string &value : values) apply(row, value, parsed);
+          names, [&row, &o](const std::vector<std::string> &values) {
+            for (const std::string &value : values) setOption(row, value, o);
           });
       option->expected(1)->allow_extra_args(false);
       option->multi_option_policy(row.id == OptionId::kSet ? CLI::MultiOptionPolicy::TakeAll
@@ -374,21 +73,20 @@ Options parseOptions(int argc, char **argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &) {
-    parsed.options.command = Command::kHelp;
-    parsed.options.json = app.count("--json") != 0;
-    return parsed.options;
+    o.command = Command::kHelp;
+    o.json = app.count("--json") != 0;
+    return o;
   } catch (const CLI::ParseError &error) {
     fail(std::string(error.what()) + "; see --help");
   }
-  Options &o = parsed.options;
   if (o.command == Command::kInspect) {
     if (files.empty()) fail("--inspect needs a file");
     o.inputs = std::move(files);
   } else if (o.command == Command::kExport) {
-    check(parsed);
-    pairFiles(parsed, std::move(files));
+    checkOptions(o);
+    pairFiles(o, std::move(files));
   }
-  return parsed.options;
+  return o;
 }
 
 }  // namespace host

@@ -1,73 +1,9 @@
-// What the command line asks for.
+// The command line.
 #pragma once
 
-#include <array>
-#include <cstdint>
-#include <optional>
-#include <string>
-#include <vector>
-
-#include "failure.h"
-#include "output/target.h"
-#include "pictures/page_range.h"
-#include "raxel/host.h"
+#include "order/options.h"
 
 namespace host {
-
-enum class Command { kExport, kInspect, kList, kVersion, kHelp };
-
-enum class Via { kCell, kDriver, kMetafile };
-
-// A box to fit the picture into; 0 leaves a side open.
-struct SizeBox {
-  double x = 0, y = 0;
-  bool pixels = false;  // else inches
-};
-
-// An escape to send: the number, and the value as it was written.
-struct SetEscape {
-  int32_t number;
-  std::string value;
-};
-
-struct Options {
-  Command command = Command::kExport;
-  std::vector<std::string> inputs;
-  std::vector<std::string> outputs;  // one for each input
-  std::string directory;             // where they lie, with -d
-  unsigned jobs = 1;
-  unsigned threads = 0;               // 0: as many as there are cores
-  bool pages = false;                 // all pages go into one file
-  std::vector<PageRange> pageRanges;  // the chosen ones; none for all, or without `pages` the first
-  TargetRules rules;
-
-  // Empty where the command line says nothing: the profile or the picture decides then.
-  std::optional<int> mode;  // RaxelMode
-  bool autoMode = false;    // --mode auto
-  std::optional<int> compression;
-  std::optional<std::array<double, 2>> dpi;
-  std::optional<SizeBox> size;
-  std::optional<int> layout;
-  std::optional<int> treatment;
-  int strips = RAXEL_STRIPS_QUARTERS;
-  int dither = RAXEL_DITHER_AUTO;
-  int quantizer = RAXEL_QUANTIZE_BEST;
-  std::array<uint8_t, 3> background{255, 255, 255};
-  bool asIs = false;
-
-  Via via = Via::kCell;
-  std::string library;
-  std::string profile;
-  std::string section;
-  bool save = false;
-  std::vector<SetEscape> set;
-
-  bool dryRun = false;
-  bool verify = false;
-  bool json = false;
-  bool quiet = false;
-  bool verbose = false;
-};
 
 // Reads the command line. Throws a Failure with kUsage.
 Options parseOptions(int argc, char **argv);

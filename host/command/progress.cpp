@@ -8,8 +8,8 @@
 #include <cstdio>
 #include <string_view>
 
-#include "command/report.h"
 #include "command/stop.h"
+#include "command/tell.h"
 
 namespace host {
 namespace {

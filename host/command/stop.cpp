@@ -10,8 +10,10 @@
 #include <csignal>
 #include <cstring>
 
+#include "command/tell.h"
 #include "failure.h"
 #include "output/hold.h"
+#include "pictures/input.h"
 
 namespace host::stop {
 namespace {
@@ -66,6 +68,7 @@ void install() {
   }
   action.sa_handler = stopOnFault;
   sigaction(SIGBUS, &action, nullptr);
+  watchMappedInputs(setInput);
   // A full quota and a closed pipe come back as errors of the write.
   signal(SIGXFSZ, SIG_IGN);
   signal(SIGPIPE, SIG_IGN);
@@ -77,7 +80,8 @@ void setTemporary(const std::string &path) {
   if (path.size() < temporary.size()) std::memcpy(temporary.data(), path.data(), path.size());
 }
 
-void setInput(const std::string &name) {
+void setInput(const std::string &file) {
+  const std::string name = printable(file);
   input.fill('\0');
   std::memcpy(input.data(), name.data(), std::min(name.size(), input.size() - 1));
 }

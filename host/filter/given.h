@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "command/options.h"
 #include "filter/setup.h"
+#include "order/options.h"
 #include "pictures/picture.h"
 
 namespace host {

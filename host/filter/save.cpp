@@ -10,6 +10,7 @@
 #include <cmath>
 
 #include "failure.h"
+#include "filter/open.h"
 #include "output/hold.h"
 
 namespace host {
@@ -158,6 +159,7 @@ void startSection(const Library &library, const Given &given, const Options &opt
 
 void checkSave(const Library &library, const Options &options) {
   if (!options.save || !options.size || options.size->pixels) return;
+  const FilterLock lock;
   Given trial(library, options);
   try {
     sendSize(trial.setup, *options.size, false);

@@ -1,8 +1,8 @@
 // --save: the settings of the command line on their way into the profile.
 #pragma once
 
-#include "command/report.h"
 #include "filter/given.h"
+#include "order/report.h"
 
 namespace host {
 

@@ -10,8 +10,6 @@
 #include <cstring>
 #include <new>
 
-#include "command/report.h"
-#include "command/stop.h"
 #include "failure.h"
 #include "pictures/peek.h"
 
@@ -26,18 +24,21 @@ struct Descriptor {
   }
 };
 
-[[noreturn]] void fail(const std::string &name, const std::string &what) {
-  throw Failure(kNoInput, name + ": " + what);
+[[noreturn]] void fail(const std::string &name, const std::string &what, int error = 0) {
+  throw Failure(kNoInput, name + ": " + what, error);
 }
+
+MappedInputWatch watch = nullptr;
 
 constexpr size_t kFirstLook = size_t{1} << 16;
 
-Buffer readAll(int fd, const std::string &name, uint64_t longest, size_t &used) {
-  Buffer all(kFirstLook);
+// `expected` bytes or so.
+Buffer readAll(int fd, const std::string &name, uint64_t longest, size_t expected, size_t &used) {
+  Buffer all(std::max(kFirstLook, expected));
   used = 0;
   for (;;) {
     if (used == all.size()) {
-      if (used == kFirstLook && formatOf({all.data(), used}).empty()) {
+      if (all.size() == kFirstLook && formatOf({all.data(), used}).empty()) {
         fail(name, "is no picture in a known format; see --help for those that are");
       }
       Buffer larger(all.size() * 2);
@@ -52,12 +53,16 @@ Buffer readAll(int fd, const std::string &name, uint64_t longest, size_t &used) 
         fail(name, "does not end within " + std::to_string(longest) + " bytes; give one picture in a file");
       }
     } else if (errno != EINTR) {
-      fail(name, std::string("cannot be read: ") + std::strerror(errno));
+      fail(name, std::string("cannot be read: ") + std::strerror(errno), errno);
     }
   }
 }
 
 }  // namespace
+
+void watchMappedInputs(MappedInputWatch told) {
+  watch = told;
+}
 
 void bringIn(std::span<const uint8_t> bytes) {
 #ifdef MADV_POPULATE_READ
@@ -78,23 +83,26 @@ void bringIn(std::span<const uint8_t> bytes) {
 
 Input::Input(const std::string &path, uint64_t longest) : name_(path == "-" ? "standard input" : path) {
   const Descriptor file{path == "-" ? 0 : open(path.c_str(), O_RDONLY | O_CLOEXEC)};
-  if (file.fd < 0) fail(name_, std::string("cannot be opened: ") + std::strerror(errno));
+  if (file.fd < 0) fail(name_, std::string("cannot be opened: ") + std::strerror(errno), errno);
   struct stat about;
-  if (fstat(file.fd, &about) != 0) fail(name_, std::string("cannot be read: ") + std::strerror(errno));
-  if (S_ISDIR(about.st_mode)) fail(name_, "is a folder; name the pictures in it");
-  if (S_ISREG(about.st_mode) && about.st_size > 0 && lseek(file.fd, 0, SEEK_CUR) == 0) {
+  if (fstat(file.fd, &about) != 0)
+    fail(name_, std::string("cannot be read: ") + std::strerror(errno), errno);
+  if (S_ISDIR(about.st_mode)) fail(name_, "is a folder; name the pictures in it", EISDIR);
+  if (watch && S_ISREG(about.st_mode) && about.st_size > 0 && lseek(file.fd, 0, SEEK_CUR) == 0) {
     const size_t size = static_cast<size_t>(about.st_size);
     void *mapped = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.fd, 0);
     if (mapped != MAP_FAILED) {
       mapped_ = mapped;
-      stop::setInput(printable(name_));
+      watch(name_);
       bytes_ = {static_cast<const uint8_t *>(mapped), size};
       return;
     }
   }
   size_t used = 0;
   try {
-    read_ = readAll(file.fd, name_, longest, used);
+    const uint64_t size = S_ISREG(about.st_mode) ? static_cast<uint64_t>(about.st_size) : 0;
+    // One more, to see the end.
+    read_ = readAll(file.fd, name_, longest, static_cast<size_t>(std::min(size, longest) + 1), used);
   } catch (const std::bad_alloc &) {
     const bool isFile = S_ISREG(about.st_mode);
     fail(name_, std::string("there is not enough memory to read it") +
@@ -106,7 +114,7 @@ Input::Input(const std::string &path, uint64_t longest) : name_(path == "-" ? "s
 
 Input::~Input() {
   if (!mapped_) return;
-  stop::setInput("");
+  watch("");
   munmap(mapped_, bytes_.size());
 }
 

@@ -13,12 +13,17 @@ namespace host {
 // page by page, and lets signals in between.
 void bringIn(std::span<const uint8_t> bytes);
 
+// Who hears the name of a file that is mapped, and "" when it is no more: a program that catches the fault
+// which reading it gives when somebody cuts it short. Without one no file is mapped, but read.
+using MappedInputWatch = void (*)(const std::string &name);
+void watchMappedInputs(MappedInputWatch told);
+
 class Input {
  public:
   static constexpr uint64_t kLongest = uint64_t{1} << 32;
-  // Maps the file, or reads it when it cannot be mapped; "-" is standard input. What must be read may be
-  // `longest` bytes long, and is given up early when it begins like no picture: pipes and devices need
-  // not end. Throws a Failure that names the file.
+  // Maps the file, or reads it when it cannot be mapped or nobody watches; "-" is standard input. What must
+  // be read may be `longest` bytes long, and is given up early when it begins like no picture: pipes and
+  // devices need not end. Throws a Failure that names the file.
   explicit Input(const std::string &path, uint64_t longest = kLongest);
   ~Input();
   Input(const Input &) = delete;

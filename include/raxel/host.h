@@ -28,6 +28,7 @@
 
 #include "raxel/host_export.h"
 #include "raxel/host_names.h"
+#include "raxel/host_order.h"
 #include "raxel/host_picture.h"
 
 #endif

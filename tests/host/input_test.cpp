@@ -52,9 +52,34 @@ TEST(Input, AMappedFileIsNotReadInWhole) {
     for (const unsigned char page : pages) count += page & 1;
     return count;
   };
-  const host::Input input(path);
-  ASSERT_EQ(input.bytes().size(), kSize);
-  const long before = pagesInMemory(input);
+  host::watchMappedInputs([](const std::string &) {});
+  long before = 0;
+  {
+    const host::Input input(path);
+    ASSERT_EQ(input.bytes().size(), kSize);
+    before = pagesInMemory(input);
+  }
+  host::watchMappedInputs(nullptr);
   if (before < 0) GTEST_SKIP() << "the system does not tell what is in memory";
   EXPECT_LT(before, 100);
+}
+
+// A program that does not catch the fault of a file that is cut short would end by it.
+TEST(Input, MapsFilesOnlyWhileSomebodyWatches) {
+  static std::vector<std::string> told;
+  told.clear();
+  const support::TempDir folder;
+  const std::string path = folder.file("small");
+  support::writeFile(path, "P5\n1 1\n255\nA");
+  const std::vector<uint8_t> expected = support::readFile(path);
+  const auto read = [&] {
+    const host::Input input(path);
+    return std::vector<uint8_t>(input.bytes().begin(), input.bytes().end());
+  };
+  EXPECT_EQ(read(), expected);
+  EXPECT_TRUE(told.empty());
+  host::watchMappedInputs([](const std::string &name) { told.push_back(name); });
+  EXPECT_EQ(read(), expected);
+  host::watchMappedInputs(nullptr);
+  EXPECT_EQ(told, (std::vector<std::string>{path, ""}));
 }

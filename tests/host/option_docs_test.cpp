@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "command/help.h"
-#include "command/option_table.h"
+#include "order/option_table.h"
 
 // One list: every option is in the help, in the manual page and in the completion of each shell.
 TEST(Texts, AllListTheSameOptions) {

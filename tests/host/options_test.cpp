@@ -4,7 +4,7 @@
 
 #include <initializer_list>
 
-#include "command/option_table.h"
+#include "order/option_table.h"
 
 namespace {
 

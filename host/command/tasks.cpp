@@ -1,4 +1,4 @@
-#include "command/task.h"
+#include "command/tasks.h"
 
 #include <cstdio>
 #include <set>
@@ -22,24 +22,27 @@ void addPages(const Options &options, const std::string &input, const std::strin
   try {
     const Pages pages(input);
     for (const uint32_t page : choosePages(options.pageRanges, pages.count(), pages.input().name()))
-      tasks.push_back({{input}, numbered(output, page), page, std::nullopt});
+      tasks.push_back({{{input}}, numbered(output, page), page, std::nullopt});
   } catch (const Failure &failure) {
-    tasks.push_back({{input}, output, std::nullopt, failure});
+    tasks.push_back({{{input}}, output, std::nullopt, failure});
   }
 }
 
 }  // namespace
 
 std::vector<Task> tasksOf(const Options &options) {
-  if (options.pages && options.directory.empty())
-    return {{options.inputs, options.outputs.front(), std::nullopt, std::nullopt}};
+  if (options.pages && options.directory.empty()) {
+    Task whole{{}, options.outputs.front(), std::nullopt, std::nullopt};
+    for (const std::string &input : options.inputs) whole.inputs.push_back({input});
+    return {whole};
+  }
   std::vector<Task> tasks;
   for (size_t i = 0; i < options.inputs.size(); ++i) {
     const bool splits = !options.pages && !options.pageRanges.empty() && !options.directory.empty();
     if (splits) {
       addPages(options, options.inputs[i], options.outputs[i], tasks);
     } else {
-      tasks.push_back({{options.inputs[i]}, options.outputs[i], std::nullopt, std::nullopt});
+      tasks.push_back({{{options.inputs[i]}}, options.outputs[i], std::nullopt, std::nullopt});
     }
   }
   std::set<std::string> taken;

@@ -1,13 +1,12 @@
-// What happened to a picture, for people and for programs.
+// What happened to a picture.
 #pragma once
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "command/options.h"
 #include "failure.h"
+#include "order/options.h"
 #include "raxel/host.h"
 
 namespace host {
@@ -39,21 +38,6 @@ struct Report {
   std::vector<std::string> details;  // for --verbose
   double readSeconds = 0, prepareSeconds = 0, writeSeconds = 0;
 };
-
-// One line on standard error: "raxel-export: " and the text. Names of files may hold control characters,
-// which are written out so that they command no terminal and break no line.
-void say(const std::string &text);
-std::string printable(std::string_view text);
-
-// True when the JSON document goes to standard error, because the picture has standard output. Nothing else
-// is told there then.
-bool reportsOnStderr(const Options &options);
-
-// Tells people: notes and errors on standard error, and what --dry-run and --verbose ask for.
-void tell(const Report &report, const Options &options);
-
-// The same for a page of a file that is still being written.
-void tellPage(const Report &page, const Options &options);
 
 // The report as a JSON object, in one line.
 std::string toJson(const Report &report);

@@ -1,14 +1,13 @@
-#include "command/page_feed.h"
+#include "order/page_feed.h"
 
 #include <algorithm>
 
+#include "pictures/memory.h"
+
 namespace host {
 
-// The next input; false when all have been read.
-bool PageFeed::open() {
-  pages_.reset();
-  if (nextInput_ == task_.inputs.size()) return false;
-  name_ = task_.inputs[nextInput_++];
+// The pages of the next input, a file.
+void PageFeed::open() {
   pages_ = std::make_unique<Pages>(name_);
   name_ = pages_->input().name();
   if (task_.page) {
@@ -21,12 +20,16 @@ bool PageFeed::open() {
     left_ = {0};
   }
   std::ranges::reverse(left_);
-  return true;
 }
 
 std::unique_ptr<Picture> PageFeed::next(const Gate &gate) {
   while (left_.empty()) {
-    if (!open()) return nullptr;
+    pages_.reset();
+    if (nextInput_ == task_.inputs.size()) return nullptr;
+    const TaskInput &input = task_.inputs[nextInput_++];
+    name_ = input.name;
+    if (input.pixels) return readMemory(*input.pixels, name_, options_.background, gate);
+    open();
   }
   const uint32_t page = left_.back();
   left_.pop_back();

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "command/task.h"
+#include "order/task.h"
 #include "pictures/pages.h"
 
 namespace host {
@@ -20,7 +20,7 @@ class PageFeed {
   const std::string &name() const { return name_; }
 
  private:
-  bool open();
+  void open();
 
   const Options &options_;
   const Task &task_;

@@ -1,14 +1,15 @@
-#include "command/export_one.h"
+#include "order/export_task.h"
 
 #include <exception>
+#include <optional>
 
 #include "clock.h"
-#include "command/as_is.h"
-#include "command/page_feed.h"
-#include "command/stop.h"
 #include "filter/driver.h"
 #include "filter/given.h"
+#include "filter/open.h"
 #include "filter/save.h"
+#include "order/as_is.h"
+#include "order/page_feed.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -53,35 +54,45 @@ bool isAboutPicture(int reason) {
 struct Run {
   const Options &options;
   const Task &task;
-  Progress &progress;
+  const Caller &caller;
   Report &report;  // of the output
-  Given given;
+  std::optional<Given> given;
   PageFeed feed;
   std::unique_ptr<Picture> picture;  // the page at hand
   Report page;                       // what is told of it
   std::exception_ptr failed;         // in a callback, which nothing may pass through
 
-  Run(const Library &library, const Options &wanted, const Task &what, Progress &line, Report &whole)
-      : options(wanted),
-        task(what),
-        progress(line),
-        report(whole),
-        given(library, wanted),
-        feed(wanted, what) {}
+  Run(const Library &library, const Options &wanted, const Task &what, const Caller &who, Report &whole)
+      : options(wanted), task(what), caller(who), report(whole), feed(wanted, what) {
+    const FilterLock lock;
+    given.emplace(library, wanted);
+  }
+  ~Run() {
+    const FilterLock lock;
+    given.reset();
+  }
+  Run(const Run &) = delete;
+  Run &operator=(const Run &) = delete;
 };
 
-int32_t show(void *context, int32_t stage, double part, uint64_t bytes) {
-  Progress &progress = static_cast<Run *>(context)->progress;
-  if (stage == RAXEL_STAGE_PREPARING) {
-    progress.stage("preparing");
-  } else {
-    progress.show(part, bytes);
-  }
-  return 0;  // a stop comes by signal and does not wait for the filter
+const Caller &callerOf(void *run) {
+  return static_cast<Run *>(run)->caller;
 }
 
-void rememberTemporary(void *, const char *path) {
-  stop::setTemporary(path ? path : "");
+int32_t tellProgress(void *run, int32_t stage, double part, uint64_t bytes) {
+  return callerOf(run).progress(callerOf(run).context, stage, part, bytes);
+}
+
+int32_t askToStop(void *run) {
+  return callerOf(run).stop(callerOf(run).context);
+}
+
+void tellTemporary(void *run, const char *path) {
+  callerOf(run).temporary(callerOf(run).context, path);
+}
+
+int32_t handOver(void *run, const void *bytes, uint64_t count) {
+  return callerOf(run).write(callerOf(run).context, bytes, count);
 }
 
 // All but the request.
@@ -89,15 +100,17 @@ RaxelHostJob jobOf(Run &run, const Picture &picture) {
   const Options &options = run.options;
   RaxelHostJob job;
   raxelHostJobDefaults(&job, sizeof job);
-  job.flags = RAXEL_HOST_SYNC_CHILD;
+  job.flags = run.caller.flags;
   if (options.verify) job.flags |= RAXEL_HOST_VERIFY;
   job.flags |= options.rules.force ? RAXEL_HOST_FORCE : RAXEL_HOST_ONLY_TIFF;
   if (options.rules.noClobber) job.flags |= RAXEL_HOST_NO_CLOBBER;
   if (options.dryRun) job.flags |= RAXEL_HOST_DRY_RUN;
   job.picture = picture.view;
   job.path = run.task.output.c_str();
-  job.progress = run.progress.isShown() ? show : nullptr;
-  job.temporary = rememberTemporary;
+  job.progress = run.caller.progress ? tellProgress : nullptr;
+  job.stop = run.caller.stop ? askToStop : nullptr;
+  job.temporary = run.caller.temporary ? tellTemporary : nullptr;
+  job.write = run.caller.write ? handOver : nullptr;
   job.context = &run;
   job.road = static_cast<int32_t>(options.via);
   return job;
@@ -107,16 +120,17 @@ RaxelHostJob jobOf(Run &run, const Picture &picture) {
 void checkJob(const RaxelHostJob &job, const std::string &input) {
   RaxelPlan plan;
   if (const int code = raxelHostPlan(&job.picture, &job.request, &plan); code != RAXEL_HOST_OK)
-    throw Failure(exitFor(code, job), input + ": " + raxelHostMessage(code));
+    throw Failure(exitFor(code, job), static_cast<RaxelHostCode>(code),
+                  input + ": " + raxelHostMessage(code), 0);
   if (job.road != RAXEL_ROAD_DRIVER) return;
   if (const std::string why = driverRefusal(plan); !why.empty())
-    throw Failure(exitFor(RAXEL_HOST_BAD_ROAD, job), input + ": " + why);
+    throw Failure(exitFor(RAXEL_HOST_BAD_ROAD, job), RAXEL_HOST_BAD_ROAD, input + ": " + why, 0);
 }
 
 // Reads the next page, and makes a request of it. False when there is none.
 bool readNext(Run &run) {
   Clock::time_point start = Clock::now();
-  const Setup &setup = run.given.setup;
+  const Setup &setup = run.given->setup;
   // Before there are pixels, so that those of a picture that is refused cost nothing.
   const auto gate = [&](const Picture &announced) {
     describe(announced, run.page);
@@ -142,8 +156,7 @@ void endPage(Run &run, const RaxelPlan &plan) {
   run.page.plan = plan;
   run.page.planned = true;
   noteAll(plan, run.page);
-  run.progress.clear();
-  tellPage(run.page, run.options);
+  if (run.caller.told) run.caller.told(run.page);
   if (run.options.json) run.report.pages.push_back(toJson(run.page));
 }
 
@@ -154,7 +167,7 @@ int32_t turnPage(void *context, uint32_t, const RaxelHostResult *before, RaxelPi
     endPage(run, before->plan);
     if (!readNext(run)) return 0;
     *picture = run.picture->view;
-    *request = requestFor(run.options, run.given.setup, *run.picture, run.page.notes);
+    *request = requestFor(run.options, run.given->setup, *run.picture, run.page.notes);
     return 1;
   } catch (...) {
     run.failed = std::current_exception();
@@ -164,14 +177,14 @@ int32_t turnPage(void *context, uint32_t, const RaxelHostResult *before, RaxelPi
 
 }  // namespace
 
-void exportPicture(const Library &library, const Options &options, const Task &task, Progress &progress,
-                   Report &report) {
+void exportTask(const Library &library, const Options &options, const Task &task, const Caller &caller,
+                Report &report) {
   report.output = options.dryRun ? "" : task.output;
   report.dryRun = options.dryRun;
   report.isPaged = options.pages;
   checkSave(library, options);
-  Run run(library, options, task, progress, report);
-  const Setup &setup = run.given.setup;
+  Run run(library, options, task, caller, report);
+  const Setup &setup = run.given->setup;
   // What is known of a single picture is in its report, even if it fails.
   const auto copyPage = [&] {
     if (options.pages) return;
@@ -192,7 +205,8 @@ void exportPicture(const Library &library, const Options &options, const Task &t
                            "] of " + setup.record().szProfilePath);
   }
   RaxelHostJob job = jobOf(run, *run.picture);
-  if (options.asIs) return exportAsIs(library, options, run.given, *run.picture, job, report);
+  if (options.asIs)
+    return exportAsIs(library, options, *run.given, *run.picture, job, report, caller.memory);
   job.request = requestFor(options, setup, *run.picture, options.pages ? run.page.notes : report.notes);
   job.nextPage = options.pages ? turnPage : nullptr;
   RaxelHostResult result{};
@@ -200,9 +214,10 @@ void exportPicture(const Library &library, const Options &options, const Task &t
   const int code = raxelHostExport(&job, &result);
   if (run.failed) std::rethrow_exception(run.failed);
   if (code != RAXEL_HOST_OK) {
-    throw Failure(exitFor(code, job),
-                  (isAboutPicture(code) ? run.feed.name() + ": " : "") + result.message);
+    throw Failure(exitFor(code, job), static_cast<RaxelHostCode>(code),
+                  (isAboutPicture(code) ? run.feed.name() + ": " : "") + result.message, result.error);
   }
+  if (caller.memory) *caller.memory = result.memory;
   report.pageCount = result.pages;
   report.bytes = result.bytes;
   report.verified = result.verified != 0;
@@ -213,7 +228,10 @@ void exportPicture(const Library &library, const Options &options, const Task &t
     report.planned = true;
     noteAll(result.plan, report);
   }
-  if (options.save && !options.dryRun) saveGiven(library, run.given, options, report.notes);
+  if (options.save && !options.dryRun) {
+    const FilterLock lock;
+    saveGiven(library, *run.given, options, report.notes);
+  }
 }
 
 }  // namespace host

@@ -1,4 +1,4 @@
-#include "command/as_is.h"
+#include "order/as_is.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,6 +9,7 @@
 #include "clock.h"
 #include "export/stages.h"
 #include "failure.h"
+#include "filter/open.h"
 #include "filter/save.h"
 #include "prepare/source.h"
 #include "prepare/swap.h"
@@ -95,7 +96,8 @@ void checkAsIs(const Picture &picture, const std::string &input) {
 }
 
 void exportAsIs(const Library &library, const Options &options, Given &given, const Picture &picture,
-                const RaxelHostJob &job, Report &report) {
+                const RaxelHostJob &job, Report &report, uint8_t **memory) {
+  const FilterLock lock;
   Setup &setup = given.setup;
   const RaxelPicture &view = picture.view;
   checkAsIs(picture, report.input);
@@ -138,7 +140,8 @@ void exportAsIs(const Library &library, const Options &options, Given &given, co
                static_cast<uint64_t>(std::max(result.nHeight, 1)), file, pace);
   describeFile(file.bytes(), view, report);
   if (options.dryRun) return;
-  file.commit();
+  uint8_t *const made = file.commit();
+  if (memory) *memory = made;
   if (options.save) saveGiven(library, given, options, report.notes);
   report.writeSeconds = secondsSince(start);
 }

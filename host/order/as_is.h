@@ -1,10 +1,10 @@
 // The road of an application that prepares nothing.
 #pragma once
 
-#include "command/options.h"
-#include "command/report.h"
 #include "filter/given.h"
 #include "filter/library.h"
+#include "order/options.h"
+#include "order/report.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -13,8 +13,9 @@ namespace host {
 void checkAsIs(const Picture &picture, const std::string &input);
 
 // Hands the picture over at its own depth and size; the filter reduces, scales and dithers in its own
-// way, and writes combinations that few readers open. Output and callbacks are those of the job.
+// way, and writes combinations that few readers open. Output and callbacks are those of the job; a file in
+// memory goes to *memory, unless that is null.
 void exportAsIs(const Library &library, const Options &options, Given &given, const Picture &picture,
-                const RaxelHostJob &job, Report &report);
+                const RaxelHostJob &job, Report &report, uint8_t **memory);
 
 }  // namespace host

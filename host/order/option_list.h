@@ -1,0 +1,11 @@
+// The options, for programs.
+#pragma once
+
+#include <string>
+
+namespace host {
+
+// One JSON document of all options.
+std::string optionsJson();
+
+}  // namespace host
