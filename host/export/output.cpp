@@ -16,6 +16,7 @@ TargetRules rulesOf(const RaxelHostJob &job) {
           (job.flags & RAXEL_HOST_NO_CLOBBER) != 0,
           (job.flags & RAXEL_HOST_ONLY_TIFF) != 0,
           (job.flags & RAXEL_HOST_SYNC_CHILD) != 0,
+          (job.flags & RAXEL_HOST_NO_SYNC) != 0,
           job.temporary,
           job.context};
 }

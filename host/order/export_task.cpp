@@ -104,6 +104,7 @@ RaxelHostJob jobOf(Run &run, const Picture &picture) {
   if (options.verify) job.flags |= RAXEL_HOST_VERIFY;
   job.flags |= options.rules.force ? RAXEL_HOST_FORCE : RAXEL_HOST_ONLY_TIFF;
   if (options.rules.noClobber) job.flags |= RAXEL_HOST_NO_CLOBBER;
+  if (options.rules.noSync) job.flags |= RAXEL_HOST_NO_SYNC;
   if (options.dryRun) job.flags |= RAXEL_HOST_DRY_RUN;
   job.picture = picture.view;
   job.path = run.task.output.c_str();

@@ -16,6 +16,7 @@ enum class OptionId {
   kPage,
   kForce,
   kNoClobber,
+  kNoSync,
   kMode,
   kCompress,
   kDpi,
@@ -81,6 +82,8 @@ inline constexpr auto kOptions = std::to_array<OptionRow>({
    "Replace an output even when it is write-protected or no TIFF"},
   {OptionId::kNoClobber, 'n', "no-clobber", "", Completes::kNothing, "", kGroupOutput,
    "Never replace a file"},
+  {OptionId::kNoSync, 0, "no-sync", "", Completes::kNothing, "", kGroupOutput,
+   "Do not wait until the disk has the file; a power cut soon after may then leave neither the old nor the new one"},
 
   {OptionId::kMode, 'm', "mode", "MODE", Completes::kChoices,
    "auto bilevel grey16 grey256 color8 color16 color256 rgb", kGroupPicture,

@@ -202,6 +202,9 @@ void setOption(const OptionRow &row, const std::string &value, Options &o) {
     case OptionId::kNoClobber:
       o.rules.noClobber = true;
       return;
+    case OptionId::kNoSync:
+      o.rules.noSync = true;
+      return;
     case OptionId::kMode:
       o.autoMode = lower(value) == "auto";
       o.mode = o.autoMode ? std::nullopt : std::optional(named(row, value, raxelHostFindMode));

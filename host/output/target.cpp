@@ -195,6 +195,11 @@ std::span<const uint8_t> Target::bytes() {
   return {static_cast<const uint8_t *>(mapped), mappedSize_};
 }
 
+int Target::sync() const {
+  if (rules_.noSync) return 0;
+  return rules_.syncChild ? syncInChild(fd_, sink_->size()) : syncToDisk(fd_);
+}
+
 void Target::commit() {
   if (path_.empty()) {
     const std::span<const uint8_t> kept = sink_->kept();
@@ -207,8 +212,7 @@ void Target::commit() {
     return;
   }
   if (!sink_->flush()) failWrite(sink_->error());
-  const int error = rules_.syncChild ? syncInChild(fd_, sink_->size()) : syncToDisk(fd_);
-  if (error != 0) failWrite(error);
+  if (const int error = sync(); error != 0) failWrite(error);
   const Hold hold;  // the name changes hands in one step
   if (rules_.noClobber) {
     if (const int taken = renameToNew(temporary_, path_); taken == EEXIST) {

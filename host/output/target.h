@@ -16,6 +16,7 @@ struct TargetRules {
   bool noClobber = false;  // never replace a file
   bool onlyTiff = true;    // never replace a file that holds something else than a TIFF, unless force
   bool syncChild = false;  // wait for the disk in a child process
+  bool noSync = false;     // do not wait for it
   // Told the temporary's name when it is made, and null when it is gone; null for nobody.
   RaxelHostTemporary temporary = nullptr;
   void *context = nullptr;
@@ -40,11 +41,12 @@ class Target {
   void checkWritten() const;
   // All bytes written, flushed and shown to the caller until the target goes: for a check of them.
   std::span<const uint8_t> bytes();
-  // Flushes, waits for the disk, and puts the file in its place.
+  // Flushes, waits for the disk unless the rules say not to, and puts the file in its place.
   void commit();
 
  private:
   void makeTemporary();
+  int sync() const;  // an errno
   void tellTemporary(const char *name) const;
   [[noreturn]] void failWrite(int error) const;
 

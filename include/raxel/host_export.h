@@ -33,6 +33,8 @@ enum {
   RAXEL_HOST_DRY_RUN = 8,      // work out the plan and write nothing
   RAXEL_HOST_SYNC_CHILD = 16,  // leave a long wait for the disk to a child process, so that a signal ends
                                // this one at once; for programs without threads or children of their own
+  RAXEL_HOST_NO_SYNC = 64,  // rename without waiting for the disk: a process that ends leaves the old file
+                            // or the new one as ever, but a machine that loses its power may leave neither
 };
 
 // How the picture gets into the filter. The bytes are the same.
@@ -81,8 +83,9 @@ typedef struct RaxelHostJob {
   RaxelRequest request;  // what is wanted
 
   // The output: a file, or the callback, or, when both are null, a block of memory. The file is written
-  // beside the one of that name, brought to the disk, and renamed, so that the old one stays bit for bit
-  // until the new one is whole. "-" is standard output; it, pipes and devices get their bytes at the end.
+  // beside the one of that name, brought to the disk (but for RAXEL_HOST_NO_SYNC), and renamed, so that the
+  // old one stays bit for bit until the new one is whole. "-" is standard output; it, pipes and devices get
+  // their bytes at the end.
   const char *path;
   RaxelHostWrite write;
 

@@ -173,6 +173,11 @@ class Endurance:
         code = self.start(big, self.target, env=slow).wait()
         self.check(f"slow disk: exit code {code} at the end", code == 0 and self.content() != self.old)
         self.check("slow disk: a temporary is left by the next run", not self.strays())
+        self.put_old()
+        begin = time.monotonic()
+        code = self.start("--no-sync", big, self.target, env=slow).wait()
+        waited = time.monotonic() - begin
+        self.check(f"slow disk: --no-sync took {waited:.3f} s", code == 0 and waited < 2 and self.content() != self.old)
         return f"a stop while the disk was writing took {took * 1000:.0f} ms"
 
     def cuts(self):

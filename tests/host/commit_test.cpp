@@ -41,13 +41,13 @@ struct Commit {
   std::string message, content;
   size_t files = 0;
 
-  Commit() {
+  explicit Commit(const host::TargetRules &rules = {}) {
     const support::TempDir folder;
     const std::string path = folder.file("a.tif");
     support::writeFile(path, kOld);
     calls.clear();
     try {
-      host::Target target(path, {});
+      host::Target target(path, rules);
       const std::string text = "new";
       target.sink().write(reinterpret_cast<const uint8_t *>(text.data()), text.size());
       target.commit();
@@ -69,6 +69,18 @@ TEST(Commit, WaitsForTheDiskBeforeTheOldFileGoes) {
   EXPECT_EQ(calls, "sync rename ");
   EXPECT_EQ(done.content, "new");
   EXPECT_EQ(done.files, 1u);
+}
+
+TEST(Commit, DoesNotWaitForTheDiskWhenToldNotTo) {
+  syncFails = true;
+  for (const bool inChild : {false, true}) {
+    const Commit done({.syncChild = inChild, .noSync = true});
+    EXPECT_EQ(done.message, "");
+    EXPECT_EQ(calls, "rename ");
+    EXPECT_EQ(done.content, "new");
+    EXPECT_EQ(done.files, 1u);
+  }
+  syncFails = false;
 }
 
 TEST(Commit, ADiskThatFailsLeavesTheOldFile) {

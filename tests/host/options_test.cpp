@@ -206,6 +206,11 @@ TEST(Options, KnowsTheSixteenColorsOfHtml) {
   }
 }
 
+TEST(Options, WaitForTheDiskUnlessToldNotTo) {
+  EXPECT_FALSE(parse({"a", "b"}).rules.noSync);
+  EXPECT_TRUE(parse({"--no-sync", "a", "b"}).rules.noSync);
+}
+
 TEST(Options, RefusesWhatDoesNotGoTogether) {
   EXPECT_EQ(errorOf({"--save", "a", "b"}), "--save needs --profile");
   EXPECT_EQ(errorOf({"--section", "s", "a", "b"}), "--section needs --profile");

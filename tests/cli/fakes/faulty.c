@@ -9,19 +9,52 @@
 #include "raxel/filter.h"
 #include "raxel/memory.h"
 
+static int has(const char *fault) {
+  const char *wanted = getenv("FAULT");
+  return wanted && strcmp(wanted, fault) == 0;
+}
+
+// Changes the first pixel of a bottom row.
+static void change(Handle rows) {
+  uint8_t *pixels = GlobalLock(rows);
+  pixels[0] ^= 0x80;
+  GlobalUnlock(rows);
+}
+
+// All is written, and nothing is tidied up.
+static void crash(void) {
+  if (has("crash")) _exit(9);
+}
+
 uint32_t ExportCellData(const char *name, PictureRecord *picture, const void *info, HostWord *record) {
-  const char *fault = getenv("FAULT");
   void *symbol = dlsym(RTLD_NEXT, "ExportCellData");
   uint32_t (*real)(const char *, PictureRecord *, const void *, HostWord *);
   memcpy(&real, &symbol, sizeof real);
-  if (fault && strcmp(fault, "nothing") == 0) return 0;  // as if all went well
-  if (fault && strcmp(fault, "code") == 0) return RAXEL_CANNOT_WRITE;
-  if (fault && strcmp(fault, "pixel") == 0) {  // the first of the bottom row
-    uint8_t *pixels = GlobalLock(picture->hBits);
-    pixels[0] ^= 0x80;
-    GlobalUnlock(picture->hBits);
-  }
+  if (has("nothing")) return 0;  // as if all went well
+  if (has("code")) return RAXEL_CANNOT_WRITE;
+  if (has("pixel")) change(picture->hBits);
   const uint32_t result = real(name, picture, info, record);
-  if (fault && strcmp(fault, "crash") == 0) _exit(9);  // all is written, and nothing is tidied up
+  crash();
+  return result;
+}
+
+// The same for a picture that comes in bands.
+static DrawProc drawn;
+
+static HostWord drawFaulty(HostWord op, HostWord a, HostWord first, HostWord last) {
+  const HostWord answer = drawn(op, a, first, last);
+  if (op == RAXEL_DRAW_BAND && first == 0) change(answer);
+  return answer;
+}
+
+int32_t OutputPicture(Handle file, void *picture, DrawProc draw) {
+  void *symbol = dlsym(RTLD_NEXT, "OutputPicture");
+  int32_t (*real)(Handle, void *, DrawProc);
+  memcpy(&real, &symbol, sizeof real);
+  if (has("nothing")) return 0;
+  if (has("code")) return RAXEL_CANNOT_WRITE;
+  drawn = draw;
+  const int32_t result = real(file, picture, has("pixel") ? drawFaulty : draw);
+  crash();
   return result;
 }
