@@ -14,8 +14,8 @@ add_library(raxelhost_objects OBJECT
   pictures/bmp.cpp pictures/exif.cpp pictures/gif.cpp pictures/input.cpp pictures/jpeg.cpp pictures/leptonica.cpp
   pictures/memory.cpp pictures/pages.cpp pictures/peek.cpp pictures/picture.cpp pictures/png.cpp pictures/png_filters.cpp
   pictures/png_stream.cpp pictures/pnm.cpp pictures/tiff.cpp pictures/upright.cpp pictures/webp.cpp
-  prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/diffuse.cpp
-  prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
+  prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/cut.cpp prepare/diffuse.cpp
+  prepare/document.cpp prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
   prepare/nearest.cpp prepare/page.cpp prepare/plan.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp
   prepare/quantize_filter.cpp prepare/row_by_row.cpp prepare/scale.cpp prepare/services.cpp prepare/source.cpp prepare/swap.cpp
   prepare/taps.cpp)

@@ -147,6 +147,11 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   request.strips = options.strips;
   request.dither = options.dither;
   request.quantizer = options.quantizer;
+  request.threshold = options.threshold;
+  request.thresholdLevel = options.thresholdLevel;
+  if (request.threshold != RAXEL_THRESHOLD_NONE && request.mode != RAXEL_MODE_BILEVEL)
+    notes.push_back(std::string("--threshold is for --mode bilevel, and does nothing for ") +
+                    raxelHostModeName(request.mode));
   if (options.dpi) {
     request.dpiX = (*options.dpi)[0];
     request.dpiY = (*options.dpi)[1];

@@ -17,7 +17,8 @@ namespace {
 
 void noteAll(const RaxelPlan &plan, Report &report) {
   constexpr uint32_t kWorthTelling = RAXEL_NOTE_ROW_REPEATED | RAXEL_NOTE_LZW_AS_PACKBITS |
-                                     RAXEL_NOTE_HUFFMAN_AS_PACKBITS | RAXEL_NOTE_RUNS_AS_T6;
+                                     RAXEL_NOTE_HUFFMAN_AS_PACKBITS | RAXEL_NOTE_RUNS_AS_T6 |
+                                     RAXEL_NOTE_DOCUMENT | RAXEL_NOTE_NO_DOCUMENT;
   for (uint32_t bit = 1; bit < 1u << RAXEL_NOTES; bit <<= 1) {
     if ((plan.notes & bit) == 0) continue;
     (bit & kWorthTelling ? report.notes : report.details).push_back(raxelHostNote(bit));

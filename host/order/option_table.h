@@ -25,6 +25,7 @@ enum class OptionId {
   kStrips,
   kDither,
   kNoDither,
+  kThreshold,
   kTreatment,
   kQuantizer,
   kBackground,
@@ -101,9 +102,12 @@ inline constexpr auto kOptions = std::to_array<OptionRow>({
    "Cut the rows into quarters (the default), or code them as one strip with huffman, t4 or t6"},
   {OptionId::kDither, 0, "dither", "", Completes::kNothing, "", kGroupPicture,
    "Spread lost levels by error diffusion; the default for bilevel, grey16, color8 and color16, except for "
-   "pictures of two colours as bilevel"},
+   "pictures of two colours and documents as bilevel"},
   {OptionId::kNoDither, 0, "no-dither", "", Completes::kNothing, "", kGroupPicture,
    "Take the nearest colour instead"},
+  {OptionId::kThreshold, 0, "threshold", "LEVEL", Completes::kExamples, "auto adaptive 128", kGroupPicture,
+   "In bilevel files make black what is below LEVEL, 0 to 255; auto finds one level for all of the picture, "
+   "and adaptive one for the surroundings of each pixel, which shadows ask for"},
   {OptionId::kTreatment, 0, "color-treatment", "KIND", Completes::kChoices,
    "none invert invert-grey grey grey-invert", kGroupPicture,
    "Change colours first: invert all or only greys, or make all grey"},

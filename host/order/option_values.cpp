@@ -149,6 +149,22 @@ SetEscape parseSet(const std::string &value) {
   return {*number, value.substr(equals + 1)};
 }
 
+// A level, or how to find one.
+void setThreshold(const std::string &value, Options &o) {
+  const std::string word = lower(value);
+  const auto level = parse<int>(word);
+  if (word == "auto") {
+    o.threshold = RAXEL_THRESHOLD_OTSU;
+  } else if (word == "adaptive") {
+    o.threshold = RAXEL_THRESHOLD_ADAPTIVE;
+  } else if (level && *level >= 0 && *level <= 255) {
+    o.threshold = RAXEL_THRESHOLD_LEVEL;
+    o.thresholdLevel = *level;
+  } else {
+    failValue("threshold", value, "give a level from 0 to 255, auto or adaptive");
+  }
+}
+
 int named(const OptionRow &row, const std::string &value, int (*find)(const char *)) {
   const int found = find(value.c_str());
   if (found < 0) failValue(row.longName, value, "is none of " + std::string(row.choices) + "; see --list");
@@ -230,6 +246,9 @@ void setOption(const OptionRow &row, const std::string &value, Options &o) {
     case OptionId::kNoDither:
       o.dither = RAXEL_DITHER_OFF;
       return;
+    case OptionId::kThreshold:
+      setThreshold(value, o);
+      return;
     case OptionId::kTreatment:
       o.treatment = chosen(row, value);
       return;
@@ -296,6 +315,10 @@ void checkOptions(const Options &o) {
   if (o.asIs && o.pages) fail("--as-is leaves all to the filter, which writes one picture: no --pages");
   if (o.asIs && o.via != Via::kCell) fail("--as-is goes by --via cell");
   if (o.asIs && o.strips != RAXEL_STRIPS_QUARTERS) fail("--as-is leaves all to the filter: no --strips");
+  if (o.threshold != RAXEL_THRESHOLD_NONE && o.dither == RAXEL_DITHER_ON)
+    fail("--threshold and --dither exclude each other");
+  if (o.asIs && o.threshold != RAXEL_THRESHOLD_NONE)
+    fail("--as-is leaves all to the filter: no --threshold");
   if (o.strips != RAXEL_STRIPS_QUARTERS && o.via != Via::kCell) fail("--strips one goes by --via cell");
   for (const double dpi : o.dpi.value_or(std::array<double, 2>{96, 96})) {
     if ((o.asIs || o.save) && !filterTakes(dpi))

@@ -52,6 +52,8 @@ struct Options {
   std::optional<int> treatment;
   int strips = RAXEL_STRIPS_QUARTERS;
   int dither = RAXEL_DITHER_AUTO;
+  int threshold = RAXEL_THRESHOLD_NONE;
+  int thresholdLevel = 0;
   int quantizer = RAXEL_QUANTIZE_BEST;
   std::array<uint8_t, 3> background{255, 255, 255};
   bool asIs = false;

@@ -40,6 +40,7 @@ std::string toJson(const Report &report) {
                     {"layout", p.layout == RAXEL_LAYOUT_TILES ? "tiles" : "strips"},
                     {"dpi", {numberOf(p.dpiX), numberOf(p.dpiY)}},
                     {"uncompressedBytes", p.uncompressedBytes}};
+    if (p.threshold >= 0) json["file"]["threshold"] = p.threshold;
     if (report.bytes != 0) json["file"]["bytes"] = report.bytes;
   }
   if (report.seen) {

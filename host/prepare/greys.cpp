@@ -5,6 +5,7 @@
 #include <bitset>
 #include <vector>
 
+#include "prepare/cut.h"
 #include "prepare/services.h"
 
 namespace prepare {
@@ -135,6 +136,10 @@ void bilevelTable(uint8_t *table) {
 int toBilevel(const Source &source, const RaxelRequest &request, const RaxelServices *services,
               const Block &block, RaxelPlan &plan, uint8_t *table) {
   bilevelTable(table);
+  if (request.threshold != RAXEL_THRESHOLD_NONE) {
+    if (!allAmong(levelsOf(source), 2)) plan.notes |= RAXEL_NOTE_REDUCED;
+    return cutGrey(source, request, block, plan);
+  }
   return reduceLevels(source, request, 2, services, block, plan);
 }
 
@@ -145,7 +150,7 @@ int toGrey16(const Source &source, const RaxelRequest &request, const RaxelServi
 }
 
 bool isTwoColors(uint32_t bits, const RaxelRequest &request) {
-  return bits == 1 && request.dither != RAXEL_DITHER_ON;
+  return bits == 1 && request.dither != RAXEL_DITHER_ON && request.threshold == RAXEL_THRESHOLD_NONE;
 }
 
 MakeRow twoColorRows(const Source &source, RaxelPlan &plan, uint8_t *table) {

@@ -23,6 +23,11 @@ struct Leptonica {
   decltype(&::pixcmapGetCount) pixcmapGetCount;
   decltype(&::pixcmapGetRGBA) pixcmapGetRGBA;
   decltype(&::pixMedianCutQuantGeneral) pixMedianCutQuantGeneral;
+  decltype(&::numaCreate) numaCreate;
+  decltype(&::numaAddNumber) numaAddNumber;
+  decltype(&::numaDestroy) numaDestroy;
+  decltype(&::numaSplitDistribution) numaSplitDistribution;
+  decltype(&::pixSauvolaBinarizeTiled) pixSauvolaBinarizeTiled;
 };
 
 // The functions, or null when the library is not installed. The answer stays the same.

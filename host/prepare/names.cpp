@@ -56,6 +56,7 @@ constexpr std::array<const char *, RAXEL_HOST_CODES> kMessages{
     "quarters",
     "the filter lacks a function that this preparation needs",
     "this quantizer is not available here: use another --quantizer",
+    "Leptonica, which finds thresholds, is not available here: give a level with --threshold",
     "there is not enough memory for this picture",
     "raxel.so is not found, or is no whole filter of this version: name it in RAXEL_LIBRARY",
     "the filter stopped before the picture was complete",
@@ -74,6 +75,8 @@ constexpr std::array<const char *, RAXEL_NOTES> kNotes{
     "strips of one byte cannot be coded as LZW, so PackBits is used",
     "readers misread a modified-Huffman picture this small, so PackBits is used",
     "readers refuse T.4 and modified Huffman where a row alternates at every pixel, so T.6 is used",
+    "taken for a document, so grey is cut into black and white; --dither makes dots of it",
+    "not taken for a document, so grey becomes dots; --threshold auto cuts it into black and white",
 };
 
 template <size_t N>

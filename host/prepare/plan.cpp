@@ -48,6 +48,9 @@ int checkRequest(const RaxelRequest &request) {
   if (!within(request.finish, 2) || !within(request.strips, RAXEL_STRIPS_ONE + 1))
     return RAXEL_HOST_BAD_ARGUMENT;
   if (request.finish == 0 && request.strips != 0) return RAXEL_HOST_BAD_ARGUMENT;
+  if (!within(request.threshold, RAXEL_THRESHOLDS) || !within(request.thresholdLevel, 256) ||
+      (request.threshold != RAXEL_THRESHOLD_NONE && request.dither == RAXEL_DITHER_ON))
+    return RAXEL_HOST_BAD_ARGUMENT;
   for (double dpi : {request.dpiX, request.dpiY}) {
     if (!resolutionFits(dpi, request.finish != 0)) return RAXEL_HOST_BAD_RESOLUTION;
   }
@@ -137,6 +140,7 @@ int plan(const RaxelPicture &picture, const RaxelRequest &request, RaxelPlan &ou
   if (out.width != picture.width || out.rows != picture.height) out.notes |= RAXEL_NOTE_SCALED;
   out.dpiX = request.dpiX;
   out.dpiY = request.dpiY;
+  out.threshold = -1;
   out.finish = request.finish;
   out.strips = request.strips;
   out.filterDpiX = filterDpi(request.dpiX);

@@ -3,6 +3,7 @@
 
 #include "prepare/block.h"
 #include "prepare/colors.h"
+#include "prepare/document.h"
 #include "prepare/fallback.h"
 #include "prepare/greys.h"
 #include "prepare/leptonica.h"
@@ -54,7 +55,36 @@ RaxelPicture pictureOf(const Raster &raster) {
 // A page of black and white that stays one.
 bool shrinksPage(const Source &source, const RaxelRequest &request, const RaxelPlan &plan) {
   return request.mode == RAXEL_MODE_BILEVEL && request.dither != RAXEL_DITHER_ON &&
+         request.threshold == RAXEL_THRESHOLD_NONE &&
          (plan.width < source.width() || plan.rows < source.height()) && isPage(source);
+}
+
+// Whether grey is to be cut or dithered, where the request leaves it open.
+bool isOpen(const Source &source, const RaxelRequest &request) {
+  return request.mode == RAXEL_MODE_BILEVEL && request.dither == RAXEL_DITHER_AUTO &&
+         request.threshold == RAXEL_THRESHOLD_NONE && source.bits() != 1;
+}
+
+// Decides it by the picture as it was before it was scaled.
+RaxelRequest decide(const Source &original, const RaxelRequest &request) {
+  RaxelRequest own = request;
+  if (isOpen(original, request)) {
+    const Kind kind = kindOf(tonesOf(original));
+    if (!kind.isDocument) return own;
+    own.threshold = RAXEL_THRESHOLD_LEVEL;
+    own.thresholdLevel = kind.cut;
+  } else if (original.bits() == 1 && own.dither == RAXEL_DITHER_AUTO) {
+    // A page of two colours stays one: its edges are drawn by the nearest level, not by dots.
+    own.dither = RAXEL_DITHER_OFF;
+  }
+  return own;
+}
+
+// What was decided, where it made a difference.
+void noteDecision(const Source &original, const RaxelRequest &request, RaxelPlan &plan) {
+  if (!isOpen(original, request)) return;
+  if (plan.notes & RAXEL_NOTE_DITHERED) plan.notes |= RAXEL_NOTE_NO_DOCUMENT;
+  if (plan.threshold >= 0 && plan.notes & RAXEL_NOTE_REDUCED) plan.notes |= RAXEL_NOTE_DOCUMENT;
 }
 
 int prepare(const RaxelPicture &picture, const RaxelRequest &request, const RaxelServices *services,
@@ -64,19 +94,17 @@ int prepare(const RaxelPicture &picture, const RaxelRequest &request, const Raxe
   const Source original(picture, request.treatment, services);
   int code = RAXEL_HOST_OK;
   if (plan.width == picture.width && plan.rows == picture.height) {
-    code = reduce(original, request, services, block, plan, table);
+    code = reduce(original, decide(original, request), services, block, plan, table);
   } else if (shrinksPage(original, request, plan)) {
     bilevelTable(table);
     shrinkPage(original, block);
   } else {
     const Raster raster = scale(original, plan.width, plan.rows);
     const Source scaled(pictureOf(raster), RAXEL_TREAT_NONE, nullptr);
-    // A page of two colours stays one: its edges are drawn by the nearest level, not by dots.
-    RaxelRequest own = request;
-    if (picture.bits == 1 && own.dither == RAXEL_DITHER_AUTO) own.dither = RAXEL_DITHER_OFF;
-    code = reduce(scaled, own, services, block, plan, table);
+    code = reduce(scaled, decide(original, request), services, block, plan, table);
   }
   if (code != RAXEL_HOST_OK) return code;
+  noteDecision(original, request, plan);
   block.repeatLastRow();
   const Fallback fallback = fallbackOf(block);
   plan.compression = fallback.compression;

@@ -25,6 +25,7 @@ typedef enum RaxelHostCode {
   RAXEL_HOST_ONE_STRIP_NEEDS_FAX,  // one strip with LZW, PackBits or tiles
   RAXEL_HOST_NO_SERVICE,           // a service of the filter is needed and missing
   RAXEL_HOST_NO_QUANTIZER,         // the library that the quantizer needs is not there
+  RAXEL_HOST_NO_THRESHOLD,         // the library that finds the threshold is not there
   RAXEL_HOST_NO_MEMORY,
   RAXEL_HOST_NO_FILTER,      // raxel.so is not found, cannot be loaded or is of another version
   RAXEL_HOST_FILTER_FAILED,  // it stopped before the picture was complete

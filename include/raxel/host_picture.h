@@ -45,8 +45,19 @@ typedef enum RaxelLayout { RAXEL_LAYOUT_STRIPS, RAXEL_LAYOUT_TILES } RaxelLayout
 typedef enum RaxelStrips { RAXEL_STRIPS_QUARTERS, RAXEL_STRIPS_ONE } RaxelStrips;
 
 // RAXEL_DITHER_AUTO dithers where a picture loses levels that the eye would miss: to bilevel (unless
-// the picture has two colours), to 16 greys and to 8 and 16 colours.
+// the picture has two colours or is a document), to 16 greys and to 8 and 16 colours.
 typedef enum RaxelDither { RAXEL_DITHER_AUTO, RAXEL_DITHER_ON, RAXEL_DITHER_OFF } RaxelDither;
+
+// How the levels of a bilevel file are cut into black and white. A picture of another size is scaled first.
+typedef enum RaxelThreshold {
+  RAXEL_THRESHOLD_NONE,      // as `dither` says: a document where its ink ends, and with RAXEL_DITHER_OFF
+                             // in the middle, so that what is below 128 becomes black
+  RAXEL_THRESHOLD_LEVEL,     // below `thresholdLevel`
+  RAXEL_THRESHOLD_OTSU,      // below one level for all of the picture, which Leptonica finds
+  RAXEL_THRESHOLD_ADAPTIVE,  // below the level of each pixel's surroundings, by Leptonica: Sauvola's
+                             // method, for shadows and stains
+  RAXEL_THRESHOLDS
+} RaxelThreshold;
 
 // Who chooses the colours when a picture has more than the mode allows.
 typedef enum RaxelQuantizer {
@@ -76,12 +87,14 @@ typedef struct RaxelRequest {
   double dpiY;
   double inchesX;  // size to scale to; 0 in both keeps the pixels, 0 in one keeps the proportions
   double inchesY;
-  int32_t treatment;  // RaxelTreatment
-  int32_t dither;     // RaxelDither
-  int32_t quantizer;  // RaxelQuantizer
-  int32_t finish;     // 1: raxelHostExport gives the file its finished directory; 0: it stays as the filter
-                      // writes it, and what follows must be 0
-  int32_t strips;     // RaxelStrips
+  int32_t treatment;       // RaxelTreatment
+  int32_t dither;          // RaxelDither
+  int32_t quantizer;       // RaxelQuantizer
+  int32_t threshold;       // RaxelThreshold, with anything but RAXEL_DITHER_ON
+  int32_t thresholdLevel;  // 0 to 255, for RAXEL_THRESHOLD_LEVEL
+  int32_t finish;  // 1: raxelHostExport gives the file its finished directory; 0: it stays as the filter
+                   // writes it, and what follows must be 0
+  int32_t strips;  // RaxelStrips
 } RaxelRequest;
 
 // Things done on the way that the user may want to know, as bits.
@@ -93,7 +106,9 @@ enum {
   RAXEL_NOTE_LZW_AS_PACKBITS = 16,      // one-byte strips, which LZW cannot carry here
   RAXEL_NOTE_HUFFMAN_AS_PACKBITS = 32,  // a one-byte last row, which a common reader misreads
   RAXEL_NOTE_RUNS_AS_T6 = 64,           // a row of T.4 or Huffman with more runs than a common reader takes
-  RAXEL_NOTES = 7
+  RAXEL_NOTE_DOCUMENT = 128,            // taken for a document: grey is cut and not dithered
+  RAXEL_NOTE_NO_DOCUMENT = 256,         // taken for none: grey is dithered
+  RAXEL_NOTES = 9
 };
 
 // The job, worked out. Written by raxelHostPlan; raxelHostPrepare sets compression and notes anew.
@@ -114,6 +129,7 @@ typedef struct RaxelPlan {
   int32_t filterDpiY;
   int32_t compression;  // RaxelCompression to set: as requested, or another with a note
   uint32_t notes;
+  int32_t threshold;           // the level below which grey became black; -1 where none was cut so
   uint32_t unitsPerInch;       // 32768, for the picture record's nResolution
   int32_t extentX, extentY;    // in those units, for the export info: exact at every resolution
   int32_t queryX, queryY;      // the same for escape 56, which rounds the other way
