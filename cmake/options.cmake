@@ -5,7 +5,7 @@
 add_library(raxel_warnings INTERFACE)
 target_compile_options(raxel_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
-  -Wcast-qual -Wformat=2 -Wundef -Wvla -Wdouble-promotion -Werror
+  -Wcast-qual -Wformat=2 -Wundef -Wvla -Wdouble-promotion $<$<BOOL:${RAXEL_WERROR}>:-Werror>
   $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual>
   $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CXX_COMPILER_ID:GNU>>:-Wcast-align=strict -Wduplicated-cond -Wlogical-op>)
 

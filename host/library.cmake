@@ -21,7 +21,9 @@ add_library(raxelhost_objects OBJECT
   prepare/taps.cpp)
 target_include_directories(raxelhost_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/host)
 target_compile_definitions(raxelhost_objects PRIVATE RAXEL_VERSION_TEXT="${PROJECT_VERSION}"
-  RAXEL_INSTALLED_FILTER="${CMAKE_INSTALL_PREFIX}/lib/raxel/raxel.so")
+  RAXEL_INSTALLED_FILTER="${RAXEL_INSTALLED_FILTER}")
+set_source_files_properties(filter/open.cpp PROPERTIES
+  COMPILE_DEFINITIONS RAXEL_FILTER_FROM_PROGRAM="${RAXEL_FILTER_FROM_PROGRAM}")
 # GCC 12 sees overlaps in the concatenation of strings where there are none (its bug 105651).
 target_compile_options(raxelhost_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 # Large header libraries, used where nobody waits, are not worth the optimiser's time.
@@ -35,8 +37,19 @@ set_target_properties(raxelhost_objects PROPERTIES
 # For bindings and other hosts; raxel-export links the objects.
 add_library(raxelhost SHARED)
 target_link_libraries(raxelhost PRIVATE raxelhost_objects)
-target_include_directories(raxelhost INTERFACE ${PROJECT_SOURCE_DIR}/include)
+target_include_directories(raxelhost INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+add_library(raxel::host ALIAS raxelhost)
+# It loads the filter, which lies beside it here.
+add_dependencies(raxelhost raxel)
 set(RAXELHOST_EXPORTS_MAP ${CMAKE_CURRENT_SOURCE_DIR}/export/raxelhost.map)
 set_target_properties(raxelhost PROPERTIES LINKER_LANGUAGE CXX
   SOVERSION 0 LINK_DEPENDS ${RAXELHOST_EXPORTS_MAP})
 target_link_options(raxelhost PRIVATE -Wl,--no-undefined -Wl,--version-script=${RAXELHOST_EXPORTS_MAP})
+
+if(RAXEL_INSTALL)
+  install(TARGETS raxelhost EXPORT raxel-host LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  set_target_properties(raxelhost PROPERTIES EXPORT_NAME host)
+  install(EXPORT raxel-host NAMESPACE raxel:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/raxel)
+  raxel_pkg_config(${CMAKE_CURRENT_SOURCE_DIR}/export/raxelhost.pc.in)
+endif()

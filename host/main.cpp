@@ -25,7 +25,7 @@ int ended(int code) {
 }
 
 int run(const host::Options &options) {
-  constexpr const char *kVersion = "2.0.5";
+  constexpr const char *kVersion = RAXEL_VERSION_TEXT;
   switch (options.command) {
     case host::Command::kHelp:
       return print(options.json ? host::helpJson() : host::helpText());

@@ -47,7 +47,7 @@ std::string findLibrary(const std::string &wanted) {
   if (const char *path = secure_getenv("RAXEL_LIBRARY"); path && *path != '\0') return named(path);
   for (const std::string &folder : {programFolder(), ownFolder()}) {
     if (folder.empty()) continue;
-    for (const char *place : {"raxel.so", "../lib/raxel/raxel.so", "raxel/raxel.so"}) {
+    for (const char *place : {"raxel.so", RAXEL_FILTER_FROM_PROGRAM, "raxel/raxel.so"}) {
       if (const std::string path = folder + place; access(path.c_str(), F_OK) == 0) return path;
     }
   }
