@@ -5,8 +5,8 @@ add_library(raxelhost_objects OBJECT
   buffer.cpp failure.cpp
   check/directory.cpp check/inspect.cpp check/libtiff.cpp check/verify.cpp
   export/finish_file.cpp export/output.cpp export/pace.cpp export/prepared.cpp export/stages.cpp
-  filter/bands.cpp filter/driver.cpp filter/given.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp
-  filter/request.cpp filter/save.cpp filter/setup.cpp
+  filter/bands.cpp filter/coder.cpp filter/driver.cpp filter/given.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp
+  filter/predict.cpp filter/request.cpp filter/save.cpp filter/setup.cpp
   finish/file.cpp finish/planned.cpp finish/read.cpp finish/write.cpp
   order/as_is.cpp order/export_task.cpp order/option_list.cpp order/option_values.cpp order/order.cpp order/page_feed.cpp
   order/reduce.cpp order/report.cpp
@@ -16,7 +16,7 @@ add_library(raxelhost_objects OBJECT
   pictures/png_stream.cpp pictures/pnm.cpp pictures/tiff.cpp pictures/upright.cpp pictures/webp.cpp
   prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/cut.cpp prepare/diffuse.cpp
   prepare/document.cpp prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
-  prepare/nearest.cpp prepare/page.cpp prepare/plan.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp
+  prepare/nearest.cpp prepare/page.cpp prepare/plan.cpp prepare/predict.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp
   prepare/quantize_filter.cpp prepare/row_by_row.cpp prepare/scale.cpp prepare/services.cpp prepare/source.cpp prepare/swap.cpp
   prepare/taps.cpp)
 target_include_directories(raxelhost_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/host)

@@ -23,8 +23,9 @@ std::string geometry(const Report &report) {
                   report.fileBits);
     return text;
   }
-  std::snprintf(text, sizeof text, "%u by %u pixels, %s, %s%s, %s by %s dots an inch", p.width, p.height,
+  std::snprintf(text, sizeof text, "%u by %u pixels, %s, %s%s%s, %s by %s dots an inch", p.width, p.height,
                 raxelHostModeName(p.mode), raxelHostCompressionName(p.compression),
+                report.differences ? " of differences" : "",
                 p.layout == RAXEL_LAYOUT_TILES ? " in tiles" : "", decimal(p.dpiX).c_str(),
                 decimal(p.dpiY).c_str());
   return text;

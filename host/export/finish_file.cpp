@@ -10,6 +10,7 @@ namespace host {
 namespace {
 
 constexpr uint32_t kHeaderBytes = 8;
+constexpr uint32_t kHorizontal = 2;  // the Predictor tag's number
 
 // What was written: read from the filter's directory, or known, where there is none.
 finish::Outcome describe(const finish::File &file, const Sink &sink, const RaxelPlan &plan,
@@ -29,12 +30,13 @@ void check(const Output &output, finish::Outcome outcome) {
 
 }  // namespace
 
-void finishPage(Output &output, const RaxelPlan &plan, PageCount &pages) {
+void finishPage(Output &output, const RaxelHostResult &result, PageCount &pages) {
   finish::File file = output.sink().wholeFile();
   finish::FinishedPage page;
-  finish::Outcome outcome = describe(file, output.sink(), plan, page);
+  finish::Outcome outcome = describe(file, output.sink(), result.plan, page);
   if (outcome == finish::Outcome::kDone) {
-    finish::applyPlan(plan, page);
+    finish::applyPlan(result.plan, page);
+    page.predictor = result.predictor == RAXEL_PREDICTOR_HORIZONTAL ? kHorizontal : 1;
     page.isPage = pages.isPaged;
     page.pageNumber = static_cast<uint16_t>(pages.number);
     outcome = finish::writePage(file, page, pages.chain);

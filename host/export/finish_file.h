@@ -13,9 +13,9 @@ struct PageCount {
   finish::Chain chain;
 };
 
-// Gives the page that has just been written to the output the directory that the plan means. Throws a
-// Failure that names the output; its old file stays.
-void finishPage(Output &output, const RaxelPlan &plan, PageCount &pages);
+// Gives the page that has just been written to the output the directory that the result so far, with its
+// plan, means. Throws a Failure that names the output; its old file stays.
+void finishPage(Output &output, const RaxelHostResult &result, PageCount &pages);
 
 // Makes room for another page behind the one that is finished.
 void startPage(Output &output, PageCount &pages);

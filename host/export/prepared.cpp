@@ -15,8 +15,10 @@
 #include "filter/driver.h"
 #include "filter/one_strip.h"
 #include "filter/open.h"
+#include "filter/predict.h"
 #include "prepare/fallback.h"
 #include "prepare/plan.h"
+#include "prepare/predict.h"
 #include "prepare/row_by_row.h"
 #include "raxel/host.h"
 
@@ -79,6 +81,9 @@ uint64_t blocksWhileWriting(const RaxelPlan &plan, int32_t road) {
 RaxelPlan planned(const RaxelHostJob &job) {
   RaxelPlan plan;
   check(raxelHostPlan(&job.picture, &job.request, &plan));
+  check(job.predictor >= 0 && job.predictor < RAXEL_PREDICTORS ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
+  if (job.predictor == RAXEL_PREDICTOR_HORIZONTAL && !prepare::mayPredict(plan))
+    check(RAXEL_HOST_PREDICTOR_NEEDS_LZW);
   check(job.road >= 0 && job.road < RAXEL_ROADS ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
   check(!job.nextPage || plan.finish != 0 ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
   if (isOneCodedStrip(plan) && job.road != RAXEL_ROAD_CELL)
@@ -104,6 +109,14 @@ Handover handoverOf(const Room &room, const RaxelPlan &plan, const prepare::RowB
           plan.extentY,
           static_cast<uint16_t>(plan.unitsPerInch),
           rows};
+}
+
+// Whether the rows go out as differences: when the pixels, and so the compression, are settled.
+int32_t predictorFor(const RaxelHostJob &job, const Library &library, const RaxelPlan &plan,
+                     const uint8_t *block) {
+  if (job.predictor == RAXEL_PREDICTOR_NONE || !prepare::mayPredict(plan)) return RAXEL_PREDICTOR_NONE;
+  const bool pays = job.predictor == RAXEL_PREDICTOR_HORIZONTAL || predictionPays(library, plan, block);
+  return pays ? RAXEL_PREDICTOR_HORIZONTAL : RAXEL_PREDICTOR_NONE;
 }
 
 // All that is done while nobody else may use the filter: the output holds the whole page afterwards.
@@ -135,11 +148,13 @@ void makePage(const RaxelHostJob &job, const Library &library, RaxelHostResult &
     bands ? meant.emplace(plan, *rows, room.table.bytes())
           : meant.emplace(plan, room.pixels.bytes(), room.table.bytes());
   }
+  result.predictor = bands ? RAXEL_PREDICTOR_NONE : predictorFor(job, library, plan, room.pixels.bytes());
+  if (result.predictor != RAXEL_PREDICTOR_NONE) prepare::differenceRows(plan, room.pixels.bytes());
   output->sink().expect(output->sink().size() + plan.uncompressedBytes * kLongestCode);
   checkMemory(blocksWhileWriting(plan, job.road));
   writePicture(library, setup, handoverOf(room, plan, rows ? &*rows : nullptr), &plan,
                static_cast<RaxelHostRoad>(job.road), dataWrites(plan), *output, pace);
-  if (plan.finish != 0) finishPage(*output, plan, pages);
+  if (plan.finish != 0) finishPage(*output, result, pages);
   if (meant) meant->compare(output->bytes(), output->name(), pages.chain.last);
   result.verified = meant ? 1 : 0;
   result.bytes = output->sink().size();
@@ -224,6 +239,7 @@ void raxelHostJobDefaults(RaxelHostJob *job, uint32_t size) {
   own.size = size;
   raxelHostDefaults(&own.request);
   own.request.finish = 1;
+  own.predictor = RAXEL_PREDICTOR_AUTO;
   std::memset(job, 0, size);
   std::memcpy(job, &own, host::known<RaxelHostJob>(size));
 }

@@ -3,28 +3,36 @@
 #include <algorithm>
 #include <vector>
 
-#include "filter/filter_stream.h"
-#include "finish/planned.h"
+#include "filter/coder.h"
 #include "prepare/plan.h"
 
 namespace host {
 namespace {
 
-constexpr uint32_t kT4 = 3, kT6 = 4;  // the Compression tag's numbers
 constexpr uint8_t kHeader[8] = {'I', 'I', 42, 0, 0, 0, 0, 0};
 // A T.4 end-of-line code that ends on a byte boundary. One stands before the first row; behind the last
 // row's own, five more make the return to control.
 constexpr uint8_t kEol[2] = {0x00, 0x01};
 constexpr int kEolsAtEnd = 5;
 
-// The block's rows from the top down, without padding.
-std::vector<uint8_t> packRows(const RaxelPlan &plan, const uint8_t *block) {
-  const auto bytes = static_cast<size_t>(prepare::rowBytes(plan));
-  std::vector<uint8_t> rows(bytes * plan.height);
+uint32_t writeStrip(const Library &library, const RaxelPlan &plan, const Handover &picture,
+                    OutputStream &stream) {
+  Coder coder(library, plan.compression, stream);
+  if (!coder.isOpen() || !coder.write(kHeader)) return RAXEL_CANNOT_WRITE;
+  const std::vector<uint8_t> rows = prepare::packRows(plan, picture.pixels.bytes(), 0, plan.height);
+  if (plan.compression == RAXEL_COMPRESS_T6) return coder.code(rows, plan.width, plan.height);
+  const bool ends = plan.compression == RAXEL_COMPRESS_T4;
+  if (ends && !coder.write(kEol)) return RAXEL_CANNOT_WRITE;
+  const auto rowBytes = static_cast<size_t>(prepare::rowBytes(plan));
   for (uint32_t y = 0; y < plan.height; ++y) {
-    std::copy_n(block + size_t{plan.stride} * (plan.height - 1 - y), bytes, rows.data() + bytes * y);
+    if (const uint32_t result = coder.code({rows.data() + rowBytes * y, rowBytes}, plan.width, 1);
+        result != RAXEL_OK)
+      return result;
   }
-  return rows;
+  for (int i = 0; ends && i < kEolsAtEnd; ++i) {
+    if (!coder.write(kEol)) return RAXEL_CANNOT_WRITE;
+  }
+  return RAXEL_OK;
 }
 
 }  // namespace
@@ -32,35 +40,6 @@ std::vector<uint8_t> packRows(const RaxelPlan &plan, const uint8_t *block) {
 bool isOneCodedStrip(const RaxelPlan &plan) {
   return plan.strips == RAXEL_STRIPS_ONE && prepare::isFax(plan.compression);
 }
-
-namespace {
-
-uint32_t writeStrip(const Library &library, const RaxelPlan &plan, const Handover &picture,
-                    OutputStream &stream) {
-  const FilterStream out(library, stream);
-  if (out.handle() == 0 || !out.write(kHeader)) return RAXEL_CANNOT_WRITE;
-  TiffWriterState state{};
-  state.hTiffFile = out.handle();
-  state.nCompression = finish::compressionTag(plan.compression);
-  std::vector<uint8_t> rows = packRows(plan, picture.pixels.bytes());
-  const auto rowBytes = static_cast<uint32_t>(prepare::rowBytes(plan));
-  const auto code = [&](uint8_t *from, uint32_t count) {
-    return static_cast<uint32_t>(
-        library.compressAndWrite(&state, from, rowBytes * count, plan.width, count));
-  };
-  if (state.nCompression == kT6) return code(rows.data(), plan.height);
-  if (state.nCompression == kT4 && !out.write(kEol)) return RAXEL_CANNOT_WRITE;
-  for (uint32_t y = 0; y < plan.height; ++y) {
-    if (const uint32_t result = code(rows.data() + size_t{rowBytes} * y, 1); result != RAXEL_OK)
-      return result;
-  }
-  for (int i = 0; state.nCompression == kT4 && i < kEolsAtEnd; ++i) {
-    if (!out.write(kEol)) return RAXEL_CANNOT_WRITE;
-  }
-  return RAXEL_OK;
-}
-
-}  // namespace
 
 uint32_t exportOneStrip(const Library &library, const RaxelPlan &plan, const Handover &picture,
                         OutputStream &stream) {

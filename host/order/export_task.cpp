@@ -48,7 +48,8 @@ Exit exitFor(int reason, const RaxelHostJob &job) {
 
 // Sentences about output and library name these; all others are about the picture.
 bool isAboutPicture(int reason) {
-  return reason <= RAXEL_HOST_NO_MEMORY || reason == RAXEL_HOST_BAD_ROAD;
+  return reason <= RAXEL_HOST_NO_MEMORY || reason == RAXEL_HOST_BAD_ROAD ||
+         reason == RAXEL_HOST_PREDICTOR_NEEDS_LZW;
 }
 
 // What the callbacks of an export work on.
@@ -115,6 +116,7 @@ RaxelHostJob jobOf(Run &run, const Picture &picture) {
   job.write = run.caller.write ? handOver : nullptr;
   job.context = &run;
   job.road = static_cast<int32_t>(options.via);
+  job.predictor = options.predictor;
   return job;
 }
 
@@ -154,10 +156,11 @@ bool readNext(Run &run) {
 }
 
 // Tells of a page that is written.
-void endPage(Run &run, const RaxelPlan &plan) {
-  run.page.plan = plan;
+void endPage(Run &run, const RaxelHostResult &result) {
+  run.page.plan = result.plan;
+  run.page.differences = result.predictor != RAXEL_PREDICTOR_NONE;
   run.page.planned = true;
-  noteAll(plan, run.page);
+  noteAll(result.plan, run.page);
   if (run.caller.told) run.caller.told(run.page);
   if (run.options.json) run.report.pages.push_back(toJson(run.page));
 }
@@ -166,7 +169,7 @@ int32_t turnPage(void *context, uint32_t, const RaxelHostResult *before, RaxelPi
                  RaxelRequest *request) {
   Run &run = *static_cast<Run *>(context);
   try {
-    endPage(run, before->plan);
+    endPage(run, *before);
     if (!readNext(run)) return 0;
     *picture = run.picture->view;
     *request = requestFor(run.options, run.given->setup, *run.picture, run.page.notes);
@@ -228,6 +231,7 @@ void exportTask(const Library &library, const Options &options, const Task &task
   if (!options.pages) {
     report.plan = result.plan;
     report.planned = true;
+    report.differences = result.predictor != RAXEL_PREDICTOR_NONE;
     noteAll(result.plan, report);
   }
   if (options.save && !options.dryRun) {

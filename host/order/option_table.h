@@ -23,6 +23,7 @@ enum class OptionId {
   kSize,
   kLayout,
   kStrips,
+  kPredictor,
   kDither,
   kNoDither,
   kThreshold,
@@ -100,6 +101,9 @@ inline constexpr auto kOptions = std::to_array<OptionRow>({
    "strips (the default), or tiles of 512 by 128 pixels with t6"},
   {OptionId::kStrips, 0, "strips", "HOW", Completes::kChoices, "quarters one", kGroupPicture,
    "Cut the rows into quarters (the default), or code them as one strip with huffman, t4 or t6"},
+  {OptionId::kPredictor, 0, "predictor", "KIND", Completes::kChoices, "none horizontal auto", kGroupPicture,
+   "With lzw in the modes grey256 and rgb: code differences from pixel to pixel, which makes photos smaller; auto "
+   "(the default) does where a trial says so"},
   {OptionId::kDither, 0, "dither", "", Completes::kNothing, "", kGroupPicture,
    "Spread lost levels by error diffusion; the default for bilevel, grey16, color8 and color16, except for "
    "pictures of two colours and documents as bilevel"},

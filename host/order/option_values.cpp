@@ -240,6 +240,9 @@ void setOption(const OptionRow &row, const std::string &value, Options &o) {
     case OptionId::kStrips:
       o.strips = chosen(row, value);
       return;
+    case OptionId::kPredictor:
+      o.predictor = chosen(row, value);
+      return;
     case OptionId::kDither:
       o.dither = RAXEL_DITHER_ON;
       return;
@@ -319,6 +322,8 @@ void checkOptions(const Options &o) {
     fail("--threshold and --dither exclude each other");
   if (o.asIs && o.threshold != RAXEL_THRESHOLD_NONE)
     fail("--as-is leaves all to the filter: no --threshold");
+  if (o.asIs && o.predictor != RAXEL_PREDICTOR_AUTO)
+    fail("--as-is leaves all to the filter: no --predictor");
   if (o.strips != RAXEL_STRIPS_QUARTERS && o.via != Via::kCell) fail("--strips one goes by --via cell");
   for (const double dpi : o.dpi.value_or(std::array<double, 2>{96, 96})) {
     if ((o.asIs || o.save) && !filterTakes(dpi))

@@ -51,6 +51,7 @@ struct Options {
   std::optional<int> layout;
   std::optional<int> treatment;
   int strips = RAXEL_STRIPS_QUARTERS;
+  int predictor = RAXEL_PREDICTOR_AUTO;
   int dither = RAXEL_DITHER_AUTO;
   int threshold = RAXEL_THRESHOLD_NONE;
   int thresholdLevel = 0;

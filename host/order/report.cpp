@@ -41,6 +41,7 @@ std::string toJson(const Report &report) {
                     {"dpi", {numberOf(p.dpiX), numberOf(p.dpiY)}},
                     {"uncompressedBytes", p.uncompressedBytes}};
     if (p.threshold >= 0) json["file"]["threshold"] = p.threshold;
+    if (report.differences) json["file"]["predictor"] = "horizontal";
     if (report.bytes != 0) json["file"]["bytes"] = report.bytes;
   }
   if (report.seen) {

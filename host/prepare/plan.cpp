@@ -173,6 +173,16 @@ uint64_t rowBytes(const RaxelPlan &plan) {
   return (uint64_t{plan.width} * plan.bits + 7) / 8;
 }
 
+std::vector<uint8_t> packRows(const RaxelPlan &plan, const uint8_t *block, uint32_t first, uint32_t rows) {
+  const auto bytes = static_cast<size_t>(rowBytes(plan));
+  std::vector<uint8_t> packed(bytes * rows);
+  for (uint32_t i = 0; i < rows; ++i) {
+    std::copy_n(block + size_t{plan.stride} * (plan.height - 1 - first - i), bytes,
+                packed.data() + bytes * i);
+  }
+  return packed;
+}
+
 bool hasColorMap(int32_t mode) {
   return mode == RAXEL_MODE_COLOR8 || mode == RAXEL_MODE_COLOR16 || mode == RAXEL_MODE_COLOR256;
 }

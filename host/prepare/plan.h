@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "raxel/host.h"
 
@@ -9,6 +10,9 @@ namespace prepare {
 
 // Bytes of a row in the file: without the padding of the block.
 uint64_t rowBytes(const RaxelPlan &plan);
+
+// Rows of a block, from row `first` of the picture on, from the top down and without padding.
+std::vector<uint8_t> packRows(const RaxelPlan &plan, const uint8_t *block, uint32_t first, uint32_t rows);
 
 // True for the three codes made of black and white runs.
 bool isFax(int32_t compression);

@@ -100,6 +100,8 @@ typedef struct RaxelHostJob {
   // Null for a file of one picture. Else every page is finished, with NewSubfileType 2 and PageNumber; no
   // more memory is used than for the largest.
   RaxelHostNextPage nextPage;
+
+  int32_t predictor;  // RaxelPredictor; of all pages
 } RaxelHostJob;
 
 enum { RAXEL_HOST_MESSAGE_BYTES = 1024 };
@@ -119,13 +121,14 @@ typedef struct RaxelHostResult {
   // Why it failed, in one sentence that is cut where there is no room; empty for RAXEL_HOST_OK.
   char message[RAXEL_HOST_MESSAGE_BYTES];
 
-  RaxelPlan plan;  // all 0 when the request was refused; its notes say what was changed on the way;
-                   // of the last page where there are several
-  uint32_t pages;  // in the file
+  RaxelPlan plan;     // all 0 when the request was refused; its notes say what was changed on the way;
+                      // of the last page where there are several
+  uint32_t pages;     // in the file
+  int32_t predictor;  // none or horizontal, as written; of the last page where there are several
 } RaxelHostResult;
 
-// Clears `size` bytes of a job, sets its size, and its request to raxelHostDefaults, but finished. Does
-// nothing for null.
+// Clears `size` bytes of a job, sets its size, and its request to raxelHostDefaults, but finished, with
+// RAXEL_PREDICTOR_AUTO. Does nothing for null.
 RAXEL_EXPORT void raxelHostJobDefaults(RaxelHostJob *job, uint32_t size);
 
 // Exports a picture. Returns RAXEL_HOST_OK with the output complete, or another RaxelHostCode with the

@@ -27,13 +27,14 @@ typedef enum RaxelHostCode {
   RAXEL_HOST_NO_QUANTIZER,         // the library that the quantizer needs is not there
   RAXEL_HOST_NO_THRESHOLD,         // the library that finds the threshold is not there
   RAXEL_HOST_NO_MEMORY,
-  RAXEL_HOST_NO_FILTER,      // raxel.so is not found, cannot be loaded or is of another version
-  RAXEL_HOST_FILTER_FAILED,  // it stopped before the picture was complete
-  RAXEL_HOST_BAD_ROAD,       // the road that was asked for cannot carry this picture
-  RAXEL_HOST_NO_CREATE,      // the output cannot be created
-  RAXEL_HOST_NO_WRITE,       // a write failed
-  RAXEL_HOST_NOT_VERIFIED,   // the written bytes do not show the picture
-  RAXEL_HOST_STOPPED,        // a callback asked for it
+  RAXEL_HOST_NO_FILTER,            // raxel.so is not found, cannot be loaded or is of another version
+  RAXEL_HOST_FILTER_FAILED,        // it stopped before the picture was complete
+  RAXEL_HOST_BAD_ROAD,             // the road that was asked for cannot carry this picture
+  RAXEL_HOST_NO_CREATE,            // the output cannot be created
+  RAXEL_HOST_NO_WRITE,             // a write failed
+  RAXEL_HOST_NOT_VERIFIED,         // the written bytes do not show the picture
+  RAXEL_HOST_STOPPED,              // a callback asked for it
+  RAXEL_HOST_PREDICTOR_NEEDS_LZW,  // differences in anything but 8-bit greys or RGB as LZW
   RAXEL_HOST_CODES
 } RaxelHostCode;
 

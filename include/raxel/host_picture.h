@@ -44,6 +44,16 @@ typedef enum RaxelLayout { RAXEL_LAYOUT_STRIPS, RAXEL_LAYOUT_TILES } RaxelLayout
 // all rows in one, which fax programs ask for. Uncompressed files are one strip in any case.
 typedef enum RaxelStrips { RAXEL_STRIPS_QUARTERS, RAXEL_STRIPS_ONE } RaxelStrips;
 
+// Whether the rows of a finished LZW file hold the differences from pixel to pixel (tag Predictor 2), which
+// makes photos a good deal smaller. For 8-bit greys and RGB. RAXEL_PREDICTOR_AUTO lets the filter code a
+// part of the picture both ways and takes the smaller; in other modes and compressions it is none.
+typedef enum RaxelPredictor {
+  RAXEL_PREDICTOR_NONE,
+  RAXEL_PREDICTOR_HORIZONTAL,
+  RAXEL_PREDICTOR_AUTO,
+  RAXEL_PREDICTORS
+} RaxelPredictor;
+
 // RAXEL_DITHER_AUTO dithers where a picture loses levels that the eye would miss: to bilevel (unless
 // the picture has two colours or is a document), to 16 greys and to 8 and 16 colours.
 typedef enum RaxelDither { RAXEL_DITHER_AUTO, RAXEL_DITHER_ON, RAXEL_DITHER_OFF } RaxelDither;

@@ -3,7 +3,7 @@
 
     documents.py --build FOLDER --source FOLDER
 
-tiffinfo, tiffcp and tiffcmp (libtiff-tools), HylaFAX's tiffcheck (hylafax-server), efix (efax) and img2pdf.
+tiffinfo, tiffcp and tiffcmp (libtiff-tools), vips (libvips-tools), HylaFAX's tiffcheck (hylafax-server), efix (efax) and img2pdf.
 Where one is missing, its checks are counted as skipped.
 """
 
@@ -185,6 +185,55 @@ class Documents:
                 status, _, errors = self.run("efix", "-v", "ew", "-o", "pbm", fax)
                 self.same(f"efix of {code} at {dpi}", (status, errors), (0, ""))
 
+    def predictor_makes_photos_smaller(self):
+        photo, out = os.path.join(self.samples, "photo.png"), self.path("lzw.tif")
+
+        def size(path, *options):
+            self.export("-q", "--verify", "-c", "lzw", *options, path, out)
+            return os.path.getsize(out)
+
+        def predictor():
+            return self.tags(out)[0].get(317, [1])
+
+        for mode in ("rgb", "grey256"):
+            plain = size(photo, "-m", mode, "--predictor", "none")
+            self.same(f"{mode} plain", predictor(), [1])
+            wanted = Image.open(out).tobytes()
+            differences = size(photo, "-m", mode, "--predictor", "horizontal")
+            self.same(f"{mode} differences", predictor(), [2])
+            self.true(f"{mode}: {differences} bytes against {plain}", differences < 0.8 * plain)
+            self.true(f"{mode}: pixels", Image.open(out).tobytes() == wanted)
+            with open(out, "rb") as file:
+                whole = file.read()
+            size(photo, "-m", mode)
+            with open(out, "rb") as file:
+                self.true(f"{mode}: the default is the same file", file.read() == whole)
+            if mode == "rgb":
+                size(photo, "-m", mode, "--via", "driver")
+                with open(out, "rb") as file:
+                    self.true("a driver session writes it, too", file.read() == whole)
+            if self.has("vips"):
+                theirs = self.path("vips.tif")
+                self.export("-q", "-m", mode, photo, out)
+                self.same("vips", self.run("vips", "tiffsave", out, theirs, "--compression", "lzw", "--predictor",
+                                           "horizontal")[0], 0)
+                its = os.path.getsize(theirs)
+                self.true(f"{mode}: {differences} bytes against libvips' {its}", differences <= 1.02 * its)
+        # Text is smaller as it is.
+        page = os.path.join(self.samples, "page.png")
+        plain, differences = (size(page, "-m", "grey256", "--predictor", kind) for kind in ("none", "horizontal"))
+        self.true(f"a page: {plain} bytes against {differences}", plain < differences)
+        self.same("a page by default", (size(page, "-m", "grey256"), predictor()), (plain, [1]))
+        # Every page for itself.
+        self.export("-q", "--verify", "--pages", "-c", "lzw", "-m", "grey256", photo, page, photo, "-o", out)
+        self.same("pages", [page.get(317, [1]) for page in self.tags(out)], [[2], [1], [2]])
+        # What it is not for.
+        for options in (("-c", "packbits"), ("-c", "lzw", "-m", "grey16"), ("-c", "lzw", "-m", "color256")):
+            self.export("-q", *options, "--predictor", "horizontal", photo, out, code=64)
+            self.export("-q", *options, photo, out)
+            self.same(f"{options}", predictor(), [1])
+        self.export("--as-is", "--predictor", "horizontal", photo, out, code=64)
+
     def pages_make_one_file(self):
         inputs = [os.path.join(self.samples, name) for name in ("page.png", "photo.png", "chart8.png")]
         out, again = self.path("pages.tif"), self.path("again.tif")
@@ -260,6 +309,7 @@ class Documents:
         self.every_directory_is_in_order()
         self.resolutions_are_true()
         self.fax_programs_take_one_strip()
+        self.predictor_makes_photos_smaller()
         self.pages_make_one_file()
         self.ten_thousand_pages_take_linear_time()
         for program in self.skipped:

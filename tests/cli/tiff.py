@@ -5,6 +5,7 @@
 `rgb` is three bytes a pixel from the top left on.
 """
 
+import itertools
 import struct
 
 import fax_codes
@@ -241,6 +242,17 @@ def packed_rows(data, tags, width, height, bits):
     return b"".join(row[:row_bytes] for row in rows)
 
 
+def undifferenced(rows, width, channels):
+    """Samples of 8 bits from their differences to the pixel to the left."""
+    out = bytearray()
+    for start in range(0, len(rows), width * channels):
+        row = bytearray(rows[start:start + width * channels])
+        for c in range(channels):
+            row[c::channels] = bytes(total & 255 for total in itertools.accumulate(row[c::channels]))
+        out += row
+    return bytes(out)
+
+
 def decode(data):
     tags = directory(data)
     (width,), (height,), (channels,) = tags[256], tags[257], tags[277]
@@ -256,6 +268,10 @@ def decode(data):
         raise Bad("a resolution that is not in inches")
     dpi = (tags[282][0] / tags[282][1], tags[283][0] / tags[283][1])
     rows = packed_rows(data, tags, width, height, depth * channels)
+    if tags.get(317, [1]) == [2]:
+        rows = undifferenced(rows, width, channels)
+    elif 317 in tags:
+        raise Bad(f"predictor {tags[317]}")
     if channels == 3:
         return width, height, rows, dpi
     levels = 1 << depth

@@ -56,6 +56,35 @@ size_t filesIn(const std::string &folder) {
 
 }  // namespace
 
+TEST(HostExport, SaysWhetherRowsAreDifferences) {
+  Job slope(64, 64);
+  for (size_t i = 0; i < slope.pixels.size(); ++i) slope.pixels[i] = static_cast<uint8_t>(i / 3 + i / 192);
+  slope.job.request.compression = RAXEL_COMPRESS_LZW;
+  slope.job.flags = RAXEL_HOST_VERIFY;
+  const auto run = [&](int32_t predictor) {
+    slope.job.predictor = predictor;
+    raxelHostFree(slope.result.memory);
+    EXPECT_EQ(slope.run(), RAXEL_HOST_OK) << slope.result.message;
+    return slope.result.bytes;
+  };
+  EXPECT_EQ(slope.job.predictor, RAXEL_PREDICTOR_AUTO);
+  const uint64_t plain = run(RAXEL_PREDICTOR_NONE);
+  EXPECT_EQ(slope.result.predictor, RAXEL_PREDICTOR_NONE);
+  const uint64_t differences = run(RAXEL_PREDICTOR_HORIZONTAL);
+  EXPECT_EQ(slope.result.predictor, RAXEL_PREDICTOR_HORIZONTAL);
+  EXPECT_LT(differences, plain / 2);
+  EXPECT_EQ(run(RAXEL_PREDICTOR_AUTO), differences);
+  EXPECT_EQ(slope.result.predictor, RAXEL_PREDICTOR_HORIZONTAL);
+
+  slope.job.request.compression = RAXEL_COMPRESS_PACKBITS;
+  run(RAXEL_PREDICTOR_AUTO);
+  EXPECT_EQ(slope.result.predictor, RAXEL_PREDICTOR_NONE);
+  slope.job.predictor = RAXEL_PREDICTOR_HORIZONTAL;
+  EXPECT_EQ(slope.run(), RAXEL_HOST_PREDICTOR_NEEDS_LZW);
+  slope.job.predictor = RAXEL_PREDICTORS;
+  EXPECT_EQ(slope.run(), RAXEL_HOST_BAD_ARGUMENT);
+}
+
 TEST(HostExport, WritesAFile) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
