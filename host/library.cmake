@@ -6,13 +6,13 @@ add_library(raxelhost_objects OBJECT
   check/directory.cpp check/inspect.cpp check/libtiff.cpp check/verify.cpp
   export/finish_file.cpp export/output.cpp export/pace.cpp export/prepared.cpp export/stages.cpp
   filter/bands.cpp filter/coder.cpp filter/driver.cpp filter/given.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp
-  filter/predict.cpp filter/request.cpp filter/save.cpp filter/setup.cpp
+  filter/metadata.cpp filter/predict.cpp filter/request.cpp filter/save.cpp filter/setup.cpp
   finish/file.cpp finish/planned.cpp finish/read.cpp finish/write.cpp
   order/as_is.cpp order/export_task.cpp order/option_list.cpp order/option_values.cpp order/order.cpp order/page_feed.cpp
   order/reduce.cpp order/report.cpp
   output/hold.cpp output/originals.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
   pictures/bmp.cpp pictures/exif.cpp pictures/gif.cpp pictures/input.cpp pictures/jpeg.cpp pictures/leptonica.cpp
-  pictures/memory.cpp pictures/pages.cpp pictures/peek.cpp pictures/picture.cpp pictures/png.cpp pictures/png_filters.cpp
+  pictures/memory.cpp pictures/metadata.cpp pictures/pages.cpp pictures/peek.cpp pictures/picture.cpp pictures/png.cpp pictures/png_filters.cpp
   pictures/png_stream.cpp pictures/pnm.cpp pictures/tiff.cpp pictures/upright.cpp pictures/webp.cpp
   prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/cut.cpp prepare/diffuse.cpp
   prepare/document.cpp prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp

@@ -30,12 +30,14 @@ void check(const Output &output, finish::Outcome outcome) {
 
 }  // namespace
 
-void finishPage(Output &output, const RaxelHostResult &result, PageCount &pages) {
+void finishPage(Output &output, const RaxelHostResult &result, const RaxelMetadata &metadata,
+                PageCount &pages) {
   finish::File file = output.sink().wholeFile();
   finish::FinishedPage page;
   finish::Outcome outcome = describe(file, output.sink(), result.plan, page);
   if (outcome == finish::Outcome::kDone) {
     finish::applyPlan(result.plan, page);
+    finish::applyMetadata(metadata, page);
     page.predictor = result.predictor == RAXEL_PREDICTOR_HORIZONTAL ? kHorizontal : 1;
     page.isPage = pages.isPaged;
     page.pageNumber = static_cast<uint16_t>(pages.number);

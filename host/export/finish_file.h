@@ -14,8 +14,9 @@ struct PageCount {
 };
 
 // Gives the page that has just been written to the output the directory that the result so far, with its
-// plan, means. Throws a Failure that names the output; its old file stays.
-void finishPage(Output &output, const RaxelHostResult &result, PageCount &pages);
+// plan, and the metadata mean. Throws a Failure that names the output; its old file stays.
+void finishPage(Output &output, const RaxelHostResult &result, const RaxelMetadata &metadata,
+                PageCount &pages);
 
 // Makes room for another page behind the one that is finished.
 void startPage(Output &output, PageCount &pages);

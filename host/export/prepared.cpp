@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 #include <optional>
+#include <string_view>
 
 #include "check/verify.h"
 #include "clock.h"
@@ -16,6 +17,7 @@
 #include "filter/one_strip.h"
 #include "filter/open.h"
 #include "filter/predict.h"
+#include "finish/planned.h"
 #include "prepare/fallback.h"
 #include "prepare/plan.h"
 #include "prepare/predict.h"
@@ -78,6 +80,32 @@ uint64_t blocksWhileWriting(const RaxelPlan &plan, int32_t road) {
   return collected + 2 * 6 * strip;
 }
 
+// The caller's record may be older and shorter, or newer and longer, than the one known here.
+template <class Record>
+uint32_t known(uint32_t size) {
+  return std::min(size, static_cast<uint32_t>(sizeof(Record)));
+}
+
+// In the format's own form, or not at all.
+bool isDate(const char *text) {
+  constexpr std::string_view kForm = "0000:00:00 00:00:00";
+  if (!text || *text == '\0') return true;
+  return std::strlen(text) == kForm.size() &&
+         std::equal(kForm.begin(), kForm.end(), text,
+                    [](char form, char c) { return form == '0' ? c >= '0' && c <= '9' : c == form; });
+}
+
+// Of the page at hand.
+RaxelMetadata metadataOf(const RaxelHostJob &job) {
+  RaxelMetadata own{};
+  if (!job.metadata) return own;
+  std::memcpy(&own, job.metadata, known<RaxelMetadata>(job.metadata->size));
+  const bool whole = own.icc || own.iccBytes == 0;
+  check(whole && own.iccBytes <= UINT32_MAX && isDate(own.dateTime) ? RAXEL_HOST_OK
+                                                                    : RAXEL_HOST_BAD_ARGUMENT);
+  return own;
+}
+
 RaxelPlan planned(const RaxelHostJob &job) {
   RaxelPlan plan;
   check(raxelHostPlan(&job.picture, &job.request, &plan));
@@ -86,6 +114,10 @@ RaxelPlan planned(const RaxelHostJob &job) {
     check(RAXEL_HOST_PREDICTOR_NEEDS_LZW);
   check(job.road >= 0 && job.road < RAXEL_ROADS ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
   check(!job.nextPage || plan.finish != 0 ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
+  const RaxelMetadata metadata = metadataOf(job);
+  const bool described = finish::metadataBytes(metadata) != 0;
+  check(!described || plan.finish != 0 ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
+  plan.uncompressedBytes += finish::metadataBytes(metadata);
   if (isOneCodedStrip(plan) && job.road != RAXEL_ROAD_CELL)
     throw Failure(RAXEL_HOST_BAD_ROAD, "one strip goes by --via cell");
   if (job.road != RAXEL_ROAD_DRIVER) return plan;
@@ -154,7 +186,7 @@ void makePage(const RaxelHostJob &job, const Library &library, RaxelHostResult &
   checkMemory(blocksWhileWriting(plan, job.road));
   writePicture(library, setup, handoverOf(room, plan, rows ? &*rows : nullptr), &plan,
                static_cast<RaxelHostRoad>(job.road), dataWrites(plan), *output, pace);
-  if (plan.finish != 0) finishPage(*output, result, pages);
+  if (plan.finish != 0) finishPage(*output, result, metadataOf(job), pages);
   if (meant) meant->compare(output->bytes(), output->name(), pages.chain.last);
   result.verified = meant ? 1 : 0;
   result.bytes = output->sink().size();
@@ -203,12 +235,6 @@ void fail(RaxelHostResult &result, RaxelHostCode code, int error, const char *me
   result.bytes = 0;
   result.verified = 0;
   std::snprintf(result.message, sizeof result.message, "%s", message);
-}
-
-// The caller's record may be older and shorter, or newer and longer, than the one known here.
-template <class Record>
-uint32_t known(uint32_t size) {
-  return std::min(size, static_cast<uint32_t>(sizeof(Record)));
 }
 
 int run(const RaxelHostJob &job, RaxelHostResult &result) {

@@ -36,6 +36,22 @@ void applyPlan(const RaxelPlan &plan, FinishedPage &page) {
   page.software = kSoftware;
 }
 
+void applyMetadata(const RaxelMetadata &metadata, FinishedPage &page) {
+  const auto text = [](const char *given) { return std::string(given ? given : ""); };
+  page.description = text(metadata.description);
+  page.artist = text(metadata.artist);
+  page.copyright = text(metadata.copyright);
+  page.dateTime = text(metadata.dateTime);
+  if (metadata.icc) page.icc = {metadata.icc, static_cast<size_t>(metadata.iccBytes)};
+}
+
+uint64_t metadataBytes(const RaxelMetadata &metadata) {
+  FinishedPage page;
+  const uint64_t without = directoryBytes(page, 0);
+  applyMetadata(metadata, page);
+  return directoryBytes(page, 0) - without;
+}
+
 FinishedPage singleStripPage(const RaxelPlan &plan, uint32_t offset, uint32_t bytes) {
   FinishedPage page;
   page.width = plan.width;

@@ -6,6 +6,7 @@
 #include "clock.h"
 #include "filter/driver.h"
 #include "filter/given.h"
+#include "filter/metadata.h"
 #include "filter/open.h"
 #include "filter/save.h"
 #include "order/as_is.h"
@@ -60,12 +61,19 @@ struct Run {
   Report &report;  // of the output
   std::optional<Given> given;
   PageFeed feed;
+  std::vector<uint8_t> profile;      // of --icc
   std::unique_ptr<Picture> picture;  // the page at hand
+  RaxelMetadata metadata{};          // of that page
   Report page;                       // what is told of it
   std::exception_ptr failed;         // in a callback, which nothing may pass through
 
   Run(const Library &library, const Options &wanted, const Task &what, const Caller &who, Report &whole)
-      : options(wanted), task(what), caller(who), report(whole), feed(wanted, what) {
+      : options(wanted),
+        task(what),
+        caller(who),
+        report(whole),
+        feed(wanted, what),
+        profile(givenProfile(wanted)) {
     const FilterLock lock;
     given.emplace(library, wanted);
   }
@@ -173,6 +181,7 @@ int32_t turnPage(void *context, uint32_t, const RaxelHostResult *before, RaxelPi
     if (!readNext(run)) return 0;
     *picture = run.picture->view;
     *request = requestFor(run.options, run.given->setup, *run.picture, run.page.notes);
+    run.metadata = metadataFor(run.options, run.profile, *run.picture, *request, run.page.notes);
     return 1;
   } catch (...) {
     run.failed = std::current_exception();
@@ -212,7 +221,10 @@ void exportTask(const Library &library, const Options &options, const Task &task
   RaxelHostJob job = jobOf(run, *run.picture);
   if (options.asIs)
     return exportAsIs(library, options, *run.given, *run.picture, job, report, caller.memory);
-  job.request = requestFor(options, setup, *run.picture, options.pages ? run.page.notes : report.notes);
+  std::vector<std::string> &notes = options.pages ? run.page.notes : report.notes;
+  job.request = requestFor(options, setup, *run.picture, notes);
+  run.metadata = metadataFor(options, run.profile, *run.picture, job.request, notes);
+  job.metadata = &run.metadata;
   job.nextPage = options.pages ? turnPage : nullptr;
   RaxelHostResult result{};
   result.size = sizeof result;

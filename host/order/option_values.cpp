@@ -2,6 +2,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <ctime>
 #include <map>
 #include <sstream>
 
@@ -122,6 +123,23 @@ std::array<uint8_t, 3> parseColor(const std::string &value) {
       name != kColorNames.end() ? std::optional(name->second) : parseHexColor(value);
   if (!rgb) failValue("background", value, "give #RGB, #RRGGBB or one of HTML's sixteen names, as white");
   return {static_cast<uint8_t>(*rgb >> 16), static_cast<uint8_t>(*rgb >> 8), static_cast<uint8_t>(*rgb)};
+}
+
+// The format's own form; for now in local time.
+std::string parseDate(const std::string &value) {
+  if (lower(value) == "now") {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char text[32];
+    return {text, std::strftime(text, sizeof text, "%Y:%m:%d %H:%M:%S", &local)};
+  }
+  constexpr std::string_view kForm = "0000:00:00 00:00:00";
+  bool fits = value.size() == kForm.size();
+  for (size_t i = 0; fits && i < kForm.size(); ++i)
+    fits = kForm[i] == '0' ? value[i] >= '0' && value[i] <= '9' : value[i] == kForm[i];
+  if (!fits) failValue("date", value, "give now, or a date and time as 2026:01:31 23:59:59");
+  return value;
 }
 
 // As "3,1-2,7-".
@@ -264,6 +282,21 @@ void setOption(const OptionRow &row, const std::string &value, Options &o) {
     case OptionId::kAsIs:
       o.asIs = true;
       return;
+    case OptionId::kIcc:
+      o.icc = value;
+      return;
+    case OptionId::kDescription:
+      o.description = value;
+      return;
+    case OptionId::kArtist:
+      o.artist = value;
+      return;
+    case OptionId::kCopyright:
+      o.copyright = value;
+      return;
+    case OptionId::kDate:
+      o.date = parseDate(value);
+      return;
     case OptionId::kVia:
       o.via = static_cast<Via>(chosen(row, value));
       return;
@@ -322,8 +355,10 @@ void checkOptions(const Options &o) {
     fail("--threshold and --dither exclude each other");
   if (o.asIs && o.threshold != RAXEL_THRESHOLD_NONE)
     fail("--as-is leaves all to the filter: no --threshold");
-  if (o.asIs && o.predictor != RAXEL_PREDICTOR_AUTO)
-    fail("--as-is leaves all to the filter: no --predictor");
+  const bool describes =
+      o.icc != Options::kKeepProfile || o.description || o.artist || o.copyright || !o.date.empty();
+  if (o.asIs && (describes || o.predictor != RAXEL_PREDICTOR_AUTO))
+    fail("--as-is leaves all to the filter: no --predictor, --icc, --date and texts");
   if (o.strips != RAXEL_STRIPS_QUARTERS && o.via != Via::kCell) fail("--strips one goes by --via cell");
   for (const double dpi : o.dpi.value_or(std::array<double, 2>{96, 96})) {
     if ((o.asIs || o.save) && !filterTakes(dpi))

@@ -59,6 +59,12 @@ struct Options {
   std::array<uint8_t, 3> background{255, 255, 255};
   bool asIs = false;
 
+  static constexpr const char *kKeepProfile = "keep", *kDropProfile = "drop";
+  std::string icc = kKeepProfile;  // or kDropProfile, or a file's name
+  // Empty where the picture's own are kept.
+  std::optional<std::string> description, artist, copyright;
+  std::string date;  // empty for none
+
   Via via = Via::kCell;
   std::string library;
   std::string profile;

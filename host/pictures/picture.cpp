@@ -67,6 +67,7 @@ std::unique_ptr<Picture> readPicture(const Input &input, const Background &backg
 void readPage(const Input &input, const Background &background, const Gate &gate, Picture &picture) {
   picture.gate = gate;
   picture.format = formatOf(input.bytes());
+  picture.metadata = readMetadata(picture.format, input.bytes(), picture.directory);
   try {
     readAs(picture.format, input.bytes(), background, picture);
   } catch (const Unreadable &why) {

@@ -10,6 +10,7 @@
 
 #include "buffer.h"
 #include "pictures/input.h"
+#include "pictures/metadata.h"
 #include "raxel/host.h"
 
 namespace host {
@@ -20,6 +21,7 @@ struct Picture {
   double dpiY = 0;
   std::string format;  // "PNG", "JPEG"...
   std::vector<std::string> notes;
+  Metadata metadata;
 
   // Which picture of several to read: in a TIFF the place of its directory, 0 for the first; and whether
   // the user knows that there are several.

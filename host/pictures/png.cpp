@@ -273,6 +273,7 @@ void decode(PngStream &stream, const Front &front, const Background &background,
 void readPng(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   PngStream stream(bytes);
   const Exif exif = readExif(stream.exif().data(), stream.exif().size());
+  out.metadata.icc = stream.profile();
   Front front;
   {
     const Context context(stream);

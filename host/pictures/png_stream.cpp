@@ -82,6 +82,7 @@ PngStream::PngStream(std::span<const uint8_t> file) {
     at += chunk.size();
     const std::string_view name = nameOf(chunk);
     if (name == "eXIf" && exif_.empty() && checksumHolds(chunk)) exif_ = contentOf(chunk);
+    if (name == "iCCP" && profile_.empty() && checksumHolds(chunk)) profile_ = contentOf(chunk);
     if (!decidesThePicture(name)) continue;
     if (name == "IDAT") {
       if (firstPixels_ == 0) firstPixels_ = endOfPixels_ = parts_.size();
@@ -93,6 +94,28 @@ PngStream::PngStream(std::span<const uint8_t> file) {
   }
   if (!ended) parts_.push_back(file.subspan(at));
   whole_ = inARow && firstPixels_ != 0;
+}
+
+std::vector<uint8_t> PngStream::profile() const {
+  constexpr size_t kLeast = size_t{64} << 10, kMost = size_t{16} << 20;
+  // A name, a zero byte, one for the method, and the codes.
+  const auto end = std::ranges::find(profile_, uint8_t{0});
+  const auto front = static_cast<size_t>(end - profile_.begin()) + 2;
+  if (front >= profile_.size()) return {};
+  const Bytes codes = profile_.subspan(front);
+  const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> inflater(
+      libDeflate().libdeflate_alloc_decompressor());
+  std::vector<uint8_t> out;
+  for (size_t room = kLeast; inflater && room <= kMost; room *= 4) {
+    out.resize(room);
+    size_t got = 0;
+    const auto result = libDeflate().libdeflate_zlib_decompress(inflater.get(), codes.data(), codes.size(),
+                                                                out.data(), room, &got);
+    out.resize(got);
+    if (result == LIBDEFLATE_SUCCESS) return out;
+    if (result != LIBDEFLATE_INSUFFICIENT_SPACE) break;
+  }
+  return {};
 }
 
 bool PngStream::joinPixels(Buffer &joined) const {

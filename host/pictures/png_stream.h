@@ -1,5 +1,5 @@
-// The chunks of a PNG file that decide its picture. Texts and profiles, which take any size once they are
-// inflated, are left out.
+// The chunks of a PNG file that decide its picture. Texts, which take any size once they are inflated, are
+// left out.
 #pragma once
 
 #include <cstddef>
@@ -17,6 +17,9 @@ class PngStream {
 
   // The content of the Exif chunk; empty when there is none that is whole.
   std::span<const uint8_t> exif() const { return exif_; }
+
+  // The ICC profile; empty when there is none that is whole and of no more than 16 MiB.
+  std::vector<uint8_t> profile() const;
 
   // Inflates all pixels at once, which is several times faster than row by row, and checks their
   // checksums. The block has `spare` bytes more. Empty when `size` bytes is not what comes out or anything
@@ -37,7 +40,7 @@ class PngStream {
   size_t part_ = 0, at_ = 0;
   size_t firstPixels_ = 0, endOfPixels_ = 0;
   bool whole_ = false;  // the chunks of pixels are there, and stand in a row
-  Bytes exif_;
+  Bytes exif_, profile_;
 };
 
 }  // namespace host

@@ -74,6 +74,20 @@ struct RaxelHostResult;
 typedef int32_t (*RaxelHostNextPage)(void *context, uint32_t page, const struct RaxelHostResult *before,
                                      RaxelPicture *picture, RaxelRequest *request);
 
+// What a finished directory says of the picture beside its pixels. Texts are in UTF-8; null and "" leave
+// them out.
+typedef struct RaxelMetadata {
+  uint32_t size;  // sizeof(RaxelMetadata)
+  const char *description;
+  const char *artist;
+  const char *copyright;
+  const char *dateTime;  // in the format's own form, "2026:01:31 23:59:59"
+  // An ICC profile, which is written as it is: of RGB for the mode rgb, of greys for those of greys. Null
+  // for none.
+  const uint8_t *icc;
+  uint64_t iccBytes;
+} RaxelMetadata;
+
 // What is to be done. Everything that it points to is borrowed until the call returns.
 typedef struct RaxelHostJob {
   uint32_t size;   // sizeof(RaxelHostJob)
@@ -102,6 +116,9 @@ typedef struct RaxelHostJob {
   RaxelHostNextPage nextPage;
 
   int32_t predictor;  // RaxelPredictor; of all pages
+
+  // Null for none. nextPage may change the record, for the pages from then on.
+  const RaxelMetadata *metadata;
 } RaxelHostJob;
 
 enum { RAXEL_HOST_MESSAGE_BYTES = 1024 };

@@ -7,10 +7,12 @@ tiffinfo, tiffcp and tiffcmp (libtiff-tools), vips (libvips-tools), HylaFAX's ti
 Where one is missing, its checks are counted as skipped.
 """
 
+import json
 import os
 import random
 import re
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
@@ -18,7 +20,7 @@ import tempfile
 import shared
 
 try:
-    from PIL import Image, ImageDraw
+    from PIL import Image, ImageDraw, PngImagePlugin, TiffImagePlugin
 except ImportError:
     print("SKIPPED: python3-pil is not installed")
     sys.exit(77)
@@ -234,6 +236,101 @@ class Documents:
             self.same(f"{options}", predictor(), [1])
         self.export("--as-is", "--predictor", "horizontal", photo, out, code=64)
 
+    def bmp_with_profile(self, picture, profile):
+        """A BMP of the fifth kind, by hand: Pillow writes no profile."""
+        pixels = b"".join(picture.crop((0, y, picture.width, y + 1)).tobytes("raw", "BGR").ljust((3 * picture.width + 3) // 4 * 4, b"\0")
+                          for y in reversed(range(picture.height)))
+        header = struct.pack("<IiiHHIIiiII", 124, picture.width, picture.height, 1, 24, 0, len(pixels), 0, 0, 0, 0)
+        header += bytes(16) + b"DEBM" + bytes(48) + struct.pack("<IIII", 4, 124 + len(pixels), len(profile), 0)
+        return b"BM" + struct.pack("<IHHI", 14 + 124 + len(pixels) + len(profile), 0, 0, 14 + 124) + header + pixels + profile
+
+    def profiles_and_texts_are_kept(self):
+        numbers = random.Random(11)
+
+        def profile_of(space, size):
+            front = struct.pack(">I4sI4s4s4s", size, b"test", 0x04000000, b"mntr", space, b"XYZ ") + bytes(12) + b"acsp"
+            return (front + bytes(88) + bytes(numbers.randrange(256) for _ in range(size)))[:size]
+
+        icc, grey = profile_of(b"RGB ", 150001), profile_of(b"GRAY", 300)
+        photo = Image.open(os.path.join(self.samples, "photo.png")).convert("RGB").resize((64, 48))
+        out = self.path("described.tif")
+
+        def seen(page=0):
+            """The profile, and description, artist, copyright and date."""
+            tags = self.tags(out)[page]
+            return tags.get(34675), [tags[tag].rstrip(b"\0").decode() if tag in tags else None for tag in (270, 315, 33432, 306)]
+
+        nothing = [None] * 4
+        # From every format that holds one.
+        inputs = {"png": {}, "jpg": {"quality": 95}, "tif": {}, "webp": {"lossless": True}}
+        for kind, options in inputs.items():
+            photo.save(self.path("in." + kind), icc_profile=icc, **options)
+        with open(self.path("in.bmp"), "wb") as file:
+            file.write(self.bmp_with_profile(photo, icc))
+        for kind in [*inputs, "bmp"]:
+            said = self.export("--verify", "-c", "lzw", self.path("in." + kind), out)
+            self.same(f"notes of {kind}", said, "")
+            self.true(f"the profile of {kind}", seen() == (icc, nothing))
+            self.true(f"Pillow's of {kind}", Image.open(out).info.get("icc_profile") == icc)
+        if self.has("tiffinfo"):
+            code, told, errors = self.run("tiffinfo", out)
+            self.true("tiffinfo shows it", (code, errors) == (0, "") and "ICC Profile: <present>, 150001 bytes" in told)
+        source = self.path("in.png")
+        # Others that fit, and those that do not.
+        for name, profile in (("grey.icc", grey), ("rgb.icc", icc[:128])):
+            with open(self.path(name), "wb") as file:
+                file.write(profile)
+        self.export("--icc", "drop", source, out)
+        self.same("--icc drop", seen(), (None, nothing))
+        self.export("--icc", self.path("rgb.icc"), source, out)
+        self.same("--icc FILE", seen(), (icc[:128], nothing))
+        self.export("--icc", self.path("grey.icc"), "-m", "grey256", source, out)
+        self.same("--icc of greys", seen(), (grey, nothing))
+        self.export("--icc", self.path("grey.icc"), source, out, code=64)
+        self.export("--icc", source, source, out, code=66)
+        self.export("--icc", self.path("nowhere.icc"), source, out, code=66)
+        for mode, why in (("grey256", "it is for RGB, and the mode is grey256"), ("color256", "it is for RGB, and the mode is color256")):
+            said = self.export("-m", mode, source, out)
+            self.true(f"a note in {mode}: {said}", f"note: not carried over: the ICC profile ({why})" in said)
+            self.same(f"no profile in {mode}", seen(), (None, nothing))
+        said = self.export("--color-treatment", "invert", source, out)
+        self.true(f"a note for other colours: {said}", "the ICC profile (the colours are changed)" in said)
+        photo.convert("L").save(self.path("grey.png"), icc_profile=grey)
+        self.export("--verify", self.path("grey.png"), out)
+        self.true("a grey picture's", seen() == (grey, nothing))
+        # Texts: of the input, of the options, and without.
+        texts = PngImagePlugin.PngInfo()
+        texts.add_text("Description", "Caf\u00e9")
+        texts.add_itxt("Author", "\u0141ukasz")
+        texts.add_text("Copyright", "(c) 2026")
+        photo.save(self.path("text.png"), pnginfo=texts)
+        tiff = TiffImagePlugin.ImageFileDirectory_v2()
+        tiff[270], tiff[315], tiff[33432], tiff[306] = "A lake", "Ann", "Bob", "2001:01:01 00:00:00"
+        photo.save(self.path("text.tif"), tiffinfo=tiff)
+        exif = Image.Exif()
+        exif[270], exif[315], exif[33432], exif[271] = "A lake  ", "Ann", "Bob", "Maker"
+        exif[34665] = {33434: 0.01}
+        photo.save(self.path("text.jpg"), exif=exif)
+        for name, wanted in (("text.png", ["Caf\u00e9", "\u0141ukasz", "(c) 2026", None]),
+                             ("text.tif", ["A lake", "Ann", "Bob", None]), ("text.jpg", ["A lake", "Ann", "Bob", None])):
+            said = self.export("--verify", self.path(name), out)
+            self.same(f"texts of {name}", seen(), (None, wanted))
+            self.same(f"a note of {name}", "not carried over: Exif data of the camera" in said, name == "text.jpg")
+        self.export("--verify", "--description", "a b", "--artist", "", "--date", "2026:01:31 23:59:59", self.path("text.tif"), out)
+        self.same("texts of the options", seen(), (None, ["a b", None, "Bob", "2026:01:31 23:59:59"]))
+        self.export("--date", "now", source, out)
+        self.true("--date now", re.fullmatch(r"20\d\d:\d\d:\d\d \d\d:\d\d:\d\d", seen()[1][3] or ""))
+        self.export("--date", "2026-01-31 23:59:59", source, out, code=64)
+        for option in (("--icc", "drop"), ("--artist", "A"), ("--date", "now")):
+            self.export("--as-is", *option, source, out, code=64)
+        # What is told beforehand, and every page for itself.
+        self.export("--description", "even", "--artist", "odd", source, out)
+        told = subprocess.run([self.program, "--dry-run", "--json", "--description", "even", "--artist", "odd", source],
+                              capture_output=True, text=True).stdout
+        self.same("--dry-run", json.loads(told)["results"][0]["file"]["uncompressedBytes"], os.path.getsize(out))
+        self.export("--verify", "--pages", "--copyright", "me", self.path("text.tif"), source, "-o", out)
+        self.same("pages", [seen(0), seen(1)], [(None, ["A lake", "Ann", "me", None]), (icc, [None, None, "me", None])])
+
     def pages_make_one_file(self):
         inputs = [os.path.join(self.samples, name) for name in ("page.png", "photo.png", "chart8.png")]
         out, again = self.path("pages.tif"), self.path("again.tif")
@@ -310,6 +407,7 @@ class Documents:
         self.resolutions_are_true()
         self.fax_programs_take_one_strip()
         self.predictor_makes_photos_smaller()
+        self.profiles_and_texts_are_kept()
         self.pages_make_one_file()
         self.ten_thousand_pages_take_linear_time()
         for program in self.skipped:

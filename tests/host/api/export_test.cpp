@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstddef>
 #include <cstring>
 #include <thread>
 
@@ -83,6 +84,47 @@ TEST(HostExport, SaysWhetherRowsAreDifferences) {
   EXPECT_EQ(slope.run(), RAXEL_HOST_PREDICTOR_NEEDS_LZW);
   slope.job.predictor = RAXEL_PREDICTORS;
   EXPECT_EQ(slope.run(), RAXEL_HOST_BAD_ARGUMENT);
+}
+
+TEST(HostExport, WritesTextsAndAProfile) {
+  Job job(4, 2);
+  const std::vector<uint8_t> icc{1, 2, 3, 4, 5};
+  RaxelMetadata metadata{};
+  metadata.size = sizeof metadata;
+  metadata.description = "a lake";
+  metadata.artist = "";
+  metadata.dateTime = "2026:01:31 23:59:59";
+  metadata.icc = icc.data();
+  metadata.iccBytes = icc.size();
+  job.job.metadata = &metadata;
+  ASSERT_EQ(job.run(), RAXEL_HOST_OK) << job.result.message;
+  const std::vector<uint8_t> file = job.memory();
+  EXPECT_EQ(job.result.plan.uncompressedBytes, file.size());
+  const auto holds = [&](const std::string &bytes) {
+    return std::search(file.begin(), file.end(), bytes.begin(), bytes.end()) != file.end();
+  };
+  EXPECT_TRUE(holds(std::string("a lake\0", 7)));
+  EXPECT_TRUE(holds(std::string("2026:01:31 23:59:59\0", 20)));
+  EXPECT_TRUE(holds("\1\2\3\4\5"));
+  // The artist's tag, of one zero byte at least, is not there.
+  EXPECT_FALSE(holds(std::string("\x3B\1\2\0", 4)));
+
+  raxelHostFree(job.result.memory);
+  for (const char *date : {"2026-01-31 23:59:59", "2026:01:31", "2026:01:31 23:59:59 "}) {
+    metadata.dateTime = date;
+    EXPECT_EQ(job.run(), RAXEL_HOST_BAD_ARGUMENT) << date;
+  }
+  metadata.dateTime = nullptr;
+  metadata.icc = nullptr;
+  EXPECT_EQ(job.run(), RAXEL_HOST_BAD_ARGUMENT);
+  // An older program's record ends before the profile.
+  metadata.size = offsetof(RaxelMetadata, icc);
+  EXPECT_EQ(job.run(), RAXEL_HOST_OK) << job.result.message;
+  raxelHostFree(job.result.memory);
+  job.result.memory = nullptr;
+  // The filter's own directory has no place for them.
+  job.job.request.finish = 0;
+  EXPECT_EQ(job.run(), RAXEL_HOST_BAD_ARGUMENT);
 }
 
 TEST(HostExport, WritesAFile) {
