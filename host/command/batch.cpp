@@ -265,7 +265,7 @@ int exportAll(const Options &options) {
       Progress line(shownName(tasks[i].inputs.front().name), wantsLine(options));
       const Report report = exportOne(library, options, originals, tasks[i], line);
       outcome.exits[i] = report.exit;
-      outcome.json[i] = toJson(report);
+      if (options.json) outcome.json[i] = toJson(report);
     }
   }
   if (options.json) {

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <set>
+#include <string_view>
 
 #include "order/option_table.h"
 
@@ -47,6 +48,19 @@ void pairFiles(Options &o, std::vector<std::string> files) {
   o.outputs = {o.output};
 }
 
+// True when a word of the command line may be the option. The parser takes as long to learn of an option as
+// a small picture takes to be written, so it learns of no others.
+bool isNamed(const OptionRow &row, int argc, char **argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view word = argv[i];
+    if (word.size() < 2 || word[0] != '-') continue;
+    const bool named = word[1] == '-' ? word.substr(2, word.find('=') - 2) == row.longName
+                                      : row.shortName != 0 && word.find(row.shortName) != word.npos;
+    if (named) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 Options parseOptions(int argc, char **argv) {
@@ -54,6 +68,7 @@ Options parseOptions(int argc, char **argv) {
   CLI::App app{"Writes pictures as TIFF files, through the raxel export filter."};
   app.set_help_flag("-h,--help");  // helpText() prints it
   for (const OptionRow &row : kOptions) {
+    if (!isNamed(row, argc, argv)) continue;
     std::string names = "--" + std::string(row.longName);
     if (row.shortName) names = std::string{'-', row.shortName} + "," + names;
     if (row.argument.empty()) {
@@ -74,7 +89,8 @@ Options parseOptions(int argc, char **argv) {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &) {
     o.command = Command::kHelp;
-    o.json = app.count("--json") != 0;
+    const CLI::Option *json = app.get_option_no_throw("--json");
+    o.json = json && json->count() != 0;
     return o;
   } catch (const CLI::ParseError &error) {
     fail(std::string(error.what()) + "; see --help");
