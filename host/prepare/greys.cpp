@@ -164,9 +164,9 @@ MakeRow twoColorRows(const Source &source, RaxelPlan &plan, uint8_t *table) {
   const uint32_t used = plan.width % 8;
   return [&source, ofClear, ofSet, bytes, used](uint32_t y, uint8_t *out) {
     const uint8_t *in = source.row(y);
-    for (size_t i = 0; i < bytes; ++i) {
-      out[i] = static_cast<uint8_t>((in[i] & ofSet) | (~in[i] & ofClear));
-    }
+    // On the stack, where no byte of the row can lie.
+    const uint8_t clear = ofClear, change = ofClear ^ ofSet;
+    for (size_t i = 0; i < bytes; ++i) out[i] = static_cast<uint8_t>((in[i] & change) ^ clear);
     if (used != 0) out[bytes - 1] = static_cast<uint8_t>(out[bytes - 1] & (0xFF00u >> used));
   };
 }
