@@ -1,0 +1,114 @@
+#!/usr/bin/python3
+"""Takes the documents at their word: their links lead somewhere, their commands run, their dump is the file.
+
+    documents.py --build FOLDER --source FOLDER links|commands|dump
+"""
+
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+
+def pages(source):
+    """All documents, as (path from the root, text)."""
+    names = subprocess.run(["git", "-C", source, "ls-files", "--cached", "--others", "--exclude-standard", "*.md"],
+                           capture_output=True, text=True).stdout.split()
+    if not names:  # an archive
+        names = [os.path.relpath(os.path.join(where, name), source) for where, _, files in os.walk(source)
+                 for name in files if name.endswith(".md") and "/build/" not in where]
+    for name in sorted(names):
+        if os.path.exists(os.path.join(source, name)):
+            with open(os.path.join(source, name), encoding="utf-8") as text:
+                yield name, text.read()
+
+
+def anchor(heading):
+    return re.sub(r"[^\w\- ]", "", heading.strip().lower()).replace(" ", "-")
+
+
+def links(source):
+    faults, seen = [], 0
+    texts = dict(pages(source))
+    anchors = {name: {anchor(line.lstrip("#")) for line in text.splitlines() if line.startswith("#")}
+               for name, text in texts.items()}
+    for name, text in texts.items():
+        prose = re.sub(r"^    .*$", "", re.sub(r"^```.*?^```$", "", text, flags=re.M | re.S), flags=re.M)
+        for target in re.findall(r"\]\(([^)\s]+)\)", prose):
+            if re.match(r"[a-z]+:", target):
+                continue
+            seen += 1
+            path, _, place = target.partition("#")
+            path = os.path.normpath(os.path.join(os.path.dirname(name), path)) if path else name
+            if not os.path.exists(os.path.join(source, path)):
+                faults.append(f"{name}: {target}: there is no {path}")
+            elif place and place not in anchors.get(path, ()):
+                faults.append(f"{name}: {target}: {path} has no such heading")
+        for path in re.findall(r"`((?:src|host|include|tests|docs|examples|samples|bench|fuzz)/[\w./-]+\.\w+)`", text):
+            seen += 1
+            if not os.path.exists(os.path.join(source, path)):
+                faults.append(f"{name}: there is no {path}")
+    return faults, f"{seen} links", seen > 40
+
+
+def commands(source, build):
+    """Runs what stands in code of its own and begins with raxel-export, ./dev export or printf."""
+    faults, ran = [], 0
+    with open(os.path.join(source, "dev"), encoding="utf-8") as text:
+        known = set(re.findall(r"^## (\w+)", text.read(), re.M))
+    for name, text in pages(source):
+        with tempfile.TemporaryDirectory() as folder:
+            os.symlink(os.path.join(source, "samples"), os.path.join(folder, "samples"))
+            environment = {"PATH": build + ":/usr/bin:/bin", "LC_ALL": "C", "HOME": folder}
+            for line in re.findall(r"^    (\S.*)$", text, re.M):
+                word = re.match(r"\./dev (\w+)", line)
+                if word and word.group(1) not in known:
+                    faults.append(f"{name}: {line}: there is no such command")
+                line = re.sub(r"^\./dev export ", "raxel-export ", line)
+                if not re.match(r"(raxel-export [^|]|printf .* >)", line) or re.search(r"[A-Z]{2,}\b(?!\.)", line.split("'")[-1]):
+                    continue  # no command, or a pattern of one: INPUT OUTPUT
+                done = subprocess.run(["sh", "-c", line], cwd=folder, env=environment, capture_output=True, text=True)
+                ran += 1
+                if done.returncode:
+                    faults.append(f"{name}: {line}: ends with {done.returncode}: {done.stderr}")
+    return faults, f"{ran} commands", ran >= 6
+
+
+def dump(source, build):
+    """docs/format.md shows a file byte by byte, and the commands that write it."""
+    with open(os.path.join(source, "docs/format.md"), encoding="utf-8") as text:
+        page = text.read()
+    shown, faults = bytearray(), []
+    for place, codes in re.findall(r"^    ([0-9A-F]{3})  ((?:[0-9A-F]{2} )+) ", page, re.M):
+        if int(place, 16) != len(shown):
+            faults.append(f"{place} stands at {len(shown):03X}")
+        shown += bytes.fromhex(codes)
+    with tempfile.TemporaryDirectory() as folder:
+        for line in re.findall(r"^    ((?:printf|raxel-export) .*tiny.*)$", page, re.M):
+            subprocess.run(["sh", "-c", line], cwd=folder, env={"PATH": build + ":/usr/bin:/bin"}, check=True)
+        with open(os.path.join(folder, "tiny.tif"), "rb") as file:
+            written = file.read()
+    for at in range(max(len(shown), len(written))):
+        if shown[at:at + 1] != written[at:at + 1]:
+            faults.append(f"at {at:03X}: the page says {shown[at:at + 4].hex(' ')}, the file {written[at:at + 4].hex(' ')}")
+            break
+    told = re.search(r"All (\d+) bytes", page)
+    if not told or int(told.group(1)) != len(written):
+        faults.append(f"the file has {len(written)} bytes")
+    return faults, f"{len(written)} bytes", len(written) > 100
+
+
+def main():
+    arguments = dict(zip(sys.argv[1:5:2], sys.argv[2:5:2]))
+    build, source, what = os.path.abspath(arguments["--build"]), os.path.abspath(arguments["--source"]), sys.argv[5]
+    faults, summary, enough = {"links": lambda: links(source), "commands": lambda: commands(source, build),
+                               "dump": lambda: dump(source, build)}[what]()
+    for fault in faults:
+        print(f"FAILED {fault}")
+    print(f"{summary}, {len(faults)} faults" + ("" if enough else ": too few to be all"))
+    return bool(faults) or not enough
+
+
+if __name__ == "__main__":
+    sys.exit(main())
