@@ -74,7 +74,10 @@ void Progress::print(const std::string &text) {
 }
 
 void Progress::stage(const char *what) {
-  if (shown_ && Clock::now() - start_ > kQuietTime) print(what);
+  const Clock::time_point now = Clock::now();
+  if (!shown_ || now - start_ <= kQuietTime || (now - last_ < kStep && lineThere_)) return;
+  last_ = now;
+  print(what);
 }
 
 void Progress::show(double part, uint64_t size) {

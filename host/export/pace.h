@@ -25,6 +25,8 @@ class Pace {
     gathered_ += count;
     return gathered_ < kWorthALook ? !stopped_ : look(size);
   }
+  // Between two rows of a preparation: false when the export is to stop.
+  bool goesOn() { return !asked_ || look(0); }
   // Asks once more; throws the Failure of a stop that was asked for.
   void check(uint64_t size);
   bool stopped() const { return stopped_; }

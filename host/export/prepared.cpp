@@ -21,6 +21,7 @@
 #include "prepare/fallback.h"
 #include "prepare/plan.h"
 #include "prepare/predict.h"
+#include "prepare/prepare.h"
 #include "prepare/row_by_row.h"
 #include "raxel/host.h"
 
@@ -169,8 +170,9 @@ void makePage(const RaxelHostJob &job, const Library &library, RaxelHostResult &
   if (bands) {
     rows.emplace(job.picture, job.request, library.services, plan, room.table.bytes());
   } else {
-    check(raxelHostPrepare(&job.picture, &job.request, &library.services, &plan, room.pixels.bytes(),
-                           room.table.bytes()));
+    const auto isStopped = [](void *asked) { return !static_cast<Pace *>(asked)->goesOn(); };
+    check(prepare::preparePicture(job.picture, job.request, &library.services, plan, room.pixels.bytes(),
+                                  room.table.bytes(), {isStopped, &pace}));
   }
   sendPlan(setup, plan);
   result.prepareSeconds += secondsSince(start);

@@ -1,4 +1,6 @@
 // The stages of a preparation, one after the other.
+#include "prepare/prepare.h"
+
 #include <new>
 
 #include "prepare/block.h"
@@ -88,10 +90,10 @@ void noteDecision(const Source &original, const RaxelRequest &request, RaxelPlan
 }
 
 int prepare(const RaxelPicture &picture, const RaxelRequest &request, const RaxelServices *services,
-            RaxelPlan &plan, uint8_t *pixels, uint8_t *table) {
+            RaxelPlan &plan, uint8_t *pixels, uint8_t *table, const Interrupt &interrupt) {
   if (request.treatment != RAXEL_TREAT_NONE && !complete(services)) return RAXEL_HOST_NO_SERVICE;
   const Block block{plan, pixels};
-  const Source original(picture, request.treatment, services);
+  const Source original(picture, request.treatment, services, interrupt);
   int code = RAXEL_HOST_OK;
   if (plan.width == picture.width && plan.rows == picture.height) {
     code = reduce(original, decide(original, request), services, block, plan, table);
@@ -100,7 +102,7 @@ int prepare(const RaxelPicture &picture, const RaxelRequest &request, const Raxe
     shrinkPage(original, block);
   } else {
     const Raster raster = scale(original, plan.width, plan.rows);
-    const Source scaled(pictureOf(raster), RAXEL_TREAT_NONE, nullptr);
+    const Source scaled(pictureOf(raster), RAXEL_TREAT_NONE, nullptr, interrupt);
     code = reduce(scaled, decide(original, request), services, block, plan, table);
   }
   if (code != RAXEL_HOST_OK) return code;
@@ -114,6 +116,25 @@ int prepare(const RaxelPicture &picture, const RaxelRequest &request, const Raxe
 }
 
 }  // namespace
+
+int preparePicture(const RaxelPicture &picture, const RaxelRequest &request, const RaxelServices *services,
+                   RaxelPlan &plan, uint8_t *pixels, uint8_t *table, const Interrupt &interrupt) {
+  // A plan that does not belong to picture and request would lead outside the block.
+  RaxelPlan own;
+  if (const int code = raxelHostPlanAnyway(&picture, &request, &own)) return code;
+  if (own.bytes != plan.bytes || own.width != plan.width || own.height != plan.height) {
+    return RAXEL_HOST_BAD_ARGUMENT;
+  }
+  plan = own;
+  try {
+    return prepare(picture, request, services, plan, pixels, table, interrupt);
+  } catch (const std::bad_alloc &) {
+    return RAXEL_HOST_NO_MEMORY;
+  } catch (const Interrupted &) {
+    return RAXEL_HOST_STOPPED;
+  }
+}
+
 }  // namespace prepare
 
 extern "C" {
@@ -121,18 +142,7 @@ extern "C" {
 int raxelHostPrepare(const RaxelPicture *picture, const RaxelRequest *request,
                      const RaxelServices *services, RaxelPlan *plan, uint8_t *pixels, uint8_t *table) {
   if (!picture || !request || !plan || !pixels || !table) return RAXEL_HOST_BAD_ARGUMENT;
-  // A plan that does not belong to picture and request would lead outside the block.
-  RaxelPlan own;
-  if (const int code = raxelHostPlanAnyway(picture, request, &own)) return code;
-  if (own.bytes != plan->bytes || own.width != plan->width || own.height != plan->height) {
-    return RAXEL_HOST_BAD_ARGUMENT;
-  }
-  *plan = own;
-  try {
-    return prepare::prepare(*picture, *request, services, *plan, pixels, table);
-  } catch (const std::bad_alloc &) {
-    return RAXEL_HOST_NO_MEMORY;
-  }
+  return prepare::preparePicture(*picture, *request, services, *plan, pixels, table, {});
 }
 
 int raxelHostHasQuantizer(int quantizer) {

@@ -5,8 +5,9 @@
 
 namespace prepare {
 
-Source::Source(const RaxelPicture &picture, int32_t treatment, const RaxelServices *services)
-    : picture_(picture), treatment_(treatment), services_(services) {
+Source::Source(const RaxelPicture &picture, int32_t treatment, const RaxelServices *services,
+               const Interrupt &interrupt)
+    : picture_(picture), treatment_(treatment), services_(services), interrupt_(interrupt) {
   if (!indexed()) return;
   const size_t entries = size_t{1} << picture.bits;
   colors_ = static_cast<uint32_t>(picture.table ? std::min<size_t>(entries, picture.colors) : entries);

@@ -17,12 +17,22 @@ constexpr uint8_t brightness(unsigned red, unsigned green, unsigned blue) {
   return static_cast<uint8_t>((299 * red + 587 * green + 114 * blue + 500) / 1000);
 }
 
+// Asked for every row that is read: true ends the preparation.
+struct Interrupt {
+  bool (*wanted)(void *context) = nullptr;  // null: nobody to ask
+  void *context = nullptr;
+};
+
+// Thrown by the reading of a row when an interrupt is wanted.
+struct Interrupted {};
+
 // A picture as the stages see it: with the table written out, and a colour treatment that is applied
 // while rows are read (to the table when there is one).
 class Source {
  public:
   // The treatment must be RAXEL_TREAT_NONE when services is null. The picture's rows are borrowed.
-  Source(const RaxelPicture &picture, int32_t treatment, const RaxelServices *services);
+  Source(const RaxelPicture &picture, int32_t treatment, const RaxelServices *services,
+         const Interrupt &interrupt = {});
 
   uint32_t width() const { return picture_.width; }
   uint32_t height() const { return picture_.height; }
@@ -31,7 +41,10 @@ class Source {
   // True when every colour is known to be a grey: decided by the table, without looking at pixels.
   bool grey() const { return grey_; }
   // The row as it stands.
-  const uint8_t *row(uint32_t y) const { return picture_.rows + picture_.stride * y; }
+  const uint8_t *row(uint32_t y) const {
+    if (interrupt_.wanted && interrupt_.wanted(interrupt_.context)) throw Interrupted();
+    return picture_.rows + picture_.stride * y;
+  }
   // Entries that the picture's own table has; at most 2 ** bits, and all of them without a table.
   uint32_t colors() const { return colors_; }
   // Colours of an indexed picture: 2 ** bits entries, black beyond the picture's own.
@@ -50,6 +63,7 @@ class Source {
   RaxelPicture picture_;
   int32_t treatment_;  // for rows of 24 bits; tables are treated at once
   const RaxelServices *services_;
+  Interrupt interrupt_;
   bool grey_ = false;
   uint32_t colors_ = 0;
   std::array<Color, 256> table_{};

@@ -355,6 +355,23 @@ TEST(HostExport, StopsWhenAskedToAndLeavesTheOldFile) {
   }
 }
 
+TEST(HostExport, StopsInTheMiddleOfThePreparation) {
+  for (int mode : {RAXEL_MODE_COLOR256, RAXEL_MODE_COLOR16, RAXEL_MODE_RGB}) {
+    static int heard;
+    heard = 0;
+    Job job(3000, 2000);
+    job.job.request.mode = mode;
+    job.job.request.inchesX = 50;
+    job.job.progress = [](void *, int32_t stage, double, uint64_t) -> int32_t {
+      EXPECT_EQ(stage, int32_t{RAXEL_STAGE_PREPARING});
+      return ++heard == 2 ? 1 : 0;  // the first is the beginning of the stage
+    };
+    EXPECT_EQ(job.run(), RAXEL_HOST_STOPPED) << raxelHostModeName(mode);
+    EXPECT_EQ(heard, 2);
+    EXPECT_EQ(job.result.memory, nullptr);
+  }
+}
+
 TEST(HostExport, AnAnswerToTheProgressStopsToo) {
   Job job(40, 30);
   job.job.progress = [](void *, int32_t stage, double, uint64_t) -> int32_t {
