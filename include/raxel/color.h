@@ -1,4 +1,5 @@
-// The colour library: pixel access, median cut, depth conversion, error diffusion, scaling, CMYK.
+// The colour library: pixel access, depth conversion, scaling, CMYK; with raxel/median_cut.h, which chooses
+// tables, and raxel/dither.h, which diffuses errors.
 //
 // A picture is not a record: it travels as separate arguments.
 //
@@ -26,6 +27,8 @@
 #ifndef RAXEL_COLOR_H
 #define RAXEL_COLOR_H
 
+#include "raxel/dither.h"
+#include "raxel/median_cut.h"
 #include "raxel/types.h"
 
 RAXEL_BEGIN
@@ -83,84 +86,6 @@ RAXEL_EXPORT int32_t rlFreeNewData(Handle handle);
 // The handle of an address that came from rlLockMemory.
 RAXEL_EXPORT Handle rlPointertoHandle(const void *pointer);
 
-// ---- Choosing a table by median cut (src/color/README.md explains it)
-
-// One entry of the list of distinct 15-bit colours: the top five bits of each channel.
-typedef struct ColorFreq {
-  uint16_t color15;  // red5 << 10 | green5 << 5 | blue5
-  uint16_t count;    // pixels of that colour, saturated at 65535
-} ColorFreq;
-
-// One box of the median cut: a stretch of the list and its colours' extremes and mean, all channels
-// of 5 bits.
-typedef struct ColorBox {
-  uint16_t first;       // positions in the list, both included
-  uint16_t last;        //
-  uint32_t pixelCount;  // the sum of the counts
-  uint8_t redMin, redMax;
-  uint8_t greenMin, greenMax;
-  uint8_t blueMin, blueMax;
-  uint8_t axis;  // the longest side: 0 red, 1 green, 2 blue
-  uint8_t redMean, greenMean, blueMean;
-} ColorBox;
-
-// The context of a reduction; the host knows it by its handle.
-typedef struct ColorLibContext {
-  Handle hHistogram;   // 32768 counters of 16 bits, made on first use
-  Handle hBoxes;       // a ColorBox for each colour wanted
-  Handle hBoxOrder;    // a slot state for each: 0xFFFF free, 0xFFFE cannot be split, else its number
-  uint16_t nDistinct;  // distinct 15-bit colours counted so far
-  uint16_t nBoxes;     // boxes in use
-  uint16_t iSplitBox;  // the last split: the box's slot, its first and last position,
-  uint16_t iFirst;     //
-  uint16_t iLast;      //
-  uint16_t iMedian;    // and where it was cut
-} ColorLibContext;
-
-// A table of at most *count colours for a 24-bit picture: its 15-bit colours themselves when they are
-// fewer, else the means of a median cut. Of the 3 * wanted bytes those past the obtained entries are 0.
-//   height  as a signed number; no rows when negative
-//   count   in: the colours wanted; out: those obtained. Stays as it is when bits is 0, and the table
-//           is then all zeros
-RAXEL_EXPORT Handle rlReduceColorTable(Handle bits, uint32_t width, int16_t height, uint16_t *count);
-
-// A new context, and its end: TermColorLib frees what it holds and returns 0, also for the null
-// handle; -1 when the handle names no context.
-RAXEL_EXPORT Handle InitColorLib(void);
-RAXEL_EXPORT int32_t TermColorLib(Handle context);
-
-// Adds a 24-bit picture to a context's histogram and chooses a table from all that was added.
-//   rows     the picture, rlBytesPerLine(width, 24) bytes a row
-//   width    more than 2147483647 pixels are none
-//   height   as a signed number; no rows when negative
-//   count    in: the colours wanted; out: those obtained, 0 when no table is built
-//   mode     bit 0: build the table; bit 1: keep the histogram after it (without a table it is kept)
-//   table    3 bytes for each colour wanted, filled for each one obtained
-// Returns 0, or -1 when something is missing or there is no memory.
-RAXEL_EXPORT int32_t direct_indexed(const uint8_t *rows, uint32_t width, int16_t height, uint16_t *count,
-                                    uint16_t mode, uint8_t *table, Handle context);
-
-// The steps of the median cut. All positions count from the list's first entry.
-//
-// Measures the box over the entries first to last.
-RAXEL_EXPORT void getCRectData(ColorBox *box, const ColorFreq *list, int16_t first, int16_t last);
-// Sorts n entries by one channel, ascending: axis 0 red, 1 green, any other blue. The list holds n + 1
-// entries: the one past the box takes part in the heap and may change places with one of the box.
-RAXEL_EXPORT void HeapSort(ColorFreq *list, int16_t axis, uint16_t n);
-// Lets the entry at start sink in the heap that ends at position last, included.
-RAXEL_EXPORT void AdjustHeap(ColorFreq *list, int16_t axis, int32_t start, int32_t last);
-// Exchanges two entries; does nothing when one is missing.
-RAXEL_EXPORT void clrswap(ColorFreq *a, ColorFreq *b);
-// The position after which to cut a sorted box. The list is read one entry past the box.
-RAXEL_EXPORT int32_t find_median(const ColorFreq *list, const ColorBox *box);
-// Splits the box of a slot into the two lowest free slots, frees its slot and adds 1 to *nBoxes.
-//   boxes, states  colorCount of each
-// Returns 1, or 0 when an argument is null or the slot is none of colorCount.
-RAXEL_EXPORT int32_t split(ColorBox *boxes, uint16_t slot, uint16_t median, uint16_t *nBoxes,
-                           uint16_t *states, const ColorFreq *list, uint16_t colorCount);
-// The slot of the box with the most pixels that can be split, the lowest of equals; 0 when none can.
-RAXEL_EXPORT int32_t GetMaxHistSum(const ColorBox *boxes, const uint16_t *states, uint16_t colorCount);
-
 // ---- Changing the depth
 
 // Brings a picture to another depth, choosing a table and dithering where the depth falls:
@@ -210,55 +135,6 @@ RAXEL_EXPORT Handle rlChangeColorResolution(Handle bits, uint32_t width, uint32_
 RAXEL_EXPORT Handle rlConvertBitmapDepth(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
                                          int16_t depth, Handle sourceTable, Handle table, uint16_t count);
 
-// ---- Dithering by error diffusion, to depths of 1, 4 and 8 bits
-
-// Chooses a table, as rlDitherGetCT does, or takes the caller's, and dithers to it. Returns 0 for any other
-// depth, without bits or a place for the table, and for pictures past 4 GB at 24 bits.
-//   table  in: a table of 1 << depth entries to dither to (those that its block lacks are not searched),
-//          or 0; out: the table used. A table that was made is the caller's to free. When 0 is returned
-//          the handle stays as it is
-RAXEL_EXPORT Handle rlDitherBitmap(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
-                                   int16_t depth, Handle sourceTable, Handle *table);
-
-// Only chooses the table, so that a picture in several pieces can be dithered to one.
-//
-//   depth  the table                                                                     its count
-//   1      the one handed in, else                                                       2
-//          a copy of MonoTable                                                           8
-//   4, 8   always a new one: the picture's colours by rlReduceColorTable, at most 8 or   16, 256
-//          248, then must_have_colors, then black
-//
-// Heights count as signed 16-bit numbers where colours are chosen: a table for 32,768 to 65,535 rows has
-// none of the picture.
-//   table  in: a table for 1 bit, or 0; out: the table. One that was made is the caller's to free, and so
-//          stays a table handed in at 4 and 8 bits, where its handle is overwritten
-//   count  out: the table's entries, as far as a table handed in has them
-// What rlDitherBitmap refuses leaves the table's handle as it is and a count of 0.
-RAXEL_EXPORT void rlDitherGetCT(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
-                                int16_t depth, Handle sourceTable, Handle *table, uint16_t *count);
-
-// Dithers to a table chosen before. At 1 bit pixels take the lowest bit of their entry's index: with
-// MonoTable the entries 1, 3, 5, 7 set them. Returns 0 for what rlDitherBitmap refuses.
-//   table, count  its entries; the count is cut at what the table's block holds. Without a table, and
-//                 when the count is then 0 or above 32767, all pixels are 0
-RAXEL_EXPORT Handle rlDitherGivenCT(Handle bits, uint32_t width, uint32_t height, int16_t sourceDepth,
-                                    int16_t depth, Handle sourceTable, Handle table, uint16_t count);
-
-// Dithers one row of width 24-bit pixels in place, from left to right, and spreads the errors. With an
-// error e of a channel, e8 = e / 8 and e716 = 7 * e / 16, both truncated toward zero, the pixel to the
-// right gets e716, the one below e716 - e8, below left e716 - 2 * e8, below right e716 - 3 * e8; each
-// sum is clamped to 0..255 at once. The last pixel takes the entry of the one before it (entry 0 where
-// it is alone) and spreads nothing.
-//   current, next  first bytes of the two rows; next is null for the last row
-//   table, count   3-byte entries; without any the row becomes black
-RAXEL_EXPORT void _rlDitherOneLine(uint8_t *current, uint8_t *next, const uint8_t *table, uint32_t width,
-                                   int16_t count);
-
-// Changes a row of width 24-bit pixels in place: mode 1 inverts every channel, 2 only pixels whose
-// channels are pairwise within 10, 3 turns to grey, (3 * red + 6 * green + blue) / 10, 4 to inverted
-// grey. Other modes do nothing.
-RAXEL_EXPORT void rev_rgb(uint32_t width, uint8_t *row, int32_t mode);
-
 // ---- Scaling and mirroring
 
 // A picture made smaller or larger by leaving out and repeating pixels. The two entries do the same:
@@ -300,14 +176,7 @@ RAXEL_EXPORT void rlCMYKtoRGB(Handle bits, uint32_t width, uint32_t height);
 // Drops every fourth byte; packed in the same way.
 RAXEL_EXPORT void rlALPHAtoRGB(Handle bits, uint32_t width, uint32_t height);
 
-// ---- Tables and the diagnostics level
-
-// i - 128 limited to 0..255: read from index 128 on, it clamps sums from -128 to 383.
-RAXEL_EXPORT extern const uint8_t BOUNDARY_CHK[512];
-// What bilevel pictures are dithered to: eight greys, red, green, blue each.
-RAXEL_EXPORT extern const uint8_t MonoTable[8][3];
-// Appended to every table chosen for dithering: white, yellow, magenta, cyan, red, green, blue, black.
-RAXEL_EXPORT extern const uint8_t must_have_colors[8][3];
+// ---- Diagnostics
 
 // How much the library prints of what it does: reduction, conversion and pixels on standard error,
 // dithering on standard output. Stored in 16 bits and compared as signed.
