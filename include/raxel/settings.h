@@ -129,7 +129,7 @@ RAXEL_EXPORT HostWord LoadProfileList(HostWord first, ...);
 //     19 SET_SIZE_MODE           4   the same
 //     25 SET_USER_DATA           -
 //     26 GET_USER_DATA           -
-//     56 GET_RASTER_INFO         -   see GetRasterInfo
+//     56 GET_RASTER_INFO         -   a RasterPictureInfo in, a RasterInfoResult out; see GetRasterInfo
 //     57 GET_COLOR_MODE          4   refuses when the stored code is none
 //     81 SET_OUTPUT_PROC         4   null: none. The size may also be that of a pointer
 //
@@ -139,33 +139,6 @@ RAXEL_EXPORT HostWord LoadProfileList(HostWord first, ...);
 // slip that profiles depend on: 6.67 is stored as .36.67, which reads back as 0.36.
 RAXEL_EXPORT int32_t xEscapeSetup(Handle setup, int32_t escape, int32_t size, const void *input,
                                   void *output, int32_t save);
-
-// Input of escape 56, 28 bytes on every machine, at any address.
-//
-//    0 i32  display resolution, dots per inch      4 i32  not used
-//    8 i32  picture resolution, picture units per inch; 0: it has none
-//   12 i32  picture width, picture units          16 i32  picture height
-//   20 i32  display width, dots                   24 i32  display height
-typedef struct RasterPictureInfo {
-  int32_t nDisplayResolution;
-  int32_t nUnused;
-  int32_t nPictureResolution;
-  int32_t nPictureWidth;
-  int32_t nPictureHeight;
-  int32_t nDisplayWidth;
-  int32_t nDisplayHeight;
-} RasterPictureInfo;
-
-// Output of escape 56, 12 bytes on every machine, at any address.
-//
-//    0 i32  width, pixels    4 i32  height, pixels
-//    8 i32  bits per pixel, negative for grey: 1, -4, -8, 4, 8 or 24. A bitmap mode that has no
-//           depth leaves this word as it was
-typedef struct RasterInfoResult {
-  int32_t nWidth;
-  int32_t nHeight;
-  int32_t nDepth;
-} RasterInfoResult;
 
 // Works out the pixel size and depth that an export of this picture will have, for the record at
 // lpRaster (not for `setup`), and brings its size and resolution up to date where the size or resolution

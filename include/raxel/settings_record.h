@@ -1,4 +1,4 @@
-// The settings record: what a setup handle stands for, and the records in use.
+// The settings record: what a setup handle stands for, and the records in use; and those of escape 56.
 #ifndef RAXEL_SETTINGS_RECORD_H
 #define RAXEL_SETTINGS_RECORD_H
 
@@ -57,6 +57,33 @@ RAXEL_EXPORT extern Handle hRaster;
 RAXEL_EXPORT extern RasterSetup *lpRaster;
 RAXEL_EXPORT extern Handle hSetup;
 RAXEL_EXPORT extern RasterSetup *lpSetup;
+
+// Input of escape 56, 28 bytes on every machine, at any address.
+//
+//    0 i32  display resolution, dots per inch      4 i32  not used
+//    8 i32  picture resolution, picture units per inch; 0: it has none
+//   12 i32  picture width, picture units          16 i32  picture height
+//   20 i32  display width, dots                   24 i32  display height
+typedef struct RasterPictureInfo {
+  int32_t nDisplayResolution;
+  int32_t nUnused;
+  int32_t nPictureResolution;
+  int32_t nPictureWidth;
+  int32_t nPictureHeight;
+  int32_t nDisplayWidth;
+  int32_t nDisplayHeight;
+} RasterPictureInfo;
+
+// Output of escape 56, 12 bytes on every machine, at any address.
+//
+//    0 i32  width, pixels    4 i32  height, pixels
+//    8 i32  bits per pixel, negative for grey: 1, -4, -8, 4, 8 or 24. A bitmap mode that has no
+//           depth leaves this word as it was
+typedef struct RasterInfoResult {
+  int32_t nWidth;
+  int32_t nHeight;
+  int32_t nDepth;
+} RasterInfoResult;
 
 RAXEL_END
 
