@@ -242,7 +242,7 @@ class Pool {
 }  // namespace
 
 int exportAll(const Options &options) {
-  const Library &library = openFilter(options.library);
+  const Library &library = openFilter(options);
   const Originals originals(options.inputs);
   const std::vector<Task> tasks = tasksOf(options);
   if (!options.dryRun) {

@@ -120,7 +120,7 @@ RaxelPlan planned(const RaxelHostJob &job) {
   check(!described || plan.finish != 0 ? RAXEL_HOST_OK : RAXEL_HOST_BAD_ARGUMENT);
   plan.uncompressedBytes += finish::metadataBytes(metadata);
   if (isOneCodedStrip(plan) && job.road != RAXEL_ROAD_CELL)
-    throw Failure(RAXEL_HOST_BAD_ROAD, "one strip goes by --via cell");
+    throw Failure(RAXEL_HOST_BAD_ROAD, "only the one call with a finished picture writes a single strip");
   if (job.road != RAXEL_ROAD_DRIVER) return plan;
   if (const std::string why = driverRefusal(plan); !why.empty()) throw Failure(RAXEL_HOST_BAD_ROAD, why);
   return plan;

@@ -25,7 +25,7 @@ uint32_t send(const Library &library, Setup &setup, const Handover &picture, con
       const auto code = static_cast<uint32_t>(exportThroughMetafile(library, setup, stream));
       if (code != RAXEL_NO_MEMORY) return code;
       throw Failure(RAXEL_HOST_FILTER_FAILED,
-                    library.path + ": records no metafiles on this platform (code 300); use --via cell");
+                    library.path + ": records no metafiles on this platform (code 300)");
     }
     default:
       return exportCells(library, setup, picture, "output", stream);

@@ -107,13 +107,11 @@ bool exact(uint32_t pixels, int32_t dpi) {
 }  // namespace
 
 std::string driverRefusal(const RaxelPlan &plan) {
-  if (plan.filterDpiX != plan.filterDpiY)
-    return "the driver's road has one resolution for both axes: give --dpi N, or --via cell";
+  if (plan.filterDpiX != plan.filterDpiY) return "the driver's road has one resolution for both axes";
   // Sizes go over in inches, as quotients of two doubles, which fall a pixel short at some resolutions.
   if (!exact(plan.width, plan.filterDpiX) || !exact(plan.height, plan.filterDpiY)) {
     return "at " + std::to_string(plan.filterDpiX) +
-           " dots an inch the driver's road loses a pixel of this picture: give another --dpi, or --via "
-           "cell";
+           " dots an inch the driver's road loses a pixel of this picture";
   }
   return "";
 }

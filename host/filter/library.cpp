@@ -56,8 +56,7 @@ Library loadLibrary(const std::string &path) {
   if (!handle) {
     const char *why = dlerror();
     // The loader's sentence names the file when it is about the file.
-    throw Failure(RAXEL_HOST_NO_FILTER, std::string("cannot be loaded: ") + (why ? why : path) +
-                                            "; name another with --library or RAXEL_LIBRARY");
+    throw Failure(RAXEL_HOST_NO_FILTER, std::string("cannot be loaded: ") + (why ? why : path));
   }
   Loaded loaded{handle, library.path, {}};
   decltype(&::fltLoadPointers) loadPointers = nullptr;

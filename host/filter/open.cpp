@@ -52,9 +52,9 @@ std::string findLibrary(const std::string &wanted) {
     }
   }
   if (const char *path = RAXEL_INSTALLED_FILTER; access(path, F_OK) == 0) return path;
-  throw Failure(RAXEL_HOST_NO_FILTER,
-                "raxel.so: not found beside the program nor in ../lib/raxel; name it with --library or "
-                "RAXEL_LIBRARY");
+  throw Failure(
+      RAXEL_HOST_NO_FILTER,
+      "raxel.so: not named by RAXEL_LIBRARY, and not found beside the program nor in ../lib/raxel");
 }
 
 bool isSameFile(const std::string &one, const std::string &other) {

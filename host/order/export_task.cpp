@@ -9,6 +9,7 @@
 #include "filter/metadata.h"
 #include "filter/open.h"
 #include "filter/save.h"
+#include "order/advice.h"
 #include "order/as_is.h"
 #include "order/page_feed.h"
 #include "pictures/picture.h"
@@ -189,10 +190,8 @@ int32_t turnPage(void *context, uint32_t, const RaxelHostResult *before, RaxelPi
   }
 }
 
-}  // namespace
-
-void exportTask(const Library &library, const Options &options, const Task &task, const Caller &caller,
-                Report &report) {
+void carryOut(const Library &library, const Options &options, const Task &task, const Caller &caller,
+              Report &report) {
   report.output = options.dryRun ? "" : task.output;
   report.dryRun = options.dryRun;
   report.isPaged = options.pages;
@@ -249,6 +248,25 @@ void exportTask(const Library &library, const Options &options, const Task &task
   if (options.save && !options.dryRun) {
     const FilterLock lock;
     saveGiven(library, *run.given, options, report.notes);
+  }
+}
+
+}  // namespace
+
+const Library &openFilter(const Options &options) {
+  try {
+    return openFilter(options.library);
+  } catch (const Failure &failure) {
+    throw advised(failure, options, "");
+  }
+}
+
+void exportTask(const Library &library, const Options &options, const Task &task, const Caller &caller,
+                Report &report) {
+  try {
+    carryOut(library, options, task, caller, report);
+  } catch (const Failure &failure) {
+    throw advised(failure, options, task.output);
   }
 }
 

@@ -22,8 +22,11 @@ struct Caller {
   std::function<void(const Report &page)> told;  // of each page that is written
 };
 
-// Exports the picture or the pages of a task, and fills the report as it goes. Throws a Failure; the old
-// output then stands.
+// Finds the filter that the options name, or the usual one.
+const Library &openFilter(const Options &options);
+
+// Exports the picture or the pages of a task, and fills the report as it goes. Throws a Failure, which says
+// which option helps; the old output then stands.
 void exportTask(const Library &library, const Options &options, const Task &task, const Caller &caller,
                 Report &report);
 

@@ -96,7 +96,7 @@ void perform(RaxelHostOrder &order, const RaxelHostJob &job, RaxelHostResult &re
   Report report;
   report.input = order.task.inputs.front().name;
   try {
-    exportTask(openFilter(options.library), options, order.task, caller, report);
+    exportTask(openFilter(options), options, order.task, caller, report);
   } catch (const Failure &failure) {
     report.exit = failure.code();
     report.error = failure.what();

@@ -112,13 +112,11 @@ Target::Target(const std::string &path, const TargetRules &rules) : name_(path),
   }
   struct stat about;
   const bool exists = stat(path.c_str(), &about) == 0;
-  if (exists && S_ISDIR(about.st_mode))
-    failCreate(name_, EISDIR, "it is a folder; use -d for several outputs");
-  if (exists && rules.noClobber) failCreate(name_, EEXIST, "it exists, and --no-clobber was given");
+  if (exists && S_ISDIR(about.st_mode)) failCreate(name_, EISDIR, "it is a folder");
+  if (exists && rules.noClobber) failCreate(name_, EEXIST, "it exists");
   if (exists && !rules.force && access(path.c_str(), W_OK) != 0) {
     const int error = errno;
-    failCreate(name_, error,
-               error == EACCES ? "it is write-protected; --force replaces it" : reason(error));
+    failCreate(name_, error, error == EACCES ? "it is write-protected" : reason(error));
   }
   if (exists && !S_ISREG(about.st_mode)) {
     fd_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
@@ -128,7 +126,7 @@ Target::Target(const std::string &path, const TargetRules &rules) : name_(path),
   }
   if (const std::string why = exists && rules.onlyTiff && !rules.force ? worth(path, about) : "";
       !why.empty()) {
-    failCreate(name_, EEXIST, why + "; give another name, or --force to replace it");
+    failCreate(name_, EEXIST, why);
   }
   path_ = followLinks(path);
   if (path_.empty()) failCreate(name_, ELOOP, "its links lead in a circle");
@@ -216,7 +214,7 @@ void Target::commit() {
   const Hold hold;  // the name changes hands in one step
   if (rules_.noClobber) {
     if (const int taken = renameToNew(temporary_, path_); taken == EEXIST) {
-      failCreate(name_, taken, "it was made during the export, and --no-clobber was given");
+      failCreate(name_, taken, "it was made during the export");
     } else if (taken != 0) {
       failWrite(taken);
     }

@@ -85,6 +85,14 @@ case $check in
     cat "$work/missing"
     test ! -s "$work/missing"
     ;;
+  sentences)
+    # Programs show what the libraries say, and know no options: those belong to orders alone.
+    library=$(grep -oE '[a-z_]+(/[a-z_]+)?\.cpp' host/library.cmake | sed 's,^,host/,' |
+      grep -vE '^host/(order|pictures)/|^host/filter/(given|request|save)')
+    test -n "$library"
+    # shellcheck disable=SC2086 # names without blanks
+    ! { sources src include; ls $library; } | xargs grep -nE '"([^"]*[^"-])?-(-[a-z]|[a-zA-Z][ ,;"])'
+    ;;
   short)
     # A file of one purpose is short. Beyond this many lines it has a second one.
     sources include src host | xargs wc -l | awk '$2 != "total" && $1 > 400 { print; bad = 1 } END { exit bad }'
