@@ -16,19 +16,7 @@ using support::Bytes;
 using support::HostStream;
 using support::InUse;
 using support::Pixels;
-
-struct Job {
-  std::string name;
-  int32_t mode;
-  int32_t compression;
-  uint16_t layout;
-  uint32_t width;
-  uint32_t height;
-};
-
-void PrintTo(const Job &job, std::ostream *out) {
-  *out << job.name;
-}
+using Job = support::WriterJob;
 
 class FailingOutput : public testing::TestWithParam<Job> {
  protected:
@@ -177,9 +165,7 @@ TEST(FailingStrips, PixelsAreTurnedByWholeChunks) {
 
 // A full disk answers at the write that meets it, or at the latest when the stream is closed.
 TEST(FailingStrips, AFullDiskIsReported) {
-  for (const int32_t compression :
-       {RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_HUFFMAN,
-        RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_COMPRESS_T4, RAXEL_STORED_COMPRESS_T6}) {
+  for (const int32_t compression : support::kEveryCompression) {
     InUse use(RAXEL_STORED_MODE_BILEVEL, compression);
     const Handle file = kvlOpen("/dev/full", nullptr, KVL_OUTPUT);
     if (file == 0) GTEST_SKIP() << "no /dev/full here";

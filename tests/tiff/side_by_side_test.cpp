@@ -18,19 +18,7 @@ using support::Bytes;
 using support::HostStream;
 using support::InUse;
 using support::Pixels;
-
-struct Job {
-  std::string name;
-  int32_t mode;
-  int32_t compression;
-  uint16_t layout;
-  uint32_t width;
-  uint32_t height;
-};
-
-void PrintTo(const Job &job, std::ostream *out) {
-  *out << job.name;
-}
+using Job = support::WriterJob;
 
 // Everything that a host can see of a picture.
 struct Seen {

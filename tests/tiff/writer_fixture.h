@@ -1,8 +1,11 @@
 // A settings record in use, an output that the test can look into, and pictures for the writer.
 #pragma once
 
+#include <array>
 #include <cstring>
+#include <ostream>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "raxel/memory.h"
@@ -97,6 +100,24 @@ class MemoryOutput {
  private:
   void *data_;  // closing may move the block
 };
+
+// What a parameterized test writes: the settings, and the picture's size.
+struct WriterJob {
+  std::string name;
+  int32_t mode;
+  int32_t compression;
+  uint16_t layout;
+  uint32_t width;
+  uint32_t height;
+};
+
+inline void PrintTo(const WriterJob &job, std::ostream *out) {
+  *out << job.name;
+}
+
+inline constexpr std::array<int32_t, 6> kEveryCompression = {
+    RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_HUFFMAN,
+    RAXEL_STORED_COMPRESS_LZW,  RAXEL_STORED_COMPRESS_T4,       RAXEL_STORED_COMPRESS_T6};
 
 // A picture in the bitmap's own form: bottom row first, rows padded to 4 bytes.
 struct Picture {
