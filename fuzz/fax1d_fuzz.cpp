@@ -1,12 +1,13 @@
 // Modified Huffman rows of any picture: equal to the plain form, and decode to the picture.
 #include "fax_input.h"
+#include "raxel/tiff_codes.h"
 #include "tiff/fax_1d.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const fuzz::FaxPicture picture = fuzz::faxPicture(data, size);
   const std::vector<uint8_t> codes =
       fuzz::codeRows(picture, [&](const std::vector<uint8_t> &row, tiff::FaxBuffer &buffer) {
-        return tiff::encodeFaxRow(row, picture.width, 2, buffer);
+        return tiff::encodeFaxRow(row, picture.width, RAXEL_TIFF_HUFFMAN, buffer);
       });
   std::vector<uint8_t> expected;
   for (const std::string &row : picture.rows) {

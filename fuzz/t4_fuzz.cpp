@@ -1,5 +1,6 @@
 // T.4 strips of any picture decode to the picture, with an EOL before each row and six at the end.
 #include "fax_input.h"
+#include "raxel/tiff_codes.h"
 #include "tiff/fax_1d.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
@@ -7,7 +8,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   std::vector<uint8_t> strip = {0x00, 0x01};
   const std::vector<uint8_t> rows =
       fuzz::codeRows(picture, [&](const std::vector<uint8_t> &row, tiff::FaxBuffer &buffer) {
-        return tiff::encodeFaxRow(row, picture.width, 3, buffer);
+        return tiff::encodeFaxRow(row, picture.width, RAXEL_TIFF_T4, buffer);
       });
   strip.insert(strip.end(), rows.begin(), rows.end());
   for (int i = 0; i < 5; ++i) strip.insert(strip.end(), {0x00, 0x01});

@@ -35,6 +35,8 @@
 #include <string>
 #include <vector>
 
+#include "raxel/tiff_codes.h"
+
 namespace finish {
 
 // The file as it lies open: a descriptor, a block of memory, or a sink that holds parts of it back. Places
@@ -65,9 +67,9 @@ Rational rationalOf(double dotsPerInch);
 struct FinishedPage {
   uint32_t width = 0;  // ImageWidth, pixels
   uint32_t height = 0;
-  uint32_t bits = 1;         // BitsPerSample, once for each sample
-  uint32_t samples = 1;      // SamplesPerPixel, 1 or 3
-  uint32_t compression = 1;  // Compression: 1, 2, 3, 4, 5 or 32773
+  uint32_t bits = 1;                               // BitsPerSample, once for each sample
+  uint32_t samples = 1;                            // SamplesPerPixel, 1 or 3
+  uint32_t compression = RAXEL_TIFF_UNCOMPRESSED;  // a RaxelTiffCompression
   uint32_t photometric = 1;  // 0: white is 0, 1: black is 0, 2: red, green, blue, 3: a colour map
 
   // Strips of so many rows, or tiles when tileWidth is not 0.

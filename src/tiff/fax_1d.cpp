@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "raxel/tiff_codes.h"
 #include "tiff/fax_changes.h"
 
 namespace tiff {
@@ -84,7 +85,7 @@ uint32_t encodeFaxRow(std::span<const uint8_t> row, uint32_t width, uint32_t com
   const auto filledUp =
       static_cast<uint32_t>((8 * kChangeChunk - width % (8 * kChangeChunk)) % (8 * kChangeChunk));
   if (!writer.putRun(colorOfLastPixel(lastByte), run - filledUp)) return 0;
-  if (compression != 3) return writer.byteCount();
+  if (compression != RAXEL_TIFF_T4) return writer.byteCount();
   if (!writer.reserve()) return 0;
   writer.fillByte();
   writer.put(1, 16);

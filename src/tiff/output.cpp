@@ -20,21 +20,21 @@ bool isDiskFile(Handle file) {
 }
 
 uint32_t tell(Handle file) {
-  return static_cast<uint32_t>(kvlSeek(file, 0, 1));
+  return static_cast<uint32_t>(kvlSeek(file, 0, KVL_FROM_POSITION));
 }
 
 void seekTo(Handle file, uint32_t position) {
   if (isDiskFile(file) && runtime::isOpenForWriting(*record(file)) && position <= INT32_MAX) {
     runtime::seekToWrite(*runtime::streamOf(file), static_cast<int32_t>(position));
   } else {
-    kvlSeek(file, static_cast<int32_t>(position), 0);
+    kvlSeek(file, static_cast<int32_t>(position), KVL_FROM_START);
   }
 }
 
 void seekBack(Handle file, uint32_t position) {
   const bool atEnd = isDiskFile(file) && int64_t{position} >= record(file)->lSize;
   if (atEnd) return seekTo(file, position);
-  kvlSeek(file, static_cast<int32_t>(position), 0);
+  kvlSeek(file, static_cast<int32_t>(position), KVL_FROM_START);
 }
 
 bool writeAll(Handle file, std::span<const uint8_t> bytes) {

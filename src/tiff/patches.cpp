@@ -18,7 +18,7 @@ bool canWait(const TiffWriterState &state, uint32_t first, uint64_t planned) {
   const uint64_t length = pieces * kNumberBytes;
   const uint64_t offsets = state.nOffsetsPos;
   const uint64_t counts = state.nCountsPos;
-  const int32_t here = kvlSeek(state.hTiffFile, 0, 1);
+  const int32_t here = kvlSeek(state.hTiffFile, 0, KVL_FROM_POSITION);
   if (here < 0 || offsets + length > static_cast<uint32_t>(here) ||
       counts + length > static_cast<uint32_t>(here)) {
     return false;

@@ -83,7 +83,7 @@ TEST(BadSizes, AreMirrored) {
 }
 
 TEST(BadSizes, AreReduced) {
-  support::Random random(303);
+  support::Random random(304);
   for (size_t n = 0; n < support::cases(600); ++n) {
     const Picture picture = anyPicture(random);
     const auto wanted = static_cast<uint16_t>(random.chance(10) ? random.next() : random.next() % 64);

@@ -391,7 +391,7 @@ TEST(DrawExportCellData, QueryTurnsExtentsIntoInches) {
   EXPECT_EQ(format.dWidth, 8.0);
   EXPECT_EQ(format.dHeight, -4.0);
   EXPECT_EQ(format.nResolution, 100u);
-  EXPECT_EQ(format.nKind, 1);
+  EXPECT_EQ(format.nKind, RAXEL_KIND_CELL_DATA);
   picture.nResolution = 0;
   DrawExportCellData(RAXEL_DRAW_QUERY, word(&picture), word(&format), 0);
   EXPECT_EQ(format.dWidth, 800.0) << "without a resolution the extents are inches";

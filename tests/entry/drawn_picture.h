@@ -44,22 +44,22 @@ class DrawnPicture {
     ops.push_back(op);
     if (action) action(op);
     switch (op) {
-      case 0: {
+      case RAXEL_DRAW_QUERY: {
         auto &format = *reinterpret_cast<PictureFormat *>(b);
         format.dWidth = width;
         format.dHeight = height;
         format.nResolution = resolution;
-        format.nKind = 4;
+        format.nKind = RAXEL_KIND_METAFILE;
         return 0;
       }
-      case 1: {
+      case RAXEL_DRAW_OPEN: {
         const auto *words = reinterpret_cast<const HostWord *>(b);
         request.assign(words, words + OFFSCREEN_WORDS);
         opened = *reinterpret_cast<const OffscreenRecord *>(a);
         if (refusesRows) return 0;
         return bandRows != 0 ? bandRows : request[OFFSCREEN_ROWS];
       }
-      case 3: {
+      case RAXEL_DRAW_BAND: {
         ranges.emplace_back(b, c);
         if (noPixels) return 0;
         return render(static_cast<uint32_t>(b), static_cast<uint32_t>(c));

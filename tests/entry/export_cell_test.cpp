@@ -133,7 +133,7 @@ TEST_F(ExportCell, WithoutAStatusRecordAProcedureGetsContextZero) {
   static HostWord seen;
   seen = 1;
   host_.settings().lpfnOutputProc = [](HostWord context, HostWord op, HostWord, HostWord) -> HostWord {
-    if (op == 1) seen = context;
+    if (op == KVL_OP_OPEN) seen = context;
     return 0;
   };
   host_.exportRecord()[6] = 0;

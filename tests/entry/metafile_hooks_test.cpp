@@ -39,7 +39,7 @@ TEST(MetafileDraw, QueryDividesTheFrameByItsResolution) {
   EXPECT_EQ(format.dWidth, 6.0);   // right - left
   EXPECT_EQ(format.dHeight, 6.0);  // top - bottom
   EXPECT_EQ(format.nResolution, 100u);
-  EXPECT_EQ(format.nKind, 4);
+  EXPECT_EQ(format.nKind, RAXEL_KIND_METAFILE);
 }
 
 TEST(MetafileDraw, WithoutAResolutionTheFrameIsTakenAsItIs) {

@@ -17,7 +17,7 @@ HostWord answer;
 
 HostWord draw(HostWord op, HostWord a, HostWord b, HostWord c) {
   drawn.push_back({op, a, b, c});
-  if (op == 1) {
+  if (op == RAXEL_DRAW_OPEN) {
     const auto *request = reinterpret_cast<const HostWord *>(b);
     for (size_t i = 0; i < OFFSCREEN_WORDS; ++i) requested[i] = request[i];
   }
@@ -43,7 +43,7 @@ TEST_F(Offscreen, QueryHandsOverPictureAndFormat) {
   PictureFormat format = {};
   QueryPlatformOffscreen(&format, &picture_, draw);
   ASSERT_EQ(drawn.size(), 1u);
-  EXPECT_EQ(drawn[0].op, 0u);
+  EXPECT_EQ(drawn[0].op, HostWord{RAXEL_DRAW_QUERY});
   EXPECT_EQ(drawn[0].a, word(&picture_));
   EXPECT_EQ(drawn[0].b, word(&format));
   EXPECT_EQ(drawn[0].c, 0u);
@@ -66,19 +66,19 @@ TEST_F(Offscreen, InitFillsTheRecordAndTheRequest) {
   EXPECT_EQ(record->hBandCache, 0u);
   EXPECT_EQ(record->bFlag, 5) << "the first byte of the flag block";
   EXPECT_EQ(requested, (std::array<HostWord, 5>{640, 100, 8, 256, word(palette_)}));
-  EXPECT_EQ(drawn[0].op, 1u);
+  EXPECT_EQ(drawn[0].op, HostWord{RAXEL_DRAW_OPEN});
   EXPECT_EQ(drawn[0].a, word(record));
   EXPECT_EQ(drawn[0].c, 0u);
 
   answer = 4711;
   EXPECT_EQ(DrawPlatformOffscreen(record, 20, 60), 4711u);
-  EXPECT_EQ(drawn[1].op, 3u);
+  EXPECT_EQ(drawn[1].op, HostWord{RAXEL_DRAW_BAND});
   EXPECT_EQ(drawn[1].a, word(record));
   EXPECT_EQ(drawn[1].b, 20u);
   EXPECT_EQ(drawn[1].c, 60u);
 
   EXPECT_EQ(TermPlatformOffscreen(record), 0);
-  EXPECT_EQ(drawn[2].op, 2u);
+  EXPECT_EQ(drawn[2].op, HostWord{RAXEL_DRAW_CLOSE});
   EXPECT_EQ(drawn[2].a, word(record));
   EXPECT_EQ(drawn[2].b, 0u);
   EXPECT_EQ(drawn[2].c, 0u);

@@ -44,7 +44,8 @@ class PictureOutput : public testing::Test {
 
 TEST_F(PictureOutput, QueriesOpensDrawsAndClosesInOrder) {
   EXPECT_EQ(output(5, 6), 0);
-  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 3, 2}));
+  EXPECT_EQ(picture_.ops,
+            (std::vector<HostWord>{RAXEL_DRAW_QUERY, RAXEL_DRAW_OPEN, RAXEL_DRAW_BAND, RAXEL_DRAW_CLOSE}));
 }
 
 TEST_F(PictureOutput, OneBandIsReportedOnceWith100) {
@@ -122,7 +123,7 @@ TEST_F(PictureOutput, TrueColorHasNoPalette) {
 TEST_F(PictureOutput, NoBandRowsIs27AndCloses) {
   picture_.refusesRows = true;
   EXPECT_EQ(output(5, 6), RAXEL_NO_FORMAT);
-  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 2}));
+  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{RAXEL_DRAW_QUERY, RAXEL_DRAW_OPEN, RAXEL_DRAW_CLOSE}));
   EXPECT_TRUE(stream_.bytes().empty());
 }
 
@@ -132,7 +133,9 @@ TEST_F(PictureOutput, AModeWithoutDepthIs27AndNothingIsWritten) {
     EXPECT_EQ(output(5, 6), RAXEL_NO_FORMAT) << mode;
   }
   EXPECT_TRUE(stream_.bytes().empty());
-  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 0, 0, 0})) << "never opened";
+  EXPECT_EQ(picture_.ops,
+            (std::vector<HostWord>{RAXEL_DRAW_QUERY, RAXEL_DRAW_QUERY, RAXEL_DRAW_QUERY, RAXEL_DRAW_QUERY}))
+      << "never opened";
 }
 
 TEST_F(PictureOutput, WithoutHeightIs27) {
@@ -154,7 +157,8 @@ TEST_F(PictureOutput, WithoutWidthIs300) {
 TEST_F(PictureOutput, ABandThatNoBlockHoldsIs300FromTheWriting) {
   picture_.noPixels = true;
   EXPECT_EQ(output(100000, 1e6), RAXEL_NO_MEMORY);
-  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 3, 2}));
+  EXPECT_EQ(picture_.ops,
+            (std::vector<HostWord>{RAXEL_DRAW_QUERY, RAXEL_DRAW_OPEN, RAXEL_DRAW_BAND, RAXEL_DRAW_CLOSE}));
   // 8 bytes of header, 13 entries, no further directory, two resolutions: one strip of 3e11 bytes.
   EXPECT_EQ(stream_.bytes().size(), 8u + 2 + 13 * 12 + 4 + 16);
   EXPECT_TRUE(host_.status.calls.empty());
@@ -165,7 +169,7 @@ TEST_F(PictureOutput, ABandThatNoBlockHoldsWithGigabytesOfTilesIs300BeforeAnythi
       RAXEL_STORED_LAYOUT_TILES;  // a directory of 65535 times ten million tiles otherwise
   host_.settings().nCompressionMode = RAXEL_STORED_COMPRESS_T6;
   EXPECT_EQ(output(33553920, 1e9), RAXEL_NO_MEMORY);
-  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 2}));
+  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{RAXEL_DRAW_QUERY, RAXEL_DRAW_OPEN, RAXEL_DRAW_CLOSE}));
   EXPECT_TRUE(stream_.bytes().empty());
 }
 
@@ -183,7 +187,8 @@ TEST_F(PictureOutput, WithoutADrawProcedureIs27) {
 TEST_F(PictureOutput, ABandWithoutPixelsIs300AndCloses) {
   picture_.noPixels = true;
   EXPECT_EQ(output(5, 6), RAXEL_NO_MEMORY);
-  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 3, 2}));
+  EXPECT_EQ(picture_.ops,
+            (std::vector<HostWord>{RAXEL_DRAW_QUERY, RAXEL_DRAW_OPEN, RAXEL_DRAW_BAND, RAXEL_DRAW_CLOSE}));
   EXPECT_TRUE(host_.status.calls.empty()) << "only a band that was written is reported";
 }
 
@@ -193,7 +198,8 @@ TEST_F(PictureOutput, AStopLeavesTheRestUndrawn) {
   picture_.bandRows = 2;
   host_.status.answers = {0, 1, 1};  // the second report, and its follow-up
   EXPECT_EQ(output(5, 6), RAXEL_STOPPED);
-  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 3, 3, 2}));
+  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{RAXEL_DRAW_QUERY, RAXEL_DRAW_OPEN, RAXEL_DRAW_BAND,
+                                                 RAXEL_DRAW_BAND, RAXEL_DRAW_CLOSE}));
 }
 
 TEST_F(PictureOutput, ARefusalTakenBackGoesOn) {
@@ -262,7 +268,8 @@ TEST_F(PictureOutput, AReportThatDestroysTheSetupEndsThePicture) {
     host_.forgetSetup();
   };
   EXPECT_EQ(output(5, 6), RAXEL_NO_MEMORY);
-  EXPECT_EQ(picture_.ops, (std::vector<HostWord>{0, 1, 3, 2}));
+  EXPECT_EQ(picture_.ops,
+            (std::vector<HostWord>{RAXEL_DRAW_QUERY, RAXEL_DRAW_OPEN, RAXEL_DRAW_BAND, RAXEL_DRAW_CLOSE}));
 }
 
 // ---- Streams that fail

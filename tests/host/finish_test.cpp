@@ -160,7 +160,7 @@ TEST(Finish, NamesTheDepthOfEverySample) {
 TEST(Finish, TellsOfThePredictor) {
   const Bytes after = finished(rgb(), [](FinishedPage &page) {
     page.predictor = 2;
-    page.compression = 5;  // no reader takes a predictor without a compression
+    page.compression = RAXEL_TIFF_LZW;  // no reader takes a predictor without a compression
   });
   EXPECT_EQ(host::readDirectory(after).value(317, 1), 2);
 }

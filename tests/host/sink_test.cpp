@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "raxel/stream_codes.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
 
@@ -35,10 +36,10 @@ void exercise(host::Sink &sink, Model &model, uint64_t seed) {
         random.bytes(static_cast<size_t>(random.between(0, 1)) * 3 + sizes[random.next() % 6] / 3 + 1);
     if (random.chance(30) && !model.bytes.empty()) {
       const auto at = random.between(0, static_cast<int64_t>(model.bytes.size()));
-      ASSERT_TRUE(sink.seek(at, 0));
+      ASSERT_TRUE(sink.seek(at, KVL_FROM_START));
       model.position = static_cast<size_t>(at);
     } else {
-      ASSERT_TRUE(sink.seek(0, 2));
+      ASSERT_TRUE(sink.seek(0, KVL_FROM_END));
       model.position = model.bytes.size();
     }
     ASSERT_TRUE(sink.write(piece.data(), piece.size()));
@@ -75,12 +76,12 @@ TEST(Sink, MemoryHoldsWhatWasWritten) {
 
 TEST(Sink, RefusesPlacesThatNoFileHas) {
   host::Sink sink(-1);
-  EXPECT_FALSE(sink.seek(-1, 0));
+  EXPECT_FALSE(sink.seek(-1, KVL_FROM_START));
   EXPECT_FALSE(sink.seek(0, 3));
-  EXPECT_FALSE(sink.seek(int64_t{1} << 31, 0));
-  EXPECT_TRUE(sink.seek(0, 1));
+  EXPECT_FALSE(sink.seek(int64_t{1} << 31, KVL_FROM_START));
+  EXPECT_TRUE(sink.seek(0, KVL_FROM_POSITION));
   const uint8_t byte = 0;
-  ASSERT_TRUE(sink.seek(INT32_MAX, 0));
+  ASSERT_TRUE(sink.seek(INT32_MAX, KVL_FROM_START));
   EXPECT_FALSE(sink.write(&byte, 1));
   EXPECT_EQ(sink.error(), EFBIG);
 }

@@ -98,8 +98,8 @@ struct ProcedureLog {
 
 HostWord logProcedure(HostWord context, HostWord op, HostWord, HostWord arg2) {
   auto *log = reinterpret_cast<ProcedureLog *>(context);
-  log->calls.push_back({context, op, op == 1 || op == 5 ? arg2 : 0});
-  return op == 1 ? context : arg2;  // the token is the log again
+  log->calls.push_back({context, op, op == KVL_OP_OPEN || op == KVL_OP_CLOSE ? arg2 : 0});
+  return op == KVL_OP_OPEN ? context : arg2;  // the token is the log again
 }
 
 TEST(Device, AHostProcedureReceivesWordTwelveAsItsContext) {

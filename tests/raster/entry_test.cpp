@@ -30,7 +30,7 @@ TEST(DriverEntry, AnswersVersionAndAddress) {
   EXPECT_EQ(RASTER_dd_entry32(0, RAXEL_ENTRY_VERSION, &version), 4);
   EXPECT_EQ(version, 0x02000005u);
   EXPECT_EQ(RASTER_dd_entry32(0, RAXEL_ENTRY_VERSION, nullptr), 4);
-  EXPECT_EQ(RASTER_dd_entry32(0, 1, nullptr), 0);
+  EXPECT_EQ(RASTER_dd_entry32(0, RAXEL_ENTRY_NOTHING, nullptr), 0);
   EXPECT_EQ(RASTER_dd_entry32(0, 3, nullptr), 0);
 }
 

@@ -29,11 +29,11 @@ size_t bytesWritten = 0;
 
 // The files go nowhere; the token is any number but 0.
 HostWord swallow(HostWord, HostWord op, HostWord, HostWord arg2) {
-  if (op == 3) {
+  if (op == KVL_OP_WRITE) {
     bytesWritten += arg2;
     return arg2;
   }
-  return op == 1 ? 1 : 0;
+  return op == KVL_OP_OPEN ? 1 : 0;
 }
 
 double anyDouble(Random &random) {
@@ -144,15 +144,16 @@ class RandomHost {
   uint32_t nextOpcode() {
     if (lpEMData == nullptr || random_.chance(25)) return anyOpcode(random_);
     switch (lpEMData->nState) {
-      case 1:
-        return 1;
-      case 2:
-      case 16:
-        return random_.chance(80) ? 3 : 2;
-      case 4:
-        return random_.chance(60) ? 4 : (random_.chance(50) ? RAXEL_OP_WINDOW : RAXEL_OP_VIEWPORT_MODE);
+      case RAXEL_STATE_INITIALISED:
+        return RAXEL_OP_OPEN_DEVICE;
+      case RAXEL_STATE_OPEN:
+      case RAXEL_STATE_ENDED:
+        return random_.chance(80) ? RAXEL_OP_BEGIN_PICTURE : RAXEL_OP_CLOSE_DEVICE;
+      case RAXEL_STATE_PICTURE:
+        return random_.chance(60) ? RAXEL_OP_BEGIN_BODY
+                                  : (random_.chance(50) ? RAXEL_OP_WINDOW : RAXEL_OP_VIEWPORT_MODE);
       default:
-        return random_.chance(10) ? 5 : bodyOpcode();
+        return random_.chance(10) ? RAXEL_OP_END_PICTURE : bodyOpcode();
     }
   }
 

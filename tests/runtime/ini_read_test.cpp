@@ -194,7 +194,7 @@ TEST_F(Profile, IntegersReadDecimalAndHexadecimal) {
   EXPECT_EQ(number("abc"), 0);
   EXPECT_EQ(number(" 104"), 0);
   EXPECT_EQ(number("0x"), 0);
-  EXPECT_EQ(number("\"224\""), 224);
+  EXPECT_EQ(number("\"240\""), 240);
   EXPECT_EQ(number("007"), 7);
 }
 

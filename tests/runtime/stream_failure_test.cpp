@@ -64,7 +64,7 @@ TEST(FullDisk, BytesLostByASeekAreReportedAtTheClose) {
   EXPECT_EQ(kvlWrite(h, "tail", 4), 4);
   {
     const support::FileLimit limit(4);
-    EXPECT_EQ(kvlSeek(h, 0, 0), 0) << "the seek itself goes on";
+    EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_START), 0) << "the seek itself goes on";
   }
   EXPECT_EQ(record(h).nError, -1);
   EXPECT_EQ(kvlWrite(h, "H", 1), 1);
@@ -147,8 +147,8 @@ TEST(UselessFile, PipesHaveNoPositions) {
   ASSERT_NE(h, 0u);
   char c;
   EXPECT_EQ(kvlRead(h, &c, 1), -1);
-  EXPECT_EQ(kvlSeek(h, 5, 0), -1);
-  EXPECT_EQ(kvlSeek(h, 0, 2), -1);
+  EXPECT_EQ(kvlSeek(h, 5, KVL_FROM_START), -1);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_END), -1);
   EXPECT_EQ(record(h).nError, -1);
   EXPECT_EQ(kvlWrite(h, "x", 1), 1);
   EXPECT_EQ(kvlClose(h), -1);

@@ -19,7 +19,7 @@ const KvlStream &record(Handle handle) {
 }
 
 int32_t tell(Handle handle) {
-  return kvlSeek(handle, 0, 1);
+  return kvlSeek(handle, 0, KVL_FROM_POSITION);
 }
 
 struct File : testing::Test {
@@ -148,21 +148,21 @@ TEST_F(File, NamesOfAnyLengthDoNotOpenWhereTheSystemRefusesThem) {
 TEST_F(File, ReadOnlyStreamRefusesPositionsPastTheEnd) {
   support::writeFile(path, "0123456789");
   const Handle h = open(KVL_READ);
-  EXPECT_EQ(kvlSeek(h, 10, 0), 10);
+  EXPECT_EQ(kvlSeek(h, 10, KVL_FROM_START), 10);
   EXPECT_EQ(record(h).nError, 0);
-  EXPECT_EQ(kvlSeek(h, 11, 0), -1);
+  EXPECT_EQ(kvlSeek(h, 11, KVL_FROM_START), -1);
   EXPECT_EQ(record(h).nError, -1);
   char c = 0;
-  EXPECT_EQ(kvlSeek(h, 3, 0), 3);
+  EXPECT_EQ(kvlSeek(h, 3, KVL_FROM_START), 3);
   EXPECT_EQ(kvlRead(h, &c, 1), 1);
   EXPECT_EQ(c, '3');
-  EXPECT_EQ(kvlSeek(h, 3, 2), 13) << "from the end nothing is checked";
+  EXPECT_EQ(kvlSeek(h, 3, KVL_FROM_END), 13) << "from the end nothing is checked";
   EXPECT_EQ(kvlClose(h), 0);
 }
 
 TEST_F(File, WritableStreamMaySeekPastItsEnd) {
   const Handle h = open(KVL_OUTPUT);
-  EXPECT_EQ(kvlSeek(h, 20000, 0), 20000);
+  EXPECT_EQ(kvlSeek(h, 20000, KVL_FROM_START), 20000);
   EXPECT_EQ(kvlWrite(h, "end", 3), 3);
   EXPECT_EQ(kvlClose(h), 0);
   EXPECT_EQ(support::readText(path), std::string(20000, '\0') + "end");
@@ -172,21 +172,21 @@ TEST_F(File, WritableStreamMaySeekPastItsEnd) {
 TEST_F(File, CreatedWithoutWriteBitsCannotSeekIntoUnflushedBytes) {
   const Handle h = open(KVL_CREATE);
   EXPECT_EQ(kvlWrite(h, "0123456789", 10), 10);
-  EXPECT_EQ(kvlSeek(h, 5, 0), -1);
+  EXPECT_EQ(kvlSeek(h, 5, KVL_FROM_START), -1);
   EXPECT_EQ(FlushKvlIO(h), 10);
-  EXPECT_EQ(kvlSeek(h, 5, 0), 5);
+  EXPECT_EQ(kvlSeek(h, 5, KVL_FROM_START), 5);
   EXPECT_EQ(kvlClose(h), 0);
 }
 
 TEST_F(File, NegativePositionsAndUnknownOriginsFail) {
   support::writeFile(path, "0123456789");
   const Handle h = open(KVL_UPDATE);
-  EXPECT_EQ(kvlSeek(h, -1, 0), -1);
+  EXPECT_EQ(kvlSeek(h, -1, KVL_FROM_START), -1);
   EXPECT_EQ(record(h).nError, -1);
-  EXPECT_EQ(kvlSeek(h, 4, 0), 4);
-  EXPECT_EQ(kvlSeek(h, -5, 1), -1);
-  EXPECT_EQ(kvlSeek(h, -11, 2), -1);
-  EXPECT_EQ(kvlSeek(h, -10, 2), 0);
+  EXPECT_EQ(kvlSeek(h, 4, KVL_FROM_START), 4);
+  EXPECT_EQ(kvlSeek(h, -5, KVL_FROM_POSITION), -1);
+  EXPECT_EQ(kvlSeek(h, -11, KVL_FROM_END), -1);
+  EXPECT_EQ(kvlSeek(h, -10, KVL_FROM_END), 0);
   for (int32_t whence : {3, 4, 5, -1, 100}) EXPECT_EQ(kvlSeek(h, 1, whence), -1) << whence;
   EXPECT_EQ(kvlClose(h), 0);
 }
@@ -198,7 +198,7 @@ TEST_F(File, SeekInsideTheWindowLeavesTheDiskAlone) {
   EXPECT_EQ(kvlRead(h, &c, 1), 1);
   support::writeFile(path, "abcdefghij");
   for (int32_t at : {9, 0, 4}) {
-    EXPECT_EQ(kvlSeek(h, at, 0), at);
+    EXPECT_EQ(kvlSeek(h, at, KVL_FROM_START), at);
     EXPECT_EQ(kvlRead(h, &c, 1), 1);
     EXPECT_EQ(c, '0' + at);
   }
@@ -210,11 +210,11 @@ TEST_F(File, SeekInsideTheWindowLeavesTheDiskAlone) {
 TEST_F(File, SeekOutOfTheWindowFillsItAtTheTarget) {
   support::writeFile(path, std::string(30000, 'q'));
   const Handle h = open(KVL_READ);
-  EXPECT_EQ(kvlSeek(h, 20000, 0), 20000);
+  EXPECT_EQ(kvlSeek(h, 20000, KVL_FROM_START), 20000);
   EXPECT_EQ(record(h).lBufStart, 20000);
   EXPECT_EQ(record(h).nHigh, 9999);
   EXPECT_EQ(record(h).lNextRead, 30000);
-  EXPECT_EQ(kvlSeek(h, -30000, 2), 0);
+  EXPECT_EQ(kvlSeek(h, -30000, KVL_FROM_END), 0);
   EXPECT_EQ(record(h).nHigh, 12287);
   EXPECT_EQ(kvlClose(h), 0);
 }
@@ -222,7 +222,7 @@ TEST_F(File, SeekOutOfTheWindowFillsItAtTheTarget) {
 TEST_F(File, SeekOnAWritableStreamFillsTheWindowToo) {
   support::writeFile(path, std::string(40000, 'q'));
   const Handle h = open(KVL_UPDATE);
-  EXPECT_EQ(kvlSeek(h, 20000, 0), 20000);
+  EXPECT_EQ(kvlSeek(h, 20000, KVL_FROM_START), 20000);
   EXPECT_EQ(record(h).lBufStart, 20000);
   EXPECT_EQ(record(h).nHigh, 12287);
   EXPECT_EQ(record(h).lNextRead, 32288);
@@ -237,7 +237,7 @@ TEST_F(File, SeekOnAWritableStreamFillsTheWindowToo) {
 TEST_F(File, FillAfterASeekGoesOnBehindTheWindow) {
   support::writeFile(path, std::string(40000, 'q'));
   const Handle h = open(KVL_UPDATE);
-  EXPECT_EQ(kvlSeek(h, 20000, 0), 20000);
+  EXPECT_EQ(kvlSeek(h, 20000, KVL_FROM_START), 20000);
   EXPECT_EQ(FillKvlIOBuf(h), 40000 - 32288);
   EXPECT_EQ(tell(h), 32288);
   EXPECT_EQ(kvlClose(h), 0);
@@ -250,9 +250,9 @@ TEST_F(File, SeekOnAnAttachedWriteOnlyFileFails) {
   d.fpOpen = reinterpret_cast<HostWord>(fp);
   const Handle h = kvlOpen(nullptr, &d, KVL_ATTACH);
   EXPECT_EQ(kvlWrite(h, "0123456789", 10), 10);
-  EXPECT_EQ(kvlSeek(h, 4, 0), 4) << "inside the window";
+  EXPECT_EQ(kvlSeek(h, 4, KVL_FROM_START), 4) << "inside the window";
   EXPECT_EQ(record(h).nError, 0);
-  EXPECT_EQ(kvlSeek(h, 100, 0), -1);
+  EXPECT_EQ(kvlSeek(h, 100, KVL_FROM_START), -1);
   EXPECT_EQ(record(h).nError, -1);
   EXPECT_EQ(tell(h), 10) << "behind the bytes that it flushed first";
   EXPECT_EQ(kvlClose(h), 0);
@@ -263,11 +263,11 @@ TEST_F(File, SeekOnAnAttachedWriteOnlyFileFails) {
 TEST_F(File, SeekInsideTheWindowKeepsWrittenBytesInIt) {
   const Handle h = open(KVL_OUTPUT);
   EXPECT_EQ(kvlWrite(h, "0123456789", 10), 10);
-  EXPECT_EQ(kvlSeek(h, 2, 0), 2);
+  EXPECT_EQ(kvlSeek(h, 2, KVL_FROM_START), 2);
   EXPECT_EQ(kvlWrite(h, "xy", 2), 2);
-  EXPECT_EQ(kvlSeek(h, 9, 0), 9);
+  EXPECT_EQ(kvlSeek(h, 9, KVL_FROM_START), 9);
   EXPECT_EQ(support::readText(path), "") << "nothing was written yet";
-  EXPECT_EQ(kvlSeek(h, 10, 0), 10);  // just past the bytes: no longer inside
+  EXPECT_EQ(kvlSeek(h, 10, KVL_FROM_START), 10);  // just past the bytes: no longer inside
   EXPECT_EQ(support::readText(path), "01xy456789");
   EXPECT_EQ(record(h).lBufStart, 10);
   EXPECT_EQ(record(h).nHigh, -1);
@@ -293,7 +293,7 @@ TEST_F(File, ReadAfterWriteSeesTheFileBehind) {
   char rest[16] = {};
   EXPECT_EQ(kvlRead(h, rest, 16), 8);
   EXPECT_STREQ(rest, "23456789");
-  EXPECT_EQ(kvlSeek(h, 0, 0), 0);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_START), 0);
   EXPECT_EQ(kvlRead(h, rest, 3), 3);
   EXPECT_EQ(std::string(rest, 3), "ab2");
   EXPECT_EQ(kvlClose(h), 0);
@@ -310,9 +310,9 @@ TEST_F(File, AttachedStreamStaysOpen) {
   EXPECT_EQ(record(h).bIsNamed, 0);
   EXPECT_EQ(record(h).lSize, 4);
   EXPECT_EQ(std::ftell(fp), 4) << "taking the size leaves the position alone";
-  EXPECT_EQ(kvlSeek(h, 0, 2), 4);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_END), 4);
   EXPECT_EQ(kvlWrite(h, "+tail", 5), 5);
-  EXPECT_EQ(kvlSeek(h, 2, 0), 2);
+  EXPECT_EQ(kvlSeek(h, 2, KVL_FROM_START), 2);
   char text[8] = {};
   EXPECT_EQ(kvlRead(h, text, 4), 4);
   EXPECT_STREQ(text, "ad+t");
@@ -382,12 +382,12 @@ TEST_F(File, NullHandlesAnswerTheirFailure) {
   char c = 0;
   EXPECT_EQ(kvlRead(0, &c, 1), 0);
   EXPECT_EQ(kvlWrite(0, &c, 1), 0);
-  EXPECT_EQ(kvlSeek(0, 0, 0), -1);
+  EXPECT_EQ(kvlSeek(0, 0, KVL_FROM_START), -1);
   EXPECT_EQ(kvlClose(0), -1);
   EXPECT_EQ(kvlCloseandDelete(0, "x"), -1);
   EXPECT_EQ(FillKvlIOBuf(0), -1);
   EXPECT_EQ(FlushKvlIO(0), -1);
-  EXPECT_EQ(unxSeek(nullptr, 0, 0), -1);
+  EXPECT_EQ(unxSeek(nullptr, 0, SEEK_SET), -1);
   EXPECT_EQ(kvlOpen(nullptr, nullptr, KVL_READ), 0u);
   EXPECT_EQ(kvlOpen("", nullptr, KVL_OUTPUT), 0u);
 }
@@ -433,15 +433,15 @@ TEST_F(File, FillAndFlushAnswerWhatTheyMoved) {
 
 TEST_F(File, SeeksEndAtTwoGigabytes) {
   const Handle h = open(KVL_OUTPUT);
-  EXPECT_EQ(kvlSeek(h, 2147483640, 0), 2147483640);
-  EXPECT_EQ(kvlSeek(h, 100, 1), -1) << "past what 32 bits can name";
+  EXPECT_EQ(kvlSeek(h, 2147483640, KVL_FROM_START), 2147483640);
+  EXPECT_EQ(kvlSeek(h, 100, KVL_FROM_POSITION), -1) << "past what 32 bits can name";
   EXPECT_EQ(record(h).nError, -1);
   EXPECT_EQ(kvlClose(h), 0);
 }
 
 TEST_F(File, WritesEndAtTwoGigabytes) {
   const Handle h = open(KVL_OUTPUT);
-  EXPECT_EQ(kvlSeek(h, 2147483640, 0), 2147483640);
+  EXPECT_EQ(kvlSeek(h, 2147483640, KVL_FROM_START), 2147483640);
   const std::string bytes(20000, 'x');
   EXPECT_EQ(kvlWrite(h, bytes.data(), 20000), -1);
   EXPECT_EQ(record(h).nError, -1);
@@ -454,7 +454,7 @@ TEST_F(File, WritesEndAtTwoGigabytes) {
 
 TEST_F(File, AFailedSeekForbidsLaterFlushes) {
   const Handle h = open(KVL_OUTPUT);
-  EXPECT_EQ(kvlSeek(h, -1, 0), -1);
+  EXPECT_EQ(kvlSeek(h, -1, KVL_FROM_START), -1);
   const std::string bytes(12288, 'x');
   EXPECT_EQ(kvlWrite(h, bytes.data(), 12288), 12288) << "there was room";
   EXPECT_EQ(kvlWrite(h, "y", 1), 0);

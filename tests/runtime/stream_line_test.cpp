@@ -102,7 +102,7 @@ TEST_F(Lines, RefusedArgumentsMoveNothing) {
   EXPECT_STREQ(buffer, "###");
   EXPECT_EQ(kvlReadLine(0, buffer, 4), -1);
   EXPECT_EQ(kvlWriteLine(0, "a", 1), 0);
-  EXPECT_EQ(kvlSetLineFormat(0, 1), 0);
+  EXPECT_EQ(kvlSetLineFormat(0, KVL_LINE_CR), 0);
   EXPECT_EQ(kvlGetLineFormat(0), -1);
   EXPECT_EQ(line(), "one") << "nothing was read on the way";
 }
@@ -136,7 +136,7 @@ TEST_F(Lines, TheFormatIsThatOfTheFirstEnding) {
   for (const auto &c : cases) {
     open(c.text);
     EXPECT_EQ(kvlGetLineFormat(h), c.format) << c.text;
-    EXPECT_EQ(kvlSeek(h, 0, 1), 0) << "back at the start";
+    EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_POSITION), 0) << "back at the start";
     EXPECT_EQ(kvlClose(h), 0);
   }
   h = 0;
@@ -144,7 +144,7 @@ TEST_F(Lines, TheFormatIsThatOfTheFirstEnding) {
 
 TEST_F(Lines, TheFormatIsLookedForFromThePosition) {
   open("a\nb\rc");
-  EXPECT_EQ(kvlSeek(h, 2, 0), 2);
+  EXPECT_EQ(kvlSeek(h, 2, KVL_FROM_START), 2);
   EXPECT_EQ(kvlGetLineFormat(h), 1);
 }
 

@@ -62,8 +62,8 @@ TEST_F(Memory, AnEmptyBlockHasLessThanNoData) {
     hold(std::string(length, '\0'));
     const Handle h = open(KVL_UPDATE, length, 16);
     EXPECT_EQ(record(h).nHigh, -2);
-    EXPECT_EQ(kvlSeek(h, 0, 2), -1) << "its end lies before its start";
-    EXPECT_EQ(kvlSeek(h, 1, 2), 0);
+    EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_END), -1) << "its end lies before its start";
+    EXPECT_EQ(kvlSeek(h, 1, KVL_FROM_END), 0);
     char c;
     EXPECT_EQ(kvlRead(h, &c, 1), 0);
     EXPECT_EQ(kvlClose(h), -1) << "so nothing can be added there";
@@ -76,7 +76,7 @@ TEST_F(Memory, CreatingStartsEmptyAndClosingAppendsOneByte) {
   const Handle h = open(KVL_OUTPUT, 7, 16);
   EXPECT_EQ(record(h).nHigh, -1);
   EXPECT_EQ(kvlWrite(h, "abc", 3), 3);
-  EXPECT_EQ(kvlSeek(h, 0, 0), 0);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_START), 0);
   EXPECT_EQ(kvlWrite(h, "X", 1), 1);
   EXPECT_EQ(kvlClose(h), 0);
   EXPECT_EQ(bytes(),
@@ -137,7 +137,7 @@ TEST_F(Memory, ANegativeIncrementNeverShrinks) {
     hold("....");
     const Handle h = open(KVL_OUTPUT, 4, 0);
     static_cast<KvlStream *>(GlobalLock(h))->nGrow = -3;
-    EXPECT_EQ(bySeek ? kvlSeek(h, 9, 0) : kvlWrite(h, "12345", 5), -1);
+    EXPECT_EQ(bySeek ? kvlSeek(h, 9, KVL_FROM_START) : kvlWrite(h, "12345", 5), -1);
     EXPECT_EQ(size(), 4u);
     EXPECT_EQ(kvlClose(h), bySeek ? 0 : -1) << "the last byte finds room only where none was written";
   }
@@ -146,9 +146,9 @@ TEST_F(Memory, ANegativeIncrementNeverShrinks) {
 TEST_F(Memory, ATargetBehindTheBlockGrowsIt) {
   hold("ab");
   const Handle h = open(KVL_OUTPUT, 2, 10);
-  EXPECT_EQ(kvlSeek(h, 1, 0), 1) << "past the data, inside the block";
+  EXPECT_EQ(kvlSeek(h, 1, KVL_FROM_START), 1) << "past the data, inside the block";
   EXPECT_EQ(size(), 2u);
-  EXPECT_EQ(kvlSeek(h, 2, 0), 2);
+  EXPECT_EQ(kvlSeek(h, 2, KVL_FROM_START), 2);
   EXPECT_EQ(size(), 13u) << "target + increment + 1";
   EXPECT_EQ(record(h).nLimit, 12);
   EXPECT_EQ(record(h).nHigh, -1) << "moving adds no data";
@@ -164,12 +164,12 @@ TEST_F(Memory, FromTheEndTheNextByteNeedsNoGrowth) {
   hold("abc");
   const Handle h = open(KVL_OUTPUT, 3, 5);
   EXPECT_EQ(kvlWrite(h, "abc", 3), 3);
-  EXPECT_EQ(kvlSeek(h, 0, 2), 3);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_END), 3);
   EXPECT_EQ(size(), 3u);
-  EXPECT_EQ(kvlSeek(h, 1, 2), 4);
+  EXPECT_EQ(kvlSeek(h, 1, KVL_FROM_END), 4);
   EXPECT_EQ(size(), 10u) << "one further does";
-  EXPECT_EQ(kvlSeek(h, -3, 2), 0);
-  EXPECT_EQ(kvlSeek(h, -4, 2), -1);
+  EXPECT_EQ(kvlSeek(h, -3, KVL_FROM_END), 0);
+  EXPECT_EQ(kvlSeek(h, -4, KVL_FROM_END), -1);
   EXPECT_EQ(record(h).nError, -1);
   for (int32_t whence : {3, -1, 77}) EXPECT_EQ(kvlSeek(h, 0, whence), -1);
   EXPECT_EQ(kvlClose(h), 0);
@@ -180,7 +180,7 @@ TEST_F(Memory, GrowthEndsAtTwoGigabytes) {
     for (const bool bySeek : {false, true}) {
       hold("abc");
       const Handle h = open(KVL_OUTPUT, 3, grow);
-      EXPECT_EQ(bySeek ? kvlSeek(h, 100, 0) : kvlWrite(h, "12345", 5), -1);
+      EXPECT_EQ(bySeek ? kvlSeek(h, 100, KVL_FROM_START) : kvlWrite(h, "12345", 5), -1);
       EXPECT_EQ(record(h).nError, -1);
       EXPECT_EQ(size(), 3u);
       EXPECT_EQ(kvlClose(h), bySeek ? 0 : -1);
@@ -203,8 +203,8 @@ TEST_F(Memory, NegativeGrowthIsNone) {
 TEST_F(Memory, ReadingStreamsStayInsideTheirData) {
   hold("abcdef");
   const Handle h = open(KVL_READ, 6, 0);
-  EXPECT_EQ(kvlSeek(h, 4, 0), 4) << "the last byte of data";
-  EXPECT_EQ(kvlSeek(h, 5, 0), -1);
+  EXPECT_EQ(kvlSeek(h, 4, KVL_FROM_START), 4) << "the last byte of data";
+  EXPECT_EQ(kvlSeek(h, 5, KVL_FROM_START), -1);
   EXPECT_EQ(record(h).nError, -1);
   EXPECT_EQ(kvlClose(h), 0);
 }
@@ -246,7 +246,7 @@ TEST_F(Memory, AHundredMegabytesGrowPageByPage) {
 #endif
   const std::string page(4096, 'p');
   for (size_t i = 0; i < pages; ++i) ASSERT_EQ(kvlWrite(h, page.data(), 4096), 4096);
-  EXPECT_EQ(kvlSeek(h, 0, 1), static_cast<int32_t>(pages * 4096));
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_POSITION), static_cast<int32_t>(pages * 4096));
   EXPECT_EQ(kvlClose(h), 0);
   EXPECT_EQ(bytes().find_first_not_of('p'), pages * 4096);
 }

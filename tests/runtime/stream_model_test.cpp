@@ -42,7 +42,9 @@ struct PlainFile {
     return {bytes.data() + start, bytes.data() + end};
   }
   int32_t seek(int64_t offset, int32_t whence) {
-    const int64_t from = whence == 0 ? 0 : whence == 1 ? at : static_cast<int64_t>(bytes.size());
+    const int64_t from = whence == KVL_FROM_START      ? 0
+                         : whence == KVL_FROM_POSITION ? at
+                                                       : static_cast<int64_t>(bytes.size());
     if (from + offset < 0) return -1;
     at = from + offset;
     return static_cast<int32_t>(at);
@@ -86,12 +88,13 @@ void compareOneRun(uint64_t seed, const std::string &path, bool attached) {
       ASSERT_EQ(to, plain.read(n));
     } else {
       const auto whence = static_cast<int32_t>(random.between(0, 2));
-      const int64_t offset = whence == 0 ? random.between(-1, 50000) : random.between(-9000, 9000);
+      const int64_t offset =
+          whence == KVL_FROM_START ? random.between(-1, 50000) : random.between(-9000, 9000);
       const int32_t position = plain.seek(offset, whence);
       if (position < 0) continue;  // a failed seek would forbid every later flush
       ASSERT_EQ(kvlSeek(h, static_cast<int32_t>(offset), whence), position);
     }
-    ASSERT_EQ(kvlSeek(h, 0, 1), plain.at) << "seed " << seed << " step " << step;
+    ASSERT_EQ(kvlSeek(h, 0, KVL_FROM_POSITION), plain.at) << "seed " << seed << " step " << step;
   }
   ASSERT_EQ(kvlClose(h), 0);
   if (fp != nullptr) std::fclose(fp);
@@ -206,14 +209,14 @@ struct PlainStream {
     return out;
   }
   int32_t seek(int32_t offset, int32_t whence) {
-    if (whence == 1 && offset == 0) return lBufStart + nPos;
-    if (whence == 1) return seek(offset + lBufStart + nPos, 0);
-    if (whence == 0 && offset >= lBufStart && offset <= lBufStart + nHigh) {
+    if (whence == KVL_FROM_POSITION && offset == 0) return lBufStart + nPos;
+    if (whence == KVL_FROM_POSITION) return seek(offset + lBufStart + nPos, KVL_FROM_START);
+    if (whence == KVL_FROM_START && offset >= lBufStart && offset <= lBufStart + nHigh) {
       nPos = offset - lBufStart;
       return offset;
     }
     flush();
-    lNextRead = offset + (whence == 2 ? static_cast<int32_t>(disk.size()) : 0);
+    lNextRead = offset + (whence == KVL_FROM_END ? static_cast<int32_t>(disk.size()) : 0);
     fill();
     return lBufStart;
   }
@@ -271,12 +274,12 @@ TEST(StreamModel, WindowsFollowEveryCall) {
           if (target < 0) continue;
           if (random.chance(20)) {
             const int32_t back = -static_cast<int32_t>(random.between(0, plain.lSize));
-            ASSERT_EQ(kvlSeek(h, back, 2), plain.seek(back, 2));
+            ASSERT_EQ(kvlSeek(h, back, KVL_FROM_END), plain.seek(back, KVL_FROM_END));
           } else if (random.chance(30)) {
             const int32_t by = target - plain.lBufStart - plain.nPos;
-            ASSERT_EQ(kvlSeek(h, by, 1), plain.seek(by, 1));
+            ASSERT_EQ(kvlSeek(h, by, KVL_FROM_POSITION), plain.seek(by, KVL_FROM_POSITION));
           } else {
-            ASSERT_EQ(kvlSeek(h, target, 0), plain.seek(target, 0));
+            ASSERT_EQ(kvlSeek(h, target, KVL_FROM_START), plain.seek(target, KVL_FROM_START));
           }
         }
       }
@@ -311,10 +314,13 @@ struct PlainBlock {
     return out;
   }
   int32_t seek(int64_t offset, int32_t whence) {
-    const int64_t target = whence == 0 ? offset : whence == 1 ? at + offset : high + 1 + offset;
+    const int64_t target = whence == KVL_FROM_START      ? offset
+                           : whence == KVL_FROM_POSITION ? at + offset
+                                                         : high + 1 + offset;
     if (target < 0) return -1;
     // One past the last byte is reached from the end without growing, from the start by growing.
-    if (target > limit + (whence == 2 ? 1 : 0) && !(whence == 1 && offset == 0)) {
+    if (target > limit + (whence == KVL_FROM_END ? 1 : 0) &&
+        !(whence == KVL_FROM_POSITION && offset == 0)) {
       limit = target + grow;
       bytes.resize(static_cast<size_t>(limit + 1));
     }

@@ -27,13 +27,14 @@ HostWord openAnswer = 77;
 HostWord keep(HostWord token, HostWord op, HostWord arg1, HostWord arg2) {
   const auto at = static_cast<int32_t>(calls.size());
   Call call{token, op, arg1, arg2};
-  if (op == 4) call.arg1 = static_cast<HostWord>(*reinterpret_cast<const int32_t *>(arg1));
-  if (op == 3 || op == 2) call.arg1 = 0;
+  if (op == KVL_OP_SEEK) call.arg1 = static_cast<HostWord>(*reinterpret_cast<const int32_t *>(arg1));
+  if (op == KVL_OP_WRITE || op == KVL_OP_READ) call.arg1 = 0;
   calls.push_back(call);
   if (at == failAt) return static_cast<HostWord>(-1);
-  if (op == 1) return openAnswer;
-  if (op == 3 && arg1 != 0) written.append(reinterpret_cast<const char *>(arg1), static_cast<size_t>(arg2));
-  return op == 3 ? arg2 : answer;
+  if (op == KVL_OP_OPEN) return openAnswer;
+  if (op == KVL_OP_WRITE && arg1 != 0)
+    written.append(reinterpret_cast<const char *>(arg1), static_cast<size_t>(arg2));
+  return op == KVL_OP_WRITE ? arg2 : answer;
 }
 
 struct Procedure : testing::Test {
@@ -63,19 +64,19 @@ TEST_F(Procedure, SeesTheWholeLifeOfAStream) {
   EXPECT_EQ(record(h).hBuffer, 0u);
   EXPECT_EQ(kvlWrite(h, "abc", 3), 3);
   answer = 1234;
-  EXPECT_EQ(kvlSeek(h, -5, 2), 1234);
-  EXPECT_EQ(kvlSeek(h, 0, 1), 1234);
+  EXPECT_EQ(kvlSeek(h, -5, KVL_FROM_END), 1234);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_POSITION), 1234);
   char buffer[4];
   answer = 2;
   EXPECT_EQ(kvlRead(h, buffer, 4), 2);
   EXPECT_EQ(kvlClose(h), 0);
   const std::vector<Call> want = {
-      {0xC0DE, 1, reinterpret_cast<HostWord>(name), 4097},
-      {77, 3, 0, 3},
-      {77, 4, static_cast<HostWord>(-5), 2},
-      {77, 4, 0, 1},
-      {77, 2, 0, 4},
-      {77, 5, 0, 0},
+      {0xC0DE, KVL_OP_OPEN, reinterpret_cast<HostWord>(name), KVL_OUTPUT},
+      {77, KVL_OP_WRITE, 0, 3},
+      {77, KVL_OP_SEEK, static_cast<HostWord>(-5), KVL_FROM_END},
+      {77, KVL_OP_SEEK, 0, KVL_FROM_POSITION},
+      {77, KVL_OP_READ, 0, 4},
+      {77, KVL_OP_CLOSE, 0, 0},
   };
   EXPECT_EQ(calls, want);
 }
@@ -87,10 +88,10 @@ TEST_F(Procedure, OddArgumentsPassUnchanged) {
   EXPECT_EQ(kvlWrite(h, nullptr, -3), -3);
   kvlRead(h, nullptr, -1);
   kvlSeek(h, 1, 99);
-  const std::vector<Call> want = {{77, 3, 0, 0},
-                                  {77, 3, 0, static_cast<HostWord>(-3)},
-                                  {77, 2, 0, static_cast<HostWord>(-1)},
-                                  {77, 4, 1, 99}};
+  const std::vector<Call> want = {{77, KVL_OP_WRITE, 0, 0},
+                                  {77, KVL_OP_WRITE, 0, static_cast<HostWord>(-3)},
+                                  {77, KVL_OP_READ, 0, static_cast<HostWord>(-1)},
+                                  {77, KVL_OP_SEEK, 1, 99}};
   EXPECT_EQ(calls, want);
   EXPECT_EQ(FillKvlIOBuf(h), 0);
   EXPECT_EQ(FlushKvlIO(h), 0);
@@ -109,7 +110,7 @@ TEST_F(Procedure, AnswersOfTheProcedureAreTheResults) {
 TEST_F(Procedure, DeletingIsToldAtTheClose) {
   const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
   EXPECT_EQ(kvlCloseandDelete(h, "x"), 0);
-  const Call want{77, 5, 0, 512};
+  const Call want{77, KVL_OP_CLOSE, 0, KVL_DELETE};
   EXPECT_EQ(calls.back(), want);
 }
 
@@ -119,8 +120,8 @@ TEST_F(Procedure, ExistenceAndDeletionCarryNoContext) {
   EXPECT_EQ(kvlOpen(name, &d, KVL_EXISTS), 5u);
   answer = 6;
   EXPECT_EQ(kvlOpen(name, &d, KVL_DELETE), 6u);
-  const std::vector<Call> want = {{0, 6, reinterpret_cast<HostWord>(name), 0},
-                                  {0, 7, reinterpret_cast<HostWord>(name), 0}};
+  const std::vector<Call> want = {{0, KVL_OP_EXISTS, reinterpret_cast<HostWord>(name), 0},
+                                  {0, KVL_OP_DELETE, reinterpret_cast<HostWord>(name), 0}};
   EXPECT_EQ(calls, want);
 }
 
@@ -131,7 +132,7 @@ TEST_F(Procedure, AttachingUsesTheTokenThatWasGiven) {
   EXPECT_TRUE(calls.empty()) << "nothing is opened";
   EXPECT_EQ(kvlWrite(h, "z", 1), 1);
   EXPECT_EQ(kvlClose(h), 0);
-  const std::vector<Call> want = {{99, 3, 0, 1}, {99, 5, 0, 0}};
+  const std::vector<Call> want = {{99, KVL_OP_WRITE, 0, 1}, {99, KVL_OP_CLOSE, 0, 0}};
   EXPECT_EQ(calls, want);
 }
 
@@ -147,7 +148,7 @@ TEST_F(Procedure, ThatDeclinesANameStaysAttachedToTheFile) {
   EXPECT_EQ(kvlClose(h), 0);
   EXPECT_EQ(support::readText(path), "");
   EXPECT_EQ(written, "abc");
-  const Call want{0, 5, 0, 0};
+  const Call want{0, KVL_OP_CLOSE, 0, 0};
   EXPECT_EQ(calls.back(), want);
 }
 
@@ -160,9 +161,10 @@ TEST_F(Procedure, ThatDeclinesAStreamWithoutANameOpensNothing) {
 TEST_F(Procedure, EndingsOfLinesAreSingleBytes) {
   const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
   calls.clear();
-  EXPECT_EQ(kvlSetLineFormat(h, 0), 0);
+  EXPECT_EQ(kvlSetLineFormat(h, KVL_LINE_CRLF), 0);
   EXPECT_EQ(kvlWriteLine(h, "ab", 2), 2);
-  const std::vector<Call> want = {{77, 3, 0, 2}, {77, 3, 0, 1}, {77, 3, 0, 1}};
+  const std::vector<Call> want = {
+      {77, KVL_OP_WRITE, 0, 2}, {77, KVL_OP_WRITE, 0, 1}, {77, KVL_OP_WRITE, 0, 1}};
   EXPECT_EQ(calls, want);
   EXPECT_EQ(written, "ab\r\n");
   EXPECT_EQ(kvlClose(h), 0);
@@ -184,12 +186,12 @@ TEST_F(Procedure, ALineThatCannotBeWrittenGetsNoEnding) {
 int32_t writeSomething(Handle h) {
   const uint16_t shorts[2] = {1, 2};
   const uint8_t bytes[16] = {};
-  kvlSetLineFormat(h, 0);
+  kvlSetLineFormat(h, KVL_LINE_CRLF);
   if (kvlWriteLine(h, "line", 4) != 4) return 1;
   if (kvlWriteShort(h, shorts, 2) != 2) return 2;
   if (kvlWriteChar(h, shorts, 1) != 1) return 3;
   if (kvlWriteStruct(h, bytes, "CS(L|D)", 1) != 1) return 4;
-  if (kvlSeek(h, 0, 0) != 0) return 5;
+  if (kvlSeek(h, 0, KVL_FROM_START) != 0) return 5;
   return 0;
 }
 

@@ -23,10 +23,10 @@ struct Record : testing::Test {
   std::string read(const std::string &file, const char *format, int32_t count, size_t room) {
     support::writeFile(path, file);
     const Handle h = kvlOpen(path.c_str(), nullptr, KVL_READ);
-    kvlSetDataFormat(h, 1, 0);
+    kvlSetDataFormat(h, KVL_DATA_BIG_ENDIAN, 0);
     std::vector<uint64_t> memory(room / 8 + 2, 0x2323232323232323u);
     result = kvlReadStruct(h, memory.data(), format, count);
-    left = static_cast<int32_t>(file.size()) - kvlSeek(h, 0, 1);
+    left = static_cast<int32_t>(file.size()) - kvlSeek(h, 0, KVL_FROM_POSITION);
     EXPECT_EQ(kvlClose(h), 0);
     const std::string all(reinterpret_cast<const char *>(memory.data()), memory.size() * 8);
     EXPECT_EQ(all.substr(room).find_first_not_of('#'), std::string::npos) << "memory behind the record";
@@ -35,7 +35,7 @@ struct Record : testing::Test {
   // The file after writing records from memory, most significant bytes first.
   std::string write(const void *data, const char *format, int32_t count) {
     const Handle h = kvlOpen(path.c_str(), nullptr, KVL_OUTPUT);
-    kvlSetDataFormat(h, 1, 0);
+    kvlSetDataFormat(h, KVL_DATA_BIG_ENDIAN, 0);
     result = kvlWriteStruct(h, data, format, count);
     EXPECT_EQ(kvlClose(h), 0);
     return support::readText(path);

@@ -127,7 +127,7 @@ TEST_F(Typed, RefusedArgumentsAnswerZero) {
   EXPECT_EQ(kvlWriteShort(0, &item, 1), 0);
   EXPECT_EQ(kvlWriteLong(h, nullptr, 1), 0);
   EXPECT_EQ(kvlWriteDouble(h, &item, -1), 0);
-  EXPECT_EQ(kvlSeek(h, 0, 1), 0);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_POSITION), 0);
   EXPECT_EQ(kvlClose(h), 0);
 }
 
@@ -142,13 +142,13 @@ TEST_F(Typed, AFailingWriteIsTold) {
 
 TEST_F(Typed, BothFormatWordsAreKept) {
   const Handle h = writer(0);
-  EXPECT_EQ(kvlSetDataFormat(h, 1, 0xABCD), 0);
+  EXPECT_EQ(kvlSetDataFormat(h, KVL_DATA_BIG_ENDIAN, 0xABCD), 0);
   uint16_t data = 0, floats = 0;
   EXPECT_EQ(kvlGetDataFormat(h, &data, &floats), 0);
   EXPECT_EQ(data, 1);
   EXPECT_EQ(floats, 0xABCD);
   EXPECT_EQ(kvlGetDataFormat(h, nullptr, nullptr), 0);
-  EXPECT_EQ(kvlSetDataFormat(0, 1, 1), 0);
+  EXPECT_EQ(kvlSetDataFormat(0, KVL_DATA_BIG_ENDIAN, 1), 0);
   EXPECT_EQ(kvlGetDataFormat(0, &data, &floats), 0);
   EXPECT_EQ(kvlClose(h), 0);
 }

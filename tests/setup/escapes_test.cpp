@@ -141,7 +141,8 @@ TEST_F(Escapes, BitmapModesAreStoredByTheirOwnCodes) {
     EXPECT_EQ(set(RAXEL_ESCAPE_SET_BITMAP_MODE, host), 1);
     EXPECT_EQ(record_->nBitmapMode, stored);
   }
-  for (int32_t wrong : {139, 147, 215}) EXPECT_EQ(set(RAXEL_ESCAPE_SET_BITMAP_MODE, wrong, 1), -1) << wrong;
+  for (int32_t wrong : {139, 147, int32_t{RAXEL_STORED_MODE_BILEVEL}})
+    EXPECT_EQ(set(RAXEL_ESCAPE_SET_BITMAP_MODE, wrong, 1), -1) << wrong;
   EXPECT_EQ(record_->nBitmapMode, RAXEL_STORED_MODE_RGB);
 }
 
@@ -155,7 +156,8 @@ TEST_F(Escapes, CompressionsAreStoredByTheirOwnCodes) {
     EXPECT_EQ(set(RAXEL_ESCAPE_SET_COMPRESSION, host), 1);
     EXPECT_EQ(record_->nCompressionMode, stored);
   }
-  for (int32_t wrong : {149, 156, 224}) EXPECT_EQ(set(RAXEL_ESCAPE_SET_COMPRESSION, wrong, 1), -1) << wrong;
+  for (int32_t wrong : {149, 156, int32_t{RAXEL_STORED_COMPRESS_NONE}})
+    EXPECT_EQ(set(RAXEL_ESCAPE_SET_COMPRESSION, wrong, 1), -1) << wrong;
   EXPECT_EQ(record_->nCompressionMode, RAXEL_STORED_COMPRESS_T6);
 }
 

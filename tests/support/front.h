@@ -5,14 +5,16 @@
 #include <cstdint>
 #include <vector>
 
+#include "raxel/tiff_codes.h"
+
 namespace support {
 
 struct Front {
   uint32_t width = 0;
   uint32_t length = 0;
   uint32_t bits = 1;
-  uint32_t compression = 1;
-  uint32_t photometric = 1;
+  uint32_t compression = RAXEL_TIFF_UNCOMPRESSED;
+  uint32_t photometric = RAXEL_TIFF_BLACK_IS_ZERO;
   uint32_t samples = 1;
   uint32_t rowsPerStrip = 0;  // 0: tiles of 512 by 128
   uint32_t xResolution = 96;

@@ -317,8 +317,10 @@ TEST(BeginCellBitmap, APaletteInHandleMemoryIsAsLongAsItsBlock) {
     int32_t mode;
     uint16_t bits;
     size_t held, copied;  // entries
-  } rows[] = {{221, 4, 256, 256}, {221, 24, 256, 256}, {221, 8, 256, 256}, {219, 1, 16, 16},
-              {219, 4, 256, 16},  {221, 8, 5, 5},      {221, 1, 0, 0},     {215, 24, 2, 2}};
+  } rows[] = {{RAXEL_STORED_MODE_COLOR256, 4, 256, 256}, {RAXEL_STORED_MODE_COLOR256, 24, 256, 256},
+              {RAXEL_STORED_MODE_COLOR256, 8, 5, 5},     {RAXEL_STORED_MODE_COLOR256, 1, 0, 0},
+              {RAXEL_STORED_MODE_COLOR256, 8, 256, 256}, {RAXEL_STORED_MODE_COLOR16, 1, 16, 16},
+              {RAXEL_STORED_MODE_COLOR16, 4, 256, 16},   {RAXEL_STORED_MODE_BILEVEL, 24, 2, 2}};
   for (const auto &row : rows) {
     InUse use(row.mode, RAXEL_STORED_COMPRESS_NONE);
     const support::Pixels palette(countingPalette(row.held));

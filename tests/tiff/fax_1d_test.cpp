@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "raxel/tiff_codes.h"
 #include "tiff/reference_fax.h"
 
 namespace {
@@ -92,9 +93,9 @@ TEST(Fax1D, WidthZeroGivesNothing) {
 TEST(Fax1D, RowTooShortForItsWidthGivesNothing) {
   const Bytes row(4, 0xFF);
   tiff::FaxBuffer buffer(runtime::allocate(100));
-  EXPECT_EQ(tiff::encodeFaxRow(row, 33, 2, buffer), 0u);
-  EXPECT_EQ(tiff::encodeFaxRow(row, 0xFFFFFFFFu, 2, buffer), 0u);
-  EXPECT_EQ(tiff::encodeFaxRow(row, 32, 2, buffer), 1u);
+  EXPECT_EQ(tiff::encodeFaxRow(row, 33, RAXEL_TIFF_HUFFMAN, buffer), 0u);
+  EXPECT_EQ(tiff::encodeFaxRow(row, 0xFFFFFFFFu, RAXEL_TIFF_HUFFMAN, buffer), 0u);
+  EXPECT_EQ(tiff::encodeFaxRow(row, 32, RAXEL_TIFF_HUFFMAN, buffer), 1u);
   EXPECT_NE(buffer.handle(), 0u);
 }
 
@@ -137,7 +138,7 @@ TEST(Fax1D, LongestCodesOfAByte) {
 TEST(Fax1D, BufferGrowsWithinOneRun) {
   const Bytes row(32768, 0xFF);
   tiff::FaxBuffer buffer(runtime::allocate(20));
-  const uint32_t n = tiff::encodeFaxRow(row, 262144, 2, buffer);
+  const uint32_t n = tiff::encodeFaxRow(row, 262144, RAXEL_TIFF_HUFFMAN, buffer);
   const Bytes codes(buffer.data(), buffer.data() + n);
   EXPECT_EQ(codes, reference::packBits01(reference::runCodes(false, 262144)));
 }
@@ -145,7 +146,7 @@ TEST(Fax1D, BufferGrowsWithinOneRun) {
 TEST(Fax1D, LostBufferGivesNothing) {
   Bytes row(4000, 0x55);
   tiff::FaxBuffer buffer(runtime::allocate(100), 100);
-  EXPECT_EQ(tiff::encodeFaxRow(row, 32000, 3, buffer), 0u);
+  EXPECT_EQ(tiff::encodeFaxRow(row, 32000, RAXEL_TIFF_T4, buffer), 0u);
   EXPECT_EQ(buffer.handle(), 0u);
 }
 

@@ -3,7 +3,8 @@
 
 #include "raxel/filter.h"
 
-static const FilterExportEntry table[] = {{"KVLGetFilterVersion", 1005, 0, 0}, {"CreateSetup", 1001, 0, 0}};
+static const FilterExportEntry table[] = {{"KVLGetFilterVersion", RAXEL_ORDINAL_VERSION, 0, 0},
+                                          {"CreateSetup", RAXEL_ORDINAL_CREATE_SETUP, 0, 0}};
 
 void fltLoadPointers(FilterLoadRecord *record) {
   record->count = 2;

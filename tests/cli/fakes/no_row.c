@@ -3,7 +3,7 @@
 
 #include "raxel/filter.h"
 
-static const FilterExportEntry table[] = {{"KVLGetFilterVersion", 1005, 0, 0}};
+static const FilterExportEntry table[] = {{"KVLGetFilterVersion", RAXEL_ORDINAL_VERSION, 0, 0}};
 
 void fltLoadPointers(FilterLoadRecord *record) {
   record->count = 1;
