@@ -153,7 +153,7 @@ class RandomHost {
         return random_.chance(60) ? RAXEL_OP_BEGIN_BODY
                                   : (random_.chance(50) ? RAXEL_OP_WINDOW : RAXEL_OP_VIEWPORT_MODE);
       default:
-        return random_.chance(10) ? RAXEL_OP_END_PICTURE : bodyOpcode();
+        return random_.chance(10) ? uint32_t{RAXEL_OP_END_PICTURE} : bodyOpcode();
     }
   }
 
