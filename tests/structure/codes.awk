@@ -62,7 +62,7 @@ function report(what) {
       meets(line, "[A-Za-z_]*[eE]scape", escapes))
     report("an escape")
 
-  if (meets(line, "nState|[a-zA-Z]*->state|state", "1|2|4|8|16")) report("a driver state")
+  if (meets(line, "nState", "1|2|4|8|16")) report("a driver state")
   if (line ~ /(send|recordOf|function|Record|getfunc|InquireSupport)\([1-9]/ || holds(line, opcodes) ||
       line ~ /([oO]pcode|OP_|Record|record)/ && holds(line, "518|519|520|521|765|767"))
     report("an opcode")
