@@ -23,7 +23,7 @@ void noteAll(const RaxelPlan &plan, Report &report) {
                                      RAXEL_NOTE_DOCUMENT | RAXEL_NOTE_NO_DOCUMENT;
   for (uint32_t bit = 1; bit < 1u << RAXEL_NOTES; bit <<= 1) {
     if ((plan.notes & bit) == 0) continue;
-    (bit & kWorthTelling ? report.notes : report.details).push_back(raxelHostNote(bit));
+    (bit & kWorthTelling ? report.notes : report.details).push_back(noteText(bit));
   }
 }
 

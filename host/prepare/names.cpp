@@ -73,8 +73,8 @@ constexpr std::array<const char *, RAXEL_NOTES> kNotes{
     "strips of one byte cannot be coded as LZW, so PackBits is used",
     "readers misread a modified-Huffman picture this small, so PackBits is used",
     "readers refuse T.4 and modified Huffman where a row alternates at every pixel, so T.6 is used",
-    "taken for a document, so grey is cut into black and white; --dither makes dots of it",
-    "not taken for a document, so grey becomes dots; --threshold auto cuts it into black and white",
+    "taken for a document, so grey is cut into black and white",
+    "not taken for a document, so grey becomes dots",
 };
 
 template <size_t N>

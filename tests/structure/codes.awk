@@ -46,7 +46,7 @@ function report(what) {
   compressions = "22[4-7]|229|230"
   escapes = "1|9|1[0-4]|1[6-9]|2[56]|5[67]|81"
   opcodes = "1033|1034|1314|2310|3842|3843"
-  if (FILENAME !~ /\/color\// && !isRowOfNumbers(line) && line !~ /(row|pixels|out|ByteAt)(\[|\()[0-9]+/ &&
+  if (FILENAME !~ /\/color\// && !isRowOfNumbers(line) && line !~ /(row|pixels|out|ByteAt)(\[|\()[0-9]+|hreshold|[lL]evel/ &&
       holds(line, modes "|" compressions "|77[12]"))
     report("a setting")
   if (meets(line, "[A-Za-z_]*[mM]ode", asked "|30[7-9]|310|60[0-3]") ||
