@@ -43,6 +43,8 @@ std::string adviceFor(const Failure &failure, const Options &options, const std:
       return ": use --layout strips";
     case RAXEL_HOST_ONE_STRIP_NEEDS_FAX:
       return ": use --compress t6, t4 or huffman, or --strips quarters";
+    case RAXEL_HOST_PREDICTOR_NEEDS_LZW:
+      return ": give --predictor auto";
     case RAXEL_HOST_NO_QUANTIZER:
       return ": use another --quantizer";
     case RAXEL_HOST_NO_THRESHOLD:

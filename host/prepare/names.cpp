@@ -62,7 +62,7 @@ constexpr std::array<const char *, RAXEL_HOST_CODES> kMessages{
     "the output cannot be written",
     "what was written does not show the picture",
     "stopped before the picture was complete",
-    "a predictor is for LZW in the modes grey256 and rgb: give --predictor auto",
+    "a predictor is for LZW in the modes grey256 and rgb",
 };
 
 constexpr std::array<const char *, RAXEL_NOTES> kNotes{

@@ -88,7 +88,7 @@ case $check in
   sentences)
     # Programs show what the libraries say, and know no options: those belong to orders alone.
     library=$(grep -oE '[a-z_]+(/[a-z_]+)?\.cpp' host/library.cmake | sed 's,^,host/,' |
-      grep -vE '^host/(order|pictures)/|^host/filter/(given|request|save)')
+      grep -vE '^host/(order|pictures)/|^host/filter/(given|metadata|request|save)')
     test -n "$library"
     # shellcheck disable=SC2086 # names without blanks
     ! { sources src include; ls $library; } | xargs grep -nE '"([^"]*[^"-])?-(-[a-z]|[a-zA-Z][ ,;"])'
