@@ -1,7 +1,6 @@
 // Orders: the command's options and reports for programs.
 #include <algorithm>
-#include <cstddef>
-#include <cstdio>
+#include <cerrno>
 #include <cstring>
 #include <list>
 #include <new>
@@ -20,7 +19,16 @@ struct RaxelHostOrder {
   host::Task task;
   std::list<RaxelHostPixels> pixels;  // where the task finds them
   std::string message;                // of the last call
-  std::string report;
+  int error = 0;
+  std::string report;        // of the last run
+  uint8_t *bytes = nullptr;  // the file of the last run, where it has no other place
+  uint64_t byteCount = 0;
+
+  void dropFile() {
+    raxelHostFree(bytes);
+    bytes = nullptr;
+    byteCount = 0;
+  }
 };
 
 namespace host {
@@ -70,14 +78,12 @@ Record ownCopy(const Record *given) {
   return own;
 }
 
-void perform(RaxelHostOrder &order, const RaxelHostJob &job, RaxelHostResult &result, bool hasResult) {
+void perform(RaxelHostOrder &order, const RaxelHostCalls &calls) {
   order.options.json = true;  // pages are told of in the report
   checkOptions(order.options);
   checkInputs(order);
   const Options &options = order.options;
   order.task.output = options.output;
-  if (options.output.empty() && !job.write && !options.dryRun && !hasResult)
-    throw Failure(kUsage, "no output given");
   if (!options.output.empty()) {
     std::vector<std::string> files;
     for (const TaskInput &input : order.task.inputs) {
@@ -86,13 +92,13 @@ void perform(RaxelHostOrder &order, const RaxelHostJob &job, RaxelHostResult &re
     Originals(files).protectFrom(options.output);
   }
   Caller caller;
-  caller.flags = job.flags & (RAXEL_HOST_VERIFY | RAXEL_HOST_SYNC_CHILD);
-  caller.progress = job.progress;
-  caller.stop = job.stop;
-  caller.temporary = job.temporary;
-  caller.write = job.write;
-  caller.memory = hasResult ? &result.memory : nullptr;
-  caller.context = job.context;
+  caller.flags = calls.flags & RAXEL_HOST_SYNC_CHILD;
+  caller.progress = calls.progress;
+  caller.stop = calls.stop;
+  caller.temporary = calls.temporary;
+  caller.write = calls.write;
+  caller.memory = &order.bytes;
+  caller.context = calls.context;
   Report report;
   report.input = order.task.inputs.front().name;
   try {
@@ -104,12 +110,7 @@ void perform(RaxelHostOrder &order, const RaxelHostJob &job, RaxelHostResult &re
     throw;
   }
   order.report = toJson(report);
-  result.verified = report.verified ? 1 : 0;
-  result.bytes = report.bytes;
-  result.prepareSeconds = report.prepareSeconds;
-  result.writeSeconds = report.writeSeconds;
-  result.plan = report.plan;
-  result.pages = report.isPaged ? report.pageCount : 1;
+  if (order.bytes) order.byteCount = report.bytes;
 }
 
 // What an action throws, as a code, a sentence and an errno.
@@ -126,6 +127,7 @@ int guard(std::string &message, int &error, Action action) {
     return failure.reason();
   } catch (const std::bad_alloc &) {
     error = ENOMEM;
+    message.clear();  // there is no memory for words
     return RAXEL_HOST_NO_MEMORY;
   } catch (const std::exception &failure) {
     message = failure.what();
@@ -135,8 +137,7 @@ int guard(std::string &message, int &error, Action action) {
 
 template <class Action>
 int guard(RaxelHostOrder *order, Action action) {
-  int error = 0;
-  return order ? guard(order->message, error, action) : int{RAXEL_HOST_BAD_ARGUMENT};
+  return order ? guard(order->message, order->error, action) : int{RAXEL_HOST_BAD_ARGUMENT};
 }
 
 }  // namespace
@@ -149,6 +150,7 @@ RaxelHostOrder *raxelHostOrderNew() {
 }
 
 void raxelHostOrderFree(RaxelHostOrder *order) {
+  if (order) order->dropFile();
   delete order;
 }
 
@@ -171,26 +173,25 @@ int raxelHostOrderPicture(RaxelHostOrder *order, const RaxelHostPixels *pixels) 
   });
 }
 
-int raxelHostOrderRun(RaxelHostOrder *order, const RaxelHostJob *job, RaxelHostResult *result) {
-  if (!order || (result && result->size < offsetof(RaxelHostResult, plan))) return RAXEL_HOST_BAD_ARGUMENT;
-  RaxelHostResult own{};
-  order->report.clear();
-  own.code = host::guard(order->message, own.error,
-                         [&] { host::perform(*order, host::ownCopy(job), own, result != nullptr); });
-  if (own.code == RAXEL_HOST_NO_MEMORY && order->message.empty()) {
-    std::snprintf(own.message, sizeof own.message, "%s", raxelHostMessage(own.code));
-  } else {
-    std::snprintf(own.message, sizeof own.message, "%s", order->message.c_str());
-  }
-  if (result) {
-    own.size = result->size;
-    std::memcpy(result, &own, std::min<size_t>(own.size, sizeof own));
-  }
-  return own.code;
+int raxelHostOrderRun(RaxelHostOrder *order, const RaxelHostCalls *calls) {
+  return host::guard(order, [&] {
+    order->report.clear();
+    order->dropFile();
+    host::perform(*order, host::ownCopy(calls));
+  });
 }
 
 const char *raxelHostOrderMessage(const RaxelHostOrder *order) {
   return order ? order->message.c_str() : "";
+}
+
+int32_t raxelHostOrderError(const RaxelHostOrder *order) {
+  return order ? order->error : 0;
+}
+
+const uint8_t *raxelHostOrderBytes(const RaxelHostOrder *order, uint64_t *count) {
+  if (count) *count = order ? order->byteCount : 0;
+  return order ? order->bytes : nullptr;
 }
 
 const char *raxelHostOrderReport(const RaxelHostOrder *order) {

@@ -5,7 +5,7 @@
 //   raxelHostOrderSet(order, "compress", "t6");
 //   raxelHostOrderSet(order, "output", "page.tif");
 //   raxelHostOrderFile(order, "page.png");
-//   if (raxelHostOrderRun(order, NULL, &result) != RAXEL_HOST_OK) puts(result.message);
+//   if (raxelHostOrderRun(order, NULL) != RAXEL_HOST_OK) puts(raxelHostOrderMessage(order));
 //   raxelHostOrderFree(order);
 //
 // The file has the bytes that the command would write. Options are known by their long names, and new ones
@@ -53,6 +53,17 @@ typedef struct RaxelHostPixels {
   double dpiY;
 } RaxelHostPixels;
 
+// Who is called while an order runs, each as its type says. All may be null.
+typedef struct RaxelHostCalls {
+  uint32_t size;   // sizeof(RaxelHostCalls)
+  uint32_t flags;  // RAXEL_HOST_SYNC_CHILD or 0
+  RaxelHostWrite write;
+  RaxelHostProgress progress;
+  RaxelHostStop stop;
+  RaxelHostTemporary temporary;
+  void *context;  // handed to all of them
+} RaxelHostCalls;
+
 typedef struct RaxelHostOrder RaxelHostOrder;
 
 // An empty order; null when there is no memory for it.
@@ -76,15 +87,20 @@ RAXEL_EXPORT int raxelHostOrderFile(RaxelHostOrder *order, const char *path);
 // Adds a picture in memory. What it points to is borrowed until the order is freed.
 RAXEL_EXPORT int raxelHostOrderPicture(RaxelHostOrder *order, const RaxelHostPixels *pixels);
 
-// Does it. Of the job, which may be null, flags (VERIFY and SYNC_CHILD are added to what the options say),
-// write, progress, stop, temporary and context count, and nothing else. Returns as raxelHostExport does,
-// and fills *result in the same way; it may be null when the file does not go to memory. The plan is that
-// of the last page.
-RAXEL_EXPORT int raxelHostOrderRun(RaxelHostOrder *order, const RaxelHostJob *job, RaxelHostResult *result);
+// Runs the order. `calls` may be null. The file goes to the option "output", or to calls->write, or stays
+// in memory (raxelHostOrderBytes). Returns as raxelHostExport does.
+RAXEL_EXPORT int raxelHostOrderRun(RaxelHostOrder *order, const RaxelHostCalls *calls);
 
 // Why the last call that takes this order failed, in one sentence; empty when it did not. Never null; good
 // until the next call.
 RAXEL_EXPORT const char *raxelHostOrderMessage(const RaxelHostOrder *order);
+
+// The errno behind it; 0 for none.
+RAXEL_EXPORT int32_t raxelHostOrderError(const RaxelHostOrder *order);
+
+// The file of the last run, where it stayed in memory, and its size in *count, which may be null. The
+// order's, until it runs again or is freed; null when there is none.
+RAXEL_EXPORT const uint8_t *raxelHostOrderBytes(const RaxelHostOrder *order, uint64_t *count);
 
 // What the last run did, as the JSON object that raxel-export --json has for a picture; empty before. Never
 // null; good until the next run.

@@ -49,12 +49,22 @@ RaxelHostPixels pixelsOf(const Bytes &bytes, int32_t kind, uint32_t width, uint3
 
 // Runs the order into memory.
 Bytes fileOf(const Order &order) {
-  RaxelHostResult result{};
-  result.size = sizeof result;
-  EXPECT_EQ(raxelHostOrderRun(order.get(), nullptr, &result), RAXEL_HOST_OK) << result.message;
-  Bytes file(result.memory, result.memory + result.bytes);
-  raxelHostFree(result.memory);
-  return file;
+  EXPECT_EQ(raxelHostOrderRun(order.get(), nullptr), RAXEL_HOST_OK) << raxelHostOrderMessage(order.get());
+  uint64_t count = 0;
+  const uint8_t *bytes = raxelHostOrderBytes(order.get(), &count);
+  return {bytes, bytes + count};
+}
+
+// Follows the chain of directories.
+int pagesOf(const Bytes &file) {
+  const auto number = [&](size_t at, size_t bytes) {
+    size_t value = 0;
+    for (size_t i = bytes; i-- > 0;) value = value << 8 | file.at(at + i);
+    return value;
+  };
+  int pages = 0;
+  for (size_t at = number(4, 4); at != 0; ++pages) at = number(at + 2 + 12 * number(at, 2), 4);
+  return pages;
 }
 
 // The pixels that the file shows, written as RGB without compression; the last row of an odd height stands
@@ -180,11 +190,9 @@ TEST(HostOrder, RefusesPicturesThatMakeNoSense) {
   const auto refusal = [](const RaxelHostPixels &pixels) -> std::string {
     const Order order = orderOf({});
     EXPECT_EQ(raxelHostOrderPicture(order.get(), &pixels), RAXEL_HOST_OK);
-    RaxelHostResult result{};
-    result.size = sizeof result;
-    EXPECT_EQ(raxelHostOrderRun(order.get(), nullptr, &result), RAXEL_HOST_BAD_PICTURE);
-    EXPECT_EQ(result.memory, nullptr);
-    return result.message;
+    EXPECT_EQ(raxelHostOrderRun(order.get(), nullptr), RAXEL_HOST_BAD_PICTURE);
+    EXPECT_EQ(raxelHostOrderBytes(order.get(), nullptr), nullptr);
+    return raxelHostOrderMessage(order.get());
   };
   RaxelHostPixels pixels = pixelsOf(kColors, RAXEL_PIXELS_RGB, 0, 2, 3);
   EXPECT_EQ(refusal(pixels), "picture 1: has no pixels");
@@ -205,11 +213,9 @@ TEST(HostOrder, TellsWhyAFileCannotBeRead) {
   const std::string missing = folder.file("missing.png"), target = folder.file("made.tif");
   const Order order = orderOf({{"output", target.c_str()}});
   ASSERT_EQ(raxelHostOrderFile(order.get(), missing.c_str()), RAXEL_HOST_OK);
-  RaxelHostResult result{};
-  result.size = sizeof result;
-  EXPECT_EQ(raxelHostOrderRun(order.get(), nullptr, &result), RAXEL_HOST_BAD_PICTURE);
-  EXPECT_EQ(result.error, ENOENT);
-  EXPECT_EQ(result.message, missing + ": cannot be opened: No such file or directory");
+  EXPECT_EQ(raxelHostOrderRun(order.get(), nullptr), RAXEL_HOST_BAD_PICTURE);
+  EXPECT_EQ(raxelHostOrderError(order.get()), ENOENT);
+  EXPECT_EQ(raxelHostOrderMessage(order.get()), missing + ": cannot be opened: No such file or directory");
   EXPECT_NE(std::string(raxelHostOrderReport(order.get())).find("\"exit\":66"), std::string::npos);
   EXPECT_FALSE(std::filesystem::exists(target));
 }
@@ -222,16 +228,37 @@ TEST(HostOrder, PutsPicturesAndFilesIntoOneFileAsPages) {
   const Order alone = orderOf({});
   ASSERT_EQ(raxelHostOrderPicture(alone.get(), &pixels), RAXEL_HOST_OK);
   ASSERT_EQ(raxelHostOrderFile(alone.get(), grey.c_str()), RAXEL_HOST_OK);
-  RaxelHostResult result{};
-  result.size = sizeof result;
-  EXPECT_EQ(raxelHostOrderRun(alone.get(), nullptr, &result), RAXEL_HOST_BAD_ARGUMENT);
-  EXPECT_EQ(std::string(result.message), "several inputs go as pages into one file: give --pages");
+  EXPECT_EQ(raxelHostOrderRun(alone.get(), nullptr), RAXEL_HOST_BAD_ARGUMENT);
+  EXPECT_STREQ(raxelHostOrderMessage(alone.get()),
+               "several inputs go as pages into one file: give --pages");
 
   ASSERT_EQ(raxelHostOrderSet(alone.get(), "pages", nullptr), RAXEL_HOST_OK);
-  EXPECT_EQ(raxelHostOrderRun(alone.get(), nullptr, &result), RAXEL_HOST_OK) << result.message;
-  EXPECT_EQ(result.pages, 2u);
+  EXPECT_EQ(pagesOf(fileOf(alone)), 2);
   EXPECT_NE(std::string(raxelHostOrderReport(alone.get())).find(grey), std::string::npos);
-  raxelHostFree(result.memory);
+}
+
+TEST(HostOrder, GoesToACallbackAndStopsWhenAskedTo) {
+  const Order order = orderOf({});
+  const RaxelHostPixels pixels = pixelsOf(kColors, RAXEL_PIXELS_RGB, 3, 2, 3);
+  ASSERT_EQ(raxelHostOrderPicture(order.get(), &pixels), RAXEL_HOST_OK);
+  const Bytes expected = fileOf(order);
+  Bytes taken;
+  RaxelHostCalls calls{};
+  calls.size = sizeof calls;
+  calls.context = &taken;
+  calls.write = [](void *context, const void *bytes, uint64_t count) {
+    const auto *first = static_cast<const uint8_t *>(bytes);
+    static_cast<Bytes *>(context)->insert(static_cast<Bytes *>(context)->end(), first, first + count);
+    return 0;
+  };
+  ASSERT_EQ(raxelHostOrderRun(order.get(), &calls), RAXEL_HOST_OK);
+  EXPECT_EQ(taken, expected);
+  EXPECT_EQ(raxelHostOrderBytes(order.get(), nullptr), nullptr);
+
+  taken.clear();
+  calls.stop = [](void *) { return 1; };
+  EXPECT_EQ(raxelHostOrderRun(order.get(), &calls), RAXEL_HOST_STOPPED);
+  EXPECT_TRUE(taken.empty());
 }
 
 TEST(HostOrder, AnInputIsNeverReplaced) {
@@ -241,7 +268,7 @@ TEST(HostOrder, AnInputIsNeverReplaced) {
   support::writeFile(path, bytes);
   const Order order = orderOf({{"output", path.c_str()}, {"force", nullptr}});
   ASSERT_EQ(raxelHostOrderFile(order.get(), path.c_str()), RAXEL_HOST_OK);
-  EXPECT_EQ(raxelHostOrderRun(order.get(), nullptr, nullptr), RAXEL_HOST_NO_CREATE);
+  EXPECT_EQ(raxelHostOrderRun(order.get(), nullptr), RAXEL_HOST_NO_CREATE);
   EXPECT_EQ(support::readText(path), bytes);
 }
 
@@ -249,12 +276,12 @@ TEST(HostOrder, AnswersNullWithACode) {
   RaxelHostOrder *const none = nullptr;
   EXPECT_EQ(raxelHostOrderSet(none, "dpi", "300"), RAXEL_HOST_BAD_ARGUMENT);
   EXPECT_EQ(raxelHostOrderFile(none, "a"), RAXEL_HOST_BAD_ARGUMENT);
-  EXPECT_EQ(raxelHostOrderRun(none, nullptr, nullptr), RAXEL_HOST_BAD_ARGUMENT);
+  EXPECT_EQ(raxelHostOrderRun(none, nullptr), RAXEL_HOST_BAD_ARGUMENT);
   EXPECT_STREQ(raxelHostOrderMessage(none), "");
   const Order order = orderOf({});
   EXPECT_EQ(raxelHostOrderFile(order.get(), ""), RAXEL_HOST_BAD_ARGUMENT);
   EXPECT_EQ(raxelHostOrderPicture(order.get(), nullptr), RAXEL_HOST_BAD_ARGUMENT);
-  EXPECT_EQ(raxelHostOrderRun(order.get(), nullptr, nullptr), RAXEL_HOST_BAD_ARGUMENT);  // nothing to do
+  EXPECT_EQ(raxelHostOrderRun(order.get(), nullptr), RAXEL_HOST_BAD_ARGUMENT);  // nothing to do
 }
 
 TEST(HostReduce, KeepsColorsThatAreFewEnough) {
@@ -302,7 +329,7 @@ TEST(HostInspect, TellsOfFilesAndOfWhatIsNone) {
   const Order order = orderOf({{"output", path.c_str()}});
   const RaxelHostPixels pixels = pixelsOf(kColors, RAXEL_PIXELS_RGB, 3, 2, 3);
   ASSERT_EQ(raxelHostOrderPicture(order.get(), &pixels), RAXEL_HOST_OK);
-  ASSERT_EQ(raxelHostOrderRun(order.get(), nullptr, nullptr), RAXEL_HOST_OK);
+  ASSERT_EQ(raxelHostOrderRun(order.get(), nullptr), RAXEL_HOST_OK);
   text = raxelHostInspect(path.c_str());
   ASSERT_NE(text, nullptr);
   EXPECT_NE(std::string(text).find("\"faults\":[],\"decodes\":true"), std::string::npos) << text;

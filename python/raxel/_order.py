@@ -1,0 +1,195 @@
+"""An order of the library, and how it is run without keeping Python from anything else."""
+
+from __future__ import annotations
+
+import ctypes
+import threading
+from ctypes import c_uint64
+from queue import SimpleQueue
+from types import TracebackType
+from typing import Callable, Iterable, Optional, Sequence
+
+from . import _library
+from ._error import Stopped, failure
+from ._library import HostCalls, HostProgress, lib, text
+from ._pictures import Source
+
+#: Hears how far an export is, 0.0 to 1.0; answering False stops it.
+Progress = Callable[[float], object]
+
+# How long a stop waits for the library to end before it is left to end by itself. It looks whether it is to
+# stop some fifty times a second.
+_PATIENCE = 0.06
+
+
+class Order:
+    """Options and pictures, and what becomes of them. A context manager."""
+
+    def __init__(self, options: Iterable[tuple[str, Optional[str]]], sources: Sequence[Source]) -> None:
+        self._handle = lib.raxelHostOrderNew()
+        if not self._handle:
+            raise MemoryError
+        self._sources = sources  # borrowed by the library
+        self._abandoned = False
+        try:
+            for name, value in options:
+                encoded = None if value is None else value.encode("utf-8", "surrogateescape")
+                self._check(lib.raxelHostOrderSet(self._handle, name.encode(), encoded))
+            for source in sources:
+                if source.pixels is not None:
+                    self._check(lib.raxelHostOrderPicture(self._handle, ctypes.byref(source.pixels)))
+                else:
+                    self._check(lib.raxelHostOrderFile(self._handle, source.path))
+        except BaseException:
+            self.close()
+            raise
+
+    def __enter__(self) -> Order:
+        return self
+
+    def __exit__(
+        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
+    ) -> None:
+        if not self._abandoned:
+            self.close()
+
+    def close(self) -> None:
+        """Frees what the library keeps, the file's bytes included."""
+        handle, self._handle = self._handle, None
+        lib.raxelHostOrderFree(handle)
+
+    def _check(self, code: int) -> None:
+        if code != _library.OK:
+            message = text(lib.raxelHostOrderMessage(self._handle))
+            raise failure(code, message, lib.raxelHostOrderError(self._handle))
+
+    def _end(self, code: int, refused: bool) -> None:
+        """Raises what a run has failed with, which is a stop where ``progress`` has asked for it."""
+        if refused and code != _library.OK:
+            raise Stopped(text(lib.raxelHostOrderMessage(self._handle)), None, code)
+        self._check(code)
+
+    def report(self) -> str:
+        """What the run has done, as JSON."""
+        return text(lib.raxelHostOrderReport(self._handle))
+
+    def file(self) -> memoryview:
+        """The file's bytes, where there is no other output; good until the order is closed."""
+        count = c_uint64()
+        address = lib.raxelHostOrderBytes(self._handle, ctypes.byref(count))
+        if not address:
+            return memoryview(b"")
+        return memoryview((ctypes.c_char * count.value).from_address(address)).cast("B")
+
+    def run(self, progress: Optional[Progress] = None) -> None:
+        """Runs the order; raises what the library or ``progress`` fails with."""
+        if threading.current_thread() is threading.main_thread():
+            self._run_beside(progress)
+        else:
+            self._run_here(progress)
+
+    def _calls(self, progress: Callable[[int, float], bool]) -> HostCalls:
+        calls = HostCalls()
+        calls.size = ctypes.sizeof(HostCalls)
+
+        def tell(_context: object, stage: int, part: float, _bytes: int) -> int:
+            return 0 if progress(stage, part) else 1
+
+        calls.progress = HostProgress(tell)
+        return calls
+
+    def _run_here(self, progress: Optional[Progress]) -> None:
+        """In a thread that no signal reaches."""
+        calls = HostCalls()
+        calls.size = ctypes.sizeof(HostCalls)
+        failed: list[BaseException] = []
+        refused: list[bool] = [False]
+        if progress is not None:
+            meter = _Meter(len(self._sources))
+            hear = progress
+
+            def tell(stage: int, part: float) -> bool:
+                try:
+                    refused.append(hear(meter.whole(stage, part)) is False)
+                    return not refused[-1]
+                except BaseException as error:
+                    failed.append(error)
+                    return False
+
+            calls = self._calls(tell)
+        code = lib.raxelHostOrderRun(self._handle, ctypes.byref(calls))
+        if failed:
+            raise failed[0]
+        self._end(code, refused[-1])
+        if progress is not None:
+            progress(1.0)
+
+    def _run_beside(self, progress: Optional[Progress]) -> None:
+        """In the main thread: the library works in another, so that Ctrl-C gets through at once and
+        ``progress`` is called here."""
+        news: SimpleQueue[Optional[tuple[int, float]]] = SimpleQueue()
+        answers: SimpleQueue[bool] = SimpleQueue()
+        stopped = threading.Event()
+        codes: list[int] = []
+
+        def tell(stage: int, part: float) -> bool:
+            if stopped.is_set():
+                return False
+            if progress is None:
+                return True
+            news.put((stage, part))
+            return answers.get() and not stopped.is_set()
+
+        calls = self._calls(tell)
+
+        def work() -> None:
+            try:
+                codes.append(lib.raxelHostOrderRun(self._handle, ctypes.byref(calls)))
+            finally:
+                news.put(None)
+                if self._abandoned:
+                    self.close()
+
+        worker = threading.Thread(target=work, name="raxel")
+        meter = _Meter(len(self._sources))
+        refused = False
+        worker.start()
+        try:
+            while True:
+                state = news.get()
+                if state is None:
+                    break
+                assert progress is not None
+                refused = progress(meter.whole(*state)) is False
+                answers.put(not refused)
+            worker.join()
+        except BaseException:
+            self._abandoned = True
+            stopped.set()
+            answers.put(False)
+            worker.join(_PATIENCE)
+            if not worker.is_alive() and self._handle:
+                self.close()
+            raise
+        self._end(codes[0], refused)
+        if progress is not None:
+            progress(1.0)
+
+
+class _Meter:
+    """One fraction, which never falls, of stages that begin anew with each page."""
+
+    def __init__(self, pages: int) -> None:
+        self._pages = pages
+        self._done = -1
+        self._stage = _library.WRITING
+        self._last = 0.0
+
+    def whole(self, stage: int, part: float) -> float:
+        """The part of the whole that a part of a stage comes to."""
+        if stage == _library.PREPARING and self._stage == _library.WRITING:
+            self._done += 1
+        self._stage = stage
+        own = part if stage == _library.WRITING else 0.0
+        self._last = max(self._last, min((max(self._done, 0) + own) / self._pages, 1.0))
+        return self._last
