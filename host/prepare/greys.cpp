@@ -166,7 +166,8 @@ MakeRow twoColorRows(const Source &source, RaxelPlan &plan, uint8_t *table) {
     const uint8_t *in = source.row(y);
     // On the stack, where no byte of the row can lie.
     const uint8_t clear = ofClear, change = ofClear ^ ofSet;
-    for (size_t i = 0; i < bytes; ++i) out[i] = static_cast<uint8_t>((in[i] & change) ^ clear);
+    const size_t count = bytes;
+    for (size_t i = 0; i < count; ++i) out[i] = static_cast<uint8_t>((in[i] & change) ^ clear);
     if (used != 0) out[bytes - 1] = static_cast<uint8_t>(out[bytes - 1] & (0xFF00u >> used));
   };
 }
