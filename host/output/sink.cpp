@@ -17,9 +17,6 @@ namespace host {
 namespace {
 
 constexpr uint64_t kFront = 64 << 10;
-constexpr size_t kTail = 256 << 10;
-constexpr uint64_t kMost = INT32_MAX;        // positions are signed 32-bit for the filter
-constexpr uint64_t kMostPages = UINT32_MAX;  // places are 32-bit in the file
 
 }  // namespace
 
@@ -27,10 +24,9 @@ Sink::~Sink() {
   std::free(block_);
 }
 
-bool Sink::write(const uint8_t *bytes, size_t count) {
-  if (error_ != 0) return false;
-  if (position_ + count > kMost || base_ + position_ + count > kMostPages) {
-    error_ = EFBIG;
+bool Sink::writeAny(const uint8_t *bytes, size_t count) {
+  if (!mayWrite(count)) {
+    if (error_ == 0) error_ = EFBIG;
     return false;
   }
   try {
@@ -92,7 +88,7 @@ bool Sink::writeToFile(const uint8_t *bytes, size_t count) {
       if (front_.size() < end) front_.resize(static_cast<size_t>(end));
       std::memcpy(front_.data() + position_, bytes, step);
     } else if (position_ == size_) {
-      step = std::min(count, kTail - tail_.size());
+      step = std::min(count, kTail - tailSize_);
       if (!append(bytes, step)) return false;
     } else {
       // A patch beyond the front.
@@ -108,18 +104,17 @@ bool Sink::writeToFile(const uint8_t *bytes, size_t count) {
 }
 
 bool Sink::append(const uint8_t *bytes, size_t count) {
-  if (tail_.empty()) {
-    tail_.reserve(kTail);
-    tailStart_ = position_;
-  }
-  tail_.insert(tail_.end(), bytes, bytes + count);
+  if (!tail_) tail_.reset(new uint8_t[kTail]);
+  if (tailSize_ == 0) tailStart_ = position_;
+  std::memcpy(tail_.get() + tailSize_, bytes, count);
+  tailSize_ += count;
   // Whole pieces, so that no page of the file is written in two goes.
-  return tail_.size() < kTail || flushTail();
+  return tailSize_ < kTail || flushTail();
 }
 
 bool Sink::flushTail() {
-  const bool done = writeAt(base_ + tailStart_, tail_.data(), tail_.size());
-  tail_.clear();
+  const bool done = writeAt(base_ + tailStart_, tail_.get(), tailSize_);
+  tailSize_ = 0;
   return done;
 }
 

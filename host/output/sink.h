@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -26,7 +28,15 @@ class Sink {
   // that grows is copied. What is not written takes no memory.
   void expect(uint64_t bytes);
   // At the current position. False after the first failure, and from then on; error() says why.
-  bool write(const uint8_t *bytes, size_t count);
+  bool write(const uint8_t *bytes, size_t count) {
+    // What most are: a few bytes behind all the others, which wait for a whole piece.
+    if (tailSize_ == 0 || position_ != size_ || count >= kTail - tailSize_ || !mayWrite(count))
+      return writeAny(bytes, count);
+    std::memcpy(tail_.get() + tailSize_, bytes, count);
+    tailSize_ += count;
+    size_ = position_ += count;
+    return true;
+  }
   // Moves the position, up to 2 GiB in a page. False for a place that no file has.
   bool seek(int64_t offset, int whence);
   // Everything to the file.
@@ -50,6 +60,14 @@ class Sink {
   uint8_t *release();
 
  private:
+  static constexpr size_t kTail = 256 << 10;
+  static constexpr uint64_t kMost = INT32_MAX;        // positions are signed 32-bit for the filter
+  static constexpr uint64_t kMostPages = UINT32_MAX;  // places are 32-bit in the file
+
+  bool mayWrite(size_t count) const {
+    return error_ == 0 && position_ + count <= kMost && base_ + position_ + count <= kMostPages;
+  }
+  bool writeAny(const uint8_t *bytes, size_t count);
   bool keep(const uint8_t *bytes, size_t count);
   bool grow(uint64_t size);
   bool writeToFile(const uint8_t *bytes, size_t count);
@@ -66,8 +84,9 @@ class Sink {
   uint64_t base_ = 0;  // where the page starts; the places below count from there
   uint64_t position_ = 0;
   uint64_t size_ = 0;
-  std::vector<uint8_t> front_;  // bytes from 0 on
-  std::vector<uint8_t> tail_;   // bytes from tailStart_ on, not written yet
+  std::vector<uint8_t> front_;       // bytes from 0 on
+  std::unique_ptr<uint8_t[]> tail_;  // bytes from tailStart_ on, not written yet; room for kTail
+  size_t tailSize_ = 0;
   uint64_t tailStart_ = 0;
   uint8_t *block_ = nullptr;  // all bytes, when there is no file
   uint64_t room_ = 0;         // of the block
