@@ -147,7 +147,7 @@ RAXEL_EXPORT Handle rlShrinkBitmap(Handle bits, int16_t depth, uint32_t sourceWi
                                    uint32_t width, uint32_t height);
 RAXEL_EXPORT Handle rlStretchBitmap(Handle bits, int16_t depth, uint32_t sourceWidth, uint32_t sourceHeight,
                                     uint32_t width, uint32_t height);
-
+#ifndef RAXEL_NO_SHORT_NAMES  // Shrink, Stretch, ShrinkX, StretchX
 // The workers of whole pictures and of single rows, over memory that the caller owns; source and
 // destination must not overlap. They return 0. Rows are counted as 1, whatever `rows` says.
 RAXEL_EXPORT int32_t Shrink(const uint8_t *source, uint8_t *destination, int16_t depth,
@@ -158,7 +158,7 @@ RAXEL_EXPORT int32_t ShrinkX(const uint8_t *source, uint8_t *destination, int16_
                              uint32_t sourceWidth, uint32_t rows, uint32_t width);
 RAXEL_EXPORT int32_t StretchX(const uint8_t *source, uint8_t *destination, int16_t depth,
                               uint32_t sourceWidth, uint32_t rows, uint32_t width);
-
+#endif
 // Mirrors a picture in place and returns its handle.
 //   leftRight, topBottom  which way, when not 0
 // Left-right, pixel x changes places with pixel width - x: the first pixel with what lies just past

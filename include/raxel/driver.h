@@ -71,11 +71,11 @@ RAXEL_EXPORT int32_t RASTER_termdvr(void);
 // Every driver function takes the address of its record as a word and hands a word back, which the
 // dispatch ignores: the record's address where nothing else is said.
 typedef HostWord (*DriverFunction)(HostWord record);
-
+#ifndef RAXEL_NO_SHORT_NAMES  // getfunc
 // The function of the first table row with this opcode if the row allows the current state; otherwise
 // d_noop. Without a state block always d_noop.
 RAXEL_EXPORT DriverFunction getfunc(uint32_t opcode);
-
+#endif
 // Accepts a record and does nothing.
 RAXEL_EXPORT HostWord d_noop(HostWord record);
 

@@ -61,7 +61,7 @@ RAXEL_EXPORT int32_t TermColorLib(Handle context);
 // Returns 0, or -1 when something is missing or there is no memory.
 RAXEL_EXPORT int32_t direct_indexed(const uint8_t *rows, uint32_t width, int16_t height, uint16_t *count,
                                     uint16_t mode, uint8_t *table, Handle context);
-
+#ifndef RAXEL_NO_SHORT_NAMES  // HeapSort, clrswap, split
 // The steps of the median cut. All positions count from the list's first entry.
 //
 // Measures the box over the entries first to last.
@@ -82,7 +82,7 @@ RAXEL_EXPORT int32_t split(ColorBox *boxes, uint16_t slot, uint16_t median, uint
                            uint16_t *states, const ColorFreq *list, uint16_t colorCount);
 // The slot of the box with the most pixels that can be split, the lowest of equals; 0 when none can.
 RAXEL_EXPORT int32_t GetMaxHistSum(const ColorBox *boxes, const uint16_t *states, uint16_t colorCount);
-
+#endif
 RAXEL_END
 
 #endif

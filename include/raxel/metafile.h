@@ -53,7 +53,7 @@ RAXEL_EXPORT int32_t dd_entry(uint32_t op, void *out, uint32_t unused);
 //   VERSION  copies its 4 bytes to the record, unless that is null, and returns 4
 // Others return 0. The records of EXECUTE and VERSION may be at any address.
 RAXEL_EXPORT int32_t dd_entry32(HostWord unused, uint32_t op, void *record);
-
+#ifndef RAXEL_NO_SHORT_NAMES  // initdvr, termdvr, escape
 // Opens a session. The record has the words of RaxelStartWord; the output's name is a writable text, which
 // the library copies and empties. The output is opened as ExportCellData opens it. Returns 0; 22 without a
 // record or a usable setup handle; 303 when the output cannot be opened or its name has 144 characters or
@@ -70,7 +70,7 @@ RAXEL_EXPORT int32_t termdvr(HostWord unused);
 // Asks the session's host, through lpCommon, whether to stop: the plain report with nSessStatusArg as
 // its fourth value. Returns 0, or 901 after pushing it on the driver's error stack.
 RAXEL_EXPORT int32_t escape(void);
-
+#endif
 // Called with 1 before and 0 after each dispatched function. Does nothing; returns 0.
 RAXEL_EXPORT int32_t esc_mode(int32_t on);
 

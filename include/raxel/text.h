@@ -8,7 +8,7 @@
 #include "raxel/types.h"
 
 RAXEL_BEGIN
-
+#ifndef RAXEL_NO_SHORT_NAMES  // strupr, strlower, strlwr, stricmp, strnicmp, dabs, roundd, feqi
 // Turn every letter of a string into a capital, or into a small letter, in place, and return the
 // string. strlwr is strlower under a second name.
 RAXEL_EXPORT char *strupr(char *text);
@@ -34,7 +34,7 @@ RAXEL_EXPORT int32_t roundd(double x);
 // 1 when a and b differ by at most `tolerance`, else 0. Distance and tolerance compare as unsigned
 // numbers, so that a negative tolerance accepts every pair.
 RAXEL_EXPORT int32_t feqi(int32_t a, int32_t b, int32_t tolerance);
-
+#endif
 RAXEL_END
 
 #endif

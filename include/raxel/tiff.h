@@ -187,14 +187,14 @@ RAXEL_EXPORT int32_t CompressAndWrite(TiffWriterState *state, const uint8_t *dat
 // Red, green, blue. The first eight entries are the palette of the 8-colour mode: white, black, blue,
 // green, red, cyan, magenta, yellow.
 RAXEL_EXPORT extern const uint8_t ColorDirect[16][3];
-
+#ifndef RAXEL_NO_SHORT_NAMES  // white, black, twoD
 // ITU-T T.4 tables 2 and 3: index 0 to 63 terminating codes, 63 + run / 64 make-up codes up to 2560,
 // 104 the end-of-line code.
 RAXEL_EXPORT extern const FaxCode white[105];
 RAXEL_EXPORT extern const FaxCode black[105];
 // ITU-T T.6 table 1: 0 pass, 1 horizontal, 5 + d vertical with a1 - b1 = d, -3 <= d <= 3.
 RAXEL_EXPORT extern const FaxCode twoD[9];
-
+#endif
 RAXEL_END
 
 #endif
