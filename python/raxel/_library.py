@@ -141,7 +141,7 @@ def text(value: bytes | None) -> str:
 
 
 def version() -> str:
-    """The version of libraxelhost, as "2.0.5"."""
+    """The version of libraxelhost: major, minor and patch, with points between them."""
     number: int = lib.raxelHostVersion()
     return f"{number >> 16}.{number >> 8 & 255}.{number & 255}"
 

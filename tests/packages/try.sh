@@ -22,7 +22,7 @@ apt_get() { inside apt-get -q -y -o APT::Sandbox::User=root "$@"; }
 
 # Packages come from where this machine takes its own, and in the same way.
 apt-config dump | grep '^Acquire::' >"$work/apt.conf" || :
-mmdebstrap --variant=apt --aptopt="$work/apt.conf" --include=gcc,g++,libc6-dev,cmake,ninja-build,pkgconf,python3-minimal \
+mmdebstrap --variant=apt --aptopt="$work/apt.conf" --include=gcc,g++,libc6-dev,cmake,ninja-build,pkgconf,python3-numpy,python3-pil \
   "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root" \
   "$(find /etc/apt/sources.list.d/debian.sources /etc/apt/sources.list 2>/dev/null | head -1)"
 cp /etc/resolv.conf "$root/etc/resolv.conf" 2>/dev/null || :
