@@ -26,8 +26,9 @@ class RatioReporter : public benchmark::ConsoleReporter {
     ConsoleReporter::ReportRuns(runs);
   }
 
-  // The pairs in the order in which they were registered.
+  // The pairs in the order in which they were registered; nothing when none were run, or only listed.
   void printRatios() const {
+    if (order_.empty()) return;
     std::printf("\n%-32s %12s %12s %8s\n", "", "ours MB/s", "theirs MB/s", "ratio");
     for (const std::string &name : order_) {
       const size_t slash = name.rfind("/ours");
