@@ -11,7 +11,7 @@ add_library(raxelhost_objects OBJECT
   order/advice.cpp order/as_is.cpp order/export_task.cpp order/option_list.cpp order/option_values.cpp order/order.cpp order/page_feed.cpp
   order/reduce.cpp order/report.cpp
   output/hold.cpp output/originals.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
-  pictures/bmp.cpp pictures/exif.cpp pictures/gif.cpp pictures/input.cpp pictures/jpeg.cpp pictures/leptonica.cpp
+  pictures/bmp.cpp pictures/exif.cpp pictures/gif.cpp pictures/gif_pages.cpp pictures/input.cpp pictures/jpeg.cpp pictures/leptonica.cpp
   pictures/memory.cpp pictures/metadata.cpp pictures/pages.cpp pictures/peek.cpp pictures/picture.cpp pictures/png.cpp pictures/png_filters.cpp
   pictures/png_stream.cpp pictures/pnm.cpp pictures/tiff.cpp pictures/upright.cpp pictures/webp.cpp
   prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/cut.cpp prepare/diffuse.cpp

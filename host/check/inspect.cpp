@@ -1,5 +1,6 @@
 #include "check/inspect.h"
 
+#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -13,9 +14,9 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 // Has libtiff decode every row, and adds what it says to the faults.
-void decode(std::span<const uint8_t> file, Inspection &to) {
+void decode(std::span<const uint8_t> file, InspectedPage &to) {
   constexpr uint64_t kLargestRow = uint64_t{1} << 30;
-  TiffReader reader(file);
+  TiffReader reader(file, to.directory.offset);
   bool whole = reader.isOpen() && reader.rowBytes() > 0 && reader.rowBytes() <= kLargestRow;
   if (whole) {
     std::vector<uint8_t> row(static_cast<size_t>(reader.rowBytes()));
@@ -27,22 +28,21 @@ void decode(std::span<const uint8_t> file, Inspection &to) {
   to.decoded = whole;
 }
 
-}  // namespace
-
-Inspection inspect(const std::string &path) {
-  const Input input(path);
-  Inspection seen;
-  seen.name = path;
-  seen.bytes = input.bytes().size();
-  seen.directory = readDirectory(input.bytes());
-  if (!seen.directory.entries.empty()) decode(input.bytes(), seen);
-  if (!seen.decoded) seen.exit = kNoInput;
-  return seen;
+// A page that says to be another one, or one of another number.
+void checkNumber(size_t page, size_t count, Directory &directory) {
+  const DirectoryEntry *number = directory.find(297);
+  if (!number || number->values.size() != 2) return;
+  const double saidPage = number->values[0], saidCount = number->values[1];
+  const bool holds =
+      saidPage == static_cast<double>(page) && (saidCount == 0 || saidCount == static_cast<double>(count));
+  if (holds) return;
+  directory.faults.push_back("PageNumber does not say that it is page " + std::to_string(page + 1) +
+                             " of " + std::to_string(count));
 }
 
-std::string toJson(const Inspection &seen) {
+Json jsonOf(const InspectedPage &page) {
   Json entries = Json::array();
-  for (const DirectoryEntry &entry : seen.directory.entries) {
+  for (const DirectoryEntry &entry : page.directory.entries) {
     Json json{{"tag", entry.tag},
               {"name", tagName(entry.tag)},
               {"type", typeName(entry.type)},
@@ -59,10 +59,66 @@ std::string toJson(const Inspection &seen) {
     }
     entries.push_back(json);
   }
-  const Json json{{"input", seen.name},     {"exit", seen.exit},
-                  {"bytes", seen.bytes},    {"littleEndian", seen.directory.littleEndian},
-                  {"entries", entries},     {"faults", seen.directory.faults},
-                  {"decodes", seen.decoded}};
+  return {{"entries", entries}, {"faults", page.directory.faults}, {"decodes", page.decoded}};
+}
+
+}  // namespace
+
+Inspection inspect(const std::string &path) {
+  const Input input(path);
+  const std::span<const uint8_t> file = input.bytes();
+  Inspection seen;
+  seen.name = path;
+  seen.bytes = file.size();
+  const std::vector<uint64_t> places = directoryPlaces(file);
+  const size_t count = std::max(places.size(), size_t{1});
+  seen.pages.resize(count);
+  for (size_t i = 0; i < count; ++i) {
+    InspectedPage &page = seen.pages[i];
+    page.directory = readDirectory(file, i == 0 ? 0 : static_cast<uint32_t>(places[i]));
+    if (!page.directory.entries.empty()) decode(file, page);
+    checkNumber(i, count, page.directory);
+    if (!page.decoded) seen.exit = kNoInput;
+  }
+  return seen;
+}
+
+std::string meaning(const DirectoryEntry &entry) {
+  struct Word {
+    uint16_t tag;
+    double value;
+    const char *text;
+  };
+  static constexpr Word kWords[] = {
+      {254, 2, "a page of several"},
+      {259, 1, "none"},
+      {259, 2, "Huffman"},
+      {259, 3, "T.4"},
+      {259, 4, "T.6"},
+      {259, 5, "LZW"},
+      {259, 32773, "PackBits"},
+      {262, 0, "white is 0"},
+      {262, 1, "black is 0"},
+      {262, 2, "RGB"},
+      {262, 3, "a colour map"},
+      {296, 2, "inches"},
+      {296, 3, "centimetres"},
+      {317, 2, "rows are differences"},
+  };
+  for (const Word &word : kWords) {
+    if (!entry.values.empty() && word.tag == entry.tag && word.value == entry.values.front())
+      return word.text;
+  }
+  return "";
+}
+
+std::string toJson(const Inspection &seen) {
+  Json json{{"input", seen.name},
+            {"exit", seen.exit},
+            {"bytes", seen.bytes},
+            {"littleEndian", seen.pages.front().directory.littleEndian}};
+  json.update(jsonOf(seen.pages.front()));
+  for (size_t i = 1; i < seen.pages.size(); ++i) json["furtherPages"].push_back(jsonOf(seen.pages[i]));
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 

@@ -36,23 +36,35 @@ void printPieces(const Directory &directory) {
   }
 }
 
-void print(const Inspection &seen) {
-  const Directory &d = seen.directory;
-  if (d.entries.empty()) {
-    for (const std::string &fault : d.faults) say(seen.name + ": " + fault);
-    return;
-  }
-  std::printf("%s: %llu bytes, %s-endian\n", printable(seen.name).c_str(),
-              static_cast<unsigned long long>(seen.bytes), d.littleEndian ? "little" : "big");
+void print(const InspectedPage &page) {
+  const Directory &d = page.directory;
   std::printf("Directory at %u, %zu entries:\n", d.offset, d.entries.size());
   for (const DirectoryEntry &entry : d.entries) {
-    std::printf("  %5u  %-20s %-9s %5u  %s\n", entry.tag, tagName(entry.tag).c_str(),
-                typeName(entry.type).c_str(), entry.count, valuesText(entry).c_str());
+    const std::string word = meaning(entry);
+    std::printf("  %5u  %-20s %-9s %5u  %s%s\n", entry.tag, tagName(entry.tag).c_str(),
+                typeName(entry.type).c_str(), entry.count, valuesText(entry).c_str(),
+                word.empty() ? "" : (" (" + word + ")").c_str());
   }
   printPieces(d);
   std::printf("%s\n", d.faults.empty() ? "No faults." : "Faults:");
   for (const std::string &fault : d.faults) std::printf("  %s\n", fault.c_str());
-  std::printf("The pixels %s.\n", seen.decoded ? "decode" : "do not decode");
+  std::printf("The pixels %s.\n", page.decoded ? "decode" : "do not decode");
+}
+
+void print(const Inspection &seen) {
+  const Directory &first = seen.pages.front().directory;
+  if (first.entries.empty()) {
+    for (const std::string &fault : first.faults) say(seen.name + ": " + fault);
+    return;
+  }
+  const size_t count = seen.pages.size();
+  std::printf("%s: %llu bytes, %s-endian%s\n", printable(seen.name).c_str(),
+              static_cast<unsigned long long>(seen.bytes), first.littleEndian ? "little" : "big",
+              count > 1 ? (", " + std::to_string(count) + " pages").c_str() : "");
+  for (size_t i = 0; i < count; ++i) {
+    if (count > 1) std::printf("Page %zu:\n", i + 1);
+    print(seen.pages[i]);
+  }
 }
 
 }  // namespace
@@ -68,7 +80,7 @@ int inspectAll(const Options &options) {
     } catch (const Failure &failure) {
       seen.name = path;
       seen.exit = failure.code();
-      seen.directory.faults.emplace_back(failure.what());
+      seen.pages.front().directory.faults.emplace_back(failure.what());
       say(failure.what());
     }
     if (exit == kDone) exit = seen.exit;

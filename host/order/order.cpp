@@ -213,7 +213,7 @@ char *raxelHostInspect(const char *path) {
       seen = host::inspect(seen.name);
     } catch (const host::Failure &failure) {
       seen.exit = failure.code();
-      seen.directory.faults.emplace_back(failure.what());
+      seen.pages.front().directory.faults.emplace_back(failure.what());
     }
     text = host::toJson(seen);
   });

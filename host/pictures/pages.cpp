@@ -10,6 +10,10 @@ namespace host {
 
 Pages::Pages(const std::string &path) : input_(path) {
   const std::string format = formatOf(input_.bytes());
+  if (format == "GIF") {
+    gif_.emplace(input_.bytes());
+    count_ = gif_->count();
+  }
   if (format != "TIFF" && format != "BigTIFF") return;
   directories_ = directoryPlaces(input_.bytes());
   count_ = std::max(static_cast<uint32_t>(directories_.size()), 1u);
@@ -18,7 +22,8 @@ Pages::Pages(const std::string &path) : input_(path) {
 std::unique_ptr<Picture> Pages::read(uint32_t page, const Background &background, const Gate &gate) {
   auto picture = std::make_unique<Picture>();
   picture->isPage = true;
-  if (page != 0) picture->directory = directories_.at(page);
+  if (gif_) picture->reader = [&](Picture &to) { gif_->read(page, background, to); };
+  if (!gif_ && page != 0) picture->directory = directories_.at(page);
   try {
     readPage(input_, background, gate, *picture);
   } catch (const Failure &failure) {

@@ -1,6 +1,10 @@
-// The pages of an input: the directories of a TIFF, the frames of a GIF, and one page of everything else.
+// The pages of an input: the directories of a TIFF, a GIF's screen at each of its frames, and one page of
+// everything else.
 #pragma once
 
+#include <optional>
+
+#include "pictures/gif_pages.h"
 #include "pictures/page_range.h"
 #include "pictures/picture.h"
 
@@ -22,6 +26,7 @@ class Pages {
  private:
   Input input_;
   std::vector<uint64_t> directories_;  // of a TIFF
+  std::optional<GifPages> gif_;
   uint32_t count_ = 1;
 };
 

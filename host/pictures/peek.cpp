@@ -90,6 +90,7 @@ class GifBlocks {
     return at_ + 10 <= file_.size() && (file_[at_] == kPicture || file_[at_] == kExtension);
   }
   bool isPicture() const { return file_[at_] == kPicture; }
+  size_t place() const { return std::min(at_, file_.size()); }
   // At least ten bytes of it are there.
   const uint8_t *block() const { return file_.data() + at_; }
   void next() {
@@ -106,6 +107,8 @@ class GifBlocks {
   size_t at_;
 };
 
+constexpr uint8_t kGraphicControl = 0xF9;
+
 uint32_t word(const uint8_t *at) {
   return at[0] | uint32_t{at[1]} << 8;
 }
@@ -116,7 +119,7 @@ int gifTransparentIndex(std::span<const uint8_t> file) {
   int transparent = -1;
   for (GifBlocks blocks(file); blocks.more() && !blocks.isPicture(); blocks.next()) {
     const uint8_t *block = blocks.block();
-    const bool graphicControl = block[1] == 0xF9 && block[2] >= 4;
+    const bool graphicControl = block[1] == kGraphicControl && block[2] >= 4;
     if (graphicControl) transparent = (block[3] & 1) != 0 ? block[6] : -1;
   }
   return transparent;
@@ -131,6 +134,29 @@ GifScreen gifScreen(std::span<const uint8_t> file) {
   screen.width = std::max(screen.width, screen.left + word(block + 5));
   screen.height = std::max(screen.height, screen.top + word(block + 7));
   return screen;
+}
+
+std::vector<GifFrame> gifFrames(std::span<const uint8_t> file) {
+  std::vector<GifFrame> frames;
+  GifBlocks blocks(file);
+  GifFrame frame{blocks.place(), 0, 0, 0, 0, 0, 0};
+  while (blocks.more()) {
+    const uint8_t *block = blocks.block();
+    const bool isPicture = blocks.isPicture();
+    if (!isPicture && block[1] == kGraphicControl && block[2] >= 4) frame.disposal = block[3] >> 2 & 7;
+    if (isPicture) {
+      frame.left = word(block + 1);
+      frame.top = word(block + 3);
+      frame.width = word(block + 5);
+      frame.height = word(block + 7);
+    }
+    blocks.next();
+    if (!isPicture) continue;
+    frame.end = blocks.place();
+    frames.push_back(frame);
+    frame = {frame.end, 0, 0, 0, 0, 0, 0};
+  }
+  return frames;
 }
 
 bool gifHasFurtherPictures(std::span<const uint8_t> file) {

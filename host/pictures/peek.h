@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace host {
 
@@ -20,6 +21,16 @@ struct GifScreen {
   uint32_t width, height, left, top;
 };
 GifScreen gifScreen(std::span<const uint8_t> file);
+
+// A frame of a GIF: the blocks of it and of the extensions in front of it, its place on the screen, and
+// what becomes of it when the next one comes, as the format numbers it.
+struct GifFrame {
+  size_t start, end;
+  uint32_t left, top, width, height;
+  unsigned disposal;
+};
+// All of them, in their order.
+std::vector<GifFrame> gifFrames(std::span<const uint8_t> file);
 
 // True when another picture follows the first one.
 bool gifHasFurtherPictures(std::span<const uint8_t> file);

@@ -69,6 +69,7 @@ void readPage(const Input &input, const Background &background, const Gate &gate
   picture.format = formatOf(input.bytes());
   picture.metadata = readMetadata(picture.format, input.bytes(), picture.directory);
   try {
+    if (picture.reader) return picture.reader(picture);
     readAs(picture.format, input.bytes(), background, picture);
   } catch (const Unreadable &why) {
     const std::string kind = picture.format.empty() ? "" : " (" + picture.format + ")";

@@ -28,6 +28,9 @@ struct Picture {
   uint64_t directory = 0;
   bool isPage = false;
 
+  // For a page that the format's reader does not find by itself.
+  std::function<void(Picture &)> reader;
+
   std::array<uint8_t, 256 * 3> table{};
   bool tableKnown = true;  // false while a picture of indices is announced without its table
   Buffer pixels;

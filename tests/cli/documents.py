@@ -385,6 +385,100 @@ class Documents:
         self.export("--page", "1-2", out, again, code=64)
         self.export(inputs[0], inputs[1], "-o", again, code=64)
 
+    def gifs_go_in_page_by_page(self):
+        """Frames that cover a part, clear it again, or bring back what was there, beside ImageMagick's word."""
+        numbers, colors = random.Random(5), [(200, 30, 30), (30, 160, 60), (40, 60, 200), (240, 220, 20), (0, 0, 0)]
+        table = b"".join(map(bytes, colors)) + bytes(9)
+
+        def codes(indices):
+            """The indices in codes of 9 bits that never grow, for the table is cleared often enough."""
+            bits = at = 0
+            for i, index in enumerate(indices):
+                for code in ((256, index) if i % 200 == 0 else (index,)):
+                    bits, at = bits | code << at, at + 9
+            bits, at = bits | 257 << at, at + 9
+            data = bits.to_bytes(at // 8 + 1, "little")
+            pieces = [data[k:k + 255] for k in range(0, len(data), 255)]
+            return b"\x08" + b"".join(bytes([len(piece)]) + piece for piece in pieces) + b"\0"
+
+        width, height, count = 40, 30, 12
+        file = b"GIF89a" + struct.pack("<HHBBB", width, height, 0xF2, 0, 0) + table
+        for frame in range(count):
+            left, top = (0, 0) if frame == 0 else (numbers.randrange(30), numbers.randrange(20))
+            across, down = (width, height) if frame == 0 else (numbers.randrange(1, width - left), numbers.randrange(1, height - top))
+            clear = frame % 3 == 1
+            file += b"\x21\xF9\x04" + struct.pack("<BHBB", (frame % 4) << 2 | clear, 5, 4, 0)
+            file += b"\x2C" + struct.pack("<HHHHB", left, top, across, down, 0)
+            file += codes([numbers.randrange(5) for _ in range(across * down)])
+        source, out = self.path("frames.gif"), self.path("frames.tif")
+        with open(source, "wb") as to:
+            to.write(file + b"\x3B")
+        self.export("-q", "--verify", "--pages", "--background", "#ffffff", source, "-o", out)
+        self.same("a page a frame", len(self.tags(out)), count)
+        if self.has("convert"):
+            self.same("ImageMagick", self.run("convert", source, "-coalesce", "-background", "white", "-alpha", "remove",
+                                              "-type", "truecolor", "PNG24:" + self.path("frame-%02d.png"))[0], 0)
+            wrong = []
+            for frame in range(count):
+                seen = Image.open(out)
+                self.export("-q", "-m", "rgb", "--page", str(frame + 1), source, self.path("frame.tif"))
+                alone = Image.open(self.path("frame.tif")).tobytes()
+                wanted = Image.open(self.path(f"frame-{frame:02}.png")).convert("RGB").tobytes()
+                if alone != wanted:
+                    wrong.append(frame)
+            self.same("frames other than ImageMagick's", wrong, [])
+        self.export("-q", "-m", "rgb", "--pages", "--page", "7,2,7-8", source, "-o", out)
+        self.same("chosen frames", len(self.tags(out)), 4)
+        # A frame that is cut short fails as a page does.
+        with open(source, "wb") as to:
+            to.write(file[:-40])
+        with open(out, "rb") as before:
+            old = before.read()
+        self.export("-q", "--pages", source, "-o", out, code=66)
+        with open(out, "rb") as after:
+            self.true("the old file stays", after.read() == old)
+
+    def inspection_goes_through_all_pages(self):
+        out = self.path("inspected.tif")
+        photo, page = (os.path.join(self.samples, name) for name in ("photo.png", "page.png"))
+        self.export("-q", "--pages", "-c", "lzw", "-m", "grey256", photo, page, photo, "-o", out)
+
+        def inspect(code):
+            done = subprocess.run([self.program, "--inspect", out], capture_output=True, text=True)
+            self.same("--inspect", done.returncode, code)
+            return done.stdout
+
+        said = inspect(0)
+        self.true("three pages", "little-endian, 3 pages\n" in said)
+        self.same("each of them", re.findall(r"^Page \d+:", said, re.M), ["Page 1:", "Page 2:", "Page 3:"])
+        self.same("which decode", said.count("The pixels decode."), 3)
+        self.same("without faults", said.count("No faults."), 3)
+        self.same("and differences", len(re.findall(r"317  Predictor +SHORT +1  2 \(rows are differences\)", said)), 2)
+        told = subprocess.run([self.program, "--inspect", "--json", out], capture_output=True, text=True).stdout
+        pages = [dict((e["tag"], e.get("values")) for e in p["entries"])
+                 for r in json.loads(told)["results"] for p in (r, *r["furtherPages"])]
+        self.same("--json", [p[297] for p in pages], [[0, 3], [1, 3], [2, 3]])
+        self.export("-q", "-c", "t4", "-m", "bilevel", page, out)
+        self.true("white is 0", re.search(r"262  Photometric +SHORT +1  0 \(white is 0\)", inspect(0)))
+        self.true("no word of pages", "pages" not in inspect(0) and "Page 1" not in inspect(0))
+        # A page that is cut, and one that says to be another.
+        self.export("-q", "--pages", "-c", "packbits", "-m", "rgb", photo, photo, "-o", out)
+        with open(out, "r+b") as file:
+            data = file.read()
+            first = int.from_bytes(data[4:8], "little")
+            second = int.from_bytes(data[first + 2 + 12 * data[first]:][:4], "little")
+            entries = {int.from_bytes(data[at:at + 2], "little"): at
+                       for at in range(second + 2, second + 2 + 12 * data[second], 12)}
+            file.seek(entries[297] + 8)
+            file.write(b"\x05")
+        self.true("a wrong number", "PageNumber does not say that it is page 2 of 2" in inspect(0))
+        with open(out, "r+b") as file:
+            counts = int.from_bytes(data[entries[279] + 8:][:4], "little")
+            file.seek(counts)
+            file.write(b"\x01\0\0\0")
+        said = inspect(66)
+        self.same("a page that does not decode", [said.count(f"The pixels {word}.") for word in ("decode", "do not decode")], [1, 1])
+
     def ten_thousand_pages_take_linear_time(self):
         with open(self.path("dot.pbm"), "wb") as file:
             file.write(b"P4\n64 2\nabcdefghabcdefgh")
@@ -409,6 +503,8 @@ class Documents:
         self.predictor_makes_photos_smaller()
         self.profiles_and_texts_are_kept()
         self.pages_make_one_file()
+        self.inspection_goes_through_all_pages()
+        self.gifs_go_in_page_by_page()
         self.ten_thousand_pages_take_linear_time()
         for program in self.skipped:
             print(f"skipped: {program} is not installed")

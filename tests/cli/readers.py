@@ -41,9 +41,9 @@ class LibTiff:
             raise tiff.Bad(f"libtiff finds no tag {tag}")
         return value.value
 
-    def __call__(self, path):
+    def __call__(self, path, page=0):
         file = self.lib.TIFFOpen(path.encode(), b"r")
-        if not file:
+        if not file or (page and not self.lib.TIFFSetDirectory(ctypes.c_void_p(file), page)):
             raise tiff.Bad("libtiff cannot open it")
         try:
             width, height = self.number(file, 256, ctypes.c_uint32), self.number(file, 257, ctypes.c_uint32)
@@ -163,11 +163,11 @@ class Leptonica:
     def __init__(self):
         self.lib = ctypes.CDLL("liblept.so.5")
         self.lib.setMsgSeverity(6)  # nothing
-        for name in ("pixRead", "pixConvertTo32", "pixGetData"):
+        for name in ("pixRead", "pixReadTiff", "pixConvertTo32", "pixGetData"):
             getattr(self.lib, name).restype = ctypes.c_void_p
 
-    def __call__(self, path):
-        read = ctypes.c_void_p(self.lib.pixRead(path.encode()))
+    def __call__(self, path, page=0):
+        read = ctypes.c_void_p(self.lib.pixReadTiff(path.encode(), page) if page else self.lib.pixRead(path.encode()))
         if not read:
             raise tiff.Bad("Leptonica cannot read it")
         wide = ctypes.c_void_p(self.lib.pixConvertTo32(read))

@@ -1,0 +1,112 @@
+#include "pictures/gif_pages.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "prepare/source.h"
+
+namespace host {
+namespace {
+
+// What becomes of a frame when the next one comes (GIF 89a, section 23); else it stays.
+enum Disposal { kToBackground = 2, kToPrevious = 3 };
+
+constexpr uint8_t kTrailer = 0x3B;
+
+}  // namespace
+
+GifPages::GifPages(std::span<const uint8_t> file)
+    : file_(file), frames_(gifFrames(file)), screen_(gifScreen(file)) {}
+
+uint32_t GifPages::count() const {
+  return std::max(static_cast<uint32_t>(frames_.size()), 1u);
+}
+
+void GifPages::read(uint32_t page, const Background &background, Picture &out) {
+  if (page == 0 || page >= frames_.size()) return readGif(file_, background, out);
+  const uint32_t width = screen_.width, height = screen_.height;
+  out.tableKnown = false;
+  out.announce(width, height, 8);
+  out.tableKnown = true;
+  if (uint64_t{3} * width * height > kLargestPicture) throw Unreadable(tooLarge(width, height));
+  if (colors_.empty() || drawn_ > page) restart(background);
+  while (drawn_ <= page) {
+    if (drawn_ != 0) takeAway(frames_[drawn_ - 1], background);
+    draw(frames_[drawn_], background);
+    ++drawn_;
+  }
+  show(out);
+}
+
+// A file of this frame alone, which the reader of single pictures takes.
+std::vector<uint8_t> GifPages::fileOf(const GifFrame &frame) const {
+  std::vector<uint8_t> bytes(file_.begin(), file_.begin() + static_cast<ptrdiff_t>(frames_.front().start));
+  bytes.insert(bytes.end(), file_.begin() + static_cast<ptrdiff_t>(frame.start),
+               file_.begin() + static_cast<ptrdiff_t>(frame.end));
+  bytes.push_back(kTrailer);
+  return bytes;
+}
+
+void GifPages::restart(const Background &background) {
+  colors_.resize(size_t{3} * screen_.width * screen_.height);
+  for (size_t i = 0; i < colors_.size(); ++i) colors_[i] = background[i % 3];
+  drawn_ = 0;
+}
+
+void GifPages::draw(const GifFrame &frame, const Background &background) {
+  if (frame.disposal == kToPrevious) before_ = colors_;
+  const std::vector<uint8_t> bytes = fileOf(frame);
+  Picture alone;
+  alone.format = "GIF";
+  readWithLeptonica(bytes, background, alone);
+  if (!alone.view.table) throw Unreadable("is damaged: a frame has no colour table");
+  const int clear = gifTransparentIndex(bytes);
+  const prepare::Source source(alone.view, RAXEL_TREAT_NONE, nullptr);
+  std::vector<uint8_t> indices(alone.view.width), colors(size_t{3} * alone.view.width);
+  const uint32_t width = std::min(alone.view.width, screen_.width - std::min(frame.left, screen_.width));
+  const uint32_t height = std::min(alone.view.height, screen_.height - std::min(frame.top, screen_.height));
+  for (uint32_t y = 0; y < height; ++y) {
+    source.readIndices(y, indices.data());
+    source.readColors(y, colors.data());
+    uint8_t *to = colors_.data() + (size_t{screen_.width} * (frame.top + y) + frame.left) * 3;
+    for (size_t x = 0; x < width; ++x) {
+      if (indices[x] != clear) std::copy_n(colors.begin() + static_cast<ptrdiff_t>(3 * x), 3, to + 3 * x);
+    }
+  }
+}
+
+// The frame that shows makes room for the next.
+void GifPages::takeAway(const GifFrame &frame, const Background &background) {
+  if (frame.disposal == kToPrevious) std::swap(colors_, before_);
+  if (frame.disposal != kToBackground) return;
+  const uint32_t right = std::min(frame.left + frame.width, screen_.width);
+  const uint32_t bottom = std::min(frame.top + frame.height, screen_.height);
+  for (uint32_t y = frame.top; y < bottom; ++y) {
+    for (uint32_t x = frame.left; x < right; ++x)
+      std::ranges::copy(background,
+                        colors_.begin() + static_cast<ptrdiff_t>((size_t{screen_.width} * y + x) * 3));
+  }
+}
+
+// The screen as indices while there are no more than 256 colours on it, else as colours.
+void GifPages::show(Picture &out) const {
+  const size_t pixels = colors_.size() / 3;
+  std::unordered_map<uint32_t, uint8_t> entries;
+  std::vector<uint8_t> indices(pixels);
+  size_t i = 0;
+  for (; i < pixels; ++i) {
+    const uint8_t *c = colors_.data() + 3 * i;
+    const auto [entry, isNew] = entries.try_emplace(uint32_t{c[0]} << 16 | uint32_t{c[1]} << 8 | c[2],
+                                                    static_cast<uint8_t>(entries.size()));
+    if (isNew && entries.size() > 256) break;
+    if (isNew) std::copy_n(c, 3, out.table.begin() + 3 * entry->second);
+    indices[i] = entry->second;
+  }
+  const bool indexed = i == pixels;
+  if (!indexed) out.announce(screen_.width, screen_.height, 24);
+  out.allocate(screen_.width, screen_.height, indexed ? 8 : 24);
+  std::ranges::copy(indexed ? indices : colors_, out.pixels.data());
+  if (indexed) out.useTable(static_cast<uint32_t>(entries.size()));
+}
+
+}  // namespace host
