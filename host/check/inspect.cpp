@@ -7,6 +7,7 @@
 #include "check/directory.h"
 #include "check/libtiff.h"
 #include "pictures/input.h"
+#include "raxel/tiff_codes.h"
 
 namespace host {
 namespace {
@@ -91,12 +92,12 @@ std::string meaning(const DirectoryEntry &entry) {
   };
   static constexpr Word kWords[] = {
       {254, 2, "a page of several"},
-      {259, 1, "none"},
-      {259, 2, "Huffman"},
-      {259, 3, "T.4"},
-      {259, 4, "T.6"},
-      {259, 5, "LZW"},
-      {259, 32773, "PackBits"},
+      {259, RAXEL_TIFF_UNCOMPRESSED, "none"},
+      {259, RAXEL_TIFF_HUFFMAN, "Huffman"},
+      {259, RAXEL_TIFF_T4, "T.4"},
+      {259, RAXEL_TIFF_T6, "T.6"},
+      {259, RAXEL_TIFF_LZW, "LZW"},
+      {259, RAXEL_TIFF_PACKBITS, "PackBits"},
       {262, 0, "white is 0"},
       {262, 1, "black is 0"},
       {262, 2, "RGB"},

@@ -155,6 +155,7 @@ bool readNext(Run &run) {
   };
   run.page = Report{};
   run.page.dryRun = run.options.dryRun;
+  run.picture.reset();  // no page's memory beside the next one's
   run.picture = run.feed.next(gate);
   if (!run.picture) return false;
   run.page.input = run.feed.name();
