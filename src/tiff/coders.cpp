@@ -9,7 +9,7 @@ namespace tiff {
 namespace {
 
 uint32_t packBits(const Piece &piece, CoderMemory &memory) {
-  return static_cast<uint32_t>(encodePackBits(piece.bytes, memory.out.data()));
+  return static_cast<uint32_t>(encodePackBits(piece.bytes, piece.behind, memory.out.data()));
 }
 
 uint32_t huffman(const Piece &piece, CoderMemory &memory) {

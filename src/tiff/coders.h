@@ -13,8 +13,9 @@ namespace tiff {
 // Packed rows on their way to a coder, borrowed.
 struct Piece {
   std::span<const uint8_t> bytes;
-  uint32_t width;  // pixels of a row
-  uint32_t rows;   // fax codes go by it; otherwise the bytes alone count
+  uint32_t width;     // pixels of a row
+  uint32_t rows;      // fax codes go by it; otherwise the bytes alone count
+  size_t behind = 0;  // bytes that lie behind these in the same row, and for which there is room as well
 };
 
 // What codes are made in: kept from piece to piece, so that it is made only once.

@@ -16,7 +16,7 @@ int32_t writeOnce(Handle file, const uint8_t *bytes, size_t count) {
 Piece takePart(const Coder &coder, Piece &left) {
   const size_t length =
       coder.partBytes == 0 ? left.bytes.size() : std::min<size_t>(left.bytes.size(), coder.partBytes);
-  const Piece part{left.bytes.first(length), left.width, left.rows};
+  const Piece part{left.bytes.first(length), left.width, left.rows, left.bytes.size() - length};
   left.bytes = left.bytes.subspan(length);
   return part;
 }

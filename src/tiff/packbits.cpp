@@ -90,15 +90,18 @@ size_t encodeTail(std::span<const uint8_t> bytes, uint8_t *out) {
 
 }  // namespace
 
-size_t encodePackBits(std::span<const uint8_t> row, uint8_t *out) {
+size_t encodePackBits(std::span<const uint8_t> row, size_t behind, uint8_t *out) {
   uint8_t *to = out;
   const uint8_t *from = row.data();
   size_t left = row.size();
   // Codes take at most two bytes for each byte, so that while kReads bytes are left a piece's spill
   // stays within the room that the caller gives.
   static_assert(2 * kReads >= kSpill);
-  for (; left >= kReads; left -= kPackBitsPiece, from += kPackBitsPiece) {
-    to = encodeMasked(from, kPackBitsPiece, equalMask(from), to);
+  while (left != 0 && left + behind >= kReads) {
+    const size_t n = std::min(left, kPackBitsPiece);
+    to = encodeMasked(from, n, equalMask(from), to);
+    from += n;
+    left -= n;
   }
   to += encodeTail({from, left}, to);
   return static_cast<size_t>(to - out);

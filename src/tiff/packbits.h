@@ -17,8 +17,14 @@ namespace tiff {
 inline constexpr size_t kPackBitsPiece = 127;  // bytes
 
 // Codes a whole row, piece after piece.
-//   row  borrowed, of any length      out  room for at least 2 * row.size() + 2 bytes
+//   row     borrowed, of any length
+//   behind  bytes that may be read behind the row and are not coded: with some a short row is coded faster
+//   out     room for at least 2 * (row.size() + behind) + 2 bytes, of which those behind the codes may
+//   change
 // Returns the bytes written; cannot fail. An empty row gives none.
-size_t encodePackBits(std::span<const uint8_t> row, uint8_t *out);
+size_t encodePackBits(std::span<const uint8_t> row, size_t behind, uint8_t *out);
+inline size_t encodePackBits(std::span<const uint8_t> row, uint8_t *out) {
+  return encodePackBits(row, 0, out);
+}
 
 }  // namespace tiff

@@ -116,6 +116,20 @@ TEST(PackBits, EqualsThePlainFormAndDecodes) {
   }
 }
 
+TEST(PackBits, BytesBehindARowChangeNothing) {
+  support::Random random(7);
+  for (size_t size = 0; size <= 300; ++size) {
+    for (const size_t behind : {0u, 1u, 31u, 32u, 33u, 158u, 159u, 200u}) {
+      // Few values, so that what lies behind often goes on with the row's last run.
+      Bytes bytes = random.bytes(size + behind);
+      for (uint8_t &byte : bytes) byte &= 1;
+      Bytes out(2 * bytes.size() + 2, 0xA5);
+      out.resize(tiff::encodePackBits({bytes.data(), size}, behind, out.data()));
+      ASSERT_EQ(out, reference::packBits({bytes.data(), size})) << size << " and " << behind << " behind";
+    }
+  }
+}
+
 TEST(PackBits, PieceByPieceGivesTheBytesOfTheRow) {
   support::Random random(72);
   const size_t n = support::cases(3000);
