@@ -26,6 +26,7 @@ mmdebstrap --variant=apt --aptopt="$work/apt.conf" --include=gcc,g++,libc6-dev,c
   "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root" \
   "$(find /etc/apt/sources.list.d/debian.sources /etc/apt/sources.list 2>/dev/null | head -1)"
 cp /etc/resolv.conf "$root/etc/resolv.conf" 2>/dev/null || :
+apt_get update
 files >"$work/before"
 
 mkdir "$root/given"
