@@ -9,7 +9,7 @@ add_library(raxelhost_objects OBJECT
   filter/metadata.cpp filter/predict.cpp filter/request.cpp filter/save.cpp filter/setup.cpp
   finish/file.cpp finish/planned.cpp finish/read.cpp finish/write.cpp
   order/advice.cpp order/as_is.cpp order/export_task.cpp order/option_list.cpp order/option_values.cpp order/order.cpp order/page_feed.cpp
-  order/reduce.cpp order/report.cpp
+  order/presets.cpp order/reduce.cpp order/report.cpp
   output/hold.cpp output/originals.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
   pictures/bmp.cpp pictures/exif.cpp pictures/gif.cpp pictures/gif_pages.cpp pictures/input.cpp pictures/jpeg.cpp pictures/leptonica.cpp
   pictures/memory.cpp pictures/metadata.cpp pictures/pages.cpp pictures/peek.cpp pictures/picture.cpp pictures/png.cpp pictures/png_filters.cpp
@@ -17,7 +17,7 @@ add_library(raxelhost_objects OBJECT
   prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/cut.cpp prepare/diffuse.cpp
   prepare/document.cpp prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
   prepare/nearest.cpp prepare/page.cpp prepare/plan.cpp prepare/predict.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp
-  prepare/quantize_filter.cpp prepare/row_by_row.cpp prepare/scale.cpp prepare/services.cpp prepare/source.cpp prepare/swap.cpp
+  prepare/quantize_filter.cpp prepare/row_by_row.cpp prepare/scale.cpp prepare/services.cpp prepare/sheet.cpp prepare/source.cpp prepare/swap.cpp
   prepare/taps.cpp)
 target_include_directories(raxelhost_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/host)
 target_compile_definitions(raxelhost_objects PRIVATE RAXEL_VERSION_TEXT="${PROJECT_VERSION}"

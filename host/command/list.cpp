@@ -1,7 +1,10 @@
 // Modes and compressions with their other names.
+#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "command/help.h"
+#include "order/presets.h"
 #include "raxel/host.h"
 
 namespace host {
@@ -62,17 +65,47 @@ Json json(const Named &list) {
   return all;
 }
 
+// The options as they are written on a command line.
+std::string dashed(const Preset &preset) {
+  std::istringstream words{std::string(preset.options)};
+  std::string out;
+  for (std::string word; words >> word;) {
+    std::ranges::replace(word, '=', ' ');
+    out += (out.empty() ? "--" : " --") + word;
+  }
+  return out;
+}
+
+std::string presetText() {
+  std::string out;
+  for (const Preset &preset : kPresets) {
+    std::string line = "  " + std::string(preset.name);
+    line.resize(17, ' ');
+    out += line + std::string(preset.about) + ":\n" + std::string(17, ' ') + dashed(preset) + '\n';
+  }
+  return out;
+}
+
+Json presetJson() {
+  Json all = Json::array();
+  for (const Preset &preset : kPresets)
+    all.push_back({{"name", preset.name}, {"about", preset.about}, {"options", dashed(preset)}});
+  return all;
+}
+
 }  // namespace
 
 std::string listText() {
-  return "Modes:\n" + text(kModes) + "\nCompressions:\n" + text(kCompressions);
+  return "Modes:\n" + text(kModes) + "\nCompressions:\n" + text(kCompressions) + "\nPresets:\n" +
+         presetText();
 }
 
 std::string listJson() {
   return Json{{"command", "list"},
               {"exit", 0},
               {"modes", json(kModes)},
-              {"compressions", json(kCompressions)}}
+              {"compressions", json(kCompressions)},
+              {"presets", presetJson()}}
              .dump() +
          "\n";
 }

@@ -99,6 +99,7 @@ Options parseOptions(int argc, char **argv) {
     if (files.empty()) fail("--inspect needs a file");
     o.inputs = std::move(files);
   } else if (o.command == Command::kExport) {
+    applyPreset(o);
     checkOptions(o);
     pairFiles(o, std::move(files));
   }

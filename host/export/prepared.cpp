@@ -23,6 +23,7 @@
 #include "prepare/predict.h"
 #include "prepare/prepare.h"
 #include "prepare/row_by_row.h"
+#include "prepare/sheet.h"
 #include "raxel/host.h"
 
 namespace host {
@@ -128,7 +129,8 @@ RaxelPlan planned(const RaxelHostJob &job) {
 
 // A picture whose rows the filter asks for, so that there is no block of its size.
 bool goesInBands(const RaxelHostJob &job, const RaxelPlan &plan) {
-  return job.road == RAXEL_ROAD_CELL && (plan.notes & RAXEL_NOTE_SCALED) == 0 && takesBands(plan) &&
+  return job.road == RAXEL_ROAD_CELL && (plan.notes & RAXEL_NOTE_SCALED) == 0 &&
+         !prepare::hasMargins(plan) && takesBands(plan) &&
          prepare::isRowByRow(job.picture.bits, job.request, plan);
 }
 

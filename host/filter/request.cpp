@@ -98,19 +98,70 @@ double ownDpi(double dpi, std::vector<std::string> &notes) {
   return std::abs(dpi - std::round(dpi)) <= kNear ? std::round(dpi) : dpi;
 }
 
-// The largest size inside the box that keeps the proportions: in a box of inches those on paper, at the
-// picture's own resolution or with square pixels, and in a box of pixels those of the pixels.
-void fit(const SizeBox &box, const Picture &picture, RaxelRequest &request) {
+// Of a finished file: bilevel ones have codes of their own.
+int ownCompression(int mode) {
+  return mode == RAXEL_MODE_BILEVEL ? RAXEL_COMPRESS_T6 : RAXEL_COMPRESS_LZW;
+}
+
+constexpr double kInchesOfPaper[][2] = {{210 / 25.4, 297 / 25.4}, {8.5, 11}};  // in the order of Paper
+
+// An even number of rows does not have to be made even.
+double wholeRows(double rows) {
+  return std::max(2.0, 2 * std::floor(rows / 2 + 1e-9));
+}
+
+// The sheet's box of pixels, where a side of --size that is given goes before its own.
+SizeBox paperBox(const Options &options, const RaxelRequest &request) {
+  const auto &inches = kInchesOfPaper[*options.paper];
+  SizeBox box = options.size.value_or(SizeBox{});
+  if (!box.pixels) {
+    box.x *= request.dpiX;
+    box.y *= request.dpiY;
+  }
+  box.pixels = true;
+  if (box.x == 0) box.x = std::floor(inches[0] * request.dpiX);
+  if (box.y == 0) box.y = wholeRows(inches[1] * request.dpiY);
+  return box;
+}
+
+void setPixels(double width, double height, RaxelRequest &request) {
+  request.inchesX = std::max(1.0, std::round(width)) / request.dpiX;
+  request.inchesY = std::max(1.0, std::round(height)) / request.dpiY;
+}
+
+// The largest size inside the box that keeps the proportions: on paper, at the picture's own resolution or
+// with square pixels, or else those of the pixels.
+void contain(const SizeBox &box, bool onPaper, const Picture &picture, RaxelRequest &request) {
   double across = picture.view.width, down = picture.view.height;
-  if (!box.pixels && picture.dpiX >= 1.5 && picture.dpiY >= 1.5) {
+  if (onPaper && picture.dpiX >= 1.5 && picture.dpiY >= 1.5) {
     across /= picture.dpiX;
     down /= picture.dpiY;
   }
-  const double scale = std::min(box.x > 0 ? box.x / across : HUGE_VAL, box.y > 0 ? box.y / down : HUGE_VAL);
-  const double width = across * scale * (box.pixels ? 1 : request.dpiX);
-  const double height = down * scale * (box.pixels ? 1 : request.dpiY);
-  request.inchesX = std::max(1.0, std::round(width)) / request.dpiX;
-  request.inchesY = std::max(1.0, std::round(height)) / request.dpiY;
+  const double dotsX = onPaper ? request.dpiX : 1, dotsY = onPaper ? request.dpiY : 1;
+  const double boxX = box.pixels ? box.x / dotsX : box.x, boxY = box.pixels ? box.y / dotsY : box.y;
+  const double scale = std::min(boxX > 0 ? boxX / across : HUGE_VAL, boxY > 0 ? boxY / down : HUGE_VAL);
+  setPixels(across * scale * dotsX, down * scale * dotsY, request);
+}
+
+// Puts the picture into the box. In a box of inches its proportions are those on paper, in one of pixels
+// those of the pixels, and padded always those on paper.
+void fit(const SizeBox &box, int how, const Picture &picture, RaxelRequest &request) {
+  const bool whole = box.x > 0 && box.y > 0;
+  if (how == kFitContain || !whole) return contain(box, !box.pixels, picture, request);
+  const double width = std::max(1.0, std::round(box.pixels ? box.x : box.x * request.dpiX));
+  const double height = std::max(1.0, std::round(box.pixels ? box.y : box.y * request.dpiY));
+  if (how == kFitExact) return setPixels(width, height, request);
+  contain({width, height, true}, true, picture, request);
+  request.pageWidth = static_cast<uint32_t>(width);
+  request.pageHeight = static_cast<uint32_t>(height);
+}
+
+// A box of pixels with both sides given is meant exactly where dots are not square.
+int howToFit(const Options &options, const RaxelRequest &request) {
+  if (options.fit) return *options.fit;
+  if (options.paper) return kFitPad;
+  const SizeBox &box = *options.size;
+  return box.pixels && box.x > 0 && box.y > 0 && request.dpiX != request.dpiY ? kFitExact : kFitContain;
 }
 
 }  // namespace
@@ -131,7 +182,8 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
                  : chosen({RAXEL_ESCAPE_SET_BITMAP_MODE}) && !options.autoMode
                      ? modeOfCode(stored.nBitmapMode)
                      : ownMode(picture);
-  request.compression = options.compression ? *options.compression
+  request.compression = options.compression       ? *options.compression
+                        : options.autoCompression ? ownCompression(request.mode)
                         : chosen({RAXEL_ESCAPE_SET_COMPRESSION})
                             ? compressionOfCode(stored.nCompressionMode)
                             : RAXEL_COMPRESS_NONE;
@@ -165,11 +217,13 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
     request.dpiX = ownDpi(picture.dpiX, notes);
     request.dpiY = picture.dpiY == picture.dpiX ? request.dpiX : ownDpi(picture.dpiY, notes);
   }
-  if (options.size) {
-    fit(*options.size, picture, request);
+  if (options.paper) {
+    fit(paperBox(options, request), howToFit(options, request), picture, request);
+  } else if (options.size) {
+    fit(*options.size, howToFit(options, request), picture, request);
   } else if (chosen({RAXEL_ESCAPE_SET_SIZE_MODE, RAXEL_ESCAPE_SET_WIDTH, RAXEL_ESCAPE_SET_HEIGHT}) &&
              stored.nSizeMode != RAXEL_STORED_SIZE_PICTURE && stored.dWidth > 0 && stored.dHeight > 0) {
-    fit({stored.dWidth, stored.dHeight, false}, picture, request);
+    fit({stored.dWidth, stored.dHeight, false}, kFitContain, picture, request);
   }
   return request;
 }

@@ -8,6 +8,7 @@
 
 #include "order/option_table.h"
 #include "order/options.h"
+#include "order/presets.h"
 
 namespace host {
 namespace {
@@ -205,6 +206,7 @@ bool filterTakes(double dpi) {
 
 void setOption(const OptionRow &row, const std::string &value, Options &o) {
   checkName(row, value);
+  o.given.insert(row.id);
   switch (row.id) {
     case OptionId::kOutput:
       o.output = value;
@@ -239,18 +241,29 @@ void setOption(const OptionRow &row, const std::string &value, Options &o) {
     case OptionId::kNoSync:
       o.rules.noSync = true;
       return;
+    case OptionId::kPreset:
+      o.preset = findPreset(value).name;
+      return;
     case OptionId::kMode:
       o.autoMode = lower(value) == "auto";
       o.mode = o.autoMode ? std::nullopt : std::optional(named(row, value, raxelHostFindMode));
       return;
     case OptionId::kCompress:
-      o.compression = named(row, value, raxelHostFindCompression);
+      o.autoCompression = lower(value) == "auto";
+      o.compression =
+          o.autoCompression ? std::nullopt : std::optional(named(row, value, raxelHostFindCompression));
       return;
     case OptionId::kDpi:
       o.dpi = parseDpi(value);
       return;
     case OptionId::kSize:
       o.size = parseSize(value);
+      return;
+    case OptionId::kFit:
+      o.fit = chosen(row, value);
+      return;
+    case OptionId::kPaper:
+      o.paper = chosen(row, value);
       return;
     case OptionId::kLayout:
       o.layout = chosen(row, value);
@@ -349,6 +362,9 @@ void checkOptions(const Options &o) {
   if (o.rules.force && o.rules.noClobber) fail("--force and --no-clobber exclude each other");
   if (o.asIs && (o.size || o.verify)) fail("--as-is leaves all to the filter: no --size and no --verify");
   if (o.asIs && o.pages) fail("--as-is leaves all to the filter, which writes one picture: no --pages");
+  if (o.asIs && (o.fit || o.paper)) fail("--as-is leaves all to the filter: no --fit and no --paper");
+  if (o.asIs && o.autoCompression) fail("--as-is leaves all to the filter: no --compress auto");
+  if (o.fit && !o.size && !o.paper) fail("--fit needs --size or --paper");
   if (o.asIs && o.via != Via::kCell) fail("--as-is goes by --via cell");
   if (o.asIs && o.strips != RAXEL_STRIPS_QUARTERS) fail("--as-is leaves all to the filter: no --strips");
   if (o.threshold != RAXEL_THRESHOLD_NONE && o.dither == RAXEL_DITHER_ON)

@@ -4,10 +4,12 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "failure.h"
+#include "order/option_table.h"
 #include "output/target.h"
 #include "pictures/page_range.h"
 #include "raxel/host.h"
@@ -15,6 +17,11 @@
 namespace host {
 
 enum class Command { kExport, kInspect, kList, kVersion, kHelp };
+
+// How a picture gets into a box: at its proportions, at the box's, or at its own with white around it.
+enum Fit { kFitContain, kFitExact, kFitPad };
+
+enum Paper { kPaperA4, kPaperLetter };
 
 enum class Via { kCell, kDriver, kMetafile };
 
@@ -32,6 +39,8 @@ struct SetEscape {
 
 struct Options {
   Command command = Command::kExport;
+  std::string preset;        // its name
+  std::set<OptionId> given;  // what is set by itself, and not by the preset
   std::vector<std::string> inputs;
   std::vector<std::string> outputs;  // one for each input
   std::string output;                // the one that -o names
@@ -46,8 +55,11 @@ struct Options {
   std::optional<int> mode;  // RaxelMode
   bool autoMode = false;    // --mode auto
   std::optional<int> compression;
+  bool autoCompression = false;  // --compress auto
   std::optional<std::array<double, 2>> dpi;
   std::optional<SizeBox> size;
+  std::optional<int> fit;    // Fit
+  std::optional<int> paper;  // Paper
   std::optional<int> layout;
   std::optional<int> treatment;
   int strips = RAXEL_STRIPS_QUARTERS;
@@ -79,7 +91,8 @@ struct Options {
   bool verbose = false;
 };
 
-struct OptionRow;
+// Takes the preset's options but for those that are given.
+void applyPreset(Options &options);
 
 // Takes an option's value as it was written; flags have none. Throws a Failure with kUsage.
 void setOption(const OptionRow &row, const std::string &value, Options &to);

@@ -80,6 +80,7 @@ Record ownCopy(const Record *given) {
 
 void perform(RaxelHostOrder &order, const RaxelHostCalls &calls) {
   order.options.json = true;  // pages are told of in the report
+  applyPreset(order.options);
   checkOptions(order.options);
   checkInputs(order);
   const Options &options = order.options;

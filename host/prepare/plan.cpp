@@ -122,6 +122,15 @@ int plan(const RaxelPicture &picture, const RaxelRequest &request, RaxelPlan &ou
   if (const int code = checkRequest(request)) return code;
   double width = 0, rows = 0;
   if (const int code = sizeInPixels(picture, request, width, rows)) return code;
+  if (std::max(width, rows) <= UINT32_MAX) {
+    out.pictureWidth = static_cast<uint32_t>(width);
+    out.pictureRows = static_cast<uint32_t>(rows);
+  }
+  if (request.pageWidth != 0 || request.pageHeight != 0) {
+    if (width > request.pageWidth || rows > request.pageHeight) return RAXEL_HOST_BAD_SIZE;
+    width = request.pageWidth;
+    rows = request.pageHeight;
+  }
   if (width > 65535) return RAXEL_HOST_TOO_WIDE;
   if (rows > 65534) return RAXEL_HOST_TOO_TALL;
 
@@ -137,7 +146,8 @@ int plan(const RaxelPicture &picture, const RaxelRequest &request, RaxelPlan &ou
   if (out.bytes >= kLargest) return RAXEL_HOST_TOO_LARGE;
   out.compression = request.compression;
   if (out.height != out.rows) out.notes |= RAXEL_NOTE_ROW_REPEATED;
-  if (out.width != picture.width || out.rows != picture.height) out.notes |= RAXEL_NOTE_SCALED;
+  if (out.pictureWidth != picture.width || out.pictureRows != picture.height)
+    out.notes |= RAXEL_NOTE_SCALED;
   out.dpiX = request.dpiX;
   out.dpiY = request.dpiY;
   out.threshold = -1;

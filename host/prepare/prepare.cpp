@@ -2,6 +2,7 @@
 #include "prepare/prepare.h"
 
 #include <new>
+#include <vector>
 
 #include "prepare/block.h"
 #include "prepare/colors.h"
@@ -13,6 +14,7 @@
 #include "prepare/row_by_row.h"
 #include "prepare/scale.h"
 #include "prepare/services.h"
+#include "prepare/sheet.h"
 #include "raxel/host.h"
 
 namespace prepare {
@@ -89,11 +91,10 @@ void noteDecision(const Source &original, const RaxelRequest &request, RaxelPlan
   if (plan.threshold >= 0 && plan.notes & RAXEL_NOTE_REDUCED) plan.notes |= RAXEL_NOTE_DOCUMENT;
 }
 
-int prepare(const RaxelPicture &picture, const RaxelRequest &request, const RaxelServices *services,
-            RaxelPlan &plan, uint8_t *pixels, uint8_t *table, const Interrupt &interrupt) {
-  if (request.treatment != RAXEL_TREAT_NONE && !complete(services)) return RAXEL_HOST_NO_SERVICE;
-  const Block block{plan, pixels};
-  const Source original(picture, request.treatment, services, interrupt);
+// All rows of a picture that has the plan's size, or is scaled to it.
+int fill(const RaxelPicture &picture, const Source &original, const RaxelRequest &request,
+         const RaxelServices *services, const Block &block, RaxelPlan &plan, uint8_t *table,
+         const Interrupt &interrupt) {
   int code = RAXEL_HOST_OK;
   if (plan.width == picture.width && plan.rows == picture.height) {
     code = reduce(original, decide(original, request), services, block, plan, table);
@@ -105,8 +106,36 @@ int prepare(const RaxelPicture &picture, const RaxelRequest &request, const Raxe
     const Source scaled(pictureOf(raster), RAXEL_TREAT_NONE, nullptr, interrupt);
     code = reduce(scaled, decide(original, request), services, block, plan, table);
   }
+  if (code == RAXEL_HOST_OK) noteDecision(original, request, plan);
+  return code;
+}
+
+// The picture by itself, and then on its page.
+int fillPage(const RaxelPicture &picture, const Source &original, const RaxelRequest &request,
+             const RaxelServices *services, const Block &page, RaxelPlan &plan, uint8_t *table,
+             const Interrupt &interrupt) {
+  RaxelRequest alone = request;
+  alone.pageWidth = alone.pageHeight = 0;
+  RaxelPlan own;
+  if (const int code = raxelHostPlanAnyway(&picture, &alone, &own)) return code;
+  std::vector<uint8_t> pixels(static_cast<size_t>(own.bytes));
+  const Block block{own, pixels.data()};
+  const int code = fill(picture, original, alone, services, block, own, table, interrupt);
   if (code != RAXEL_HOST_OK) return code;
-  noteDecision(original, request, plan);
+  plan.threshold = own.threshold;
+  plan.notes |= own.notes & ~uint32_t{RAXEL_NOTE_ROW_REPEATED};
+  layInMiddle(block, page, table);
+  return RAXEL_HOST_OK;
+}
+
+int prepare(const RaxelPicture &picture, const RaxelRequest &request, const RaxelServices *services,
+            RaxelPlan &plan, uint8_t *pixels, uint8_t *table, const Interrupt &interrupt) {
+  if (request.treatment != RAXEL_TREAT_NONE && !complete(services)) return RAXEL_HOST_NO_SERVICE;
+  const Block block{plan, pixels};
+  const Source original(picture, request.treatment, services, interrupt);
+  const int code = (hasMargins(plan) ? fillPage : fill)(picture, original, request, services, block, plan,
+                                                        table, interrupt);
+  if (code != RAXEL_HOST_OK) return code;
   block.repeatLastRow();
   const Fallback fallback = fallbackOf(block);
   plan.compression = fallback.compression;

@@ -97,6 +97,10 @@ typedef struct RaxelRequest {
   double dpiY;
   double inchesX;  // size to scale to; 0 in both keeps the pixels, 0 in one keeps the proportions
   double inchesY;
+  // Pixels of a white page, in the middle of which the picture lies; 0 in both for none. It must have room
+  // for the picture at its size.
+  uint32_t pageWidth;
+  uint32_t pageHeight;
   int32_t treatment;       // RaxelTreatment
   int32_t dither;          // RaxelDither
   int32_t quantizer;       // RaxelQuantizer
@@ -124,7 +128,7 @@ enum {
 // The job, worked out. Written by raxelHostPlan; raxelHostPrepare sets compression and notes anew.
 typedef struct RaxelPlan {
   uint32_t width;      // pixels in a row of the file
-  uint32_t rows;       // rows of the picture
+  uint32_t rows;       // rows of the picture, or of the page that it lies on
   uint32_t height;     // rows of the file: rows, made even
   uint32_t bits;       // bits a pixel in the block: 1, 4, 8 or 24
   uint32_t stride;     // bytes a row in the block, a multiple of 4
@@ -139,6 +143,8 @@ typedef struct RaxelPlan {
   int32_t filterDpiY;
   int32_t compression;  // RaxelCompression to set: as requested, or another with a note
   uint32_t notes;
+  uint32_t pictureWidth;  // of the columns and rows, those of the picture: less than all on a page
+  uint32_t pictureRows;
   int32_t threshold;           // the level below which grey became black; -1 where none was cut so
   uint32_t unitsPerInch;       // 32768, for the picture record's nResolution
   int32_t extentX, extentY;    // in those units, for the export info: exact at every resolution

@@ -64,6 +64,26 @@ TEST(HostCut, ScalesGreysBeforeItCutsThem) {
   EXPECT_EQ(prepared(bars, wanted).index(1, 1), 0u);
 }
 
+TEST(HostCut, HoldsOnAPageAsWell) {
+  // Two rows of 8 pixels in the middle of 21 by 5: from pixel 6 on, which is a byte of its own, 0.
+  TestPicture picture(8, 2, 8);
+  RaxelRequest wanted = cutRequest(RAXEL_THRESHOLD_LEVEL, 10);
+  wanted.pageWidth = 21;
+  wanted.pageHeight = 5;
+  const Prepared made = prepared(picture, wanted);
+  ASSERT_EQ(made.code, RAXEL_HOST_OK);
+  EXPECT_EQ(made.plan.width, 21u);
+  EXPECT_EQ(made.plan.rows, 5u);
+  EXPECT_EQ(made.plan.pictureWidth, 8u);
+  EXPECT_EQ(made.plan.pictureRows, 2u);
+  EXPECT_EQ(made.plan.threshold, 10);
+  for (uint32_t y = 0; y < 5; ++y) {
+    for (uint32_t x = 0; x < 21; ++x) EXPECT_EQ(made.index(x, y), (y == 1 || y == 2) && x < 8 ? 0u : 1u);
+  }
+  wanted.pageWidth = 7;  // no room
+  EXPECT_EQ(prepared(picture, wanted).code, RAXEL_HOST_BAD_SIZE);
+}
+
 TEST(HostCut, OtsuFindsALevelBetweenTheTones) {
   TestPicture page(64, 64, 8);
   for (uint32_t y = 0; y < 64; ++y) {

@@ -79,7 +79,7 @@ TEST(Options, UnderstandsOtherNamesOfModesAndCompressions) {
   EXPECT_EQ(o.compression, RAXEL_COMPRESS_T6);
   EXPECT_TRUE(parse({"--mode", "auto", "a", "b"}).autoMode);
   EXPECT_EQ(errorOf({"-c", "zip", "a", "b"}),
-            "--compress zip: is none of none packbits huffman lzw t4 t6; see --list");
+            "--compress zip: is none of auto none packbits huffman lzw t4 t6; see --list");
 }
 
 TEST(Options, KnowsWordsInCapitals) {
@@ -236,4 +236,22 @@ TEST(Options, EveryRowOfTheTableIsAnOption) {
     const std::string error = errorOf({name.c_str()});
     EXPECT_EQ(error.find("not expected"), std::string::npos) << error;
   }
+}
+
+TEST(Options, APresetKeepsSilentAboutWhatIsGiven) {
+  const Options fax = parse({"--preset", "fax-fine", "in.png", "out.tif"});
+  EXPECT_EQ(fax.mode, RAXEL_MODE_BILEVEL);
+  EXPECT_EQ(fax.compression, RAXEL_COMPRESS_T4);
+  EXPECT_EQ(fax.strips, RAXEL_STRIPS_ONE);
+  EXPECT_EQ(fax.dpi, (std::array<double, 2>{204, 196}));
+  EXPECT_EQ(fax.paper, int{host::kPaperA4});
+  EXPECT_TRUE(fax.pages);
+  const Options own = parse({"--paper", "letter", "--preset", "fax-fine", "-c", "t6", "in.png", "out.tif"});
+  EXPECT_EQ(own.compression, RAXEL_COMPRESS_T6);
+  EXPECT_EQ(own.paper, int{host::kPaperLetter});
+  EXPECT_EQ(own.mode, RAXEL_MODE_BILEVEL);
+  const Options dots = parse({"--preset", "label", "--dither", "in.png", "out.tif"});
+  EXPECT_EQ(dots.threshold, int{RAXEL_THRESHOLD_NONE});
+  EXPECT_NE(errorOf({"--preset", "fax", "in.png", "out.tif"}).find("see --list"), std::string::npos);
+  EXPECT_EQ(errorOf({"--fit", "pad", "in.png", "out.tif"}), "--fit needs --size or --paper");
 }

@@ -115,7 +115,9 @@ TEST(Request, KeepsTheProportionsOnPaperAtTwoResolutions) {
   EXPECT_EQ(sizeOf({0, 2, false}, {72, 72}), (std::array{600u, 200u}));
   EXPECT_EQ(sizeOf({3, 3, false}, {1, 1}), (std::array{600u, 200u}));
   EXPECT_EQ(sizeOf({3, 0, false}, {200, 100}), (std::array{600u, 400u}));  // its own: 1.5 by 2 inches
-  EXPECT_EQ(sizeOf({60, 60, true}, {0, 0}), (std::array{60u, 40u}));
+  // Pixels are meant as they are, unless a side is left open.
+  EXPECT_EQ(sizeOf({60, 60, true}, {0, 0}), (std::array{60u, 60u}));
+  EXPECT_EQ(sizeOf({60, 0, true}, {0, 0}), (std::array{60u, 40u}));
 }
 
 TEST(Request, ASettingComesFromTheNearestSource) {
