@@ -130,7 +130,7 @@ RAXEL_EXPORT HostWord LoadProfileList(HostWord first, ...);
 //     25 SET_USER_DATA           -
 //     26 GET_USER_DATA           -
 //     56 GET_RASTER_INFO         -   a RasterPictureInfo in, a RasterInfoResult out; see GetRasterInfo
-//     57 GET_COLOR_MODE          4   refuses when the stored code is none
+//     57 GET_COLOR_MODE          4   refuses, and gives nothing, when the stored code is none
 //     81 SET_OUTPUT_PROC         4   null: none. The size may also be that of a pointer
 //
 // Another size than the table's is refused by escapes 1 to 14 and does nothing, with answer 1, on 18, 19,
