@@ -75,16 +75,20 @@ void Progress::print(const std::string &text) {
 
 void Progress::stage(const char *what) {
   const Clock::time_point now = Clock::now();
-  if (!shown_ || now - start_ <= kQuietTime || (now - last_ < kStep && lineThere_)) return;
+  if (!shown_ || now - start_ <= kQuietTime || (now - last_ < kStep && lineThere_ && stage_ == what))
+    return;
   last_ = now;
+  stage_ = what;
   print(what);
 }
 
 void Progress::show(double part, uint64_t size) {
   const Clock::time_point now = Clock::now();
   if (part <= 0) writing_ = now;
-  if (!shown_ || part <= 0 || now - last_ < kStep || now - start_ < kQuietTime) return;
+  const bool soon = now - last_ < kStep && stage_.empty();
+  if (!shown_ || part <= 0 || soon || now - start_ < kQuietTime) return;
   last_ = now;
+  stage_.clear();
   print(progressText(part, size, seconds(now - writing_)));
 }
 

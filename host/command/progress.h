@@ -41,6 +41,7 @@ class Progress {
   void print(const std::string &text);
 
   std::string name_;
+  std::string stage_;  // shown last, empty for a bar: the same once more can wait
   bool shown_;
   bool lineThere_ = false;
   Clock::time_point start_, last_, writing_;  // writing_: when it began
