@@ -72,7 +72,8 @@ int pagesOf(const Bytes &file) {
 Bytes shown(const RaxelHostPixels &pixels, const char *background = "white") {
   const Order order = orderOf({{"mode", "rgb"}, {"background", background}});
   EXPECT_EQ(raxelHostOrderPicture(order.get(), &pixels), RAXEL_HOST_OK);
-  const support::TiffFile tiff = support::readTiff(fileOf(order));
+  const Bytes file = fileOf(order);
+  const support::TiffFile tiff = support::readTiff(file);
   EXPECT_TRUE(tiff.ok()) << tiff.error;
   return support::uncompressedRows(tiff);
 }
@@ -165,7 +166,8 @@ TEST(HostOrder, TellsThatSixteenBitsBecomeEight) {
   pixels.pixelStep = pixels.rowStep = 2;
   const Order order = orderOf({{"mode", "rgb"}});
   ASSERT_EQ(raxelHostOrderPicture(order.get(), &pixels), RAXEL_HOST_OK);
-  const Bytes rows = support::uncompressedRows(support::readTiff(fileOf(order)));
+  const Bytes file = fileOf(order);
+  const Bytes rows = support::uncompressedRows(support::readTiff(file));
   EXPECT_EQ(rows, (Bytes{255, 255, 255, 128, 128, 128}));
   const std::string report = raxelHostOrderReport(order.get());
   EXPECT_NE(report.find("\"notes\":[\"16-bit channels are reduced to 8\"]"), std::string::npos) << report;
