@@ -136,6 +136,27 @@ def plot(measured, file):
     figure.savefig(file, metadata={"Date": None})
 
 
+def compare(methods, paths, folder, runs):
+    """Number of colours to (picture to errors by method, seconds by method of the first picture, medians)."""
+    out = os.path.join(folder, "out.tif")
+    first = next(iter(paths.values()))
+    found = {}
+    for colors in (256, 16):
+        # Those that are timed take turns.
+        seconds = {name: [] for name in methods}
+        for _ in range(runs):
+            for name, method in methods.items():
+                seconds[name].append(method(first, out, colors))
+        errors = {}
+        for picture, path in paths.items():
+            errors[picture] = {}
+            for name, method in methods.items():
+                method(path, out, colors)
+                errors[picture][name] = rms(path, out)
+        found[colors] = errors, {name: statistics.median(seen) for name, seen in seconds.items()}
+    return found
+
+
 def main():
     arguments = argparse.ArgumentParser()
     arguments.add_argument("--build", required=True)
@@ -146,29 +167,18 @@ def main():
     wanted = arguments.parse_args()
     methods = rivals(wanted.build)
     with tempfile.TemporaryDirectory(prefix="raxel-bench-", dir=wanted.folder) as folder:
-        out = os.path.join(folder, "out.tif")
         paths = pictures(folder)
         first = next(iter(paths))
         paths |= {os.path.basename(path): path for path in wanted.pictures}
-        timed = {}
-        for colors in (256, 16):
-            # Those that are timed take turns.
-            seconds = {name: [] for name in methods}
-            for _ in range(wanted.runs):
-                for name, method in methods.items():
-                    seconds[name].append(method(paths[first], out, colors))
-            print(f"\n| {colors} colours | " + " | ".join(methods) + " |\n|---|" + "---|" * len(methods))
-            for picture, path in paths.items():
-                errors = {}
-                for name, method in methods.items():
-                    method(path, out, colors)
-                    errors[name] = rms(path, out)
-                print(f"| {picture} | " + " | ".join(f"{e:.2f}" for e in errors.values()) + " |", flush=True)
-                if picture == first:
-                    timed[colors] = {name: (statistics.median(seconds[name]), errors[name]) for name in methods}
-            print(f"| {first}, ms | " + " | ".join(f"{1000 * s:.0f}" for s, _ in timed[colors].values()) + " |")
+        found = compare(methods, paths, folder, wanted.runs)
+    for colors, (errors, seconds) in found.items():
+        print(f"\n| {colors} colours | " + " | ".join(methods) + " |\n|---|" + "---|" * len(methods))
+        for picture, of in errors.items():
+            print(f"| {picture} | " + " | ".join(f"{e:.2f}" for e in of.values()) + " |")
+        print(f"| {first}, ms | " + " | ".join(f"{1000 * s:.0f}" for s in seconds.values()) + " |")
     if wanted.plot:
-        plot(timed, wanted.plot)
+        plot({colors: {name: (seconds[name], errors[first][name]) for name in methods}
+              for colors, (errors, seconds) in found.items()}, wanted.plot)
 
 
 if __name__ == "__main__":
