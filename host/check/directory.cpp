@@ -4,6 +4,8 @@
 #include <array>
 #include <unordered_set>
 
+#include "finish/tags.h"
+
 namespace host {
 namespace {
 
@@ -13,40 +15,40 @@ struct Named {
 };
 
 constexpr Named kTags[] = {
-    {254, "NewSubfileType"},
-    {256, "ImageWidth"},
-    {257, "ImageLength"},
-    {258, "BitsPerSample"},
-    {259, "Compression"},
-    {262, "Photometric"},
-    {266, "FillOrder"},
-    {270, "ImageDescription"},
-    {271, "Make"},
-    {273, "StripOffsets"},
-    {274, "Orientation"},
-    {277, "SamplesPerPixel"},
-    {278, "RowsPerStrip"},
-    {279, "StripByteCounts"},
-    {282, "XResolution"},
-    {283, "YResolution"},
-    {284, "PlanarConfiguration"},
-    {292, "T4Options"},
-    {293, "T6Options"},
-    {296, "ResolutionUnit"},
-    {297, "PageNumber"},
-    {305, "Software"},
-    {306, "DateTime"},
-    {315, "Artist"},
-    {317, "Predictor"},
-    {320, "ColorMap"},
-    {322, "TileWidth"},
-    {323, "TileLength"},
-    {324, "TileOffsets"},
-    {325, "TileByteCounts"},
-    {338, "ExtraSamples"},
-    {339, "SampleFormat"},
-    {33432, "Copyright"},
-    {34675, "ICCProfile"},
+    {finish::kNewSubfileType, "NewSubfileType"},
+    {finish::kImageWidth, "ImageWidth"},
+    {finish::kImageLength, "ImageLength"},
+    {finish::kBitsPerSample, "BitsPerSample"},
+    {finish::kCompression, "Compression"},
+    {finish::kPhotometric, "Photometric"},
+    {finish::kFillOrder, "FillOrder"},
+    {finish::kImageDescription, "ImageDescription"},
+    {finish::kMake, "Make"},
+    {finish::kStripOffsets, "StripOffsets"},
+    {finish::kOrientation, "Orientation"},
+    {finish::kSamplesPerPixel, "SamplesPerPixel"},
+    {finish::kRowsPerStrip, "RowsPerStrip"},
+    {finish::kStripByteCounts, "StripByteCounts"},
+    {finish::kXResolution, "XResolution"},
+    {finish::kYResolution, "YResolution"},
+    {finish::kPlanarConfiguration, "PlanarConfiguration"},
+    {finish::kT4Options, "T4Options"},
+    {finish::kT6Options, "T6Options"},
+    {finish::kResolutionUnit, "ResolutionUnit"},
+    {finish::kPageNumber, "PageNumber"},
+    {finish::kSoftware, "Software"},
+    {finish::kDateTime, "DateTime"},
+    {finish::kArtist, "Artist"},
+    {finish::kPredictor, "Predictor"},
+    {finish::kColorMap, "ColorMap"},
+    {finish::kTileWidth, "TileWidth"},
+    {finish::kTileLength, "TileLength"},
+    {finish::kTileOffsets, "TileOffsets"},
+    {finish::kTileByteCounts, "TileByteCounts"},
+    {finish::kExtraSamples, "ExtraSamples"},
+    {finish::kSampleFormat, "SampleFormat"},
+    {finish::kCopyright, "Copyright"},
+    {finish::kIccProfile, "ICCProfile"},
 };
 
 struct Type {
@@ -70,11 +72,11 @@ constexpr std::array<Type, 13> kTypes{{{"", 0},
 constexpr uint32_t kMostValues = 70000;  // more than the strips or tiles of any file written here
 constexpr uint32_t kMostText = 200;
 constexpr size_t kMostFaults = 1000;  // nobody reads more
-constexpr uint16_t kColorMap = 320, kStrips = 273, kStripSizes = 279, kTiles = 324, kTileSizes = 325;
 
 // Tags without whose values there are no pixels, or none in their colours.
 bool isNeeded(uint16_t tag) {
-  return tag == kColorMap || tag == kStrips || tag == kStripSizes || tag == kTiles || tag == kTileSizes;
+  return tag == finish::kColorMap || tag == finish::kStripOffsets || tag == finish::kStripByteCounts ||
+         tag == finish::kTileOffsets || tag == finish::kTileByteCounts;
 }
 
 // Numbers at places of the file; a place outside reads as 0 and is remembered.
@@ -181,7 +183,8 @@ void checkPieces(Directory &directory, uint64_t fileSize, uint16_t offsetsTag, u
   for (size_t i = 0; i < std::min(offsets->values.size(), counts->values.size()); ++i) {
     if (directory.faults.size() >= kMostFaults) return;
     const double offset = offsets->values[i], count = counts->values[i];
-    const std::string piece = (offsetsTag == kStrips ? "strip " : "tile ") + std::to_string(i + 1);
+    const std::string piece =
+        (offsetsTag == finish::kStripOffsets ? "strip " : "tile ") + std::to_string(i + 1);
     if (offset == 0 || count == 0) {
       directory.faults.push_back(piece + " is empty or has no place");
     } else if (offset + count > static_cast<double>(fileSize)) {
@@ -251,8 +254,8 @@ Directory readDirectory(std::span<const uint8_t> file, uint32_t at) {
     directory.entries.push_back(readEntry(bytes, start + 12 * i, directory));
   directory.next = static_cast<uint32_t>(bytes.number(start + 12 * count, 4));
   checkOrder(directory);
-  checkPieces(directory, file.size(), kStrips, kStripSizes);
-  checkPieces(directory, file.size(), kTiles, kTileSizes);
+  checkPieces(directory, file.size(), finish::kStripOffsets, finish::kStripByteCounts);
+  checkPieces(directory, file.size(), finish::kTileOffsets, finish::kTileByteCounts);
   return directory;
 }
 

@@ -1,19 +1,21 @@
 #include "finish/planned.h"
 
+#include <iterator>
+
 #include "prepare/plan.h"
 #include "raxel/tiff_codes.h"
 
 namespace finish {
 namespace {
 
-enum Photometric : uint32_t { kWhiteIsZero, kBlackIsZero, kRgb, kMap };
+constexpr uint32_t kWhiteIsZero = 0;  // the filter never writes it
 
 constexpr const char *kSoftware = "raxel " RAXEL_VERSION_TEXT;
 
 uint32_t photometricOf(const RaxelPlan &plan) {
-  if (plan.mode == RAXEL_MODE_RGB) return kRgb;
-  if (prepare::hasColorMap(plan.mode)) return kMap;
-  return isMinIsWhite(plan) ? kWhiteIsZero : kBlackIsZero;
+  if (plan.mode == RAXEL_MODE_RGB) return RAXEL_TIFF_RGB;
+  if (prepare::hasColorMap(plan.mode)) return RAXEL_TIFF_PALETTE;
+  return isMinIsWhite(plan) ? kWhiteIsZero : uint32_t{RAXEL_TIFF_BLACK_IS_ZERO};
 }
 
 }  // namespace
@@ -23,9 +25,9 @@ bool isMinIsWhite(const RaxelPlan &plan) {
 }
 
 uint32_t compressionTag(int32_t compression) {
-  constexpr uint32_t kTags[RAXEL_COMPRESSIONS] = {RAXEL_TIFF_UNCOMPRESSED, RAXEL_TIFF_PACKBITS,
-                                                  RAXEL_TIFF_HUFFMAN,      RAXEL_TIFF_LZW,
-                                                  RAXEL_TIFF_T4,           RAXEL_TIFF_T6};
+  constexpr uint32_t kTags[] = {RAXEL_TIFF_UNCOMPRESSED, RAXEL_TIFF_PACKBITS, RAXEL_TIFF_HUFFMAN,
+                                RAXEL_TIFF_LZW,          RAXEL_TIFF_T4,       RAXEL_TIFF_T6};
+  static_assert(std::size(kTags) == RAXEL_COMPRESSIONS);
   return kTags[compression];
 }
 

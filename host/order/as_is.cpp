@@ -11,8 +11,10 @@
 #include "failure.h"
 #include "filter/open.h"
 #include "filter/save.h"
+#include "finish/tags.h"
 #include "prepare/source.h"
 #include "prepare/swap.h"
+#include "raxel/tiff_codes.h"
 
 namespace host {
 namespace {
@@ -57,9 +59,8 @@ bool hasColors(const RaxelPicture &picture) {
 // Where the filter's own conversions show other colours than the picture's: it reads tables as red, green,
 // blue and pixels of 24 bits as blue, green, red, and makes the one of the other as they stand.
 void noteExchange(const RaxelPicture &picture, uint64_t photometric, Report &report) {
-  constexpr uint64_t kRgb = 2, kPalette = 3;
-  if (!hasColors(picture) || (picture.bits == 24) == (photometric == kRgb)) return;
-  if (photometric == kRgb || photometric == kPalette) {
+  if (!hasColors(picture) || (picture.bits == 24) == (photometric == RAXEL_TIFF_RGB)) return;
+  if (photometric == RAXEL_TIFF_RGB || photometric == RAXEL_TIFF_PALETTE) {
     report.notes.emplace_back(
         "the filter exchanges red and blue in this conversion; without --as-is they are right");
   } else if (picture.bits == 24 && report.fileBits != 4) {  // 16 greys weigh no colour at all
@@ -70,13 +71,12 @@ void noteExchange(const RaxelPicture &picture, uint64_t photometric, Report &rep
 
 // What the filter has made of it. The depth of a colour is said once for its three samples.
 void describeFile(std::span<const uint8_t> file, const RaxelPicture &picture, Report &report) {
-  constexpr uint16_t kWidth = 256, kLength = 257, kBits = 258, kPhotometric = 262, kSamples = 277;
   const Directory directory = readDirectory(file);
   const auto number = [&](uint16_t tag) { return static_cast<uint32_t>(directory.value(tag, 0)); };
   report.seen = true;
-  report.fileWidth = number(kWidth);
-  report.fileHeight = number(kLength);
-  report.fileBits = number(kBits) * std::max(number(kSamples), 1u);
+  report.fileWidth = number(finish::kImageWidth);
+  report.fileHeight = number(finish::kImageLength);
+  report.fileBits = number(finish::kBitsPerSample) * std::max(number(finish::kSamplesPerPixel), 1u);
   report.bytes = file.size();
   if (report.fileWidth == 0 || report.fileHeight == 0) {
     report.notes.push_back("the file says that it has " + std::to_string(report.fileWidth) + " by " +
@@ -85,7 +85,7 @@ void describeFile(std::span<const uint8_t> file, const RaxelPicture &picture, Re
   if (report.fileHeight == picture.height + 1) {
     report.notes.emplace_back("the height was odd, and the filter adds a row");
   }
-  noteExchange(picture, number(kPhotometric), report);
+  noteExchange(picture, number(finish::kPhotometric), report);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "finish/tags.h"
+
 namespace host {
 namespace {
 
@@ -26,8 +28,6 @@ struct Tiff {
   }
 };
 
-constexpr uint32_t kOrientation = 274, kXResolution = 282, kYResolution = 283, kResolutionUnit = 296;
-
 }  // namespace
 
 Exif readExif(const uint8_t *data, size_t size) {
@@ -51,10 +51,10 @@ Exif readExif(const uint8_t *data, size_t size) {
     const uint64_t at = start + 2 + 12 * uint64_t{i};
     if (at + 12 > tiff.size) break;
     const uint32_t tag = tiff.number(at, 2), word = tiff.number(at + 8, 2), place = tiff.number(at + 8, 4);
-    if (tag == kOrientation && word >= 1 && word <= 8) out.orientation = static_cast<int>(word);
-    if (tag == kXResolution) x = tiff.rational(place);
-    if (tag == kYResolution) y = tiff.rational(place);
-    if (tag == kResolutionUnit) unit = word;
+    if (tag == finish::kOrientation && word >= 1 && word <= 8) out.orientation = static_cast<int>(word);
+    if (tag == finish::kXResolution) x = tiff.rational(place);
+    if (tag == finish::kYResolution) y = tiff.rational(place);
+    if (tag == finish::kResolutionUnit) unit = word;
   }
   const double scale = unit == 2 ? 1 : unit == 3 ? 2.54 : 0;
   if (x > 0 && y > 0) {

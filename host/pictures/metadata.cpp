@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "finish/tags.h"
+
 namespace host {
 namespace {
 
@@ -15,16 +17,6 @@ using namespace std::string_view_literals;
 constexpr size_t kLongestText = 65535;
 constexpr size_t kLargestProfile = size_t{16} << 20;
 constexpr std::string_view kExifFront = "Exif\0\0"sv, kProfileFront = "ICC_PROFILE\0"sv;
-
-enum Tag : uint64_t {
-  kImageDescription = 270,
-  kArtist = 315,
-  kXmpPacket = 700,
-  kCopyright = 33432,
-  kExifDirectory = 34665,
-  kIccProfile = 34675,
-  kGpsDirectory = 34853,
-};
 
 uint64_t numberAt(Bytes bytes, uint64_t at, uint32_t size, bool little) {
   if (at > bytes.size() || size > bytes.size() - at) return 0;
@@ -93,23 +85,23 @@ void readDirectory(Bytes tiff, uint64_t directory, Metadata &to) {
     const uint64_t count = numberAt(tiff, at + 4, 4, little);
     const Bytes value = partOf(tiff, count <= 4 ? at + 8 : numberAt(tiff, at + 8, 4, little), count);
     switch (numberAt(tiff, at, 2, little)) {
-      case kImageDescription:
+      case finish::kImageDescription:
         keep(to.description, textOf(value));
         break;
-      case kArtist:
+      case finish::kArtist:
         keep(to.artist, textOf(value));
         break;
-      case kCopyright:
+      case finish::kCopyright:
         keep(to.copyright, textOf(value));
         break;
-      case kIccProfile:
+      case finish::kIccProfile:
         if (to.icc.empty() && value.size() <= kLargestProfile) to.icc.assign(value.begin(), value.end());
         break;
-      case kExifDirectory:
-      case kGpsDirectory:
+      case finish::kExifDirectory:
+      case finish::kGpsDirectory:
         drop(kExifData, to);
         break;
-      case kXmpPacket:
+      case finish::kXmpPacket:
         drop(kXmp, to);
         break;
       default:

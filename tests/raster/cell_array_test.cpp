@@ -91,7 +91,7 @@ TEST_F(Cells, PointsBeforeTheDataAreSteppedOver) {
 TEST_F(Cells, ABeginRecordThatIsTooShortOrHasTooManyPointsIsIgnored) {
   host.openBody(10, 10);
   auto record = Host::recordOf(RAXEL_OP_PRIMITIVE, 60);
-  Host::put<int32_t>(record, 16, -5);
+  Host::put<int32_t>(record, 16, RAXEL_PRIMITIVE_BEGIN_RASTER);
   Host::put<uint32_t>(record, 24, 27);
   host.send(record);
   EXPECT_EQ(lpEMData->bCellActive, 0u);

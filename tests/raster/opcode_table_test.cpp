@@ -37,6 +37,8 @@ const Expected kExpected[] = {
     {3843, d_empes, 0x7f},  {1788, d_noop, 0x8},
 };
 
+constexpr uint32_t kIgnored = 1299, kIgnoredInBody = 1312;  // two that nobody needs
+
 class Dispatch : public testing::Test {
  protected:
   Dispatch() { lpEMData = &state_; }
@@ -60,7 +62,7 @@ TEST_F(Dispatch, EveryOpcodeAnswersInItsStatesAlone) {
   std::map<uint32_t, Expected> rows;
   for (const Expected &row : kExpected) rows.emplace(row.opcode, row);
   for (uint32_t bit = 0; bit < 32; ++bit) {
-    state_.nState = 1u << bit;
+    state_.nState = uint32_t{1} << bit;
     for (uint32_t opcode = 0; opcode < 5000; ++opcode) {
       const auto row = rows.find(opcode);
       const bool allowed = row != rows.end() && (row->second.mask & state_.nState) != 0;
@@ -71,34 +73,36 @@ TEST_F(Dispatch, EveryOpcodeAnswersInItsStatesAlone) {
 }
 
 TEST_F(Dispatch, OpcodesAreComparedInFull) {
-  state_.nState = 1;
-  EXPECT_EQ(getfunc(0x10001), d_noop);
-  EXPECT_EQ(getfunc(1), d_opdv);
+  state_.nState = RAXEL_STATE_INITIALISED;
+  EXPECT_EQ(getfunc(0x10000 + RAXEL_OP_OPEN_DEVICE), d_noop);
+  EXPECT_EQ(getfunc(RAXEL_OP_OPEN_DEVICE), d_opdv);
 }
 
 TEST(DispatchAlone, WithoutAStateBlockEveryFunctionIsIgnored) {
   lpEMData = nullptr;
-  EXPECT_EQ(getfunc(1), d_noop);
-  EXPECT_EQ(getfunc(3843), d_noop);
+  EXPECT_EQ(getfunc(RAXEL_OP_OPEN_DEVICE), d_noop);
+  EXPECT_EQ(getfunc(RAXEL_OP_EMPTY_ERRORS), d_noop);
   EXPECT_EQ(d_noop(0x1234), 0x1234u);
 }
 
 TEST_F(Dispatch, SupportDependsOnTheStateAtTheTimeOfAsking) {
-  state_.nState = 1;
-  EXPECT_EQ(InquireSupport(1, 0), 2);
-  state_.nState = 2;
-  EXPECT_EQ(InquireSupport(1, 0), 0);
-  EXPECT_EQ(InquireSupport(2, 0), 2);
-  EXPECT_EQ(InquireSupport(1299, 0), 0) << "accepted and ignored is not supported";
-  state_.nState = 8;
+  state_.nState = RAXEL_STATE_INITIALISED;
+  EXPECT_EQ(InquireSupport(RAXEL_OP_OPEN_DEVICE, 0), RAXEL_SUPPORT_FULL);
+  state_.nState = RAXEL_STATE_OPEN;
+  EXPECT_EQ(InquireSupport(RAXEL_OP_OPEN_DEVICE, 0), RAXEL_SUPPORT_NONE);
+  EXPECT_EQ(InquireSupport(RAXEL_OP_CLOSE_DEVICE, 0), RAXEL_SUPPORT_FULL);
+  EXPECT_EQ(InquireSupport(kIgnored, 0), RAXEL_SUPPORT_NONE) << "accepted and ignored is not supported";
+  state_.nState = RAXEL_STATE_BODY;
   // Functions that take their record and do nothing with it are functions all the same.
-  for (const uint32_t opcode : {771u, 772u, 773u, 774u, 2310u}) EXPECT_EQ(InquireSupport(opcode, 0), 2);
-  EXPECT_EQ(InquireSupport(1312, 0), 0);
-  EXPECT_EQ(InquireSupport(1034, -5), 0);
-  EXPECT_EQ(InquireSupport(1034, -6), 0);
-  EXPECT_EQ(InquireSupport(1323, 0), 0);
-  EXPECT_EQ(InquireSupport(0x50000 + 1033, 0), 2) << "the low 16 bits are the opcode";
-  EXPECT_EQ(InquireSupport(0xFFFF, 0), 0);
+  for (const uint32_t opcode : {RAXEL_OP_AXC, RAXEL_OP_TRAN, RAXEL_OP_CLPR, RAXEL_OP_CLIP, RAXEL_OP_DM})
+    EXPECT_EQ(InquireSupport(opcode, 0), RAXEL_SUPPORT_FULL);
+  EXPECT_EQ(InquireSupport(kIgnoredInBody, 0), RAXEL_SUPPORT_NONE);
+  EXPECT_EQ(InquireSupport(RAXEL_OP_PRIMITIVE, RAXEL_PRIMITIVE_BEGIN_RASTER), RAXEL_SUPPORT_NONE);
+  EXPECT_EQ(InquireSupport(RAXEL_OP_PRIMITIVE, RAXEL_PRIMITIVE_END_RASTER), RAXEL_SUPPORT_NONE);
+  EXPECT_EQ(InquireSupport(RAXEL_OP_NEVER_SUPPORTED, 0), RAXEL_SUPPORT_NONE);
+  EXPECT_EQ(InquireSupport(0x50000 + RAXEL_OP_CELL_ARRAY, 0), RAXEL_SUPPORT_FULL)
+      << "the low 16 bits are the opcode";
+  EXPECT_EQ(InquireSupport(0xFFFF, 0), RAXEL_SUPPORT_NONE);
 }
 
 TEST(Primitives, AreAllReportedUnsupported) {
@@ -109,9 +113,9 @@ TEST(Primitives, AreAllReportedUnsupported) {
 
 TEST(Primitives, AreReportedAsAHostStoresThem) {
   GDPSupport[5] = -9;
-  EXPECT_EQ(InqGDPSupport(-5), -9);
-  EXPECT_EQ(InquireSupport(1034, -5), -9);
-  EXPECT_EQ(InqGDPSupport(-6), 0);
+  EXPECT_EQ(InqGDPSupport(RAXEL_PRIMITIVE_BEGIN_RASTER), -9);
+  EXPECT_EQ(InquireSupport(RAXEL_OP_PRIMITIVE, RAXEL_PRIMITIVE_BEGIN_RASTER), -9);
+  EXPECT_EQ(InqGDPSupport(RAXEL_PRIMITIVE_END_RASTER), 0);
   GDPSupport[5] = 0;
 }
 

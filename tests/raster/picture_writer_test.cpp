@@ -84,7 +84,7 @@ TEST_F(WideTarget, TheCallersBlockStaysAsLongAsItWas) {
   lpEMData->DevWindow[3] = 63;
   lpEMData->DevWindow[4] = 7;
   const Handle pixels = support::newBlock(64 * 8);
-  RasterWriteCellData(pixels, 64, 8, 100, 8, 0);
+  RasterWriteCellData(pixels, 64, 8, 100, 8, RAXEL_RASTER_INDEXED);
   EXPECT_EQ(GlobalSize(pixels), 512u);
   GlobalFree(pixels);
 }
@@ -130,7 +130,7 @@ TEST_F(TakenAway, WithoutASetupTheWriterItselfPushes300) {
   host.record_[RAXEL_START_SETUP] = 0;
   host.initialise();
   const Handle pixels = support::newBlock(16);
-  RasterWriteCellData(pixels, 4, 4, 0, 8, 0);
+  RasterWriteCellData(pixels, 4, 4, 0, 8, RAXEL_RASTER_INDEXED);
   EXPECT_EQ(lpEMData->nLastError, RAXEL_NO_MEMORY);
   GlobalFree(pixels);
 }

@@ -35,6 +35,10 @@ function report(what) {
   bad = 1
 }
 
+FNR == 1 { inTable = 0 }
+FILENAME ~ /opcode_table_test/ && /^const Expected kExpected\[\] = \{/ { inTable = 1 }
+inTable { if (/^};/) inTable = 0; next }  # the second copy of a table of numbers
+
 /^ *([0-9A-F][0-9A-F] +)+;/ { next }  # a line of a dump, with its remark
 
 {
@@ -56,7 +60,13 @@ function report(what) {
   if (meets(line, "[A-Za-z_]*[cC]ompress(ion)?(Mode)?", "[1-9]|15[0-5]|32773") || holds(line, "32773") ||
       line ~ /CompressAndWrite\(.*, ([2-5]|32773)\)/ || line ~ /[cC]ompress\(([a-z]+, )?(15[0-5]|[1-9])[,)]/)
     report("a compression")
-  if (meets(line, "nPhotometric", "[1-3]")) report("a photometric interpretation")
+  if (meets(line, "nPhotometric", "[1-3]") || meets(line, "k(Rgb|Palette|Map|BlackIsZero)", "[1-3]") ||
+      line ~ /enum Photometric/)
+    report("a photometric interpretation")
+  tags = "254|25[7-9]|262|266|27[01347-9]|28[2-4]|29[2367]|30[56]|315|317|32[02-5]|33[89]|700|33432|34665|34675|34853"
+  if (FILENAME ~ /^host\// && FILENAME !~ /finish\/tags\.h$/ && (meets(line, "k[A-Z][A-Za-z]*", tags) ||
+      line ~ "^ *\\{(" tags "), \"" || line ~ "(tag|Tag|value|number)\\(?( ==)? ?(" tags ")[^0-9]"))
+    report("a tag")
 
   if (line ~ "scape(Setup|_setup)?\\)?\\(([A-Za-z_.]+(\\(\\))?, )?(" escapes ")[,)]" ||
       meets(line, "[A-Za-z_]*[eE]scape", escapes))
@@ -66,8 +76,9 @@ function report(what) {
   if (line ~ /(send|recordOf|function|Record|getfunc|InquireSupport)\([1-9]/ || holds(line, opcodes) ||
       line ~ /([oO]pcode|OP_|Record|record)/ && holds(line, "518|519|520|521|765|767"))
     report("an opcode")
+  if (line ~ /put<int32_t>\(record, 16, -[56]\)/) report("a primitive")
   if (line ~ /([pP]rimitive|PRIMITIVE|d_gdp|InqGDPSupport)[^A-Za-z]*-[56]([^0-9]|$)/) report("a primitive")
-  if (line ~ /RasterWriteCellData\(.*, [1-3]\)/ || meets(line, "nKind", "[1-9]"))
+  if (line ~ /RasterWriteCellData\(.*, [0-3]\)/ || meets(line, "nKind", "[1-9]"))
     report("a kind of pixels")
 
   if (line ~ /dd_entry32\)?\([a-zA-Z0-9]+, ([0-2]|0xFFF[DEF]|-[123]),/ || line ~ /dd_entry\)?\((0xFFF[DEF]|-[123]),/)
