@@ -102,6 +102,7 @@ int raxelHostOpen(const char *path) {
     openError = failure.what();
     return failure.reason();
   } catch (const std::bad_alloc &) {
+    openError = "no memory left";  // short enough to need none
     return RAXEL_HOST_NO_MEMORY;
   }
 }

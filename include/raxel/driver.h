@@ -79,8 +79,8 @@ RAXEL_EXPORT DriverFunction getfunc(uint32_t opcode);
 // Accepts a record and does nothing.
 RAXEL_EXPORT HostWord d_noop(HostWord record);
 
-// Whether an opcode (low 16 bits, signed) can be used in the state at the time of asking: 2 or 0. For
-// 1034 the answer is InqGDPSupport(argument), for 1323 it is 0.
+// Whether an opcode (low 16 bits, signed) can be used in the state at the time of asking: a
+// RaxelSupport. For RAXEL_OP_PRIMITIVE the answer is InqGDPSupport(argument).
 RAXEL_EXPORT int32_t InquireSupport(uint32_t opcode, int32_t argument);
 
 // Word -primitive of GDPSupport for -7..-1, else 0. All words are 0, also those of -5 and -6, which d_gdp

@@ -43,11 +43,14 @@ typedef enum RaxelHostRoad {
                         // show it and nothing is scaled or reduced
   RAXEL_ROAD_DRIVER,    // a driver session: resolutions must be equal, some sizes are refused
   RAXEL_ROAD_METAFILE,  // a metafile session, which no platform of today records: always refused
-  RAXEL_ROADS
+  RAXEL_ROADS           // how many there are
 } RaxelHostRoad;
 
 // Where an export is.
-typedef enum RaxelHostStage { RAXEL_STAGE_PREPARING, RAXEL_STAGE_WRITING } RaxelHostStage;
+typedef enum RaxelHostStage {
+  RAXEL_STAGE_PREPARING,  // the pixels are made ready
+  RAXEL_STAGE_WRITING     // they go through the filter
+} RaxelHostStage;
 
 // Told of the progress, some fifty times a second at most: the stage, the part of it that is done (0 to
 // 1) and the bytes written so far. Answers 0 to go on; any other answer stops the export.
@@ -159,10 +162,12 @@ RAXEL_EXPORT int raxelHostExport(const RaxelHostJob *job, RaxelHostResult *resul
 RAXEL_EXPORT void raxelHostFree(void *memory);
 
 // Loads the filter, for as long as the process lives: from the path given, or, for null or "", from the
-// first that is there of the path in the environment variable RAXEL_LIBRARY; raxel.so beside the program
-// and beside libraxelhost; ../lib/raxel/raxel.so and raxel/raxel.so seen from there; and the folder that
-// the build was configured to install into. Returns RAXEL_HOST_OK, also when that filter is open
-// already, RAXEL_HOST_NO_FILTER, or RAXEL_HOST_BAD_ARGUMENT when another one is open.
+// one in the environment variable RAXEL_LIBRARY, be it there or not. Where that is not set or empty, or the
+// program runs with another user's rights, from the first that is there of raxel.so, ../lib/raxel/raxel.so
+// and raxel/raxel.so seen from the program's folder; the same three seen from that of libraxelhost; and
+// raxel.so in the folder that the build was configured to install into. Returns RAXEL_HOST_OK, also when
+// that filter is open already; RAXEL_HOST_NO_FILTER; RAXEL_HOST_BAD_ARGUMENT when another one is open; or
+// RAXEL_HOST_NO_MEMORY.
 RAXEL_EXPORT int raxelHostOpen(const char *path);
 
 // The path of the open filter; null when there is none.

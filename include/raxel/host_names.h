@@ -10,7 +10,7 @@ RAXEL_BEGIN
 
 // Why a picture cannot be prepared or written. raxelHostMessage has a sentence for each.
 typedef enum RaxelHostCode {
-  RAXEL_HOST_OK,
+  RAXEL_HOST_OK,                   // done
   RAXEL_HOST_BAD_ARGUMENT,         // a null pointer, or a value outside its enumeration
   RAXEL_HOST_BAD_PICTURE,          // no pixels, an unknown depth, rows shorter than the width
   RAXEL_HOST_TOO_WIDE,             // more than 65535 pixels
@@ -26,7 +26,7 @@ typedef enum RaxelHostCode {
   RAXEL_HOST_NO_SERVICE,           // a service of the filter is needed and missing
   RAXEL_HOST_NO_QUANTIZER,         // the library that the quantizer needs is not there
   RAXEL_HOST_NO_THRESHOLD,         // the library that finds the threshold is not there
-  RAXEL_HOST_NO_MEMORY,
+  RAXEL_HOST_NO_MEMORY,            // not enough for this picture
   RAXEL_HOST_NO_FILTER,            // raxel.so is not found, cannot be loaded or is of another version
   RAXEL_HOST_FILTER_FAILED,        // it stopped before the picture was complete
   RAXEL_HOST_BAD_ROAD,             // the road that was asked for cannot carry this picture
@@ -35,7 +35,7 @@ typedef enum RaxelHostCode {
   RAXEL_HOST_NOT_VERIFIED,         // the written bytes do not show the picture
   RAXEL_HOST_STOPPED,              // a callback asked for it
   RAXEL_HOST_PREDICTOR_NEEDS_LZW,  // differences in anything but 8-bit greys or RGB as LZW
-  RAXEL_HOST_CODES
+  RAXEL_HOST_CODES                 // how many there are
 } RaxelHostCode;
 
 // One sentence for a code, with the way out where there is one. Never null.

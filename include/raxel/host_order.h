@@ -30,7 +30,7 @@ typedef enum RaxelPixelKind {
   RAXEL_PIXELS_RGBA,        // red, green, blue, opacity
   RAXEL_PIXELS_CMYK,        // ink: cyan, magenta, yellow, black
   RAXEL_PIXELS_INDEX,       // into the table
-  RAXEL_PIXEL_KINDS
+  RAXEL_PIXEL_KINDS         // how many there are
 } RaxelPixelKind;
 
 // A picture in memory. Borrowed; never written. Rows may lie in any order and distance, and so may the

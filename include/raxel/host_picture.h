@@ -24,39 +24,49 @@ typedef enum RaxelMode {
   RAXEL_MODE_COLOR16,   // 4 bits, 16 colours of the picture's own
   RAXEL_MODE_COLOR256,  // 8 bits, 256 colours of the picture's own
   RAXEL_MODE_RGB,       // 24 bits
-  RAXEL_MODES
+  RAXEL_MODES           // how many there are
 } RaxelMode;
 
 // How the file's pixels are coded. The order is that of the filter's compression escape.
 typedef enum RaxelCompression {
-  RAXEL_COMPRESS_NONE,
-  RAXEL_COMPRESS_PACKBITS,
-  RAXEL_COMPRESS_HUFFMAN,  // CCITT modified Huffman, bilevel only
-  RAXEL_COMPRESS_LZW,
-  RAXEL_COMPRESS_T4,  // CCITT Group 3, bilevel only
-  RAXEL_COMPRESS_T6,  // CCITT Group 4, bilevel only
-  RAXEL_COMPRESSIONS
+  RAXEL_COMPRESS_NONE,      // not at all
+  RAXEL_COMPRESS_PACKBITS,  // runs of bytes
+  RAXEL_COMPRESS_HUFFMAN,   // CCITT modified Huffman, bilevel only
+  RAXEL_COMPRESS_LZW,       // a dictionary of strings
+  RAXEL_COMPRESS_T4,        // CCITT Group 3, bilevel only
+  RAXEL_COMPRESS_T6,        // CCITT Group 4, bilevel only
+  RAXEL_COMPRESSIONS        // how many there are
 } RaxelCompression;
 
-typedef enum RaxelLayout { RAXEL_LAYOUT_STRIPS, RAXEL_LAYOUT_TILES } RaxelLayout;
+// How the pixels of the file are cut up.
+typedef enum RaxelLayout {
+  RAXEL_LAYOUT_STRIPS,  // into strips of whole rows
+  RAXEL_LAYOUT_TILES    // into tiles
+} RaxelLayout;
 
-// Into how many strips the rows of a finished file are cut: quarters of the height, as the filter does, or
-// all rows in one, which fax programs ask for. Uncompressed files are one strip in any case.
-typedef enum RaxelStrips { RAXEL_STRIPS_QUARTERS, RAXEL_STRIPS_ONE } RaxelStrips;
+// Into how many strips the rows of a finished file are cut. Uncompressed files are one in any case.
+typedef enum RaxelStrips {
+  RAXEL_STRIPS_QUARTERS,  // quarters of the height, as the filter does
+  RAXEL_STRIPS_ONE        // all rows in one, which fax programs ask for
+} RaxelStrips;
 
 // Whether the rows of a finished LZW file hold the differences from pixel to pixel (tag Predictor 2), which
-// makes photos a good deal smaller. For 8-bit greys and RGB. RAXEL_PREDICTOR_AUTO lets the filter code a
-// part of the picture both ways and takes the smaller; in other modes and compressions it is none.
+// makes photos a good deal smaller. For 8-bit greys and RGB.
 typedef enum RaxelPredictor {
-  RAXEL_PREDICTOR_NONE,
-  RAXEL_PREDICTOR_HORIZONTAL,
-  RAXEL_PREDICTOR_AUTO,
-  RAXEL_PREDICTORS
+  RAXEL_PREDICTOR_NONE,        // the pixels themselves
+  RAXEL_PREDICTOR_HORIZONTAL,  // the differences
+  RAXEL_PREDICTOR_AUTO,        // the smaller: the filter codes a part of the picture both ways; none in
+                               // other modes and compressions
+  RAXEL_PREDICTORS             // how many there are
 } RaxelPredictor;
 
-// RAXEL_DITHER_AUTO dithers where a picture loses levels that the eye would miss: to bilevel (unless
-// the picture has two colours or is a document), to 16 greys and to 8 and 16 colours.
-typedef enum RaxelDither { RAXEL_DITHER_AUTO, RAXEL_DITHER_ON, RAXEL_DITHER_OFF } RaxelDither;
+// Whether lost levels are spread by error diffusion.
+typedef enum RaxelDither {
+  RAXEL_DITHER_AUTO,  // where a picture loses levels that the eye would miss: to bilevel (unless it has two
+                      // colours or is a document), to 16 greys and to 8 and 16 colours
+  RAXEL_DITHER_ON,    // wherever any are lost
+  RAXEL_DITHER_OFF    // nowhere
+} RaxelDither;
 
 // How the levels of a bilevel file are cut into black and white. A picture of another size is scaled first.
 typedef enum RaxelThreshold {
@@ -66,7 +76,7 @@ typedef enum RaxelThreshold {
   RAXEL_THRESHOLD_OTSU,      // below one level for all of the picture, which Leptonica finds
   RAXEL_THRESHOLD_ADAPTIVE,  // below the level of each pixel's surroundings, by Leptonica: Sauvola's
                              // method, for shadows and stains
-  RAXEL_THRESHOLDS
+  RAXEL_THRESHOLDS           // how many there are
 } RaxelThreshold;
 
 // Who chooses the colours when a picture has more than the mode allows.
@@ -74,7 +84,7 @@ typedef enum RaxelQuantizer {
   RAXEL_QUANTIZE_BEST,    // the smallest error
   RAXEL_QUANTIZE_FAST,    // Leptonica's median cut
   RAXEL_QUANTIZE_FILTER,  // the filter's own median cut on 15-bit colours
-  RAXEL_QUANTIZERS
+  RAXEL_QUANTIZERS        // how many there are
 } RaxelQuantizer;
 
 // A picture as it was read. Borrowed; never written.
@@ -122,7 +132,7 @@ enum {
   RAXEL_NOTE_RUNS_AS_T6 = 64,           // a row of T.4 or Huffman with more runs than a common reader takes
   RAXEL_NOTE_DOCUMENT = 128,            // taken for a document: grey is cut and not dithered
   RAXEL_NOTE_NO_DOCUMENT = 256,         // taken for none: grey is dithered
-  RAXEL_NOTES = 9
+  RAXEL_NOTES = 9                       // how many bits there are
 };
 
 // The job, worked out. Written by raxelHostPlan; raxelHostPrepare sets compression and notes anew.

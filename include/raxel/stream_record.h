@@ -23,14 +23,14 @@ typedef struct KvlStreamDesc {
 // A stream procedure gets every call on its stream, unchanged and in order, and its answers are the
 // results. Its first argument is the context at open, 0 for the tests, and the token at every other.
 //
-//   op  call     argument 1              argument 2   answer
-//    1  open     name                    mode         a token for the stream; 0 declines
-//    2  read     buffer                  count        bytes moved, -1 for a failure
-//    3  write    buffer                  count        bytes moved, -1 for a failure
-//    4  seek     address of an int32_t   whence       new position, -1 for a failure
-//    5  close    0                       0, or 512 when the file is to be deleted
-//    6  exists   name                    0            the result of kvlOpen
-//    7  delete   name                    0            the result of kvlOpen
+//   operation       argument 1              argument 2       answer
+//   KVL_OP_OPEN     name                    the open mode    a token for the stream; 0 declines
+//   KVL_OP_READ     buffer                  count            bytes moved, -1 for a failure
+//   KVL_OP_WRITE    buffer                  count            bytes moved, -1 for a failure
+//   KVL_OP_SEEK     address of an int32_t   a KvlOrigin      new position, -1 for a failure
+//   KVL_OP_CLOSE    0                       0, or KVL_DELETE when the file is to be deleted
+//   KVL_OP_EXISTS   name                    0                the result of kvlOpen
+//   KVL_OP_DELETE   name                    0                the result of kvlOpen
 //
 // A procedure that declines a name stays attached, with token 0, while the file of that name opens:
 // it then gets every call, and the file none.
@@ -54,9 +54,9 @@ typedef struct KvlStream {
   uint32_t nMode;         // the open mode
   int32_t bBorrowed;      // 1 when fp belongs to the caller and stays open
   int32_t nError;         // 0, or -1 once something failed
-  uint16_t wDataFormat;   // order of typed data: 1 = most significant byte first, else the last
+  uint16_t wDataFormat;   // KvlDataFormat, the order of typed data
   uint16_t wFloatFormat;  // kept for the caller
-  uint16_t wLineFormat;   // line ending: 1 = CR, 2 = LF, else CR LF
+  uint16_t wLineFormat;   // KvlLineFormat, the line ending
   int32_t bIsNamed;       // 1 when opened by name
   int32_t bDocument;      // always 0
 } KvlStream;

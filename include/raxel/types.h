@@ -48,7 +48,7 @@ typedef HostWord (*DrawProc)(HostWord op, HostWord a, HostWord b, HostWord c);
 // Every result code, who raises it and what the host sees.
 enum RaxelCode {
   RAXEL_OK = 0,                     // success in the export paths
-  RAXEL_NO_MEMORY_OUTPUT = 21,      // metafile session: no block for an in-memory output
+  RAXEL_NO_MEMORY_OUTPUT = 21,      // never seen here: running out of memory ends the process
   RAXEL_BAD_SETUP = 22,             // the setup handle is 0 or cannot be locked
   RAXEL_NO_FORMAT = 27,             // no picture format, or the draw procedure allows no rows
   RAXEL_NO_MEMORY = 300,            // out of memory, a missing block, or no metafile
