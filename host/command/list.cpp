@@ -1,5 +1,6 @@
 // Modes and compressions with their other names.
 #include <algorithm>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -19,7 +20,7 @@ struct Named {
   int count;
 };
 
-constexpr const char *kModeTexts[RAXEL_MODES] = {
+constexpr const char *kModeTexts[] = {
     "1 bit, black and white",
     "4 bits, 16 grey levels",
     "8 bits, 256 grey levels",
@@ -28,8 +29,9 @@ constexpr const char *kModeTexts[RAXEL_MODES] = {
     "8 bits, 256 colours of the picture's own",
     "24 bits, red, green and blue",
 };
+static_assert(std::size(kModeTexts) == RAXEL_MODES);
 
-constexpr const char *kCompressionTexts[RAXEL_COMPRESSIONS] = {
+constexpr const char *kCompressionTexts[] = {
     "no compression, one strip",
     "runs of bytes",
     "CCITT modified Huffman, bilevel only",
@@ -37,6 +39,7 @@ constexpr const char *kCompressionTexts[RAXEL_COMPRESSIONS] = {
     "CCITT Group 3, bilevel only",
     "CCITT Group 4, bilevel only, in strips or tiles",
 };
+static_assert(std::size(kCompressionTexts) == RAXEL_COMPRESSIONS);
 
 constexpr Named kModes{raxelHostModeName, raxelHostModeAlias, kModeTexts, RAXEL_MODES};
 constexpr Named kCompressions{raxelHostCompressionName, raxelHostCompressionAlias, kCompressionTexts,

@@ -17,7 +17,7 @@ struct Choice {
 
 // In the order of RaxelMode, with what a prepared picture asks for: eight colours go out as sixteen, of
 // which eight are the fixed ones, since the filter's own mode for them would remap every pixel.
-constexpr std::array<Choice, RAXEL_MODES> kModes{{
+constexpr auto kModes = std::to_array<Choice>({
     {RAXEL_ASK_MODE_BILEVEL, {"bilevel", "mono", "bw", "1"}},
     {RAXEL_ASK_MODE_GREY16, {"grey16", "gray16"}},
     {RAXEL_ASK_MODE_GREY256, {"grey256", "gray256", "grey", "gray"}},
@@ -25,17 +25,19 @@ constexpr std::array<Choice, RAXEL_MODES> kModes{{
     {RAXEL_ASK_MODE_COLOR16, {"color16", "colour16"}},
     {RAXEL_ASK_MODE_COLOR256, {"color256", "colour256", "palette"}},
     {RAXEL_ASK_MODE_RGB, {"rgb", "truecolor", "24"}},
-}};
+});
+static_assert(kModes.size() == RAXEL_MODES);
 
 // In the order of RaxelCompression.
-constexpr std::array<Choice, RAXEL_COMPRESSIONS> kCompressions{{
+constexpr auto kCompressions = std::to_array<Choice>({
     {RAXEL_ASK_COMPRESS_NONE, {"none", "uncompressed"}},
     {RAXEL_ASK_COMPRESS_PACKBITS, {"packbits", "rle"}},
     {RAXEL_ASK_COMPRESS_HUFFMAN, {"huffman", "mh", "ccittrle", "fax1d"}},
     {RAXEL_ASK_COMPRESS_LZW, {"lzw"}},
     {RAXEL_ASK_COMPRESS_T4, {"t4", "g3", "group3", "fax3", "ccittfax3"}},
     {RAXEL_ASK_COMPRESS_T6, {"t6", "g4", "group4", "fax", "fax4", "ccittfax4"}},
-}};
+});
+static_assert(kCompressions.size() == RAXEL_COMPRESSIONS);
 
 constexpr std::array<const char *, RAXEL_HOST_CODES> kMessages{
     "done",

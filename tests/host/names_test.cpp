@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iterator>
 
 #include "raxel/host.h"
 
 TEST(HostNames, EveryModeIsFoundByItsNameAndHasItsEscapeValue) {
   const char *names[] = {"bilevel", "grey16", "grey256", "color8", "color16", "color256", "rgb"};
+  static_assert(std::size(names) == RAXEL_MODES);
   for (int mode = 0; mode < RAXEL_MODES; ++mode) {
     EXPECT_STREQ(raxelHostModeName(mode), names[mode]);
     EXPECT_EQ(raxelHostFindMode(names[mode]), mode);
@@ -17,6 +19,7 @@ TEST(HostNames, EveryModeIsFoundByItsNameAndHasItsEscapeValue) {
 
 TEST(HostNames, EveryCompressionIsFoundByItsNameAndHasItsEscapeValue) {
   const char *names[] = {"none", "packbits", "huffman", "lzw", "t4", "t6"};
+  static_assert(std::size(names) == RAXEL_COMPRESSIONS);
   for (int code = 0; code < RAXEL_COMPRESSIONS; ++code) {
     EXPECT_STREQ(raxelHostCompressionName(code), names[code]);
     EXPECT_EQ(raxelHostFindCompression(names[code]), code);
