@@ -133,7 +133,7 @@ def plot(measured, file):
         panel.set_ylabel("RMS error")
         panel.set_title(f"{colors} colours")
     figure.tight_layout()
-    figure.savefig(file, metadata={"Date": None})
+    figure.savefig(file, metadata=dict.fromkeys(("Creator", "Date", "Format", "Type")))
 
 
 def compare(methods, paths, folder, runs):
