@@ -54,11 +54,22 @@ case $road in
     quietly $cc -std=gnu99 "$here/consumer/loads.c" $(pkg-config --cflags raxel) \
       -DFILTER="\"$(pkg-config --variable=filter raxel)\"" -ldl -o loads
     loads ./loads
-    # The example as its comment says it is built, with its documents.
-    example=$(find "$work/place" -path '*/doc/raxel/examples/write.c')
-    quietly $cc -std=c99 "$example" $(pkg-config --cflags --libs raxelhost) -o write
+    # The examples, as far as they are installed here with the documents.
     printf 'P6 2 2 255\n123456789012' >in.ppm
-    quietly ./write in.ppm out.tif
+    filter=$(pkg-config --variable=filter raxel)
+    for example in $(find "$work/place" -path '*/doc/raxel/examples/*.c'); do
+      name=$(basename "$example" .c)
+      quietly $cc -std=c99 -D_POSIX_C_SOURCE=200809L "$example" $(pkg-config --cflags --libs raxelhost) -ldl -o "$name"
+      case $name in write) first=in.ppm ;; *) first=$filter ;; esac
+      quietly "./$name" "$first" "$name.tif"
+      built="${built-}$name "
+    done
+    for example in "$source"/examples/*.c; do
+      case " ${built-}" in
+        *" $(basename "$example" .c) "*) ;;
+        *) echo "not installed: $example"; exit 1 ;;
+      esac
+    done
     ;;
   subdirectory)
     configure -DROAD=subdirectory -DSOURCE="$source"
