@@ -1,9 +1,8 @@
-// The stages that every export goes through between its plan and its report:
-//
-//   room      memory for pixels and table, asked for before the filter could end the process
-//   (fill)    the caller's: prepared pixels, or the picture as it is, or nothing where rows are made on the
-//   way write     through the filter into the output, and a look at whether all of it arrived (check)   the
-//   caller's commit    the output's: the file takes the old one's place
+// The stages that every export goes through between its plan and its report. First comes the room: memory
+// for pixels and table is asked for before the filter could end the process. Then the caller fills it, with
+// prepared pixels or with the picture as it is; where rows are made on the way there is nothing to fill.
+// Then the picture is written through the filter into the output, with a look at whether all of it arrived.
+// Last the caller checks the file, and the output commits it: it takes the old one's place.
 #pragma once
 
 #include "export/output.h"

@@ -220,7 +220,7 @@ TEST(CodingThreads, AreBoundByChunksCoresAndTheHost) {
   EXPECT_EQ(tiff::chooseThreads(least + 1, 4, least, 0, 8), 1u);
 }
 
-TEST(CodingThreads, OfTexts) {
+TEST(CodingThreads, OneToSevenAreWhatTheTextSaysAndEightAllElse) {
   for (const auto &[text, threads] :
        std::initializer_list<std::pair<const char *, uint32_t>>{{"1", 1},
                                                                 {"2", 2},
