@@ -70,8 +70,10 @@ case $check in
     ;;
   behaviour)
     # Each oddity of docs/behaviour.md has a name, and names what carries it and what holds it: both have to exist.
-    ! grep -n '^- ' docs/behaviour.md | grep -v ':- \*\*' | sed 's/^/docs\/behaviour.md: an entry without a name: /' |
-      grep .
+    if grep -n '^- ' docs/behaviour.md | grep -v ':- \*\*'; then
+      echo "docs/behaviour.md: an entry lacks its name"
+      exit 1
+    fi
     work=$(mktemp -d)
     trap 'rm -rf "$work"' EXIT
     sources include src | xargs cat | tr -cs 'A-Za-z0-9_' '\n' | sort -u >"$work/words"
