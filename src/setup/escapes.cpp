@@ -73,7 +73,7 @@ int32_t setColorMode(const Call &call) {
 }
 
 int32_t setBitmapMode(const Call &call) {
-  return setOption(call, call.record.nBitmapMode, kBitmapModes, Key::BitmapMode);
+  return setOption(call, call.record.nBitmapMode, kModeCodes, Key::BitmapMode);
 }
 
 int32_t setCompression(const Call &call) {

@@ -56,7 +56,7 @@ inline constexpr int32_t kStoredSizes[] = {
 };
 
 inline constexpr OptionCodes kColorModes = {RAXEL_ASK_COLORS, kStoredColors};
-inline constexpr OptionCodes kBitmapModes = {RAXEL_ASK_MODE_BILEVEL, kStoredModes};
+inline constexpr OptionCodes kModeCodes = {RAXEL_ASK_MODE_BILEVEL, kStoredModes};
 inline constexpr OptionCodes kCompressions = {RAXEL_ASK_COMPRESS_NONE, kStoredCompressions};
 inline constexpr OptionCodes kResolutionModes = {RAXEL_ASK_RESOLUTION_DISPLAY, kStoredResolutions};
 inline constexpr OptionCodes kSizeModes = {RAXEL_ASK_SIZE_DISPLAY, kStoredSizes};
