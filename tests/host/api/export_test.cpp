@@ -80,6 +80,7 @@ TEST(HostExport, SaysWhetherRowsAreDifferences) {
   slope.job.request.compression = RAXEL_COMPRESS_PACKBITS;
   run(RAXEL_PREDICTOR_AUTO);
   EXPECT_EQ(slope.result.predictor, RAXEL_PREDICTOR_NONE);
+  raxelHostFree(slope.result.memory);  // a refusal forgets it
   slope.job.predictor = RAXEL_PREDICTOR_HORIZONTAL;
   EXPECT_EQ(slope.run(), RAXEL_HOST_PREDICTOR_NEEDS_LZW);
   slope.job.predictor = RAXEL_PREDICTORS;
