@@ -183,7 +183,7 @@ RAXEL_EXPORT void rlALPHAtoRGB(Handle bits, uint32_t width, uint32_t height);
 //   0        nothing
 //   below 3  summaries, and "." for each row
 //   3        summaries
-//   above 3  summaries, and the place of every pixel that is set, which takes the slow road
+//   above 3  summaries, and at every depth the place of each pixel set, which takes the slow road
 RAXEL_EXPORT extern uint16_t _debug_color_res;
 
 RAXEL_END

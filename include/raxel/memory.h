@@ -36,9 +36,10 @@ RAXEL_EXPORT int32_t GlobalUnlock(Handle handle);
 // Frees a block and returns 0. Of a pointer handle only the handle goes, never the caller's memory.
 RAXEL_EXPORT int32_t GlobalFree(Handle handle);
 
-// A block of `size` bytes with the data of the old one as far as they fit, and zero bytes behind
-// them. The old handle is dead afterwards, and pointers into it are; the new one may be the same
-// number. A null handle makes it GlobalAlloc. The memory behind a pointer handle stays the caller's.
+// A block of `size` bytes (2 GiB and more are sizes too) with the data of the old one as far as they
+// fit, and zero bytes behind them. The old handle is dead afterwards, and pointers into it are; the
+// new one may be the same number. A null handle makes it GlobalAlloc. The memory behind a pointer
+// handle stays the caller's.
 RAXEL_EXPORT Handle GlobalReAlloc(Handle handle, uint32_t size, uint32_t flags);
 
 // The handle of data that GlobalLock returned; 0 for null. For any other pointer, also for a block

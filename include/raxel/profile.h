@@ -4,9 +4,9 @@
 //   [TIF Export]            ; a section's name, in brackets by convention
 //   Color Mode=104          ; the key ends directly before the "="
 //
-// Lines end in LF, CR LF or CR; longer ones are read in pieces of 256 bytes. A semicolon starts a
-// comment anywhere. Names of sections and keys compare without regard to the case of ASCII letters.
-// All texts are the caller's and end at a zero byte.
+// Lines end in LF, CR LF or CR, and the last one may end without; longer ones are read in pieces of
+// 256 bytes. A semicolon starts a comment anywhere. Names of sections and keys compare without regard
+// to the case of ASCII letters. All texts are the caller's and end at a zero byte.
 //
 // A profile is looked for under its name as given, and then in the folder that the environment
 // variable INIDIR names. No call reports an error: a profile that cannot be read holds the defaults,

@@ -175,10 +175,10 @@ RAXEL_EXPORT void tifFlipMonochromeBits(uint8_t *bits, uint32_t stride, uint32_t
 //              of packed rows for LZW and T.6
 //   width      pixels of a row; used by the fax codes
 //   rows       used by T.6
-// Returns RAXEL_OK; RAXEL_NO_MEMORY without a state or data, when there is no memory, or data for fewer
-// pixels than asked for; RAXEL_CANNOT_WRITE when the write failed or nCompression is no
-// RaxelTiffCompression to code. "Failed" means less than everything for PackBits and T.6, and nothing at
-// all for the others.
+// Returns RAXEL_OK; RAXEL_NO_MEMORY without a state or data, when there is no memory (for LZW's tables
+// the process ends), or data for fewer pixels than asked for; RAXEL_CANNOT_WRITE when the write failed
+// or nCompression is no RaxelTiffCompression to code. "Failed" means less than everything for PackBits
+// and T.6, and nothing at all for the others.
 RAXEL_EXPORT int32_t CompressAndWrite(TiffWriterState *state, const uint8_t *data, uint32_t byteCount,
                                       uint32_t width, uint32_t rows);
 

@@ -31,7 +31,8 @@ RAXEL_EXPORT int32_t kvlWriteDouble(Handle stream, const void *data, int32_t cou
 // Move `count` native records, member by member, as a format describes them:
 //
 //   C S L F D   a member of 1, 2, 4, 4, 8 bytes, aligned to its size; digits before it repeat it
-//   { ... }     a nested record: starts at the largest alignment inside
+//   { ... }     a nested record: starts at the largest alignment inside; too deep, it
+//               is an unknown character
 //   ( | | )     a union: as many raw bytes as its largest alternative has, in no byte order
 //   [ ... ]     members that are stepped over
 //   P           nothing, and so does a closing character
