@@ -11,7 +11,6 @@ import json
 import os
 import random
 import re
-import shutil
 import struct
 import subprocess
 import sys
@@ -29,32 +28,12 @@ TIFFCHECK = "/usr/lib/hylafax/bin/tiffcheck"
 FAX = ("huffman", "t4", "t6")
 
 
-class Documents:
+class Documents(shared.Checks):
     def __init__(self, program, samples, folder):
-        self.program, self.samples, self.folder = program, samples, folder
-        self.faults, self.checks, self.skipped = [], 0, []
+        super().__init__(folder)
+        self.program, self.samples = program, samples
 
     # --- what the tests are made of
-
-    def path(self, name):
-        return os.path.join(self.folder, name)
-
-    def same(self, what, seen, wanted):
-        self.checks += 1
-        if seen != wanted:
-            self.faults.append(f"{what}: {str(seen)[:400]} instead of {str(wanted)[:400]}")
-
-    def true(self, what, holds):
-        self.checks += 1
-        if not holds:
-            self.faults.append(what)
-
-    def has(self, program):
-        if shutil.which(program):
-            return True
-        if program not in self.skipped:
-            self.skipped.append(program)
-        return False
 
     def export(self, *arguments, code=0):
         """Runs the command; returns what it says on standard error."""
@@ -506,10 +485,7 @@ class Documents:
         self.inspection_goes_through_all_pages()
         self.gifs_go_in_page_by_page()
         self.ten_thousand_pages_take_linear_time()
-        for program in self.skipped:
-            print(f"skipped: {program} is not installed")
-        return shared.tell(self.faults, f"{self.checks} checks, {len(self.faults)} failed, "
-                                        f"{len(self.skipped)} programs skipped")
+        return self.told()
 
 
 if __name__ == "__main__":

@@ -10,7 +10,6 @@ zint and zbarimg (zbar-tools) for barcodes; HylaFAX's tiffcheck (hylafax-server)
 import json
 import os
 import random
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -26,36 +25,16 @@ except ImportError:
 FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 
 
-class Paper:
+class Paper(shared.Checks):
     def __init__(self, program, samples, folder):
         self.fax_loop = os.path.join(os.path.dirname(program), "fax_loop")
-        self.program, self.samples, self.folder = program, samples, folder
-        self.faults, self.checks, self.skipped = [], 0, []
+        super().__init__(folder)
+        self.program, self.samples = program, samples
 
     # --- what the tests are made of
 
-    def path(self, name):
-        return os.path.join(self.folder, name)
-
     def sample(self, name):
         return os.path.join(self.samples, name)
-
-    def same(self, what, seen, wanted):
-        self.checks += 1
-        if seen != wanted:
-            self.faults.append(f"{what}: {str(seen)[:400]} instead of {str(wanted)[:400]}")
-
-    def true(self, what, holds):
-        self.checks += 1
-        if not holds:
-            self.faults.append(what)
-
-    def has(self, program):
-        if shutil.which(program):
-            return True
-        if program not in self.skipped:
-            self.skipped.append(program)
-        return False
 
     def export(self, *arguments, code=0):
         """Runs the command; returns what it reports on the first input."""
@@ -247,10 +226,7 @@ class Paper:
         self.pages_are_cut_and_photos_are_dots()
         self.levels_are_taken()
         self.barcodes_keep_their_bars()
-        for program in self.skipped:
-            print(f"skipped: {program} is not installed")
-        return shared.tell(self.faults, f"{self.checks} checks, {len(self.faults)} failed, "
-                                        f"{len(self.skipped)} programs skipped")
+        return self.told()
 
 
 if __name__ == "__main__":

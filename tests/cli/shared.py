@@ -2,6 +2,7 @@
 
 import argparse
 import os
+import shutil
 
 
 def places():
@@ -26,3 +27,38 @@ def tell(faults, summary):
         print(f"FAILED {fault}")
     print(summary)
     return 1 if faults else 0
+
+
+class Checks:
+    """Checks with the programs that the files are for, and which of those are not here."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        self.faults, self.checks, self.skipped = [], 0, []
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def same(self, what, seen, wanted):
+        self.checks += 1
+        if seen != wanted:
+            self.faults.append(f"{what}: {str(seen)[:400]} instead of {str(wanted)[:400]}")
+
+    def true(self, what, holds):
+        self.checks += 1
+        if not holds:
+            self.faults.append(what)
+
+    def has(self, program):
+        """Whether a program is installed; one that is not is counted as skipped."""
+        if shutil.which(program):
+            return True
+        if program not in self.skipped:
+            self.skipped.append(program)
+        return False
+
+    def told(self):
+        """Prints what was found. Returns the exit code."""
+        for program in self.skipped:
+            print(f"skipped: {program} is not installed")
+        return tell(self.faults, f"{self.checks} checks, {len(self.faults)} failed, {len(self.skipped)} programs skipped")
