@@ -223,10 +223,12 @@ std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file) {
   const bool big = bytes.number(2, 2) == 43;
   const uint32_t countSize = big ? 8 : 2, entrySize = big ? 20 : 12, placeSize = big ? 8 : 4;
   std::unordered_set<uint64_t> seen;
-  for (uint64_t at = bytes.number(placeSize, placeSize); at >= 8 && bytes.has(at, countSize);) {
-    const uint64_t count = bytes.number(at, countSize);
+  for (uint64_t at = bytes.number(placeSize, placeSize); at != 0;) {
+    const bool inside = at >= 8 && bytes.has(at, countSize);
+    const uint64_t count = inside ? bytes.number(at, countSize) : 0;
     if (count > UINT16_MAX || !seen.insert(at).second) break;
     places.push_back(at);
+    if (!inside) break;
     at = bytes.number(at + countSize + entrySize * count, placeSize);
   }
   return places;

@@ -34,7 +34,7 @@ struct Directory {
 Directory readDirectory(std::span<const uint8_t> file, uint32_t at = 0);
 
 // The places of all directories of a TIFF or BigTIFF, in their order. The chain ends where it leaves the
-// file or comes back to a place.
+// file, with the place outside, which no directory can be read at; or where it comes back to a place.
 std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file);
 
 // Names for texts; "tag 65000" and "type 13" for unknown ones.

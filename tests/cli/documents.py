@@ -361,6 +361,17 @@ class Documents(shared.Checks):
             self.true("the old file stays", file.read() == before)
         self.same("nothing stays beside it", [name for name in os.listdir(self.folder) if name.startswith(".")], [])
         self.export("--page", "4", out, again, code=66)
+        # Nor does a file that ends before its last directory lose a page in silence.
+        last = struct.unpack_from("<I", before, 4)[0]
+        for _ in range(2):
+            last, = struct.unpack_from("<I", before, last + 2 + 12 * struct.unpack_from("<H", before, last)[0])
+        for rest in (0, 1, 2, 100):
+            with open(broken, "wb") as file:
+                file.write(before[:last + rest])
+            self.export("-q", "--pages", broken, "-o", out, code=66)
+            self.export("--inspect", broken, code=66)
+        with open(out, "rb") as file:
+            self.true("the old file stays", file.read() == before)
         self.export("--page", "1-2", out, again, code=64)
         self.export(inputs[0], inputs[1], "-o", again, code=64)
 
