@@ -8,12 +8,15 @@
 namespace host {
 namespace {
 
-// Of an ICC profile (ICC.1, section 7.2): its header, and in it the colour space and the signature.
+// Of an ICC profile (ICC.1, section 7.2): its header, which begins with the size of the whole, and in it
+// the colour space and the signature.
 constexpr size_t kHeader = 128, kSpaceAt = 16, kSignatureAt = 36;
 constexpr uint64_t kLargest = uint64_t{16} << 20;
 
 bool isProfile(const std::vector<uint8_t> &icc) {
-  return icc.size() >= kHeader && std::memcmp(icc.data() + kSignatureAt, "acsp", 4) == 0;
+  if (icc.size() < kHeader || std::memcmp(icc.data() + kSignatureAt, "acsp", 4) != 0) return false;
+  const uint32_t size = uint32_t{icc[0]} << 24 | uint32_t{icc[1]} << 16 | uint32_t{icc[2]} << 8 | icc[3];
+  return size >= kHeader && size <= icc.size();
 }
 
 // The colour space that a profile is for, as its four letters without spaces.

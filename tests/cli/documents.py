@@ -230,7 +230,7 @@ class Documents(shared.Checks):
             front = struct.pack(">I4sI4s4s4s", size, b"test", 0x04000000, b"mntr", space, b"XYZ ") + bytes(12) + b"acsp"
             return (front + bytes(88) + bytes(numbers.randrange(256) for _ in range(size)))[:size]
 
-        icc, grey = profile_of(b"RGB ", 150001), profile_of(b"GRAY", 300)
+        icc, grey, small = profile_of(b"RGB ", 150001), profile_of(b"GRAY", 300), profile_of(b"RGB ", 128)
         photo = Image.open(os.path.join(self.samples, "photo.png")).convert("RGB").resize((64, 48))
         out = self.path("described.tif")
 
@@ -256,17 +256,21 @@ class Documents(shared.Checks):
             self.true("tiffinfo shows it", (code, errors) == (0, "") and "ICC Profile: <present>, 150001 bytes" in told)
         source = self.path("in.png")
         # Others that fit, and those that do not.
-        for name, profile in (("grey.icc", grey), ("rgb.icc", icc[:128])):
+        for name, profile in (("grey.icc", grey), ("rgb.icc", small), ("cut.icc", icc[:-1])):
             with open(self.path(name), "wb") as file:
                 file.write(profile)
         self.export("--icc", "drop", source, out)
         self.same("--icc drop", seen(), (None, nothing))
         self.export("--icc", self.path("rgb.icc"), source, out)
-        self.same("--icc FILE", seen(), (icc[:128], nothing))
+        self.same("--icc FILE", seen(), (small, nothing))
         self.export("--icc", self.path("grey.icc"), "-m", "grey256", source, out)
         self.same("--icc of greys", seen(), (grey, nothing))
         self.export("--icc", self.path("grey.icc"), source, out, code=64)
         self.export("--icc", source, source, out, code=66)
+        self.export("--icc", self.path("cut.icc"), source, out, code=66)
+        photo.save(self.path("cut.png"), icc_profile=icc[:-1])
+        said = self.export(self.path("cut.png"), out)
+        self.true(f"a note of a profile cut short: {said}", "the ICC profile (it is damaged)" in said)
         self.export("--icc", self.path("nowhere.icc"), source, out, code=66)
         for mode, why in (("grey256", "it is for RGB, and the mode is grey256"), ("color256", "it is for RGB, and the mode is color256")):
             said = self.export("-m", mode, source, out)
