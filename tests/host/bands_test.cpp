@@ -6,27 +6,11 @@
 #include <optional>
 
 #include "export/pace.h"
-#include "host/pictures.h"
+#include "host/linked_filter.h"
 
 namespace {
 
 using host_test::TestPicture;
-
-// The filter, linked into the tests.
-host::Library linkedFilter() {
-  host::Library library;
-  library.createSetup = CreateSetup;
-  library.destroySetup = DestroySetup;
-  library.escapeSetup = xEscapeSetup;
-  library.exportCellData = ExportCellData;
-  library.outputPicture = OutputPicture;
-  library.settings = &lpRaster;
-  library.openStream = kvlOpen;
-  library.writeStream = kvlWrite;
-  library.closeStream = kvlClose;
-  library.services = host_test::services();
-  return library;
-}
 
 struct Sent {
   std::vector<uint8_t> file;
@@ -37,7 +21,7 @@ struct Sent {
 
 // The file of a picture as the filter leaves it, from a block of the whole picture or in bands.
 Sent send(const RaxelPicture &picture, const RaxelRequest &request, bool inBands) {
-  static const host::Library library = linkedFilter();
+  static const host::Library library = host_test::linkedFilter();
   RaxelPlan plan;
   EXPECT_EQ(raxelHostPlan(&picture, &request, &plan), RAXEL_HOST_OK);
   Sent sent;

@@ -3,22 +3,12 @@
 #include <cstdlib>
 
 #include "filter/given.h"
-#include "host/pictures.h"
-#include "raxel/filter.h"
+#include "host/linked_filter.h"
 #include "support/temp_dir.h"
 
 namespace {
 
 using host_test::Color;
-
-host::Library library() {
-  host::Library made;
-  made.createSetup = CreateSetup;
-  made.destroySetup = DestroySetup;
-  made.escapeSetup = xEscapeSetup;
-  made.services = host_test::services();
-  return made;
-}
 
 // A picture of these bits and colours, 300 by 200 pixels.
 struct Read {
@@ -33,7 +23,7 @@ struct Read {
 
 RaxelRequest requestOf(const host::Options &options, const Read &read,
                        std::vector<std::string> *notes = nullptr) {
-  const host::Library filter = library();
+  const host::Library filter = host_test::linkedFilter();
   const host::Given given(filter, options);
   std::vector<std::string> ignored;
   return host::requestFor(options, given.setup, read.picture, notes ? *notes : ignored);
