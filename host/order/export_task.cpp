@@ -39,11 +39,12 @@ void describe(const Picture &picture, Report &report) {
 // A picture that is too large only because the options ask for another size is their fault.
 Exit exitFor(int reason, const RaxelHostJob &job) {
   RaxelRequest request = job.request;
-  const bool scaled = request.inchesX > 0 || request.inchesY > 0;
+  const bool sized = request.inchesX > 0 || request.inchesY > 0 || request.pageWidth > 0;
   request.inchesX = request.inchesY = 0;
+  request.pageWidth = request.pageHeight = 0;
   RaxelPlan unscaled;
   const Exit exit = exitOf(reason);
-  if (exit == kNoInput && scaled && raxelHostPlan(&job.picture, &request, &unscaled) == RAXEL_HOST_OK)
+  if (exit == kNoInput && sized && raxelHostPlan(&job.picture, &request, &unscaled) == RAXEL_HOST_OK)
     return kUsage;
   return exit;
 }

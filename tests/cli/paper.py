@@ -88,6 +88,8 @@ class Paper(shared.Checks):
             # An odd height has its last row twice.
             self.same(f"{given}", (told["file"]["width"], told["file"]["height"]), (wanted[0], (wanted[1] + 1) & ~1))
         self.export("--fit", "pad", photo, out, code=64)
+        for fit in ("exact", "pad"):  # too large by what was asked for, not by the picture
+            self.export("--size", "65536x2px", "--fit", fit, photo, out, code=64)
         self.export("--as-is", "--paper", "a4", photo, out, code=64)
 
     def pages_are_white_around_the_picture(self):
