@@ -20,7 +20,8 @@
 #include "command/tasks.h"
 #include "command/tell.h"
 #include "filter/open.h"
-#include "order/export_task.h"
+#include "order/manifest.h"
+#include "order/manifest_lines.h"
 #include "output/hold.h"
 #include "output/originals.h"
 #include "output/strays.h"
@@ -86,7 +87,7 @@ Report exportOne(const Library &library, const Options &options, const Originals
   try {
     if (task.failure) throw *task.failure;
     originals.protectFrom(task.output);
-    exportTask(library, options, task, callerOf(options, line), report);
+    exportRecorded(library, options, task, callerOf(options, line), report);
   } catch (const Failure &failure) {
     report.exit = failure.code();
     report.error = failure.what();
@@ -152,6 +153,7 @@ class Pool {
     int ends[2];
     if (pipe(ends) != 0)
       throw Failure(kLibrary, std::string("cannot start a process: ") + std::strerror(errno));
+    if (options_.resume) readManifest(options_.manifest);
     std::fflush(nullptr);
     const pid_t parent = getpid();
     pid_t pid = 0;
@@ -249,6 +251,7 @@ int exportAll(const Options &options) {
     if (!options.directory.empty()) makeFolder(options.directory);
     sweepFolders(options.outputs);
   }
+  openManifest(options);
   Outcome outcome(tasks.size());
   const bool sideBySide = options.jobs > 1 && tasks.size() > 1;
   shareCores(options.threads,

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "order/option_table.h"
+#include "order/shard.h"
 
 namespace host {
 namespace {
@@ -21,6 +22,19 @@ std::string nameIn(const std::string &directory, const std::string &input) {
   return directory + (directory.back() == '/' ? "" : "/") + name + ".tif";
 }
 
+// Leaves out the inputs of other shares, and their outputs.
+void keepShard(Options &o) {
+  size_t kept = 0;
+  for (size_t i = 0; i < o.inputs.size(); ++i) {
+    if (!isInShard(o.inputs[i], *o.shard)) continue;
+    std::swap(o.inputs[kept], o.inputs[i]);
+    std::swap(o.outputs[kept], o.outputs[i]);
+    ++kept;
+  }
+  o.inputs.resize(kept);
+  o.outputs.resize(kept);
+}
+
 void pairFiles(Options &o, std::vector<std::string> files) {
   if (!o.output.empty() && !o.directory.empty()) fail("-o and -d exclude each other");
   if (!o.directory.empty()) {
@@ -33,8 +47,10 @@ void pairFiles(Options &o, std::vector<std::string> files) {
         fail("two inputs would be written to " + o.outputs.back());
     }
     o.inputs = std::move(files);
+    if (o.shard) keepShard(o);
     return;
   }
+  if (o.shard) fail("--shard shares out the inputs of -d DIR");
   if (o.output.empty() && files.size() >= 2) {
     o.output = files.back();
     files.pop_back();

@@ -78,7 +78,7 @@ void tell(const Report &report, const Options &options) {
   if (report.dryRun && !options.json && !report.isPaged) {
     std::printf("%s: %s\n", printable(report.input).c_str(), outlook(report).c_str());
   }
-  if (options.verbose && !report.dryRun) {
+  if (options.verbose && !report.dryRun && !report.isDone) {
     char times[120];
     std::snprintf(times, sizeof times, "%llu bytes%s; read %.3f s, prepared %.3f s, written %.3f s",
                   static_cast<unsigned long long>(report.bytes), report.verified ? ", verified" : "",

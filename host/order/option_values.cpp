@@ -6,9 +6,12 @@
 #include <map>
 #include <sstream>
 
+#include "order/color_names.h"
+#include "order/manifest.h"
 #include "order/option_table.h"
 #include "order/options.h"
 #include "order/presets.h"
+#include "order/shard.h"
 
 namespace host {
 namespace {
@@ -85,26 +88,6 @@ SizeBox parseSize(const std::string &written) {
   }
   return {*across / units.at(unit), *down / units.at(unit), unit == "px"};
 }
-
-// The sixteen colours that have names in HTML.
-constexpr auto kColorNames = std::to_array<std::pair<std::string_view, uint32_t>>({
-    {"black", 0x000000},
-    {"silver", 0xC0C0C0},
-    {"gray", 0x808080},
-    {"white", 0xFFFFFF},
-    {"maroon", 0x800000},
-    {"red", 0xFF0000},
-    {"purple", 0x800080},
-    {"fuchsia", 0xFF00FF},
-    {"green", 0x008000},
-    {"lime", 0x00FF00},
-    {"olive", 0x808000},
-    {"yellow", 0xFFFF00},
-    {"navy", 0x000080},
-    {"blue", 0x0000FF},
-    {"teal", 0x008080},
-    {"aqua", 0x00FFFF},
-});
 
 // "#1af" is short for "#11aaff".
 std::optional<uint32_t> parseHexColor(const std::string &value) {
@@ -205,6 +188,7 @@ bool filterTakes(double dpi) {
 }  // namespace
 
 void setOption(const OptionRow &row, const std::string &value, Options &o) {
+  if (decidesOnBytes(row)) o.written.push_back({std::string(row.longName), !row.argument.empty(), value});
   checkName(row, value);
   o.given.insert(row.id);
   switch (row.id) {
@@ -243,6 +227,15 @@ void setOption(const OptionRow &row, const std::string &value, Options &o) {
       return;
     case OptionId::kPreset:
       o.preset = findPreset(value).name;
+      return;
+    case OptionId::kManifest:
+      o.manifest = value;
+      return;
+    case OptionId::kResume:
+      o.resume = true;
+      return;
+    case OptionId::kShard:
+      o.shard = parseShard(value);
       return;
     case OptionId::kMode:
       o.autoMode = lower(value) == "auto";
@@ -358,6 +351,7 @@ void setOption(const OptionRow &row, const std::string &value, Options &o) {
 void checkOptions(const Options &o) {
   if (o.save && o.profile.empty()) fail("--save needs --profile");
   if (!o.section.empty() && o.profile.empty()) fail("--section needs --profile");
+  if (o.resume && o.manifest.empty()) fail("--resume needs --manifest");
   if (o.quiet && o.verbose) fail("--quiet and --verbose exclude each other");
   if (o.rules.force && o.rules.noClobber) fail("--force and --no-clobber exclude each other");
   if (o.asIs && (o.size || o.verify)) fail("--as-is leaves all to the filter: no --size and no --verify");

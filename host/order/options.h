@@ -10,6 +10,7 @@
 
 #include "failure.h"
 #include "order/option_table.h"
+#include "order/shard.h"
 #include "output/target.h"
 #include "pictures/page_range.h"
 #include "raxel/host.h"
@@ -37,6 +38,13 @@ struct SetEscape {
   std::string value;
 };
 
+// An option as it was written.
+struct GivenOption {
+  std::string name;
+  bool hasValue;
+  std::string value;
+};
+
 struct Options {
   Command command = Command::kExport;
   std::string preset;        // its name
@@ -50,6 +58,10 @@ struct Options {
   bool pages = false;                 // all pages go into one file
   std::vector<PageRange> pageRanges;  // the chosen ones; none for all, or without `pages` the first
   TargetRules rules;
+  std::string manifest;  // empty for none
+  bool resume = false;
+  std::optional<Shard> shard;
+  std::vector<GivenOption> written;  // those that decide on the bytes of a file
 
   // Empty where the command line says nothing: the profile or the picture decides then.
   std::optional<int> mode;  // RaxelMode

@@ -8,7 +8,7 @@
 
 #include "check/inspect.h"
 #include "filter/open.h"
-#include "order/export_task.h"
+#include "order/manifest.h"
 #include "order/option_list.h"
 #include "order/option_table.h"
 #include "output/originals.h"
@@ -40,6 +40,7 @@ bool isCommandsOwn(OptionId id) {
     case OptionId::kDirectory:
     case OptionId::kJobs:
     case OptionId::kThreads:
+    case OptionId::kShard:
     case OptionId::kInspect:
     case OptionId::kList:
     case OptionId::kJson:
@@ -103,7 +104,7 @@ void perform(RaxelHostOrder &order, const RaxelHostCalls &calls) {
   Report report;
   report.input = order.task.inputs.front().name;
   try {
-    exportTask(openFilter(options), options, order.task, caller, report);
+    exportRecorded(openFilter(options), options, order.task, caller, report);
   } catch (const Failure &failure) {
     report.exit = failure.code();
     report.error = failure.what();

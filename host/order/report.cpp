@@ -56,6 +56,7 @@ std::string toJson(const Report &report) {
     if (report.bytes != 0) json["bytes"] = report.bytes;
   }
   if (report.exit == kDone) {
+    if (report.isDone) json["skipped"] = true;
     json["dryRun"] = report.dryRun;
     json["verified"] = report.verified;
     json["notes"] = report.notes;

@@ -29,6 +29,7 @@ struct Report {
   uint64_t bytes = 0;  // written, or with --as-is and --dry-run to be written
   bool dryRun = false;
   bool verified = false;
+  bool isDone = false;       // and was before, so that nothing was written
   bool differences = false;  // the rows are coded as differences
 
   bool isPaged = false;            // a file of pages, which have told of themselves

@@ -18,6 +18,7 @@ from . import _library
 from ._colors import dither, quantize
 from ._error import Error, Stopped, failure
 from ._export import Entry, Inspection, plan, save, tobytes
+from ._file import MANIFEST, export_file
 from ._inspect import inspect
 from ._options import NOT_IN_PYTHON, Option, options
 from ._report import Report
@@ -40,6 +41,7 @@ def open(path: Union[None, str, "_os.PathLike[str]"] = None) -> str:
 
 
 __all__ = [
+    "MANIFEST",
     "NOT_IN_PYTHON",
     "Entry",
     "Error",
@@ -48,6 +50,7 @@ __all__ = [
     "Report",
     "Stopped",
     "dither",
+    "export_file",
     "inspect",
     "open",
     "options",

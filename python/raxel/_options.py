@@ -36,8 +36,6 @@ NOT_IN_PYTHON: Mapping[str, str] = {
     "quiet": "nothing is printed",
     "verbose": "the report that save() returns tells all",
     "version": "raxel.__version__",
-    "manifest": "export_file(manifest=...)",
-    "resume": "export_file(skip_done=True)",
     "shard": "the engine that spreads the work shares it out",
 }
 

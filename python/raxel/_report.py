@@ -67,4 +67,5 @@ def _of(json_report: dict[str, Any]) -> Report:
         verified=json_report.get("verified", False),
         seconds=dict(json_report.get("seconds", {})),
         pages=pages,
+        skipped=json_report.get("skipped", False),
     )

@@ -23,7 +23,8 @@ LICENCES = {
     "libgcc_s": "GCC runtime exception",
     "libstdc++": "GCC runtime exception",
     "libgomp": "GCC runtime exception",
-    # Loaded when a picture of theirs comes.
+    # Loaded when a picture of theirs comes, or a manifest is asked for.
+    "libcrypto": "Apache-2.0",
     "libdeflate": "MIT",
     "libjpeg": "IJG, BSD-3-Clause, zlib",
     "liblept": "BSD-2-Clause",

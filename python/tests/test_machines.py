@@ -1,0 +1,258 @@
+"""Many pictures on many processes: manifests, shares, and the recipes of docs/machines.md."""
+
+from __future__ import annotations
+
+import hashlib
+import json
+import os
+import pickle
+import signal
+import stat
+import subprocess
+import sys
+import time
+from concurrent.futures import ProcessPoolExecutor
+from functools import partial
+from pathlib import Path
+from typing import Any
+
+import numpy as np
+import pytest
+from conftest import Array
+from PIL import Image, ImageCms
+
+import raxel
+import raxel.dask
+
+EXPORT = str(Path(os.environ["RAXEL_BUILD"]) / "raxel-export")
+
+
+@pytest.fixture
+def folder(tmp_path: Path, photo: Array) -> Path:
+    """Sixteen pictures that differ."""
+    scans = tmp_path / "scans"
+    scans.mkdir()
+    for n in range(16):
+        Image.fromarray(np.roll(photo, n, axis=1)).save(scans / f"scan-{n:02}.png")
+    return scans
+
+
+def alone(folder: Path, *options: str) -> dict[str, bytes]:
+    """What one process makes of it."""
+    target = folder.parent / "alone"
+    subprocess.run([EXPORT, *options, "-d", target, *sorted(folder.iterdir())], check=True)
+    return {path.name: path.read_bytes() for path in target.iterdir()}
+
+
+def tiffs(target: Path) -> dict[str, bytes]:
+    return {path.name: path.read_bytes() for path in target.glob("*.tif")}
+
+
+def lines(manifest: Path) -> list[dict[str, Any]]:
+    return [json.loads(line) for line in manifest.read_text().splitlines()]
+
+
+def test_a_line_for_each_picture(tmp_path: Path, png: Path) -> None:
+    manifest = tmp_path / "m.jsonl"
+    subprocess.run([EXPORT, "-c", "lzw", "--dpi", "200", "--manifest", manifest, png, tmp_path / "a.tif"], check=True)
+    raxel.export_file(png, tmp_path / "b.tif", manifest=manifest, compress="lzw", dpi=200)
+    first, second = lines(manifest)
+    assert first["source"] == str(png) and first["target"] == str(tmp_path / "a.tif")
+    assert first["sha256"] == hashlib.sha256((tmp_path / "a.tif").read_bytes()).hexdigest()
+    assert first["bytes"] == (tmp_path / "a.tif").stat().st_size
+    assert first["options"] == {"compress": "lzw", "dpi": "200"}
+    assert first["sourceSha256"] == hashlib.sha256(png.read_bytes()).hexdigest()
+    assert first["sourceTime"] == png.stat().st_mtime_ns and first["sourceBytes"] == png.stat().st_size
+    assert first["seconds"] >= 0
+    assert {**second, "target": "", "seconds": 0} == {**first, "target": "", "seconds": 0}
+    assert (tmp_path / "a.tif").read_bytes() == (tmp_path / "b.tif").read_bytes()
+
+
+def test_done_is_what_agrees_in_everything(tmp_path: Path, png: Path) -> None:
+    target = tmp_path / "a.tif"
+    export = partial(raxel.export_file, png, target, skip_done=True)
+    assert not export(compress="lzw").skipped
+    assert export(compress="lzw").skipped
+    assert not export(compress="packbits").skipped  # other options
+    assert export(compress="packbits").skipped
+    os.utime(png, ns=(1, 1))  # another time
+    assert not export(compress="packbits").skipped
+    assert export(compress="packbits").skipped
+    data = bytearray(png.read_bytes())
+    data[-1] ^= 1  # another source of the same size and time
+    png.write_bytes(data)
+    os.utime(png, ns=(1, 1))
+    assert not export(compress="packbits").skipped
+    changed = bytearray(target.read_bytes())
+    changed[-1] ^= 1  # another target
+    target.write_bytes(changed)
+    assert not export(compress="packbits").skipped
+    target.unlink()
+    assert not export(compress="packbits").skipped
+    assert export(compress="packbits").skipped
+    (tmp_path / raxel.MANIFEST).unlink()
+    assert not export(compress="packbits").skipped
+
+
+def test_a_cut_line_spoils_no_other(tmp_path: Path, png: Path) -> None:
+    manifest = tmp_path / raxel.MANIFEST
+    manifest.write_text('{"source":"a.png","tar')
+    raxel.export_file(png, tmp_path / "a.tif", skip_done=True)
+    assert raxel.export_file(png, tmp_path / "a.tif", skip_done=True).skipped
+    assert len(manifest.read_text().splitlines()) == 2
+
+
+def test_the_function_goes_to_other_processes(tmp_path: Path, folder: Path) -> None:
+    assert pickle.loads(pickle.dumps(raxel.export_file)) is raxel.export_file
+    sources = sorted(folder.iterdir())
+    targets = raxel.dask.targets_of(sources, tmp_path)
+    with ProcessPoolExecutor(2) as pool:
+        reports = list(pool.map(partial(raxel.export_file, compress="lzw"), sources, targets))
+    assert [report.target for report in reports] == targets
+    assert tiffs(tmp_path) == alone(folder, "-c", "lzw")
+
+
+def test_shares_are_all_there_is(folder: Path, tmp_path: Path) -> None:
+    made = []
+    for share in (1, 2, 3):
+        target = tmp_path / str(share)
+        subprocess.run([EXPORT, "--shard", f"{share}/3", "-d", target, *sorted(folder.iterdir())], check=True)
+        made.append(set(tiffs(target)))
+    assert all(made) and sum(len(names) for names in made) == 16
+    assert set().union(*made) == set(alone(folder))
+    for wrong in ("0/3", "4/3", "1", "1/0", "a/b", "1/2/3"):
+        done = subprocess.run([EXPORT, "--shard", wrong, "-d", tmp_path, *folder.iterdir()], capture_output=True)
+        assert done.returncode == 64
+    done = subprocess.run([EXPORT, "--resume", "-d", tmp_path, *folder.iterdir()], capture_output=True)
+    assert done.returncode == 64
+
+
+def test_a_share_may_be_empty(folder: Path, tmp_path: Path) -> None:
+    target = tmp_path / "made"
+    one = min(folder.iterdir())
+    for share in range(1, 5):
+        subprocess.run([EXPORT, "--shard", f"{share}/4", "-d", target, one], check=True)
+    assert [path.name for path in target.iterdir()] == [one.stem + ".tif"]
+
+
+def test_a_picture_is_no_manifest(tmp_path: Path, png: Path) -> None:
+    before = png.read_bytes()
+    done = subprocess.run([EXPORT, "--manifest", png, png, tmp_path / "a.tif"], capture_output=True, text=True)
+    assert (done.returncode, done.stderr) == (73, f"raxel-export: {png}: is there already, and no manifest\n")
+    with pytest.raises(raxel.Error):
+        raxel.export_file(png, tmp_path / "a.tif", manifest=png)
+    assert png.read_bytes() == before and not (tmp_path / "a.tif").exists()
+
+
+def test_options_that_name_files_are_their_bytes(tmp_path: Path, png: Path) -> None:
+    profile = tmp_path / "srgb.icc"
+    data = bytearray(ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes())
+    profile.write_bytes(data)
+    export = partial(raxel.export_file, png, tmp_path / "a.tif", skip_done=True, icc=str(profile))
+    assert not export().skipped
+    assert export().skipped
+    data[25] ^= 1  # the year in which it was made
+    profile.write_bytes(data)
+    assert not export().skipped
+    assert export().skipped
+
+
+def test_digests_cost_nothing_without_a_manifest(tmp_path: Path, png: Path) -> None:
+    def loaded(*options: str) -> str:
+        command = [EXPORT, *options, png, tmp_path / "a.tif"]
+        environment = {**os.environ, "LD_DEBUG": "files"}
+        return subprocess.run(command, check=True, env=environment, capture_output=True, text=True).stderr
+
+    assert "raxel.so" in loaded() and "libcrypto" not in loaded()
+    assert "libcrypto.so.3" in loaded("--manifest", str(tmp_path / "m.jsonl"))
+
+
+def test_resume_goes_on_after_a_kill(folder: Path, tmp_path: Path) -> None:
+    target = tmp_path / "made"
+    command = [EXPORT, "-j", "2", "--manifest", str(tmp_path / "m.jsonl"), "--resume", "--json", "-d", str(target)]
+    command += [str(path) for path in sorted(folder.iterdir())]
+    process = subprocess.Popen(command, stdout=subprocess.DEVNULL)
+    while not (tmp_path / "m.jsonl").exists() and process.poll() is None:
+        time.sleep(0.001)
+    process.kill()
+    process.wait()
+    time.sleep(0.1)  # its children end with it
+    before = len(lines(tmp_path / "m.jsonl"))
+    done = subprocess.run(command, check=True, capture_output=True, text=True)
+    skipped = [result.get("skipped", False) for result in json.loads(done.stdout)["results"]]
+    assert sum(skipped) == before
+    assert tiffs(target) == alone(folder)
+    assert len(lines(tmp_path / "m.jsonl")) == 16
+
+
+def test_gnu_parallel_over_two_hosts(folder: Path, tmp_path: Path) -> None:
+    """The two hosts are this machine: what GNU parallel calls ssh runs the command here."""
+    ssh = tmp_path / "ssh"
+    ssh.write_text('#!/bin/sh\necho "$1" >>"$0.hosts"\nshift\n[ "$1" = -- ] && shift\nexec sh -c "$*"\n')
+    ssh.chmod(ssh.stat().st_mode | stat.S_IXUSR)
+    target = tmp_path / "made"
+    recipe = (
+        f"parallel --ssh {ssh} -S 1/one,1/two {EXPORT} -c lzw --manifest {target}/m.jsonl --resume"
+        f" --shard {{}}/2 -d {target} {folder}/*.png ::: 1 2"
+    )
+    target.mkdir()
+    subprocess.run(["bash", "-c", recipe], check=True, stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    assert tiffs(target) == alone(folder, "-c", "lzw")
+    assert set((tmp_path / "ssh.hosts").read_text().split()) == {"one", "two"}
+    assert sorted(line["target"] for line in lines(target / "m.jsonl")) == sorted(map(str, target.glob("*.tif")))
+
+
+def wait_for(path: Path, process: subprocess.Popen[bytes]) -> None:
+    end = time.monotonic() + 60
+    while not path.exists() or not path.read_text():
+        assert process.poll() is None and time.monotonic() < end
+        time.sleep(0.05)
+
+
+def test_dask_with_a_worker_that_is_killed(tmp_path: Path, folder: Path) -> None:
+    from importlib import import_module
+
+    distributed = import_module("distributed")
+    address = tmp_path / "scheduler.json"
+    dask = [sys.executable, "-m", "distributed.cli.dask_scheduler", "--port", "0", "--host", "127.0.0.1",
+            "--no-dashboard", "--scheduler-file", str(address)]
+    worker = [sys.executable, "-m", "distributed.cli.dask_worker", "--scheduler-file", str(address), "--nthreads", "1",
+              "--no-nanny", "--no-dashboard", "--host", "127.0.0.1", "--local-directory", str(tmp_path)]
+    quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    processes = [subprocess.Popen(dask, **quiet)]  # type: ignore[call-overload]
+    try:
+        wait_for(address, processes[0])
+        processes += [subprocess.Popen(worker, **quiet) for _ in range(2)]  # type: ignore[call-overload]
+        for source in folder.iterdir():  # long enough to be in the middle
+            with Image.open(source) as image:
+                image.resize((1200, 800)).save(source)
+        with distributed.Client(scheduler_file=str(address), timeout=60) as client:
+            client.wait_for_workers(2, timeout=60)
+            target = tmp_path / "made"
+            killed: list[int] = []
+
+            def kill_one() -> None:
+                manifest = target / raxel.MANIFEST
+                while not manifest.exists() or len(manifest.read_text().splitlines()) < 4:
+                    time.sleep(0.005)
+                processes[1].send_signal(signal.SIGKILL)
+                killed.append(len(manifest.read_text().splitlines()))
+
+            import threading
+
+            killer = threading.Thread(target=kill_one)
+            killer.start()
+            reports = raxel.dask.export_folder(client, folder, target, mode="color256", compress="lzw")
+            killer.join()
+            assert killed and killed[0] < 16
+            assert tiffs(target) == alone(folder, "-m", "color256", "-c", "lzw")
+            assert [report.target for report in reports] == [str(target / f"scan-{n:02}.tif") for n in range(16)]
+            # What the killed one had in hand may have been done and not told.
+            made = [line["target"] for line in lines(target / raxel.MANIFEST)]
+            assert set(made) == {str(path) for path in target.glob("*.tif")} and len(made) <= 17
+            again = raxel.dask.export_folder(client, folder, target, mode="color256", compress="lzw")
+            assert all(report.skipped for report in again)
+    finally:
+        for process in processes:
+            process.kill()
+            process.wait()

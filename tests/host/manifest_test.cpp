@@ -1,0 +1,121 @@
+#include "order/manifest.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "failure.h"
+#include "order/digest.h"
+#include "order/manifest_lines.h"
+#include "order/option_table.h"
+#include "order/shard.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+template <class Action>
+host::Exit codeOf(Action action) {
+  try {
+    action();
+  } catch (const host::Failure &failure) {
+    return failure.code();
+  }
+  return host::kDone;
+}
+
+std::string lineOf(const std::string &path, const std::string &target) {
+  host::readManifest(path);
+  return host::manifestLine(path, target);
+}
+
+}  // namespace
+
+TEST(Shard, IsAPlaceAmongAll) {
+  const host::Shard shard = host::parseShard("12/345");
+  EXPECT_EQ(shard.number, 12u);
+  EXPECT_EQ(shard.count, 345u);
+  EXPECT_EQ(host::parseShard("8/8").number, 8u);
+  for (const char *wrong : {"0/3", "4/3", "1", "1/", "/1", "1/0", "a/b", "1/2/3", "-1/2", " 1/2", "1/2 ",
+                            "1/99999999999999999999"}) {
+    EXPECT_EQ(codeOf([&] { host::parseShard(wrong); }), host::kUsage) << wrong;
+  }
+}
+
+TEST(Shard, IsTheSameOnEveryMachine) {
+  struct Case {
+    const char *name;
+    uint64_t ofTwo, ofThree, ofEight;
+  };
+  constexpr std::array kCases{Case{"scan-01.png", 2, 2, 4},  Case{"scan-02.png", 1, 2, 3},
+                              Case{"scan-03.png", 1, 1, 3},  Case{"scan-04.png", 2, 1, 8},
+                              Case{"\xC3\xA4.png", 2, 3, 4}, Case{"a", 2, 3, 6}};
+  for (const Case &c : kCases) {
+    for (const std::string &input : {std::string(c.name), std::string("/some/folder/") + c.name}) {
+      EXPECT_TRUE(host::isInShard(input, {1, 1})) << input;
+      for (uint64_t number = 1; number <= 8; ++number) {
+        EXPECT_EQ(host::isInShard(input, {number, 2}), number == c.ofTwo) << input;
+        EXPECT_EQ(host::isInShard(input, {number, 3}), number == c.ofThree) << input;
+        EXPECT_EQ(host::isInShard(input, {number, 8}), number == c.ofEight) << input;
+      }
+    }
+  }
+}
+
+TEST(Digest, IsSha256OfFilesOneAfterTheOther) {
+  const support::TempDir folder;
+  support::writeFile(folder.file("a"), "a");
+  support::writeFile(folder.file("bc"), "bc");
+  support::writeFile(folder.file("million"), std::string(1'000'000, 'a'));
+  EXPECT_EQ(host::digestOf({folder.file("a"), folder.file("bc")}),
+            "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+  EXPECT_EQ(host::digestOf({folder.file("million")}),
+            "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
+  EXPECT_EQ(host::digestOf({}), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+  EXPECT_EQ(codeOf([&] { host::digestOf({folder.file("missing")}); }), host::kNoInput);
+  EXPECT_EQ(codeOf([&] { host::digestOf({folder.path()}); }), host::kNoInput);
+}
+
+TEST(Manifest, HasTheLastWholeLineOfATarget) {
+  const support::TempDir folder;
+  const std::string path = folder.file("m.jsonl");
+  EXPECT_EQ(lineOf(path, R"("a.tif")"), "");
+  host::appendToManifest(path, R"({"target":"a.tif","bytes":1})");
+  host::appendToManifest(path, R"({"target":"b.tif","bytes":2})");
+  EXPECT_EQ(lineOf(path, R"("a.tif")"), R"({"target":"a.tif","bytes":1})");
+  host::appendToManifest(path, R"({"target":"a.tif","bytes":3})");
+  EXPECT_EQ(lineOf(path, R"("a.tif")"), R"({"target":"a.tif","bytes":3})");
+  EXPECT_EQ(lineOf(path, R"("b.tif")"), R"({"target":"b.tif","bytes":2})");
+  EXPECT_EQ(lineOf(path, R"("c.tif")"), "");
+  EXPECT_EQ(std::filesystem::file_size(path), 3 * 29u);
+  // One that is not whole counts for nothing, until it is, and spoils no other.
+  support::writeFile(path, "{\"target\":\"a.tif\",\"bytes\":1}\n{\"target\":\"b.tif\",\"by");
+  EXPECT_EQ(lineOf(path, R"("b.tif")"), "");
+  host::appendToManifest(path, R"({"target":"c.tif"})");
+  EXPECT_EQ(lineOf(path, R"("a.tif")"), R"({"target":"a.tif","bytes":1})");
+  EXPECT_EQ(lineOf(path, R"("b.tif")"), "");
+  EXPECT_EQ(lineOf(path, R"("c.tif")"), R"({"target":"c.tif"})");
+  std::filesystem::remove(path);
+  EXPECT_EQ(lineOf(path, R"("a.tif")"), "");
+}
+
+TEST(Manifest, IsNoOtherFile) {
+  const support::TempDir folder;
+  const std::string path = folder.file("photo.png");
+  support::writeFile(path, "\x89PNG");
+  EXPECT_EQ(codeOf([&] { host::checkManifest(path); }), host::kNoCreate);
+  EXPECT_EQ(codeOf([&] { host::checkManifest(folder.path()); }), host::kNoWrite);
+  EXPECT_EQ(codeOf([&] { host::checkManifest(folder.file("missing/m.jsonl")); }), host::kNoWrite);
+  EXPECT_EQ(codeOf([&] { host::checkManifest(folder.file("new.jsonl")); }), host::kDone);
+  EXPECT_EQ(std::filesystem::file_size(path), 4u);
+}
+
+TEST(Manifest, TellsTheOptionsThatDecideOnBytes) {
+  std::string names;
+  for (const host::OptionRow &row : host::kOptions) {
+    if (!host::decidesOnBytes(row)) names.append(row.longName).append(" ");
+  }
+  EXPECT_EQ(
+      names,
+      "output directory jobs threads force no-clobber no-sync manifest resume shard library save dry-run "
+      "verify inspect list json quiet verbose version ");
+}
