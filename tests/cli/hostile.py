@@ -20,6 +20,7 @@ from PIL import Image
 import shared
 
 EACH = 200  # damaged pictures of a kind
+HANG = 300  # seconds after which a run over all of them is taken not to end
 
 
 def kinds(source):
@@ -101,15 +102,18 @@ def main():
             target = os.path.join(folder, "to")
             os.makedirs(target)
             try:
-                done = subprocess.run([program, "--json", "-q", "-d", target, *inputs], capture_output=True, timeout=120)
+                done = subprocess.run([program, "--json", "-q", "-d", target, *inputs], capture_output=True, timeout=HANG)
                 results = json.loads(done.stdout)["results"]
-            except (subprocess.TimeoutExpired, ValueError) as error:
+            except subprocess.TimeoutExpired as error:
+                faults.append(f"{name}: no end after {HANG} s; says {(error.stderr or b'')[-300:]}")
+                results = []
+            except ValueError as error:
                 faults.append(f"{name}: {error}; {done.returncode}: {done.stderr[-300:]}")
                 results = []
             again = os.path.join(folder, "again")
             os.makedirs(again)
             # malloc fills new blocks with something else than zeros, which takes time.
-            subprocess.run([program, "-q", "-d", again, *inputs[::4]], capture_output=True, timeout=120,
+            subprocess.run([program, "-q", "-d", again, *inputs[::4]], capture_output=True, timeout=HANG,
                            env={**os.environ, "GLIBC_TUNABLES": "glibc.malloc.perturb=90"})
             _, others, failed = filecmp.cmpfiles(target, again, os.listdir(again), shallow=False)
             if others or failed:
@@ -134,7 +138,7 @@ def main():
                     inspected.append(f"{path}-{i}")
                     with open(inspected[-1], "wb") as out:
                         out.write(damage(whole_file, rng))
-            done = subprocess.run([program, "--json", "--inspect", *inspected], capture_output=True, timeout=120)
+            done = subprocess.run([program, "--json", "--inspect", *inspected], capture_output=True, timeout=HANG)
             try:
                 codes = [result["exit"] for result in json.loads(done.stdout)["results"]]
                 if len(codes) != len(inspected) or not set(codes) <= {0, 66}:

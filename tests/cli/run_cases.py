@@ -33,7 +33,7 @@ def run(script, build, source):
                 environment[name] = os.environ[name]
         with open(script) as text:
             done = subprocess.run(["bash", "-c", PRELUDE + text.read()], cwd=folder, env=environment,
-                                  capture_output=True, timeout=120)
+                                  capture_output=True, timeout=300)
         output = []
         for raw in (done.stdout, done.stderr):
             text = raw.decode("utf-8", "replace")

@@ -17,6 +17,6 @@ code raxel-export -d missing/made chart4.png ramp.png
 code raxel-export --json -d chart4.png/made ramp.png
 # Reports of any length: this one is longer than a pipe holds.
 long=$(printf 'a%.0s' {1..40000})
-timeout 20 raxel-export -q --json -j 2 -d to "$long" chart4.png >long.json 2>long.err
+timeout 100 raxel-export -q --json -j 2 -d to "$long" chart4.png >long.json 2>long.err
 echo "exit $?, $(($(wc -c <long.json) / 40000)) times the name, $(wc -l <long.json) lines"
 ls -A to
