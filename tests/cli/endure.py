@@ -131,8 +131,7 @@ class Endurance:
     def stopped(self, number, delay, by):
         """An export that a signal ends after a while: how long it went on, and with how much work. None when it was faster."""
         self.put_old()
-        process = self.start(self.large, self.target, "-m", "color256" if number % 2 else "rgb", "-c", "lzw",
-                             preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
+        process = self.start(self.large, self.target, "-m", "color256" if number % 2 else "rgb", "-c", "lzw")
         time.sleep(delay)
         if process.has_ended():
             return None
@@ -394,6 +393,7 @@ def main():
     if wanted.inside:
         inside(wanted.inside, wanted.program)
         return 0
+    shared.take_signals()
     program = os.path.join(os.path.realpath(wanted.build), "raxel-export")
     with tempfile.TemporaryDirectory(prefix="raxel-endure-") as folder:
         tried = Endurance(program, os.path.realpath(wanted.source), folder)

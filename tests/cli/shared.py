@@ -3,6 +3,7 @@
 import argparse
 import os
 import shutil
+import signal
 
 
 def places():
@@ -13,6 +14,15 @@ def places():
     given = arguments.parse_args()
     build, source = os.path.realpath(given.build), os.path.realpath(given.source)
     return build, source, os.path.join(build, "raxel-export")
+
+
+def take_signals():
+    """Processes started from here on end by signals, though whoever runs the tests (nohup, a shell's background)
+    has had some of them ignored, which the command respects."""
+    stops = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+    for number in stops:
+        signal.signal(number, signal.SIG_DFL)
+    signal.pthread_sigmask(signal.SIG_UNBLOCK, stops)
 
 
 def sanitized(program):

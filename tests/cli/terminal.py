@@ -68,6 +68,7 @@ def slowly(process):
 
 def main():
     _, source, program = shared.places()
+    shared.take_signals()
     try:
         for end in pty.openpty():
             os.close(end)
