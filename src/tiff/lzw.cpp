@@ -1,6 +1,7 @@
 // The idea: the codes do not depend on how strings are looked up, so that two ways are open which hardly
 // search (lzw_strings.h), one for data that repeats little and one for data that repeats much. Whenever
-// the table is cleared, what it held tells which way is the better one for what follows.
+// the table is cleared, what it held tells which way is the better one for what follows, and its codes,
+// whose widths are known then, are packed together.
 #include "tiff/lzw.h"
 
 #include <algorithm>
@@ -17,12 +18,15 @@ namespace {
 constexpr uint32_t kClear = 256;
 constexpr uint32_t kEndOfInformation = 257;
 
+constexpr uint32_t kMostCodes = kClearAt - kFirstFree;  // before a Clear
+
 struct Stream {
-  BitWriter codes;
+  BitWriter bits;
   const uint8_t *at;           // the byte to take next
-  uint32_t prefix;             // the known string that the bytes before it are
-  uint32_t width = 9;          // of the next code, in bits
+  uint16_t *codes;             // of the present table, not yet in `bits`: one for each of its strings
+  uint32_t prefix = 0;         // the known string that the bytes before `at` are
   uint32_t next = kFirstFree;  // the code of the next string
+  uint32_t width = 9;          // of the code behind those in `bits`
 };
 
 struct ColumnTables {
@@ -30,54 +34,59 @@ struct ColumnTables {
   RunStrings runs;
 };
 
-// After a string was made: writes the prefix and goes on with the byte that it does not hold. True when
-// the table is full and Clear was written.
-[[gnu::always_inline]] inline bool writePrefix(Stream &s, uint32_t byte) {
-  ++s.next;
-  s.codes.put(s.prefix, s.width);
-  s.prefix = byte;
-  if ((s.next & (s.next - 1)) == 0) {  // 512, 1024, 2048
-    ++s.width;
-  } else if (s.next == kClearAt) {
-    s.codes.put(kClear, s.width);
-    return true;
+template <uint32_t width>
+void packCodes(BitWriter &bits, const uint16_t *codes, uint32_t count) {
+  BitWriter to = bits;
+  uint32_t i = 0;
+  for (; i + 4 <= count; i += 4) {
+    const uint64_t before = uint32_t{codes[i]} << width | codes[i + 1];
+    to.put(before << 2 * width | uint32_t{codes[i + 2]} << width | codes[i + 3], 4 * width);
   }
-  return false;
+  for (; i < count; ++i) to.put(codes[i], width);
+  bits = to;
 }
 
-// The two ways take bytes up to `last`, or up to the first Clear: true for that. The prefix is a single
+// Puts the codes of a table into the stream: how wide each of them is says how many came before it.
+void packTable(Stream &s) {
+  constexpr uint32_t k10Bits = 512 - kFirstFree, k11Bits = 1024 - kFirstFree, k12Bits = 2048 - kFirstFree;
+  const uint32_t count = s.next - kFirstFree;
+  const auto within = [count](uint32_t from, uint32_t to) {
+    return std::min(count, to) - std::min(count, from);
+  };
+  packCodes<9>(s.bits, s.codes, within(0, k10Bits));
+  packCodes<10>(s.bits, s.codes + k10Bits, within(k10Bits, k11Bits));
+  packCodes<11>(s.bits, s.codes + k11Bits, within(k11Bits, k12Bits));
+  packCodes<12>(s.bits, s.codes + k12Bits, within(k12Bits, kMostCodes));
+  s.width = count < k10Bits ? 9 : count < k11Bits ? 10 : count < k12Bits ? 11 : 12;
+}
+
+// The two ways take bytes up to `last`, or until the table is full: true for that. The prefix is a single
 // byte at first.
 
 bool codeWithLists(Stream &stream, StringLists &lists, const uint8_t *last) {
   Stream s = stream;
-  PlacesMade &pairsMade = lists.pairsMade;
-  bool cleared = false;
-  while (!cleared && s.at != last) {
+  while (s.at != last && s.next != kClearAt) {
+    uint16_t *place = lists.pair(s.at - 1);
     uint32_t byte = *s.at++;
-    uint16_t &pair = lists.pairs[s.prefix][byte];
-    if (pair == 0) {
-      pair = static_cast<uint16_t>(s.next);
-      pairsMade.places[pairsMade.count++] = s.prefix << 8 | byte;
+    uint32_t code = lists.codeIn(*place);
+    if (code >= StringLists::kCodes) {
+      lists.addPair(place, s.next);
     } else {
-      s.prefix = pair;
-      uint16_t *place = nullptr;
-      while (place == nullptr && s.at != last) {
+      do {
+        s.prefix = code;
+        if (s.at == last) break;
         byte = *s.at++;
-        uint16_t *code = lists.find(s.prefix, byte);
-        if (*code == 0) {
-          place = code;
-        } else {
-          s.prefix = *code;
-        }
-      }
-      if (place == nullptr) break;  // the bytes end within a known string
+        place = lists.find(s.prefix, byte);
+        code = lists.codeIn(*place);
+      } while (code < StringLists::kCodes);
+      if (code < StringLists::kCodes) break;  // the bytes end within a known string
       lists.add(place, byte, s.next);
     }
-    lists.make(s.next);
-    cleared = writePrefix(s, byte);
+    s.codes[s.next++ - kFirstFree] = static_cast<uint16_t>(s.prefix);
+    s.prefix = byte;
   }
   stream = s;
-  return cleared;
+  return s.next == kClearAt;
 }
 
 // The first byte of a word that is not 0, in the order of memory.
@@ -118,8 +127,7 @@ bool codeWithLists(Stream &stream, StringLists &lists, const uint8_t *last) {
 bool codeWithColumns(Stream &stream, ColumnTables &tables, const uint8_t *last) {
   Stream s = stream;
   PlacesMade &made = tables.columns.made;
-  bool cleared = false;
-  while (!cleared) {
+  while (s.next != kClearAt) {
     takeRun(s, tables.runs, last);
     uint32_t byte = 0;
     uint16_t *place = nullptr;
@@ -136,11 +144,12 @@ bool codeWithColumns(Stream &stream, ColumnTables &tables, const uint8_t *last) 
     *place = static_cast<uint16_t>(s.next);
     made.places[s.next - kFirstFree] = byte << 12 | s.prefix;
     tables.runs.add(s.prefix, byte, s.next);
-    cleared = writePrefix(s, byte);
+    s.codes[s.next++ - kFirstFree] = static_cast<uint16_t>(s.prefix);
+    s.prefix = byte;
   }
   made.count = s.next - kFirstFree;
   stream = s;
-  return cleared;
+  return s.next == kClearAt;
 }
 
 // Whether a strip looks, by its first bytes, as if it repeated much: one byte in four is like the one
@@ -152,9 +161,9 @@ bool looksRepetitive(std::span<const uint8_t> strip) {
   return equal > n / 4;
 }
 
-// Whether a table that was filled by this many bytes held strings of more than some.
+// Whether a table that was filled by this many bytes held long strings.
 bool repeatedMuch(ptrdiff_t bytes) {
-  return bytes >= ptrdiff_t{kClearAt} * 5 / 2;
+  return bytes >= ptrdiff_t{kClearAt} * 6;
 }
 
 template <class Table>
@@ -164,7 +173,7 @@ Table &tableIn(runtime::Block &block) {
 }
 
 // Codes all bytes but the last, and answers what string the last one makes with the prefix then: its
-// code, or 0 when it is not known. Leaves the tables without strings.
+// code, or 0 when it is not known. Leaves the columns without strings.
 uint32_t codeAllButLast(Stream &s, std::span<const uint8_t> strip, LzwMemory &memory) {
   const uint8_t *last = &strip.back();
   bool repeats = looksRepetitive(strip);
@@ -180,11 +189,14 @@ uint32_t codeAllButLast(Stream &s, std::span<const uint8_t> strip, LzwMemory &me
       tables.columns.clear();
     } else {
       auto &lists = tableIn<StringLists>(memory.lists);
-      cleared = codeWithLists(s, lists, last);
-      known = s.prefix < 256 ? lists.pairs[s.prefix][*last] : *lists.find(s.prefix, *last);
       lists.clear();
+      cleared = codeWithLists(s, lists, last);
+      known = lists.codeIn(*(s.prefix < 256 ? lists.pair(last - 1) : lists.find(s.prefix, *last)));
+      if (known >= StringLists::kCodes) known = 0;
     }
+    packTable(s);
     if (!cleared) return known;
+    s.bits.put(kClear, s.width);
     s.width = 9;
     s.next = kFirstFree;
     repeats = repeatedMuch(s.at - begin);
@@ -197,10 +209,10 @@ uint32_t codeAllButLast(Stream &s, std::span<const uint8_t> strip, LzwMemory &me
 void codeLastByte(Stream &s, uint32_t known, uint32_t byte) {
   const uint32_t counted = s.next + 1;
   const auto write = [&](uint32_t code) {
-    s.codes.put(code, s.width);
+    s.bits.put(code, s.width);
     if (counted == 512 || counted == 1024 || counted == 2048) ++s.width;
     if (counted == kClearAt) {
-      s.codes.put(kClear, s.width);
+      s.bits.put(kClear, s.width);
       s.width = 9;
     }
   };
@@ -211,16 +223,17 @@ void codeLastByte(Stream &s, uint32_t known, uint32_t byte) {
 }  // namespace
 
 uint32_t encodeLzw(std::span<const uint8_t> strip, std::span<uint8_t> out, LzwMemory &memory) {
-  Stream s{{out.data()}, strip.data(), 0};
-  s.codes.put(kClear, s.width);
+  uint16_t codes[kMostCodes];
+  Stream s{{out.data()}, strip.data(), codes};
+  s.bits.put(kClear, s.width);
   // A strip of one byte gets no code for it.
   if (strip.size() > 1) {
     s.prefix = *s.at++;
     const uint32_t known = codeAllButLast(s, strip, memory);
     codeLastByte(s, known, strip.back());
   }
-  s.codes.put(kEndOfInformation, s.width);
-  return static_cast<uint32_t>(s.codes.end() - out.data());
+  s.bits.put(kEndOfInformation, s.width);
+  return static_cast<uint32_t>(s.bits.end() - out.data());
 }
 
 uint32_t encodeLzw(std::span<const uint8_t> strip, std::span<uint8_t> out) {

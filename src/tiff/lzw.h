@@ -9,7 +9,7 @@
 
 namespace tiff {
 
-// The tables that strings are looked up in, made when they are first needed: some 220 KB, and 2 MB more
+// The tables that strings are looked up in, made when they are first needed: some 270 KB, and 2 MB more
 // for data that repeats much. Kept from strip to strip, they are made only once.
 struct LzwMemory {
   runtime::Block lists;

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "runtime/unaligned.h"
+
 namespace tiff {
 
 constexpr uint32_t kFirstFree = 258;
@@ -17,37 +19,43 @@ struct PlacesMade {
   uint32_t places[kClearAt];
 };
 
-// For pictures that repeat little: most strings are two or three bytes long. Those of two have a place for
-// every pair. Longer ones are in lists of what extends the same string, oldest first: one list for each
-// value of the last byte's low bits, so that hardly any holds more than one.
+// For pictures that repeat little: most strings are of a few bytes. Those of two have a place for every
+// pair. Longer ones are in lists of what extends the same string, oldest first: one list for each value of
+// the last byte's low bits, so that hardly any holds more than one. A place holds a code and, above its
+// bits, the number of the table that it is of: to clear a table is to count on, and only every fifteenth
+// time to set the places free. All zeros are the state before the first clear().
 struct StringLists {
-  static constexpr uint32_t kLists = 8;
+  static constexpr uint32_t kLists = 16;
+  static constexpr uint32_t kCodes = 4096;
 
-  uint16_t pairs[256][256];      // 0 is none
-  uint16_t first[4096][kLists];  // codes that extend a code; set when the code is made
-  uint16_t next[4096];           // in the list that a code is in
-  uint8_t last[4096];            // byte of a code's string
-  PlacesMade pairsMade;
+  uint16_t pairs[256 * 256];       // by the two bytes as they lie in memory
+  uint16_t first[kCodes][kLists];  // codes that extend a code
+  uint16_t next[kCodes];           // in the list that a code is in
+  uint8_t last[kCodes];            // byte of a code's string
+  uint32_t table;                  // kCodes times the number of the present one, 1 to 15
 
+  // The code in a place; kCodes or more when it holds none of the present table.
+  uint32_t codeIn(uint16_t place) const { return static_cast<uint16_t>(place - table); }
+  uint16_t *pair(const uint8_t *bytes) { return pairs + runtime::load<uint16_t>(bytes); }
   // Where the code of the string `prefix` and `byte`, not a pair, is or belongs.
   uint16_t *find(uint32_t prefix, uint32_t byte) {
-    uint16_t *code = &first[prefix][byte % kLists];
-    while (last[*code] != byte && *code != 0) code = &next[*code];
-    return code;
+    uint16_t *place = &first[prefix][byte % kLists];
+    for (uint32_t code; (code = codeIn(*place)) < kCodes && last[code] != byte;) place = &next[code];
+    return place;
   }
-  // In a place that find() gave and that is free.
+  // In a place that is free: one that pair() gave, or find() for this byte.
+  void addPair(uint16_t *place, uint32_t code) { *place = static_cast<uint16_t>(table + code); }
   void add(uint16_t *place, uint32_t byte, uint32_t code) {
-    *place = static_cast<uint16_t>(code);
+    *place = static_cast<uint16_t>(table + code);
     next[code] = 0;
     last[code] = static_cast<uint8_t>(byte);
   }
-  // A new code, which nothing extends yet.
-  void make(uint32_t code) { std::memset(first[code], 0, sizeof first[code]); }
   void clear() {
-    for (uint32_t i = 0; i < pairsMade.count; ++i) {
-      pairs[pairsMade.places[i] >> 8][pairsMade.places[i] & 0xFF] = 0;
-    }
-    pairsMade.count = 0;
+    table = (table + kCodes) % (16 * kCodes);
+    if (table != 0) return;
+    std::memset(pairs, 0, sizeof pairs);
+    std::memset(first, 0, sizeof first);
+    table = kCodes;
   }
 };
 

@@ -212,6 +212,25 @@ TEST(Lzw, EqualsThePlainFormOverManyClearings) {
   }
 }
 
+// However many strips lie between, with tables that are used again: the same strip gives the same codes.
+TEST(Lzw, StringsOfEarlierStripsAreForgotten) {
+  const Bytes strip = {1, 2, 3, 1, 2, 3, 1, 2, 3};
+  // Clear, 1, 2, 3, 12, 31, 23, end, all of 9 bits
+  const Bytes wanted =
+      packed({{kClear, 9}, {1, 9}, {2, 9}, {3, 9}}, {{258, 9}, {260, 9}, {259, 9}, {kEnd, 9}});
+  for (size_t between = 0; between < 50; ++between) {
+    tiff::LzwMemory memory;
+    const auto code = [&](const Bytes &bytes) {
+      Bytes codes(2 * bytes.size() + 16, 0xA5);
+      codes.resize(tiff::encodeLzw(bytes, codes, memory));
+      return codes;
+    };
+    ASSERT_EQ(code(strip), wanted) << between;
+    for (size_t i = 0; i < between; ++i) code({5, 6});
+    ASSERT_EQ(code(strip), wanted) << between;
+  }
+}
+
 // A string of one byte grows by one with every code, far past what is listed by length.
 TEST(Lzw, LongRunsOfOneByte) {
   for (const size_t length : {1000u, 8256u, 8257u, 100000u}) {
