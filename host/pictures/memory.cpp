@@ -1,6 +1,10 @@
 #include "pictures/memory.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -16,6 +20,7 @@ struct Reading {
 
   // Rows may lie from the bottom up.
   const uint8_t *row(uint32_t y) const {
+    if (from.rows) return static_cast<const uint8_t *>(from.rows[y]);
     return static_cast<const uint8_t *>(from.first) + static_cast<ptrdiff_t>(from.rowStep) * y;
   }
   bool isBackgroundGrey() const { return background[0] == background[1] && background[1] == background[2]; }
@@ -52,7 +57,7 @@ uint32_t bitsOf(const Reading &reading) {
 }
 
 void check(const RaxelHostPixels &p) {
-  if (!p.first) throw Unreadable("has no pixels");
+  if (!p.first && !p.rows) throw Unreadable("has no pixels");
   if (p.kind < 0 || p.kind >= RAXEL_PIXEL_KINDS) throw Unreadable("is of an unknown kind");
   const bool wide = p.channelBytes == 2 && p.kind >= RAXEL_PIXELS_GREY && p.kind != RAXEL_PIXELS_INDEX;
   if (p.channelBytes != 1 && !wide) throw Unreadable("has channels of an unknown size");
@@ -60,9 +65,24 @@ void check(const RaxelHostPixels &p) {
     throw Unreadable("has indices and no table of 1 to 256 colors");
 }
 
+// Rows that are told one by one may lie as evenly as others.
+RaxelHostPixels withSteps(RaxelHostPixels p) {
+  if (!p.rows || p.height == 0) return p;
+  const auto step = [&](uint32_t y) {
+    return reinterpret_cast<uintptr_t>(p.rows[y]) - reinterpret_cast<uintptr_t>(p.rows[y - 1]);
+  };
+  for (uint32_t y = 2; y < p.height; ++y) {
+    if (step(y) != step(1)) return p;
+  }
+  p.first = p.rows[0];
+  p.rowStep = p.height == 1 ? 0 : static_cast<intptr_t>(step(1));
+  p.rows = nullptr;
+  return p;
+}
+
 // Whether the rows are what the view can show.
 bool liesReady(const RaxelHostPixels &p) {
-  if (p.rowStep < 0 || p.channelBytes != 1) return false;
+  if (p.rows || p.rowStep < 0 || p.channelBytes != 1) return false;
   const auto reach = static_cast<uint64_t>(p.rowStep);
   const bool single = p.height == 1;
   switch (p.kind) {
@@ -89,6 +109,14 @@ void gather(const Reading &reading, uint32_t y, uint32_t channels, uint8_t *out)
     for (uint32_t x = 0; x < p.width; ++x, pixel += pixelStep) *out++ = *pixel;
     return;
   }
+  if (p.channelBytes == 1 && channels == 3 && pixelStep == 4 && channelStep == 1) {
+    for (uint32_t x = 0; x < p.width; ++x, pixel += 4, out += 3) {
+      out[0] = pixel[0];
+      out[1] = pixel[1];
+      out[2] = pixel[2];
+    }
+    return;
+  }
   if (p.channelBytes == 1) {
     for (uint32_t x = 0; x < p.width; ++x, pixel += pixelStep) {
       for (uint32_t c = 0; c < channels; ++c) *out++ = pixel[channelStep * c];
@@ -104,13 +132,25 @@ void gather(const Reading &reading, uint32_t y, uint32_t channels, uint8_t *out)
   }
 }
 
+// Eight bytes, 0 or not, as the bits of one, the first byte in the high bit.
+uint8_t packEight(const uint8_t *in) {
+  constexpr uint64_t kLow = 0x7F7F7F7F7F7F7F7F;
+  // Brings bit 0 of each byte to the top byte, each to its place, without a carry.
+  constexpr uint64_t kGather =
+      std::endian::native == std::endian::little ? 0x8040201008040201 : 0x0102040810204080;
+  uint64_t bytes;
+  std::memcpy(&bytes, in, sizeof bytes);
+  const uint64_t set = (((bytes & kLow) + kLow) | bytes) & ~kLow;
+  return static_cast<uint8_t>((set >> 7) * kGather >> 56);
+}
+
 void packBools(const uint8_t *in, uint32_t width, uint8_t *out) {
-  for (uint32_t x = 0; x < width; x += 8) {
-    unsigned byte = 0;
-    const uint32_t count = std::min(width - x, 8u);
-    for (uint32_t i = 0; i < count; ++i) byte |= (in[x + i] != 0 ? 0x80u : 0u) >> i;
-    *out++ = static_cast<uint8_t>(byte);
-  }
+  uint32_t x = 0;
+  for (; x + 8 <= width; x += 8) *out++ = packEight(in + x);
+  if (x == width) return;
+  std::array<uint8_t, 8> last{};
+  std::copy(in + x, in + width, last.begin());
+  *out = packEight(last.data());
 }
 
 // `colors` channels of colour, the last of them once more for what the background has besides, then
@@ -186,6 +226,8 @@ void read(const Reading &reading, Picture &out) {
   const bool isIndex = p.kind == RAXEL_PIXELS_INDEX;
   out.dpiX = p.dpiX;
   out.dpiY = p.dpiY;
+  // One of inks is none of what they become.
+  if (p.icc && p.kind != RAXEL_PIXELS_CMYK) out.metadata.icc.assign(p.icc, p.icc + p.iccBytes);
   if (isIndex) {
     readTable(reading, out);
     out.useTable(p.colors);
@@ -211,7 +253,7 @@ std::unique_ptr<Picture> readMemory(const RaxelHostPixels &pixels, const std::st
   auto picture = std::make_unique<Picture>();
   picture->gate = gate;
   try {
-    read({pixels, background}, *picture);
+    read({withSteps(pixels), background}, *picture);
   } catch (const Unreadable &why) {
     throw Failure(kNoInput, name + ": " + why.what());
   } catch (const std::bad_alloc &) {

@@ -51,6 +51,10 @@ typedef struct RaxelHostPixels {
   const uint8_t *alpha;   // the opacity of each entry; null: all are opaque
   double dpiX;            // dots an inch; 0 when nobody knows
   double dpiY;
+  const void *const
+      *rows;           // the first channel of each row, where rows lie apart; null: `first` and `rowStep`
+  const uint8_t *icc;  // the ICC profile of its colors; null for none
+  uint64_t iccBytes;
 } RaxelHostPixels;
 
 // Who is called while an order runs, each as its type says. All may be null.

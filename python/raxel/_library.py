@@ -50,6 +50,9 @@ class HostPixels(Structure):
         ("alpha", c_char_p),
         ("dpiX", c_double),
         ("dpiY", c_double),
+        ("rows", c_void_p),
+        ("icc", c_char_p),
+        ("iccBytes", c_uint64),
     ]
 
 

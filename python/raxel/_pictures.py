@@ -5,6 +5,7 @@ from __future__ import annotations
 import ctypes
 import os
 import sys
+import warnings
 from ctypes import POINTER, Structure, c_char_p, c_int, c_ssize_t, c_void_p, py_object
 from typing import Any, Callable, NamedTuple, Optional, Sequence, Union
 
@@ -178,6 +179,30 @@ _PILLOW_CONVERTED = {
 }
 
 
+# How Pillow keeps them: the kind, and the bytes from pixel to pixel and from channel to channel.
+_PILLOW_STORED = {
+    "1": (_library.BOOL, 1, 1),
+    "L": (_library.GREY, 1, 1),
+    "P": (_library.INDEX, 1, 1),
+    "LA": (_library.GREY_ALPHA, 4, 3),
+    "RGB": (_library.RGB, 4, 1),
+    "RGBA": (_library.RGBA, 4, 1),
+    "CMYK": (_library.CMYK, 4, 1),
+}
+
+
+def _pillow_rows(image: Any) -> Optional[int]:
+    """Where the pointers to an image's rows are, in versions of Pillow that tell; else None."""
+    image.load()
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore", DeprecationWarning)
+        pointers = getattr(image.im, "unsafe_ptrs", None)
+    if not pointers or image.size[0] < 1 or image.size[1] < 1:
+        return None
+    address = dict(pointers).get("image")
+    return address if isinstance(address, int) and address else None
+
+
 def _is_pillow(picture: object) -> bool:
     module = sys.modules.get("PIL.Image")
     return module is not None and isinstance(picture, module.Image)
@@ -196,11 +221,19 @@ def _pillow_alpha(image: Any, colors: int) -> Optional[bytes]:
 def _from_pillow(image: Any) -> Source:
     info = image.info
     if image.mode in _PILLOW_CONVERTED:
+        if image.mode in ("LAB", "YCbCr", "HSV"):
+            info = {**info, "icc_profile": None}
         image = image.convert(_PILLOW_CONVERTED[image.mode])
     width, height = image.size
+    keep: list[object] = [image]
+    if image.mode in _PILLOW_STORED and (rows := _pillow_rows(image)):
+        kind, pixel, channel = _PILLOW_STORED[image.mode]
+        pixels = _pixels(width, height, kind, 0, (0, pixel, channel))
+        pixels.rows = rows
+        return Source(None, _describe_pillow(image, info, pixels, keep), keep)
     data: bytes = image.tobytes()
     address = ctypes.cast(c_char_p(data), c_void_p).value or 0
-    keep: list[object] = [data]
+    keep.append(data)
     if image.mode == "1":
         pixels = _pixels(width, height, _library.BITS, address, ((width + 7) // 8, 0, 0))
     elif image.mode == "I;16":
@@ -211,15 +244,24 @@ def _from_pillow(image: Any) -> Source:
         pixels = _pixels(width, height, kind, address, (channels * width, channels, 1))
     else:
         raise TypeError(f"raxel does not take Pillow's mode {image.mode}; convert it")
+    return Source(None, _describe_pillow(image, info, pixels, keep), keep)
+
+
+def _describe_pillow(image: Any, info: Any, pixels: HostPixels, keep: list[object]) -> HostPixels:
+    """Adds table and resolution."""
     if image.mode == "P":
         table = bytes(image.getpalette("RGB"))[: 3 * 256]
         alpha = _pillow_alpha(image, len(table) // 3)
         pixels.table, pixels.colors, pixels.alpha = table, len(table) // 3, alpha
         keep += [table, alpha]
+    profile = info.get("icc_profile")
+    if isinstance(profile, bytes) and profile:
+        pixels.icc, pixels.iccBytes = profile, len(profile)
+        keep.append(profile)
     dpi = info.get("dpi")
     if isinstance(dpi, (tuple, list)) and len(dpi) == 2:
         pixels.dpiX, pixels.dpiY = float(dpi[0]), float(dpi[1])
-    return Source(None, pixels, keep)
+    return pixels
 
 
 def path_bytes(path: Union[str, bytes, "os.PathLike[str]"]) -> bytes:

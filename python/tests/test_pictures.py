@@ -9,7 +9,7 @@ from typing import Any
 import numpy as np
 import pytest
 from conftest import Array, Shown
-from PIL import Image
+from PIL import Image, ImageCms
 
 import raxel
 
@@ -114,6 +114,30 @@ def test_pillow_resolution(photo: Array) -> None:
     image.info["dpi"] = (200, 100)
     assert raxel.plan(image).dpi == (200, 100)
     assert raxel.plan(image, dpi=300).dpi == (300, 300)
+
+
+def test_pillow_profile(photo: Array) -> None:
+    image = Image.fromarray(photo)
+    profile = ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes()
+    image.info["icc_profile"] = profile
+    made = Image.open(io.BytesIO(raxel.tobytes(image)))
+    assert made.info["icc_profile"] == profile
+    assert "icc_profile" not in Image.open(io.BytesIO(raxel.tobytes(image, icc="drop"))).info
+
+
+def test_pillow_rows_are_read_in_place(photo: Array, shown: Shown, monkeypatch: pytest.MonkeyPatch) -> None:
+    """And by bytes in versions that do not tell where rows are; both are the same."""
+    from raxel import _pictures
+
+    image = Image.fromarray(photo)
+    source = _pictures.source_of(image)
+    assert source.pixels is not None and source.pixels.rows
+    for mode in ("1", "L", "P", "LA", "RGB", "RGBA", "CMYK"):
+        converted = image.convert(mode)
+        in_place = raxel.tobytes(converted)
+        with monkeypatch.context() as patch:
+            patch.setattr(_pictures, "_pillow_rows", lambda image: None)
+            assert raxel.tobytes(converted) == in_place
 
 
 def test_array_interface(photo: Array, shown: Shown) -> None:

@@ -122,6 +122,24 @@ TEST(HostOrder, ReadsRowsPixelsAndChannelsInAnyOrder) {
   pixels.channelStep = 4;
   EXPECT_EQ(shown(pixels), (Bytes{1, 5, 9, 3, 7, 12, 2, 6, 11, 4, 8, 13}));
 
+  const std::array<const void *, 2> rows{kColors.data() + 9, kColors.data()};  // rows wherever they are
+  pixels = pixelsOf(kColors, RAXEL_PIXELS_RGB, 3, 2, 3);
+  pixels.first = nullptr;
+  pixels.rows = rows.data();
+  EXPECT_EQ(shown(pixels), (Bytes{11, 12, 13, 14, 15, 16, 17, 18, 19, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
+
+  pixels = pixelsOf(kColors, RAXEL_PIXELS_GREY, 3, 3, 1);
+  const std::array<const void *, 3> uneven{kColors.data() + 3, kColors.data() + 12, kColors.data()};
+  const std::array<const void *, 3> even{kColors.data() + 9, kColors.data() + 6, kColors.data() + 3};
+  for (const auto &[places, expected] : {std::pair(uneven, Bytes{4, 5, 6, 14, 15, 16, 1, 2, 3}),
+                                         std::pair(even, Bytes{11, 12, 13, 7, 8, 9, 4, 5, 6})}) {
+    pixels.rows = places.data();
+    Bytes colors;
+    for (const uint8_t grey : expected) colors.insert(colors.end(), 3, grey);
+    colors.insert(colors.end(), colors.end() - 9, colors.end());
+    EXPECT_EQ(shown(pixels), colors);
+  }
+
   pixels = pixelsOf(kColors, RAXEL_PIXELS_RGB, 2, 2, 3);  // every other pixel of a longer row
   pixels.rowStep = 9;
   pixels.pixelStep = 6;
@@ -156,6 +174,17 @@ TEST(HostOrder, ReadsEveryKindOfPixel) {
   EXPECT_EQ(shown(pixels), (Bytes{40, 50, 60, 10, 20, 30}));
   pixels.alpha = alpha.data();
   EXPECT_EQ(shown(pixels), (Bytes{255, 255, 255, 10, 20, 30}));
+}
+
+TEST(HostOrder, PacksEveryValueButZeroAsWhite) {
+  constexpr uint32_t kWidth = 262;  // all values, and some more behind the last eight
+  Bytes bools(2 * kWidth);
+  for (size_t i = 0; i < bools.size(); ++i) bools[i] = static_cast<uint8_t>(i % 3 == 0 ? 0 : i);
+  Bytes expected;
+  for (const uint8_t value : bools) expected.insert(expected.end(), 3, value != 0 ? 255 : 0);
+  const Bytes seen = shown(pixelsOf(bools, RAXEL_PIXELS_BOOL, kWidth, 2, 1));
+  ASSERT_EQ(seen.size(), expected.size());
+  for (size_t i = 0; i < seen.size(); ++i) ASSERT_EQ(seen[i], expected[i]) << i;
 }
 
 TEST(HostOrder, TellsThatSixteenBitsBecomeEight) {
