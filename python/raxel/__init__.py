@@ -1,4 +1,4 @@
-"""raxel writes pictures as TIFF.
+"""raxel writes pictures as TIFF::
 
     import raxel
     raxel.save(array, "picture.tif")

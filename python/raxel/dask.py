@@ -1,11 +1,11 @@
-"""A folder of pictures on a Dask cluster:
+"""A folder of pictures on a Dask cluster::
 
     from distributed import Client
     import raxel.dask
     reports = raxel.dask.export_folder(Client("scheduler:8786"), "scans", "tiffs", compress="t6")
 
 Sources and targets must have the same names on all machines. One thread a worker is enough, since the filter
-takes one picture at a time: ``dask worker --nthreads 1 --nworkers 8``.
+takes one picture at a time: ``dask-worker --nthreads 1 --nworkers 8``.
 """
 
 from __future__ import annotations
@@ -50,8 +50,7 @@ def export_folder(
             sources = sorted(entry.path for entry in found if entry.is_file())
     targets = targets_of(sources, folder)
     os.makedirs(folder, exist_ok=True)
-    # What a picture is called decides on its task, and not what it is called with: it is to be done anew when
-    # its file has changed.
+    # Not pure: a picture whose file has changed is done anew, though the call is the same.
     futures = client.map(
         export_file, list(sources), targets, skip_done=True, pure=False, retries=RETRIES, **options
     )

@@ -1,4 +1,4 @@
-"""Importing this module lets Pillow save through raxel:
+"""Importing this module lets Pillow save through raxel::
 
     import raxel.pillow
     image.save("x.tif", format="RAXEL", compress="t6")

@@ -6,6 +6,8 @@ import hashlib
 import json
 import os
 import pickle
+import re
+import shlex
 import signal
 import stat
 import subprocess
@@ -14,16 +16,18 @@ import time
 from concurrent.futures import ProcessPoolExecutor
 from functools import partial
 from pathlib import Path
-from typing import Any
+from typing import Any, Callable
 
 import numpy as np
 import pytest
 from conftest import Array
+from documents import DOCS, blocks
 from PIL import Image, ImageCms
 
 import raxel
 import raxel.dask
 
+RECIPES = blocks("machines.md")
 EXPORT = str(Path(os.environ["RAXEL_BUILD"]) / "raxel-export")
 
 
@@ -185,74 +189,112 @@ def test_resume_goes_on_after_a_kill(folder: Path, tmp_path: Path) -> None:
     assert len(lines(tmp_path / "m.jsonl")) == 16
 
 
-def test_gnu_parallel_over_two_hosts(folder: Path, tmp_path: Path) -> None:
-    """The two hosts are this machine: what GNU parallel calls ssh runs the command here."""
+@pytest.fixture
+def desk(folder: Path, tmp_path: Path) -> dict[str, str]:
+    """The environment of who types the recipes: the command, and an ssh to two hosts which are this machine."""
     ssh = tmp_path / "ssh"
     ssh.write_text('#!/bin/sh\necho "$1" >>"$0.hosts"\nshift\n[ "$1" = -- ] && shift\nexec sh -c "$*"\n')
     ssh.chmod(ssh.stat().st_mode | stat.S_IXUSR)
-    target = tmp_path / "made"
-    recipe = (
-        f"parallel --ssh {ssh} -S 1/one,1/two {EXPORT} -c lzw --manifest {target}/m.jsonl --resume"
-        f" --shard {{}}/2 -d {target} {folder}/*.png ::: 1 2"
+    (tmp_path / "tiffs").mkdir()
+    path = str(Path(EXPORT).parent) + ":" + os.environ["PATH"]
+    return {**os.environ, "PATH": path, "PARALLEL_SSH": str(ssh), "HOME": str(tmp_path), "LC_ALL": "C.UTF-8"}
+
+
+def run(command: str, folder: Path, environment: dict[str, str]) -> None:
+    done = subprocess.run(
+        ["bash", "-c", command], cwd=folder, env=environment, stdin=subprocess.DEVNULL, capture_output=True, text=True
     )
-    target.mkdir()
-    subprocess.run(["bash", "-c", recipe], check=True, stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    assert tiffs(target) == alone(folder, "-c", "lzw")
+    assert done.returncode == 0, done.stderr
+
+
+def lines_of_all(target: Path) -> list[str]:
+    """The targets that any manifest names."""
+    return sorted(line["target"] for manifest in target.glob("*.jsonl") for line in lines(manifest))
+
+
+def test_the_first_recipe(folder: Path, tmp_path: Path, desk: dict[str, str]) -> None:
+    (command,) = RECIPES["What is done"]
+    for _ in range(2):  # the second time nothing is left to do
+        run(command, tmp_path, desk)
+        assert tiffs(tmp_path / "tiffs") == alone(folder, "-c", "lzw")
+        assert lines_of_all(tmp_path / "tiffs") == [f"tiffs/scan-{n:02}.tif" for n in range(16)]
+    table = (DOCS / "machines.md").read_text()
+    keys = set(lines(tmp_path / "tiffs" / "manifest.jsonl")[0]) | {"optionsSha256"}
+    assert keys == {key for row in re.findall(r"^\| (`.*`) \|", table, re.M) for key in re.findall("`(.*?)`", row)}
+
+
+@pytest.mark.parametrize("number", [0, 1])
+def test_gnu_parallel_over_two_hosts(number: int, folder: Path, tmp_path: Path, desk: dict[str, str]) -> None:
+    command = RECIPES["GNU parallel"][number]
+    for _ in range(2):
+        run(command, tmp_path, desk)
+        assert tiffs(tmp_path / "tiffs") == alone(folder, "-c", "lzw")
+        assert lines_of_all(tmp_path / "tiffs") == [f"tiffs/scan-{n:02}.tif" for n in range(16)]
     assert set((tmp_path / "ssh.hosts").read_text().split()) == {"one", "two"}
-    assert sorted(line["target"] for line in lines(target / "m.jsonl")) == sorted(map(str, target.glob("*.tif")))
 
 
-def wait_for(path: Path, process: subprocess.Popen[bytes]) -> None:
+def test_slurm(folder: Path, tmp_path: Path, desk: dict[str, str]) -> None:
+    """Without Slurm: the job as it runs it, once for each number of the array."""
+    (script,) = RECIPES["Slurm"]
+    made = []
+    for number in ("1", "2"):
+        run(script, tmp_path, {**desk, "SLURM_ARRAY_TASK_ID": number, "SLURM_ARRAY_TASK_COUNT": "2"})
+        made.append(len(tiffs(tmp_path / "tiffs")))
+    assert 0 < made[0] < 16
+    assert tiffs(tmp_path / "tiffs") == alone(folder, "-c", "lzw")
+    assert len(list((tmp_path / "tiffs").glob("manifest-*.jsonl"))) == 2
+
+
+def test_any_other_engine(folder: Path, tmp_path: Path, desk: dict[str, str]) -> None:
+    (program,) = RECIPES["Any other engine"]
+    for skipped in (False, True):
+        report = 'print(sum(report.skipped for report in reports), file=open("skipped", "w"))'
+        done = subprocess.run([sys.executable, "-c", f"{program}\n{report}"], cwd=tmp_path, env=desk)
+        assert done.returncode == 0
+        assert (tmp_path / "skipped").read_text() == ("16\n" if skipped else "0\n")
+    assert tiffs(tmp_path / "tiffs") == alone(folder, "-c", "lzw")
+
+
+def wait_until(true: Callable[[], object], *alive: subprocess.Popen[bytes]) -> None:
     end = time.monotonic() + 60
-    while not path.exists() or not path.read_text():
-        assert process.poll() is None and time.monotonic() < end
-        time.sleep(0.05)
+    while not true():
+        assert time.monotonic() < end and all(process.poll() is None for process in alive)
+        time.sleep(0.005)
 
 
-def test_dask_with_a_worker_that_is_killed(tmp_path: Path, folder: Path) -> None:
-    from importlib import import_module
-
-    distributed = import_module("distributed")
-    address = tmp_path / "scheduler.json"
-    dask = [sys.executable, "-m", "distributed.cli.dask_scheduler", "--port", "0", "--host", "127.0.0.1",
-            "--no-dashboard", "--scheduler-file", str(address)]
-    worker = [sys.executable, "-m", "distributed.cli.dask_worker", "--scheduler-file", str(address), "--nthreads", "1",
-              "--no-nanny", "--no-dashboard", "--host", "127.0.0.1", "--local-directory", str(tmp_path)]
-    quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
-    processes = [subprocess.Popen(dask, **quiet)]  # type: ignore[call-overload]
+def test_dask_with_a_worker_that_is_killed(folder: Path, tmp_path: Path, desk: dict[str, str]) -> None:
+    """The recipe, on a port of its own, and with one worker that does not come back."""
+    for source in folder.iterdir():  # long enough to be in the middle
+        with Image.open(source) as image:
+            image.resize((1200, 800)).save(source)
+    commands, program = RECIPES["Dask"]
+    scheduler, worker = (shlex.split(line) for line in commands.splitlines())
+    local = ["--host", "127.0.0.1", "--no-dashboard"]
+    address, manifest = tmp_path / "scheduler.json", tmp_path / "tiffs" / raxel.MANIFEST
+    start = partial(subprocess.Popen, cwd=tmp_path, env=desk, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    processes = [start([*scheduler, *local, "--port", "0"])]
+    count = "import sys; print(sum(report.skipped for report in reports)); sys.stdout.flush()"
     try:
-        wait_for(address, processes[0])
-        processes += [subprocess.Popen(worker, **quiet) for _ in range(2)]  # type: ignore[call-overload]
-        for source in folder.iterdir():  # long enough to be in the middle
-            with Image.open(source) as image:
-                image.resize((1200, 800)).save(source)
-        with distributed.Client(scheduler_file=str(address), timeout=60) as client:
-            client.wait_for_workers(2, timeout=60)
-            target = tmp_path / "made"
-            killed: list[int] = []
-
-            def kill_one() -> None:
-                manifest = target / raxel.MANIFEST
-                while not manifest.exists() or len(manifest.read_text().splitlines()) < 4:
-                    time.sleep(0.005)
-                processes[1].send_signal(signal.SIGKILL)
-                killed.append(len(manifest.read_text().splitlines()))
-
-            import threading
-
-            killer = threading.Thread(target=kill_one)
-            killer.start()
-            reports = raxel.dask.export_folder(client, folder, target, mode="color256", compress="lzw")
-            killer.join()
-            assert killed and killed[0] < 16
-            assert tiffs(target) == alone(folder, "-m", "color256", "-c", "lzw")
-            assert [report.target for report in reports] == [str(target / f"scan-{n:02}.tif") for n in range(16)]
-            # What the killed one had in hand may have been done and not told.
-            made = [line["target"] for line in lines(target / raxel.MANIFEST)]
-            assert set(made) == {str(path) for path in target.glob("*.tif")} and len(made) <= 17
-            again = raxel.dask.export_folder(client, folder, target, mode="color256", compress="lzw")
-            assert all(report.skipped for report in again)
+        wait_until(lambda: address.exists() and address.read_text(), *processes)
+        processes += [start([*worker, *local, "--no-nanny"]) for _ in range(2)]
+        client = start([sys.executable, "-c", program.replace("as client:", "as client:\n    client.wait_for_workers(2)")])
+        processes.append(client)
+        wait_until(lambda: manifest.exists() and len(lines_so_far(manifest)) >= 4)
+        processes[1].send_signal(signal.SIGKILL)
+        before = len(lines_so_far(manifest))
+        assert before < 16 and client.wait(60) == 0
+        wanted = alone(folder, "-c", "lzw")
+        assert tiffs(tmp_path / "tiffs") == wanted
+        # What the killed one had in hand may have been done and not told.
+        made = [line["target"] for line in lines(manifest)]
+        assert set(made) == {f"tiffs/{name}" for name in wanted} and len(made) <= 17
+        again = subprocess.run([sys.executable, "-c", f"{program}\n{count}"], cwd=tmp_path, env=desk, capture_output=True)
+        assert (again.returncode, again.stdout) == (0, b"16\n")
     finally:
         for process in processes:
             process.kill()
             process.wait()
+
+
+def lines_so_far(manifest: Path) -> list[str]:
+    return manifest.read_text().splitlines()

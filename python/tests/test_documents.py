@@ -1,0 +1,28 @@
+"""The programs of docs/python.md run as they stand there, one after the other."""
+
+from __future__ import annotations
+
+from pathlib import Path
+from typing import Any
+
+import pytest
+from documents import blocks
+from PIL import Image, ImageDraw
+
+
+def test_every_program(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    pytest.importorskip("tqdm")
+    scan = Image.new("L", (400, 300), 255)
+    ImageDraw.Draw(scan).text((50, 100), "a page of few words", fill=0)
+    scan.save(tmp_path / "scan.png", dpi=(200, 200))
+    monkeypatch.chdir(tmp_path)
+    names: dict[str, Any] = {}
+    programs = [block for part in blocks("python.md").values() for block in part if not block.startswith("apt ")]
+    assert len(programs) >= 8
+    for program in programs:
+        exec(compile(program, program, "exec"), names)
+    made = {path.name for path in tmp_path.glob("*.tif")}
+    assert made == {"picture.tif", "label.tif", "pages.tif", "second.tif", "copy.tif", "page.tif"}
+    assert len(names["report"].pages) == 2
+    with Image.open("page.tif") as page:
+        assert page.info["compression"] == "group4" and page.info["dpi"] == (200, 200)
