@@ -11,10 +11,16 @@ namespace {
 // Of an ICC profile (ICC.1, section 7.2): its header, which begins with the size of the whole, and in it
 // the colour space and the signature.
 constexpr size_t kHeader = 128, kSpaceAt = 16, kSignatureAt = 36;
-constexpr uint64_t kLargest = uint64_t{16} << 20;
+
+bool beginsAsProfile(std::span<const uint8_t> bytes) {
+  return bytes.size() >= kHeader && std::memcmp(bytes.data() + kSignatureAt, "acsp", 4) == 0;
+}
+
+constexpr Wanted kProfile{"ICC profile", "an ICC profile in it", "is no ICC profile", beginsAsProfile,
+                          uint64_t{16} << 20};
 
 bool isProfile(const std::vector<uint8_t> &icc) {
-  if (icc.size() < kHeader || std::memcmp(icc.data() + kSignatureAt, "acsp", 4) != 0) return false;
+  if (!beginsAsProfile(icc)) return false;
   const uint32_t size = uint32_t{icc[0]} << 24 | uint32_t{icc[1]} << 16 | uint32_t{icc[2]} << 8 | icc[3];
   return size >= kHeader && size <= icc.size();
 }
@@ -55,10 +61,10 @@ std::string listed(const std::vector<std::string> &things) {
 
 std::vector<uint8_t> givenProfile(const Options &options) {
   if (options.icc == Options::kKeepProfile || options.icc == Options::kDropProfile) return {};
-  const Input input(options.icc, kLargest);
+  const Input input(options.icc, kProfile);
   const std::vector<uint8_t> icc(input.bytes().begin(), input.bytes().end());
-  if (icc.size() > kLargest || !isProfile(icc))
-    throw Failure(kNoInput, options.icc + ": is no ICC profile");
+  if (icc.size() > kProfile.longest || !isProfile(icc))
+    throw Failure(kNoInput, input.name() + ": " + kProfile.unlike);
   return icc;
 }
 

@@ -33,14 +33,12 @@ MappedInputWatch watch = nullptr;
 constexpr size_t kFirstLook = size_t{1} << 16;
 
 // `expected` bytes or so.
-Buffer readAll(int fd, const std::string &name, uint64_t longest, size_t expected, size_t &used) {
+Buffer readAll(int fd, const std::string &name, const Wanted &wanted, size_t expected, size_t &used) {
   Buffer all(std::max(kFirstLook, expected));
   used = 0;
   for (;;) {
     if (used == all.size()) {
-      if (all.size() == kFirstLook && formatOf({all.data(), used}).empty()) {
-        fail(name, "is no picture in a known format; see --help for those that are");
-      }
+      if (all.size() == kFirstLook && !wanted.mayBegin({all.data(), used})) fail(name, wanted.unlike);
       Buffer larger(all.size() * 2);
       std::memcpy(larger.data(), all.data(), used);
       all = std::move(larger);
@@ -49,8 +47,9 @@ Buffer readAll(int fd, const std::string &name, uint64_t longest, size_t expecte
     if (got == 0) return all;
     if (got > 0) {
       used += static_cast<size_t>(got);
-      if (used > longest) {
-        fail(name, "does not end within " + std::to_string(longest) + " bytes; give one picture in a file");
+      if (used > wanted.longest) {
+        fail(name, "does not end within " + std::to_string(wanted.longest) + " bytes; give one " +
+                       wanted.one + " in a file");
       }
     } else if (errno != EINTR) {
       fail(name, std::string("cannot be read: ") + std::strerror(errno), errno);
@@ -59,6 +58,10 @@ Buffer readAll(int fd, const std::string &name, uint64_t longest, size_t expecte
 }
 
 }  // namespace
+
+constinit const Wanted kPicture{
+    "picture", "the pictures in it", "is no picture in a known format; see --help for those that are",
+    [](std::span<const uint8_t> bytes) { return !formatOf(bytes).empty(); }, uint64_t{1} << 32};
 
 void watchMappedInputs(MappedInputWatch told) {
   watch = told;
@@ -81,13 +84,13 @@ void bringIn(std::span<const uint8_t> bytes) {
 #endif
 }
 
-Input::Input(const std::string &path, uint64_t longest) : name_(path == "-" ? "standard input" : path) {
+Input::Input(const std::string &path, const Wanted &wanted) : name_(path == "-" ? "standard input" : path) {
   const Descriptor file{path == "-" ? 0 : open(path.c_str(), O_RDONLY | O_CLOEXEC)};
   if (file.fd < 0) fail(name_, std::string("cannot be opened: ") + std::strerror(errno), errno);
   struct stat about;
   if (fstat(file.fd, &about) != 0)
     fail(name_, std::string("cannot be read: ") + std::strerror(errno), errno);
-  if (S_ISDIR(about.st_mode)) fail(name_, "is a folder; name the pictures in it", EISDIR);
+  if (S_ISDIR(about.st_mode)) fail(name_, std::string("is a folder; name ") + wanted.inside, EISDIR);
   if (watch && S_ISREG(about.st_mode) && about.st_size > 0 && lseek(file.fd, 0, SEEK_CUR) == 0) {
     const size_t size = static_cast<size_t>(about.st_size);
     void *mapped = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.fd, 0);
@@ -102,7 +105,7 @@ Input::Input(const std::string &path, uint64_t longest) : name_(path == "-" ? "s
   try {
     const uint64_t size = S_ISREG(about.st_mode) ? static_cast<uint64_t>(about.st_size) : 0;
     // One more, to see the end.
-    read_ = readAll(file.fd, name_, longest, static_cast<size_t>(std::min(size, longest) + 1), used);
+    read_ = readAll(file.fd, name_, wanted, static_cast<size_t>(std::min(size, wanted.longest) + 1), used);
   } catch (const std::bad_alloc &) {
     const bool isFile = S_ISREG(about.st_mode);
     fail(name_, std::string("there is not enough memory to read it") +

@@ -18,13 +18,24 @@ void bringIn(std::span<const uint8_t> bytes);
 using MappedInputWatch = void (*)(const std::string &name);
 void watchMappedInputs(MappedInputWatch told);
 
+// What an input is to hold, and what is said of one that does not.
+struct Wanted {
+  const char *one;     // what it is: "does not end...; give one picture in a file"
+  const char *inside;  // what to take of a folder: "is a folder; name the pictures in it"
+  const char *unlike;  // said of what begins otherwise
+  bool (*mayBegin)(std::span<const uint8_t> bytes);
+  uint64_t longest;
+};
+
+// In a format that is known.
+extern const Wanted kPicture;
+
 class Input {
  public:
-  static constexpr uint64_t kLongest = uint64_t{1} << 32;
   // Maps the file, or reads it when it cannot be mapped or nobody watches; "-" is standard input. What must
-  // be read may be `longest` bytes long, and is given up early when it begins like no picture: pipes and
-  // devices need not end. Throws a Failure that names the file.
-  explicit Input(const std::string &path, uint64_t longest = kLongest);
+  // be read may be `longest` bytes long, and is given up early when it begins like nothing that is wanted:
+  // pipes and devices need not end. Throws a Failure that names the file.
+  explicit Input(const std::string &path, const Wanted &wanted = kPicture);
   ~Input();
   Input(const Input &) = delete;
   Input &operator=(const Input &) = delete;

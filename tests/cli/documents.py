@@ -271,7 +271,16 @@ class Documents(shared.Checks):
         photo.save(self.path("cut.png"), icc_profile=icc[:-1])
         said = self.export(self.path("cut.png"), out)
         self.true(f"a note of a profile cut short: {said}", "the ICC profile (it is damaged)" in said)
-        self.export("--icc", self.path("nowhere.icc"), source, out, code=66)
+        # In the words of profiles, and not of pictures.
+        for name, why in ((self.path("nowhere.icc"), "cannot be opened: No such file or directory"), ("/dev/zero", "is no ICC profile"),
+                          (self.folder, "is a folder; name an ICC profile in it")):
+            said = self.export("--icc", name, source, out, code=66)
+            self.same(f"--icc {name}", said, f"raxel-export: {name}: {why}\n")
+        # A pipe's, which is longer than what is looked at first.
+        with open(self.path("piped.icc"), "wb") as file:
+            file.write(icc)
+        piped = self.run("sh", "-c", f'cat piped.icc | "{self.program}" --icc - "{source}" "{out}"')
+        self.true(f"a profile from a pipe: {piped}", piped[0] == 0 and seen() == (icc, nothing))
         for mode, why in (("grey256", "it is for RGB, and the mode is grey256"), ("color256", "it is for RGB, and the mode is color256")):
             said = self.export("-m", mode, source, out)
             self.true(f"a note in {mode}: {said}", f"note: not carried over: the ICC profile ({why})" in said)

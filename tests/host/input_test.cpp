@@ -19,7 +19,9 @@ std::string refusal(const std::string &bytes, uint64_t longest) {
   const std::string path = "/dev/fd/" + std::to_string(ends[0]);
   std::string message;
   try {
-    const host::Input input(path, longest);
+    host::Wanted wanted = host::kPicture;
+    wanted.longest = longest;
+    const host::Input input(path, wanted);
     EXPECT_EQ(std::string(input.bytes().begin(), input.bytes().end()), bytes);
   } catch (const host::Failure &failure) {
     EXPECT_EQ(failure.code(), host::kNoInput);
@@ -35,6 +37,32 @@ TEST(Input, APipeMustEnd) {
   const std::string picture = "P5\n1 1\n255\nA";
   EXPECT_EQ(refusal(picture, 12), "");
   EXPECT_EQ(refusal(picture, 11), ": does not end within 11 bytes; give one picture in a file");
+}
+
+// Words and first look are those of what is wanted.
+TEST(Input, SpeaksOfWhatIsWanted) {
+  const auto begins = [](std::span<const uint8_t> bytes) { return bytes[0] == 0; };
+  const host::Wanted zeros{"row of zeros", "a row of zeros in it", "begins with no zero", begins, 100000};
+  const auto said = [&](const std::string &path) -> std::string {
+    try {
+      const host::Input input(path, zeros);
+      return "nothing";
+    } catch (const host::Failure &failure) {
+      return failure.what();
+    }
+  };
+  EXPECT_EQ(said("/tmp"), "/tmp: is a folder; name a row of zeros in it");
+  EXPECT_EQ(said("/dev/zero"),
+            "/dev/zero: does not end within 100000 bytes; give one row of zeros in a file");
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  ASSERT_NE(fcntl(ends[1], F_SETPIPE_SZ, 1 << 20), -1);
+  const std::string ones(70000, '1');
+  ASSERT_EQ(write(ends[1], ones.data(), ones.size()), static_cast<ssize_t>(ones.size()));
+  close(ends[1]);
+  const std::string path = "/dev/fd/" + std::to_string(ends[0]);
+  EXPECT_EQ(said(path), path + ": begins with no zero");
+  close(ends[0]);
 }
 
 // A file that need not be a picture is looked at before it is brought into memory.
