@@ -63,10 +63,9 @@ void set(RaxelHostOrder &order, const std::string &name, const char *value) {
 }
 
 // Without "pages" there is one picture.
-void checkInputs(const RaxelHostOrder &order) {
-  const Options &o = order.options;
-  if (order.task.inputs.empty()) throw Failure(kUsage, "no input given");
-  if (order.task.inputs.size() > 1 && !o.pages)
+void checkInputs(const Task &task, const Options &o) {
+  if (task.inputs.empty()) throw Failure(kUsage, "no input given");
+  if (task.inputs.size() > 1 && !o.pages)
     throw Failure(kUsage, "several inputs go as pages into one file: give --pages");
   checkPageChoice(o);
 }
@@ -80,11 +79,11 @@ Record ownCopy(const Record *given) {
 }
 
 void perform(RaxelHostOrder &order, const RaxelHostCalls &calls) {
-  order.options.json = true;  // pages are told of in the report
-  applyPreset(order.options);
-  checkOptions(order.options);
-  checkInputs(order);
-  const Options &options = order.options;
+  Options options = order.options;  // what a preset adds is this run's alone
+  options.json = true;              // pages are told of in the report
+  applyPreset(options);
+  checkOptions(options);
+  checkInputs(order.task, options);
   order.task.output = options.output;
   if (!options.output.empty()) {
     std::vector<std::string> files;

@@ -78,7 +78,8 @@ RAXEL_EXPORT void raxelHostOrderFree(RaxelHostOrder *order);
 
 // Sets an option by its long name ("dpi"), with its value as it is written on a command line; flags take
 // null. "output" names the file, without which it goes to memory or to a callback. "dry-run" tells what
-// would be written. Later values replace earlier ones, but for "set". Returns RAXEL_HOST_OK, or
+// would be written. "preset" stands for several options, as the command has them, and those that are set by
+// themselves go before it. Later values replace earlier ones, but for "set". Returns RAXEL_HOST_OK, or
 // RAXEL_HOST_BAD_ARGUMENT for an option or value that is not known, or that makes no sense here (those that
 // the command does itself: folders, inspection, reports, help).
 RAXEL_EXPORT int raxelHostOrderSet(RaxelHostOrder *order, const char *option, const char *value);

@@ -202,6 +202,33 @@ TEST(HostOrder, TellsThatSixteenBitsBecomeEight) {
   EXPECT_NE(report.find("\"notes\":[\"16-bit channels are reduced to 8\"]"), std::string::npos) << report;
 }
 
+// A preset is one more option, and what is set by itself goes before it.
+TEST(HostOrder, TakesAPresetByItsName) {
+  const RaxelHostPixels pixels = pixelsOf(kColors, RAXEL_PIXELS_RGB, 3, 2, 3);
+  const auto made = [&](const std::vector<Option> &options) {
+    const Order order = orderOf(options);
+    EXPECT_EQ(raxelHostOrderPicture(order.get(), &pixels), RAXEL_HOST_OK);
+    return fileOf(order);
+  };
+  const Bytes label = made({{"preset", "label"}});
+  EXPECT_EQ(label, made({{"mode", "bilevel"}, {"compress", "t6"}, {"threshold", "auto"}, {"dpi", "203"}}));
+  EXPECT_EQ(made({{"preset", "label"}, {"dpi", "300"}}),
+            made({{"dpi", "300"}, {"mode", "bilevel"}, {"compress", "t6"}, {"threshold", "auto"}}));
+  const Bytes fax = made({{"preset", "fax-standard"}});
+  EXPECT_EQ(support::readTiff(fax).width(), 1728u);
+  EXPECT_EQ(support::readTiff(fax).compression(), 3u);
+
+  // Nothing is left of one that is replaced, even after a run.
+  const Order order = orderOf({{"preset", "fax-fine"}});
+  ASSERT_EQ(raxelHostOrderPicture(order.get(), &pixels), RAXEL_HOST_OK);
+  EXPECT_NE(fileOf(order), label);
+  ASSERT_EQ(raxelHostOrderSet(order.get(), "preset", "label"), RAXEL_HOST_OK);
+  EXPECT_EQ(fileOf(order), label);
+
+  EXPECT_EQ(raxelHostOrderSet(order.get(), "preset", "fax"), RAXEL_HOST_BAD_ARGUMENT);
+  EXPECT_STREQ(raxelHostOrderMessage(order.get()), "--preset fax: there is none; see --list");
+}
+
 TEST(HostOrder, RefusesOptionsWithTheCommandsWords) {
   const Order order(raxelHostOrderNew());
   const auto refusal = [&](const char *name, const char *value) -> std::string {
