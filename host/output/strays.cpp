@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
 #include <memory>
 #include <set>
@@ -21,7 +22,9 @@ void removeUnowned(const std::string &name) {
   const int fd = open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) return;
   struct stat about;
-  if (fstat(fd, &about) == 0 && S_ISREG(about.st_mode) && lockTemporary(fd, name)) unlink(name.c_str());
+  if (fstat(fd, &about) == 0 && S_ISREG(about.st_mode) && lockTemporary(fd, name) == Lock::kOurs) {
+    unlink(name.c_str());
+  }
   close(fd);
 }
 
@@ -73,10 +76,15 @@ std::string followLinks(std::string path) {
   return "";
 }
 
-bool lockTemporary(int fd, const std::string &name) {
+Lock lockTemporary(int fd, const std::string &name) {
+  if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+    // Some network disks say EACCES of what is taken.
+    return errno == EWOULDBLOCK || errno == EACCES || errno == EINTR ? Lock::kTheirs : Lock::kNone;
+  }
   struct stat open, named;
-  return flock(fd, LOCK_EX | LOCK_NB) == 0 && fstat(fd, &open) == 0 && stat(name.c_str(), &named) == 0 &&
-         open.st_ino == named.st_ino && open.st_dev == named.st_dev;
+  const bool same = fstat(fd, &open) == 0 && stat(name.c_str(), &named) == 0 &&
+                    open.st_ino == named.st_ino && open.st_dev == named.st_dev;
+  return same ? Lock::kOurs : Lock::kTheirs;
 }
 
 void removeStrays(const std::string &path) {

@@ -16,8 +16,14 @@ std::string slotName(const std::string &path, int slot);
 // chain without an end.
 std::string followLinks(std::string path);
 
-// Locks an open temporary. False when somebody else holds it, or when it no longer has that name.
-bool lockTemporary(int fd, const std::string &name);
+enum class Lock {
+  kOurs,
+  kTheirs,  // somebody else holds it, or it no longer has that name
+  kNone,    // the disk has no locks, as some of a network: nobody knows whose it is
+};
+
+// Locks an open temporary.
+Lock lockTemporary(int fd, const std::string &name);
 
 // Removes what killed exports to the same file have left.
 void removeStrays(const std::string &path);

@@ -26,7 +26,7 @@ int createSlot(const std::string &path, std::string &name) {
     const int fd = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0 && errno == EEXIST) continue;
     if (fd < 0) return -1;
-    if (lockTemporary(fd, name)) return fd;
+    if (lockTemporary(fd, name) != Lock::kTheirs) return fd;
     close(fd);  // somebody took it for a stray in the moment before it was locked
   }
   errno = EBUSY;
