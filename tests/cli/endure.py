@@ -16,22 +16,17 @@ import time
 import traceback
 
 import shared
+from processes import HANG, Replaced, is_running, running, until
 
 KILLS = 200
 STEP = 4096
 SIZE = 1 << 20  # of the file that the full disk is tried on
-HANG = 120  # seconds after which what does not come is taken not to
 
 
-class Endurance:
+class Endurance(Replaced):
     def __init__(self, program, source, folder):
-        self.program = program
+        super().__init__(program, folder)
         self.sample = os.path.join(source, "samples/photo.png")
-        self.folder = folder
-        self.target = os.path.join(folder, "out.tif")
-        self.old = b"II*\0" + random.Random(1).randbytes(5000)
-        self.checks, self.faults = 0, []
-        self.sanitized = shared.sanitized(program)
         # A grey picture whose file has 1 MB.
         self.grey = os.path.join(folder, "grey.pgm")
         with open(self.grey, "wb") as out:
@@ -43,33 +38,6 @@ class Endurance:
         with open(path, "wb") as out:
             out.write(b"P6\n3000 2000\n255\n" + random.Random(4).randbytes(3000) * 6000)
         return path
-
-    def check(self, what, fine, seen=""):
-        """`seen` is told when it is not fine; a process is told of by how it ended and what it said."""
-        self.checks += 1
-        if not fine:
-            self.faults.append(f"{what}: {seen.told() if isinstance(seen, Run) else seen}")
-
-    def kept(self, what, process, allowed=()):
-        """Whether the old file is there, unless the process ended well, and nothing beside it."""
-        content = self.content()
-        self.check(f"{what}: the old file is gone", process.code == 0 or content in (self.old, *allowed),
-                   f"{len(content)} bytes that begin with {content[:16]!r}; {process.told()}")
-        self.check(f"{what}: a temporary is left", not self.strays(), f"{self.strays()}; {process.told()}")
-
-    def put_old(self):
-        with open(self.target, "wb") as out:
-            out.write(self.old)
-
-    def content(self):
-        with open(self.target, "rb") as file:
-            return file.read()
-
-    def strays(self, folder=None):
-        return [name for name in os.listdir(folder or self.folder) if ".raxel-" in name]
-
-    def start(self, *arguments, **how):
-        return Run([self.program, "-q", *arguments], **how)
 
     def kills(self):
         """kill -9 at random instants of an export and a little beyond."""
@@ -248,17 +216,27 @@ class Endurance:
         self.check("cut: none was noticed", noticed > 0)
         return f"{noticed} inputs cut short were noticed"
 
-    def limits(self):
-        """A limit on file sizes, at every 4 KiB of a file of 1 MB."""
-        full = 0
-        for limit in range(0, SIZE + 3 * STEP, STEP):
+    def jobs(self):
+        """What a disk gets too small for: name, arguments, bytes of the file and what to vary the room by."""
+        made = []
+        for name, arguments, step in (("picture", [self.grey, self.target], STEP), ("pages", self.pages(), 700)):
             self.put_old()
-            process = self.start(self.grey, self.target,
-                                 preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
-            code = process.end()
-            full += code == 74
-            self.check(f"limit {limit}: the exit code", code == (74 if limit < SIZE + 186 else 0), process)
-            self.kept(f"limit {limit}", process)
+            process = self.start(*arguments)
+            self.check(f"{name}: with room enough", process.end() == 0 and self.content() != self.old, process)
+            made.append((name, arguments, os.path.getsize(self.target), step))
+        return made
+
+    def limits(self):
+        """A limit on file sizes, at every 4 KiB of a file of 1 MB, and within every page of fifty."""
+        full = 0
+        for name, arguments, size, step in self.jobs():
+            for limit in [*range(0, size, step), size - 1, size]:
+                self.put_old()
+                process = self.start(*arguments, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+                code = process.end()
+                full += code == 74
+                self.check(f"{name}, limit {limit}: the exit code", code == (74 if limit < size else 0), process)
+                self.kept(f"{name}, limit {limit}", process)
         return f"{full} sizes at which a limit was hit"
 
     def full_disk(self):
@@ -274,110 +252,30 @@ class Endurance:
         return f"{last.split()[1]} checks on a full disk"
 
 
-class Run:
-    """A process, with what it said and what it has cost."""
-
-    def __init__(self, command, **how):
-        self.messages = tempfile.TemporaryFile()
-        self.process = subprocess.Popen(command, stderr=self.messages, **how)
-        self.pid = self.process.pid
-        self.code = None
-        self.cpu = 0.0  # seconds, when it has ended
-
-    def has_ended(self):
-        """Whether it has, without taking note of it."""
-        return self.code is not None or os.waitid(os.P_PID, self.pid, os.WEXITED | os.WNOHANG | os.WNOWAIT) is not None
-
-    def end(self, patience=None):
-        """Waits for it, or kills it when its time is up. Returns the exit code."""
-        if self.code is None:
-            if patience is not None and not until(self.has_ended, patience):
-                self.send(signal.SIGKILL)
-            _, status, usage = os.wait4(self.pid, 0)
-            self.code = self.process.returncode = os.waitstatus_to_exitcode(status)
-            self.cpu = usage.ru_utime + usage.ru_stime
-        return self.code
-
-    def send(self, number):
-        os.kill(self.pid, number)  # it has not been waited for
-
-    def kill(self):
-        self.send(signal.SIGKILL)
-        self.end()
-
-    def work(self):
-        """Seconds of processor time so far, on all its threads."""
-        return time.clock_gettime(~self.pid << 3 | 2)  # how the system numbers that clock
-
-    def maps(self, path):
-        try:
-            with open(f"/proc/{self.pid}/maps") as file:
-                return path in file.read()
-        except OSError:
-            return False
-
-    def said(self):
-        self.messages.seek(0)
-        return self.messages.read().decode(errors="replace")
-
-    def told(self):
-        return f"exit {self.code}, {self.cpu:.3f} s of work, said {self.said()[-400:]!r}"
-
-
-def until(holds, patience=None):
-    """Waits for a state, as long as it may take on the worst of machines. Whether it came."""
-    end = time.monotonic() + (patience or HANG)
-    while not holds():
-        if time.monotonic() > end:
-            return False
-        time.sleep(0.001)
-    return True
-
-
-def is_running(pid):
-    try:
-        with open(f"/proc/{pid}/stat") as file:
-            return file.read().rpartition(")")[2].split()[0] not in "ZX"
-    except OSError:
-        return False
-
-
-def running(session):
-    """The processes of a session that have not ended."""
-    found = []
-    for name in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            with open(f"/proc/{name}/stat") as file:
-                fields = file.read().rpartition(")")[2].split()
-        except OSError:
-            continue
-        if int(fields[3]) == session and fields[0] not in "ZX":
-            found.append(int(name))
-    return found
-
-
 def inside(folder, program):
     """In a namespace of our own: a disk of 1.2 MB, with less and less room on it."""
     disk = os.path.join(folder, "disk")
     os.makedirs(disk, exist_ok=True)
     room = SIZE + 50 * STEP
     subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={room}", "none", disk], check=True)
-    tried = Endurance(program, os.path.dirname(program), disk)
-    os.unlink(tried.grey)  # the picture lies outside
-    picture = os.path.join(folder, "grey.pgm")
+    outside = Endurance(program, os.path.dirname(program), folder)
+    tried = Replaced(program, disk)
     filler = os.path.join(disk, "filler")
-    for free in range(0, SIZE + 4 * STEP, STEP):
-        if os.path.exists(filler):
-            os.unlink(filler)
-        tried.put_old()
-        about = os.statvfs(disk)
-        with open(filler, "wb") as out:
-            out.write(bytes(max(0, about.f_bavail * about.f_bsize - free)))
-        process = tried.start(picture, tried.target)
-        code = process.end()
-        enough = free >= SIZE + STEP  # 186 bytes of header take a block of their own
-        tried.check(f"disk with {free} bytes: the exit code", code == (0 if enough else 74) or (code == 73 and free == 0), process)
-        tried.kept(f"disk with {free} bytes", process)
+    for name, arguments, size, _ in outside.jobs():
+        arguments = [tried.target if each == outside.target else each for each in arguments]
+        blocks = -(-size // STEP)  # the last one is not full, and takes as much
+        for free in range(0, (blocks + 3) * STEP, STEP):
+            if os.path.exists(filler):
+                os.unlink(filler)
+            tried.put_old()
+            about = os.statvfs(disk)
+            with open(filler, "wb") as out:
+                out.write(bytes(max(0, about.f_bavail * about.f_bsize - free)))
+            process = tried.start(*arguments)
+            code = process.end()
+            enough = free >= blocks * STEP
+            tried.check(f"{name}, disk with {free} bytes: the exit code", code == (0 if enough else 74) or (code == 73 and free == 0), process)
+            tried.kept(f"{name}, disk with {free} bytes", process)
     for fault in tried.faults:
         print(fault)
     print("disk:", tried.checks)
@@ -402,7 +300,7 @@ def main():
             try:
                 print(f"{step()} ({time.monotonic() - begin:.1f} s)")
             except Exception:  # the other steps have something to tell as well
-                tried.check(step.__name__, False, traceback.format_exc())
+                tried.check(step.__name__, False, traceback.format_exc(limit=-2))
     return shared.tell(tried.faults, f"endure: {tried.checks - len(tried.faults)} passed, {len(tried.faults)} failed; "
                        f"load {os.getloadavg()[0]:.1f}")
 
