@@ -6,6 +6,9 @@
 #include <optional>
 #include <vector>
 
+#include "prepare/diffuse.h"
+#include "prepare/distinct.h"
+#include "prepare/nearest.h"
 #include "prepare/quantize.h"
 #include "prepare/swap.h"
 
@@ -25,43 +28,17 @@ constexpr std::array<Color, 8> kCorners{{{255, 255, 255},
 // The index of a corner by its bits: red 4, green 2, blue 1.
 constexpr std::array<uint8_t, 8> kCornerOf{1, 2, 3, 5, 4, 6, 7, 0};
 
-// Index of each of a picture's colours, in the order in which they appear; open addressing.
-class Palette {
- public:
-  // The colour's index, or none when it is one too many.
-  std::optional<uint8_t> add(const uint8_t *color, uint32_t most) {
-    const uint32_t key =
-        1u << 24 | static_cast<uint32_t>(color[0]) << 16 | static_cast<uint32_t>(color[1]) << 8 | color[2];
-    for (uint32_t slot = key * 2654435761u >> 22;; slot = (slot + 1) % kSlots) {
-      if (keys_[slot] == key) return indices_[slot];
-      if (keys_[slot] != 0) continue;
-      if (count_ == most) return std::nullopt;
-      keys_[slot] = key;
-      indices_[slot] = static_cast<uint8_t>(count_);
-      std::copy_n(color, 3, colors_[count_].begin());
-      ++count_;
-      return indices_[slot];
-    }
-  }
-  const std::array<Color, 256> &colors() const { return colors_; }
-
- private:
-  static constexpr uint32_t kSlots = 1024;  // four times the most, so that searches are short
-  std::array<uint32_t, kSlots> keys_{};
-  std::array<uint8_t, kSlots> indices_{};
-  std::array<Color, 256> colors_{};
-  uint32_t count_ = 0;
-};
-
-void writeTable(std::span<const Color> colors, uint32_t most, uint8_t *table) {
-  for (size_t i = 0; i < std::min<size_t>(colors.size(), most); ++i) {
+// The first of the colours, and black for what is left of the table.
+void writeTable(std::span<const Color> colors, uint32_t entries, uint8_t *table) {
+  std::fill_n(table, size_t{3} * entries, uint8_t{0});
+  for (size_t i = 0; i < std::min<size_t>(colors.size(), entries); ++i) {
     std::copy(colors[i].begin(), colors[i].end(), table + 3 * i);
   }
 }
 
 // All pixels by index when the picture's colours fit the mode; false when they do not.
 bool keepColors(const Source &source, const Block &block, uint8_t *table) {
-  Palette palette;
+  DistinctColors distinct;
   std::vector<uint8_t> colors(size_t{source.width()} * 3), indices(source.width());
   for (uint32_t y = 0; y < source.height(); ++y) {
     source.readColors(y, colors.data());
@@ -71,13 +48,13 @@ bool keepColors(const Source &source, const Block &block, uint8_t *table) {
         indices[x] = indices[x - 1];
         continue;
       }
-      const std::optional<uint8_t> index = palette.add(color, block.plan.colors);
+      const std::optional<uint8_t> index = distinct.add(color, block.plan.colors);
       if (!index) return false;
       indices[x] = *index;
     }
     packRow(indices, block.plan.bits, block.row(y));
   }
-  writeTable(palette.colors(), block.plan.colors, table);
+  writeTable(distinct.colors(), block.plan.colors, table);
   return true;
 }
 
@@ -119,6 +96,35 @@ void nearestCorners(std::span<const uint8_t> colors, uint8_t *indices) {
   }
 }
 
+// With 256 colours the steps are too fine for the eye, and dithering would only add noise.
+bool dithers(const RaxelRequest &request, const RaxelPlan &plan) {
+  return request.dither == RAXEL_DITHER_ON ||
+         (request.dither == RAXEL_DITHER_AUTO && plan.mode == RAXEL_MODE_COLOR16);
+}
+
+void packIndices(const Source &source, const std::vector<uint8_t> &indices, const Block &block) {
+  for (uint32_t y = 0; y < source.height(); ++y) {
+    packRow({indices.data() + size_t{source.width()} * y, source.width()}, block.plan.bits, block.row(y));
+  }
+}
+
+// The nearest entry for each pixel; true when all pixels have the very colours. If `allOrNone`, the first
+// row with a pixel that has not is the last.
+bool takeNearest(const Source &source, std::span<const Color> colors, bool allOrNone, const Block &block) {
+  NearestColor nearest(colors);
+  std::vector<uint8_t> room(size_t{source.width()} * 3), indices(source.width());
+  bool exact = true;
+  for (uint32_t y = 0; y < source.height(); ++y) {
+    const uint8_t *row = source.colorsOf(y, room.data());
+    nearest.findRow({row, room.size()}, indices.data());
+    for (size_t x = 0; exact && x < indices.size(); ++x)
+      exact = std::equal(row + 3 * x, row + 3 * x + 3, colors[indices[x]].begin());
+    if (!exact && allOrNone) return false;
+    packRow(indices, block.plan.bits, block.row(y));
+  }
+  return exact;
+}
+
 int quantize(const Source &source, const RaxelRequest &request, const RaxelServices *services,
              uint32_t colors, bool dither, Reduced &out) {
   switch (request.quantizer) {
@@ -151,7 +157,7 @@ MakeRow indexRows(const Source &source, const RaxelPlan &plan, uint8_t *table) {
 
 int toColor8(const Source &source, const RaxelRequest &request, const Block &block, RaxelPlan &plan,
              uint8_t *table) {
-  writeTable(kCorners, 8, table);
+  writeTable(kCorners, plan.colors, table);
   std::vector<uint8_t> colors(size_t{source.width()} * 3), indices(source.width());
   const bool dither = request.dither != RAXEL_DITHER_OFF;
   CornerDither ditherer(source.width());
@@ -171,16 +177,28 @@ int toOwnColors(const Source &source, const RaxelRequest &request, const RaxelSe
                 const Block &block, RaxelPlan &plan, uint8_t *table) {
   if (keepColors(source, block, table)) return RAXEL_HOST_OK;
   plan.notes |= RAXEL_NOTE_REDUCED;
-  // With 256 colours the steps are too fine for the eye, and dithering would only add noise.
-  const bool dither = request.dither == RAXEL_DITHER_ON ||
-                      (request.dither == RAXEL_DITHER_AUTO && plan.mode == RAXEL_MODE_COLOR16);
+  const bool dither = dithers(request, plan);
   if (dither) plan.notes |= RAXEL_NOTE_DITHERED;
   Reduced reduced;
   if (const int code = quantize(source, request, services, plan.colors, dither, reduced)) return code;
   writeTable(reduced.table, plan.colors, table);
-  for (uint32_t y = 0; y < source.height(); ++y) {
-    packRow({reduced.indices.data() + size_t{source.width()} * y, source.width()}, plan.bits, block.row(y));
-  }
+  packIndices(source, reduced.indices, block);
+  return RAXEL_HOST_OK;
+}
+
+int toPalette(const Source &source, const RaxelRequest &request, const Block &block, RaxelPlan &plan,
+              uint8_t *table) {
+  std::vector<Color> colors(request.paletteColors);
+  for (size_t i = 0; i < colors.size(); ++i) std::copy_n(request.palette + 3 * i, 3, colors[i].begin());
+  writeTable(colors, plan.colors, table);
+  const bool dither = dithers(request, plan);
+  if (takeNearest(source, colors, dither, block)) return RAXEL_HOST_OK;
+  plan.notes |= RAXEL_NOTE_REDUCED;
+  if (!dither) return RAXEL_HOST_OK;
+  plan.notes |= RAXEL_NOTE_DITHERED;
+  std::vector<uint8_t> indices(size_t{source.width()} * source.height());
+  diffuse(source, colors, indices.data());
+  packIndices(source, indices, block);
   return RAXEL_HOST_OK;
 }
 

@@ -12,6 +12,9 @@ int toColor8(const Source &source, const RaxelRequest &request, const Block &blo
 // 16 and 256 colours of the picture's own, whose depth is above the mode's.
 int toOwnColors(const Source &source, const RaxelRequest &request, const RaxelServices *services,
                 const Block &block, RaxelPlan &plan, uint8_t *table);
+// 16 and 256 colours of the request's palette.
+int toPalette(const Source &source, const RaxelRequest &request, const Block &block, RaxelPlan &plan,
+              uint8_t *table);
 
 // Rows of RGB, blue first.
 MakeRow rgbRows(const Source &source);

@@ -39,6 +39,29 @@ int32_t filterDpi(double dpi) {
   return static_cast<int32_t>(std::clamp(std::round(dpi), kLeastFilterDpi, kMostFilterDpi));
 }
 
+uint32_t bitsOf(int32_t mode) {
+  switch (mode) {
+    case RAXEL_MODE_BILEVEL:
+      return 1;
+    case RAXEL_MODE_GREY256:
+    case RAXEL_MODE_COLOR256:
+      return 8;
+    case RAXEL_MODE_RGB:
+      return 24;
+    default:
+      return 4;
+  }
+}
+
+// The colours of all other modes are fixed.
+int checkPalette(const RaxelRequest &request) {
+  if ((request.palette != nullptr) != (request.paletteColors != 0)) return RAXEL_HOST_BAD_ARGUMENT;
+  if (!request.palette) return RAXEL_HOST_OK;
+  const bool isFree = request.mode == RAXEL_MODE_COLOR16 || request.mode == RAXEL_MODE_COLOR256;
+  return isFree && request.paletteColors <= 1u << bitsOf(request.mode) ? RAXEL_HOST_OK
+                                                                       : RAXEL_HOST_BAD_PALETTE;
+}
+
 int checkRequest(const RaxelRequest &request) {
   if (!within(request.mode, RAXEL_MODES) || !within(request.compression, RAXEL_COMPRESSIONS) ||
       !within(request.layout, RAXEL_LAYOUT_TILES + 1) || !within(request.treatment, RAXEL_TREATMENTS) ||
@@ -57,7 +80,7 @@ int checkRequest(const RaxelRequest &request) {
   for (double inches : {request.inchesX, request.inchesY}) {
     if (!(inches >= 0) || !std::isfinite(inches)) return RAXEL_HOST_BAD_SIZE;
   }
-  return RAXEL_HOST_OK;
+  return checkPalette(request);
 }
 
 // Pixels of the picture at the wanted size. With one side given the other keeps the proportions, seen
@@ -72,20 +95,6 @@ int sizeInPixels(const RaxelPicture &picture, const RaxelRequest &request, doubl
   width = std::floor(inchesX * request.dpiX + 0.5);
   rows = std::floor(inchesY * request.dpiY + 0.5);
   return width < 1 || rows < 1 ? RAXEL_HOST_BAD_SIZE : RAXEL_HOST_OK;
-}
-
-uint32_t bitsOf(int32_t mode) {
-  switch (mode) {
-    case RAXEL_MODE_BILEVEL:
-      return 1;
-    case RAXEL_MODE_GREY256:
-    case RAXEL_MODE_COLOR256:
-      return 8;
-    case RAXEL_MODE_RGB:
-      return 24;
-    default:
-      return 4;
-  }
 }
 
 // Header, directory of 13 entries (14 with a colour map), colour map, two rationals, packed rows; a

@@ -35,7 +35,8 @@ int reduce(const Source &source, const RaxelRequest &request, const RaxelService
     case RAXEL_MODE_COLOR8:
       return toColor8(source, request, block, plan, table);
     default:
-      return toOwnColors(source, request, services, block, plan, table);
+      return request.palette ? toPalette(source, request, block, plan, table)
+                             : toOwnColors(source, request, services, block, plan, table);
   }
 }
 

@@ -14,7 +14,7 @@ bool isRowByRow(uint32_t bits, const RaxelRequest &request, const RaxelPlan &pla
       return isTwoColors(bits, request);
     case RAXEL_MODE_COLOR16:
     case RAXEL_MODE_COLOR256:
-      return bits <= plan.bits;
+      return bits <= plan.bits && !request.palette;
     default:
       return false;
   }

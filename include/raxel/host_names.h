@@ -8,7 +8,8 @@
 
 RAXEL_BEGIN
 
-// Why a picture cannot be prepared or written. raxelHostMessage has a sentence for each.
+// Why a picture cannot be prepared or written. raxelHostMessage has a sentence for each. The numbers stay:
+// a new one comes before RAXEL_HOST_CODES, which counts those of these headers.
 typedef enum RaxelHostCode {
   RAXEL_HOST_OK,                   // done
   RAXEL_HOST_BAD_ARGUMENT,         // a null pointer, or a value outside its enumeration
@@ -35,6 +36,7 @@ typedef enum RaxelHostCode {
   RAXEL_HOST_NOT_VERIFIED,         // the written bytes do not show the picture
   RAXEL_HOST_STOPPED,              // a callback asked for it
   RAXEL_HOST_PREDICTOR_NEEDS_LZW,  // differences in anything but 8-bit greys or RGB as LZW
+  RAXEL_HOST_BAD_PALETTE,          // one for no mode of free colours, or with more than the mode holds
   RAXEL_HOST_CODES                 // how many there are
 } RaxelHostCode;
 

@@ -111,9 +111,13 @@ typedef struct RaxelRequest {
   // for the picture at its size.
   uint32_t pageWidth;
   uint32_t pageHeight;
-  int32_t treatment;       // RaxelTreatment
-  int32_t dither;          // RaxelDither
-  int32_t quantizer;       // RaxelQuantizer
+  int32_t treatment;  // RaxelTreatment
+  int32_t dither;     // RaxelDither
+  int32_t quantizer;  // RaxelQuantizer
+  // The colours that the modes color16 and color256 take instead of the picture's own: red, green, blue of
+  // each. They begin the file's table in their order, and black fills it up. Null for none.
+  const uint8_t *palette;
+  uint32_t paletteColors;  // 1 to 16, or to 256
   int32_t threshold;       // RaxelThreshold, with anything but RAXEL_DITHER_ON
   int32_t thresholdLevel;  // 0 to 255, for RAXEL_THRESHOLD_LEVEL
   int32_t finish;  // 1: raxelHostExport gives the file its finished directory; 0: it stays as the filter

@@ -25,6 +25,7 @@ if [ "$update" = --update ]; then
   cp "$work/now.abi" "$description"
 elif ! abidiff "$description" "$work/now.abi"; then
   echo "The interface has changed. What existing programs cannot bear needs another SOVERSION; a field at"
-  echo "the end of a record that begins with its size does not. Keep the new description: ./dev interface"
+  echo "the end of a record that begins with its size does not, nor does an enumerator at the end of its own."
+  echo "Keep the new description: ./dev interface"
   exit 1
 fi

@@ -87,6 +87,34 @@ TEST(HostExport, SaysWhetherRowsAreDifferences) {
   EXPECT_EQ(slope.run(), RAXEL_HOST_BAD_ARGUMENT);
 }
 
+// The rows of such a picture are written without a look at the whole, unless its indices change.
+TEST(HostExport, WritesTheColorsOfAPalette) {
+  const std::vector<uint8_t> indices{0, 1, 2, 3, 3, 2, 1, 0};
+  const std::vector<uint8_t> table{250, 0, 0, 0, 250, 0, 0, 0, 250, 9, 9, 9};
+  const std::vector<uint8_t> palette{0, 0, 255, 0, 255, 0, 255, 0, 0};
+  Job job(4, 2);
+  job.job.picture = {4, 2, 8, indices.data(), 4, table.data(), 4};
+  job.job.request.mode = RAXEL_MODE_COLOR256;
+  job.job.request.palette = palette.data();
+  job.job.request.paletteColors = 3;
+  job.job.flags = RAXEL_HOST_VERIFY;
+  ASSERT_EQ(job.run(), RAXEL_HOST_OK) << job.result.message;
+  const std::vector<uint8_t> file = job.memory();
+  // (9, 9, 9) is as near to each of the three: the first.
+  EXPECT_EQ(pixelsOf(file), (std::vector<uint8_t>{2, 1, 0, 0, 0, 0, 1, 2}));
+  const support::TiffFile tiff = support::readTiff(file);
+  const std::vector<uint32_t> &map = tiff.find(320)->values;  // all reds, all greens, all blues
+  ASSERT_EQ(map.size(), 768u);
+  for (size_t i = 0; i < 256; ++i) {
+    for (size_t c = 0; c < 3; ++c) EXPECT_EQ(map[256 * c + i], i < 3 ? palette[3 * i + c] * 257u : 0u) << i;
+  }
+  raxelHostFree(job.result.memory);
+  job.job.request.mode = RAXEL_MODE_RGB;
+  EXPECT_EQ(job.run(), RAXEL_HOST_BAD_PALETTE);
+  EXPECT_STREQ(job.result.message,
+               "a palette is for the modes color16, with up to 16 colors, and color256");
+}
+
 TEST(HostExport, WritesTextsAndAProfile) {
   Job job(4, 2);
   const std::vector<uint8_t> icc{1, 2, 3, 4, 5};
