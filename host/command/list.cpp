@@ -1,10 +1,11 @@
-// Modes and compressions with their other names.
+// Modes and compressions with their other names, palettes, presets.
 #include <algorithm>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "command/help.h"
+#include "order/palettes.h"
 #include "order/presets.h"
 #include "raxel/host.h"
 
@@ -25,8 +26,8 @@ constexpr const char *kModeTexts[] = {
     "4 bits, 16 grey levels",
     "8 bits, 256 grey levels",
     "4 bits, the eight corners of the colour cube",
-    "4 bits, 16 colours of the picture's own",
-    "8 bits, 256 colours of the picture's own",
+    "4 bits, 16 colours of the picture's own, or those of --palette",
+    "8 bits, 256 colours of the picture's own, or those of --palette",
     "24 bits, red, green and blue",
 };
 static_assert(std::size(kModeTexts) == RAXEL_MODES);
@@ -96,19 +97,34 @@ Json presetJson() {
   return all;
 }
 
+std::string paletteText() {
+  std::string out;
+  for (const NamedPalette &palette : kPalettes) {
+    std::string line = "  " + std::string(palette.name);
+    line.resize(13, ' ');
+    out += line + std::string(palette.about) + '\n';
+  }
+  return out;
+}
+
+Json paletteJson() {
+  Json all = Json::array();
+  for (const NamedPalette &palette : kPalettes)
+    all.push_back({{"name", palette.name}, {"about", palette.about}, {"colors", palette.colors.size()}});
+  return all;
+}
+
 }  // namespace
 
 std::string listText() {
-  return "Modes:\n" + text(kModes) + "\nCompressions:\n" + text(kCompressions) + "\nPresets:\n" +
-         presetText();
+  return "Modes:\n" + text(kModes) + "\nCompressions:\n" + text(kCompressions) + "\nPalettes:\n" +
+         paletteText() + "\nPresets:\n" + presetText();
 }
 
 std::string listJson() {
-  return Json{{"command", "list"},
-              {"exit", 0},
-              {"modes", json(kModes)},
-              {"compressions", json(kCompressions)},
-              {"presets", presetJson()}}
+  return Json{{"command", "list"},         {"exit", 0},
+              {"modes", json(kModes)},     {"compressions", json(kCompressions)},
+              {"palettes", paletteJson()}, {"presets", presetJson()}}
              .dump() +
          "\n";
 }

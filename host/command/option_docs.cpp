@@ -34,6 +34,8 @@ std::string bashAnswer(const OptionRow &row) {
     case Completes::kChoices:
     case Completes::kExamples:
       return "COMPREPLY=($(compgen -W '" + std::string(row.choices) + "' -- \"$cur\"))";
+    case Completes::kChoicesOrFile:
+      return "mapfile -t COMPREPLY < <(compgen -W '" + std::string(row.choices) + "' -f -- \"$cur\")";
     case Completes::kFile:
       return "mapfile -t COMPREPLY < <(compgen -f -- \"$cur\")";
     case Completes::kFolder:
@@ -48,6 +50,9 @@ std::string zshAction(const OptionRow &row) {
     case Completes::kChoices:
     case Completes::kExamples:
       return "(" + std::string(row.choices) + ")";
+    case Completes::kChoicesOrFile:
+      return "{_alternative \"words\\:word\\:(" + std::string(row.choices) +
+             ")\" \"files\\:file\\:_files\"}";
     case Completes::kFile:
       return "_files";
     case Completes::kFolder:
@@ -123,6 +128,9 @@ std::string fishCompletion() {
       case Completes::kChoices:
       case Completes::kExamples:
         out += " -x -a '" + std::string(row.choices) + "'";
+        break;
+      case Completes::kChoicesOrFile:
+        out += " -r -F -a '" + std::string(row.choices) + "'";
         break;
       case Completes::kFile:
         out += " -r -F";

@@ -7,6 +7,7 @@
 
 #include "filter/setup.h"
 #include "order/options.h"
+#include "pictures/palette.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -30,9 +31,10 @@ struct Given {
 void sendEscape(Setup &setup, const SetEscape &escape, bool save);
 
 // What is to be done with a picture: the command line first, then the profile or the escapes given, then
-// the picture itself. Notes tell of values that had to be changed.
-RaxelRequest requestFor(const Options &options, const Setup &setup, const Picture &picture,
-                        std::vector<std::string> &notes);
+// the picture itself. The palette is that of the command line, empty for none, and is borrowed. Notes tell
+// of values that had to be changed.
+RaxelRequest requestFor(const Options &options, const Palette &palette, const Setup &setup,
+                        const Picture &picture, std::vector<std::string> &notes);
 
 // Sends the sides of a box in inches that are given.
 void sendSize(Setup &setup, const SizeBox &box, bool save);

@@ -85,6 +85,11 @@ int ownMode(const Picture &from) {
   return picture.bits <= 4 || picture.colors <= 16 ? RAXEL_MODE_COLOR16 : RAXEL_MODE_COLOR256;
 }
 
+// The smallest mode that holds it.
+int modeOf(const Palette &palette) {
+  return palette.size() <= 16 ? RAXEL_MODE_COLOR16 : RAXEL_MODE_COLOR256;
+}
+
 // 1 by 1 is how many files say "unknown". What lies this near to a whole number is meant to be one: formats
 // count in dots a metre, of which an inch has 1/39.
 double ownDpi(double dpi, std::vector<std::string> &notes) {
@@ -166,8 +171,8 @@ int howToFit(const Options &options, const RaxelRequest &request) {
 
 }  // namespace
 
-RaxelRequest requestFor(const Options &options, const Setup &setup, const Picture &picture,
-                        std::vector<std::string> &notes) {
+RaxelRequest requestFor(const Options &options, const Palette &palette, const Setup &setup,
+                        const Picture &picture, std::vector<std::string> &notes) {
   RaxelRequest request;
   raxelHostDefaults(&request);
   const RasterSetup &stored = setup.record();
@@ -178,7 +183,8 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
            });
   };
 
-  request.mode = options.mode ? *options.mode
+  request.mode = options.mode       ? *options.mode
+                 : !palette.empty() ? modeOf(palette)
                  : chosen({RAXEL_ESCAPE_SET_BITMAP_MODE}) && !options.autoMode
                      ? modeOfCode(stored.nBitmapMode)
                      : ownMode(picture);
@@ -199,6 +205,8 @@ RaxelRequest requestFor(const Options &options, const Setup &setup, const Pictur
   request.strips = options.strips;
   request.dither = options.dither;
   request.quantizer = options.quantizer;
+  request.palette = palette.empty() ? nullptr : palette.front().data();
+  request.paletteColors = static_cast<uint32_t>(palette.size());
   request.threshold = options.threshold;
   request.thresholdLevel = options.thresholdLevel;
   if (request.threshold != RAXEL_THRESHOLD_NONE && request.mode != RAXEL_MODE_BILEVEL)

@@ -45,6 +45,8 @@ std::string adviceFor(const Failure &failure, const Options &options, const std:
       return ": use --compress t6, t4 or huffman, or --strips quarters";
     case RAXEL_HOST_PREDICTOR_NEEDS_LZW:
       return ": give --predictor auto";
+    case RAXEL_HOST_BAD_PALETTE:
+      return ": use --mode auto, or another --palette";
     case RAXEL_HOST_NO_QUANTIZER:
       return ": use another --quantizer";
     case RAXEL_HOST_NO_THRESHOLD:

@@ -11,6 +11,7 @@
 #include "filter/save.h"
 #include "order/advice.h"
 #include "order/as_is.h"
+#include "order/given_palette.h"
 #include "order/page_feed.h"
 #include "pictures/picture.h"
 
@@ -52,7 +53,7 @@ Exit exitFor(int reason, const RaxelHostJob &job) {
 // Sentences about output and library name these; all others are about the picture.
 bool isAboutPicture(int reason) {
   return reason <= RAXEL_HOST_NO_MEMORY || reason == RAXEL_HOST_BAD_ROAD ||
-         reason == RAXEL_HOST_PREDICTOR_NEEDS_LZW;
+         reason == RAXEL_HOST_PREDICTOR_NEEDS_LZW || reason == RAXEL_HOST_BAD_PALETTE;
 }
 
 // What the callbacks of an export work on.
@@ -64,6 +65,7 @@ struct Run {
   std::optional<Given> given;
   PageFeed feed;
   std::vector<uint8_t> profile;      // of --icc
+  Palette palette;                   // of --palette
   std::unique_ptr<Picture> picture;  // the page at hand
   RaxelMetadata metadata{};          // of that page
   Report page;                       // what is told of it
@@ -75,7 +77,8 @@ struct Run {
         caller(who),
         report(whole),
         feed(wanted, what),
-        profile(givenProfile(wanted)) {
+        profile(givenProfile(wanted)),
+        palette(givenPalette(wanted)) {
     const FilterLock lock;
     given.emplace(library, wanted);
   }
@@ -151,7 +154,7 @@ bool readNext(Run &run) {
     if (run.options.asIs) return checkAsIs(announced, run.feed.name());
     RaxelHostJob job = jobOf(run, announced);
     std::vector<std::string> unheard;
-    job.request = requestFor(run.options, setup, announced, unheard);
+    job.request = requestFor(run.options, run.palette, setup, announced, unheard);
     checkJob(job, run.feed.name());
   };
   run.page = Report{};
@@ -183,7 +186,7 @@ int32_t turnPage(void *context, uint32_t, const RaxelHostResult *before, RaxelPi
     endPage(run, *before);
     if (!readNext(run)) return 0;
     *picture = run.picture->view;
-    *request = requestFor(run.options, run.given->setup, *run.picture, run.page.notes);
+    *request = requestFor(run.options, run.palette, run.given->setup, *run.picture, run.page.notes);
     run.metadata = metadataFor(run.options, run.profile, *run.picture, *request, run.page.notes);
     return 1;
   } catch (...) {
@@ -223,7 +226,7 @@ void carryOut(const Library &library, const Options &options, const Task &task, 
   if (options.asIs)
     return exportAsIs(library, options, *run.given, *run.picture, job, report, caller.memory);
   std::vector<std::string> &notes = options.pages ? run.page.notes : report.notes;
-  job.request = requestFor(options, setup, *run.picture, notes);
+  job.request = requestFor(options, run.palette, setup, *run.picture, notes);
   run.metadata = metadataFor(options, run.profile, *run.picture, job.request, notes);
   job.metadata = &run.metadata;
   job.nextPage = options.pages ? turnPage : nullptr;

@@ -12,6 +12,7 @@
 #include "order/digest.h"
 #include "order/manifest_lines.h"
 #include "order/option_table.h"
+#include "order/palettes.h"
 
 namespace host {
 namespace {
@@ -51,6 +52,7 @@ std::vector<std::string> optionFilesOf(const Options &options) {
   std::vector<std::string> files;
   const bool namesIcc = options.icc != Options::kKeepProfile && options.icc != Options::kDropProfile;
   if (namesIcc) files.push_back(options.icc);
+  if (!options.palette.empty() && !findPalette(options.palette)) files.push_back(options.palette);
   struct stat about;
   if (!options.profile.empty() && stat(options.profile.c_str(), &about) == 0)
     files.push_back(options.profile);

@@ -35,6 +35,7 @@ enum class OptionId {
   kThreshold,
   kTreatment,
   kQuantizer,
+  kPalette,
   kBackground,
   kAsIs,
   kIcc,
@@ -58,8 +59,9 @@ enum class OptionId {
   kVersion,
 };
 
-// What completes an argument: kChoices are all that it can be, kExamples some of it.
-enum class Completes { kNothing, kChoices, kExamples, kFile, kFolder };
+// What completes an argument: kChoices are all that it can be, kExamples some of it, and kChoicesOrFile all
+// but the names of files.
+enum class Completes { kNothing, kChoices, kExamples, kChoicesOrFile, kFile, kFolder };
 
 struct OptionRow {
   OptionId id;
@@ -143,12 +145,15 @@ inline constexpr auto kOptions = std::to_array<OptionRow>({
    "Change colours first: invert all or only greys, or make all grey"},
   {OptionId::kQuantizer, 0, "quantizer", "WHICH", Completes::kChoices, "best fast filter", kGroupPicture,
    "Who chooses colours for the 16- and 256-colour modes: the smallest error, Leptonica, or the filter"},
+  {OptionId::kPalette, 0, "palette", "FILE|NAME", Completes::kChoicesOrFile, "eink7 ega16 web216", kGroupPicture,
+   "The colours of the 16- and 256-colour modes: those of a GIMP palette (.gpl), of a picture that has few, or of "
+   "a name that --list tells"},
   {OptionId::kBackground, 0, "background", "COLOR", Completes::kExamples,
    "white black silver gray maroon red purple fuchsia green lime olive yellow navy blue teal aqua", kGroupPicture,
    "What shows through transparent parts: white (the default), another of HTML's sixteen names, #RGB or #RRGGBB"},
   {OptionId::kAsIs, 0, "as-is", "", Completes::kNothing, "", kGroupPicture,
    "Hand the picture over unprepared and let the filter do everything in its own way"},
-  {OptionId::kIcc, 0, "icc", "WHAT", Completes::kFile, "", kGroupPicture,
+  {OptionId::kIcc, 0, "icc", "WHAT", Completes::kChoicesOrFile, "keep drop", kGroupPicture,
    "The ICC profile of an RGB or grey file: keep (the default: the picture's own, where it fits), drop, or a FILE"},
   {OptionId::kDescription, 0, "description", "TEXT", Completes::kNothing, "", kGroupPicture,
    "What the picture shows; the picture's own by default, and none for an empty TEXT"},
@@ -180,7 +185,7 @@ inline constexpr auto kOptions = std::to_array<OptionRow>({
   {OptionId::kInspect, 0, "inspect", "", Completes::kNothing, "", kGroupReport,
    "Print directory, strips and faults of TIFF files, and write nothing"},
   {OptionId::kList, 0, "list", "", Completes::kNothing, "", kGroupReport,
-   "List modes and compressions, with their other names"},
+   "List modes and compressions with their other names, palettes and presets"},
   {OptionId::kJson, 0, "json", "", Completes::kNothing, "", kGroupReport,
    "Report as one JSON document on standard output (standard error when the picture goes there)"},
   {OptionId::kQuiet, 'q', "quiet", "", Completes::kNothing, "", kGroupReport,

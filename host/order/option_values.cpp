@@ -176,7 +176,8 @@ int named(const OptionRow &row, const std::string &value, int (*find)(const char
 // An empty name is most often a shell variable that was never set. Taken as "not given", it would make
 // another file the output.
 void checkName(const OptionRow &row, const std::string &value) {
-  const bool name = row.completes == Completes::kFile || row.completes == Completes::kFolder;
+  const bool name = row.completes == Completes::kFile || row.completes == Completes::kFolder ||
+                    row.completes == Completes::kChoicesOrFile;
   if (!name && row.id != OptionId::kSection) return;
   if (value.empty()) fail("--" + std::string(row.longName) + ": the name is empty");
 }
@@ -282,6 +283,9 @@ void setOption(const OptionRow &row, const std::string &value, Options &o) {
     case OptionId::kQuantizer:
       o.quantizer = chosen(row, value);
       return;
+    case OptionId::kPalette:
+      o.palette = value;
+      return;
     case OptionId::kBackground:
       o.background = parseColor(value);
       return;
@@ -357,6 +361,7 @@ void checkOptions(const Options &o) {
   if (o.asIs && (o.size || o.verify)) fail("--as-is leaves all to the filter: no --size and no --verify");
   if (o.asIs && o.pages) fail("--as-is leaves all to the filter, which writes one picture: no --pages");
   if (o.asIs && (o.fit || o.paper)) fail("--as-is leaves all to the filter: no --fit and no --paper");
+  if (o.asIs && !o.palette.empty()) fail("--as-is leaves all to the filter: no --palette");
   if (o.asIs && o.autoCompression) fail("--as-is leaves all to the filter: no --compress auto");
   if (o.fit && !o.size && !o.paper) fail("--fit needs --size or --paper");
   if (o.asIs && o.via != Via::kCell) fail("--as-is goes by --via cell");

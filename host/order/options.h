@@ -80,6 +80,7 @@ struct Options {
   int threshold = RAXEL_THRESHOLD_NONE;
   int thresholdLevel = 0;
   int quantizer = RAXEL_QUANTIZE_BEST;
+  std::string palette;  // its name, or a file's; empty for none
   std::array<uint8_t, 3> background{255, 255, 255};
   bool asIs = false;
 

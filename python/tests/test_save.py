@@ -51,6 +51,26 @@ def test_the_same_bytes_as_the_command(tmp_path: Path, png: Path) -> None:
     assert (tmp_path / "python.tif").read_bytes() == (tmp_path / "command.tif").read_bytes()
 
 
+def test_a_palette_by_name_or_from_a_file(tmp_path: Path, photo: Array) -> None:
+    from PIL import Image
+
+    panel = tmp_path / "panel.tif"
+    assert raxel.save(photo, panel, palette="eink7").mode == "color16"
+    with Image.open(panel) as image:
+        table = image.getpalette()
+        assert table is not None and max(image.getdata()) <= 6
+        assert table[:9] == [0, 0, 0, 255, 255, 255, 0, 255, 0]
+    two = tmp_path / "two.gpl"
+    two.write_text("GIMP Palette\n0 0 0\n255 255 0\n")
+    raxel.save(photo, panel, palette=two, dither=False)
+    with Image.open(panel) as image:
+        table = image.getpalette()
+        assert table is not None and table[:6] == [0, 0, 0, 255, 255, 0]
+        assert image.getextrema() == (0, 1)
+    with pytest.raises(raxel.Error, match="palette is for the modes"):
+        raxel.save(photo, panel, palette="eink7", mode="rgb")
+
+
 def test_plan_writes_nothing(tmp_path: Path, photo: Array) -> None:
     before = sorted(tmp_path.iterdir())
     plan = raxel.plan(photo, mode="bilevel", compress="t6", dither=False)

@@ -71,11 +71,14 @@ def main():
         os.mkdir(os.path.join(folder, "a folder"))
         open(os.path.join(folder, "a picture.png"), "w").close()
         checks.same("bash: files", bash(share, "raxel-export", "a", folder=folder), ["a folder", "a picture.png"])
+        open(os.path.join(folder, "ega.gpl"), "w").close()
+        checks.same("bash: names and files", bash(share, "raxel-export", "--palette", "e", folder=folder), ["ega.gpl", "ega16", "eink7"])
         checks.same("bash: folders", bash(share, "raxel-export", "-d", "a", folder=folder), ["a folder"])
     checks.same("bash: --dpi", bash(share, "raxel-export", "--dpi", "''"), [])
     if shutil.which("fish"):
         checks.same("fish: options", {o for o in fish(share, "raxel-export --") if o.startswith("--")}, options)
         checks.same("fish: --mode", fish(share, "raxel-export --mode "), modes)
+        checks.same("fish: --palette", set(fish(share, "raxel-export --palette e")) >= {"ega16", "eink7"}, True)
         checks.same("fish: -c t", fish(share, "raxel-export -c t"), ["t4", "t6"])
     if shutil.which("zsh"):
         # What the file hands to zsh's own function, one option or argument a line.
@@ -83,6 +86,10 @@ def main():
         checks.same("zsh: options", set(re.findall(r"(--[a-z-]+)=?\[", handed)), options)
         checks.same("zsh: modes", re.findall(r"^(?:\(.*\))?--mode=\[.*\]:MODE:\((.*)\)$", handed, re.M),
                     ["auto bilevel grey16 grey256 color8 color16 color256 rgb"])
+        # The function behind an option whose argument is a word or a file.
+        kinds = re.findall(r"^--palette=\[.*\]:FILE\|NAME:\{(.*)\}$", handed, re.M)
+        tried = output("zsh", "-f", "-c", "_alternative() { print -rl -- $@ }; " + kinds[0].replace("\\:", ":") if kinds else "true")
+        checks.same("zsh: --palette", tried, "words:word:(eink7 ega16 web216)\nfiles:file:_files\n")
     print(f"complete: {checks.passed} passed, {checks.failed} failed")
     return 1 if checks.failed else 0
 

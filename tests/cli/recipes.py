@@ -45,6 +45,14 @@ def size(path):
         return image.size, getattr(image, "n_frames", 1)
 
 
+def has_panel_colors(path):
+    """Black, white, green, blue, red, yellow and orange are the numbers 0 to 6, and none is missing in a photo."""
+    with Image.open(path) as image:
+        table = image.getpalette()[:21]
+        return (sorted({index for _, index in image.getcolors()}) == list(range(7)) and
+                bytes(table).hex() == "000000" "ffffff" "00ff00" "0000ff" "ff0000" "ffff00" "ff8000")
+
+
 def label_decodes(folder):
     Image.open(os.path.join(folder, "label.tif")).convert("L").save(os.path.join(folder, "label.png"))
     done = subprocess.run(["zbarimg", "-q", "label.png"], cwd=folder, capture_output=True, text=True)
@@ -63,7 +71,8 @@ CHECKS = {
              ["few words" in text for text in text_of(f + "/archive.pdf")] == [True] * 3,
     "fax": lambda f: size(f + "/fax.tif") == ((1728, 2290), 2),
     "Labels": lambda f: size(f + "/label.tif") == ((406, 142), 1) and label_decodes(f),
-    "e-ink": lambda f: size(f + "/panel.tif") == ((800, 480), 1),
+    "e-ink": lambda f: size(f + "/panel.tif") == ((800, 480), 1) and size(f + "/colors.tif") == ((600, 448), 1) and
+             has_panel_colors(f + "/colors.tif"),
     "folder": lambda f: sorted(os.listdir(f + "/kept")) == ["barcode.tif", "photo.tif", "scan-1.tif"],
 }
 

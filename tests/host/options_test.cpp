@@ -2,9 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <initializer_list>
+#include <iterator>
+#include <set>
+#include <sstream>
 
 #include "order/option_table.h"
+#include "order/palettes.h"
+#include "order/presets.h"
 
 namespace {
 
@@ -228,14 +234,30 @@ TEST(Options, EveryRowOfTheTableIsAnOption) {
   for (const host::OptionRow &row : host::kOptions) {
     EXPECT_FALSE(row.help.empty());
     EXPECT_NE(row.help.back(), '.') << row.longName;
-    const bool words =
-        row.completes == host::Completes::kChoices || row.completes == host::Completes::kExamples;
+    const bool words = row.completes == host::Completes::kChoices ||
+                       row.completes == host::Completes::kExamples ||
+                       row.completes == host::Completes::kChoicesOrFile;
     EXPECT_EQ(words, !row.choices.empty()) << row.longName;
     // Without its argument an option is an error that is not "unknown".
     const std::string name = "--" + std::string(row.longName);
     const std::string error = errorOf({name.c_str()});
     EXPECT_EQ(error.find("not expected"), std::string::npos) << error;
   }
+}
+
+TEST(Options, NamesAreThoseOfTheTables) {
+  const auto choicesOf = [](host::OptionId id) {
+    return std::string(std::ranges::find(host::kOptions, id, &host::OptionRow::id)->choices);
+  };
+  std::set<std::string> presets, palettes;
+  for (const host::Preset &preset : host::kPresets) presets.emplace(preset.name);
+  for (const host::NamedPalette &palette : host::kPalettes) palettes.emplace(palette.name);
+  const auto words = [](const std::string &text) {
+    std::istringstream list(text);
+    return std::set<std::string>(std::istream_iterator<std::string>(list), {});
+  };
+  EXPECT_EQ(words(choicesOf(host::OptionId::kPreset)), presets);
+  EXPECT_EQ(words(choicesOf(host::OptionId::kPalette)), palettes);
 }
 
 TEST(Options, APresetKeepsSilentAboutWhatIsGiven) {

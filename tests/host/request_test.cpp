@@ -26,7 +26,7 @@ RaxelRequest requestOf(const host::Options &options, const Read &read,
   const host::Library filter = host_test::linkedFilter();
   const host::Given given(filter, options);
   std::vector<std::string> ignored;
-  return host::requestFor(options, given.setup, read.picture, notes ? *notes : ignored);
+  return host::requestFor(options, {}, given.setup, read.picture, notes ? *notes : ignored);
 }
 
 int modeOf(const Read &read) {
@@ -49,6 +49,26 @@ TEST(Request, TakesTheSmallestModeThatKeepsThePicture) {
   EXPECT_EQ(modeOf(Read(4, {{1, 2, 3}})), RAXEL_MODE_COLOR16);
   EXPECT_EQ(modeOf(Read(8, std::vector<Color>(16, Color{1, 2, 3}))), RAXEL_MODE_COLOR16);
   EXPECT_EQ(modeOf(Read(8, std::vector<Color>(17, Color{1, 2, 3}))), RAXEL_MODE_COLOR256);
+}
+
+// The smallest mode that holds it, unless another one is asked for.
+TEST(Request, APaletteDecidesTheMode) {
+  const auto requestWith = [](size_t colors, const host::Options &options) {
+    static host::Palette palette;
+    palette.assign(colors, {1, 2, 3});
+    const host::Library filter = host_test::linkedFilter();
+    const host::Given given(filter, options);
+    std::vector<std::string> notes;
+    return host::requestFor(options, palette, given.setup, Read(1).picture, notes);
+  };
+  host::Options options;
+  EXPECT_EQ(requestWith(16, options).mode, RAXEL_MODE_COLOR16);
+  EXPECT_EQ(requestWith(17, options).mode, RAXEL_MODE_COLOR256);
+  EXPECT_EQ(requestWith(17, options).paletteColors, 17u);
+  EXPECT_EQ(requestWith(17, options).palette[50], 3);
+  options.mode = RAXEL_MODE_COLOR256;
+  EXPECT_EQ(requestWith(2, options).mode, RAXEL_MODE_COLOR256);
+  EXPECT_EQ(requestWith(0, options).palette, nullptr);
 }
 
 TEST(Request, TakesThePicturesResolutionWhereAFileCanHoldIt) {
