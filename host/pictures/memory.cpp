@@ -110,11 +110,9 @@ void gather(const Reading &reading, uint32_t y, uint32_t channels, uint8_t *out)
     return;
   }
   if (p.channelBytes == 1 && channels == 3 && pixelStep == 4 && channelStep == 1) {
-    for (uint32_t x = 0; x < p.width; ++x, pixel += 4, out += 3) {
-      out[0] = pixel[0];
-      out[1] = pixel[1];
-      out[2] = pixel[2];
-    }
+    // Four bytes in one go, of which the next pixel replaces the last.
+    for (uint32_t x = 1; x < p.width; ++x, pixel += 4, out += 3) std::memcpy(out, pixel, 4);
+    std::memcpy(out, pixel, 3);
     return;
   }
   if (p.channelBytes == 1) {

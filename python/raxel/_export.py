@@ -94,7 +94,7 @@ def tobytes(
     given: dict[str, object] = {"mode": mode, "compress": compress, "dpi": dpi, "dither": dither, **options}
     with _order("tobytes", picture, pages, given) as order:
         order.run(progress)
-        return bytes(order.file())
+        return order.file_bytes()
 
 
 def plan(
