@@ -20,7 +20,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
       const auto speed = run.counters.find("bytes_per_second");
       if (speed == run.counters.end()) continue;
       const std::string name = run.run_name.function_name;
-      if (medians_.count(name) == 0) order_.push_back(name);
+      order_[run.family_index] = name;
       medians_[name] = speed->second.value / 1e6;
     }
     ConsoleReporter::ReportRuns(runs);
@@ -30,7 +30,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
   void printRatios() const {
     if (order_.empty()) return;
     std::printf("\n%-32s %12s %12s %8s\n", "", "ours MB/s", "theirs MB/s", "ratio");
-    for (const std::string &name : order_) {
+    for (const auto &[index, name] : order_) {
       const size_t slash = name.rfind("/ours");
       if (slash == std::string::npos || slash + 5 != name.size()) continue;
       const std::string pair = name.substr(0, slash);
@@ -42,7 +42,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
   }
 
  private:
-  std::vector<std::string> order_;
+  std::map<int64_t, std::string> order_;  // by when it was registered: they end in a random order
   std::map<std::string, double> medians_;
 };
 

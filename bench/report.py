@@ -12,10 +12,11 @@ import argparse
 import os
 import platform
 import re
-import statistics
+import shutil
 import subprocess
 import sys
 import tempfile
+import time
 
 import numpy
 from PIL import Image
@@ -24,6 +25,11 @@ import command_bench
 import quantize_bench
 
 SOURCE = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+
+
+def tell(text):
+    """Progress, for whoever waits."""
+    print(f"report: {text}", file=sys.stderr, flush=True)
 
 
 def rows(heads, cells):
@@ -52,7 +58,9 @@ def machine(wanted, folder):
 def processes(wanted, folder):
     command_bench.write_photo(folder, SOURCE)
     cells = []
-    for job, commands in command_bench.jobs(command_bench.program(wanted.build)).items():
+    jobs = command_bench.jobs(command_bench.program(wanted.build))
+    for number, (job, commands) in enumerate(jobs.items(), 1):
+        tell(f"processes, {number} of {len(jobs)}: {job}")
         found = command_bench.measure(commands, folder, wanted.runs)
         (_, (wall, processor, peak)), *rivals = found.items()
         for name, theirs in rivals:
@@ -115,12 +123,32 @@ def write_squares(folder, side):
                 out.write(band[:side - top].tobytes())
 
 
+def room(folder):
+    """Bytes that files in a folder and a process beside them may take, as far as the system says."""
+    free = shutil.disk_usage(folder).free
+    with open("/proc/meminfo", encoding="utf-8") as memory:
+        available = [1024 * int(line.split()[1]) for line in memory if line.startswith("MemAvailable:")]
+    return min([free, *available])
+
+
+def that_fit(sides, free):
+    """The sides of squares for which there is room: for the photo, its file, and once more what is held of it."""
+    return [side for side in sides if 9 * side**2 <= free]
+
+
 def growth(wanted, folder):
     command_bench.write_photo(folder, SOURCE)
     program = command_bench.program(wanted.build)
-    sides = (500, 1000) if wanted.quick else (1000, 2000, 4000, 8000, 16000)
+    all_sides = (500, 1000) if wanted.quick else (1000, 2000, 4000, 8000, 16000)
+    sides = that_fit(all_sides, room(folder))
+    missing = [f"{side * side / 1e6:g}" for side in all_sides if side not in sides]
+    if missing:
+        tell(f"no room for {', '.join(missing)} megapixels in {wanted.folder}: left out")
+    if not sides:
+        return [f"No room for pictures in `{wanted.folder}`."]
     found = {name: [] for name in GROWTH}
     for side in sides:
+        tell(f"growth, {side * side / 1e6:g} megapixels")
         write_squares(folder, side)
         commands = {name: [program, *options, "square-" + picture, "out.tif"] for name, (options, picture) in GROWTH.items()}
         for name, measured in command_bench.measure(commands, folder, wanted.runs if side < 8000 else min(3, wanted.runs)).items():
@@ -130,7 +158,8 @@ def growth(wanted, folder):
     cells = [[f"{size:g}", *(f"{wall:.2f} / {processor:.2f} / {peak:.0f}" for wall, processor, peak in measured)]
              for size, *measured in zip(sizes, *found.values())]
     return [*rows(["megapixels", *found], cells), "",
-            "Nanoseconds a pixel by the clock, the same in processor time, and MiB of memory at most.", "",
+            "Nanoseconds a pixel by the clock, the same in processor time, and MiB of memory at most."
+            + (f" There was no room for {', '.join(missing)} megapixels." if missing else ""), "",
             "![time a pixel and memory as pictures grow](growth.svg)"]
 
 
@@ -219,11 +248,12 @@ def main():
         text = document.read()
     for name in names:
         between(text, name, [])  # what has no place in the document shall not be found out after an hour
-    made = {}
-    for name in names:
-        print(f"report: {name}", file=sys.stderr, flush=True)
+    made, begin = {}, time.monotonic()
+    for number, name in enumerate(names, 1):
+        tell(f"table {number} of {len(names)}, {name}")
         with tempfile.TemporaryDirectory(prefix="raxel-bench-", dir=wanted.folder) as folder:
             made[name] = TABLES[name](wanted, folder)
+        tell(f"{name} is done, {time.monotonic() - begin:.0f} s since the beginning")
     with open(wanted.into, encoding="utf-8") as document:
         text = document.read()
     for name, lines in made.items():
