@@ -87,7 +87,7 @@ def quantizers(wanted, folder):
     methods = quantize_bench.rivals(wanted.build)
     paths = quantize_bench.pictures(folder)
     if wanted.quick:
-        paths = {"chart": paths["chart"], "portrait": paths["portrait"]}
+        paths = {name: paths[name] for name in ("portrait", "chart")}
     found = quantize_bench.compare(methods, paths, folder, wanted.runs)
     both = lambda texts: " / ".join(texts)
     cells = [[picture, *(both(f"{errors[picture][name]:.2f}" for errors, _ in found.values()) for name in methods)]

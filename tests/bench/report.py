@@ -77,7 +77,7 @@ def main():
         must(column(made["processes"], 2), [rival for job in jobs.values() for rival in list(job)[1:]], "rivals")
         must(column(made["growth"]), ["0.25", "1"], "megapixels")
         must(column(made["small"]), ["`raxel-export -j 2 -d`", "`xargs -P2 ppm2tiff`"], "rows of small pictures")
-        must(column(made["quantizers"]), ["chart", "portrait", "chart, ms"], "pictures to be reduced")
+        must(column(made["quantizers"]), ["portrait", "chart", "portrait, ms"], "pictures to be reduced")
         must(made["machine"][0].startswith("All of it in one run: "), True, "the sentence about the machine")
         for name in ("growth", "quantizers"):
             must(sum(f"]({name}.svg)" in line for line in made[name]), 1, f"links to {name}.svg")
