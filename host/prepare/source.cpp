@@ -19,11 +19,12 @@ Source::Source(const RaxelPicture &picture, int32_t treatment, const RaxelServic
     }
   }
   if (treatment != RAXEL_TREAT_NONE) services->rev_rgb(256, table_[0].data(), treatment);
-  grey_ = true;
+  grey_ = levelsAreIndices_ = true;
   for (size_t i = 0; i < entries; ++i) {
     const Color &c = table_[i];
     grey_ = grey_ && c[0] == c[1] && c[1] == c[2];
     level_[i] = brightness(c[0], c[1], c[2]);
+    levelsAreIndices_ = levelsAreIndices_ && level_[i] == i;
   }
 }
 
@@ -51,6 +52,7 @@ void Source::readIndices(uint32_t y, uint8_t *out) const {
 void Source::readGrey(uint32_t y, uint8_t *out) const {
   if (indexed()) {
     readIndices(y, out);
+    if (levelsAreIndices_) return;
     for (uint32_t x = 0; x < picture_.width; ++x) out[x] = level_[out[x]];
     return;
   }

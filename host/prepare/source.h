@@ -65,6 +65,7 @@ class Source {
   const RaxelServices *services_;
   Interrupt interrupt_;
   bool grey_ = false;
+  bool levelsAreIndices_ = false;  // so that there is nothing to look up
   uint32_t colors_ = 0;
   std::array<Color, 256> table_{};
   std::array<uint8_t, 256> level_{};  // brightness of each entry
