@@ -47,7 +47,7 @@ void packCodes(BitWriter &bits, const uint16_t *codes, uint32_t count) {
 }
 
 // Puts the codes of a table into the stream: how wide each of them is says how many came before it.
-void packTable(Stream &s) {
+[[gnu::noinline]] void packTable(Stream &s) {
   constexpr uint32_t k10Bits = 512 - kFirstFree, k11Bits = 1024 - kFirstFree, k12Bits = 2048 - kFirstFree;
   const uint32_t count = s.next - kFirstFree;
   const auto within = [count](uint32_t from, uint32_t to) {
@@ -61,9 +61,9 @@ void packTable(Stream &s) {
 }
 
 // The two ways take bytes up to `last`, or until the table is full: true for that. The prefix is a single
-// byte at first.
+// byte at first. Called once a table, they stay functions of their own, to be told apart in a profile.
 
-bool codeWithLists(Stream &stream, StringLists &lists, const uint8_t *last) {
+[[gnu::noinline]] bool codeWithLists(Stream &stream, StringLists &lists, const uint8_t *last) {
   Stream s = stream;
   while (s.at != last && s.next != kClearAt) {
     uint16_t *place = lists.pair(s.at - 1);
@@ -124,7 +124,7 @@ bool codeWithLists(Stream &stream, StringLists &lists, const uint8_t *last) {
   s.at += n;
 }
 
-bool codeWithColumns(Stream &stream, ColumnTables &tables, const uint8_t *last) {
+[[gnu::noinline]] bool codeWithColumns(Stream &stream, ColumnTables &tables, const uint8_t *last) {
   Stream s = stream;
   PlacesMade &made = tables.columns.made;
   while (s.next != kClearAt) {
