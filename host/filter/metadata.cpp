@@ -10,10 +10,10 @@ namespace {
 
 // Of an ICC profile (ICC.1, section 7.2): its header, which begins with the size of the whole, and in it
 // the colour space and the signature.
-constexpr size_t kHeader = 128, kSpaceAt = 16, kSignatureAt = 36;
+constexpr size_t kProfileHeader = 128, kSpaceAt = 16, kSignatureAt = 36;
 
 bool beginsAsProfile(std::span<const uint8_t> bytes) {
-  return bytes.size() >= kHeader && std::memcmp(bytes.data() + kSignatureAt, "acsp", 4) == 0;
+  return bytes.size() >= kProfileHeader && std::memcmp(bytes.data() + kSignatureAt, "acsp", 4) == 0;
 }
 
 constexpr Wanted kProfile{"ICC profile", "an ICC profile in it", "is no ICC profile", beginsAsProfile,
@@ -22,7 +22,7 @@ constexpr Wanted kProfile{"ICC profile", "an ICC profile in it", "is no ICC prof
 bool isProfile(const std::vector<uint8_t> &icc) {
   if (!beginsAsProfile(icc)) return false;
   const uint32_t size = uint32_t{icc[0]} << 24 | uint32_t{icc[1]} << 16 | uint32_t{icc[2]} << 8 | icc[3];
-  return size >= kHeader && size <= icc.size();
+  return size >= kProfileHeader && size <= icc.size();
 }
 
 // The colour space that a profile is for, as its four letters without spaces.

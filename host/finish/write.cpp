@@ -13,50 +13,50 @@ void put(std::vector<uint8_t> &to, uint32_t value, uint32_t size) {
   for (uint32_t i = 0; i < size; ++i) to.push_back(static_cast<uint8_t>(value >> 8 * i));
 }
 
-struct Entry {
+struct NewEntry {
   uint16_t tag, type;
   uint32_t count;
   std::vector<uint8_t> value;
 };
 
-Entry numbers(Tag tag, Type type, std::span<const uint32_t> values) {
-  Entry entry{tag, type, static_cast<uint32_t>(values.size()), {}};
+NewEntry numbers(Tag tag, Type type, std::span<const uint32_t> values) {
+  NewEntry entry{tag, type, static_cast<uint32_t>(values.size()), {}};
   for (const uint32_t value : values) put(entry.value, value, type == kShort ? 2 : 4);
   return entry;
 }
 
-Entry one(Tag tag, Type type, uint32_t value) {
+NewEntry one(Tag tag, Type type, uint32_t value) {
   return numbers(tag, type, {&value, 1});
 }
 
-Entry fraction(Tag tag, const Rational &value) {
-  Entry entry{tag, kRational, 1, {}};
+NewEntry fraction(Tag tag, const Rational &value) {
+  NewEntry entry{tag, kRational, 1, {}};
   put(entry.value, value.above, 4);
   put(entry.value, value.below, 4);
   return entry;
 }
 
 // Readers look for the zero at the end.
-Entry text(Tag tag, const std::string &value) {
-  Entry entry{tag, kAscii, static_cast<uint32_t>(value.size() + 1), {value.begin(), value.end()}};
+NewEntry text(Tag tag, const std::string &value) {
+  NewEntry entry{tag, kAscii, static_cast<uint32_t>(value.size() + 1), {value.begin(), value.end()}};
   entry.value.push_back(0);
   return entry;
 }
 
 // The colour map stays where the filter has put it.
-Entry colorMap(const FinishedPage &page) {
-  Entry entry{kColorMap, kShort, 3u << page.bits, {}};
+NewEntry colorMap(const FinishedPage &page) {
+  NewEntry entry{kColorMap, kShort, 3u << page.bits, {}};
   put(entry.value, page.colorMapAt, 4);
   return entry;
 }
 
-std::vector<Entry> entriesOf(const FinishedPage &page) {
+std::vector<NewEntry> entriesOf(const FinishedPage &page) {
   constexpr uint32_t kFax3 = 3, kFax4 = 4;
   constexpr uint32_t kFillBits = 4;      // every end-of-line code ends on a byte boundary
   constexpr uint32_t kOneOfSeveral = 2;  // a single page of a document
   constexpr uint32_t kInch = 2;
   const bool tiles = page.tileWidth != 0;
-  std::vector<Entry> e;
+  std::vector<NewEntry> e;
   e.push_back(one(kNewSubfileType, kLong, page.isPage ? kOneOfSeveral : 0));
   e.push_back(one(kImageWidth, kShort, page.width));
   e.push_back(one(kImageLength, kShort, page.height));
@@ -94,11 +94,11 @@ std::vector<Entry> entriesOf(const FinishedPage &page) {
 }
 
 // Entry count, entries, the next directory's place (none yet), values; all at even places.
-std::vector<uint8_t> directoryAt(uint64_t start, const std::vector<Entry> &entries) {
+std::vector<uint8_t> directoryAt(uint64_t start, const std::vector<NewEntry> &entries) {
   std::vector<uint8_t> front, values;
   const uint64_t valuesAt = start + kCountBytes + kEntryBytes * entries.size() + kLinkBytes;
   put(front, static_cast<uint32_t>(entries.size()), kCountBytes);
-  for (const Entry &entry : entries) {
+  for (const NewEntry &entry : entries) {
     put(front, entry.tag, 2);
     put(front, entry.type, 2);
     put(front, entry.count, 4);
@@ -161,7 +161,7 @@ const char *sentence(Outcome outcome) {
 Outcome writePage(File &file, const FinishedPage &page, Chain &chain) {
   const uint64_t start = (file.size + 1) & ~uint64_t{1};
   if (start + roomFor(page) > UINT32_MAX) return Outcome::kTooLarge;
-  const std::vector<Entry> entries = entriesOf(page);
+  const std::vector<NewEntry> entries = entriesOf(page);
   std::vector<uint8_t> bytes = directoryAt(start, entries);
   if (start != file.size) bytes.insert(bytes.begin(), 0);
   if (!file.write(file.context, file.size, bytes.data(), bytes.size())) return Outcome::kNotWritten;

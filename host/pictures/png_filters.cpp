@@ -8,19 +8,19 @@ namespace {
 
 // The samples of a pixel side by side, at most eight bytes of them, with room for sums and differences.
 using Pixel = int16_t __attribute__((vector_size(16)));
-using Bytes = uint8_t __attribute__((vector_size(8)));
+using EightBytes = uint8_t __attribute__((vector_size(8)));
 
 // Reads a byte more where that is faster; it counts for nothing.
 template <size_t kStep>
 Pixel load(const uint8_t *from) {
-  Bytes bytes{};
+  EightBytes bytes{};
   std::memcpy(&bytes, from, kStep == 3 ? 4 : kStep);
   return __builtin_convertvector(bytes, Pixel);
 }
 
 template <size_t kStep>
 void store(Pixel pixel, uint8_t *to) {
-  const Bytes bytes = __builtin_convertvector(pixel, Bytes);
+  const EightBytes bytes = __builtin_convertvector(pixel, EightBytes);
   std::memcpy(to, &bytes, kStep);
 }
 

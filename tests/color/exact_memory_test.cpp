@@ -13,10 +13,9 @@
 
 namespace {
 
+using pictures::kDepths;
 using plain::Bytes;
 using support::PageEnd;
-
-constexpr int kDepths[] = {1, 4, 8, 24, 32};
 
 // Less and more than what the fast roads take at a time, and enough pixels for a search's memory.
 struct Size {

@@ -13,6 +13,8 @@
 
 namespace pictures {
 
+inline constexpr int16_t kDepths[] = {1, 4, 8, 24, 32};  // of the pictures that there are
+
 inline runtime::Block block(const plain::Bytes &bytes) {
   runtime::Block out = runtime::Block::ofSize(bytes.size());
   if (!bytes.empty()) std::memcpy(out.data(), bytes.data(), bytes.size());

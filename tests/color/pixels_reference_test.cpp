@@ -14,9 +14,8 @@
 
 namespace {
 
+using pictures::kDepths;
 using reference::Bytes;
-
-constexpr int16_t kDepths[] = {1, 4, 8, 24, 32};
 
 int16_t anyDepth(support::Random &random) {
   return kDepths[random.between(0, 4)];

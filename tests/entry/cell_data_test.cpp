@@ -9,6 +9,7 @@ using entry_test::Bytes;
 using entry_test::bytesOf;
 using entry_test::Cell;
 using entry_test::Picture;
+using entry_test::word;
 
 Bytes zeros(size_t n) {
   return Bytes(n, 0);
@@ -374,11 +375,6 @@ TEST(CellDataClose, MayComeTwice) {
   EXPECT_EQ(cell.record().hBandCache, 0u);
   EXPECT_EQ(CellDataClose(&cell.record()), 0);
   EXPECT_EQ(CellDataClose(nullptr), 0);
-}
-
-template <class T>
-HostWord word(T *pointer) {
-  return reinterpret_cast<HostWord>(pointer);
 }
 
 TEST(DrawExportCellData, QueryTurnsExtentsIntoInches) {

@@ -11,6 +11,12 @@
 
 namespace entry_test {
 
+// An address as the word that a record takes.
+template <class T>
+HostWord word(T *pointer) {
+  return reinterpret_cast<HostWord>(pointer);
+}
+
 // The seven arguments of one status callback: context, a to f. The follow-up's block is kept as 0 in
 // f, and its words in `block`.
 struct StatusCall {

@@ -4,9 +4,12 @@
 #include <array>
 #include <vector>
 
+#include "entry/host_calls.h"
 #include "raxel/filter.h"
 
 namespace {
+
+using entry_test::word;
 
 struct DrawCall {
   HostWord op, a, b, c;
@@ -22,11 +25,6 @@ HostWord draw(HostWord op, HostWord a, HostWord b, HostWord c) {
     for (size_t i = 0; i < OFFSCREEN_WORDS; ++i) requested[i] = request[i];
   }
   return answer;
-}
-
-template <class T>
-HostWord word(T *pointer) {
-  return reinterpret_cast<HostWord>(pointer);
 }
 
 class Offscreen : public testing::Test {

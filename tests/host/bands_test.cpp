@@ -69,11 +69,11 @@ void fill(TestPicture &picture) {
 }
 
 // What goes in, and the modes in which its rows are made one by one.
-struct Kind {
+struct Row {
   uint32_t bits, colors;  // 0: without a table
   std::vector<int> modes;
 };
-const std::vector<Kind> kKinds{
+const std::vector<Row> kRows{
     {24, 0, {RAXEL_MODE_RGB, RAXEL_MODE_GREY256}},
     {8, 0, {RAXEL_MODE_RGB, RAXEL_MODE_GREY256, RAXEL_MODE_COLOR256}},
     {8, 200, {RAXEL_MODE_RGB, RAXEL_MODE_GREY256, RAXEL_MODE_COLOR256}},
@@ -95,18 +95,18 @@ std::vector<host_test::Color> someColors(uint32_t count) {
 // Compares all kinds at one size; returns the most bands that one of them took.
 uint64_t compareAll(uint32_t width, uint32_t height, int treatment = RAXEL_TREAT_NONE) {
   uint64_t most = 0;
-  for (const Kind &kind : kKinds) {
-    TestPicture picture(width, height, kind.bits);
+  for (const Row &row : kRows) {
+    TestPicture picture(width, height, row.bits);
     fill(picture);
-    if (kind.colors != 0) picture.useTable(someColors(kind.colors));
-    for (const int mode : kind.modes) {
+    if (row.colors != 0) picture.useTable(someColors(row.colors));
+    for (const int mode : row.modes) {
       RaxelRequest request = host_test::request(mode);
       request.treatment = treatment;
       const Sent block = send(picture.view, request, false), bands = send(picture.view, request, true);
       EXPECT_TRUE(bands.complete && bands.closed);
       EXPECT_EQ(bands.notes, block.notes);
-      EXPECT_TRUE(bands.file == block.file) << width << " by " << height << ", " << kind.bits << " bits, "
-                                            << kind.colors << " colours, " << raxelHostModeName(mode);
+      EXPECT_TRUE(bands.file == block.file) << width << " by " << height << ", " << row.bits << " bits, "
+                                            << row.colors << " colours, " << raxelHostModeName(mode);
       most = std::max(most, block.block / bands.block);
     }
   }

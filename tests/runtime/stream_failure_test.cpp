@@ -10,13 +10,12 @@
 #include "raxel/memory.h"
 #include "raxel/stream.h"
 #include "runtime/file_limit.h"
+#include "runtime/record_of_stream.h"
 #include "support/temp_dir.h"
 
 namespace {
 
-const KvlStream &record(Handle handle) {
-  return *static_cast<const KvlStream *>(GlobalLock(handle));
-}
+using support::record;
 
 TEST(FullDisk, AShortFileIsReportedAtTheClose) {
   const Handle h = kvlOpen("/dev/full", nullptr, KVL_OUTPUT);

@@ -10,13 +10,12 @@
 
 #include "raxel/memory.h"
 #include "raxel/stream.h"
+#include "runtime/record_of_stream.h"
 #include "support/temp_dir.h"
 
 namespace {
 
-const KvlStream &record(Handle handle) {
-  return *static_cast<const KvlStream *>(GlobalLock(handle));
-}
+using support::record;
 
 int32_t tell(Handle handle) {
   return kvlSeek(handle, 0, KVL_FROM_POSITION);

@@ -6,14 +6,13 @@
 
 #include "raxel/memory.h"
 #include "raxel/stream.h"
+#include "runtime/record_of_stream.h"
 #include "support/blocks.h"
 #include "support/cases.h"
 
 namespace {
 
-const KvlStream &record(Handle handle) {
-  return *static_cast<const KvlStream *>(GlobalLock(handle));
-}
+using support::record;
 
 // A block of the caller's, as an export into memory hands it over.
 struct Memory : testing::Test {

@@ -9,6 +9,7 @@
 
 #include "raxel/memory.h"
 #include "raxel/stream.h"
+#include "runtime/record_of_stream.h"
 #include "support/blocks.h"
 #include "support/cases.h"
 #include "support/random.h"
@@ -16,11 +17,9 @@
 
 namespace {
 
-using Bytes = std::vector<uint8_t>;
+using support::record;
 
-const KvlStream &record(Handle handle) {
-  return *static_cast<const KvlStream *>(GlobalLock(handle));
-}
+using Bytes = std::vector<uint8_t>;
 
 // A file with a position, and nothing between.
 struct PlainFile {

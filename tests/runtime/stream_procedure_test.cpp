@@ -8,9 +8,12 @@
 
 #include "raxel/memory.h"
 #include "raxel/stream.h"
+#include "runtime/record_of_stream.h"
 #include "support/temp_dir.h"
 
 namespace {
+
+using support::record;
 
 struct Call {
   HostWord token, op, arg1, arg2;
@@ -50,10 +53,6 @@ struct Procedure : testing::Test {
     d.lpfnProc = reinterpret_cast<HostWord>(keep);
   }
 };
-
-const KvlStream &record(Handle handle) {
-  return *static_cast<const KvlStream *>(GlobalLock(handle));
-}
 
 TEST_F(Procedure, SeesTheWholeLifeOfAStream) {
   const char *name = "picture.tif";

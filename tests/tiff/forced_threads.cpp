@@ -11,21 +11,21 @@ uint32_t ofEnvironment() {
   return text == nullptr ? 0 : static_cast<uint32_t>(std::strtoul(text, nullptr, 10));
 }
 
-uint32_t forced = ofEnvironment();  // 0: as always
+uint32_t forcedCount = ofEnvironment();  // 0: as always
 
 }  // namespace
 
 namespace support {
 
-Threads::Threads(uint32_t threads) : before_(std::exchange(forced, threads)) {}
+Threads::Threads(uint32_t threads) : before_(std::exchange(forcedCount, threads)) {}
 Threads::~Threads() {
-  forced = before_;
+  forcedCount = before_;
 }
 
 }  // namespace support
 
 // Instead of the library's own.
 uint32_t tiff::codingThreads(uint64_t bytes, uint64_t chunks, uint64_t least) {
-  if (forced == 0) return chooseThreads(bytes, chunks, least, 2, kMostThreads);
-  return chooseThreads(1, chunks, 0, forced, kMostThreads);
+  if (forcedCount == 0) return chooseThreads(bytes, chunks, least, 2, kMostThreads);
+  return chooseThreads(1, chunks, 0, forcedCount, kMostThreads);
 }

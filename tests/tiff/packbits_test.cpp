@@ -15,7 +15,7 @@ using Bytes = std::vector<uint8_t>;
 
 // The row stands in a block of exactly its size, and so does the room for the codes, so that the
 // address sanitizer sees every byte read or written outside.
-Bytes encode(const Bytes &row) {
+Bytes encodeRow(const Bytes &row) {
   Bytes out(2 * row.size() + 2, 0xA5);
   out.resize(tiff::encodePackBits(row, out.data()));
   return out;
@@ -28,18 +28,18 @@ Bytes encodePiece(const Bytes &piece) {
 }
 
 TEST(PackBits, ALiteralEndsWhereAPairBegins) {
-  EXPECT_EQ(encode({0x41, 0x42, 0x42}), (Bytes{0x00, 0x41, 0xFF, 0x42}));
+  EXPECT_EQ(encodeRow({0x41, 0x42, 0x42}), (Bytes{0x00, 0x41, 0xFF, 0x42}));
 }
 
 TEST(PackBits, RunsOf127And128EqualBytes) {
-  EXPECT_EQ(encode(Bytes(127, 0x33)), (Bytes{0x82, 0x33}));
-  EXPECT_EQ(encode(Bytes(128, 0x33)), (Bytes{0x82, 0x33, 0x00, 0x33}));
-  EXPECT_EQ(encode(Bytes(129, 0x33)), (Bytes{0x82, 0x33, 0xFF, 0x33}));
-  EXPECT_EQ(encode(Bytes(126, 0x33)), (Bytes{0x83, 0x33}));
+  EXPECT_EQ(encodeRow(Bytes(127, 0x33)), (Bytes{0x82, 0x33}));
+  EXPECT_EQ(encodeRow(Bytes(128, 0x33)), (Bytes{0x82, 0x33, 0x00, 0x33}));
+  EXPECT_EQ(encodeRow(Bytes(129, 0x33)), (Bytes{0x82, 0x33, 0xFF, 0x33}));
+  EXPECT_EQ(encodeRow(Bytes(126, 0x33)), (Bytes{0x83, 0x33}));
 }
 
 TEST(PackBits, RowOf300IsPiecesOf127And127And46) {
-  EXPECT_EQ(encode(Bytes(300, 0)), (Bytes{0x82, 0, 0x82, 0, 0xD3, 0}));
+  EXPECT_EQ(encodeRow(Bytes(300, 0)), (Bytes{0x82, 0, 0x82, 0, 0xD3, 0}));
   Bytes rising(300);
   for (size_t i = 0; i < rising.size(); ++i) rising[i] = static_cast<uint8_t>(i);
   Bytes expected;
@@ -48,30 +48,30 @@ TEST(PackBits, RowOf300IsPiecesOf127And127And46) {
     expected.push_back(static_cast<uint8_t>(n - 1));
     for (size_t i = at; i < at + n; ++i) expected.push_back(static_cast<uint8_t>(i));
   }
-  EXPECT_EQ(encode(rising), expected);
+  EXPECT_EQ(encodeRow(rising), expected);
 }
 
 TEST(PackBits, EmptyRowGivesNothing) {
-  EXPECT_EQ(encode({}), Bytes{});
+  EXPECT_EQ(encodeRow({}), Bytes{});
   EXPECT_EQ(encodePiece({}), Bytes{});
 }
 
 TEST(PackBits, OneByteIsALiteral) {
-  EXPECT_EQ(encode({0x80}), (Bytes{0x00, 0x80}));
+  EXPECT_EQ(encodeRow({0x80}), (Bytes{0x00, 0x80}));
 }
 
 TEST(PackBits, PairIsAlwaysARun) {
-  EXPECT_EQ(encode({1, 2, 2, 3, 4, 4}), (Bytes{0x00, 1, 0xFF, 2, 0x00, 3, 0xFF, 4}));
-  EXPECT_EQ(encode({1, 1, 2, 2, 2, 3, 3}), (Bytes{0xFF, 1, 0xFE, 2, 0xFF, 3}));
+  EXPECT_EQ(encodeRow({1, 2, 2, 3, 4, 4}), (Bytes{0x00, 1, 0xFF, 2, 0x00, 3, 0xFF, 4}));
+  EXPECT_EQ(encodeRow({1, 1, 2, 2, 2, 3, 3}), (Bytes{0xFF, 1, 0xFE, 2, 0xFF, 3}));
 }
 
 TEST(PackBits, LiteralsAndRunsInTurn) {
-  EXPECT_EQ(encode({0x41, 0x42, 0x42, 0x43, 0x44, 0x45, 0x45, 0x45}),
+  EXPECT_EQ(encodeRow({0x41, 0x42, 0x42, 0x43, 0x44, 0x45, 0x45, 0x45}),
             (Bytes{0x00, 0x41, 0xFF, 0x42, 0x01, 0x43, 0x44, 0xFE, 0x45}));
 }
 
 TEST(PackBits, LiteralAtTheEndKeepsItsLastByte) {
-  EXPECT_EQ(encode({7, 7, 1, 2, 3}), (Bytes{0xFF, 7, 0x02, 1, 2, 3}));
+  EXPECT_EQ(encodeRow({7, 7, 1, 2, 3}), (Bytes{0xFF, 7, 0x02, 1, 2, 3}));
 }
 
 // The pair lies on bytes 126 and 127, so its second byte begins a new piece.
@@ -83,12 +83,12 @@ TEST(PackBits, RunsNeverCrossAPiece) {
   expected.insert(expected.end(), row.begin(), row.begin() + 127);
   expected.push_back(2);
   expected.insert(expected.end(), row.begin() + 127, row.end());
-  EXPECT_EQ(encode(row), expected);
+  EXPECT_EQ(encodeRow(row), expected);
 }
 
 TEST(PackBits, ControlByteMinus128NeverOccurs) {
   for (size_t n = 1; n <= 1000; ++n) {
-    const Bytes codes = encode(Bytes(n, 9));
+    const Bytes codes = encodeRow(Bytes(n, 9));
     for (size_t at = 0; at < codes.size(); at += 2) ASSERT_NE(codes[at], 0x80) << n;
   }
 }
@@ -110,7 +110,7 @@ TEST(PackBits, EqualsThePlainFormAndDecodes) {
   for (size_t i = 0; i < n; ++i) {
     const auto length = static_cast<size_t>(random.between(0, i % 10 == 0 ? 9000 : 700));
     const Bytes row = livelyRow(random, length, random.between(0, 255), random.between(1, 200));
-    const Bytes codes = encode(row);
+    const Bytes codes = encodeRow(row);
     ASSERT_EQ(codes, reference::packBits(row)) << "case " << i;
     ASSERT_EQ(reference::unpackBits(codes), row) << "case " << i;
   }

@@ -12,6 +12,7 @@ namespace {
 using support::Bytes;
 using support::hex;
 using support::InUse;
+using support::kBlackWhite;
 using support::Pixels;
 
 uint32_t nextStrip(Handle descriptor) {
@@ -30,8 +31,6 @@ const char kSixteenByNine[] = R"(
   12 13 00 00     ; 1
   11 11 00 00     ; the top row, 0
 )";
-
-const Bytes kBlackWhite = {0, 0, 0, 255, 255, 255};
 
 TEST(Strips, PackBitsFileByteForByte) {
   InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_PACKBITS);

@@ -10,9 +10,8 @@ namespace {
 
 using support::Bytes;
 using support::InUse;
+using support::kBlackWhite;
 using support::Pixels;
-
-const Bytes kBlackWhite = {0, 0, 0, 255, 255, 255};
 
 struct Tiled {
   int32_t code;

@@ -18,6 +18,8 @@ namespace support {
 
 using Bytes = std::vector<uint8_t>;
 
+inline const Bytes kBlackWhite = {0, 0, 0, 255, 255, 255};  // a table
+
 inline uint16_t depthOfMode(int32_t mode) {
   return mode == RAXEL_STORED_MODE_BILEVEL ? 1
          : mode == RAXEL_STORED_MODE_GREY16 || mode == RAXEL_STORED_MODE_COLOR8 ||

@@ -7,9 +7,8 @@
 
 namespace {
 
+using pictures::kDepths;
 using plain::Bytes;
-
-constexpr int16_t kDepths[] = {1, 4, 8, 24, 32};
 
 TEST(DepthBadInput, NullHandlesAndPointersAnswer0) {
   Handle table = 0;

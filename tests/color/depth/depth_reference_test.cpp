@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int kDepths[] = {1, 4, 8, 24, 32};
+using pictures::kDepths;
 
 // A table for a picture of some depth; now and then none, or one shorter than the depth says.
 plain::Table tableFor(support::Random &random, int depth) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kDepths[] = {1, 4, 8, 24, 32};
+using pictures::kDepths;
 
 void compare(const plain::Picture &picture, int depth, const plain::Table &source) {
   const plain::Changed expected = plain::changeResolution(picture, depth, source);

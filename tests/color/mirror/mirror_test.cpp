@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "color/levels.h"
+#include "color/pictures.h"
 #include "color/reference/pixels.h"
 #include "color/reference/scale.h"
 #include "raxel/color.h"
@@ -13,9 +14,8 @@
 
 namespace {
 
+using pictures::kDepths;
 using reference::Bytes;
-
-constexpr int16_t kDepths[] = {1, 4, 8, 24, 32};
 
 TEST(Mirror, GivesTheSamePicturesAtEveryLevel) {
   support::Random random(141);

@@ -9,9 +9,9 @@
 
 namespace {
 
-using Table = std::vector<uint8_t>;
+using Entries = std::vector<uint8_t>;
 
-int32_t find(int16_t red, int16_t green, int16_t blue, const Table &table) {
+int32_t find(int16_t red, int16_t green, int16_t blue, const Entries &table) {
   return rlNearestRGBIndex(red, green, blue, table.data(), static_cast<int16_t>(table.size() / 3));
 }
 
@@ -28,7 +28,7 @@ TEST(Nearest, ColoredRequestsSkipGreys) {
 }
 
 TEST(Nearest, TheToleranceIsFourBetweenEveryPair) {
-  const Table table{0, 0, 0, 1, 2, 3};  // one grey, one colour
+  const Entries table{0, 0, 0, 1, 2, 3};  // one grey, one colour
   EXPECT_EQ(find(10, 14, 14, table), 0);
   EXPECT_EQ(find(10, 15, 14, table), 1);
   EXPECT_EQ(find(10, 13, 15, table), 1);  // red and blue are 5 apart
@@ -48,15 +48,15 @@ TEST(Nearest, DistanceIsPlainSquares) {
 }
 
 TEST(Nearest, AnswersZeroForNoEntries) {
-  const Table table{1, 1, 1};
+  const Entries table{1, 1, 1};
   EXPECT_EQ(rlNearestRGBIndex(1, 1, 1, nullptr, 1), 0);
   EXPECT_EQ(rlNearestRGBIndex(1, 1, 1, table.data(), 0), 0);
   EXPECT_EQ(rlNearestRGBIndex(1, 1, 1, table.data(), -1), 0);
   EXPECT_EQ(rlNearestRGBIndex(1, 1, 1, table.data(), -32768), 0);
 }
 
-TEST(Nearest, SearchesNoFurtherThanTheTableReaches) {
-  const Table table{5, 5, 5, 1, 1, 1, 9, 9};  // two entries and two bytes
+TEST(Nearest, SearchesNoFurtherThanTheEntriesReaches) {
+  const Entries table{5, 5, 5, 1, 1, 1, 9, 9};  // two entries and two bytes
   EXPECT_EQ(color::nearest(9, 9, 9, table, 3), 0);
   EXPECT_EQ(color::nearest(0, 0, 0, table, 32767), 1);
 }

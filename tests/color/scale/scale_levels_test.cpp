@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "color/levels.h"
+#include "color/pictures.h"
 #include "color/reference/pixels.h"
 #include "color/reference/scale.h"
 #include "color/scale/column_run.h"
@@ -17,9 +18,8 @@
 
 namespace {
 
+using pictures::kDepths;
 using reference::Bytes;
-
-constexpr int16_t kDepths[] = {1, 4, 8, 24, 32};
 
 struct Widths {
   uint32_t from;
