@@ -25,9 +25,9 @@ struct Size {
 constexpr Size kSizes[] = {{1, 1}, {3, 5}, {8, 2}, {31, 3}, {33, 9}, {67, 2}, {150, 12}, {1100, 2}};
 
 // A table in such memory, or none.
-class Table {
+class TableAtTheEnd {
  public:
-  explicit Table(const plain::Table &table)
+  explicit TableAtTheEnd(const plain::Table &table)
       : memory_(table.given ? std::make_unique<PageEnd>(table.entries) : nullptr) {}
   Handle handle() const { return memory_ ? memory_->handle() : 0; }
   std::span<const uint8_t> bytes() const { return runtime::lockBytes(handle()); }
@@ -67,7 +67,7 @@ Handle convertTo(int depth, const plain::Picture &picture, Handle bits, Handle s
 }
 
 color::DepthChange changeOf(const plain::Picture &picture, int depth, const PageEnd &bits,
-                            const Table &source, const Table &table, uint32_t count) {
+                            const TableAtTheEnd &source, const TableAtTheEnd &table, uint32_t count) {
   return {.bits = runtime::lockBytes(bits.handle()),
           .width = picture.width,
           .height = picture.height,
@@ -90,8 +90,8 @@ TEST(ExactMemory, HoldsPicturesOfEveryDepthThatAreConverted) {
           const Bytes expected = plain::convert(picture, to, source, table);
 
           const PageEnd bits(picture.bits);
-          const Table sourceTable(source);
-          const Table newTable(table);
+          const TableAtTheEnd sourceTable(source);
+          const TableAtTheEnd newTable(table);
           const runtime::Block block(
               convertTo(to, picture, bits.handle(), sourceTable.handle(), newTable.handle(), table.count));
           ASSERT_EQ(pictures::bytesOf(block.handle()), expected) << from << " to " << to;
@@ -121,8 +121,8 @@ TEST(ExactMemory, HoldsPicturesOfEveryDepthThatAreDithered) {
         const Bytes expected = plain::dither(picture, to, source, table);
 
         const PageEnd bits(picture.bits);
-        const Table sourceTable(source);
-        const Table given(table);
+        const TableAtTheEnd sourceTable(source);
+        const TableAtTheEnd given(table);
         const runtime::Block block(rlDitherGivenCT(bits.handle(), picture.width, picture.height,
                                                    static_cast<int16_t>(from), static_cast<int16_t>(to),
                                                    sourceTable.handle(), given.handle(), claimed));
@@ -150,7 +150,7 @@ TEST(ExactMemory, HoldsPicturesThatATableIsChosenFor) {
         const auto depth = static_cast<int16_t>(to);
 
         const PageEnd bits(picture.bits);
-        const Table sourceTable(source);
+        const TableAtTheEnd sourceTable(source);
         Handle chosen = 0;
         uint16_t count = 0;
         rlDitherGetCT(bits.handle(), size.width, size.height, sourceDepth, depth, sourceTable.handle(),
@@ -163,7 +163,7 @@ TEST(ExactMemory, HoldsPicturesThatATableIsChosenFor) {
         plain::Table few = pictures::table(random, 2);
         few.entries.resize(static_cast<size_t>(random.between(0, 6)));
         few.count = static_cast<uint32_t>(few.entries.size() / 3);
-        const Table own(few);
+        const TableAtTheEnd own(few);
         Handle used = own.handle();
         const runtime::Block dithered(rlDitherBitmap(bits.handle(), size.width, size.height, sourceDepth,
                                                      depth, sourceTable.handle(), &used));
@@ -185,7 +185,7 @@ TEST(ExactMemory, HoldsPicturesThatChangeTheirResolution) {
         const plain::Changed expected = plain::changeResolution(picture, to, source);
 
         const PageEnd bits(picture.bits);
-        const Table sourceTable(source);
+        const TableAtTheEnd sourceTable(source);
         Handle table = sourceTable.handle();
         const runtime::Block out(rlChangeColorResolution(bits.handle(), size.width, size.height,
                                                          static_cast<int16_t>(from),

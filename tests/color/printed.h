@@ -8,6 +8,10 @@
 
 namespace printed {
 
+inline const std::string kAllocated24 = "Allocated 24 bytes of new memory for the destination bitmap\n";
+inline const std::string kHeader = "Converted bits. Each (.) represents one scan line\n";
+inline const std::string kComplete = "\nColor resolution conversion complete\n";
+
 // Sets the diagnostics level and puts it back to 0.
 class DebugLevel {
  public:

@@ -16,7 +16,7 @@ struct DrawCall {
 };
 std::vector<DrawCall> drawn;
 std::array<HostWord, OFFSCREEN_WORDS> requested;
-HostWord answer;
+HostWord drawAnswer;
 
 HostWord draw(HostWord op, HostWord a, HostWord b, HostWord c) {
   drawn.push_back({op, a, b, c});
@@ -24,14 +24,14 @@ HostWord draw(HostWord op, HostWord a, HostWord b, HostWord c) {
     const auto *request = reinterpret_cast<const HostWord *>(b);
     for (size_t i = 0; i < OFFSCREEN_WORDS; ++i) requested[i] = request[i];
   }
-  return answer;
+  return drawAnswer;
 }
 
 class Offscreen : public testing::Test {
  protected:
   Offscreen() {
     drawn.clear();
-    answer = 0;
+    drawAnswer = 0;
   }
   int picture_ = 0;
   uint8_t palette_[12] = {};
@@ -48,7 +48,7 @@ TEST_F(Offscreen, QueryHandsOverPictureAndFormat) {
 }
 
 TEST_F(Offscreen, InitFillsTheRecordAndTheRequest) {
-  answer = 17;
+  drawAnswer = 17;
   uint32_t rows = 100;
   const uint8_t flags[9] = {5, 6};
   OffscreenRecord *record = InitPlatformOffscreen(640, &rows, 8, 256, palette_, &picture_, draw, flags);
@@ -68,7 +68,7 @@ TEST_F(Offscreen, InitFillsTheRecordAndTheRequest) {
   EXPECT_EQ(drawn[0].a, word(record));
   EXPECT_EQ(drawn[0].c, 0u);
 
-  answer = 4711;
+  drawAnswer = 4711;
   EXPECT_EQ(DrawPlatformOffscreen(record, 20, 60), 4711u);
   EXPECT_EQ(drawn[1].op, HostWord{RAXEL_DRAW_BAND});
   EXPECT_EQ(drawn[1].a, word(record));

@@ -178,14 +178,14 @@ TEST(HostPage, WhiteOnBlackIsTreatedAsBlackOnWhite) {
   RaxelRequest wanted = request(RAXEL_MODE_BILEVEL);
   wanted.inchesX = 48 / 96.0;
   wanted.inchesY = 32 / 96.0;
-  const Prepared one = prepared(page, wanted), other = prepared(negative, wanted);
-  ASSERT_EQ(one.plan.width, 48u);
-  ASSERT_EQ(one.plan.height, 32u);
+  const Prepared first = prepared(page, wanted), other = prepared(negative, wanted);
+  ASSERT_EQ(first.plan.width, 48u);
+  ASSERT_EQ(first.plan.height, 32u);
   uint32_t ink = 0;
   for (uint32_t y = 0; y < 32; ++y) {
     for (uint32_t x = 0; x < 48; ++x) {
-      ASSERT_NE(one.index(x, y), other.index(x, y));
-      ink += one.index(x, y) == 0;
+      ASSERT_NE(first.index(x, y), other.index(x, y));
+      ink += first.index(x, y) == 0;
     }
   }
   EXPECT_GT(ink, 48u + 32u - 2);
@@ -198,9 +198,9 @@ TEST(HostPage, APageIsKnownByItsPixels) {
   support::Random random(8);
   for (uint32_t y = 0; y < 63; ++y) {
     for (uint32_t x = 0; x < 65; ++x) {
-      const unsigned white = random.chance(80) ? 1 : 0;
-      const auto level = static_cast<uint8_t>(255 * white);
-      bits.setIndex(x, y, white);
+      const unsigned bit = random.chance(80) ? 1 : 0;
+      const auto level = static_cast<uint8_t>(255 * bit);
+      bits.setIndex(x, y, bit);
       greys.setIndex(x, y, level);
       colors.setColor(x, y, {level, level, level});
     }
@@ -208,11 +208,11 @@ TEST(HostPage, APageIsKnownByItsPixels) {
   RaxelRequest wanted = request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_LZW);
   wanted.inchesX = 33 / 96.0;
   wanted.inchesY = 31 / 96.0;
-  const Prepared one = prepared(bits, wanted);
-  ASSERT_EQ(one.plan.height, 32u);
-  EXPECT_EQ(prepared(greys, wanted).pixels, one.pixels);
-  EXPECT_EQ(prepared(colors, wanted).pixels, one.pixels);
-  EXPECT_FALSE(one.plan.notes & RAXEL_NOTE_DITHERED);
+  const Prepared first = prepared(bits, wanted);
+  ASSERT_EQ(first.plan.height, 32u);
+  EXPECT_EQ(prepared(greys, wanted).pixels, first.pixels);
+  EXPECT_EQ(prepared(colors, wanted).pixels, first.pixels);
+  EXPECT_FALSE(first.plan.notes & RAXEL_NOTE_DITHERED);
   // A single grey makes it a picture, whose levels are scaled before they are cut.
   greys.setIndex(64, 62, 128);
   EXPECT_TRUE(prepared(greys, wanted).plan.notes & RAXEL_NOTE_DOCUMENT);

@@ -27,10 +27,10 @@ TEST(HostPredict, TakesTheDifferenceToTheSampleOfTheSameChannel) {
 }
 
 TEST(HostPredict, LeavesOnePixelAndNoneAsTheyAre) {
-  std::vector<uint8_t> one{7, 8, 9}, none;
-  prepare::differenceRow(one, 3);
+  std::vector<uint8_t> pixel{7, 8, 9}, none;
+  prepare::differenceRow(pixel, 3);
   prepare::differenceRow(none, 3);
-  EXPECT_EQ(one, (std::vector<uint8_t>{7, 8, 9}));
+  EXPECT_EQ(pixel, (std::vector<uint8_t>{7, 8, 9}));
 }
 
 TEST(HostPredict, StartsAnewInEveryRowAndLeavesThePadding) {

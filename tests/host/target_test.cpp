@@ -17,7 +17,7 @@ namespace {
 using host::Target;
 
 // What may be replaced without a question: it begins like a TIFF.
-const std::string kOld("II*\0old", 7);
+const std::string kOldFile("II*\0old", 7);
 
 void write(Target &target, const std::string &text) {
   ASSERT_TRUE(target.sink().write(reinterpret_cast<const uint8_t *>(text.data()), text.size()));
@@ -54,10 +54,10 @@ std::string refusal(const std::string &path, const host::TargetRules &rules) {
 TEST(Target, ReplacesTheOldFileOnlyAtTheEnd) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
-  support::writeFile(path, kOld);
+  support::writeFile(path, kOldFile);
   Target target(path, {});
   write(target, "new");
-  EXPECT_EQ(support::readText(path), kOld);
+  EXPECT_EQ(support::readText(path), kOldFile);
   target.commit();
   EXPECT_EQ(support::readText(path), "new");
   EXPECT_EQ(filesIn(folder.path()), 1u);
@@ -69,7 +69,7 @@ TEST(Target, KeepsAFileThatWasMadeMeanwhileIfNoneMayBeReplaced) {
   {
     Target target(path, {.noClobber = true});
     write(target, "new");
-    support::writeFile(path, kOld);
+    support::writeFile(path, kOldFile);
     try {
       target.commit();
       FAIL() << "replaced it";
@@ -79,7 +79,7 @@ TEST(Target, KeepsAFileThatWasMadeMeanwhileIfNoneMayBeReplaced) {
       EXPECT_EQ(failure.error(), EEXIST);
     }
   }
-  EXPECT_EQ(support::readText(path), kOld);
+  EXPECT_EQ(support::readText(path), kOldFile);
   EXPECT_EQ(filesIn(folder.path()), 1u);
   std::filesystem::remove(path);
   Target(path, {.noClobber = true}).commit();
@@ -96,13 +96,13 @@ TEST(Target, RefusesANameThatIsTooLongBeforeTheWork) {
 TEST(Target, LeavesNothingBehindWhenGivenUp) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
-  support::writeFile(path, kOld);
+  support::writeFile(path, kOldFile);
   {
     Target target(path, {});
     write(target, "new");
     EXPECT_EQ(filesIn(folder.path()), 2u);
   }
-  EXPECT_EQ(support::readText(path), kOld);
+  EXPECT_EQ(support::readText(path), kOldFile);
   EXPECT_EQ(filesIn(folder.path()), 1u);
 }
 
@@ -158,7 +158,7 @@ TEST(Target, TwoExportsToOneFileDoNotMix) {
 TEST(Target, KeepsTheOldFilesRights) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
-  support::writeFile(path, kOld);
+  support::writeFile(path, kOldFile);
   ASSERT_EQ(chmod(path.c_str(), 0640), 0);
   Target target(path, {});
   target.commit();
@@ -170,7 +170,7 @@ TEST(Target, KeepsTheOldFilesRights) {
 TEST(Target, WritesThroughLinks) {
   const support::TempDir folder;
   std::filesystem::create_directory(folder.file("real"));
-  support::writeFile(folder.file("real/a.tif"), kOld);
+  support::writeFile(folder.file("real/a.tif"), kOldFile);
   std::filesystem::create_symlink("real/a.tif", folder.file("link.tif"));
   Target target(folder.file("link.tif"), {});
   write(target, "new");
@@ -191,12 +191,12 @@ TEST(Target, LongNamesWork) {
 TEST(Target, RefusesWhatItMayNotReplace) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
-  support::writeFile(path, kOld);
+  support::writeFile(path, kOldFile);
   EXPECT_EQ(codeOf(path, {false, true}), host::kNoCreate);
   EXPECT_EQ(codeOf(folder.path(), {}), host::kNoCreate);
   EXPECT_EQ(codeOf(folder.file("none/a.tif"), {}), host::kNoCreate);
   EXPECT_EQ(codeOf(path, {}), 0);
-  EXPECT_EQ(support::readText(path), kOld);
+  EXPECT_EQ(support::readText(path), kOldFile);
 }
 
 // A name given by mistake may be that of a picture, a program, a letter.

@@ -26,7 +26,7 @@ uint64_t byPixels(const std::vector<uint8_t> &bytes) {
   return changes;
 }
 
-void expectMask(const std::vector<uint8_t> &bytes) {
+void expectChangeMask(const std::vector<uint8_t> &bytes) {
   ASSERT_EQ(tiff::changeMaskPlain(bytes.data() + 1), byPixels(bytes));
   ASSERT_EQ(tiff::changeMask(bytes.data() + 1), byPixels(bytes));
 }
@@ -37,7 +37,7 @@ TEST(FaxChanges, OneByteAtEveryPlaceGivesItsChanges) {
       for (const uint8_t around : std::initializer_list<uint8_t>{0x00, 0xFF}) {
         std::vector<uint8_t> bytes(1 + tiff::kChangeChunk, around);
         bytes[at] = static_cast<uint8_t>(value);
-        ASSERT_NO_FATAL_FAILURE(expectMask(bytes)) << at << " " << value;
+        ASSERT_NO_FATAL_FAILURE(expectChangeMask(bytes)) << at << " " << value;
       }
     }
   }
@@ -51,7 +51,7 @@ TEST(FaxChanges, SeededBytesGiveTheChangesOfThePlainForm) {
     const auto percent = static_cast<unsigned>(random.between(0, 100));
     for (uint8_t &byte : bytes)
       byte = random.chance(percent) ? random.byte() : random.chance(50) ? 0xFF : 0;
-    ASSERT_NO_FATAL_FAILURE(expectMask(bytes)) << "case " << i;
+    ASSERT_NO_FATAL_FAILURE(expectChangeMask(bytes)) << "case " << i;
   }
 }
 

@@ -18,7 +18,7 @@ using Codes = std::vector<reference::LzwCode>;
 constexpr uint32_t kClear = 256;
 constexpr uint32_t kEnd = 257;
 
-Bytes encode(const Bytes &strip) {
+Bytes encodeLzw(const Bytes &strip) {
   Bytes out(2 * strip.size() + 16, 0xA5);
   out.resize(tiff::encodeLzw(strip, out));
   return out;
@@ -53,72 +53,72 @@ Bytes packed(Codes codes, const Codes &more) {
 
 // 100000000 100000001, then six bits of fill.
 TEST(Lzw, EmptyStripIsClearAndEnd) {
-  EXPECT_EQ(encode({}), (Bytes{0x80, 0x40, 0x40}));
+  EXPECT_EQ(encodeLzw({}), (Bytes{0x80, 0x40, 0x40}));
 }
 
 TEST(Lzw, StripOfOneByteIsClearAndEnd) {
-  EXPECT_EQ(encode({0x41}), (Bytes{0x80, 0x40, 0x40}));
-  EXPECT_EQ(encode({0x00}), (Bytes{0x80, 0x40, 0x40}));
+  EXPECT_EQ(encodeLzw({0x41}), (Bytes{0x80, 0x40, 0x40}));
+  EXPECT_EQ(encodeLzw({0x00}), (Bytes{0x80, 0x40, 0x40}));
 }
 
 // 100000000 001000001 001000010 100000001
 TEST(Lzw, TwoBytesAreTwoLiterals) {
-  EXPECT_EQ(encode({0x41, 0x42}), (Bytes{0x80, 0x10, 0x48, 0x50, 0x10}));
+  EXPECT_EQ(encodeLzw({0x41, 0x42}), (Bytes{0x80, 0x10, 0x48, 0x50, 0x10}));
 }
 
 // 100000000 001000001 001000010 100000010 100000001: the string at 258 ends the strip.
 TEST(Lzw, StringFoundAtTheLastByte) {
-  EXPECT_EQ(encode({0x41, 0x42, 0x41, 0x42}), (Bytes{0x80, 0x10, 0x48, 0x50, 0x28, 0x08}));
+  EXPECT_EQ(encodeLzw({0x41, 0x42, 0x41, 0x42}), (Bytes{0x80, 0x10, 0x48, 0x50, 0x28, 0x08}));
 }
 
 // 100000000 001000001 100000010 100000001: the code that is just being made.
 TEST(Lzw, ARunOfThreeUsesItsOwnString) {
-  EXPECT_EQ(encode({0x41, 0x41, 0x41}), (Bytes{0x80, 0x10, 0x60, 0x50, 0x10}));
+  EXPECT_EQ(encodeLzw({0x41, 0x41, 0x41}), (Bytes{0x80, 0x10, 0x60, 0x50, 0x10}));
 }
 
 TEST(Lzw, WidthsChangeAfterStrings511And1023And2047) {
   for (const size_t length : {254u, 256u, 766u, 768u, 1790u, 1792u, 3000u}) {
     const Bytes strip = withoutRepeatedPairs(length);
     const uint32_t width = length < 255 ? 9 : length < 767 ? 10 : length < 1791 ? 11 : 12;
-    EXPECT_EQ(encode(strip), packed(bytesWithoutRepeats(strip, length), {{kEnd, width}})) << length;
+    EXPECT_EQ(encodeLzw(strip), packed(bytesWithoutRepeats(strip, length), {{kEnd, width}})) << length;
   }
 }
 
 // The last byte is checked with the table size of the code before it, so the width grows twice.
 TEST(Lzw, WidthGrowsTwiceWhenTheStripEndsAtAWidening) {
   const Bytes a = withoutRepeatedPairs(255);
-  EXPECT_EQ(encode(a), packed(bytesWithoutRepeats(a, 254), {{254, 10}, {kEnd, 11}}));
+  EXPECT_EQ(encodeLzw(a), packed(bytesWithoutRepeats(a, 254), {{254, 10}, {kEnd, 11}}));
   const Bytes b = withoutRepeatedPairs(767);
-  EXPECT_EQ(encode(b), packed(bytesWithoutRepeats(b, 766), {{b[766], 11}, {kEnd, 12}}));
+  EXPECT_EQ(encodeLzw(b), packed(bytesWithoutRepeats(b, 766), {{b[766], 11}, {kEnd, 12}}));
   const Bytes c = withoutRepeatedPairs(1791);
-  EXPECT_EQ(encode(c), packed(bytesWithoutRepeats(c, 1790), {{c[1790], 12}, {kEnd, 13}}));
+  EXPECT_EQ(encodeLzw(c), packed(bytesWithoutRepeats(c, 1790), {{c[1790], 12}, {kEnd, 13}}));
 }
 
 // The tail of the 255-byte case in bits: 253 in 9, then 254 in 10, then the end in 11.
 //   ...011111101 0011111110 00100000001 and four bits of fill
 TEST(Lzw, WidthGrowsTwiceInBits) {
-  const Bytes codes = encode(withoutRepeatedPairs(255));
+  const Bytes codes = encodeLzw(withoutRepeatedPairs(255));
   ASSERT_EQ(codes.size(), 290u);  // 9 + 254 * 9 + 10 + 11 = 2316 bits
   EXPECT_EQ(Bytes(codes.end() - 4, codes.end()), (Bytes{0xFA, 0x7F, 0x10, 0x10}));
 }
 
 TEST(Lzw, ClearsTableAt4090) {
   const Bytes strip = withoutRepeatedPairs(3834);
-  EXPECT_EQ(encode(strip), packed(bytesWithoutRepeats(strip, 3832),
-                                  {{kClear, 12}, {strip[3832], 9}, {strip[3833], 9}, {kEnd, 9}}));
+  EXPECT_EQ(encodeLzw(strip), packed(bytesWithoutRepeats(strip, 3832),
+                                     {{kClear, 12}, {strip[3832], 9}, {strip[3833], 9}, {kEnd, 9}}));
 }
 
 TEST(Lzw, SecondClearWhenTheStripEndsAtAClearing) {
   const Bytes strip = withoutRepeatedPairs(3833);
-  EXPECT_EQ(encode(strip), packed(bytesWithoutRepeats(strip, 3832),
-                                  {{kClear, 12}, {strip[3832], 9}, {kClear, 9}, {kEnd, 9}}));
+  EXPECT_EQ(encodeLzw(strip), packed(bytesWithoutRepeats(strip, 3832),
+                                     {{kClear, 12}, {strip[3832], 9}, {kClear, 9}, {kEnd, 9}}));
 }
 
 TEST(Lzw, StringsFromBeforeTheClearingAreForgotten) {
   Bytes strip = withoutRepeatedPairs(3833);
   const Bytes again = {0, 1, 2, 0, 1, 2};
   strip.insert(strip.end(), again.begin(), again.end());
-  EXPECT_EQ(encode(strip),
+  EXPECT_EQ(encodeLzw(strip),
             packed(bytesWithoutRepeats(strip, 3832),
                    {{kClear, 12}, {strip[3832], 9}, {0, 9}, {1, 9}, {2, 9}, {259, 9}, {2, 9}, {kEnd, 9}}));
 }
@@ -128,18 +128,19 @@ TEST(Lzw, StringStoredAgainAtTheLastByteCountsForTheWidth) {
   Bytes strip = withoutRepeatedPairs(254);
   strip[252] = 0;  // 0 and 1 again: the string at 258
   strip[253] = 1;
-  EXPECT_EQ(encode(strip), packed(bytesWithoutRepeats(strip, 252), {{258, 9}, {kEnd, 9}}));
+  EXPECT_EQ(encodeLzw(strip), packed(bytesWithoutRepeats(strip, 252), {{258, 9}, {kEnd, 9}}));
   strip = withoutRepeatedPairs(255);
   strip[253] = 0;
   strip[254] = 1;
-  EXPECT_EQ(encode(strip), packed(bytesWithoutRepeats(strip, 253), {{258, 9}, {kEnd, 10}}));
+  EXPECT_EQ(encodeLzw(strip), packed(bytesWithoutRepeats(strip, 253), {{258, 9}, {kEnd, 10}}));
 }
 
 TEST(Lzw, StringStoredAgainAtTheLastByteCountsForTheClearing) {
   Bytes strip = withoutRepeatedPairs(3833);
   strip[3831] = 0;
   strip[3832] = 1;
-  EXPECT_EQ(encode(strip), packed(bytesWithoutRepeats(strip, 3831), {{258, 12}, {kClear, 12}, {kEnd, 9}}));
+  EXPECT_EQ(encodeLzw(strip),
+            packed(bytesWithoutRepeats(strip, 3831), {{258, 12}, {kClear, 12}, {kEnd, 9}}));
 }
 
 // Strips of one value, of short cycles, of noise, of few letters, of runs, and of all of these in turn.
@@ -180,7 +181,7 @@ TEST(Lzw, EveryLengthDecodes) {
     for (const int64_t kind :
          {int64_t{0}, int64_t{1}, int64_t{2}, static_cast<int64_t>(length / step) % 3 + 3}) {
       const Bytes strip = sampleStrip(random, length, kind);
-      ASSERT_EQ(reference::unpackLzw(encode(strip), length), strip) << length << " kind " << kind;
+      ASSERT_EQ(reference::unpackLzw(encodeLzw(strip), length), strip) << length << " kind " << kind;
     }
   }
 }
@@ -192,7 +193,7 @@ TEST(Lzw, EqualsThePlainForm) {
   for (size_t length = 0; length <= 5000; length += length < 300 ? 1 : step) {
     for (int64_t kind = 0; kind < kKinds; ++kind) {
       const Bytes strip = sampleStrip(random, length, kind);
-      ASSERT_EQ(encode(strip), reference::lzw(strip)) << length << " kind " << kind;
+      ASSERT_EQ(encodeLzw(strip), reference::lzw(strip)) << length << " kind " << kind;
     }
   }
 }
@@ -207,7 +208,7 @@ TEST(Lzw, EqualsThePlainFormOverManyClearings) {
     Bytes codes(2 * length + 16, 0xA5);
     codes.resize(tiff::encodeLzw(strip, codes, memory));
     ASSERT_EQ(codes, reference::lzw(strip)) << "case " << i;
-    ASSERT_EQ(codes, encode(strip)) << "case " << i;
+    ASSERT_EQ(codes, encodeLzw(strip)) << "case " << i;
     ASSERT_EQ(reference::unpackLzw(codes, length), strip) << "case " << i;
   }
 }
@@ -235,9 +236,9 @@ TEST(Lzw, StringsOfEarlierStripsAreForgotten) {
 TEST(Lzw, LongRunsOfOneByte) {
   for (const size_t length : {1000u, 8256u, 8257u, 100000u}) {
     Bytes strip(length, 0xFF);
-    ASSERT_EQ(encode(strip), reference::lzw(strip)) << length;
+    ASSERT_EQ(encodeLzw(strip), reference::lzw(strip)) << length;
     for (size_t at = 0; at < length; at += 97 + at / 50) strip[at] = 0;
-    ASSERT_EQ(encode(strip), reference::lzw(strip)) << length;
+    ASSERT_EQ(encodeLzw(strip), reference::lzw(strip)) << length;
   }
 }
 

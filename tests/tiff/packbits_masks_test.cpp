@@ -19,7 +19,7 @@ tiff::EqualMask byBytes(const std::vector<uint8_t> &bytes) {
   return mask;
 }
 
-void expectMask(const std::vector<uint8_t> &bytes) {
+void expectEqualMask(const std::vector<uint8_t> &bytes) {
   const tiff::EqualMask expected = byBytes(bytes);
   const tiff::EqualMask plain = tiff::equalMaskPlain(bytes.data());
   const tiff::EqualMask fast = tiff::equalMask(bytes.data());
@@ -34,7 +34,7 @@ TEST(PackBitsMasks, OnePairAtEveryPlaceIsFound) {
     std::vector<uint8_t> bytes(tiff::kEqualMaskReads);
     for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(i);
     bytes[at + 1] = bytes[at];
-    expectMask(bytes);
+    expectEqualMask(bytes);
   }
 }
 
@@ -43,7 +43,7 @@ TEST(PackBitsMasks, EveryBitTellsBytesApart) {
   for (unsigned bit = 0; bit < 8; ++bit) {
     std::vector<uint8_t> bytes(tiff::kEqualMaskReads, 0x80);
     for (size_t i = 0; i < bytes.size(); i += 3) bytes[i] = static_cast<uint8_t>(0x80 ^ 1u << bit);
-    expectMask(bytes);
+    expectEqualMask(bytes);
   }
 }
 
@@ -54,7 +54,7 @@ TEST(PackBitsMasks, SeededBytesGiveTheMasksOfThePlainForm) {
     std::vector<uint8_t> bytes(tiff::kEqualMaskReads);
     const int64_t letters = random.between(1, 256);
     for (uint8_t &byte : bytes) byte = static_cast<uint8_t>(random.between(0, letters - 1));
-    ASSERT_NO_FATAL_FAILURE(expectMask(bytes)) << "case " << i;
+    ASSERT_NO_FATAL_FAILURE(expectEqualMask(bytes)) << "case " << i;
   }
 }
 

@@ -14,7 +14,7 @@ using support::Bytes;
 using support::InUse;
 using support::Pixels;
 
-struct Job {
+struct StreamJob {
   int32_t mode;
   int32_t compression;
   uint16_t layout;
@@ -25,7 +25,7 @@ struct Job {
   Bytes pixels;  // for the largest band
 };
 
-Job randomJob(support::Random &random) {
+StreamJob randomJob(support::Random &random) {
   const int32_t modes[] = {RAXEL_STORED_MODE_BILEVEL,  RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_MODE_GREY16,
                            RAXEL_STORED_MODE_GREY256,  RAXEL_STORED_MODE_COLOR8,  RAXEL_STORED_MODE_COLOR16,
                            RAXEL_STORED_MODE_COLOR256, RAXEL_STORED_MODE_RGB};
@@ -33,7 +33,7 @@ Job randomJob(support::Random &random) {
                                   RAXEL_STORED_COMPRESS_HUFFMAN, RAXEL_STORED_COMPRESS_LZW,
                                   RAXEL_STORED_COMPRESS_T4,      RAXEL_STORED_COMPRESS_T6,
                                   RAXEL_STORED_COMPRESS_T6};
-  Job job{};
+  StreamJob job{};
   job.mode = modes[random.between(0, 7)];
   job.compression = compressions[random.between(0, 6)];
   job.layout = random.chance(40) ? RAXEL_STORED_LAYOUT_TILES : RAXEL_STORED_LAYOUT_STRIPS;
@@ -62,7 +62,7 @@ struct Outcome {
   friend bool operator==(const Outcome &, const Outcome &) = default;
 };
 
-Outcome write(const Job &job, Handle file) {
+Outcome write(const StreamJob &job, Handle file) {
   InUse use(job.mode, job.compression, job.layout);
   const uint16_t bits = support::depthOfMode(job.mode);
   Outcome outcome;
@@ -82,7 +82,7 @@ TEST(Streams, EveryKindGetsTheSameFile) {
   const support::TempDir dir;
   const std::string name = dir.file("out.tif");
   for (size_t n = support::cases(250); n > 0; --n) {
-    const Job job = randomJob(random);
+    const StreamJob job = randomJob(random);
     SCOPED_TRACE(testing::Message() << "mode " << job.mode << " compression " << job.compression
                                     << " layout " << job.layout << " " << job.width << "x" << job.height
                                     << " in " << job.bands.size());

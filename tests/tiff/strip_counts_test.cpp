@@ -18,20 +18,20 @@ using support::Pixels;
 
 // --- A host that looks -----------------------------------------------------------------------------
 
-struct Seen {
+struct Counted {
   size_t written;    // bytes of the write
   uint32_t counted;  // nStripBytes while it is made
-  friend bool operator==(const Seen &, const Seen &) = default;
+  friend bool operator==(const Counted &, const Counted &) = default;
 };
 
-void PrintTo(const Seen &seen, std::ostream *out) {
+void PrintTo(const Counted &seen, std::ostream *out) {
   *out << seen.written << " bytes at " << seen.counted;
 }
 
 // A stream procedure that takes everything and notes each write of more than one byte; patches and the
 // front come a byte at a time.
 struct Watcher {
-  std::vector<Seen> seen;
+  std::vector<Counted> seen;
   int64_t position = 0;
 
   static HostWord answer(HostWord token, HostWord op, HostWord first, HostWord second) {
@@ -50,8 +50,8 @@ struct Watcher {
   }
 
   // What it saw of a picture of 16 by `height` pixels, each row 55 AA.
-  std::vector<Seen> watch(int32_t compression, uint32_t height,
-                          uint16_t layout = RAXEL_STORED_LAYOUT_STRIPS) {
+  std::vector<Counted> watch(int32_t compression, uint32_t height,
+                             uint16_t layout = RAXEL_STORED_LAYOUT_STRIPS) {
     InUse use(RAXEL_STORED_MODE_BILEVEL, compression, layout);
     use.setup.tiff.nStripBytes = 77;  // of the picture before
     KvlStreamDesc descriptor{};
@@ -69,7 +69,7 @@ struct Watcher {
 
 // Strips of two rows. A PackBits row is 01 55 AA.
 TEST(StripCount, GrowsAfterEachPieceOfPackBits) {
-  const std::vector<Seen> expected = {{3, 0}, {3, 3}, {3, 0}, {3, 3}, {3, 0}, {3, 3}, {3, 0}, {3, 3}};
+  const std::vector<Counted> expected = {{3, 0}, {3, 3}, {3, 0}, {3, 3}, {3, 0}, {3, 3}, {3, 0}, {3, 3}};
   EXPECT_EQ(Watcher().watch(RAXEL_STORED_COMPRESS_PACKBITS, 8), expected);
 }
 
@@ -77,8 +77,8 @@ TEST(StripCount, GrowsAfterEachPieceOfPackBits) {
 TEST(StripCount, GrowsAfterEachRowOfHuffman) {
   const auto row =
       static_cast<uint32_t>(reference::packBits01(reference::fax1D("bwbwbwbwwbwbwbwb")).size());
-  const std::vector<Seen> expected = {{row, 0}, {row, row}, {row, 0}, {row, row},
-                                      {row, 0}, {row, row}, {row, 0}, {row, row}};
+  const std::vector<Counted> expected = {{row, 0}, {row, row}, {row, 0}, {row, row},
+                                         {row, 0}, {row, row}, {row, 0}, {row, row}};
   EXPECT_EQ(Watcher().watch(RAXEL_STORED_COMPRESS_HUFFMAN, 8), expected);
 }
 
@@ -87,7 +87,7 @@ TEST(StripCount, GrowsAfterEachEndOfLineOfT4) {
   const auto row =
       static_cast<uint32_t>(reference::packBits01(reference::fax1D("bwbwbwbwwbwbwbwb")).size()) + 2;
   for (const uint16_t layout : {RAXEL_STORED_LAYOUT_STRIPS, RAXEL_STORED_LAYOUT_TILES}) {
-    std::vector<Seen> expected = {{2, layout == RAXEL_STORED_LAYOUT_TILES ? 77u : 0u}, {row, 2}};
+    std::vector<Counted> expected = {{2, layout == RAXEL_STORED_LAYOUT_TILES ? 77u : 0u}, {row, 2}};
     for (uint32_t i = 0; i < 5; ++i) expected.push_back({2, row + 2 + 2 * i});
     EXPECT_EQ(Watcher().watch(RAXEL_STORED_COMPRESS_T4, 1, layout), expected) << layout;
   }
@@ -95,9 +95,9 @@ TEST(StripCount, GrowsAfterEachEndOfLineOfT4) {
 
 TEST(StripCount, GrowsAfterAStripOfLzwAndOfT6) {
   for (const int32_t compression : {RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_COMPRESS_T6}) {
-    const std::vector<Seen> seen = Watcher().watch(compression, 4);
+    const std::vector<Counted> seen = Watcher().watch(compression, 4);
     ASSERT_EQ(seen.size(), 4u);
-    for (const Seen &strip : seen) EXPECT_EQ(strip.counted, 0u) << compression;
+    for (const Counted &strip : seen) EXPECT_EQ(strip.counted, 0u) << compression;
   }
 }
 

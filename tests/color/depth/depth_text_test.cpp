@@ -8,16 +8,15 @@
 namespace {
 
 using plain::Bytes;
+using printed::kAllocated24;
+using printed::kComplete;
+using printed::kHeader;
 using printed::Printed;
 
 Printed convert(int level) {
   const runtime::Block bits = pictures::block(Bytes(12, 0));
   return printed::run(level, [&] { return rlConvertBitmapDepth(bits.handle(), 2, 3, 8, 24, 0, 0, 0); });
 }
-
-const std::string kAllocated24 = "Allocated 24 bytes of new memory for the destination bitmap\n";
-const std::string kHeader = "Converted bits. Each (.) represents one scan line\n";
-const std::string kComplete = "\nColor resolution conversion complete\n";
 
 TEST(DepthText, Level0PrintsNothing) {
   EXPECT_EQ(convert(0).err, "");

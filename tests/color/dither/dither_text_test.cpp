@@ -9,22 +9,21 @@
 namespace {
 
 using plain::Bytes;
+using printed::kAllocated24;
+using printed::kComplete;
+using printed::kHeader;
 using printed::Printed;
 
-const std::string kAllocated24 = "Allocated 24 bytes of new memory for the destination bitmap\n";
-const std::string kHeader = "Converted bits. Each (.) represents one scan line\n";
-const std::string kComplete = "\nColor resolution conversion complete\n";
-
-const Bytes kTwo{0, 0, 0, 255, 255, 255};
+const Bytes kTwoColors{0, 0, 0, 255, 255, 255};
 
 Printed dither(int level) {
   const runtime::Block bits = pictures::block(Bytes(24, 200));
-  const runtime::Block table = pictures::block(kTwo);
+  const runtime::Block table = pictures::block(kTwoColors);
   return printed::run(level,
                       [&] { return rlDitherGivenCT(bits.handle(), 2, 3, 24, 1, 0, table.handle(), 2); });
 }
 
-const std::string kTable =
+const std::string kTableText =
     "Dithering to the following colortable:\ncolor 0: [0, 0, 0]\ncolor 1: [255, 255, 255]\n";
 const std::string kAllocated12 = "Allocated 12 bytes of new memory for the destination bitmap\n";
 
@@ -35,7 +34,8 @@ TEST(DitherText, Level0PrintsNothing) {
 
 TEST(DitherText, TableAndMarksGoToStandardOutput) {
   for (int level : {1, 2, -1}) {
-    EXPECT_EQ(dither(level).out, kTable + "Dithering...each(.) represents one scan line\n...\n") << level;
+    EXPECT_EQ(dither(level).out, kTableText + "Dithering...each(.) represents one scan line\n...\n")
+        << level;
     // The picture is widened first and packed last, and both conversions report themselves.
     EXPECT_EQ(dither(level).err,
               kAllocated24 + kHeader + "..." + kComplete + kAllocated12 + kHeader + "..." + kComplete)
@@ -44,13 +44,13 @@ TEST(DitherText, TableAndMarksGoToStandardOutput) {
 }
 
 TEST(DitherText, Level3PrintsSummariesOnly) {
-  EXPECT_EQ(dither(3).out, kTable);
+  EXPECT_EQ(dither(3).out, kTableText);
   EXPECT_EQ(dither(3).err, kAllocated24 + kComplete + kAllocated12 + kComplete);
 }
 
 TEST(DitherText, LevelsAbove3PrintThePlacesOfBothConversions) {
   const std::string places = "(0,0): (1,0): (0,1): (1,1): (0,2): (1,2): ";
-  EXPECT_EQ(dither(4).out, kTable);
+  EXPECT_EQ(dither(4).out, kTableText);
   EXPECT_EQ(dither(4).err, kAllocated24 + places + kComplete + kAllocated12 + places + kComplete);
 }
 

@@ -25,7 +25,7 @@ class Context {
   Handle handle_ = InitColorLib();
 };
 
-const Bytes kRedBlue{255, 0, 0, 0, 0, 255, 0, 0};  // two pixels and their padding
+const Bytes kRedAndBlue{255, 0, 0, 0, 0, 255, 0, 0};  // two pixels and their padding
 const Bytes kGreen{0, 255, 0, 0};
 
 TEST(ColorLib, StartsZeroFilled) {
@@ -45,7 +45,7 @@ TEST(ColorLib, CountsWithoutChoosing) {
   const Context context;
   uint16_t count = 9;
   Bytes table(27, 0xEE);
-  EXPECT_EQ(direct_indexed(kRedBlue.data(), 2, 1, &count, 0, table.data(), context.handle()), 0);
+  EXPECT_EQ(direct_indexed(kRedAndBlue.data(), 2, 1, &count, 0, table.data(), context.handle()), 0);
   EXPECT_EQ(count, 0);
   EXPECT_EQ(table, Bytes(27, 0xEE));
   EXPECT_EQ(context.record().nDistinct, 2);
@@ -54,14 +54,14 @@ TEST(ColorLib, CountsWithoutChoosing) {
   EXPECT_EQ(context.counter(0), 0) << "padding is no pixel";
   EXPECT_EQ(context.record().hBoxes, 0u);
   count = 5;
-  EXPECT_EQ(direct_indexed(kRedBlue.data(), 2, 1, &count, 2, nullptr, context.handle()), 0);
+  EXPECT_EQ(direct_indexed(kRedAndBlue.data(), 2, 1, &count, 2, nullptr, context.handle()), 0);
   EXPECT_EQ(context.counter(31), 2);
 }
 
 TEST(ColorLib, ChoosesFromAllPicturesCounted) {
   const Context context;
   uint16_t count = 0;
-  direct_indexed(kRedBlue.data(), 2, 1, &count, 0, nullptr, context.handle());
+  direct_indexed(kRedAndBlue.data(), 2, 1, &count, 0, nullptr, context.handle());
   count = 4;
   Bytes table(12, 0xEE);
   EXPECT_EQ(direct_indexed(kGreen.data(), 1, 1, &count, 3, table.data(), context.handle()), 0);
@@ -75,7 +75,7 @@ TEST(ColorLib, ForgetsAfterATableUnlessAskedToKeep) {
   const Context context;
   uint16_t count = 4;
   Bytes table(12);
-  EXPECT_EQ(direct_indexed(kRedBlue.data(), 2, 1, &count, 1, table.data(), context.handle()), 0);
+  EXPECT_EQ(direct_indexed(kRedAndBlue.data(), 2, 1, &count, 1, table.data(), context.handle()), 0);
   EXPECT_EQ(count, 2);
   EXPECT_EQ(context.record().nDistinct, 0);
   EXPECT_EQ(context.counter(31), 0);
@@ -86,7 +86,7 @@ TEST(ColorLib, IsReusedForTablesOfOtherSizes) {
   Bytes table(3 * 100);
   for (const uint16_t wanted : {uint16_t{3}, uint16_t{100}, uint16_t{1}, uint16_t{0}, uint16_t{5}}) {
     uint16_t count = wanted;
-    EXPECT_EQ(direct_indexed(kRedBlue.data(), 2, 1, &count, 1, table.data(), context.handle()), 0);
+    EXPECT_EQ(direct_indexed(kRedAndBlue.data(), 2, 1, &count, 1, table.data(), context.handle()), 0);
     EXPECT_EQ(count, wanted > 2 ? 2 : wanted);
     EXPECT_EQ(GlobalSize(context.record().hBoxes), wanted * sizeof(ColorBox));
     EXPECT_EQ(GlobalSize(context.record().hBoxOrder), wanted * 2u);

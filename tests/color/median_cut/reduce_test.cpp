@@ -23,29 +23,29 @@ Handle rowOf(const Bytes &pixels) {
   return bits;
 }
 
-struct Table {
+struct Reduced {
   Bytes bytes;
   uint16_t count;
 };
 
-Table reduce(Handle bits, uint32_t width, int16_t height, uint16_t wanted) {
+Reduced reduce(Handle bits, uint32_t width, int16_t height, uint16_t wanted) {
   uint16_t count = wanted;
   const Handle table = rlReduceColorTable(bits, width, height, &count);
   const auto *p = static_cast<const uint8_t *>(GlobalLock(table));
-  Table out{Bytes(p, p + GlobalSize(table)), count};
+  Reduced out{Bytes(p, p + GlobalSize(table)), count};
   GlobalFree(table);
   return out;
 }
 
-Table reduceRow(const Bytes &pixels, uint16_t wanted) {
+Reduced reduceRow(const Bytes &pixels, uint16_t wanted) {
   const Handle bits = rowOf(pixels);
-  Table table = reduce(bits, static_cast<uint32_t>(pixels.size() / 3), 1, wanted);
+  Reduced table = reduce(bits, static_cast<uint32_t>(pixels.size() / 3), 1, wanted);
   GlobalFree(bits);
   return table;
 }
 
 // The first bytes of a table, followed by nothing but zeros.
-void expectTable(const Table &table, uint16_t wanted, const Bytes &entries) {
+void expectTable(const Reduced &table, uint16_t wanted, const Bytes &entries) {
   Bytes expected = entries;
   expected.resize(size_t{wanted} * 3);
   EXPECT_EQ(table.bytes, expected);
@@ -55,7 +55,7 @@ TEST(Reduce, FewColorsAreListedInCellOrder) {
   // Ten distinct cells, out of order, some twice.
   const Bytes pixels{0, 0, 8, 0, 8, 0,   8, 0, 0,  0,  0, 0, 0, 0,  255, 248, 0, 0,
                      1, 2, 3, 0, 0, 248, 0, 9, 15, 16, 0, 0, 0, 16, 31,  128, 0, 0};
-  const Table table = reduceRow(pixels, 256);
+  const Reduced table = reduceRow(pixels, 256);
   EXPECT_EQ(table.count, 10);
   // 0 stays 0, 1 of 31 becomes 15, 31 becomes 255.
   expectTable(table, 256, {0, 0,  0,  0,  0, 15, 0,  0, 255, 0,   15, 0, 0,   15, 15,
@@ -63,7 +63,7 @@ TEST(Reduce, FewColorsAreListedInCellOrder) {
 }
 
 TEST(Reduce, NearColorsShareACell) {
-  const Table table = reduceRow({0x08, 0x0F, 0x08, 0x0F, 0x08, 0x0F, 0x07, 0x00, 0x10}, 8);
+  const Reduced table = reduceRow({0x08, 0x0F, 0x08, 0x0F, 0x08, 0x0F, 0x07, 0x00, 0x10}, 8);
   EXPECT_EQ(table.count, 2);
   expectTable(table, 8, {0, 0, 23, 15, 15, 15});
 }
@@ -71,7 +71,7 @@ TEST(Reduce, NearColorsShareACell) {
 TEST(Reduce, AsManyColorsAsWantedAreCut) {
   // Two colours, two wanted: the median cut runs, ends before its first split, and leaves slot 1
   // unused. The mean of (2,0,0) three times and (31,0,0) once is 37/4 = 9: 79.
-  const Table table = reduceRow({16, 0, 0, 16, 0, 0, 248, 0, 0, 16, 0, 0}, 2);
+  const Reduced table = reduceRow({16, 0, 0, 16, 0, 0, 248, 0, 0, 16, 0, 0}, 2);
   EXPECT_EQ(table.count, 2);
   expectTable(table, 2, {79, 0, 0, 0, 0, 0});
 }
@@ -80,19 +80,19 @@ TEST(Reduce, AsManyColorsAsWantedAreCutAndOneIsLost) {
   // Cells 1, 2 and 3 of blue, once each, three wanted. One split: half of 3 is 1, reached at the first
   // entry, which goes to slot 1 alone; 2 and 3 go to slot 2 with the mean 5/2 = 2. Slot 0 keeps the
   // parent's mean 6/3 = 2: the table has two different colours.
-  const Table table = reduceRow({0, 0, 8, 0, 0, 16, 0, 0, 24}, 3);
+  const Reduced table = reduceRow({0, 0, 8, 0, 0, 16, 0, 0, 24}, 3);
   EXPECT_EQ(table.count, 3);
   expectTable(table, 3, {0, 0, 23, 0, 0, 15, 0, 0, 23});
 }
 
 TEST(Reduce, OneWantedColorIsTheMeanOfAll) {
-  const Table table = reduceRow({16, 0, 0, 16, 0, 0, 248, 0, 0, 16, 0, 0}, 1);
+  const Reduced table = reduceRow({16, 0, 0, 16, 0, 0, 248, 0, 0, 16, 0, 0}, 1);
   EXPECT_EQ(table.count, 1);
   expectTable(table, 1, {79, 0, 0});
 }
 
 TEST(Reduce, NothingWantedIsNothing) {
-  const Table table = reduceRow({16, 0, 0, 248, 0, 0}, 0);
+  const Reduced table = reduceRow({16, 0, 0, 248, 0, 0}, 0);
   EXPECT_EQ(table.count, 0);
   EXPECT_TRUE(table.bytes.empty());
 }
@@ -105,7 +105,7 @@ TEST(Reduce, TheLastParentsMeanIsTheLastColor) {
   for (int blue = 1; blue <= 4; ++blue) {
     for (int n = 0; n < blue; ++n) pixels.insert(pixels.end(), {0, 0, static_cast<uint8_t>(blue * 8)});
   }
-  const Table table = reduceRow(pixels, 3);
+  const Reduced table = reduceRow(pixels, 3);
   EXPECT_EQ(table.count, 3);
   expectTable(table, 3, {0, 0, 31, 0, 0, 23, 0, 0, 39});
 }
@@ -118,7 +118,7 @@ TEST(Reduce, TheSortTakesAnEntryOfTheNextBox) {
   for (const auto &[red, count] : {std::pair<int, int>{1, 2}, {2, 1}, {3, 1}, {4, 1}, {9, 3}, {10, 2}}) {
     for (int n = 0; n < count; ++n) pixels.insert(pixels.end(), {static_cast<uint8_t>(red * 8), 0, 0});
   }
-  const Table table = reduceRow(pixels, 4);
+  const Reduced table = reduceRow(pixels, 4);
   EXPECT_EQ(table.count, 4);
   expectTable(table, 4, {15, 0, 0, 23, 0, 0, 79, 0, 0, 63, 0, 0});
 }
@@ -127,7 +127,7 @@ TEST(Reduce, AnEmptyPictureHasNoColors) {
   for (const auto &[width, height] :
        {std::pair<uint32_t, int16_t>{0, 1}, {1, 0}, {0, 0}, {0xFFFFFFFF, 0}, {1, -1}, {1, -32768}}) {
     const Handle bits = rowOf({9, 9, 9});
-    const Table table = reduce(bits, width, height, 16);
+    const Reduced table = reduce(bits, width, height, 16);
     EXPECT_EQ(table.count, 0) << width << " by " << height;
     expectTable(table, 16, {});
     GlobalFree(bits);
@@ -135,7 +135,7 @@ TEST(Reduce, AnEmptyPictureHasNoColors) {
 }
 
 TEST(Reduce, WithoutAPictureTheTableIsZeroAndTheCountStays) {
-  const Table table = reduce(0, 4, 4, 5);
+  const Reduced table = reduce(0, 4, 4, 5);
   EXPECT_EQ(table.count, 5);
   expectTable(table, 5, {});
   EXPECT_EQ(rlReduceColorTable(0, 4, 4, nullptr), 0u);
@@ -153,7 +153,7 @@ TEST(Reduce, WhatABlockLacksIsBlack) {
 TEST(Reduce, SizesFarPastTheBlockEndAtOnce) {
   // The block holds 4 bytes: white, and the red of the next pixel.
   const Handle bits = rowOf({255, 255, 255});
-  const Table table = reduce(bits, 0xFFFFFFFF, 32767, 4);
+  const Reduced table = reduce(bits, 0xFFFFFFFF, 32767, 4);
   EXPECT_EQ(table.count, 3);
   expectTable(table, 4, {0, 0, 0, 255, 0, 0, 255, 255, 255});
   GlobalFree(bits);

@@ -96,17 +96,17 @@ TEST(ScaleLevels, TakeEveryFactorUpToTen) {
   // the last column reaches further than the others, so that the last group may be the one to fail.
   support::Random random(123);
   constexpr uint32_t kRows = 3;
-  constexpr uint32_t kWidth = 144;
+  constexpr uint32_t kScaledWidth = 144;
   const auto step = static_cast<uint32_t>(1400 / support::cases(1400));
   for (const int16_t depth : kDepths) {
-    for (uint32_t from = 1; from < 10 * kWidth; from += step) {
+    for (uint32_t from = 1; from < 10 * kScaledWidth; from += step) {
       const Bytes bits = random.bytes(size_t{reference::lineBytes(from, depth)} * kRows);
-      const Bytes expected = reference::scale(bits, depth, from, kRows, kWidth, kRows);
+      const Bytes expected = reference::scale(bits, depth, from, kRows, kScaledWidth, kRows);
       Bytes scaled(expected.size());
       for (const color::Vectors level : levels::all()) {
         const levels::AtMost limit(level);
         std::fill(scaled.begin(), scaled.end(), uint8_t{0});
-        Shrink(bits.data(), scaled.data(), depth, from, kRows, kWidth, kRows);
+        Shrink(bits.data(), scaled.data(), depth, from, kRows, kScaledWidth, kRows);
         ASSERT_TRUE(scaled == expected)
             << depth << " bits, from " << from << ", level " << levels::number(level);
       }
