@@ -216,7 +216,7 @@ TEST(HostPage, APageIsKnownByItsPixels) {
   // A single grey makes it a picture, whose levels are scaled before they are cut.
   greys.setIndex(64, 62, 128);
   EXPECT_TRUE(prepared(greys, wanted).plan.notes & RAXEL_NOTE_DOCUMENT);
-  EXPECT_NE(prepared(greys, wanted).pixels, one.pixels);
+  EXPECT_NE(prepared(greys, wanted).pixels, first.pixels);
   // And so does the wish for dots.
   wanted.dither = RAXEL_DITHER_ON;
   EXPECT_TRUE(prepared(bits, wanted).plan.notes & RAXEL_NOTE_DITHERED);
