@@ -12,7 +12,7 @@ constexpr uint64_t kLookedAt = uint64_t{4} << 20;  // pixels, or a few more
 // compares fits in 64 bits.
 constexpr int64_t kEighths = 8, kMostPixels = 1 << 20;
 
-constexpr uint8_t kMiddle = 128;
+constexpr uint8_t kBlankCut = 128;
 constexpr int64_t kLeastContrast = 24;  // levels between ink and paper
 constexpr int64_t kBlankContrast = 10,
                   kBlankMean = 192;  // the noise of an empty sheet, and how bright it is
@@ -137,7 +137,7 @@ Tones tonesOf(const Source &source) {
 Kind kindOf(const Tones &tones) {
   const Counts counts = scaledDown(tones.levels);
   const Sides sides = sidesOf(counts);
-  if (isBlank(counts, sides)) return {true, kMiddle};
+  if (isBlank(counts, sides)) return {true, kBlankCut};
   if (sides.contrast() < kLeastContrast * kEighths) return {};
   const int64_t pixels = sides.inkPixels + sides.paperPixels;
   const int64_t fewer = std::min(sides.inkPixels, sides.paperPixels);
