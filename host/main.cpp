@@ -2,6 +2,9 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include "command/batch.h"
 #include "command/help.h"
@@ -66,11 +69,22 @@ int fail(bool json, bool onStderr, int code, const std::string &message) {
   return code;
 }
 
+// What a page took goes back to the system when it is done with. Left to itself, malloc keeps blocks that
+// are freed and asked for again, and a job of many pages grows by one or two of them.
+void giveLargeBlocksBack() {
+#ifdef __GLIBC__
+  constexpr int kLarge = 4 << 20;
+  mallopt(M_MMAP_THRESHOLD, kLarge);
+  mallopt(M_TRIM_THRESHOLD, kLarge);
+#endif
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
   bool json = wantsJson(argc, argv), onStderr = namesStdout(argc, argv);
   try {
+    giveLargeBlocksBack();
     host::stop::install();
     const host::Options options = host::parseOptions(argc, argv);
     json = options.json;
