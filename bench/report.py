@@ -205,6 +205,16 @@ def small(wanted, folder):
                  for name, (wall, processor, _) in found.items()])
 
 
+def printed(bench, quick):
+    """The table that a program prints, with its options for a trial."""
+    def measure(wanted, folder):
+        command = ["/usr/bin/python3", os.path.join(SOURCE, "bench", bench), "--build", wanted.build, "--folder", folder,
+                   *(quick if wanted.quick else ["--runs", str(wanted.runs)])]
+        table = subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout.splitlines()
+        return [*table, "", f"{os.cpu_count()} cores, load {os.getloadavg()[0]:.1f} at the end."]
+    return measure
+
+
 TABLES = {
     "pipeline": ratios("export_bench"),
     "writer": ratios("writer_bench"),
@@ -213,6 +223,8 @@ TABLES = {
     "growth": growth,
     "small": small,
     "quantizers": quantizers,
+    "python": printed("python_bench.py", ["--runs", "1", "--width", "400"]),
+    "machines": printed("machines_bench.py", ["--runs", "1", "--pictures", "4"]),
     "machine": machine,  # last, as it tells how busy the machine was
 }
 
