@@ -218,7 +218,7 @@ TEST(PointerMemory, ReallocationOfNullIgnoresTheFlags) {
 }
 
 TEST(HandlesDeathTest, ExhaustionPrintsTheRoundedLengthAndEndsTheProcess) {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "the checking heap ends the process with a report of its own";
 #else
   // %ld of the rounded length, which a 32-bit long shows as a negative number.
