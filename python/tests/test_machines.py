@@ -148,6 +148,17 @@ def test_a_picture_is_no_manifest(tmp_path: Path, png: Path) -> None:
     assert png.read_bytes() == before and not (tmp_path / "a.tif").exists()
 
 
+def test_a_manifest_is_of_files(tmp_path: Path, png: Path, photo: Array) -> None:
+    manifest = tmp_path / "m.jsonl"
+    with pytest.raises(raxel.Error, match="--manifest is for files, and not for picture 1"):
+        raxel.save(photo, tmp_path / "a.tif", manifest=manifest)
+    with pytest.raises(raxel.Error, match="--manifest needs an output that is a file"):
+        raxel.tobytes(png, manifest=manifest)
+    raxel.save(png, tmp_path / "b.tif", manifest=manifest)
+    assert [line["target"] for line in lines(manifest)] == [str(tmp_path / "b.tif")]
+    assert not (tmp_path / "a.tif").exists()
+
+
 def test_options_that_name_files_are_their_bytes(tmp_path: Path, png: Path) -> None:
     profile = tmp_path / "srgb.icc"
     data = bytearray(ImageCms.ImageCmsProfile(ImageCms.createProfile("sRGB")).tobytes())
