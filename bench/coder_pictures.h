@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures for the coders, drawn from seeds. Rows have no padding; in the bilevel ones a set bit is
 // white, as the coders take it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The coders beside libtiff's, through its C API: the same picture in the same four strips, in memory,
 // in the same run. Both sides end in a copy of the codes into one block.
 #include <algorithm>

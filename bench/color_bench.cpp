@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A 12-megapixel photo brought to 256, 16 and 2 colours, beside Leptonica and Pillow doing the like,
 // and beside the plain form of the tests on a twelfth of the picture.
 //

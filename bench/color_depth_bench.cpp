@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions of 12 megapixels between all depths, beside a memcpy of the bytes that each writes.
 //
 // Arguments: bits per pixel before and after. Both write into a new block, as a caller would see it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Choosing a table of 256 or 8 colours for a 12-megapixel photo from every pixel.
 #include <benchmark/benchmark.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scaling, mirroring and the conversions of four-byte pixels, beside a memcpy of the bytes that each
 // writes.
 //

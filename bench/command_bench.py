@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Times whole processes of raxel-export beside ppm2tiff, raw2tiff, ImageMagick and libvips.
 
     command_bench.py --build FOLDER [--runs N] [--folder FOLDER]

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Counts the instructions of ten small jobs of raxel-export and compares them with those in counts.txt.
 
     counts.py --build FOLDER --compiler NAME [--update]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole exports: a picture in memory, handed over by ExportCellData, to a file on disk, beside what
 // hosts would otherwise do with the same bitmap: libtiff's C API, or Leptonica where colours are chosen
 // or diffused first.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // raxelHostExport into memory beside the same export into a file: a 12-megapixel photo, prepared and
 // written.
 #include <benchmark/benchmark.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "libtiff_encoder.h"
 
 #include <tiffio.h>

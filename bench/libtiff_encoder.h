@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libtiff's encoders through its C API, writing to memory. Apart from the coders of this library, since
 // libtiff's header gives the name `tiff` to a type of its own.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "libtiff_files.h"
 
 #include <tiffio.h>

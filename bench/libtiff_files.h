@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole files by libtiff's C API, from a bitmap as this library takes it: bottom row first, 24-bit
 // pixels blue first. Apart from the library's headers, as libtiff's gives the name `tiff` to a type.
 #pragma once

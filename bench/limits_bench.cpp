@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What no writer can beat: the bytes of a 12-megapixel photo copied in memory, and written to a file.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Where the instructions of an LZW export go: a table of instructions a byte of the picture, by part.
 
     lzw_parts.py --build FOLDER

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Times a folder of pictures by the ways of docs/machines.md, which take turns.
 
     machines_bench.py --build FOLDER [--runs N] [--folder FOLDER] [--pictures N]

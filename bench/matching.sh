@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # matching.sh FOLDER FILTER: runs the benchmarks in FOLDER whose names hold FILTER (a regular expression), and
 # only those programs that have any. When there is none, says so and lists the names, each up to its first slash.
 set -euo pipefail

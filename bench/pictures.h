@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures to measure with, drawn from seeds: the same on every run and machine.
 #pragma once
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Prints the processor seconds that Pillow takes to map a picture to a given table with error diffusion.
 
     pillow_dither.py PHOTO TABLE

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Times the Python package beside Pillow, tifffile and libvips, in one process and in turns.
 
     python_bench.py --build FOLDER [--runs N] [--folder FOLDER]

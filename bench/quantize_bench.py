@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Chooses colours for pictures of many kinds, beside four others, and draws error against time.
 
     quantize_bench.py --build FOLDER [--runs N] [--plot FILE.svg] [PICTURE...]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A main for benches that compare two programs: every measurement named "group/case/ours" is set
 // beside "group/case/theirs", with runs of both in turn, and the ratio of their medians is printed.
 #pragma once

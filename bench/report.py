@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Measures everything and writes the tables and plots of docs/performance.md, between the lines that mark them.
 
     report.py --build FOLDER [--quick] [--only NAME,...] [--into FILE] [--folder FOLDER] [--runs N]

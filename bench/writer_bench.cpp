@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole RGB files of 12 megapixels on disk: the writer from BeginCellBitmap to kvlClose beside
 // libtiff's C API, from the same bitmap, and beside a plain copy and a plain write of its bytes.
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Debian 12's cross compiler for i686. Its programs name the loader and the libraries of its own
 # folder, so that they run on an x86-64 kernel as they are; where the kernel cannot, qemu-i386 does.
 set(CMAKE_SYSTEM_NAME Linux)

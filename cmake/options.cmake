@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Two interface targets: what every compilation of the project shares, and what the library adds.
 # (-Wuseless-cast is not among them: a cast that -Wconversion asks for on a 32-bit machine is useless
 # on a 64-bit one, and the other way round.)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Where things are installed, and how projects find them: find_package(raxel), pkg-config.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)

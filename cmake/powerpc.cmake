@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Debian 12's cross compiler for powerpc.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR powerpc)

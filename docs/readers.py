@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Has readers open what the command writes, and puts their answers into the table of docs/format.md.
 
     docs/readers.py BUILD-FOLDER            (./dev readers)

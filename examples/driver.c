@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* A host that draws: it drives the filter like a graphics device.
 
      driver path/to/raxel.so picture.tif

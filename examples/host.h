@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* What every small host here needs: open the library and find its functions. */
 #ifndef EXAMPLES_HOST_H
 #define EXAMPLES_HOST_H

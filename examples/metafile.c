@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* A host that runs a metafile session.
 
      metafile path/to/raxel.so picture.tif

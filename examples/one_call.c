@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* A host that hands over a finished picture in one call.
 
      one_call path/to/raxel.so picture.tif

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* A host on top of libraxelhost: any picture, any mode, and the file shows the picture.
 
    prepared RAXEL.SO OUT.TIF [MODE [COMPRESSION]]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* Writes a PPM as a TIFF: the whole road, in one call.
 
    write IN.ppm OUT.tif

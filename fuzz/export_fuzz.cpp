@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One whole export with any settings and any small picture, into a host's stream that fails or fills up
 // at any point, or into memory, with a host that may ask to stop.
 #include <cstring>

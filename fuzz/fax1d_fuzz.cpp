@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Modified Huffman rows of any picture: equal to the plain form, and decode to the picture.
 #include "fax_input.h"
 #include "raxel/tiff_codes.h"

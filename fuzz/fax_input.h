@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A bilevel picture out of a fuzzer's bytes.
 #pragma once
 

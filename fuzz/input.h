@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Takes a fuzzer's bytes apart into the numbers and blocks that a target needs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // LZW of any strip: decodes to the strip, and equals the plain form. The first two bytes say how often the
 // rest is repeated, and what each repetition adds to its bytes, so that short inputs make strips that clear
 // the table more than once.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PackBits of any row: equal to the plain form, and decodes to the row.
 #include "input.h"
 #include "tiff/packbits.h"

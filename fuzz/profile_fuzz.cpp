@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Profiles of any bytes: read a value, list the keys, read a number, write or delete a key, and read it
 // again. Input: what to do, section, key and value with their lengths, then the profile.
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Replays a fuzz target without the fuzzer: every file of the corpus as it is, cut short, and with
 // seeded bytes changed, and some noise besides. A finding ends the program, as it does in the fuzzer.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // T.4 strips of any picture decode to the picture, with an EOL before each row and six at the end.
 #include "fax_input.h"
 #include "raxel/tiff_codes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // T.6 strips of any picture: both forms of the coder equal the plain one, and decode to the picture.
 #include "fax_input.h"
 #include "tiff/fax_2d.h"

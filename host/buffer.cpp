@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "buffer.h"
 
 #include <sys/mman.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Large blocks of bytes that nothing writes to before they are used.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Times for the report.
 #pragma once
 

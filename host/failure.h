@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How work is given up here: one exception with a code and a sentence for the user.
 #pragma once
 

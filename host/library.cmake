@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # libraxelhost: what a host does to a picture on its way through the filter into a file.
 pkg_check_modules(LEPTONICA REQUIRED lept)
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Functions of libraries that are loaded when they are needed.
 #pragma once
 

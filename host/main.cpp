@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // raxel-export: writes pictures as TIFF files through the raxel export filter.
 #include <cstdio>
 #include <cstring>

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Draws the sample pictures of this folder.
 
     samples/draw.py [FOLDER]

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes the samples in every mode and shows the written files in docs/gallery.md.
 
     samples/gallery.py BUILD-FOLDER          (./dev gallery)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sums up a CTest log (Testing/Temporary/LastTest.log): prints the output of the tests that failed,
 # then one line "PRESET: 412 passed, 0 failed".
 #

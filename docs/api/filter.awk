@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Turns the headers' comments into those that Doxygen reads, and leaves everything else as it is: the file's first
 # comment describes the file, one in front of a declaration that declaration, one behind a member that member.
 # Indented lines are tables and drawings, which stay as they are. Lines keep their numbers.

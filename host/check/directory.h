@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The directory of a TIFF file, read without trust and without a library.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a TIFF file holds.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libtiff over bytes in memory, loaded when a file is verified or inspected.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The check of a written file against the picture that was meant.
 #pragma once
 

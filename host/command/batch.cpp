@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "command/batch.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // All inputs of one command.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many cores the filter codes a picture on.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "command/help.h"
 
 #include <sstream>

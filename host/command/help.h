@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts made from the option table.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "command/inspect.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --inspect: what a TIFF file holds, for people and for programs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Modes and compressions with their other names, palettes, presets.
 #include <algorithm>
 #include <iterator>

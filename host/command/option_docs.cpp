@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "command/option_docs.h"
 
 #include "order/option_table.h"

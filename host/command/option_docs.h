@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sources for the shells' completions and for the manual page, made from the option table at build time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes one of the texts made from the option table to standard output; runs while the project is built.
 //
 //   raxel-export-option-docs bash|zsh|fish

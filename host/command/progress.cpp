@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "command/progress.h"
 
 #include <sys/ioctl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A line on the terminal while a picture takes its time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "command/stop.h"
 
 #include <signal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ctrl-C and its kin: the temporary goes, the old file stays, and the process ends at once.
 //
 // The handlers run whatever the program is doing, be it inside the library, a decoder or a wait for the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "command/tasks.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a command line comes to: one task for each output.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "command/tell.h"
 
 #include <cstdio>

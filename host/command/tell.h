@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What happened to a picture, told to people.
 #pragma once
 

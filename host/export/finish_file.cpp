@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "export/finish_file.h"
 
 #include <cerrno>

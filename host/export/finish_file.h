@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The finishing step of an export: between the filter's last write and the renaming.
 #pragma once
 

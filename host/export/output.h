@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the bytes of an export go: a file, a callback or memory.
 #pragma once
 

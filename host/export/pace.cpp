@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "export/pace.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How far an export is, for who asked to be told, and whether it is to stop.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The whole road of a prepared picture, as one call.
 #include <algorithm>
 #include <cstddef>

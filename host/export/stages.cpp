@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "export/stages.h"
 
 #include "buffer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The stages that every export goes through between its plan and its report. First comes the room: memory
 // for pixels and table is asked for before the filter could end the process. Then the caller fills it, with
 // prepared pixels or with the picture as it is; where rows are made on the way there is nothing to fill.

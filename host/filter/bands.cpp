@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/bands.h"
 
 #include <algorithm>

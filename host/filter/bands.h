@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A picture handed over in bands, through the draw procedure of the filter's picture pipeline: no block
 // holds more of it than a band.
 #pragma once

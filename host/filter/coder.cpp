@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/coder.h"
 
 #include "finish/planned.h"

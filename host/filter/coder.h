@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One of the filter's coders on its own, with the stream that it writes to. Both are exported for hosts.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/driver.h"
 
 #include <algorithm>

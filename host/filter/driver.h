@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The road of an application that drives the filter like a graphics device.
 #pragma once
 

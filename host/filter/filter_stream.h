@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A stream of the filter's that leads to ours, for roads that write without ExportCellData.
 #pragma once
 

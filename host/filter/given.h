@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings that a command line gives, on their way into a setup.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Handing a prepared picture to the library.
 #pragma once
 

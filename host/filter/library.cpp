@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/library.h"
 
 #include <dlfcn.h>

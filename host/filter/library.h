@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The filter, loaded as an application loads it: at run time, entries resolved by their numbers.
 #pragma once
 

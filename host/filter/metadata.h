@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts and profile for the finished file: those that the options give, else the picture's own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/one_strip.h"
 
 #include <algorithm>

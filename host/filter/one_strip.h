@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // All rows of a fax-coded picture as one strip. The filter cuts every picture into quarters; its coders,
 // which are exported, take any number of rows.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/open.h"
 
 #include <dlfcn.h>

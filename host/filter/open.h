@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The filter of this process. Its state is that of the process, so there is one, and one lock around it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whether a picture is smaller when its rows are differences.
 #pragma once
 

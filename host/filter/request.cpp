@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is to be done with a picture, from three sources.
 #include <algorithm>
 #include <cmath>

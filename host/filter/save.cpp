@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "filter/save.h"
 
 #include <fcntl.h>

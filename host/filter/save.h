@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --save: the settings of the command line on their way into the profile.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One export configuration in the library, for as long as a picture takes.
 #pragma once
 

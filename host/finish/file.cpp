@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files to finish: behind a descriptor, and in memory.
 #include <unistd.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The finishing step: gives a file that the filter wrote the directory that its readers want.
 //
 // The filter's directory says the least that the format allows, and some of it in a way that not every

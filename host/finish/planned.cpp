@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "finish/planned.h"
 
 #include <iterator>

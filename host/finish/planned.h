@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a plan asks of the finished directory.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the filter wrote, from its own directory.
 #include <algorithm>
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers of the format: tags and types.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The finished directory: its entries in ascending order, their longer values behind them.
 #include <cmath>
 #include <numeric>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "order/advice.h"
 
 #include <unistd.h>

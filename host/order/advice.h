@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the user of options can do about a failure: the rooms that know none tell only what is wrong.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "order/as_is.h"
 
 #include <algorithm>

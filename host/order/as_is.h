@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The road of an application that prepares nothing.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Colours that options call by names.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "order/digest.h"
 
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // SHA-256 of files, from libcrypto, which is loaded when the first one is asked for.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "order/export_task.h"
 
 #include <exception>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One output, from the files of its pictures.
 #pragma once
 

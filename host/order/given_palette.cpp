@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "order/given_palette.h"
 
 #include <strings.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The colours that --palette asks for.
 #pragma once
 

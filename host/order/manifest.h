@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The manifest of finished pictures: a line of JSON for each, by which a run that was killed goes on, and
 // machines that share a folder know what is done.
 //

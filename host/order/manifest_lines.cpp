@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "order/manifest_lines.h"
 
 #include <fcntl.h>

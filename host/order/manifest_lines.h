@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lines of a manifest, to which other processes append meanwhile.
 #pragma once
 

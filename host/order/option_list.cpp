@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "order/option_list.h"
 
 #include <nlohmann/json.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The options, for programs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every option of raxel-export, once: the command line, --help, the manual page and the completions are
 // made from this table.
 #pragma once

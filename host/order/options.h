@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an export is asked for, by options that have names.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Orders: the command's options and reports for programs.
 #include <algorithm>
 #include <cerrno>

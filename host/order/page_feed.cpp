@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "order/page_feed.h"
 
 #include <algorithm>

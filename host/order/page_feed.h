@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pages of a task, one after the other.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tables of colours that have names.
 #pragma once
 

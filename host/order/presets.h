@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Options for a purpose, by one name.
 #pragma once
 

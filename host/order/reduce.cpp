@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Colours chosen for a picture in memory, and error diffusion to given ones.
 #include <algorithm>
 #include <new>

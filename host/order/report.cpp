@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "order/report.h"
 
 #include <cmath>

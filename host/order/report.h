@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What happened to a picture.
 #pragma once
 

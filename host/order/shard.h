@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shares of many inputs, for machines that divide them up without asking each other.
 #pragma once
 

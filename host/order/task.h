@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One output, with the inputs and pages that go into it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "output/hold.h"
 
 #include <initializer_list>

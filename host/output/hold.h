@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Steps that signals must not leave half done.
 #pragma once
 

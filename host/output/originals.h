@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The inputs of a run, which no output may replace.
 #pragma once
 

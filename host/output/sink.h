@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes on their way to a file or a block of memory: gathered into large pieces, with the front of a file
 // held back for patches.
 #pragma once

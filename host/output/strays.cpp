@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "output/strays.h"
 
 #include <dirent.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Temporaries beside their outputs: how they are called, locked, and removed when nobody owns them.
 #pragma once
 

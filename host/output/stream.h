@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The stream procedure that the library writes through, and the status record that leads to it.
 #pragma once
 

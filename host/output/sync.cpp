@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "output/sync.h"
 
 #include <signal.h>

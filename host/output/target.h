@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The output: a temporary file beside the one asked for, which takes its place only when it is whole.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // BMP without compression: colour tables of 1 to 8 bits, and pixels of 16, 24 and 32 bits, whose channels
 // masks may place.
 #include <algorithm>

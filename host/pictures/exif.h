@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the Exif block of a file says of the picture. Bytes are not trusted.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // GIF: Leptonica decodes the first frame, which is laid on its screen here.
 #include <algorithm>
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pictures/gif_pages.h"
 
 #include <algorithm>

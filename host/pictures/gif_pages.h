@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pages of a GIF: its screen as it is while each frame shows.
 #pragma once
 

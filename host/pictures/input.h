@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes of an input: a mapped file, or everything that a pipe gives.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // JPEG through libjpeg-turbo: grey stays grey, all else becomes RGB; Exif says which side is up.
 // jpeglib.h needs the standard headers before it, and jerror.h needs jpeglib.h.
 // clang-format off

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Through Leptonica: JPEG 2000, PAM, and the frames of GIF.
 #include "prepare/leptonica.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures that a program has in memory.
 #pragma once
 

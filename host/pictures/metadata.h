@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a file says of its picture beside the pixels. Bytes are not trusted.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which pages of an input are meant.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pages of an input: the directories of a TIFF, a GIF's screen at each of its frames, and one page of
 // everything else.
 #pragma once

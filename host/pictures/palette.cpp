@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // GIMP's palettes (GIMP developer documentation, "GIMP Palette file format"): lines of text. The first one
 // says "GIMP Palette", those of the header are a word, a colon and its value, "#" begins a comment, and all
 // others hold red, green and blue from 0 to 255 and perhaps the colour's name.

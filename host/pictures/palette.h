@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Colours in a file of their own.
 #pragma once
 

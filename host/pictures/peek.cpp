@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pictures/peek.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looks into files for their format, and for what Leptonica does not tell of the pictures that it reads.
 // Bytes are not trusted.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pictures/picture.h"
 
 #include <new>

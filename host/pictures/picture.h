@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A picture as it was read, ready for the preparation.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PNG: the chunks through libspng, the pixels inflated at once by libdeflate or, where that does not do,
 // decoded by libspng too. Depths of 1, 2 and 4 bits and colour tables stay as they are.
 #include <dlfcn.h>

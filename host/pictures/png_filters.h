@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The filters of PNG's rows (ISO/IEC 15948, section 9), undone where they lie.
 #pragma once
 

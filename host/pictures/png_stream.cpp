@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pictures/png_stream.h"
 
 #include <dlfcn.h>

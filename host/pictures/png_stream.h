@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The chunks of a PNG file that decide its picture. Texts, which take any size once they are inflated, are
 // left out.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PBM, PGM and PPM, plain and raw. Raw pictures of 1 and 8 bits are read where they lie; two levels of grey
 // take one bit.
 #include <algorithm>

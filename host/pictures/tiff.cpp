@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // TIFF and BigTIFF through libtiff. Indices, greys and colours of 8 and 16 bits come row by row as the file
 // has them; every other kind as libtiff's own red, green, blue and opacity.
 #include <algorithm>

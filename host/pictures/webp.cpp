@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // WebP through libwebp, which is loaded when the first such picture comes: stills, and of animations the
 // first frame on its canvas.
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pixel block that the filter receives: rows from the bottom up.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The first stage of clusters.h: boxes, cut where their colours spread most.
 #include <algorithm>
 #include <cmath>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/clusters.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Choosing a table of colours for which the sum of squared errors over all pixels is small.
 //
 // First boxes: all colours are one, and again and again the box with the largest error is cut in two,

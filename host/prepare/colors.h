@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Colour modes: exact where the picture's colours are few enough, reduced otherwise.
 #pragma once
 

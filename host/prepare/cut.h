@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Grey cut into black and white, without dots.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Error diffusion to a table of colours.
 //
 // Each pixel goes to the nearest entry, and 13 sixteenths of what it has lost go to neighbours that are

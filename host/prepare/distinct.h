@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The colours of a picture, each once, in the order in which they appear.
 #pragma once
 

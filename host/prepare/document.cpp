@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/document.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Documents and photos: which of the two a picture is, told by its tones.
 //
 // A document is ink on paper: two tones, with grey between them on the edges of the ink and hardly anywhere

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/fallback.h"
 
 #include <algorithm>

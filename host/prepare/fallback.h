@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures that a compression cannot carry to every reader.
 #pragma once
 

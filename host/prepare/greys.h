@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bilevel and grey modes.
 #pragma once
 

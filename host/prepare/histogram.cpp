@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/histogram.h"
 
 #include <algorithm>

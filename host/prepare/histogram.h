@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The colours of a picture and how many pixels have them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/leptonica.h"
 
 #include <dlfcn.h>

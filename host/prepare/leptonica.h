@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Leptonica, loaded when the first picture needs it: it and the libraries under it take longer to load
 // than a small picture takes to export.
 #pragma once

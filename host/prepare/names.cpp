@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names and escape values of modes and compressions, and the sentences for codes and notes.
 #include <strings.h>
 

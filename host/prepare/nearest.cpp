@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/nearest.h"
 
 #include <climits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The nearest of up to 256 colours: the entry with the smallest sum of squares, the first of equals.
 #pragma once
 

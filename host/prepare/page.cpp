@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/page.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pages of two colours at a smaller size: text stays legible, and rules stay whole.
 #pragma once
 

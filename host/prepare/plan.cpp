@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The geometry of a job: what the file will hold, and which jobs no reader could open.
 #include "prepare/plan.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the stages of the preparation ask about a plan.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The horizontal predictor of TIFF 6.0, section 14: rows as differences from pixel to pixel, which LZW
 // codes in fewer bits where neighbours are nearly alike.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The stages of a preparation, one after the other.
 #include "prepare/prepare.h"
 

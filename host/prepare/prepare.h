@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The preparation with somebody to ask on the way whether it is still wanted.
 #pragma once
 

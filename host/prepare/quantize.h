@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Choosing colours for a picture that has too many.
 #pragma once
 

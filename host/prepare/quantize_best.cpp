@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table with the smallest error (clusters.h), and each pixel's nearest entry of it, or diffused to it.
 #include <algorithm>
 

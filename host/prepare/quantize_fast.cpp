@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Leptonica's median cut: boxes weighed first by pixels and then by pixels times volume.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The filter's own reduction: a median cut over 15-bit colours, and error diffusion.
 #include <algorithm>
 

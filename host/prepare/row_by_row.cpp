@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/row_by_row.h"
 
 #include "prepare/colors.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures whose rows can be prepared one by one, without a look at the others.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/scale.h"
 
 #include <algorithm>

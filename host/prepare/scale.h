@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Resampling to another size: areas are averaged when a side shrinks, and interpolated when it grows.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/services.h"
 
 #include <cstdlib>

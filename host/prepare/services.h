@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Handle memory and functions of the filter, as the preparation borrows them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A picture laid on a larger white page.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows of a picture of any depth, read as colours, as grey levels or as indices.
 #pragma once
 

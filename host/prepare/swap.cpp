@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/swap.h"
 
 #if defined(__x86_64__) || defined(__i386__)

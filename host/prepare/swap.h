@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Red and blue exchanged in rows of 24 bits.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/taps.h"
 
 #include <algorithm>

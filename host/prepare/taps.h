@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the pixels of a scaled row are made of the pixels of the row before.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cell arrays of the raster driver (raxel/driver.h): pixels, framed by begin and end raster or each a
 // picture of its own.
 //

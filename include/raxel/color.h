@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The colour library: pixel access, depth conversion, scaling, CMYK; with raxel/median_cut.h, which chooses
 // tables, and raxel/dither.h, which diffuses errors.
 //

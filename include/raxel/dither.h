@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dithering by error diffusion, to depths of 1, 4 and 8 bits. Pictures and tables are those of
 // raxel/color.h.
 #ifndef RAXEL_DITHER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The raster driver: the filter driven like a graphics device, one numbered function at a time.
 //
 // A host asks RASTER_dd_entry for the working entry and sends it, in this order:

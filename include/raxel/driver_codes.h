@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The numbers of the raster driver: opcodes, states, primitives and kinds of rasters.
 //
 // The operations of its entries are those of raxel/filter_codes.h: start with RAXEL_ENTRY_START, send

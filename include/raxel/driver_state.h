@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The raster driver's state block, which a host reaches through lpEMData.
 #ifndef RAXEL_DRIVER_STATE_H
 #define RAXEL_DRIVER_STATE_H

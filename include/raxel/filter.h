@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The filter's front door: the export table, the one-call export, and the picture pipeline behind it.
 //
 // A host that has loaded the library calls fltLoadPointers, finds the entries' names by their

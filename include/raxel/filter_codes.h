@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The numbers of the filter's front door: ordinals, operations of the entries, words of the host's
 // records, reports to its status callback, and the questions to a draw procedure.
 #ifndef RAXEL_FILTER_CODES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libraxelhost: a picture as it was read becomes a TIFF file that shows it.
 //
 // The filter writes what it is given: rows from the bottom up, blue before red, sizes in inches,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The whole road of a picture in one call: prepared, sent through the filter, checked, put in its
 // place.
 //

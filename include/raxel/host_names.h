@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The codes of libraxelhost, and words for codes, notes, modes and compressions.
 #ifndef RAXEL_HOST_NAMES_H
 #define RAXEL_HOST_NAMES_H

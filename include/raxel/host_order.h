@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exports by the options of raxel-export, from files or from pictures in memory: for bindings, and for
 // programs whose users know the command.
 //

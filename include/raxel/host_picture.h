@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A picture made ready for the filter: what there is, what is wanted, the plan, the pixels.
 //
 //   picture -> scale -> colour treatment -> reduce or dither -> rows bottom first -> pixels, table

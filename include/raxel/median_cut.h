@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Choosing a colour table for a picture by median cut; src/color/README.md explains it. Pictures and tables
 // are those of raxel/color.h.
 #ifndef RAXEL_MEDIAN_CUT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Handle memory: blocks named by handles, locked to pointers for use.
 //
 //   Handle picture = GlobalAlloc(RAXEL_MOVEABLE_ZERO, size);

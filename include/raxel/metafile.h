@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The metafile session: a host records a picture as a platform metafile, and the filter renders it when
 // the session ends.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures as the filter knows them: the host's, and the output while a draw procedure has it open.
 #ifndef RAXEL_PICTURE_H
 #define RAXEL_PICTURE_H

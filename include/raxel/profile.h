@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // INI profiles: text files of sections and key=value lines, read and rewritten through the classic
 // calls.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The whole of raxel's interface.
 //
 // Some names of the library are words that an application may want for itself. Where RAXEL_NO_SHORT_NAMES

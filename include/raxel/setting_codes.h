@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The numbers behind the export settings: which escape changes what, what it takes, and what the
 // settings record and the profile then hold.
 //

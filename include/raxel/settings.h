@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Export settings: the settings record, the profile it is loaded from, the setup calls and escapes.
 //
 // One settings record is one export configuration. A host makes it with CreateSetup, knows it by its

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings record: what a setup handle stands for, and the records in use; and those of escape 56.
 #ifndef RAXEL_SETTINGS_RECORD_H
 #define RAXEL_SETTINGS_RECORD_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Streams: disk files, borrowed standard I/O streams, growing memory blocks and host procedures
 // behind one set of calls, with line and typed I/O on top.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The numbers of streams: open modes, seek origins, operations of a stream procedure, formats.
 #ifndef RAXEL_STREAM_CODES_H
 #define RAXEL_STREAM_CODES_H

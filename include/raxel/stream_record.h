@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The records of streams: how one is described, what a procedure is told, and what a handle stands for.
 #ifndef RAXEL_STREAM_RECORD_H
 #define RAXEL_STREAM_RECORD_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Small string and number helpers, the same in every locale.
 //
 // Letters are those of ASCII; the bytes 0x80 to 0xFF are left alone and compare as the negative

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The TIFF writer: header and directory, pixels in strips or tiles, six compressions.
 //
 // A picture is written by four calls in this order, all on the settings record in use (lpRaster,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers of the TIFF format that the writer's state holds. Source: TIFF Revision 6.0 (Adobe, 1992).
 #ifndef RAXEL_TIFF_CODES_H
 #define RAXEL_TIFF_CODES_H

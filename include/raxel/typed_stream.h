@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers and records on streams, in a byte order of their own.
 #ifndef RAXEL_TYPED_STREAM_H
 #define RAXEL_TYPED_STREAM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The words that every raxel header shares: handles, host words, callbacks and result codes.
 //
 // A host sees three kinds of numbers. Handles name blocks of handle memory (raxel/memory.h). Host

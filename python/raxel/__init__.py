@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """raxel writes pictures as TIFF::
 
     import raxel

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fewer colours, without a file."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What goes wrong, as exceptions."""
 
 from __future__ import annotations

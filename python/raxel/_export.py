@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Pictures to files."""
 
 from __future__ import annotations

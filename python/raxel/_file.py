@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """One picture file to one TIFF file, as a task for engines that spread work."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Files to what they hold."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """libraxelhost through ctypes: where it is, its records and its functions."""
 
 from __future__ import annotations

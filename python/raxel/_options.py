@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The command's options as keywords, from the command's own table."""
 
 from __future__ import annotations

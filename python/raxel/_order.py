@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """An order of the library, and how it is run without keeping Python from anything else."""
 
 from __future__ import annotations

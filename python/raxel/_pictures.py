@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Pictures in memory, shown to the library where they lie."""
 
 from __future__ import annotations

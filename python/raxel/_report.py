@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What an export has done, as a record."""
 
 from __future__ import annotations

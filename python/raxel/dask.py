@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A folder of pictures on a Dask cluster::
 
     from distributed import Client

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Importing this module lets Pillow save through raxel::
 
     import raxel.pillow

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the tests share: pictures to write, and an independent reader."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The indented blocks of a document under docs/, by its headings."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The programs of docs/python.md run as they stand there, one after the other."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Many pictures on many processes: manifests, shares, and the recipes of docs/machines.md."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Every kind of picture, as an independent reader sees the file."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """raxel as a format of Pillow."""
 
 from __future__ import annotations

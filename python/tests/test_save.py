@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Where files go, what is told of them, and what goes wrong."""
 
 from __future__ import annotations

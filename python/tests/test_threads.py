@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Progress, stops, signals and threads."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The package and its tests as a type checker sees them."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What functions of Vectors::kAvx512 (see kernels.h) are compiled for, and what they share.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/bitmap.h"
 
 #include "color/debug_level.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows of pixels and single pixels at every depth.
 //
 //   depth  pixels in a byte or bytes a pixel                        value word

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/cmyk.h"
 
 #include <algorithm>

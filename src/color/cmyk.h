@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures of four bytes a pixel, changed in place. The pixels follow one another without padding:
 // rows of 4 bytes a pixel need none.
 #pragma once

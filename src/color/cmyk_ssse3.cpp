@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/cmyk.h"
 
 #if defined(RAXEL_HAS_SSSE3)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/colormap.h"
 
 #include "color/bitmap.h"

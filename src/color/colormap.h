@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The map from the indexes of one picture to the indexes or colours of another.
 #pragma once
 

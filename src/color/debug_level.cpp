@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The diagnostics level, a plain number that a host writes.
 #include "color/debug_level.h"
 

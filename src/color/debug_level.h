@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the library prints at each diagnostics level. The level is stored in 16 bits and compared as
 // a signed number, so that a host may also use negative levels: those print as level 1 does.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/kernels.h"
 
 #include <algorithm>

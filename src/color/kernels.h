@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The inner loops that some processors run faster in another form, chosen in one place, at run time.
 //
 // Every form gives the same bytes. Those of kNone are plain C++ and work everywhere.

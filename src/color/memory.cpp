@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The colour library's own names for handle memory.
 #include "raxel/color.h"
 #include "runtime/blocks.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/packed_pixels.h"
 
 #include <array>

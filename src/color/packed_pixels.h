@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Values of one byte a pixel, packed to the depths of 1 and 4 bits and unpacked from them.
 #pragma once
 

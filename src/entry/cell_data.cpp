@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The band of host pixels: the whole picture, brought to the output's depth and size in memory.
 #include "entry/cell_data.h"
 

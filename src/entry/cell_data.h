@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Host pixels on their way to the output's depth and size.
 #pragma once
 

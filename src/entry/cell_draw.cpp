@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The draw procedure for host pixels: it tells their size, and has one band for the whole picture.
 #include "raxel/filter.h"
 

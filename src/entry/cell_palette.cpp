@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening cell data: the palette that the output will have.
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one-call export: a finished picture becomes a file, a block or a host stream.
 #include <cstddef>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The filter's front door: the table of entries and the version.
 #include <cstddef>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The generic driver entry: its address and version for the host, and the metafile session's
 // operations behind it.
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Plain exported data for the host. The library reads only the session's common block.
 #include "raxel/filter.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The platform's metafile services. This platform has none: nothing is recorded, so a session opens
 // and closes its output and ends with code 300. A platform with metafiles supplies its own five.
 #include "raxel/filter.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A metafile session: the output is opened at the start, the host records a metafile, and the end
 // renders it into the output and closes.
 #include "entry/metafile_session.h"

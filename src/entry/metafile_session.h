@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pieces of a metafile session that can be looked at one by one.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The offscreen hooks. On this platform each of them asks the picture's draw procedure; a platform
 // with drawing surfaces of its own would set one up here.
 #include "raxel/filter.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "entry/output_stream.h"
 
 #include "raxel/filter_codes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The three ways to open an output, and what is left to do when it closes.
 #pragma once
 

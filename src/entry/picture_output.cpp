@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The road of every picture: ask the draw procedure for its size, settle the output's depth and
 // size, open, begin the file, write band by band, end, release.
 #include <algorithm>

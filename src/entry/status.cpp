@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Progress and stop requests: the one place where the host's status callback is called.
 #include "raxel/filter.h"
 #include "runtime/host_status.h"

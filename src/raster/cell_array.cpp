@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cell arrays: rows of pixels, collected between begin raster and end raster into one picture, or
 // each a picture of its own outside such a frame.
 #include "raster/cell_array.h"

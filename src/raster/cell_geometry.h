@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The arithmetic that framed and unframed cell arrays share.
 #pragma once
 

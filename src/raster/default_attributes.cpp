@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Default attribute tables, kept for hosts that look for them: 64 zero bytes each.
 #include "raxel/driver.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening and closing the output device.
 #include "raster/driver_state.h"
 #include "raster/memory_output.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The picture's state between open and close: begin and end, window, viewport, colours.
 #include <algorithm>
 #include <cstring>

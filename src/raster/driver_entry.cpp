@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driver's two entries, its initialisation and its termination.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driver's state block: allocated at initialisation, locked for its whole life.
 #include "raster/driver_state.h"
 

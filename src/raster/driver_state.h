@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driver's states and the life of its state block.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driver's error stack and the reply buffer.
 //
 // Index -1 of the stack is FirstError, which stands right before it in the block. The driver never sets a

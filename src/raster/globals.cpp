@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driver's state block, while there is one.
 #include "raxel/driver.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "raster/memory_output.h"
 
 #include "raxel/memory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The block of an output that goes to memory. The driver keeps it to itself: the host never learns
 // its handle, and it is freed at the next open or at termination.
 #pragma once

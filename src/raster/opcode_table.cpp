@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The opcode table: which function answers an opcode, and in which states. Searched from the top;
 // the first row with the opcode decides, also when its states refuse. The order is not ascending
 // everywhere, and opcodes that this driver accepts and ignores stand here with d_noop.

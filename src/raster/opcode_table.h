@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The opcode table of the driver.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes one complete picture from one buffer: the road of a cell array outside a frame.
 #include <cstring>
 

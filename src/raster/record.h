@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where things stand in the driver's function records. Byte offsets are the same on every build;
 // values may lie at any address and are read with unaligned-safe loads.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the driver says it can do: the capability array and the inquiries.
 #include "raster/support.h"
 

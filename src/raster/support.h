@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The capability array that the driver fills for its host.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Letter case and kinds of plain ASCII characters, whatever the locale of the process says.
 #pragma once
 

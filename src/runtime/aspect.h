@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fitting a picture's proportions into a box on paper.
 #pragma once
 

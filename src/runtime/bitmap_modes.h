@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bitmap modes: what the pixels of a file can be. A new mode is a row here.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Small helpers around handle memory, so that every path frees what it owns.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Handle memory's block, byte by byte.
 //
 //   byte     0     size that the caller asked for (4)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Handle memory: a handle is the address of a block, laid out as runtime/handle_layout.h shows.
 #include <cstdio>
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/host_output.h"
 
 #include "raxel/memory.h"

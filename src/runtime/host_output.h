@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The outputs that are no file by name: a stream procedure of the host's, and a block of handle memory.
 #pragma once
 

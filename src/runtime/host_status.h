@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host status record: an array of host words that lives as long as the export.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Profiles line by line, for the calls that read them and the one that rewrites them.
 #pragma once
 

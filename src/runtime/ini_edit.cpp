@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Profile lines on their way from the old profile to the new one.
 #include <cstring>
 

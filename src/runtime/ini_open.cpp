@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where profiles are: under the name as given, and in the folder that INIDIR names.
 #include <cstdlib>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // GetPrivateProfileString and GetPrivateProfileInt.
 #include <algorithm>
 #include <cstring>

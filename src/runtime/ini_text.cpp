@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of profile lines: what is taken off before they are compared.
 #include <cstring>
 

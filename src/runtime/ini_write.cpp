@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // WritePrivateProfileString: the whole profile is copied with one change, and the copy then takes
 // the profile's place. Whatever fails on the way, the old profile stays as it was.
 #include <sys/stat.h>

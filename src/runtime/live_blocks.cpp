@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A table of addresses with open addressing: a block stands at the first free slot at or behind its own,
 // and the slots between are never empty. At least half of the slots are free. The table itself goes with
 // the last block, so that an unloaded library leaves nothing behind.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which blocks of handle memory exist at the moment.
 //
 // A pointer that a host hands over may be the data of such a block, whose size is then known, or any

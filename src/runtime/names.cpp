@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/names.h"
 
 #include <fcntl.h>

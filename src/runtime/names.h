@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Parts of file names, and names for temporary files, within bounds.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions of doubles to integers, defined for every double: truncate toward zero, NaN becomes
 // 0, and what lies outside the range becomes the nearest end of it.
 #pragma once

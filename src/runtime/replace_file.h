@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Replacing a file so that at every moment either the old one or the new one is there, whole.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sizes of a picture's rows, and of all of them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which settings record a running export works on.
 //
 // Host callbacks run in the middle of an export, and what they call may move lpRaster to another

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What functions that shuffle 16 bytes at once are compiled for. A processor is asked for it at run time,
 // with __builtin_cpu_supports("ssse3").
 #pragma once

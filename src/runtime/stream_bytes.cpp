@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kvlRead, kvlWrite and kvlSeek.
 //
 // Writing behaves as one store a byte, with a flush whenever the next byte finds the window full, and

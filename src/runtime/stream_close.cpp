@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kvlClose, kvlCloseandDelete and kvlCopy.
 #include "runtime/stream_record.h"
 

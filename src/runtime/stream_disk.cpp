@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/stream_disk.h"
 
 #include <unistd.h>

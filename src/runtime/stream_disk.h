@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads and writes of a stream's file at given offsets.
 //
 // A file that the library opened itself is unbuffered, so its descriptor is used directly: one

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines of text, ending in LF, CR LF or CR.
 #include "runtime/stream_record.h"
 

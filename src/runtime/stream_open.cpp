@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // kvlOpen: which kind of stream a name, a descriptor and a mode ask for.
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The record behind a stream handle, as the stream sources see it.
 //
 // A stream moves bytes through a window of the file: buffer index 0 is file offset lBufStart,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The window of a stream: filling it, flushing it, and growing the block of a memory stream.
 #include "runtime/stream_disk.h"
 

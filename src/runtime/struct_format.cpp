@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "runtime/struct_format.h"
 
 #include <algorithm>

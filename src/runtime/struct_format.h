@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The format strings of kvlReadStruct and kvlWriteStruct, as offsets and sizes.
 #pragma once
 

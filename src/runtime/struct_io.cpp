@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole records, moved member by member as a format string lays them out in native memory.
 #include <cstring>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // String and number helpers, the same in every locale.
 #include "raxel/text.h"
 

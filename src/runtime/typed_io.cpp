@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Typed values in the byte order that the stream is set to. An item is read and written as the bits
 // of its native value, so the same code serves integers and floating-point numbers.
 #include <type_traits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loads and stores of native values at any address.
 #pragma once
 

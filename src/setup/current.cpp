@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings record in use and the filter's own names. All constant-initialised.
 #include "raxel/settings.h"
 

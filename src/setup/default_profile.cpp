@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "setup/default_profile.h"
 
 #include <dlfcn.h>

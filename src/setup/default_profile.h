@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The profile's name when the host gives none.
 #pragma once
 

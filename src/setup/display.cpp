@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "setup/display.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is known of the display and the printer.
 #pragma once
 

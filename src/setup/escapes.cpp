@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Setup escapes: the host reads and changes one option at a time by number.
 #include <algorithm>
 #include <iterator>

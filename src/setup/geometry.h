@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pixel size of the picture that an export will write.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A setup from CreateSetup to DestroySetup.
 #include "raxel/memory.h"
 #include "raxel/profile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The codes by which hosts name options in escapes, and the codes that the record stores.
 //
 // A host's codes run on without a hole; the stored ones do not. Stored code i belongs to the host's

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "setup/profile_load.h"
 
 #include "raxel/profile.h"

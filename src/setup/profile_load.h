@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading a mode section of the profile into a settings record.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings record's defaults and limits.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names of the profile's keys.
 #pragma once
 

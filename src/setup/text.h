@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Short texts of the settings record: bounded copies, and numbers as a profile writes them.
 #pragma once
 

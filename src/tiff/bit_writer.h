@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Packs codes of any length into memory, the first bit of a code in the highest free bit of a byte.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Eight bytes at once, in a word of 64 bits.
 #pragma once
 

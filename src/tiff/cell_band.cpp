@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/cell_band.h"
 
 #include "tiff/colors.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A band of the host's bitmap on its way into the file: the chunks that it is cut into, and its colours
 // turned into those of the file.
 //

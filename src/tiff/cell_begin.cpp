@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The beginning and the end of a picture: the writer's state settled from the settings, the file's
 // front written, and the descriptor that carries the rest.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The descriptor that ties the calls for one picture together: how palette indices are remapped, and
 // which strip or tile comes next. A block of 265 bytes, its two numbers native and unaligned.
 #pragma once

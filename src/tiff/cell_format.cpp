@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What size, resolution and depth a bitmap must have to become the picture that the settings ask for.
 #include "raxel/settings.h"
 #include "runtime/aspect.h"

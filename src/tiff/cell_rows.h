@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rows of a host's bitmap: bottom row first, padded, and changed in place. The block behind them
 // may be shorter than its rows: bytes past its end read as 0 and are never written.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pixels of a picture, or of one band of it: chunk by chunk from the top of the image, colours
 // turned into those of the file in place, then written plain or coded.
 #include <algorithm>

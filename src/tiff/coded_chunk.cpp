@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/coded_chunk.h"
 
 #include <algorithm>

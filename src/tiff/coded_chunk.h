@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A chunk coded by itself, away from the stream, so that several can be at the same time.
 #pragma once
 

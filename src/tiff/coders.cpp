@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/coders.h"
 
 #include "raxel/setting_codes.h"

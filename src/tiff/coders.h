@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The coders, a row each: what the writer needs to know to hand one its pixels and to write its codes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/collector.h"
 
 #include <algorithm>

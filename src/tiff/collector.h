@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Gathers the rows that go to a file on disk into larger writes, which cost the system far less.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Palettes: the eight fixed colours, the greys, the host's own, and the way from one to the other.
 #include "tiff/colors.h"
 

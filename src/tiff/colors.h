@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Palettes and index remapping of the indexed bitmap modes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/compression.h"
 
 #include <algorithm>

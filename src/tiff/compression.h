@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Coding pieces of image data with the file's compression and writing them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fixed front of every file: header, one directory, and the values that the directory points to.
 //
 // Everything is written front to back with zeros where a value is not known yet, and the position of

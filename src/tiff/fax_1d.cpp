@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The idea: bytes that only go on with the run before them are stepped over by the dozen (fax_changes.h),
 // and for every other byte a table tells which runs end in it and what their codes are (kByteSteps).
 #include "tiff/fax_1d.h"

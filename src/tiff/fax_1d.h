@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One-dimensional fax codes: modified Huffman and T.4.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The idea: both rows are read through windows of some 60 pixels in a register (fax_window.h), in which
 // a1, b1 and b2 are the lowest bits of a few sums and masks. Only runs longer than a window are searched
 // for their ends. Rows of short runs take as many steps as they can from one window; other rows take a

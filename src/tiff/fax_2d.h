@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two-dimensional fax codes: T.6 (TIFF compression 4).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where fax codes go: a block of handle memory that grows, and a writer that packs codes into it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which bytes of a row hold a change of colour: the others only go on with that of the pixel before.
 #pragma once
 

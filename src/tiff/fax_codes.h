@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fax codes of ITU-T T.4 and T.6: what each index of the tables `white`, `black` and `twoD`
 // (raxel/tiff.h) stands for, and the same codes in the form that the coders place.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows as the two-dimensional coder reads them: copies in which pixel p is bit p % 8 of byte p / 8, so
 // that the next pixels from anywhere are one load and one shift, and the nearest is the lowest bit.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The sizes that the writer computes with: rows, strips and tiles. All products are taken in 64 bits.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The idea: the codes do not depend on how strings are looked up, so that two ways are open which hardly
 // search (lzw_strings.h), one for data that repeats little and one for data that repeats much. Whenever
 // the table is cleared, what it held tells which way is the better one for what follows, and its codes,

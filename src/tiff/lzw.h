@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // LZW (TIFF compression 5), as this library writes it: codes of 9 to 12 bits, first bit first, from a
 // Clear (256) to an End of Information (257); no predictor.
 #pragma once

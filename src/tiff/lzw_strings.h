@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The strings that an LZW stream has made so far, kept so that the longest known beginning of what
 // follows is found without a search entry by entry. A string is a known one and a byte more, and goes by
 // its code; the codes below 256 are the single bytes. No string that can still be found is kept twice.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/output.h"
 
 #include "runtime/stream_record.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the writer needs from its output stream beyond the exported calls.
 #pragma once
 

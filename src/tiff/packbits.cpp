@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The idea: the pairs of equal neighbours are a mask of bits (packbits_masks.h), and so are the places
 // where runs and literals begin; a piece is then coded token by token without looking at its bytes.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PackBits (TIFF compression 32773): runs of equal bytes and literals, each behind a control byte.
 //
 //   control n = 0 .. 126       n + 1 literal bytes follow

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which neighbouring bytes are equal, as a mask of bits: what the PackBits coder finds its runs with.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/patches.h"
 
 #include "raxel/settings.h"

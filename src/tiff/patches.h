@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Filling in where each strip or tile begins and how many bytes it has, in the directory's arrays.
 #pragma once
 

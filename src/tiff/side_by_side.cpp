@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/side_by_side.h"
 
 #include <sys/mman.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Coding the chunks of a band on several threads, which live no longer than the band.
 //
 //   thread        chunk 1  chunk 3  chunk 5

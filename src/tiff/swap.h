@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Turning blue, green, red into red, green, blue.
 #pragma once
 

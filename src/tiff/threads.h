@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many threads are worth their while.
 #pragma once
 

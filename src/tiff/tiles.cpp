@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/tiles.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cutting a chunk of packed rows into tiles.
 #pragma once
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # matching.sh PROGRAM: bench/matching.sh runs the programs that have a benchmark of the name, and no others.
 # The two programs here list and run as those with Google Benchmark's main do.
 set -euo pipefail

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stands for the programs that set two implementations side by side: pairs that take no time, whose names
 // come in no order but that of registration.
 #include "ratios.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """report.py SOURCE BUILD: a quick report has every table and plot, each table its rows in order.
 
 BUILD holds raxel-export and the program ratios_program, which stands for those that are compared with others.

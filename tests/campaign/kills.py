@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """A thousand kills each, at random instants of an export, of a job of fifty pages, and of a profile's rewriting.
 
     kills.py --build FOLDER --source FOLDER [--kills N]

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Fifty large pages take no more memory than one of them.
 
     bounded.py --build FOLDER --source FOLDER

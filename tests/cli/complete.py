@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Asks the shells to complete, and holds --help, the manual page and the completions against each other.
 
     complete.py --build FOLDER --source FOLDER

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Hands files of every finished kind to the readers that people have, and compares every pixel.
 
     consumers.py --build FOLDER --source FOLDER

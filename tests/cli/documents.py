@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Hands what the command writes to the programs that documents are for, and listens to what they say.
 
     documents.py --build FOLDER --source FOLDER

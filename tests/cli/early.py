@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """What header and options refuse is refused before pixels take memory or time, and want of memory is called so.
 
     early.py --build FOLDER --source FOLDER

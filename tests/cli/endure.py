@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Kills the command at random instants, interrupts it, and lets the disk run full: the old file must stay.
 
     endure.py --build FOLDER --source FOLDER

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The run-length codes of ITU-T T.4, typed from its tables: code for code, in the order of the runs."""
 
 WHITE = """00110101 000111 0111 1000 1011 1100 1110 1111 10011 10100 00111 01000 001000 000011 110100 110101

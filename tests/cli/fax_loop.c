@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* Sends every page of a TIFF as a fax machine would, and receives it into another.
  *
  *     fax_loop FROM.tif TO.tif

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Reads one picture from every format that Pillow writes, and holds it against what Pillow reads.
 
     formats.py --build FOLDER --source FOLDER

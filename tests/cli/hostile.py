@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Feeds the command damaged pictures of every format: each is exported or refused, and nothing in between. What
 is exported does not depend on what the memory held before.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Holds what --json prints against docs/raxel-export.schema.json, with a small validator of its own.
 
     json_schema.py --build FOLDER --source FOLDER

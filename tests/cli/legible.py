@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Reads scaled pages with tesseract: text must be as legible as ImageMagick's best cut leaves it.
 
     legible.py --build FOLDER --source FOLDER

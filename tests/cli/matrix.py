@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Decodes what the command writes with every reader there is, and compares it with the picture that went in.
 
     matrix.py --build FOLDER --source FOLDER

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Writes files in given colours, and reads tables and indices back with libtiff and Pillow.
 
     palettes.py --build FOLDER --source FOLDER

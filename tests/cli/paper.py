@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Pages, labels and panels: what the command makes of them is handed to the programs that they are for.
 
     paper.py --build FOLDER --source FOLDER

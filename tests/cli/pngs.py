@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Reads PNGs of every depth, colour type and size up to 70, and holds them against what Pillow reads.
 
     pngs.py --build FOLDER --source FOLDER

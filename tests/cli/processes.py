@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Processes that end before their time, and the file that they were to replace."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Readers that the written files are tried on.
 
 Each takes a path and gives (width, height, rgb, dpi or None), rows from the top. libtiff, MuPDF (where it is

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Runs the commands of docs/recipes.md, and looks at what they leave.
 
     recipes.py --build FOLDER --source FOLDER

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Runs the scripts of cases/ and compares what they print with the files beside them.
 
     run_cases.py --build FOLDER --source FOLDER [--update] [NAME...]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the programs of this folder share: where the command is, and how faults are told."""
 
 import argparse

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Kills the command, and fails it, at each of the system calls by which it makes a file of fifty pages.
 
     steps.py --build FOLDER --source FOLDER [--all]

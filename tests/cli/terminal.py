@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The progress line: on a terminal it comes and goes, and elsewhere it never shows.
 
     terminal.py --build FOLDER --source FOLDER

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A TIFF decoder of the tests' own: what raxel writes, and nothing more. Shares no code with any other.
 
     width, height, rgb, dpi = decode(file_bytes)

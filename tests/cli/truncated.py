@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Cuts TIFF files short: each is refused, the old output stays, and the only line on stderr is the command's.
 
     truncated.py --build FOLDER --source FOLDER

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Row arithmetic, and single pixels read and set at every depth.
 #include "color/bitmap.h"
 

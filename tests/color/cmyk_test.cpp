@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures of four bytes a pixel, changed in place.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The map from one picture's indexes to another's, and the library's names for handle memory.
 #include "color/colormap.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures and tables in memory that ends where they do, with a page behind it that cannot be touched:
 // every conversion stays inside, in every build, and gives what the plain form gives.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every form of the library's inner loops that this machine can run, one after the other.
 //
 //   for (const color::Vectors level : levels::all()) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures and colour tables to try the colour library on, the same for a seed on every machine.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sizes, depths and blocks that do not belong together: nothing outside a block is touched, nothing
 // hangs, and what comes back has the size that was asked for.
 #include <gtest/gtest.h>

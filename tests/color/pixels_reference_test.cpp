@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pixels, searches, maps, tables, scaling, flipping and four-byte pictures beside the plain forms, on
 // seeded random pictures of every kind.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a call of the colour library prints at some diagnostics level.
 #pragma once
 

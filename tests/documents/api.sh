@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # api.sh SOURCE FOLDER: the reference of the headers is made without a warning, and says what they say.
 set -eu
 command -v doxygen >/dev/null || { echo "doxygen is not installed"; exit 77; }

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Takes the documents at their word: their links lead somewhere, their commands run, their dump is the file.
 
     documents.py --build FOLDER --source FOLDER links|commands|dump

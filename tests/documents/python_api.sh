@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # python_api.sh SOURCE FOLDER LIBRARY: the reference of the Python package is made without a warning in
 # FOLDER/python, with every name that the package exports.
 set -eu

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Palettes and bands of cell data against the steps that make them, put together from the colour
 // library's plain forms: choose a palette, shrink, change the depth, stretch.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A draw procedure for tests: a picture of any size, in bands of any height, that notes what it is
 // asked for.
 #pragma once

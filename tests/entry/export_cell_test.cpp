@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The one-call export: where the output goes, what it answers, and what it leaves behind.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host for tests: a setup, a picture, the export's records, and one call to export.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The export table, and the exported data beside it.
 #include <gtest/gtest.h>
 

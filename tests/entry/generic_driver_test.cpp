@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The generic driver entry and its operations.
 #include <gtest/gtest.h>
 

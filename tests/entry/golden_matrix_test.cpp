@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One-call exports over every mode, compression, layout and source depth, against the golden list:
 // the bytes must be the same on every machine, and the same tomorrow.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host's status callback for tests: keeps every call and answers as told.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The metafile hooks of a platform without metafiles.
 #include <gtest/gtest.h>
 

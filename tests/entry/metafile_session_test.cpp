@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Metafile sessions from initdvr to termdvr.
 #include "entry/metafile_session.h"
 

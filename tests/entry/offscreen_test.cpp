@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The offscreen hooks: what reaches the draw procedure.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cell data as the pipeline has it open, for tests.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pipeline: stages, bands, progress, and what is left after a failure.
 #include <gtest/gtest.h>
 

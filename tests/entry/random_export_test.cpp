@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exports that no host should ask for: random pictures, records, settings, answers and failing streams.
 // What is looked for is a crash, a hang, a leak or an access outside a block; the answers are few.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The status callback: what it is called with, and what its answers mean.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exports of pictures whose depth nobody reads: every pixel has index 0, and what that looks like depends
 // on the palette that the output has.
 #include <gtest/gtest.h>

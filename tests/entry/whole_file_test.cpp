@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tiny pictures through the one-call export, every byte of the file worked out by hand from the TIFF
 // 6.0 description. All of them are 96 dots per inch.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A picture handed over in bands becomes the file that a block of its size becomes.
 #include "filter/bands.h"
 

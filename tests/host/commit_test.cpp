@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The order in which a file gets to its place, seen at the system calls: this program has its own fsync and
 // rename, which keep a list and can fail.
 #include <fcntl.h>

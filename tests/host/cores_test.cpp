@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many cores each of several processes codes on.
 #include "command/cores.h"
 

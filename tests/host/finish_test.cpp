@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "finish/finish.h"
 
 #include <fcntl.h>

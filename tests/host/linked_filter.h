@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The filter linked into the tests, as the command finds it in raxel.so.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "order/manifest.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "output/originals.h"
 
 #include <gtest/gtest.h>

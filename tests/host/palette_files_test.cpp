@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files that hold colours, and the colours that have names.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Files in colours that are given.
 #include <gtest/gtest.h>
 

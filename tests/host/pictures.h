@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Small pictures for the preparation's tests, and their way through it.
 #pragma once
 

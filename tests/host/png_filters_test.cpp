@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pictures/png_filters.h"
 
 #include <gtest/gtest.h>

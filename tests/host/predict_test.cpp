@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/predict.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "prepare/source.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # compare.sh LIBRARY HEADER DESCRIPTION INCLUDE [--update]: compares what programs are compiled against, every
 # exported name with its type and every record behind it, with the description that is kept. A name that is
 # exported and not declared does not compile. Ends with 77 where abidiff is not installed.

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # bound.sh LIBRARY NAMES: inside the library every call of an exported function is bound to the library's
 # own: no relocation names one. The variables stay open, so that a host can hold them.
 set -eu

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The number of every name that the headers give a code. Hosts are compiled with the numbers, profiles and
 // metafiles hold them: none may change.
 #include "raxel/raxel.h"

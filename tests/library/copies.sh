@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # copies.sh PROGRAM: the program holds the library's variables itself, by copy relocations; otherwise its
 # tests of sharing prove less than they say.
 set -eu

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host's first steps: the table, the names in it, the version, the working entries.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures exported by a host that knows nothing but the exported names.
 #include <gtest/gtest.h>
 

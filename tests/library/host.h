@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A small host: it makes a setup, sets what it wants through escapes, and exports a picture in one call.
 #pragma once
 

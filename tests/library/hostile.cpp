@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host's functions of the library's names. No header of the library is included here: the
 // declarations would say that these are something else.
 #include "library/hostile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host that defines a function of every name that the library exports, in the global scope where the
 // loader looks first. The library calls its own all the same.
 //

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # initialisers.sh OBJECT...: nothing runs when the library is loaded or unloaded. A global that needs
 # code to come into being puts a pointer into a section .init_array (or .ctors) of its object file, one
 # that needs code to go away into .fini_array, or calls __cxa_atexit; none of the library's object files

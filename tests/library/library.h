@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The built raxel.so, opened as a host application does: by dlopen, every function found by its name.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host that is linked to the library and does not bother with position independence: the linker then
 // gives the exported variables that it names a place in the host's own memory (a copy relocation), and
 // the library must look for them there.

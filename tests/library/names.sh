@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # names.sh LIBRARY NAMES MAP: the library's dynamic symbols are exactly those of NAMES, of the same kind,
 # and MAP (the linker's version script) lists the same.
 set -eu

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # needs.sh LIBRARY: the library asks the loader for the C++ standard library, the maths library, the C
 # library and what these bring along, and for nothing else; it carries no search path of its own.
 set -eu

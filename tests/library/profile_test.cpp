@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The built library knows its own file name, and finds the profile that goes by it.
 #include <gtest/gtest.h>
 

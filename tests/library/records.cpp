@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the fields of the records lie, for hosts that were written against offsets.
 //
 // A record that carries an address, a handle or a callback has exactly these offsets on a 32-bit

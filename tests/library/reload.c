@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // reload LIBRARY: a host that opens the library for each export and closes it again loses no memory by it.
 #include <dlfcn.h>
 #include <malloc.h>

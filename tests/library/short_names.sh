@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # short_names.sh COMPILER INCLUDE NAMES: the headers beside an application that has the same names. Each name
 # is declared as something else in front of the headers, which does not compile where they declare it too.
 #

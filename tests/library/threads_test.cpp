@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Threads of the built library: how many a call makes, and what may be said about it from outside.
 #include <gtest/gtest.h>
 #include <pthread.h>

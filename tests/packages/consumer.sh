@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # consumer.sh ROAD SOURCE BUILD WORK: builds the small application beside this by one road, runs it, and looks
 # at what it says and writes.
 #

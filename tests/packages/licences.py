@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Follows what the installed binaries need and load at run time, and asks for the licence of each library.
 
     licences.py --source FOLDER BINARY...

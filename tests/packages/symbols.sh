@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # symbols.sh LIBRARY SYMBOLS [--update VERSION]: the package's list of symbols is what the library exports, name
 # by name; or becomes so, new names standing there with the version that brings them.
 set -eu

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # version.sh SOURCE VERSION: every place that tells of a version tells of this one. (raxelHostVersion and the
 # .pc files are compared where they are used.)
 set -eu

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cell arrays: where rows land, and the files that framed and unframed pictures become.
 #include "raster/cell_array.h"
 

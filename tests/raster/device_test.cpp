@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Device open and close, and the picture's state.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driver's entries: initialisation, termination, versions and capabilities.
 #include <gtest/gtest.h>
 

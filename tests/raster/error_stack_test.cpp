@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The driver's error stack and its replies.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The opcode table against a second, independently typed copy, and the guard of the states.
 #include "raster/opcode_table.h"
 

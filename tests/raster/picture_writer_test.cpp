@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Unframed pictures whose target is wider than their rows, and hosts that take the settings away.
 #include <gtest/gtest.h>
 

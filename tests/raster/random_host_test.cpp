@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host that sends anything: every opcode in every state, records cut short and lengths that wrap,
 // numbers that are none. The sanitizers say whether the driver stays inside its blocks.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host that drives the raster driver in tests: its records, status callback and settings.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sessions as a host sends them, recorded as scripts in tests/raster/sessions: each line does one
 // thing, and what follows "=" is the code that the driver answers. sessions/README.md lists the words.
 #include <gtest/gtest.h>

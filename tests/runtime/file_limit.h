@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lets this process write files of so many bytes at most, like a disk that fills up there.
 #pragma once
 

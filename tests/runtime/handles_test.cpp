@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Handle memory: the block's layout, locking, reallocation and the pointer layer.
 #include <gtest/gtest.h>
 #include <malloc.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where profiles are found: by name, under INIDIR, and after the module's own name.
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading values and key names from profiles.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is taken off profile lines before they are compared.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rewriting profiles: what changes, what stays, and that the old profile is never lost.
 #include <gtest/gtest.h>
 #include <sys/stat.h>

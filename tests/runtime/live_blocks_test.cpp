@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which pointers are those of handle memory.
 #include "runtime/live_blocks.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Parts of file names, and temporary names.
 #include "runtime/names.h"
 

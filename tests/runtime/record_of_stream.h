@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The record behind a stream's handle, as tests look into it.
 #pragma once
 

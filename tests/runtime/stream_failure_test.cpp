@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Disks that fill up and files that cannot be used: every failure is reported, at the latest by the
 // close.
 #include <gtest/gtest.h>

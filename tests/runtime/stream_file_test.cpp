@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // File streams: modes, positions, the window, attached streams, close and delete, copying.
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines in and out of streams.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory streams: where their data end, how the block grows, and the byte that closing adds.
 #include <gtest/gtest.h>
 

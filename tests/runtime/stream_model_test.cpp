@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Streams against plain models: what a file or a growing block holds after any sequence of calls,
 // and the record's fields after every write as storing one byte at a time leaves them.
 #include <gtest/gtest.h>

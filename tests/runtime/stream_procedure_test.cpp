@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Streams that the host keeps itself: every call arrives at its procedure, unchanged and in order.
 #include <gtest/gtest.h>
 

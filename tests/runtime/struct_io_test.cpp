@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Records by format string: layout, padding, unions, skipped members, and hostile formats.
 #include <gtest/gtest.h>
 

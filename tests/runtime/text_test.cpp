@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // String and number helpers: letter case, comparison order, rounding and tolerance.
 #include "raxel/text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Typed values in both byte orders, against literal bytes.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The profile that goes by the library's name.
 #include "setup/default_profile.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the display and the printer are taken to be.
 #include "setup/display.h"
 

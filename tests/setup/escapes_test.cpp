@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Setup escapes, one by one.
 #include <gtest/gtest.h>
 

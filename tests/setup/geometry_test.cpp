@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pixel size that an export will have.
 #include "setup/geometry.h"
 

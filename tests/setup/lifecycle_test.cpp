@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Setups from CreateSetup to DestroySetup, and the profile they are loaded from.
 #include <gtest/gtest.h>
 

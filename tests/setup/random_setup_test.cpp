@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Profiles of any bytes and escapes of any kind: no name without its end, no code made up.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings record: its defaults, and the limits of resolutions and sizes.
 #include "setup/settings.h"
 

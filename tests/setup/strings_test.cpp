@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The string table: every entry, and the bounded copies of LoadString.
 #include "setup/strings.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bounded copies, and numbers as text in the C locale.
 #include "setup/text.h"
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Prints every line on which an escape, a mode, a compression, an opcode, a state, an operation, a word of a
 # record or a result stands as a bare number, where include/raxel has a name for it. Numbers that are no
 # code are data: a bitmap mode of 220, say, which tests use because it does not exist.

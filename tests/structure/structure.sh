@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # structure.sh CHECK SOURCE-FOLDER: checks the sources as text; prints every line that breaks a rule.
 set -eu
 check=$1
@@ -96,6 +97,20 @@ case $check in
     test -n "$library"
     # shellcheck disable=SC2086 # names without blanks
     ! { sources src include; ls $library; } | xargs grep -nE '"([^"]*[^"-])?-(-[a-z]|[a-zA-Z][ ,;"])'
+    ;;
+  licence)
+    # Every source, header, script and build file begins with its licence, after "#!" where it has that.
+    find .ci cmake debian dev docs bench examples fuzz host include python samples src tests CMakeLists.txt -type f \
+      ! -path '*/__pycache__/*' 2>/dev/null | grep -E \
+      '\.(cpp|h|c|py|pyi|sh|awk|cmake|cmake\.in|map)$|(^|/)CMakeLists\.txt$|^dev$|^\.ci/run$|^debian/(rules|tests/(command|cmake|pkg-config|python))$' |
+      LC_ALL=C sort | xargs awk '
+      FNR == 1 { ++seen; wanted = /^#!/ ? 2 : 1 }
+      FNR == wanted && !/^(\/\/|#) SPDX-License-Identifier: MIT$/ {
+        print FILENAME ": its first line, or the one after #!, should be: SPDX-License-Identifier: MIT (as a comment)"
+        bad = 1
+      }
+      END { exit bad || seen < 500 }'
+    grep -q '^MIT License$' LICENSE && grep -q 'the raxel authors$' LICENSE
     ;;
   short)
     # A file of one purpose is short. Beyond this many lines it has a second one.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Blocks of handle memory, as hosts make them.
 #pragma once
 

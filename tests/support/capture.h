@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the process prints on standard output or standard error while one of these is alive.
 //
 //   support::Capture out(1);

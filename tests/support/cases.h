@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many seeded cases a test runs: all of them on the native release build, fewer where every
 // instruction is checked or emulated. RAXEL_CASES=N in the environment scales by N percent.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sets an environment variable for one test and puts the old value back after it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The front of a file as TIFF 6.0 lays it out, put together entry by entry: what tests of the pixels behind
 // it expect. tests/tiff/directory_test.cpp spells fronts out byte by byte, and compares this with them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Leaves the library's idea of the current setup, and the environment, as a test found them.
 #pragma once
 

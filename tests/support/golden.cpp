@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/golden.h"
 
 #include <fcntl.h>

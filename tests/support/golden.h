@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Golden files: the SHA-256 of what the library writes, against the committed list in
 // tests/golden/sha256.txt. The list is the same on every machine; its README says how to add to it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The golden list itself, and that a changed file is noticed.
 #include "support/golden.h"
 

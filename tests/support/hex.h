@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Expected bytes written as a commented dump.
 #pragma once
 

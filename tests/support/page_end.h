@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory that ends where a page does, with a page behind it that cannot be touched: a load or store
 // past its last byte ends the test program, in every build.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the project lies, for the files that tests read. One source alone knows it, so that a compiler
 // cache can serve every other one to every checkout.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A seeded generator whose numbers are the same on every machine (splitmix64).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // SHA-256 (FIPS 180-4), for the golden list: no cryptographic library is at hand on the other
 // machines that the tests run on.
 #pragma once

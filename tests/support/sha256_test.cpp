@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // SHA-256 against the published examples of FIPS 180-4 and its edges of padding.
 #include "support/sha256.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/stream_procedure.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host stream procedure for tests: it keeps the file in memory, logs every operation, and fails
 // when told to.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The recording stream procedure, called as the library calls it.
 #include "support/stream_procedure.h"
 

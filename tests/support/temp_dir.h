@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A folder of its own for one test, removed with all it holds.
 #pragma once
 

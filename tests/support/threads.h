@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How many threads the library codes with, in tests: it would not start any for their small pictures.
 #pragma once
 

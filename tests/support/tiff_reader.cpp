@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/tiff_reader.h"
 
 namespace support {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A small TIFF reader of the tests' own: it takes a file apart from its bytes, by the TIFF 6.0
 // description, and shares no code with the library.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tests' own reader against a file written out by hand.
 #include "support/tiff_reader.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The beginning of a picture: modes, strips and tiles, palettes, remapping and the descriptor.
 #include <gtest/gtest.h>
 

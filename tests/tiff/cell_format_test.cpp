@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What bitmap the settings ask for: size, resolution and depth.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pixels of uncompressed pictures: their order, their colours, and what happens to the host's own.
 #include <gtest/gtest.h>
 

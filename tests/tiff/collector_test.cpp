@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows gathered into larger writes: in order, all of them, and never where a host would see it.
 #include "tiff/collector.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Palettes and the mapping of colours onto them.
 #include "tiff/colors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Coding single pieces: which coder, how many writes, what counts as failed, and what is counted.
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Header and directory as whole files, each byte worked out by hand from TIFF 6.0.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An output that fails at every possible call, in every compression: 303 where pixels are lost, and
 // never a crash, a leak or pixels left half turned.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows in one dimension: modified Huffman and T.4.
 #include "tiff/fax_1d.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strips in two dimensions: every mode, and the ends of the rows.
 #include "tiff/fax_2d.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The block that fax codes go to: packing, growth and its failure.
 #include "tiff/fax_buffer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bytes that hold a change of colour: the mask for this machine and the plain one against a look at each
 // pixel; and the table of what such bytes do.
 #include "tiff/fax_changes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The run-length codes of ITU-T T.4 and the modes of T.6, typed a second time for the tests, by run.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fax code tables, entry by entry against a copy typed separately.
 #include "tiff/fax_codes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/fax_pictures.h"
 
 #include <algorithm>

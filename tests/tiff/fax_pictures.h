@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Seeded bilevel pictures of every kind that a fax coder meets.
 #pragma once
 

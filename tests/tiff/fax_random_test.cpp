@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fax coders over seeded pictures: equal to the plain form, and decoded to the same pixels.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/fax_strips.h"
 
 #include "tiff/fax_1d.h"

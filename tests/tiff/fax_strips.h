@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strips of fax codes as a file holds them, made with the coders under test.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Three rows of sixteen pixels in all three fax codes, worked out in src/tiff/README.md.
 #include "tiff/fax_strips.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows as the two-dimensional coder reads them, against a look at each pixel.
 #include "tiff/fax_window.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole files in every mode, compression and layout: the same bytes on every machine, release after
 // release. What the bytes mean is tested elsewhere.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Arguments that no host should send: every call answers with one of its codes and stays inside the
 // blocks that it was given. The address sanitizer is the judge.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libtiff opens whole files of the writer and finds the pixels that went in: upright, in the file's
 // colour order, with the right palette, polarity and resolution.
 #include <gtest/gtest.h>

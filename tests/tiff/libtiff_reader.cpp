@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/libtiff_reader.h"
 
 #include <tiffio.h>

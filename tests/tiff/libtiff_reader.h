@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libtiff as an independent reader of single strips. Native builds only.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libtiff decodes every kind of strip to the pixels that went in. Fax strips come back as the exact
 // complement: this library codes a set bit as white, and libtiff gives white runs as clear bits.
 #include <gtest/gtest.h>

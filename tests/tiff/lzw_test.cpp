@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // LZW: the code stream bit by bit, where its widths change and where its table clears.
 #include "tiff/lzw.h"
 

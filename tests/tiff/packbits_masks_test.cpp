@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The mask of equal neighbours: the form for this machine and the plain one against a look at each byte.
 #include "tiff/packbits_masks.h"
 

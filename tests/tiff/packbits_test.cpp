@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PackBits: runs, literals and pieces.
 #include "tiff/packbits.h"
 

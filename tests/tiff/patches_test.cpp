@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Filling in the offsets and byte counts of strips and tiles.
 #include <gtest/gtest.h>
 

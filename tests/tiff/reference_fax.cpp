@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/reference_fax.h"
 
 #include "tiff/fax_code_list.h"

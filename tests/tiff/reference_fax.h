@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fax coding word for word as T.4 and T.6 describe it, one pixel at a time, and decoders for it.
 //
 // A picture here is a string of pixels for each row, 'w' or 'b'. Codes are strings of '0' and '1'.

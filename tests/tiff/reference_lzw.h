@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // LZW word for word as this library's stream is defined, with its table searched one entry after
 // another, and a decoder as TIFF 6.0 describes it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tiff/reference_packbits.h"
 
 namespace reference {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // PackBits word for word as the format describes it, one byte at a time, and its decoder.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The decoders of reference_fax.h: codes are looked up in a tree made of the typed code list.
 #include <array>
 

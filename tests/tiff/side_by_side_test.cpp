@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Strips and rows of tiles coded on several threads: the same file, the same calls in the same order, the
 // same pixels left behind, as with one.
 #include "tiff/side_by_side.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The same file on every kind of stream: a host's procedure, which sees the writer's every call, a
 // file on disk, where patches wait until the end of a band, and a block of memory.
 #include <gtest/gtest.h>

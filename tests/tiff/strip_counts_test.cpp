@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What nStripBytes, and with it a strip's byte count, says: when it grows, and how far it has come when
 // the output fails.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Coded pictures in strips: whole files, the end-of-line codes of T.4, bands, and a host's view.
 #include <gtest/gtest.h>
 

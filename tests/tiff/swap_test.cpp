@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Blue, green, red becomes red, green, blue.
 #include "tiff/swap.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // T.6 in tiles of 512 by 128 pixels: whole files and the edges.
 #include <gtest/gtest.h>
 

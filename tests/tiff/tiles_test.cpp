@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cutting tiles out of packed rows, with the edges repeated.
 #include <gtest/gtest.h>
 

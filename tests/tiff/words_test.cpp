@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The numbers that a directory is made of: words, longs and entries, byte by byte.
 #include <gtest/gtest.h>
 

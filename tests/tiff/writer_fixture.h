@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A settings record in use, an output that the test can look into, and pictures for the writer.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/depth/depth.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changing the depth of a picture, pixel by pixel.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/depth/indexed_rows.h"
 
 #include <algorithm>

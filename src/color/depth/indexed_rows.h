@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows of indexed pictures (1, 4 and 8 bits) brought to any depth by table.
 #pragma once
 

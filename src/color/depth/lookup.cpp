@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/depth/lookup.h"
 
 #include <cstring>

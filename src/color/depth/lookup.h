@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows of indexes brought to pixels of less than a byte by a table that holds what each index becomes.
 //
 // n is the number of pixels; what is left of the last byte written becomes 0.

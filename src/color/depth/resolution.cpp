@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/depth/resolution.h"
 
 #include "color/dither/dither.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bringing a picture to another depth by the road that suits the two depths.
 #pragma once
 

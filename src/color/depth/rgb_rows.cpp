@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/depth/rgb_rows.h"
 
 #include <algorithm>

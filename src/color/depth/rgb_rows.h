@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows of 24 and 32 bits brought to any depth: copied, or each pixel's nearest entry of a table.
 #pragma once
 

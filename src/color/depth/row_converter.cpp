@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/depth/row_converter.h"
 
 #include "color/colormap.h"

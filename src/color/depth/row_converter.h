@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rows of a picture, each brought to another depth on demand.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rows of a picture that is only read, whole even where its block ends early.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/dither/diffuse_colors.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Error diffusion of several rows of colours at a time.
 //
 // A pixel depends on the one to its left, so that a single row is one long chain of look-ups. But a

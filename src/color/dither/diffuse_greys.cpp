@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/dither/diffuse_greys.h"
 
 #include <utility>

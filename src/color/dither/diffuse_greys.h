@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Error diffusion of one channel to black and white, several rows at a time.
 //
 // A bilevel picture is turned to grey before its errors spread, and a grey finds only greys: with at

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // In silence a picture is diffused without a working copy (dither_picture.h). The diagnostics report
 // each of the steps, so that they are then taken one after the other: widen to 24 bits, choose a table,
 // diffuse, convert.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dithering of whole pictures: choose a table or take one, diffuse row by row, and convert to the depth
 // asked for by nearest colour.
 #pragma once

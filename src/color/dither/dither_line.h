@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Error diffusion of one row.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/dither/dither_palette.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The colour table that a picture is dithered to.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A whole picture dithered to a table, row by row, without a working copy of it.
 #pragma once
 

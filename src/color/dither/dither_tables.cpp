@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fixed tables of error diffusion: the clamp, and the colours that are always there.
 #include "raxel/color.h"
 

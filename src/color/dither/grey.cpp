@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/dither/grey.h"
 
 #include "raxel/color.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows of 24-bit pixels turned to grey or inverted, in place.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Two pixels side by side in one vector, four 16-bit lanes each: red, green, blue and 0.
 //
 // The compiler turns these operations into the machine's vector instructions where it has them.

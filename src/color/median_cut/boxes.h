@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The boxes of the median cut: measuring one, choosing the next to split, finding where, splitting.
 //
 // A box is a stretch of the colour list together with its colours' ranges and mean. It lives in a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/median_cut/heap.h"
 
 #include <algorithm>

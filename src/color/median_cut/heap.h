@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The heap sort of the colour list.
 //
 // It sorts a box of n entries, but builds its heap over n + 1: the entry just past the box takes part

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The 15-bit histogram of a 24-bit picture: 5 bits a channel, 32768 saturating counters.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/median_cut/reduce.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Choosing a table of at most a wanted number of colours for a 24-bit picture.
 //
 // With fewer distinct 15-bit colours than wanted, the table is those colours. Otherwise a median cut

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mirroring in place.
 //
 // Left-right, the partner of pixel x is width - x, not width - 1 - x: pixel 0 changes places with what

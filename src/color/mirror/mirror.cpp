@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/mirror/mirror.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pixels of one row exchanged with one another, from the outside to the middle.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The nearest entry of a colour table, where greys match only greys.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Working out the answers of a cell.
 #include <algorithm>
 #include <cstring>

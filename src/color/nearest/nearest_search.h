@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The nearest entry of one table for many pixels: the answers of color::nearest, remembered.
 //
 // Colours are grouped in fine cells of 4 x 4 x 4. When a pixel first falls into a cell, the answers

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pixels fill bytes from the top bit down, and bits are numbered from the lowest one up.
 #include "color/scale/bit_fields.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a depth asks of the groups of a plan; the part of plan_avx512.cpp that is about single bits.
 #pragma once
 

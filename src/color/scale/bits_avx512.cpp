@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pixels of one bit: 512 at once where most columns are taken, else 64.
 #include "color/scale/groups_avx512.h"
 #include "color/scale/move_avx512.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/scale/column_run.h"
 
 #include <algorithm>

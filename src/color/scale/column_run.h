@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A run of columns: planned once, then copied in every row, each pixel from a source column of its own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/scale/columns.h"
 
 #include <algorithm>

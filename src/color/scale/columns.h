@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which source column each destination column takes when a row is made narrower or wider.
 //
 // Narrowing walks from the left: column k takes source column trunc(k * ratio), ratio being the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The loop over the groups of a plan, for nibbles and for bits.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Moves pixels of less than a byte as they are packed, 64 bytes of them at a time, with the byte
 // permutations of AVX-512. Pixels of whole bytes move as move_ssse3.h says: wider moves shorten a whole
 // export by less than a tenth.

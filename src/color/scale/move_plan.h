@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the pixels of a run of columns move from any row of a picture to its row in another: worked out
 // once, used for every row.
 //

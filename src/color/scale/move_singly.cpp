@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/scale/move_singly.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Moves pixels one by one: where no plan is made, and what plans leave over.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/scale/move_ssse3.h"
 
 #if defined(RAXEL_HAS_SSSE3)

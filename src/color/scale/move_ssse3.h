@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Moves the pixels of a row 16 bytes at a time, with the byte shuffle that most x86 processors have.
 //
 // Every 16 bytes of the destination are a group of whole pixels (16 of one byte, 5 of three, 4 of

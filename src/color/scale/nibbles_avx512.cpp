@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pixels of four bits, 128 at once.
 #include "color/scale/groups_avx512.h"
 #include "color/scale/move_avx512.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which 64 bytes each group of a row is taken from, and what goes where.
 #include <algorithm>
 #include <cstring>

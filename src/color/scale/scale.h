@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Making pictures smaller or larger by leaving out and repeating pixels.
 //
 // Rows follow the same rules as columns (see columns.h), except that the last row is no exception:

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What is told of pictures that are handed over as they are: the numbers of the file.
 for name in chart8 photo ramp; do
   raxel-export --as-is --dry-run -m grey16 -c lzw "$SAMPLES/$name.png"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Several inputs into a folder: one that fails does not keep the others from being written.
 mkdir to
 cp "$SAMPLES/chart4.png" "$SAMPLES/chart8.png" "$SAMPLES/ramp.png" .

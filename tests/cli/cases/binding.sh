@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # A host in C on top of libraxelhost writes what the command writes.
 build=$(dirname "$(command -v raxel-export)")
 for mode in rgb color256 color16 color8 grey256 grey16 bilevel; do

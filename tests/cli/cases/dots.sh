@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Rows that alternate at every pixel have more runs than libtiff takes in T.4 and Huffman.
 { printf 'P4\n64 2\n'; printf '\252\252\252\252\252\252\252\252\0\0\0\0\0\0\0\0'; } >refused.pbm
 { printf 'P4\n64 2\n'; printf 'UUUUUUUU\0\0\0\0\0\0\0\0'; } >taken.pbm

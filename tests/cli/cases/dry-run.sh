@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 for name in photo page chart4 chart8 ramp; do raxel-export --dry-run "$SAMPLES/$name.png"; done
 raxel-export --dry-run -m bilevel -c g4 --dpi 200x100 "$SAMPLES/photo.png"
 raxel-export --dry-run --size 4x4in --dpi 300 "$SAMPLES/photo.png" out.tif

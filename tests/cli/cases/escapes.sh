@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Any setup escape can be sent.
 photo=$SAMPLES/photo.png
 raxel-export --dry-run --set 9=142 --set 10=153 "$photo"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # A library that errs on the way of a picture: the old file stays, whatever happens.
 in=$SAMPLES/chart4.png
 printf 'MM\0*\nold\n' >kept.tif

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Inputs that are none: exit 66, and nothing is written.
 code raxel-export missing.png out.tif
 mkdir folder

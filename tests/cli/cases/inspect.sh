@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 raxel-export -c lzw "$SAMPLES/chart4.png" chart4.tif
 code raxel-export --inspect chart4.tif
 raxel-export --as-is -m bilevel -c t6 --layout tiles "$SAMPLES/photo.png" tiles.tif

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What is installed works from where it lies.
 build=$(dirname "$(command -v raxel-export)")
 cmake --install "$build" --prefix "$PWD/place" >log 2>&1 || cat log

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # A program of a few lines writes what the command writes, built and run against what is installed.
 build=$(dirname "$(command -v raxel-export)")
 cmake --install "$build" --prefix "$PWD/place" >log 2>&1 || cat log

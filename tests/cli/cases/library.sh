@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Libraries that will not do: exit 70, and a message that names what is wrong.
 in=$SAMPLES/chart4.png
 code raxel-export --library missing.so "$in" out.tif

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Links and files that are no regular ones.
 in=$SAMPLES/chart4.png
 raxel-export "$in" chart.tif

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Names that a shell or a terminal could take for something else.
 in=$SAMPLES/chart4.png
 raxel-export "$in" chart.tif

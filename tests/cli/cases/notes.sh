@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What is worth telling without being asked; -v tells the rest, -q tells nothing.
 photo=$SAMPLES/photo.png
 raxel-export -m color256 "$photo" out.tif

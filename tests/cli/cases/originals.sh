@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # An output never is one of the inputs, under whatever name, and --force does not help.
 cp "$SAMPLES/chart4.png" mine.png
 cp "$SAMPLES/photo.png" other.png

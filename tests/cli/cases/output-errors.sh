@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Outputs that cannot be created (73) or written (74).
 code raxel-export "$SAMPLES/chart4.png" missing/out.tif
 mkdir folder

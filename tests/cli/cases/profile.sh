@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Settings of a profile, and options that go before them.
 cat >own.ini <<'END'
 [RAXEL]

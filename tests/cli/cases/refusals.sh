@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What readers cannot open is refused with the way out; --as-is writes it all the same.
 photo=$SAMPLES/photo.png page=$SAMPLES/page.png
 code raxel-export -c g4 "$photo" out.tif

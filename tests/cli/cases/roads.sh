@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Every road writes the same file.
 for name in photo page chart4 chart8 ramp; do
   raxel-export --verify -c lzw "$SAMPLES/$name.png" cell.tif

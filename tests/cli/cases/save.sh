@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # --save stores the settings of the command line, and no others; --dry-run stores nothing.
 printf '[own]\nDriver=RAXEL.1\nBitmap Mode=222\n' >own.ini
 photo=$SAMPLES/photo.png

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The longest sides, and one more; files with several pictures.
 flat() { printf "P6\\n$1 $2\\n255\\n"; seq 100000 | head -c $((3 * $1 * $2)); }
 flat 65535 2 >wide.ppm

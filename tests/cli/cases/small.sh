@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Pictures of a few pixels that a compression cannot carry go out as PackBits, with a note.
 printf 'P5\n1 1\n255\n\377' >one.pgm
 printf 'P4\n8 2\n\252\252' >eight.pbm

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Standard input and output.
 raxel-export - piped.tif <"$SAMPLES/chart4.png"
 cat "$SAMPLES/chart4.png" | raxel-export - - >out.tif

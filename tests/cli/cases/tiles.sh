@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Tiles are read as they are written.
 for size in 61x40px 600x400px 513x300px; do
   raxel-export --size $size -m bilevel -c t6 --layout tiles "$SAMPLES/photo.png" tiles.tif

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Command lines that make no sense: exit 64, and a sentence that says what to do.
 code raxel-export
 code raxel-export in.png

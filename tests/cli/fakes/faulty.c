@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The real library, which this one needs, with a fault of its own on the way of a picture. The environment
 // variable FAULT says which.
 #define _GNU_SOURCE

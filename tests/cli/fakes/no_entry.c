@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A library of the right version whose table lists a function that it does not have.
 #include <stdint.h>
 

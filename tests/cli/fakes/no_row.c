@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A library of the right version whose table is empty but for the version.
 #include <stdint.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A library that is whole but of another version.
 #include <stdint.h>
 

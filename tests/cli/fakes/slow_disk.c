@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Preloaded, a disk that takes as long as the test wants, and lets nobody out meanwhile. Each sync makes a
 // file with the number of its process in the folder RAXEL_SLOW_DISK, and goes on when somebody removes it.
 #define _GNU_SOURCE

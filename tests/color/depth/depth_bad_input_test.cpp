@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Requests that no host should send: nothing outside a block is touched, and the answer is defined. All
 // blocks end where a page does that nobody can touch.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Conversions between all depths against the plain form.
 #include <gtest/gtest.h>
 

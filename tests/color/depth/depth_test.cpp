@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Depth conversion, pair by pair, with bytes worked by hand.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What depth conversions print at each diagnostics level, to the letter.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures of every depth converted and dithered to every other: the same bytes on every machine,
 // release after release. What the bytes mean is tested elsewhere.
 #include <gtest/gtest.h>

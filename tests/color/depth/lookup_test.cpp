@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Indexes brought to fewer bits a pixel, at every level of vector instructions.
 #include "color/depth/lookup.h"
 

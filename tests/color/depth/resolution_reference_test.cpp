@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes of resolution between all depths against the plain form.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which road rlChangeColorResolution takes, and what becomes of the caller's table handle.
 #include <gtest/gtest.h>
 

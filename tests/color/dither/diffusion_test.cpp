@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rows diffused together come out as rows diffused one after the other, at every width and height
 // around the number of rows that are worked on at once.
 #include <gtest/gtest.h>

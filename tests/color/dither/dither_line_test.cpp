@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Error diffusion of one row, with numbers worked by hand.
 #include <gtest/gtest.h>
 

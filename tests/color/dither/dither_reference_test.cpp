@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dithering from all depths to all depths against the plain form.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fixed tables of error diffusion, entry by entry.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dithering of whole pictures: the table that is chosen, and what becomes of the pixels.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What dithering prints at each diagnostics level, to the letter: its own lines on standard output,
 // those of the conversions and of the median cut on standard error.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The boxes of the median cut: what is measured, which is split, where, and into which slots.
 #include "color/median_cut/boxes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The context of a reduction: pictures counted together, tables chosen one after the other.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The heap sort of the colour list, and the entry past the box that takes part in it.
 #include "color/median_cut/heap.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Choosing a table: the direct one, the median cut, contexts, and what is printed.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mirroring in place, where pixel x changes places with pixel width - x.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Mirroring and four-byte pictures at every level of vector instructions, beside the plain forms.
 #include "color/mirror/mirror.h"
 

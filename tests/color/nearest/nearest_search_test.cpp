@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The remembered search answers as the plain one does, for every kind of table.
 #include "color/nearest/nearest_search.h"
 

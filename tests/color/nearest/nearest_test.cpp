@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The nearest entry of a table: greys among greys, colours among colours, ties to the lower index.
 #include "color/nearest/nearest.h"
 

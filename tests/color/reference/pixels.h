@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A plain form of the pixel access: one pixel at a time, addresses through doubles, searches over the
 // whole table. It shares no line with the library and is what the library is compared with.
 #pragma once

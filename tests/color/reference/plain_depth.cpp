@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/reference/plain_depth.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A plain form of the depth conversion and the error diffusion: one pixel at a time, every search
 // over the whole table. It shares no line with the library and is what its fast roads are compared
 // with.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/reference/plain_resolution.h"
 
 #include "color/reference/reduce.h"

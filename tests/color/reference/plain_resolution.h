@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A plain form of what is decided around the depth conversion and the error diffusion: which table is
 // chosen, and which road a picture takes to another depth. It shares no line with the library.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/reference/reduce.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A plain form of the choice of a colour table, one step after the other. It shares no line with the
 // library and is what the library is compared with.
 #pragma once

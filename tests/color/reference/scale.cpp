@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "color/reference/scale.h"
 
 #include <algorithm>

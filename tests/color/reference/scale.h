@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A plain form of scaling, flipping and the conversions of four-byte pixels: cursors that step pixel
 // by pixel. It shares no line with the library and is what the library is compared with.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scaling at every level of vector instructions, beside the plain form: enough rows that moves are
 // planned, and widths and ratios on both sides of all that a plan depends on.
 #include <gtest/gtest.h>

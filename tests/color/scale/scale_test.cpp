@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scaling by leaving out and repeating pixels.
 #include "color/scale/scale.h"
 

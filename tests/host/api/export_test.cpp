@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libraxelhost as other programs use it: its header, and the shared library.
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // With too little memory an export is refused, and the process lives: the filter itself ends it.
 #include <gtest/gtest.h>
 #include <malloc.h>

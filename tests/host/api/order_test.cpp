@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Orders: the command's options from a program, and pictures that lie in memory in many ways.
 #include <gtest/gtest.h>
 

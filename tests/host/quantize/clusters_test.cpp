@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Choosing a table: boxes, rounds and trials, worked by hand.
 #include "prepare/clusters.h"
 

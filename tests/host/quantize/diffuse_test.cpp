@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Error diffusion, worked by hand and beside the plain form, one row and one pixel after the other.
 #include "prepare/diffuse.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counting a picture's colours.
 #include "prepare/histogram.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A picture's table and indices are the same on every machine: digests of both, which one machine wrote
 // down and all must find again.
 #include <gtest/gtest.h>

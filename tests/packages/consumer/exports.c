@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes four pixels to the file that is named, by libraxelhost and the filter that it finds. Prints
 // "exports" and the version that both have.
 #include <raxel/host.h>

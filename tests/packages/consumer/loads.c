@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loads the filter whose path the build knows, and says its version. Prints "loads 0x02000005".
 #define RAXEL_NO_SHORT_NAMES
 #include <dlfcn.h>
