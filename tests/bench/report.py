@@ -22,6 +22,10 @@ PAIRS = [f"PackBits, {picture}" for picture in (
     "photo", "noise", "scan", "chart", "page", "sky", "map", "icon", "stamp", "line")]
 
 
+# The ways to work on many machines are tried where they are described: to start a cluster takes long.
+TRIED = [name for name in report.TABLES if name != "machines"]
+
+
 def must(found, wanted, what):
     if found != wanted:
         sys.exit(f"{what}: found\n  {found}\nwanted\n  {wanted}")
@@ -45,7 +49,8 @@ def column(lines, at=0):
 def quick_report(folder):
     build = os.path.join(folder, "build")
     os.mkdir(build)
-    os.symlink(os.path.join(BUILD, "raxel-export"), os.path.join(build, "raxel-export"))
+    for name in ("raxel-export", "raxel.so", "libraxelhost.so.0"):
+        os.symlink(os.path.join(BUILD, name), os.path.join(build, name))
     for name in ("export_bench", "writer_bench", "coders_bench"):
         os.symlink(os.path.join(BUILD, "ratios_program"), os.path.join(build, name))
     document = os.path.join(folder, "performance.md")
@@ -54,7 +59,10 @@ def quick_report(folder):
     with open(document, "w", encoding="utf-8") as text:
         text.write(before)
     run = subprocess.run([sys.executable, os.path.join(SOURCE, "bench/report.py"), "--quick", "--build", build,
-                          "--into", document, "--folder", folder], check=True, stderr=subprocess.PIPE, text=True)
+                          "--into", document, "--folder", folder, "--only", ",".join(TRIED)],
+                         stderr=subprocess.PIPE, text=True)
+    if run.returncode:
+        sys.exit(run.stderr)
     with open(document, encoding="utf-8") as text:
         return before, text.read(), run.stderr
 
@@ -68,7 +76,7 @@ def main():
         must(outside(after), outside(before), "what stands outside the tables")
         made = sections(after)
         must(sorted(made), sorted(report.TABLES), "tables")
-        for name in report.TABLES:
+        for name in TRIED:
             if f", {name}\n" not in said or f"{name} is done" not in said:
                 sys.exit(f"nothing was said about {name}:\n{said}")
         for name in ("pipeline", "writer", "coders"):
@@ -77,6 +85,8 @@ def main():
         must(column(made["processes"]), list(jobs), "jobs")
         must(column(made["processes"], 2), [rival for job in jobs.values() for rival in list(job)[1:]], "rivals")
         must(column(made["growth"]), ["0.25", "1"], "megapixels")
+        must(sorted(set(column(made["python"], 1))), ["Pillow", "libvips", "raxel, Pillow's image", "raxel, array", "tifffile"],
+             "who saves from Python")
         must(column(made["small"]), ["`raxel-export -j 2 -d`", "`xargs -P2 ppm2tiff`"], "rows of small pictures")
         must(column(made["quantizers"]), ["portrait", "chart", "portrait, ms"], "pictures to be reduced")
         must(made["machine"][0].startswith("All of it in one run: "), True, "the sentence about the machine")
