@@ -198,7 +198,7 @@ int toPalette(const Source &source, const RaxelRequest &request, const Block &bl
   if (!dither) return RAXEL_HOST_OK;
   plan.notes |= RAXEL_NOTE_DITHERED;
   std::vector<uint8_t> indices(size_t{source.width()} * source.height());
-  diffuse(source, colors, indices.data());
+  diffuse(source, colors, indices.data(), kSharesOfGivenColors);
   packIndices(source, indices, block);
   return RAXEL_HOST_OK;
 }

@@ -15,9 +15,7 @@ namespace {
 // them.
 using Lanes = int16_t __attribute__((vector_size(16)));
 
-// Shares in 128ths. Sums of 255 times all of them still fit in 16 bits.
-constexpr int16_t kAhead = 46, kBelow = 33, kBehind = 19, kBeyond = 6;
-constexpr int16_t kWholeBits = 7;
+constexpr int16_t kWholeBits = 7;  // shares are 128ths
 
 // A pixel waits for its left neighbour, and most of that time for memory. But all that falls on a pixel
 // from above has come when the pixel above and to the right is done: so several rows advance together, each
@@ -46,7 +44,7 @@ void readLanes(const uint8_t *color, Lanes &lanes) {
   lanes = Lanes{color[0], color[1], color[2]};
 }
 
-inline void doPixel(Row &row, ptrdiff_t x, NearestColor &nearest, const Lanes *entries) {
+inline void doPixel(Row &row, ptrdiff_t x, NearestColor &nearest, const Lanes *entries, Shares shares) {
   const Lanes none = {};
   const Lanes full = none + 255;
   Lanes wanted = row.colors[x] + ((row.falling[x] + row.ahead + (1 << (kWholeBits - 1))) >> kWholeBits);
@@ -56,25 +54,25 @@ inline void doPixel(Row &row, ptrdiff_t x, NearestColor &nearest, const Lanes *e
                                      static_cast<uint8_t>(wanted[2]));
   row.indices[x] = index;
   const Lanes lost = wanted - entries[index];
-  row.ahead = lost * kAhead;
-  row.below[x - 1] = lost * kBehind + row.before * kBelow + row.earlier * kBeyond;
+  row.ahead = lost * shares.ahead;
+  row.below[x - 1] = lost * shares.behind + row.before * shares.below + row.earlier * shares.beyond;
   row.earlier = row.before;
   row.before = lost;
 }
 
 // What falls on the last pixel of the next row has no pixel on the right to come from.
-void endRow(Row &row, ptrdiff_t width) {
-  row.below[width - 1] = row.before * kBelow + row.earlier * kBeyond;
+void endRow(Row &row, ptrdiff_t width, Shares shares) {
+  row.below[width - 1] = row.before * shares.below + row.earlier * shares.beyond;
 }
 
 // Does all pixels of some rows.
 void doRows(std::array<Row, kTogether> rows, ptrdiff_t count, ptrdiff_t width, NearestColor &nearest,
-            const Lanes *entries) {
+            const Lanes *entries, Shares shares) {
   const auto step = [&](ptrdiff_t at, ptrdiff_t first, ptrdiff_t last) {
     for (ptrdiff_t r = first; r < last; ++r) {
       Row &row = rows[static_cast<size_t>(r)];
-      doPixel(row, at - kLag * r, nearest, entries);
-      if (at - kLag * r == width - 1) endRow(row, width);
+      doPixel(row, at - kLag * r, nearest, entries, shares);
+      if (at - kLag * r == width - 1) endRow(row, width, shares);
     }
   };
   // Rows begin one after the other and end so; in between all of them are on their way.
@@ -86,7 +84,7 @@ void doRows(std::array<Row, kTogether> rows, ptrdiff_t count, ptrdiff_t width, N
     if (last < kTogether) continue;
     for (; at + 2 < width; ++at) {
       for (ptrdiff_t r = 0; r < kTogether; ++r) {
-        doPixel(rows[static_cast<size_t>(r)], at + 1 - kLag * r, nearest, entries);
+        doPixel(rows[static_cast<size_t>(r)], at + 1 - kLag * r, nearest, entries, shares);
       }
     }
   }
@@ -94,7 +92,7 @@ void doRows(std::array<Row, kTogether> rows, ptrdiff_t count, ptrdiff_t width, N
 
 }  // namespace
 
-void diffuse(const Source &source, std::span<const Color> table, uint8_t *indices) {
+void diffuse(const Source &source, std::span<const Color> table, uint8_t *indices, Shares shares) {
   const size_t width = source.width();
   NearestColor nearest(table);
   std::array<Lanes, 256> entries{};
@@ -115,7 +113,7 @@ void diffuse(const Source &source, std::span<const Color> table, uint8_t *indice
       rows[r].below = falling[r + 1].data() + 1;
       rows[r].indices = indices + (y + r) * width;
     }
-    doRows(rows, count, static_cast<ptrdiff_t>(width), nearest, entries.data());
+    doRows(rows, count, static_cast<ptrdiff_t>(width), nearest, entries.data(), shares);
     falling.front().swap(falling[static_cast<size_t>(count)]);
   }
 }

@@ -2,6 +2,8 @@
 // Files in colours that are given.
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "host/pictures.h"
 
 using host_test::Color;
@@ -81,11 +83,11 @@ TEST(HostPalette, ExactColorsTakeTheirPlacesInTheTable) {
   }
 }
 
-// Grey 100 in black and white. Of what a pixel loses, 46, 33, 19 and 6 of 128 go ahead, below, behind and
-// beyond:
-//   100 is black and loses 100; 100 + 36 is white and loses -119; 100 - 43 is black and loses 57;
-//   below come 8, -18 and 9: 100 + 8 is black and loses 108; 100 - 18 + 39 is black and loses 121; the
-//   last, with 100 + 9 + 44, is white.
+// Grey 100 in black and white. Of what a pixel loses, all of it goes on: 56, 40, 24 and 8 of 128 ahead,
+// below, behind and beyond:
+//   100 is black and loses 100; 100 + 44 is white and loses -111; 100 - 49 is black and loses 51;
+//   below come 1336, -2416 and 1152: 100 + 10 is black and loses 110; 100 + (-2416 + 110 * 56 + 64) / 128 =
+//   129 is white and loses -126; 100 + (1152 - 126 * 56 + 64) / 128 = 54 is black.
 TEST(HostPalette, DiffusesToTheTable) {
   TestPicture picture(3, 2, 24);
   setAll(picture, std::vector<Color>(6, Color{100, 100, 100}));
@@ -93,7 +95,7 @@ TEST(HostPalette, DiffusesToTheTable) {
     const Prepared made = prepared(picture, request(mode, {{0, 0, 0}, {255, 255, 255}}, RAXEL_DITHER_ON));
     ASSERT_EQ(made.code, RAXEL_HOST_OK);
     EXPECT_EQ(made.plan.notes, unsigned{RAXEL_NOTE_REDUCED | RAXEL_NOTE_DITHERED});
-    EXPECT_EQ(indicesOf(made), (std::vector<unsigned>{0, 1, 0, 0, 0, 1}));
+    EXPECT_EQ(indicesOf(made), (std::vector<unsigned>{0, 1, 0, 0, 1, 0}));
   }
   // As with colours of the picture's own, 16 are dithered unless told otherwise and 256 are not.
   EXPECT_NE(prepared(picture, request(RAXEL_MODE_COLOR16, kBlackWhiteRed, RAXEL_DITHER_AUTO)).plan.notes &
@@ -101,6 +103,23 @@ TEST(HostPalette, DiffusesToTheTable) {
             0u);
   EXPECT_EQ(prepared(picture, request(RAXEL_MODE_COLOR256, kBlackWhiteRed, RAXEL_DITHER_AUTO)).plan.notes,
             unsigned{RAXEL_NOTE_REDUCED});
+}
+
+// Seen from afar the picture keeps its colour, whatever there is to make it of: one of a panel's seven.
+TEST(HostPalette, KeepsTheMeanOfAColor) {
+  const std::vector<Color> panel{{0, 0, 0},   {255, 255, 255}, {0, 128, 0},  {0, 0, 255},
+                                 {255, 0, 0}, {255, 255, 0},   {255, 128, 0}};
+  TestPicture picture(200, 200, 24);
+  setAll(picture, std::vector<Color>(40000, Color{150, 120, 90}));
+  const Prepared made = prepared(picture, request(RAXEL_MODE_COLOR16, panel, RAXEL_DITHER_ON));
+  ASSERT_EQ(made.code, RAXEL_HOST_OK);
+  std::array<double, 3> mean{};
+  for (const unsigned index : indicesOf(made)) {
+    for (size_t c = 0; c < 3; ++c) mean[c] += panel[index][c] / 40000.0;
+  }
+  EXPECT_NEAR(mean[0], 150, 2);
+  EXPECT_NEAR(mean[1], 120, 2);
+  EXPECT_NEAR(mean[2], 90, 2);
 }
 
 // White paper is the entry nearest to white, and the black that fills the table up is never taken for it.

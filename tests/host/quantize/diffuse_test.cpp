@@ -15,14 +15,16 @@ using prepare::Color;
 
 namespace {
 
-std::vector<uint8_t> diffused(const TestPicture &picture, const std::vector<Color> &table) {
+std::vector<uint8_t> diffused(const TestPicture &picture, const std::vector<Color> &table,
+                              prepare::Shares shares = prepare::kSharesOfOwnColors) {
   std::vector<uint8_t> indices(size_t{picture.view.width} * picture.view.height, 99);
-  prepare::diffuse(prepare::Source(picture.view, RAXEL_TREAT_NONE, nullptr), table, indices.data());
+  prepare::diffuse(prepare::Source(picture.view, RAXEL_TREAT_NONE, nullptr), table, indices.data(), shares);
   return indices;
 }
 
-// The definition: shares of 46, 33, 19 and 6 of 128, and sums that are rounded.
-std::vector<uint8_t> plainly(TestPicture &picture, const std::vector<Color> &table) {
+// The definition: shares in 128ths, and sums that are rounded.
+std::vector<uint8_t> plainly(TestPicture &picture, const std::vector<Color> &table,
+                             prepare::Shares shares = {46, 33, 19, 6}) {
   const auto width = static_cast<int>(picture.view.width), height = static_cast<int>(picture.view.height);
   std::vector<int> owed(static_cast<size_t>(3 * width * height));
   std::vector<uint8_t> indices;
@@ -44,10 +46,10 @@ std::vector<uint8_t> plainly(TestPicture &picture, const std::vector<Color> &tab
           owed[static_cast<size_t>(3 * (toY * width + toX) + c)] += weight * (wanted[k] - table[index][k]);
         }
       };
-      share(x + 1, y, 46);
-      share(x - 1, y + 1, 19);
-      share(x, y + 1, 33);
-      share(x + 1, y + 1, 6);
+      share(x + 1, y, shares.ahead);
+      share(x - 1, y + 1, shares.behind);
+      share(x, y + 1, shares.below);
+      share(x + 1, y + 1, shares.beyond);
     }
   }
   return indices;
@@ -88,6 +90,9 @@ TEST(Diffuse, RowsTogetherGiveWhatOneRowAfterTheOtherDoes) {
       std::vector<Color> table(height % 2 == 0 ? 16 : 200);
       for (Color &c : table) c = {random.byte(), random.byte(), random.byte()};
       ASSERT_EQ(diffused(picture, table), plainly(picture, table)) << width << " x " << height;
+      ASSERT_EQ(diffused(picture, table, prepare::kSharesOfGivenColors),
+                plainly(picture, table, {56, 40, 24, 8}))
+          << width << " x " << height;
     }
   }
 }
