@@ -1,12 +1,15 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Takes the documents at their word: their links lead somewhere, their commands run, their dump is the file.
+"""Takes the documents at their word: their links lead somewhere, their commands run, their dump is the file,
+and their table of tags has those that are written.
 
-    documents.py --build FOLDER --source FOLDER links|commands|dump
+    documents.py --build FOLDER --source FOLDER links|commands|dump|directory
 """
 
+import json
 import os
 import re
+import struct
 import subprocess
 import sys
 import tempfile
@@ -103,11 +106,38 @@ def dump(source, build):
     return faults, f"{len(written)} bytes", len(written) > 100
 
 
+def directory(source, build):
+    """docs/format.md lists the tags of finished files with their types."""
+    with open(os.path.join(source, "docs/format.md"), encoding="utf-8") as text:
+        table = text.read().split("\n## The directory\n")[1].split("\n## ")[0]
+    told = {}
+    for tags, kind in re.findall(r"^\| (\d[\d, to]*) \| [^|]* \| ([A-Z]+) \|", table, re.M):
+        ends = [int(tag) for tag in re.findall(r"\d+", tags)]
+        told |= {tag: kind for tag in (range(ends[0], ends[1] + 1) if "to" in tags else ends)}
+    written, samples = {}, os.path.join(source, "samples")
+    with tempfile.TemporaryDirectory() as folder:
+        profile = os.path.join(folder, "any.icc")
+        with open(profile, "wb") as file:  # the least that is one
+            file.write((struct.pack(">I4sI4s4s4s", 200, b"test", 0x04000000, b"mntr", b"RGB ", b"XYZ ") + bytes(12) + b"acsp").ljust(200, b"\0"))
+        texts = f"--icc {profile} --description d --artist a --copyright c --date now"
+        for options, inputs in ((f"-m rgb -c lzw --predictor horizontal {texts}", ["photo"]), ("-m color256", ["chart8"]),
+                                ("-m bilevel -c t4", ["page"]), ("-m bilevel -c t6", ["page"]),
+                                ("-m bilevel -c t6 --layout tiles", ["photo"]), ("--pages", ["photo", "page"])):
+            out = os.path.join(folder, "out.tif")
+            command = [os.path.join(build, "raxel-export"), "-q", *options.split()]
+            subprocess.run([*command, *(os.path.join(samples, name + ".png") for name in inputs), "-o", out], check=True)
+            said = json.loads(subprocess.run([command[0], "--inspect", "--json", out], check=True, capture_output=True).stdout)
+            written |= {entry["tag"]: entry["type"] for entry in said["results"][0]["entries"]}
+    faults = [f"tag {tag}: the page says {told.get(tag)}, and files have {written.get(tag)}"
+              for tag in sorted(told | written) if told.get(tag) != written.get(tag)]
+    return faults, f"{len(written)} tags", len(written) > 20
+
+
 def main():
     arguments = dict(zip(sys.argv[1:5:2], sys.argv[2:5:2]))
     build, source, what = os.path.abspath(arguments["--build"]), os.path.abspath(arguments["--source"]), sys.argv[5]
     faults, summary, enough = {"links": lambda: links(source), "commands": lambda: commands(source, build),
-                               "dump": lambda: dump(source, build)}[what]()
+                               "dump": lambda: dump(source, build), "directory": lambda: directory(source, build)}[what]()
     for fault in faults:
         print(f"FAILED {fault}")
     print(f"{summary}, {len(faults)} faults" + ("" if enough else ": too few to be all"))
