@@ -4,7 +4,7 @@
 
     consumers.py --build FOLDER --source FOLDER
 
-LZW of differences, ICC profiles, fax codes whose white is 0, tiles, true resolutions and pages; libtiff, Pillow, Leptonica,
+LZW of differences, ICC profiles, greys of 4 bits, palettes, fax codes whose white is 0, tiles, true resolutions and pages; libtiff, Pillow, Leptonica,
 MuPDF, ImageMagick, GraphicsMagick, netpbm, ffmpeg and Java's ImageIO. What is not installed is counted as skipped, and
 so is what a reader is known not to read at all.
 """
@@ -28,8 +28,14 @@ import tiff
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 
+# The colours of --palette eink7.
+EINK7 = ((0, 0, 0), (255, 255, 255), (0, 255, 0), (0, 0, 255), (255, 0, 0), (255, 255, 0), (255, 128, 0))
+
 # There is no way to name another one.
 FIRST_PAGE_ONLY = ("netpbm", "MuPDF")
+
+# Readers that people have, and that no package brings here.
+NOT_IN_DEBIAN = ("UTIF.js (not in Debian)",)
 
 # What a reader does not read, or shows otherwise on purpose.
 KNOWN = {
@@ -75,7 +81,7 @@ class Consumers:
         self.photo = even(Image.open(os.path.join(source, "samples", "photo.png")).convert("RGB"))
         self.kinds = {}  # name to path, and the pictures of its pages
         self.checks = self.failed = 0
-        self.missing, self.unread = [], []
+        self.missing, self.unread = list(NOT_IN_DEBIAN), []
         self.readers = self.installed()
 
     def installed(self):
@@ -121,6 +127,11 @@ class Consumers:
         self.make("rgb", [self.photo], *differences)
         self.make("grey", [grey], *differences)
         self.make("profile", [described], *differences, "--description", "A lake", "--copyright", "none")
+        self.make("grey16", [grey.point([v // 16 * 17 for v in range(256)])], "-m", "grey16", "-c", "packbits")
+        self.make("color256", [self.photo.quantize(256)], "-m", "color256", "-c", "lzw")
+        panel = Image.new("P", (1, 1))
+        panel.putpalette([v for color in EINK7 for v in color] + 3 * 249 * [0])
+        self.make("palette", [self.photo.quantize(palette=panel).convert("RGB")], "--palette", "eink7", "-c", "lzw")
         self.make("t4", [dots], "-c", "t4", "--strips", "one")
         self.make("huffman", [dots], "-c", "huffman", "--strips", "one")
         self.make("t6", [dots], "-c", "t6")
