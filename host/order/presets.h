@@ -17,7 +17,7 @@ struct Preset {
 // Fax pages are 1728 dots wide at 204 an inch, in rows of 98, 196 or 391 an inch (ITU-T T.4); an even
 // number of them stays within the sheet.
 inline constexpr auto kPresets = std::to_array<Preset>({
-    {"archive", "to be kept: no pixel and no colour profile lost, and checked",
+    {"archive", "to be kept: colours of 8 bits as they are, profiles where the mode allows, and checked",
      "compress=auto predictor=auto icc=keep verify"},
     {"fax-standard", "pages for fax programs",
      "mode=bilevel compress=t4 strips=one pages dpi=204x98 size=1728xpx paper=a4"},

@@ -38,12 +38,36 @@ def make_inputs(folder, source):
         page = page.filter(ImageFilter.GaussianBlur(0.7)).point([50 + v * 190 // 255 for v in range(256)])
         page.save(os.path.join(folder, name + ".png"), dpi=(100, 100))
     shutil.copy(os.path.join(source, "samples/photo.png"), folder)
+    photo = Image.open(os.path.join(folder, "photo.png")).convert("RGB")
+    photo.save(os.path.join(folder, "book.tif"), save_all=True, append_images=[photo.rotate(180)])
     subprocess.run(["zint", "-b", "20", "-d", "RAXEL-0123456789", "--scale=3", "-o", "barcode.png"], cwd=folder, check=True)
 
 
 def size(path):
     with Image.open(path) as image:
         return image.size, getattr(image, "n_frames", 1)
+
+
+def pixels_of(path, height):
+    """Of every page as many rows: the even row below an odd height is left out."""
+    pages = []
+    with Image.open(path) as image:
+        for page in range(getattr(image, "n_frames", 1)):
+            image.seek(page)
+            pages.append(image.convert("RGB").crop((0, 0, image.width, height)).tobytes())
+    return pages
+
+
+def is_kept(folder):
+    """Every page of every picture, in the colours that it had."""
+    names = {"barcode": "png", "photo": "png", "scan-1": "png", "book": "tif"}
+    if sorted(os.listdir(folder + "/kept")) != sorted(name + ".tif" for name in names):
+        return False
+    for name, kind in names.items():
+        (_, height), _ = size(f"{folder}/{name}.{kind}")
+        if pixels_of(f"{folder}/kept/{name}.tif", height) != pixels_of(f"{folder}/{name}.{kind}", height):
+            return False
+    return size(folder + "/kept/book.tif")[1] == 2
 
 
 def has_panel_colors(path):
@@ -74,7 +98,7 @@ CHECKS = {
     "Labels": lambda f: size(f + "/label.tif") == ((406, 142), 1) and label_decodes(f),
     "e-ink": lambda f: size(f + "/panel.tif") == ((800, 480), 1) and size(f + "/colors.tif") == ((600, 448), 1) and
              has_panel_colors(f + "/colors.tif"),
-    "folder": lambda f: sorted(os.listdir(f + "/kept")) == ["barcode.tif", "photo.tif", "scan-1.tif"],
+    "folder": is_kept,
 }
 
 
