@@ -4,7 +4,8 @@
 
     documents.py --build FOLDER --source FOLDER
 
-tiffinfo, tiffcp and tiffcmp (libtiff-tools), vips (libvips-tools), HylaFAX's tiffcheck (hylafax-server), efix (efax) and img2pdf.
+tiffinfo, tiffcp and tiffcmp (libtiff-tools), vips (libvips-tools), HylaFAX's tiffcheck (hylafax-server), efix (efax), img2pdf,
+tiff2pdf, ocrmypdf and MuPDF (python3-fitz).
 Where one is missing, its checks are counted as skipped.
 """
 
@@ -24,6 +25,8 @@ try:
 except ImportError:
     print("SKIPPED: python3-pil is not installed")
     sys.exit(77)
+
+import readers
 
 TIFFCHECK = "/usr/lib/hylafax/bin/tiffcheck"
 FAX = ("huffman", "t4", "t6")
@@ -358,12 +361,14 @@ class Documents(shared.Checks):
             self.same("tiffcp", self.run("tiffcp", out, self.path("copy.tif")), (0, "", ""))
             self.same("its pages", [picture(self.path("copy.tif"), i) for i in range(3)],
                       [picture(out, i) for i in range(3)])
-        for program, arguments in (("img2pdf", [out, "-o"]), ("tiff2pdf", [out, "-o"])):
-            if self.has(program):
-                pdf = self.path(program + ".pdf")
-                self.same(program, self.run(program, *arguments, pdf)[0], 0)
-                with open(pdf, "rb") as file:
-                    self.same(f"pages of {program}", len(re.findall(rb"/Type\s*/Page\b(?!s)", file.read())), 3)
+        wanted = [picture(out, i) for i in range(3)]
+        pdf = self.path("img2pdf.pdf")
+        for program, arguments in (("img2pdf", [out, "-o", pdf]), ("tiff2pdf", [out, "-o", self.path("tiff2pdf.pdf")]),
+                                   ("ocrmypdf", ["--quiet", "--output-type", "pdf", "--tesseract-timeout", "0", pdf,
+                                                 self.path("ocrmypdf.pdf")])):
+            if self.has(program) and (program != "ocrmypdf" or self.has("img2pdf")):  # whose pages it takes
+                self.same(program, self.run(program, *arguments)[0], 0)
+                self.same_pages(program, self.path(program + ".pdf"), wanted)
         # A page that cannot be read leaves the old file.
         with open(out, "rb") as file:
             before = file.read()
@@ -388,6 +393,24 @@ class Documents(shared.Checks):
             self.true("the old file stays", file.read() == before)
         self.export("--page", "1-2", out, again, code=64)
         self.export(inputs[0], inputs[1], "-o", again, code=64)
+
+    def same_pages(self, program, pdf, wanted):
+        """Every page of a PDF is one picture, and has its size and pixels."""
+        with open(pdf, "rb") as file:
+            self.true(f"{program} writes a PDF", file.read(5) == b"%PDF-")
+        if not readers.fitz:
+            if "python3-fitz" not in self.skipped:
+                self.skipped.append("python3-fitz")
+            return
+        with readers.fitz.open(pdf) as file:
+            self.same(f"pages of {program}", file.page_count, len(wanted))
+            for number, (page, (size, pixels)) in enumerate(zip(file, wanted)):
+                images = page.get_images()
+                self.same(f"pictures on page {number + 1} of {program}", len(images), 1)
+                seen = readers.fitz.Pixmap(file, images[0][0])
+                self.same(f"size of page {number + 1} of {program}", (seen.width, seen.height), size)
+                samples = readers.grey_rgb(seen.samples) if seen.n == 1 else seen.samples
+                self.true(f"pixels of page {number + 1} of {program}", samples == pixels)
 
     def gifs_go_in_page_by_page(self):
         """Frames that cover a part, clear it again, or bring back what was there, beside ImageMagick's word."""
