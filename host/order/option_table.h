@@ -122,8 +122,8 @@ inline constexpr auto kOptions = std::to_array<OptionRow>({
   {OptionId::kSize, 0, "size", "WxH[UNIT]", Completes::kNothing, "", kGroupPicture,
    "Scale to fit into W by H in, cm, mm or px (inches by default); either may be left out"},
   {OptionId::kFit, 0, "fit", "HOW", Completes::kChoices, "contain exact pad", kGroupPicture,
-   "With --size: keep the proportions (the default), fill the box (the default for WxHpx where the dots an inch "
-   "differ), or keep them and pad with white"},
+   "With --size or --paper: keep the proportions (the default), fill the box (the default for WxHpx where the dots "
+   "an inch differ), or keep them and pad with white (the default with --paper)"},
   {OptionId::kPaper, 0, "paper", "PAPER", Completes::kChoices, "a4 letter", kGroupPicture,
    "Fit into a sheet of paper and pad with white; a side of --size in px goes before its own"},
   {OptionId::kLayout, 0, "layout", "LAYOUT", Completes::kChoices, "strips tiles", kGroupPicture,
