@@ -235,6 +235,25 @@ std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file) {
   return places;
 }
 
+std::vector<uint64_t> pagePlaces(std::span<const uint8_t> file) {
+  constexpr uint64_t kReduced = 1, kMask = 4;
+  std::vector<uint64_t> places = directoryPlaces(file);
+  if (places.empty()) return places;
+  const Bytes bytes(file, file[0] == 'I');
+  const bool big = bytes.number(2, 2) == 43;
+  const uint32_t countSize = big ? 8 : 2, valueInEntry = big ? 12 : 8;
+  const auto isNoPage = [&](uint64_t place) {
+    const uint64_t entry = place + countSize;
+    if (bytes.number(place, countSize) == 0 || bytes.number(entry, 2) != finish::kNewSubfileType)
+      return false;
+    const uint64_t type = bytes.number(entry + 2, 2);
+    const uint32_t size = type == finish::kLong ? 4 : type == finish::kShort ? 2 : 0;
+    return (bytes.number(entry + valueInEntry, size) & (kReduced | kMask)) != 0;
+  };
+  places.erase(std::remove_if(places.begin() + 1, places.end(), isNoPage), places.end());
+  return places;
+}
+
 Directory readDirectory(std::span<const uint8_t> file, uint32_t at) {
   Directory directory;
   if (file.size() < 8 || (file[0] != 'I' && file[0] != 'M') || file[1] != file[0]) {

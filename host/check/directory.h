@@ -38,6 +38,10 @@ Directory readDirectory(std::span<const uint8_t> file, uint32_t at = 0);
 // file, with the place outside, which no directory can be read at; or where it comes back to a place.
 std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file);
 
+// Those of them that are pages: the first, and all others but reduced images and masks, as NewSubfileType
+// says, which is a directory's first entry.
+std::vector<uint64_t> pagePlaces(std::span<const uint8_t> file);
+
 // Names for texts; "tag 65000" and "type 13" for unknown ones.
 std::string tagName(uint16_t tag);
 std::string typeName(uint16_t type);

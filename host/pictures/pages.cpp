@@ -8,6 +8,11 @@
 #include "pictures/peek.h"
 
 namespace host {
+namespace {
+
+constexpr const char *kNoPages = "reduced images and masks of the file are no pages, and left out";
+
+}  // namespace
 
 Pages::Pages(const std::string &path) : input_(path) {
   const std::string format = formatOf(input_.bytes());
@@ -16,13 +21,15 @@ Pages::Pages(const std::string &path) : input_(path) {
     count_ = gif_->count();
   }
   if (format != "TIFF" && format != "BigTIFF") return;
-  directories_ = directoryPlaces(input_.bytes());
+  directories_ = pagePlaces(input_.bytes());
+  leavesOut_ = directories_.size() < directoryPlaces(input_.bytes()).size();
   count_ = std::max(static_cast<uint32_t>(directories_.size()), 1u);
 }
 
 std::unique_ptr<Picture> Pages::read(uint32_t page, const Background &background, const Gate &gate) {
   auto picture = std::make_unique<Picture>();
   picture->isPage = true;
+  if (leavesOut_ && page == 0) picture->notes.push_back(kNoPages);
   if (gif_) picture->reader = [&](Picture &to) { gif_->read(page, background, to); };
   if (!gif_ && page != 0) picture->directory = directories_.at(page);
   try {

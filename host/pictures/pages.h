@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The pages of an input: the directories of a TIFF, a GIF's screen at each of its frames, and one page of
-// everything else.
+// The pages of an input: the directories of a TIFF but reduced images and masks, a GIF's screen at each of
+// its frames, and one page of everything else.
 #pragma once
 
 #include <optional>
@@ -26,7 +26,8 @@ class Pages {
 
  private:
   Input input_;
-  std::vector<uint64_t> directories_;  // of a TIFF
+  std::vector<uint64_t> directories_;  // of a TIFF's pages
+  bool leavesOut_ = false;             // other directories of it
   std::optional<GifPages> gif_;
   uint32_t count_ = 1;
 };

@@ -412,6 +412,54 @@ class Documents(shared.Checks):
                 samples = readers.grey_rgb(seen.samples) if seen.n == 1 else seen.samples
                 self.true(f"pixels of page {number + 1} of {program}", samples == pixels)
 
+    def thumbnails_and_masks_are_no_pages(self):
+        photo = os.path.join(self.samples, "photo.png")
+        inputs = []
+        for size in ((64, 48), (32, 24), (16, 12), (8, 6)):
+            inputs.append(self.path(f"{size[0]}.png"))
+            Image.open(photo).convert("RGB").resize(size).save(inputs[-1])
+        chain, out = self.path("chain.tif"), self.path("taken.tif")
+        self.export("-q", "--pages", *inputs, "-o", chain)
+        with open(chain, "rb") as file:
+            plain = file.read()
+
+        def taken(*kinds, options=("--pages",), code=0):
+            """Widths of the pages that are taken from directories of these kinds, and what is said."""
+            data = bytearray(plain)
+            at = struct.unpack_from("<I", data, 4)[0]
+            for kind in kinds:
+                entries, = struct.unpack_from("<H", data, at)
+                self.same("NewSubfileType comes first", struct.unpack_from("<H", data, at + 2)[0], 254)
+                struct.pack_into("<I", data, at + 2 + 8, kind)
+                at, = struct.unpack_from("<I", data, at + 2 + 12 * entries)
+            with open(chain, "wb") as file:
+                file.write(data)
+            said = self.export(*options, chain, "-o", out, code=code)
+            return [page[256][0] for page in self.tags(out)], "reduced images and masks" in said
+
+        self.same("pages", taken(2, 2, 2, 2), ([64, 32, 16, 8], False))
+        self.same("pages without their kind", taken(0, 0, 0, 0), ([64, 32, 16, 8], False))
+        self.same("a thumbnail and a mask", taken(2, 1, 2, 4), ([64, 16], True))
+        self.same("of pages", taken(0, 3, 6, 5), ([64], True))
+        self.same("the first is taken", taken(1, 1, 2, 2), ([64, 16, 8], True))
+        self.same("the second page", taken(2, 1, 2, 4, options=("--page", "2"))[0], [16])
+        taken(2, 1, 2, 4, options=("--page", "3"), code=66)
+        if self.has("tiff2pdf") and readers.fitz:
+            taken(2, 1, 2, 4)
+            with open(chain, "r+b") as file:
+                data = file.read()
+                at = struct.unpack_from("<I", data, 4)[0]
+                while at:  # it takes whatever has a number for a page
+                    entries, = struct.unpack_from("<H", data, at)
+                    for entry in range(at + 2, at + 2 + 12 * entries, 12):
+                        if struct.unpack_from("<H", data, entry) == (297,):
+                            file.seek(entry)
+                            file.write(struct.pack("<H", 300))  # a tag that says nothing
+                    at, = struct.unpack_from("<I", data, at + 2 + 12 * entries)
+            self.same("tiff2pdf", self.run("tiff2pdf", chain, "-o", self.path("chain.pdf"))[0], 0)
+            with readers.fitz.open(self.path("chain.pdf")) as file:
+                self.same("which skips them as well", [page.get_images()[0][2] for page in file], [64, 16])
+
     def gifs_go_in_page_by_page(self):
         """Frames that cover a part, clear it again, or bring back what was there, beside ImageMagick's word."""
         numbers, colors = random.Random(5), [(200, 30, 30), (30, 160, 60), (40, 60, 200), (240, 220, 20), (0, 0, 0)]
@@ -531,6 +579,7 @@ class Documents(shared.Checks):
         self.predictor_makes_photos_smaller()
         self.profiles_and_texts_are_kept()
         self.pages_make_one_file()
+        self.thumbnails_and_masks_are_no_pages()
         self.inspection_goes_through_all_pages()
         self.gifs_go_in_page_by_page()
         self.ten_thousand_pages_take_linear_time()

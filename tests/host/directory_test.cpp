@@ -62,6 +62,49 @@ TEST(Directory, ReadsBothByteOrders) {
   }
 }
 
+TEST(Directory, ReducedImagesAndMasksAreNoPages) {
+  // Directories of one entry each, which says these kinds.
+  const auto placesOf = [](bool little, unsigned type, const std::vector<uint32_t> &kinds, unsigned tag) {
+    Bytes file{static_cast<uint8_t>(little ? 'I' : 'M'), static_cast<uint8_t>(little ? 'I' : 'M')};
+    put16(file, 42, little);
+    put32(file, 8, little);
+    for (size_t i = 0; i < kinds.size(); ++i) {
+      put16(file, 1, little);
+      put16(file, tag, little);
+      put16(file, type, little);
+      put32(file, 1, little);
+      if (type == 3) put16(file, kinds[i], little);
+      if (type == 3) put16(file, 0, little);
+      if (type != 3) put32(file, kinds[i], little);
+      put32(file, i + 1 < kinds.size() ? static_cast<uint32_t>(file.size() + 4) : 0, little);
+    }
+    return host::pagePlaces(file);
+  };
+  using Places = std::vector<uint64_t>;
+  for (const bool little : {true, false}) {
+    for (const unsigned type : {3u, 4u}) {
+      EXPECT_EQ(placesOf(little, type, {0, 2, 1, 2, 4, 0}, 254), (Places{8, 26, 62, 98}));
+      EXPECT_EQ(placesOf(little, type, {1, 4, 3, 6}, 254), Places{8});
+    }
+    EXPECT_EQ(placesOf(little, 4, {0, 1, 4}, 255), (Places{8, 26, 44}));  // another tag
+    EXPECT_EQ(placesOf(little, 2, {0, 1, 4}, 254), (Places{8, 26, 44}));  // no number
+  }
+  // BigTIFF: a page, and a reduced image of it at 52.
+  Bytes big{'I', 'I', 43, 0, 8, 0, 0, 0, 16, 0, 0, 0, 0, 0, 0, 0};
+  for (const uint8_t kind : {0, 1}) {
+    big.insert(big.end(),
+               {1, 0, 0, 0, 0, 0, 0, 0, 254, 0, 4, 0, 1, 0, 0, 0, 0, 0, 0, 0, kind, 0, 0, 0, 0, 0, 0, 0});
+    big.insert(big.end(), {static_cast<uint8_t>(kind == 0 ? 52 : 0), 0, 0, 0, 0, 0, 0, 0});
+  }
+  EXPECT_EQ(host::directoryPlaces(big), (Places{16, 52}));
+  EXPECT_EQ(host::pagePlaces(big), Places{16});
+  // A place outside stays, so that reading fails there.
+  Bytes cut = sample(true);
+  cut[58] = 200;
+  EXPECT_EQ(host::pagePlaces(cut), (Places{8, 200}));
+  EXPECT_EQ(host::pagePlaces({}), Places{});
+}
+
 TEST(Directory, NamesEveryKindOfFault) {
   const auto faultsOf = [](const Bytes &file) {
     std::string all;
