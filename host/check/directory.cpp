@@ -227,9 +227,9 @@ std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file) {
   for (uint64_t at = bytes.number(placeSize, placeSize); at != 0;) {
     const bool inside = at >= 8 && bytes.has(at, countSize);
     const uint64_t count = inside ? bytes.number(at, countSize) : 0;
-    if (count > UINT16_MAX || !seen.insert(at).second) break;
-    places.push_back(at);
-    if (!inside) break;
+    const bool isNew = seen.insert(at).second;
+    places.push_back(isNew ? at : kLinkBack);
+    if (!inside || !isNew || count > UINT16_MAX) break;
     at = bytes.number(at + countSize + entrySize * count, placeSize);
   }
   return places;
@@ -264,6 +264,10 @@ Directory readDirectory(std::span<const uint8_t> file, uint32_t at) {
   const Bytes bytes(file, directory.littleEndian);
   if (bytes.number(2, 2) != 42) {
     directory.faults.push_back(bytes.number(2, 2) == 43 ? "it is a BigTIFF file" : "it is no TIFF file");
+    return directory;
+  }
+  if (at == kLinkBack) {
+    addFault(directory, "the directories link back to where they were", true);
     return directory;
   }
   directory.offset = at != 0 ? at : static_cast<uint32_t>(bytes.number(4, 4));

@@ -35,7 +35,9 @@ struct Directory {
 Directory readDirectory(std::span<const uint8_t> file, uint32_t at = 0);
 
 // The places of all directories of a TIFF or BigTIFF, in their order. The chain ends where it leaves the
-// file, with the place outside, which no directory can be read at; or where it comes back to a place.
+// file, with the place outside, or where it comes back to a place, with kLinkBack: no directory can be read
+// at either.
+inline constexpr uint64_t kLinkBack = 1;  // in the header
 std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file);
 
 // Those of them that are pages: the first, and all others but reduced images and masks, as NewSubfileType

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // What is to be done with a picture, from three sources.
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <initializer_list>
+#include <iterator>
 
 #include "filter/given.h"
 
@@ -170,6 +172,23 @@ int howToFit(const Options &options, const RaxelRequest &request) {
   return box.pixels && box.x > 0 && box.y > 0 && request.dpiX != request.dpiY ? kFitExact : kFitContain;
 }
 
+// In three digits, whatever the locale.
+std::string shortNumber(double value) {
+  char text[32];
+  return {text, std::to_chars(text, std::end(text), value, std::chars_format::general, 3).ptr};
+}
+
+// Without a size the pixels stay as they are, and what they cover on paper goes with the resolution.
+void noteOtherPrint(const Picture &picture, const RaxelRequest &request, std::vector<std::string> &notes) {
+  constexpr double kSame = 0.005;
+  const double across = picture.dpiX / request.dpiX, down = picture.dpiY / request.dpiY;
+  if (picture.dpiX < 1.5 || picture.dpiY < 1.5 || !std::isfinite(across) || !std::isfinite(down)) return;
+  if (std::abs(across - 1) < kSame && std::abs(down - 1) < kSame) return;
+  const std::string times = shortNumber(across), timesDown = shortNumber(down);
+  notes.push_back("at this resolution it prints " + times + (times == timesDown ? "" : " by " + timesDown) +
+                  " times as large as at its own; --size or --paper gives it a size");
+}
+
 }  // namespace
 
 RaxelRequest requestFor(const Options &options, const Palette &palette, const Setup &setup,
@@ -233,6 +252,8 @@ RaxelRequest requestFor(const Options &options, const Palette &palette, const Se
   } else if (chosen({RAXEL_ESCAPE_SET_SIZE_MODE, RAXEL_ESCAPE_SET_WIDTH, RAXEL_ESCAPE_SET_HEIGHT}) &&
              stored.nSizeMode != RAXEL_STORED_SIZE_PICTURE && stored.dWidth > 0 && stored.dHeight > 0) {
     fit({stored.dWidth, stored.dHeight, false}, kFitContain, picture, request);
+  } else if (options.dpi) {
+    noteOtherPrint(picture, request, notes);
   }
   return request;
 }

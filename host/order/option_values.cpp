@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <ctime>
 #include <map>
@@ -110,6 +111,15 @@ std::array<uint8_t, 3> parseColor(const std::string &value) {
   return {static_cast<uint8_t>(*rgb >> 16), static_cast<uint8_t>(*rgb >> 8), static_cast<uint8_t>(*rgb)};
 }
 
+// True for a day that there is and a time of it, in the format's own form.
+bool isDate(const std::string &text) {
+  const auto number = [&](size_t at, size_t digits) { return std::stoul(text.substr(at, digits)); };
+  const std::chrono::year_month_day day{std::chrono::year(static_cast<int>(number(0, 4))),
+                                        std::chrono::month(static_cast<unsigned>(number(5, 2))),
+                                        std::chrono::day(static_cast<unsigned>(number(8, 2)))};
+  return day.ok() && number(11, 2) < 24 && number(14, 2) < 60 && number(17, 2) < 60;
+}
+
 // The format's own form; for now in local time.
 std::string parseDate(const std::string &value) {
   if (lower(value) == "now") {
@@ -123,7 +133,8 @@ std::string parseDate(const std::string &value) {
   bool fits = value.size() == kForm.size();
   for (size_t i = 0; fits && i < kForm.size(); ++i)
     fits = kForm[i] == '0' ? value[i] >= '0' && value[i] <= '9' : value[i] == kForm[i];
-  if (!fits) failValue("date", value, "give now, or a date and time as 2026:01:31 23:59:59");
+  if (!fits || !isDate(value))
+    failValue("date", value, "give now, or a date and time as 2026:01:31 23:59:59");
   return value;
 }
 

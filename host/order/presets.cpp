@@ -6,6 +6,7 @@
 
 #include "order/option_table.h"
 #include "order/options.h"
+#include "prepare/plan.h"
 
 namespace host {
 namespace {
@@ -18,6 +19,12 @@ bool isGiven(const Options &options, OptionId id) {
   const auto given = [&](OptionId one) { return options.given.contains(one); };
   const bool isGrey = std::ranges::find(kGreyOptions, id) != kGreyOptions.end();
   return given(id) || (isGrey && std::ranges::any_of(kGreyOptions, given));
+}
+
+// One strip is for fax codes, and for those of a preset that gives way to others it is not asked.
+bool isForOtherCodes(const Options &options, OptionId id) {
+  const bool noFax = options.compression && !prepare::isFax(*options.compression);
+  return id == OptionId::kStrips && (noFax || options.layout == RAXEL_LAYOUT_TILES);
 }
 
 }  // namespace
@@ -34,7 +41,7 @@ void applyPreset(Options &options) {
   for (std::string word; words >> word;) {
     const size_t equals = word.find('=');
     const auto *row = std::ranges::find(kOptions, word.substr(0, equals), &OptionRow::longName);
-    if (row == kOptions.end() || isGiven(options, row->id)) continue;
+    if (row == kOptions.end() || isGiven(options, row->id) || isForOtherCodes(options, row->id)) continue;
     setOption(*row, equals == std::string::npos ? "" : word.substr(equals + 1), options);
     options.given.erase(row->id);
   }

@@ -15,7 +15,8 @@ struct Preset {
 };
 
 // Fax pages are 1728 dots wide at 204 an inch, in rows of 98, 196 or 391 an inch (ITU-T T.4); an even
-// number of them stays within the sheet.
+// number of them stays within the sheet. What is in fax codes is one strip, as printers and fax programs
+// read it; an archive may be of LZW, which is never one strip.
 inline constexpr auto kPresets = std::to_array<Preset>({
     {"archive", "to be kept: colours of 8 bits as they are, profiles where the mode allows, and checked",
      "compress=auto predictor=auto icc=keep verify"},
@@ -26,7 +27,7 @@ inline constexpr auto kPresets = std::to_array<Preset>({
     {"fax-superfine", "the same in superfine resolution",
      "mode=bilevel compress=t4 strips=one pages dpi=204x391 size=1728xpx paper=a4"},
     {"label", "for label printers: black and white without dots",
-     "mode=bilevel compress=t6 threshold=auto dpi=203"},
+     "mode=bilevel compress=t6 strips=one threshold=auto dpi=203"},
 });
 
 // Throws a Failure with kUsage for none.

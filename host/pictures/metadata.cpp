@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "finish/tags.h"
+#include "pictures/peek.h"
 
 namespace host {
 namespace {
@@ -69,22 +70,38 @@ void keep(std::string &to, const std::string &text) {
 // What there may be besides, in the words of a note.
 constexpr const char *kExifData = "Exif data of the camera";
 constexpr const char *kXmp = "XMP data";
+constexpr const char *kIptc = "IPTC data";
+constexpr const char *kPhotoshop = "Photoshop data";
+constexpr const char *kComments = "comments";
+constexpr const char *kOtherTexts = "other texts";
+constexpr const char *kDevice = "the device's name";
+constexpr const char *kDate = "the date";
+constexpr const char *kLargeProfile = "the ICC profile (it is of more than 16 MiB)";
+constexpr const char *kUnreadProfile = "the ICC profile (it is not read in this format)";
 
 void drop(const char *what, Metadata &to) {
   if (std::ranges::find(to.dropped, what) == to.dropped.end()) to.dropped.push_back(what);
 }
 
-// A directory with places of 32 bits, of a file of its own or of an Exif block.
+void keepProfile(Bytes profile, Metadata &to) {
+  if (profile.size() > kLargestProfile) return drop(kLargeProfile, to);
+  if (to.icc.empty()) to.icc.assign(profile.begin(), profile.end());
+}
+
+// A directory of a TIFF or an Exif block, where places take 32 bits, or of a BigTIFF, where they take 64.
 void readDirectory(Bytes tiff, uint64_t directory, Metadata &to) {
+  constexpr uint64_t kMostEntries = 65535;
   if (tiff.size() < 8 || (tiff[0] != 'I' && tiff[0] != 'M')) return;
-  const bool little = tiff[0] == 'I';
-  if (numberAt(tiff, 2, 2, little) != 42) return;
-  if (directory == 0) directory = numberAt(tiff, 4, 4, little);
-  const uint64_t entries = numberAt(tiff, directory, 2, little);
-  for (uint64_t i = 0; i < entries; ++i) {
-    const uint64_t at = directory + 2 + 12 * i;
-    const uint64_t count = numberAt(tiff, at + 4, 4, little);
-    const Bytes value = partOf(tiff, count <= 4 ? at + 8 : numberAt(tiff, at + 8, 4, little), count);
+  const bool little = tiff[0] == 'I', big = numberAt(tiff, 2, 2, little) == 43;
+  if (!big && numberAt(tiff, 2, 2, little) != 42) return;
+  const uint32_t place = big ? 8 : 4;  // a count takes as much
+  if (directory == 0) directory = numberAt(tiff, place, place, little);
+  const uint64_t entries = numberAt(tiff, directory, big ? 8 : 2, little);
+  for (uint64_t i = 0; i < std::min(entries, kMostEntries); ++i) {
+    const uint64_t at = directory + (big ? 8 : 2) + (4 + 2 * place) * i;
+    const uint64_t count = numberAt(tiff, at + 4, place, little), valueAt = at + 4 + place;
+    const Bytes value =
+        partOf(tiff, count <= place ? valueAt : numberAt(tiff, valueAt, place, little), count);
     switch (numberAt(tiff, at, 2, little)) {
       case finish::kImageDescription:
         keep(to.description, textOf(value));
@@ -96,7 +113,25 @@ void readDirectory(Bytes tiff, uint64_t directory, Metadata &to) {
         keep(to.copyright, textOf(value));
         break;
       case finish::kIccProfile:
-        if (to.icc.empty() && value.size() <= kLargestProfile) to.icc.assign(value.begin(), value.end());
+        keepProfile(value, to);
+        break;
+      case finish::kDocumentName:
+      case finish::kPageName:
+      case finish::kHostComputer:
+        drop(kOtherTexts, to);
+        break;
+      case finish::kMake:
+      case finish::kModel:
+        drop(kDevice, to);
+        break;
+      case finish::kDateTime:
+        drop(kDate, to);
+        break;
+      case finish::kIptc:
+        drop(kIptc, to);
+        break;
+      case finish::kPhotoshop:
+        drop(kPhotoshop, to);
         break;
       case finish::kExifDirectory:
       case finish::kGpsDirectory:
@@ -121,7 +156,8 @@ void readExifBlock(Bytes block, Metadata &to) {
 
 // The profile comes in pieces that are numbered from 1 on.
 void readJpeg(Bytes file, Metadata &to) {
-  constexpr uint8_t kMarker = 0xFF, kScan = 0xDA, kApp1 = 0xE1, kApp2 = 0xE2;
+  constexpr uint8_t kMarker = 0xFF, kScan = 0xDA, kApp1 = 0xE1, kApp2 = 0xE2, kApp13 = 0xED,
+                    kComment = 0xFE;
   std::map<uint8_t, Bytes> profile;
   for (uint64_t at = 2; at + 4 <= file.size() && file[static_cast<size_t>(at)] == kMarker;) {
     const uint8_t marker = file[static_cast<size_t>(at) + 1];
@@ -135,6 +171,8 @@ void readJpeg(Bytes file, Metadata &to) {
     const Bytes body = partOf(file, at + 4, length - 2);
     if (marker == kApp1 && startsWith(body, kExifFront)) readExifBlock(body, to);
     if (marker == kApp1 && startsWith(body, "http://ns.adobe.com/xap/1.0/"sv)) drop(kXmp, to);
+    if (marker == kApp13 && startsWith(body, "Photoshop "sv)) drop(kPhotoshop, to);
+    if (marker == kComment) drop(kComments, to);
     if (marker == kApp2 && startsWith(body, kProfileFront) && body.size() > kProfileFront.size() + 2)
       profile[body[kProfileFront.size()]] = body.subspan(kProfileFront.size() + 2);
     at += 2 + length;
@@ -150,18 +188,19 @@ Bytes behindText(Bytes bytes) {
 }
 
 // A key, and a text in Latin-1 or, behind two bytes and two more texts, in UTF-8. One that is compressed is
-// left alone.
+// left alone. A file of ours names its software itself.
 void readPngText(Bytes body, bool wide, Metadata &to) {
   const std::string key = textOf(body);
   Bytes rest = behindText(body);
   if (wide) {
-    if (rest.size() < 2 || rest[0] != 0) return;
+    if (rest.size() < 2 || rest[0] != 0) return drop(kOtherTexts, to);
     rest = behindText(behindText(rest.subspan(2)));
   }
   const std::string text = wide ? textOf(rest) : utf8Of(textOf(rest));
-  if (key == "Description") keep(to.description, text);
-  if (key == "Author") keep(to.artist, text);
-  if (key == "Copyright") keep(to.copyright, text);
+  if (key == "Description") return keep(to.description, text);
+  if (key == "Author") return keep(to.artist, text);
+  if (key == "Copyright") return keep(to.copyright, text);
+  if (key != "Software") drop(kOtherTexts, to);
 }
 
 void readPng(Bytes file, Metadata &to) {
@@ -171,8 +210,11 @@ void readPng(Bytes file, Metadata &to) {
     if (body.size() != length || startsWith(kind, "IDAT"sv)) break;
     if (startsWith(kind, "eXIf"sv)) readExifBlock(body, to);
     const bool wide = startsWith(kind, "iTXt"sv);
-    if (wide && startsWith(body, "XML:com.adobe.xmp"sv)) drop(kXmp, to);
-    if (wide || startsWith(kind, "tEXt"sv)) readPngText(body, wide, to);
+    const bool xmp = wide && startsWith(body, "XML:com.adobe.xmp"sv);
+    if (xmp) drop(kXmp, to);
+    if ((wide && !xmp) || startsWith(kind, "tEXt"sv)) readPngText(body, wide, to);
+    if (startsWith(kind, "zTXt"sv)) drop(kOtherTexts, to);
+    if (startsWith(kind, "tIME"sv)) drop(kDate, to);
     at += 12 + length;
   }
 }
@@ -182,8 +224,7 @@ void readWebp(Bytes file, Metadata &to) {
   for (uint64_t at = 12; at + 8 <= file.size();) {
     const uint64_t length = numberAt(file, at + 4, 4, true);
     const Bytes kind = partOf(file, at, 4), body = partOf(file, at + 8, length);
-    if (startsWith(kind, "ICCP"sv) && body.size() <= kLargestProfile)
-      to.icc.assign(body.begin(), body.end());
+    if (startsWith(kind, "ICCP"sv)) keepProfile(body, to);
     if (startsWith(kind, "EXIF"sv)) readExifBlock(body, to);
     if (startsWith(kind, "XMP "sv)) drop(kXmp, to);
     at += 8 + (length + 1) / 2 * 2;
@@ -198,18 +239,33 @@ void readBmp(Bytes file, Metadata &to) {
   if (numberAt(file, kHeaderAt + kSpaceAt, 4, true) != kEmbedded) return;
   const Bytes profile = partOf(file, kHeaderAt + numberAt(file, kHeaderAt + kPlaceAt, 4, true),
                                numberAt(file, kHeaderAt + kSizeAt, 4, true));
-  if (profile.size() <= kLargestProfile) to.icc.assign(profile.begin(), profile.end());
+  keepProfile(profile, to);
+}
+
+void readGif(Bytes file, Metadata &to) {
+  const GifExtras extras = gifExtras(file);
+  if (extras.comments) drop(kComments, to);
+  if (extras.xmp) drop(kXmp, to);
+  if (extras.profile) drop(kUnreadProfile, to);
+}
+
+void readJpeg2000(Bytes file, Metadata &to) {
+  const Jpeg2000Extras extras = jpeg2000Extras(file);
+  if (extras.profile) drop(kUnreadProfile, to);
+  if (extras.texts) drop("XML or other data", to);
 }
 
 }  // namespace
 
 Metadata readMetadata(const std::string &format, Bytes file, uint64_t directory) {
   Metadata out;
-  if (format == "TIFF") readDirectory(file, directory, out);
+  if (format == "TIFF" || format == "BigTIFF") readDirectory(file, directory, out);
   if (format == "JPEG") readJpeg(file, out);
   if (format == "PNG") readPng(file, out);
   if (format == "WebP") readWebp(file, out);
   if (format == "BMP") readBmp(file, out);
+  if (format == "GIF") readGif(file, out);
+  if (format == "JPEG 2000") readJpeg2000(file, out);
   return out;
 }
 

@@ -108,7 +108,7 @@ class GifBlocks {
   size_t at_;
 };
 
-constexpr uint8_t kGraphicControl = 0xF9;
+constexpr uint8_t kGraphicControl = 0xF9, kComment = 0xFE, kApplication = 0xFF;
 
 uint32_t word(const uint8_t *at) {
   return at[0] | uint32_t{at[1]} << 8;
@@ -135,6 +135,21 @@ GifScreen gifScreen(std::span<const uint8_t> file) {
   screen.width = std::max(screen.width, screen.left + word(block + 5));
   screen.height = std::max(screen.height, screen.top + word(block + 7));
   return screen;
+}
+
+GifExtras gifExtras(std::span<const uint8_t> file) {
+  GifExtras extras{};
+  for (GifBlocks blocks(file); blocks.more() && !blocks.isPicture(); blocks.next()) {
+    const uint8_t *block = blocks.block();
+    // An application's name has eleven letters, and what follows goes without saying.
+    const auto isOf = [&](const char *name) {
+      return block[1] == kApplication && block[2] == 11 && std::memcmp(block + 3, name, 7) == 0;
+    };
+    extras.comments |= block[1] == kComment;
+    extras.xmp |= isOf("XMP Dat");
+    extras.profile |= isOf("ICCRGBG");
+  }
+  return extras;
 }
 
 std::vector<GifFrame> gifFrames(std::span<const uint8_t> file) {
@@ -172,6 +187,12 @@ uint32_t jpeg2000Channels(std::span<const uint8_t> file) {
   constexpr uint64_t kCodestream = 0xFF4FFF51;
   if (numberAt(file, 0, 4) == kCodestream) return static_cast<uint32_t>(numberAt(file, 40, 2));
   return static_cast<uint32_t>(numberAt(boxIn(boxIn(file, "jp2h"), "ihdr"), 8, 2));
+}
+
+Jpeg2000Extras jpeg2000Extras(std::span<const uint8_t> file) {
+  const Bytes color = boxIn(boxIn(file, "jp2h"), "colr");
+  const bool profile = !color.empty() && (color[0] == 2 || color[0] == 3);  // of two kinds
+  return {profile, !boxIn(file, "xml ").empty() || !boxIn(file, "uuid").empty()};
 }
 
 }  // namespace host

@@ -40,4 +40,14 @@ bool gifHasFurtherPictures(std::span<const uint8_t> file);
 // opacity for its last.
 uint32_t jpeg2000Channels(std::span<const uint8_t> file);
 
+// What files say besides: a GIF in front of its first picture, a JP2 file among its boxes.
+struct GifExtras {
+  bool comments, xmp, profile;
+};
+GifExtras gifExtras(std::span<const uint8_t> file);
+struct Jpeg2000Extras {
+  bool profile, texts;
+};
+Jpeg2000Extras jpeg2000Extras(std::span<const uint8_t> file);
+
 }  // namespace host

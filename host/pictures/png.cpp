@@ -275,6 +275,8 @@ void readPng(std::span<const uint8_t> bytes, const Background &background, Pictu
   PngStream stream(bytes);
   const Exif exif = readExif(stream.exif().data(), stream.exif().size());
   out.metadata.icc = stream.profile();
+  if (stream.hasProfile() && out.metadata.icc.empty())
+    out.metadata.dropped.emplace_back("the ICC profile (it is damaged, or of more than 16 MiB)");
   Front front;
   {
     const Context context(stream);

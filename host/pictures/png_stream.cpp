@@ -83,6 +83,7 @@ PngStream::PngStream(std::span<const uint8_t> file) {
     at += chunk.size();
     const std::string_view name = nameOf(chunk);
     if (name == "eXIf" && exif_.empty() && checksumHolds(chunk)) exif_ = contentOf(chunk);
+    hasProfile_ = hasProfile_ || name == "iCCP";
     if (name == "iCCP" && profile_.empty() && checksumHolds(chunk)) profile_ = contentOf(chunk);
     if (!decidesThePicture(name)) continue;
     if (name == "IDAT") {

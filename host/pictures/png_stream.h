@@ -21,6 +21,8 @@ class PngStream {
 
   // The ICC profile; empty when there is none that is whole and of no more than 16 MiB.
   std::vector<uint8_t> profile() const;
+  // True when there is one, be it of any size and in any state.
+  bool hasProfile() const { return hasProfile_; }
 
   // Inflates all pixels at once, which is several times faster than row by row, and checks their
   // checksums. The block has `spare` bytes more. Empty when `size` bytes is not what comes out or anything
@@ -42,6 +44,7 @@ class PngStream {
   size_t firstPixels_ = 0, endOfPixels_ = 0;
   bool whole_ = false;  // the chunks of pixels are there, and stand in a row
   Bytes exif_, profile_;
+  bool hasProfile_ = false;
 };
 
 }  // namespace host

@@ -311,12 +311,30 @@ class Documents(shared.Checks):
                              ("text.tif", ["A lake", "Ann", "Bob", None]), ("text.jpg", ["A lake", "Ann", "Bob", None])):
             said = self.export("--verify", self.path(name), out)
             self.same(f"texts of {name}", seen(), (None, wanted))
-            self.same(f"a note of {name}", "not carried over: Exif data of the camera" in said, name == "text.jpg")
+            left = {"text.tif": "the date", "text.jpg": "the device's name, Exif data of the camera"}.get(name, "")
+            self.true(f"a note of {name}: {said}", said.endswith(f"not carried over: {left}\n") if left else said == "")
         self.export("--verify", "--description", "a b", "--artist", "", "--date", "2026:01:31 23:59:59", self.path("text.tif"), out)
         self.same("texts of the options", seen(), (None, ["a b", None, "Bob", "2026:01:31 23:59:59"]))
         self.export("--date", "now", source, out)
         self.true("--date now", re.fullmatch(r"20\d\d:\d\d:\d\d \d\d:\d\d:\d\d", seen()[1][3] or ""))
-        self.export("--date", "2026-01-31 23:59:59", source, out, code=64)
+        for date in ("2026-01-31 23:59:59", "2026:13:45 99:99:99"):
+            self.export("--date", date, source, out, code=64)
+        # From places of 64 bits too, and what is left out has its note.
+        if self.has("tiffcp"):
+            photo.save(self.path("small.tif"), icc_profile=icc, tiffinfo=tiff)
+            self.run("tiffcp", "-8", "small.tif", "big.tif")
+            with open(self.path("big.tif"), "rb") as file:
+                self.same("a BigTIFF", file.read(4), b"II+\0")
+            said = self.export("--verify", self.path("big.tif"), out)
+            self.true("a BigTIFF's", seen() == (icc, ["A lake", "Ann", "Bob", None]))
+            self.true(f"its date: {said}", said.endswith("not carried over: the date\n"))
+        photo.save(self.path("profile.jp2"), icc_profile=icc)
+        photo.save(self.path("comment.jpg"), comment="hello")
+        photo.save(self.path("large.png"), icc_profile=icc + bytes(16 << 20))
+        for name, what in (("profile.jp2", "the ICC profile (it is not read in this format)"), ("comment.jpg", "comments"),
+                           ("large.png", "the ICC profile (it is damaged, or of more than 16 MiB)")):
+            said = self.export(self.path(name), out)
+            self.true(f"a note of {name}: {said}", said.endswith(f"not carried over: {what}\n"))
         for option in (("--icc", "drop"), ("--artist", "A"), ("--date", "now")):
             self.export("--as-is", *option, source, out, code=64)
         # What is told beforehand, and every page for itself.
@@ -388,6 +406,22 @@ class Documents(shared.Checks):
             with open(broken, "wb") as file:
                 file.write(before[:last + rest])
             self.export("-q", "--pages", broken, "-o", out, code=66)
+            self.export("--inspect", broken, code=66)
+        # Nor does one whose last directory links back to the first, with places of 32 or of 64 bits.
+        link = last + 2 + 12 * struct.unpack_from("<H", before, last)[0]
+        loops = [("loop", before[:link] + before[4:8] + before[link + 4:])]
+        if self.has("tiffcp"):
+            self.run("tiffcp", "-8", "first.tif", "big.tif")
+            with open(self.path("big.tif"), "rb") as file:
+                big = file.read()
+            first, = struct.unpack_from("<Q", big, 8)
+            end = first + 8 + 20 * struct.unpack_from("<Q", big, first)[0]
+            loops.append(("big", big[:end] + big[8:16] + big[end + 8:]))
+        for name, loop in loops:
+            with open(broken, "wb") as file:
+                file.write(loop)
+            said = self.export("-q", "--pages", broken, "-o", out, code=66)
+            self.true(f"a chain that comes back: {said}", name == "big" or "the directories link back to where they were" in said)
             self.export("--inspect", broken, code=66)
         with open(out, "rb") as file:
             self.true("the old file stays", file.read() == before)

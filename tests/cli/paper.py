@@ -157,7 +157,7 @@ class Paper(shared.Checks):
         self.export("--preset", "none", photo, out, code=64)
         listed = json.loads(self.run(self.program, "--json", "--list")[1])["presets"]
         self.true("--list has the options", {"name": "label", "about": listed[-1]["about"],
-                  "options": "--mode bilevel --compress t6 --threshold auto --dpi 203"} in listed)
+                  "options": "--mode bilevel --compress t6 --strips one --threshold auto --dpi 203"} in listed)
         for preset in listed:
             # A preset is what its options are.
             outs = []

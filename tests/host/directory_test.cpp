@@ -105,6 +105,19 @@ TEST(Directory, ReducedImagesAndMasksAreNoPages) {
   EXPECT_EQ(host::pagePlaces({}), Places{});
 }
 
+TEST(Directory, AChainThatComesBackEndsWithAPlaceThatIsNone) {
+  for (const bool little : {true, false}) {
+    Bytes file = sample(little);
+    file[little ? 58 : 61] = 8;
+    EXPECT_EQ(host::directoryPlaces(file), (std::vector<uint64_t>{8, host::kLinkBack}));
+    const host::Directory back = host::readDirectory(file, host::kLinkBack);
+    EXPECT_EQ(back.cut, "the directories link back to where they were");
+    EXPECT_TRUE(back.entries.empty());
+    file[little ? 58 : 61] = 77;
+    EXPECT_EQ(host::directoryPlaces(file), (std::vector<uint64_t>{8, 77}));  // outside
+  }
+}
+
 TEST(Directory, NamesEveryKindOfFault) {
   const auto faultsOf = [](const Bytes &file) {
     std::string all;

@@ -261,6 +261,17 @@ TEST(Options, NamesAreThoseOfTheTables) {
   EXPECT_EQ(words(choicesOf(host::OptionId::kPalette)), palettes);
 }
 
+TEST(Options, ADateIsADayThatThereIs) {
+  for (const char *good : {"2026:01:31 23:59:59", "2024:02:29 00:00:00"})
+    EXPECT_EQ(parse({"--date", good, "a", "b"}).date, good);
+  for (const char *bad :
+       {"2026:13:01 00:00:00", "2026:00:01 00:00:00", "2026:04:31 00:00:00", "2026:01:00 00:00:00",
+        "2025:02:29 00:00:00", "2026:01:01 24:00:00", "2026:01:01 00:60:00", "2026:01:01 00:00:60",
+        "2026-01-01 00:00:00", "2026:01:01"})
+    EXPECT_EQ(errorOf({"--date", bad, "a", "b"}),
+              "--date " + std::string(bad) + ": give now, or a date and time as 2026:01:31 23:59:59");
+}
+
 TEST(Options, APresetKeepsSilentAboutWhatIsGiven) {
   const Options fax = parse({"--preset", "fax-fine", "in.png", "out.tif"});
   EXPECT_EQ(fax.mode, RAXEL_MODE_BILEVEL);
@@ -273,6 +284,10 @@ TEST(Options, APresetKeepsSilentAboutWhatIsGiven) {
   EXPECT_EQ(own.compression, RAXEL_COMPRESS_T6);
   EXPECT_EQ(own.paper, int{host::kPaperLetter});
   EXPECT_EQ(own.mode, RAXEL_MODE_BILEVEL);
+  EXPECT_EQ(parse({"--preset", "label", "in.png", "out.tif"}).strips, RAXEL_STRIPS_ONE);
+  // Which is for fax codes alone.
+  EXPECT_EQ(parse({"--preset", "label", "-c", "packbits", "a", "b"}).strips, RAXEL_STRIPS_QUARTERS);
+  EXPECT_EQ(parse({"--preset", "label", "--layout", "tiles", "a", "b"}).strips, RAXEL_STRIPS_QUARTERS);
   const Options dots = parse({"--preset", "label", "--dither", "in.png", "out.tif"});
   EXPECT_EQ(dots.threshold, int{RAXEL_THRESHOLD_NONE});
   EXPECT_NE(errorOf({"--preset", "fax", "in.png", "out.tif"}).find("see --list"), std::string::npos);

@@ -72,6 +72,33 @@ TEST(Request, APaletteDecidesTheMode) {
   EXPECT_EQ(requestWith(0, options).palette, nullptr);
 }
 
+TEST(Request, TellsThatAnotherResolutionPrintsAtAnotherSize) {
+  const auto notesOf = [](double ownX, double ownY, const host::Options &options) {
+    Read read(24);
+    read.picture.dpiX = ownX;
+    read.picture.dpiY = ownY;
+    std::vector<std::string> notes;
+    requestOf(options, read, &notes);
+    return notes;
+  };
+  using Notes = std::vector<std::string>;
+  host::Options options;
+  EXPECT_EQ(notesOf(600, 600, options), Notes());
+  options.dpi = {203, 203};
+  // 600 / 203 = 2.9557
+  EXPECT_EQ(notesOf(600, 600, options),
+            (Notes{"at this resolution it prints 2.96 times as large as at its own; "
+                   "--size or --paper gives it a size"}));
+  EXPECT_EQ(notesOf(203, 406, options),
+            (Notes{"at this resolution it prints 1 by 2 times as large as at its own; "
+                   "--size or --paper gives it a size"}));
+  EXPECT_EQ(notesOf(203.2, 202.8, options), Notes());
+  EXPECT_EQ(notesOf(0, 0, options), Notes());
+  EXPECT_EQ(notesOf(1, 1, options), Notes());
+  options.size = host::SizeBox{2, 0, false};
+  EXPECT_EQ(notesOf(600, 600, options), Notes());
+}
+
 TEST(Request, TakesThePicturesResolutionWhereAFileCanHoldIt) {
   const auto dpiOf = [](double dpiX, double dpiY) {
     Read read(24);

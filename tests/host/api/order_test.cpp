@@ -212,9 +212,16 @@ TEST(HostOrder, TakesAPresetByItsName) {
     return fileOf(order);
   };
   const Bytes label = made({{"preset", "label"}});
-  EXPECT_EQ(label, made({{"mode", "bilevel"}, {"compress", "t6"}, {"threshold", "auto"}, {"dpi", "203"}}));
-  EXPECT_EQ(made({{"preset", "label"}, {"dpi", "300"}}),
-            made({{"dpi", "300"}, {"mode", "bilevel"}, {"compress", "t6"}, {"threshold", "auto"}}));
+  EXPECT_EQ(label, made({{"mode", "bilevel"},
+                         {"compress", "t6"},
+                         {"strips", "one"},
+                         {"threshold", "auto"},
+                         {"dpi", "203"}}));
+  EXPECT_EQ(made({{"preset", "label"}, {"dpi", "300"}}), made({{"dpi", "300"},
+                                                               {"mode", "bilevel"},
+                                                               {"compress", "t6"},
+                                                               {"strips", "one"},
+                                                               {"threshold", "auto"}}));
   const Bytes fax = made({{"preset", "fax-standard"}});
   EXPECT_EQ(support::readTiff(fax).width(), 1728u);
   EXPECT_EQ(support::readTiff(fax).compression(), 3u);
