@@ -91,7 +91,7 @@ TEST(Directory, ReducedImagesAndMasksAreNoPages) {
   }
   // BigTIFF: a page, and a reduced image of it at 52.
   Bytes big{'I', 'I', 43, 0, 8, 0, 0, 0, 16, 0, 0, 0, 0, 0, 0, 0};
-  for (const uint8_t kind : {0, 1}) {
+  for (const uint8_t kind : std::initializer_list<uint8_t>{0, 1}) {
     big.insert(big.end(),
                {1, 0, 0, 0, 0, 0, 0, 0, 254, 0, 4, 0, 1, 0, 0, 0, 0, 0, 0, 0, kind, 0, 0, 0, 0, 0, 0, 0});
     big.insert(big.end(), {static_cast<uint8_t>(kind == 0 ? 52 : 0), 0, 0, 0, 0, 0, 0, 0});
