@@ -326,12 +326,12 @@ class Documents(shared.Checks):
             with open(self.path("big.tif"), "rb") as file:
                 self.same("a BigTIFF", file.read(4), b"II+\0")
             said = self.export("--verify", self.path("big.tif"), out)
-            self.true("a BigTIFF's", seen() == (icc, ["A lake", "Ann", "Bob", None]))
+            # It copies no copyright.
+            self.same("a BigTIFF's", (seen()[0] == icc, seen()[1]), (True, ["A lake", "Ann", None, None]))
             self.true(f"its date: {said}", said.endswith("not carried over: the date\n"))
-        photo.save(self.path("profile.jp2"), icc_profile=icc)
         photo.save(self.path("comment.jpg"), comment="hello")
         photo.save(self.path("large.png"), icc_profile=icc + bytes(16 << 20))
-        for name, what in (("profile.jp2", "the ICC profile (it is not read in this format)"), ("comment.jpg", "comments"),
+        for name, what in (("comment.jpg", "comments"),
                            ("large.png", "the ICC profile (it is damaged, or of more than 16 MiB)")):
             said = self.export(self.path(name), out)
             self.true(f"a note of {name}: {said}", said.endswith(f"not carried over: {what}\n"))

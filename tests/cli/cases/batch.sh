@@ -4,7 +4,8 @@ mkdir to
 cp "$SAMPLES/chart4.png" "$SAMPLES/chart8.png" "$SAMPLES/ramp.png" .
 echo broken >broken.png
 for jobs in 1 3; do
-  code raxel-export -j $jobs -c lzw -d to chart4.png broken.png chart8.png ramp.png
+  code raxel-export -j $jobs -c lzw -d to chart4.png broken.png chart8.png ramp.png 2>said
+  sort said >&2  # several at work say it in any order
   ls -A to
   rm to/*
 done
