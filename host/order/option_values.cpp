@@ -113,10 +113,10 @@ std::array<uint8_t, 3> parseColor(const std::string &value) {
 
 // True for a day that there is and a time of it, in the format's own form.
 bool isDate(const std::string &text) {
-  const auto number = [&](size_t at, size_t digits) { return std::stoi(text.substr(at, digits)); };
-  const auto month = static_cast<unsigned>(number(5, 2)), day = static_cast<unsigned>(number(8, 2));
-  return (std::chrono::year(number(0, 4)) / month / day).ok() && number(11, 2) < 24 && number(14, 2) < 60 &&
-         number(17, 2) < 60;
+  const auto at = [&](size_t place, size_t digits) { return std::stoi(text.substr(place, digits)); };
+  const auto month = static_cast<unsigned>(at(5, 2)), day = static_cast<unsigned>(at(8, 2));
+  return (std::chrono::year(at(0, 4)) / month / day).ok() && at(11, 2) < 24 && at(14, 2) < 60 &&
+         at(17, 2) < 60;
 }
 
 // The format's own form; for now in local time.
