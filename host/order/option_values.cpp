@@ -114,8 +114,7 @@ std::array<uint8_t, 3> parseColor(const std::string &value) {
 // True for a day that there is and a time of it, in the format's own form.
 bool isDate(const std::string &text) {
   const auto at = [&](size_t place, size_t digits) { return std::stoi(text.substr(place, digits)); };
-  const auto month = static_cast<unsigned>(at(5, 2)), day = static_cast<unsigned>(at(8, 2));
-  return (std::chrono::year(at(0, 4)) / month / day).ok() && at(11, 2) < 24 && at(14, 2) < 60 &&
+  return (std::chrono::year(at(0, 4)) / at(5, 2) / at(8, 2)).ok() && at(11, 2) < 24 && at(14, 2) < 60 &&
          at(17, 2) < 60;
 }
 
