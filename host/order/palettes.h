@@ -12,7 +12,7 @@
 namespace host {
 
 // The seven colours of panels of coloured ink as their makers write them, in the order in which the panels
-// count them (Waveshare, 5.65inch e-Paper Module (F), specification and programs for it).
+// count them (Waveshare, 5.65inch e-Paper Module (F), its manual and the programs for it).
 inline constexpr auto kEink7 = std::to_array<Palette::value_type>({
     {0x00, 0x00, 0x00},  // black
     {0xFF, 0xFF, 0xFF},  // white
