@@ -14,7 +14,7 @@ namespace host {
 namespace {
 
 constexpr Wanted kPaletteFile{
-    "palette", "a palette in it", "is no palette: give a GIMP palette (.gpl), or a picture of few colors",
+    "palette", "a palette in it", "is no palette: give a GIMP palette (.gpl), or a picture of few colours",
     [](std::span<const uint8_t> bytes) { return beginsAsGimpPalette(bytes) || kPicture.mayBegin(bytes); },
     uint64_t{1} << 32};
 
@@ -36,7 +36,7 @@ Palette colorsOf(const Picture &picture, const Input &input) {
     for (size_t x = 0; x < source.width(); ++x) {
       if (!distinct.add(row + 3 * x, kMostColors))
         fail(input,
-             "has more than " + std::to_string(kMostColors) + " colors, which is too many for a palette");
+             "has more than " + std::to_string(kMostColors) + " colours, which is too many for a palette");
     }
   }
   return {distinct.colors().begin(), distinct.colors().end()};

@@ -63,7 +63,7 @@ void check(const RaxelHostPixels &p) {
   const bool wide = p.channelBytes == 2 && p.kind >= RAXEL_PIXELS_GREY && p.kind != RAXEL_PIXELS_INDEX;
   if (p.channelBytes != 1 && !wide) throw Unreadable("has channels of an unknown size");
   if (p.kind == RAXEL_PIXELS_INDEX && (!p.table || p.colors < 1 || p.colors > 256))
-    throw Unreadable("has indices and no table of 1 to 256 colors");
+    throw Unreadable("has indices and no table of 1 to 256 colours");
 }
 
 // Rows that are told one by one may lie as evenly as others.

@@ -60,13 +60,13 @@ Palette readGimpPalette(std::span<const uint8_t> bytes) {
     for (uint8_t &channel : color) {
       if (!takeChannel(line, channel))
         throw Unreadable("line " + std::to_string(number) +
-                         " is no color, which begins with red, green and blue from 0 to 255");
+                         " is no colour, which begins with red, green and blue from 0 to 255");
     }
     if (palette.size() == kMostColors)
-      throw Unreadable("has more than " + std::to_string(kMostColors) + " colors");
+      throw Unreadable("has more than " + std::to_string(kMostColors) + " colours");
     palette.push_back(color);
   }
-  if (palette.empty()) throw Unreadable("has no colors");
+  if (palette.empty()) throw Unreadable("has no colours");
   return palette;
 }
 

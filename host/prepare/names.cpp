@@ -66,7 +66,7 @@ constexpr std::array<const char *, RAXEL_HOST_CODES> kMessages{
     "what was written does not show the picture",
     "stopped before the picture was complete",
     "a predictor is for LZW in the modes grey256 and rgb",
-    "a palette is for the modes color16, with up to 16 colors, and color256",
+    "a palette is for the modes color16, with up to 16 colours, and color256",
 };
 
 constexpr std::array<const char *, RAXEL_NOTES> kNotes{

@@ -152,16 +152,16 @@ class Palettes(shared.Checks):
         ramp = Image.new("RGB", (257, 1))
         ramp.putdata([(min(v, 255), 0, v // 256) for v in range(257)])
         ramp.save(self.path("ramp.png"))
-        none = "is no palette: give a GIMP palette (.gpl), or a picture of few colors"
-        for name, why in (("cut.gpl", "line 3 is no color, which begins with red, green and blue from 0 to 255"),
-                          ("empty.gpl", "has no colors"), ("text.gpl", none), ("nothing.gpl", "is empty"),
-                          ("many.gpl", "has more than 256 colors"), ("/dev/zero", none),
-                          ("ramp.png", "has more than 256 colors, which is too many for a palette"),
+        none = "is no palette: give a GIMP palette (.gpl), or a picture of few colours"
+        for name, why in (("cut.gpl", "line 3 is no colour, which begins with red, green and blue from 0 to 255"),
+                          ("empty.gpl", "has no colours"), ("text.gpl", none), ("nothing.gpl", "is empty"),
+                          ("many.gpl", "has more than 256 colours"), ("/dev/zero", none),
+                          ("ramp.png", "has more than 256 colours, which is too many for a palette"),
                           (self.folder, "is a folder; name a palette in it"),
                           ("eink", "cannot be opened: No such file or directory; those with names are eink7 ega16 web216")):
             said = self.export("--palette", name, "plain.png", "none.tif", code=66)
             self.same(f"--palette {name}", said, f"raxel-export: {name}: {why}\n")
-        misfit = "plain.png: a palette is for the modes color16, with up to 16 colors, and color256: use --mode auto, or another --palette"
+        misfit = "plain.png: a palette is for the modes color16, with up to 16 colours, and color256: use --mode auto, or another --palette"
         for mode, name in (("rgb", "eink7"), ("bilevel", "eink7"), ("grey16", "ega16"), ("grey256", "ega16"), ("color8", "eink7"),
                            ("color16", "web216")):
             said = self.export("-m", mode, "--palette", name, "plain.png", "none.tif", code=64)

@@ -33,9 +33,9 @@ TEST(GimpPalette, HasTheColorsOfItsLines) {
 }
 
 TEST(GimpPalette, SaysWhatIsWrong) {
-  const std::string words = " is no color, which begins with red, green and blue from 0 to 255";
-  EXPECT_EQ(refusal("GIMP Palette\n"), "has no colors");
-  EXPECT_EQ(refusal("GIMP Palette\nName: empty\n#\n"), "has no colors");
+  const std::string words = " is no colour, which begins with red, green and blue from 0 to 255";
+  EXPECT_EQ(refusal("GIMP Palette\n"), "has no colours");
+  EXPECT_EQ(refusal("GIMP Palette\nName: empty\n#\n"), "has no colours");
   EXPECT_EQ(refusal("GIMP Palette\n0 0 256\n"), "line 2" + words);
   EXPECT_EQ(refusal("GIMP Palette\n#\n0 0 0\n0 -1 0\n"), "line 4" + words);
   EXPECT_EQ(refusal("GIMP Palette\n1 2"), "line 2" + words);
@@ -44,7 +44,7 @@ TEST(GimpPalette, SaysWhatIsWrong) {
   std::string many = "GIMP Palette\n";
   for (int i = 0; i < 256; ++i) many += "0 0 " + std::to_string(i) + "\n";
   EXPECT_EQ(gimp(many).size(), 256u);
-  EXPECT_EQ(refusal(many + "1 1 1\n"), "has more than 256 colors");
+  EXPECT_EQ(refusal(many + "1 1 1\n"), "has more than 256 colours");
   const auto begins = [](const std::string &text) {
     return host::beginsAsGimpPalette({reinterpret_cast<const uint8_t *>(text.data()), text.size()});
   };

@@ -113,7 +113,7 @@ TEST(HostExport, WritesTheColorsOfAPalette) {
   job.job.request.mode = RAXEL_MODE_RGB;
   EXPECT_EQ(job.run(), RAXEL_HOST_BAD_PALETTE);
   EXPECT_STREQ(job.result.message,
-               "a palette is for the modes color16, with up to 16 colors, and color256");
+               "a palette is for the modes color16, with up to 16 colours, and color256");
 }
 
 TEST(HostExport, WritesTextsAndAProfile) {

@@ -271,7 +271,7 @@ TEST(HostOrder, RefusesPicturesThatMakeNoSense) {
   pixels.channelBytes = 4;
   EXPECT_EQ(refusal(pixels), "picture 1: has channels of an unknown size");
   pixels = pixelsOf(kColors, RAXEL_PIXELS_INDEX, 3, 2, 1);
-  EXPECT_EQ(refusal(pixels), "picture 1: has indices and no table of 1 to 256 colors");
+  EXPECT_EQ(refusal(pixels), "picture 1: has indices and no table of 1 to 256 colours");
 }
 
 TEST(HostOrder, TellsWhyAFileCannotBeRead) {
