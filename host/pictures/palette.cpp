@@ -46,6 +46,7 @@ bool takeChannel(std::string_view &line, uint8_t &value) {
 
 bool beginsAsGimpPalette(std::span<const uint8_t> bytes) {
   std::string_view text(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);  // some editors mark UTF-8
   return takeLine(text) == kFirstLine;
 }
 

@@ -49,6 +49,8 @@ TEST(GimpPalette, SaysWhatIsWrong) {
     return host::beginsAsGimpPalette({reinterpret_cast<const uint8_t *>(text.data()), text.size()});
   };
   EXPECT_TRUE(begins("GIMP Palette"));
+  EXPECT_TRUE(begins("\xEF\xBB\xBFGIMP Palette\n1 2 3\n"));
+  EXPECT_EQ(gimp("\xEF\xBB\xBFGIMP Palette\n1 2 3\n"), (host::Palette{{1, 2, 3}}));
   EXPECT_FALSE(begins("GIMP Palettes\n"));
   EXPECT_FALSE(begins("JASC-PAL\n"));
 }
