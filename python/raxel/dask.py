@@ -12,6 +12,7 @@ takes one picture at a time: ``dask-worker --nthreads 1 --nworkers 8``.
 from __future__ import annotations
 
 import os
+from collections import Counter
 from typing import Any, Sequence, Union
 
 from ._file import Path, export_file
@@ -26,7 +27,7 @@ def targets_of(sources: Sequence[Path], folder: Path) -> list[str]:
     """The names that ``raxel-export -d`` would choose. Raises ValueError when two are the same."""
     names = [os.path.basename(os.fspath(source)) for source in sources]
     targets = [os.path.join(folder, (os.path.splitext(name)[0] or name) + ".tif") for name in names]
-    twice = {target for target in targets if targets.count(target) > 1} if len(set(targets)) < len(targets) else ()
+    twice = [target for target, count in Counter(targets).items() if count > 1]
     if twice:
         raise ValueError(f"two inputs would be written to {min(twice)}")
     return targets
