@@ -235,9 +235,8 @@ std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file) {
   return places;
 }
 
-std::vector<uint64_t> pagePlaces(std::span<const uint8_t> file) {
+std::vector<uint64_t> pagePlaces(std::span<const uint8_t> file, std::vector<uint64_t> places) {
   constexpr uint64_t kReduced = 1, kMask = 4;
-  std::vector<uint64_t> places = directoryPlaces(file);
   if (places.empty()) return places;
   const Bytes bytes(file, file[0] == 'I');
   const bool big = bytes.number(2, 2) == 43;

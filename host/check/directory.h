@@ -40,9 +40,9 @@ Directory readDirectory(std::span<const uint8_t> file, uint32_t at = 0);
 inline constexpr uint64_t kLinkBack = 1;  // in the header
 std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file);
 
-// Those of them that are pages: the first, and all others but reduced images and masks, as NewSubfileType
-// says, which is a directory's first entry.
-std::vector<uint64_t> pagePlaces(std::span<const uint8_t> file);
+// Those of these places that are pages: the first, and all others but reduced images and masks, as
+// NewSubfileType says, which is a directory's first entry.
+std::vector<uint64_t> pagePlaces(std::span<const uint8_t> file, std::vector<uint64_t> places);
 
 // Names for texts; "tag 65000" and "type 13" for unknown ones.
 std::string tagName(uint16_t tag);

@@ -21,8 +21,9 @@ Pages::Pages(const std::string &path) : input_(path) {
     count_ = gif_->count();
   }
   if (format != "TIFF" && format != "BigTIFF") return;
-  directories_ = pagePlaces(input_.bytes());
-  leavesOut_ = directories_.size() < directoryPlaces(input_.bytes()).size();
+  const std::vector<uint64_t> all = directoryPlaces(input_.bytes());
+  directories_ = pagePlaces(input_.bytes(), all);
+  leavesOut_ = directories_.size() < all.size();
   count_ = std::max(static_cast<uint32_t>(directories_.size()), 1u);
 }
 

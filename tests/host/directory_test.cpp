@@ -78,7 +78,7 @@ TEST(Directory, ReducedImagesAndMasksAreNoPages) {
       if (type != 3) put32(file, kinds[i], little);
       put32(file, i + 1 < kinds.size() ? static_cast<uint32_t>(file.size() + 4) : 0, little);
     }
-    return host::pagePlaces(file);
+    return host::pagePlaces(file, host::directoryPlaces(file));
   };
   using Places = std::vector<uint64_t>;
   for (const bool little : {true, false}) {
@@ -97,12 +97,12 @@ TEST(Directory, ReducedImagesAndMasksAreNoPages) {
     big.insert(big.end(), {static_cast<uint8_t>(kind == 0 ? 52 : 0), 0, 0, 0, 0, 0, 0, 0});
   }
   EXPECT_EQ(host::directoryPlaces(big), (Places{16, 52}));
-  EXPECT_EQ(host::pagePlaces(big), Places{16});
+  EXPECT_EQ(host::pagePlaces(big, host::directoryPlaces(big)), Places{16});
   // A place outside stays, so that reading fails there.
   Bytes cut = sample(true);
   cut[58] = 200;
-  EXPECT_EQ(host::pagePlaces(cut), (Places{8, 200}));
-  EXPECT_EQ(host::pagePlaces({}), Places{});
+  EXPECT_EQ(host::pagePlaces(cut, host::directoryPlaces(cut)), (Places{8, 200}));
+  EXPECT_EQ(host::pagePlaces({}, host::directoryPlaces({})), Places{});
 }
 
 TEST(Directory, AChainThatComesBackEndsWithAPlaceThatIsNone) {
