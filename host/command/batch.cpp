@@ -164,6 +164,7 @@ class Pool {
       if (pid > 0) stop::addChild(pid);
       if (pid == 0) {
         stop::forgetChildren();
+        stop::setLast();
         endWith(parent);
       }
     }
@@ -266,6 +267,7 @@ int exportAll(const Options &options) {
     while (pool.running() != 0) pool.waitForOne();
   } else {
     for (size_t i = 0; i < tasks.size(); ++i) {
+      if (i + 1 == tasks.size()) stop::setLast();
       Progress line(shownName(tasks[i].inputs.front().name), wantsLine(options));
       const Report report = exportOne(library, options, originals, tasks[i], line);
       outcome.exits[i] = report.exit;

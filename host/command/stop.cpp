@@ -23,6 +23,8 @@ namespace {
 std::array<char, PATH_MAX> temporary;
 std::array<char, PATH_MAX> input;
 std::atomic<bool> lineShown;
+bool last;
+std::atomic<bool> tooLate;
 constexpr size_t kMostChildren = 256;
 std::array<std::atomic<pid_t>, kMostChildren> children;
 
@@ -40,6 +42,7 @@ void cleanUp(int signal) {
 }
 
 extern "C" void stopNow(int signal) {
+  if (tooLate.exchange(false)) return;
   cleanUp(signal);
   say("raxel-export: stopped\n");
   _exit(128 + signal);  // 130 for Ctrl-C
@@ -60,6 +63,7 @@ constexpr std::array<int, 3> kStops{SIGINT, SIGTERM, SIGHUP};
 void install() {
   struct sigaction action {};
   action.sa_mask = stopSignals();
+  action.sa_flags = SA_RESTART;  // one that comes too late disturbs nothing
   action.sa_handler = stopNow;
   for (int signal : kStops) {
     // A hang-up that the caller chose to ignore (nohup) stays ignored.
@@ -79,6 +83,11 @@ void setTemporary(const std::string &path) {
   const Hold hold;
   temporary.fill('\0');
   if (path.size() < temporary.size()) std::memcpy(temporary.data(), path.data(), path.size());
+  tooLate.store(last && path.empty());
+}
+
+void setLast() {
+  last = true;
 }
 
 void setInput(const std::string &file) {

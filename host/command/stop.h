@@ -18,6 +18,10 @@ void install();
 // The file to remove when a signal comes; empty for none. Longer names than a path may have are cut off.
 void setTemporary(const std::string &path);
 
+// The next temporary is that of the last file: once it has the file's name, a stop comes too late, and what
+// is left of the reports is written. Who asks again ends that, too.
+void setLast();
+
 // The input that is being read, for the message when somebody cuts it short; empty for none.
 void setInput(const std::string &name);
 

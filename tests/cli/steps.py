@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Kills the command, and fails it, at each of the system calls by which it makes a file of fifty pages.
+"""Kills the command, stops it, and fails it, at each of the system calls by which it makes a file of fifty pages.
 
     steps.py --build FOLDER --source FOLDER [--all]
 
@@ -101,6 +101,28 @@ class Steps(Replaced):
         self.check("kills: none has left a temporary", left_behind > 0)
         return f"{left_behind} temporaries were swept"
 
+    def stops(self, steps):
+        """Ctrl-C at the last steps: up to the rename the old file stays; with it the new one is there, and that is said."""
+        tried = 0
+        for step in steps[-12:]:
+            if step.name not in ("pwrite64", "fsync", "rename"):
+                continue
+            self.put_old()
+            process = self.injected(step, f"signal=INT:when={step.number}")
+            late = step.name == "rename"
+            tried += 1
+            self.check(f"stop at {step}: the exit code", process.end() == (0 if late else 130), process)
+            self.check(f"stop at {step}: the file", self.content() == (self.whole if late else self.old), process)
+            self.check(f"stop at {step}: a temporary is left", not self.strays(), self.strays())
+        # With another file to come it is in time.
+        two = [os.path.join(self.folder, "two"), *self.job[:2]]
+        os.makedirs(two[0])
+        process = Run(["strace", "-f", "-qq", "-o", os.path.join(self.folder, "calls"), "-e", "trace=rename", "-e",
+                       "inject=rename:signal=INT:when=1", self.program, "-q", "-d", *two], env=self.environment)
+        self.check("stop at the first of two files: the exit code", process.end() == 130, process)
+        self.check("stop at the first of two files: what there is", os.listdir(two[0]) == ["page00.tif"], os.listdir(two[0]))
+        return f"{tried} stops"
+
     def faults_at(self, steps):
         """Each call fails once, or from then on."""
         wanted = {
@@ -145,7 +167,7 @@ def main():
     with tempfile.TemporaryDirectory(prefix="raxel-steps-") as folder:
         tried = Steps(program, folder, everything)
         steps = tried.steps()
-        print(f"{len(steps)} steps, {len(tried.chosen(steps))} of them tried; {tried.kills(steps)}; {tried.faults_at(steps)}")
+        print(f"{len(steps)} steps, {len(tried.chosen(steps))} of them tried; {tried.kills(steps)}; {tried.stops(steps)}; {tried.faults_at(steps)}")
     return shared.tell(tried.faults, f"steps: {tried.checks - len(tried.faults)} passed, {len(tried.faults)} failed")
 
 
