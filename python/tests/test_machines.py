@@ -42,15 +42,16 @@ def folder(tmp_path: Path, photo: Array) -> Path:
     return scans
 
 
-def alone(folder: Path, *options: str) -> dict[str, bytes]:
+def alone(folder: Path, *options: str) -> dict[str, str]:
     """What one process makes of it."""
     target = folder.parent / "alone"
     subprocess.run([EXPORT, *options, "-d", target, *sorted(folder.iterdir())], check=True)
-    return {path.name: path.read_bytes() for path in target.iterdir()}
+    return tiffs(target)
 
 
-def tiffs(target: Path) -> dict[str, bytes]:
-    return {path.name: path.read_bytes() for path in target.glob("*.tif")}
+def tiffs(target: Path) -> dict[str, str]:
+    """The digests of the files."""
+    return {path.name: hashlib.sha256(path.read_bytes()).hexdigest() for path in target.glob("*.tif")}
 
 
 def lines(manifest: Path) -> list[dict[str, Any]]:
@@ -209,7 +210,8 @@ def desk(folder: Path, tmp_path: Path) -> dict[str, str]:
     ssh.chmod(ssh.stat().st_mode | stat.S_IXUSR)
     (tmp_path / "tiffs").mkdir()
     path = str(Path(EXPORT).parent) + ":" + os.environ["PATH"]
-    return {**os.environ, "PATH": path, "PARALLEL_SSH": str(ssh), "HOME": str(tmp_path), "LC_ALL": "C.UTF-8"}
+    login = {"HOME": str(tmp_path), "SHELL": "/bin/sh", "LC_ALL": "C.UTF-8"}  # without a shell GNU parallel does nothing
+    return {**os.environ, "PATH": path, "PARALLEL_SSH": str(ssh), **login}
 
 
 def run(command: str, folder: Path, environment: dict[str, str]) -> None:
