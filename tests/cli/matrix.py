@@ -100,6 +100,8 @@ class Matrix:
         self.libtiff = readers.LibTiff()
         self.others = readers.independent() | readers.resting()
         self.programs = readers.Programs()
+        # With the sanitizers the same bytes come: there what counts is that they come quietly.
+        self.sanitized = shared.sanitized(self.program)
         self.files = self.failed = 0
 
     def export(self, options, inputs):
@@ -137,6 +139,8 @@ class Matrix:
 
     def check_programs(self, what, expected):
         """The same with programs; `expected` is a path to a picture."""
+        if self.sanitized:
+            return
         for name, path, seen in self.programs(list(expected)):
             title = f"{os.path.basename(path)}, {what} in {name}"
             if isinstance(seen, str):
@@ -148,7 +152,7 @@ class Matrix:
         for number, mode in enumerate(MODES):
             rng = random.Random(mode)
             inputs, expected = [], {}
-            for width in range(1, 71):
+            for width in range(1, 71, 3 if self.sanitized else 1):
                 height = rng.choice((1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 13, 16, 27, 31, 40, 55, 63, 64, 65, 70))
                 rgb = picture(width, height, palette(mode, rng), rng)
                 path = os.path.join(self.folder, f"{mode}-{width}.pnm")

@@ -274,7 +274,7 @@ class RandomHost {
 
 TEST(RandomHost, NeverLeavesTheDriversBlocks) {
 #if defined(__SANITIZE_ADDRESS__)
-  const size_t records = 1000000;  // here every access is checked, so here it counts
+  const size_t records = support::cases(2500000);  // here every access is checked, so here it counts
 #else
   const size_t records = support::cases(300000);
 #endif

@@ -10,7 +10,7 @@ namespace support {
 
 inline size_t cases(size_t full) {
 #if defined(__SANITIZE_ADDRESS__)
-  size_t percent = 25;
+  size_t percent = 10;
 #elif defined(__powerpc__) || defined(__i386__)
   size_t percent = 5;
 #else
@@ -19,6 +19,11 @@ inline size_t cases(size_t full) {
   if (const char *wanted = std::getenv("RAXEL_CASES")) percent = std::strtoul(wanted, nullptr, 10);
   const size_t n = full * percent / 100;
   return n == 0 ? 1 : n;
+}
+
+// Whether a case of many is tried: of a hundred as many as `cases` leaves, spread over all of them.
+inline bool isTurn(size_t number) {
+  return number * cases(100) % 100 < cases(100);
 }
 
 }  // namespace support
