@@ -27,10 +27,7 @@ int32_t listen(HostWord context, HostWord a, HostWord, HostWord, HostWord percen
   return listener->untilRefusal > 0 && --listener->untilRefusal == 0 ? 1 : 0;
 }
 
-template <typename T, size_t N>
-T oneOf(fuzz::Input &input, const T (&choices)[N]) {
-  return choices[input.byte() % N];
-}
+using fuzz::oneOf;
 
 // Option codes that exist, and some that do not. Sizes stay small: half an inch at most.
 void settle(fuzz::Input &input, RasterSetup &setup) {

@@ -25,6 +25,12 @@ class Input {
     const unsigned high = byte();
     return static_cast<uint16_t>(high << 8 | byte());
   }
+  uint32_t quad() {
+    const uint32_t high = word();
+    return high << 16 | word();
+  }
+  // Now and then: once in so many bytes.
+  bool once(unsigned in) { return byte() % in == in - 1; }
   // A number from low to high, both included; spans of up to 65536 numbers.
   uint32_t between(uint32_t low, uint32_t high) { return low + word() % (high - low + 1); }
 
@@ -42,6 +48,30 @@ class Input {
  private:
   const uint8_t *data_;
   size_t left_;
+};
+
+template <typename T, size_t N>
+T oneOf(Input &input, const T (&choices)[N]) {
+  return choices[input.byte() % N];
+}
+
+// Bytes in a place of exactly their size, so that one byte too far is noticed, at an even address or an odd
+// one.
+class Exact {
+ public:
+  explicit Exact(size_t size, bool odd = false) : start_(new uint8_t[size + odd]), at_(start_ + odd) {}
+  explicit Exact(const std::vector<uint8_t> &bytes, bool odd = false) : Exact(bytes.size(), odd) {
+    std::copy(bytes.begin(), bytes.end(), at_);
+  }
+  ~Exact() { delete[] start_; }
+  Exact(const Exact &) = delete;
+  Exact &operator=(const Exact &) = delete;
+
+  uint8_t *data() const { return at_; }
+
+ private:
+  uint8_t *start_;
+  uint8_t *at_;
 };
 
 // A finding of the target's own, beside those of the sanitizers.
