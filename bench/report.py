@@ -50,9 +50,10 @@ def machine(wanted, folder):
     versions = ", ".join([
         re.search(r"LIBTIFF, Version [0-9.]+", said("tiffinfo", "-h")).group().replace("LIBTIFF, Version", "libtiff"),
         "ImageMagick " + said("convert", "--version").split()[2],
-        " ".join(said("gm", "version").split()[:2]), said("vips", "--version").split("-")[0].replace("vips ", "libvips ")])
+        " ".join(said("gm", "version").split()[:2]), "libvips " + said("vips", "--version").split("-")[1]])
     load = os.getloadavg()[0]
-    return [f"All of it in one run: {model}, {os.cpu_count()} cores, load {load:.1f} at its end, files in "
+    said_of = "These tables" if wanted.only else "All of it"
+    return [f"{said_of} in one run: {model}, {os.cpu_count()} cores, load {load:.1f} at its end, files in "
             f"`{wanted.folder}`; {versions}."]
 
 

@@ -27,9 +27,8 @@ set_source_files_properties(filter/open.cpp PROPERTIES
   COMPILE_DEFINITIONS RAXEL_FILTER_FROM_PROGRAM="${RAXEL_FILTER_FROM_PROGRAM}")
 # GCC 12 sees overlaps in the concatenation of strings where there are none (its bug 105651).
 target_compile_options(raxelhost_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
-# Large header libraries, used where nobody waits, are not worth the optimiser's time.
 set_source_files_properties(check/inspect.cpp order/manifest.cpp order/manifest_lines.cpp order/option_list.cpp
-  order/option_values.cpp order/report.cpp PROPERTIES COMPILE_OPTIONS $<IF:$<BOOL:${RAXEL_SANITIZE}>,-O0,-O1>)
+  order/option_values.cpp order/report.cpp PROPERTIES COMPILE_OPTIONS "${RAXEL_LARGE_HEADERS}")
 raxel_several_at_once(raxelhost_objects 8)
 target_link_libraries(raxelhost_objects
   PRIVATE raxel_warnings PUBLIC raxel_numbers nlohmann_json::nlohmann_json ${CMAKE_DL_LIBS})

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "command/cores.h"
 
+#include <sched.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
@@ -25,6 +27,12 @@ unsigned heldByEnvironment() {
 
 }  // namespace
 
+unsigned usableCores() {
+  cpu_set_t cores;
+  if (sched_getaffinity(0, sizeof cores, &cores) == 0) return static_cast<unsigned>(CPU_COUNT(&cores));
+  return std::thread::hardware_concurrency();  // there are more than the set has room for
+}
+
 unsigned coresEach(unsigned cores, unsigned threads, unsigned jobs, unsigned held) {
   const unsigned shared = threads != 0 ? threads : std::max(cores, 1u);
   const unsigned each = std::max(shared / std::max(jobs, 1u), 1u);
@@ -33,7 +41,7 @@ unsigned coresEach(unsigned cores, unsigned threads, unsigned jobs, unsigned hel
 
 void shareCores(unsigned threads, unsigned jobs) {
   if (threads == 0 && jobs < 2) return;
-  const unsigned each = coresEach(std::thread::hardware_concurrency(), threads, jobs, heldByEnvironment());
+  const unsigned each = coresEach(usableCores(), threads, jobs, heldByEnvironment());
   setenv(kVariable, std::to_string(each).c_str(), 1);
 }
 

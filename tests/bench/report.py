@@ -89,7 +89,7 @@ def main():
              "who saves from Python")
         must(column(made["small"]), ["`raxel-export -j 2 -d`", "`xargs -P2 ppm2tiff`"], "rows of small pictures")
         must(column(made["quantizers"]), ["portrait", "chart", "portrait, ms"], "pictures to be reduced")
-        must(made["machine"][0].startswith("All of it in one run: "), True, "the sentence about the machine")
+        must(made["machine"][0].startswith("These tables in one run: "), True, "the sentence about the machine")
         for name in ("growth", "quantizers"):
             must(sum(f"]({name}.svg)" in line for line in made[name]), 1, f"links to {name}.svg")
             with open(os.path.join(folder, f"{name}.svg"), encoding="utf-8") as plot:

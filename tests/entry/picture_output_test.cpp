@@ -10,6 +10,7 @@
 #include "raxel/stream.h"
 #include "raxel/tiff.h"
 #include "support/stream_procedure.h"
+#include "support/threads.h"
 #include "support/tiff_reader.h"
 
 namespace {
@@ -271,6 +272,61 @@ TEST_F(PictureOutput, AReportThatDestroysTheSetupEndsThePicture) {
   EXPECT_EQ(output(5, 6), RAXEL_NO_MEMORY);
   EXPECT_EQ(picture_.ops,
             (std::vector<HostWord>{RAXEL_DRAW_QUERY, RAXEL_DRAW_OPEN, RAXEL_DRAW_BAND, RAXEL_DRAW_CLOSE}));
+}
+
+// ---- Strips that are coded side by side
+
+struct Coded {
+  int32_t mode, compression;
+};
+constexpr Coded kCoded[] = {{RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_LZW},
+                            {RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T6}};
+
+TEST_F(PictureOutput, ThreadsChangeNothingThatAHostSees) {
+  for (const auto &[mode, compression] : kCoded) {
+    host_.settings().nBitmapMode = mode;
+    host_.settings().nCompressionMode = compression;
+    picture_.bandRows = 50;
+    struct Seen {
+      std::vector<uint32_t> percents;
+      std::string calls;
+      Bytes file;
+      std::vector<HostWord> ops;
+      bool operator==(const Seen &) const = default;
+    };
+    std::vector<Seen> seen;
+    for (const uint32_t threads : {1u, 8u}) {
+      const support::Threads forced(threads);
+      host_.status.calls.clear();
+      stream_.clearLog();
+      stream_.bytes().clear();
+      picture_.ops.clear();
+      EXPECT_EQ(output(301, 150), 0);
+      seen.push_back({host_.status.percents(), stream_.log(), stream_.bytes(), picture_.ops});
+    }
+    EXPECT_EQ(seen[0].percents, (std::vector<uint32_t>{33, 66, 100}));
+    EXPECT_TRUE(seen[0] == seen[1]) << mode;
+  }
+}
+
+TEST_F(PictureOutput, ADestroyedSetupEndsThePictureOnManyThreadsToo) {
+  const support::Threads forced(8);
+  for (const auto &[mode, compression] : kCoded) {
+    ExportHost host;
+    host.settings().nBitmapMode = mode;
+    host.settings().nCompressionMode = compression;
+    lpRaster = &host.settings();
+    keepRecord_ = true;
+    picture_.bandRows = 50;
+    size_t bands = 0;
+    picture_.action = [&](HostWord op) {
+      if (op != RAXEL_DRAW_BAND || ++bands < 2) return;  // strips of the first have been coded
+      DestroySetup(host.setup());
+      host.forgetSetup();
+    };
+    EXPECT_EQ(output(301, 150), RAXEL_NO_MEMORY) << mode;
+    EXPECT_EQ(bands, 2u);
+  }
 }
 
 // ---- Streams that fail

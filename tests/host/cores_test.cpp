@@ -3,6 +3,7 @@
 #include "command/cores.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
 
 #include <cstdlib>
 
@@ -40,6 +41,19 @@ TEST(Cores, AreToldThroughTheEnvironment) {
   host::shareCores(5, 1);
   EXPECT_STREQ(std::getenv("RAXEL_THREADS"), "5");
   unsetenv("RAXEL_THREADS");
+}
+
+TEST(Cores, AreThoseThatTheProcessMayUse) {
+  cpu_set_t before, one;
+  ASSERT_EQ(sched_getaffinity(0, sizeof before, &before), 0);
+  EXPECT_EQ(host::usableCores(), static_cast<unsigned>(CPU_COUNT(&before)));
+  CPU_ZERO(&one);
+  for (size_t core = 0; CPU_COUNT(&one) == 0; ++core) {
+    if (CPU_ISSET(core, &before)) CPU_SET(core, &one);
+  }
+  ASSERT_EQ(sched_setaffinity(0, sizeof one, &one), 0);
+  EXPECT_EQ(host::usableCores(), 1u);
+  ASSERT_EQ(sched_setaffinity(0, sizeof before, &before), 0);
 }
 
 }  // namespace
