@@ -20,11 +20,12 @@
 namespace host {
 namespace {
 
-// A new locked file; -1 with errno set when none could be made.
-int createSlot(const std::string &path, std::string &name) {
+// A new locked file with these permissions, less those that the user's mask takes away; -1 with errno set
+// when none could be made.
+int createSlot(const std::string &path, mode_t mode, std::string &name) {
   for (int slot = 0; slot < kSlots; ++slot) {
     name = slotName(path, slot);
-    const int fd = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int fd = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (fd < 0 && errno == EEXIST) continue;
     if (fd < 0) return -1;
     if (lockTemporary(fd, name) != Lock::kTheirs) return fd;
@@ -135,7 +136,8 @@ Target::Target(const std::string &path, const TargetRules &rules) : name_(path),
   if (!exists && lstat(path_.c_str(), &about) != 0 && errno == ENAMETOOLONG) {
     failCreate(name_, ENAMETOOLONG);
   }
-  makeTemporary();
+  // What replaces a file is nobody else's to read until it has that file's rights.
+  makeTemporary(exists ? 0600 : 0666);
   replaces_ = exists;
   if (exists) {
     // The new file takes the old one's place with its rights; who may not give files away keeps his own.
@@ -145,10 +147,10 @@ Target::Target(const std::string &path, const TargetRules &rules) : name_(path),
   sink_ = std::make_unique<Sink>(fd_);
 }
 
-void Target::makeTemporary() {
+void Target::makeTemporary(mode_t mode) {
   removeStrays(path_);
   const Hold hold;  // no signal between making the file and knowing of it
-  fd_ = createSlot(path_, temporary_);
+  fd_ = createSlot(path_, mode, temporary_);
   if (fd_ < 0) {
     const int error = errno;
     temporary_.clear();

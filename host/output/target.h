@@ -2,6 +2,8 @@
 // The output: a temporary file beside the one asked for, which takes its place only when it is whole.
 #pragma once
 
+#include <sys/types.h>
+
 #include <memory>
 #include <span>
 #include <string>
@@ -46,7 +48,7 @@ class Target {
   void commit();
 
  private:
-  void makeTemporary();
+  void makeTemporary(mode_t mode);
   int sync() const;  // an errno
   void tellTemporary(const char *name) const;
   [[noreturn]] void failWrite(int error) const;

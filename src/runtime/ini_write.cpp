@@ -40,32 +40,35 @@ bool findProfile(Profile &profile, const char *name) {
   return false;
 }
 
+// A private file in /tmp that has no name any more, so that whatever becomes of this process, nothing of it
+// is left. Returns its stream, or 0.
+Handle openCopy() {
+  char name[kTempNameRoom];
+  if (KVLGetTempFileName(0, "", 0, name) == 0 || !createPrivate(name)) return 0;
+  const Handle copy = kvlOpen(name, nullptr, KVL_OUTPUT);
+  unlink(name);
+  return copy;
+}
+
 // Writes the changed copy. Returns whether it is whole and worth installing.
-bool writeCopy(const Profile &profile, const char *path, const Edit &edit) {
-  const Handle copy = kvlOpen(path, nullptr, KVL_OUTPUT);
-  if (copy == 0) return false;
+bool writeCopy(const Profile &profile, Handle copy, const Edit &edit) {
   if (profile.stream != 0) kvlSetLineFormat(copy, kvlGetLineFormat(profile.stream));
   const bool hasSection = copyEdited(profile.stream, copy, edit);
-  bool whole = streamOf(copy)->nError == 0;
-  whole = kvlClose(copy) == 0 && whole;
+  const bool whole = FlushKvlIO(copy) >= 0 && streamOf(copy)->nError == 0;
   // A read that failed ends a profile as its end does, but must not cut it.
   if (profile.stream != 0) return whole && streamOf(profile.stream)->nError == 0;
   return whole && hasSection;
 }
 
 void rewrite(const char *name, const Edit &edit) {
-  char copy[kTempNameRoom];
   Profile profile = {};
   if (!findProfile(profile, name)) return;
-  if (KVLGetTempFileName(0, "", 0, copy) != 0 && createPrivate(copy)) {
-    const bool isWhole = writeCopy(profile, copy, edit);
-    INIclose(profile.stream);
-    const bool isNew = profile.stream == 0;
-    if (isWhole) replaceFile(profile.path, copy, isNew ? nullptr : &profile.status);
-    unlink(copy);
-  } else {
-    INIclose(profile.stream);
-  }
+  const bool isNew = profile.stream == 0;
+  const Handle copy = openCopy();
+  const bool isWhole = copy != 0 && writeCopy(profile, copy, edit);
+  INIclose(profile.stream);
+  if (isWhole) replaceFile(profile.path, fileno(streamOf(copy)->fp), isNew ? nullptr : &profile.status);
+  INIclose(copy);
 }
 
 }  // namespace

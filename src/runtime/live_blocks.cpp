@@ -101,4 +101,9 @@ Handle blockWithData(const void *data) {
   return table.used != 0 && data != nullptr && table.slots[find(handle)] != 0 ? handle : 0;
 }
 
+size_t countBlocks() {
+  const Alone alone;
+  return table.used;
+}
+
 }  // namespace runtime

@@ -6,6 +6,8 @@
 // so the allocator notes every block that it makes, and forgets it when it goes.
 #pragma once
 
+#include <cstddef>
+
 #include "raxel/types.h"
 
 namespace runtime {
@@ -15,5 +17,8 @@ void forgetBlock(Handle handle);
 
 // The block whose data begin at this address; 0 when it is none of ours, or has gone.
 Handle blockWithData(const void *data);
+
+// How many there are: what is left over when all is done has leaked.
+size_t countBlocks();
 
 }  // namespace runtime

@@ -22,6 +22,11 @@ bool copyText(std::span<char> to, const char *text) {
   return n == length;
 }
 
+size_t folderLength(const char *path) {
+  const char *slash = std::strrchr(path, '/');
+  return slash == nullptr ? 0 : static_cast<size_t>(slash - path) + 1;
+}
+
 const char *fileNameOf(const char *path) {
   for (const char separator : {'\\', '/', ':'}) {
     if (const char *last = std::strrchr(path, separator)) return last + 1;

@@ -14,6 +14,9 @@ constexpr size_t kTempNameRoom = 144;  // what KVLGetTempFileName may fill, zero
 // the text is read than has room.
 bool copyText(std::span<char> to, const char *text);
 
+// The length of a path's folder, with its last slash; 0 for a bare name.
+size_t folderLength(const char *path);
+
 // What follows the last backslash, or failing that the last slash, or failing that the last colon.
 const char *fileNameOf(const char *path);
 

@@ -9,20 +9,16 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <span>
 
 #include "runtime/names.h"
+#include "runtime/temporary.h"
 
 namespace runtime {
 
 namespace {
 
 constexpr int kMaxLinks = 40;  // as many as the system itself follows
-
-// The length of a path's folder, with its last slash; 0 for a bare name.
-size_t folderLength(const char *path) {
-  const char *slash = std::strrchr(path, '/');
-  return slash == nullptr ? 0 : static_cast<size_t>(slash - path) + 1;
-}
 
 // Replaces a path by what it leads to, through every link. Returns whether the result fits.
 bool followLinks(std::span<char> path) {
@@ -37,18 +33,6 @@ bool followLinks(std::span<char> path) {
   return false;
 }
 
-// Creates a file with a name of its own in a path's folder. Returns its descriptor, or -1.
-int createBeside(std::span<char> beside, const char *path, mode_t mode) {
-  if (!copyText(beside, path)) return -1;
-  const size_t folder = folderLength(path);
-  for (int attempt = 0; attempt < 16; ++attempt) {
-    if (!copyText(beside.subspan(folder), ".raxel-") || !appendRandomName(beside)) return -1;
-    const int fd = open(beside.data(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-    if (fd >= 0 || errno != EEXIST) return fd;
-  }
-  return -1;
-}
-
 bool writeAll(int fd, std::span<const uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t n = write(fd, bytes.data(), bytes.size());
@@ -61,20 +45,13 @@ bool writeAll(int fd, std::span<const uint8_t> bytes) {
 
 bool copyBytes(int to, int from) {
   uint8_t block[4096];
-  for (;;) {
-    const ssize_t n = read(from, block, sizeof block);
+  for (off_t done = 0;;) {
+    const ssize_t n = pread(from, block, sizeof block, done);
     if (n < 0 && errno == EINTR) continue;
     if (n <= 0) return n == 0;
     if (!writeAll(to, {block, static_cast<size_t>(n)})) return false;
+    done += n;
   }
-}
-
-bool copyFrom(int to, const char *source) {
-  const int from = open(source, O_RDONLY | O_CLOEXEC);
-  if (from < 0) return false;
-  const bool copied = copyBytes(to, from);
-  close(from);
-  return copied;
 }
 
 // Gives a new file the owner and the permissions of the old one. Only a privileged process can give
@@ -114,21 +91,17 @@ bool createPrivate(const char *path) {
   return true;
 }
 
-bool replaceFile(const char *path, const char *source, const struct stat *old) {
+bool replaceFile(const char *path, int source, const struct stat *old) {
   char target[PATH_MAX];
-  char beside[PATH_MAX];
   if (!copyText(target, path) || !followLinks(target)) return false;
-  const mode_t mode = old == nullptr ? 0666 : old->st_mode & 0777;
-  const int fd = createBeside(beside, target, mode);
-  if (fd < 0) return false;
-  bool done = copyFrom(fd, source) && (old == nullptr || takeOver(fd, *old)) && fsync(fd) == 0;
-  done = close(fd) == 0 && done;
-  done = done && rename(beside, target) == 0;
-  if (done) {
-    syncFolder(target);
-  } else {
-    unlink(beside);
-  }
+  // What replaces a file is nobody else's to read until it has the old one's owner and permissions.
+  Temporary copy;
+  if (!makeTemporary(copy, target, old == nullptr ? 0666 : 0600)) return false;
+  const bool done = copyBytes(copy.fd, source) && (old == nullptr || takeOver(copy.fd, *old)) &&
+                    fsync(copy.fd) == 0 && rename(copy.path, target) == 0;
+  if (!done) unlink(copy.path);
+  close(copy.fd);
+  if (done) syncFolder(target);
   return done;
 }
 

@@ -4,8 +4,6 @@
 
 #include <sys/stat.h>
 
-#include <span>
-
 namespace runtime {
 
 // Whether nothing is at a path, or only a link that leads to nothing.
@@ -14,10 +12,10 @@ bool isAbsent(const char *path);
 // Makes an empty file that was not there before, for this user alone. Returns whether it could.
 bool createPrivate(const char *path);
 
-// Puts a copy of `source` in the place of `path`: the copy is made beside the file that the path
-// leads to (through links), brought to the disk, and renamed over it. `old` describes the file that
-// is replaced, whose owner and permissions are kept, or is null when there is none. Returns whether
-// it was done; if not, the old file is still there.
-bool replaceFile(const char *path, const char *source, const struct stat *old);
+// Puts a copy of all bytes of the open file `source` in the place of `path`: the copy is made beside the
+// file that the path leads to (through links), brought to the disk, and renamed over it. `old` describes
+// the file that is replaced, whose owner and permissions are kept, or is null when there is none. Returns
+// whether it was done; if not, the old file is still there.
+bool replaceFile(const char *path, int source, const struct stat *old);
 
 }  // namespace runtime

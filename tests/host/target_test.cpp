@@ -107,6 +107,41 @@ TEST(Target, LeavesNothingBehindWhenGivenUp) {
   EXPECT_EQ(filesIn(folder.path()), 1u);
 }
 
+TEST(Target, PlantedNamesAreNeitherFollowedNorTouched) {
+  const support::TempDir folder;
+  const std::string path = folder.file("a.tif"), victim = folder.file("victim");
+  support::writeFile(victim, "mine");
+  ASSERT_EQ(symlink("victim", folder.file(".a.tif.raxel-0").c_str()), 0);
+  std::filesystem::create_directory(folder.file(".a.tif.raxel-1"));
+  {
+    Target target(path, {});
+    write(target, "new");
+    target.commit();
+  }
+  EXPECT_EQ(support::readText(path), "new");
+  EXPECT_FALSE(std::filesystem::is_symlink(path));
+  EXPECT_EQ(support::readText(victim), "mine");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.file(".a.tif.raxel-0")));
+  EXPECT_TRUE(std::filesystem::is_directory(folder.file(".a.tif.raxel-1")));
+}
+
+TEST(Target, ATemporaryIsPrivateUntilItHasTheOldFilesRights) {
+  const support::TempDir folder;
+  const std::string path = folder.file("a.tif");
+  support::writeFile(path, kOldFile);
+  ASSERT_EQ(chmod(path.c_str(), 0666), 0);
+  struct stat made = {};
+  host::TargetRules rules;
+  rules.context = &made;
+  rules.temporary = [](void *context, const char *name) {
+    if (name) stat(name, static_cast<struct stat *>(context));
+  };
+  Target(path, rules).commit();
+  EXPECT_EQ(made.st_mode & 07777, 0600u) << "while it is made";
+  ASSERT_EQ(stat(path.c_str(), &made), 0);
+  EXPECT_EQ(made.st_mode & 07777, 0666u) << "in the end";
+}
+
 TEST(Target, RemovesTheStrayOfAKilledExportButNotALivingOnes) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif"), stray = folder.file(".a.tif.raxel-0"),

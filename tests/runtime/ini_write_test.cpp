@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Rewriting profiles: what changes, what stays, and that the old profile is never lost.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -12,6 +14,7 @@
 #include "raxel/stream.h"
 #include "runtime/file_limit.h"
 #include "support/cases.h"
+#include "support/disk.h"
 #include "support/environment.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
@@ -270,6 +273,122 @@ TEST_F(Rewrite, AnUnreadableProfileUnderTheFolderIsNotShadowed) {
   EXPECT_EQ(WritePrivateProfileString("s", "k", "9", "p"), 0);
   std::filesystem::current_path(before);
   EXPECT_EQ(filesBeside(), 1u);
+}
+
+// ---- The copy beside the profile ----------------------------------------------------------------------
+
+TEST_F(Rewrite, WhatADeadProcessLeftIsSwept) {
+  support::writeFile(dir.file(".p.ini.raxel-0"), "half");
+  support::writeFile(dir.file(".p.ini.raxel-9"), "half");
+  for (const char *other : {".q.ini.raxel-0", ".p.ini.raxel-10", "p.ini.raxel-0", ".p.ini.raxel-x"}) {
+    support::writeFile(dir.file(other), "no copy of this profile");
+  }
+  EXPECT_EQ(after("[s]\nk=1\n", "s", "k", "9"), "[s]\nk=9\n");
+  EXPECT_FALSE(std::filesystem::exists(dir.file(".p.ini.raxel-0")));
+  EXPECT_FALSE(std::filesystem::exists(dir.file(".p.ini.raxel-9")));
+  EXPECT_EQ(filesBeside(), 5u);
+}
+
+TEST_F(Rewrite, ALinkIsSweptWhereItLeads) {
+  std::filesystem::create_directory(dir.file("real"));
+  support::writeFile(dir.file("real/.r.ini.raxel-0"), "half");
+  support::writeFile(dir.file("real/r.ini"), "[s]\nk=1\n");
+  ASSERT_EQ(symlink("real/r.ini", path.c_str()), 0);
+  EXPECT_EQ(WritePrivateProfileString("s", "k", "9", path.c_str()), 0);
+  EXPECT_FALSE(std::filesystem::exists(dir.file("real/.r.ini.raxel-0")));
+  EXPECT_EQ(support::readText(dir.file("real/r.ini")), "[s]\nk=9\n");
+}
+
+TEST_F(Rewrite, WhatALivingOneHoldsStays) {
+  const std::string held = dir.file(".p.ini.raxel-0");
+  support::writeFile(held, "half");
+  const int fd = open(held.c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_EQ(flock(fd, LOCK_EX), 0);
+  EXPECT_EQ(after("[s]\nk=1\n", "s", "k", "9"), "[s]\nk=9\n");
+  EXPECT_EQ(support::readText(held), "half");
+  EXPECT_EQ(filesBeside(), 2u);
+  close(fd);
+}
+
+TEST_F(Rewrite, PlantedNamesAreNeitherFollowedNorTouched) {
+  const std::string victim = dir.file("victim");
+  support::writeFile(victim, "mine");
+  ASSERT_EQ(symlink("victim", dir.file(".p.ini.raxel-0").c_str()), 0);
+  ASSERT_EQ(symlink("nothing", dir.file(".p.ini.raxel-1").c_str()), 0);
+  std::filesystem::create_directory(dir.file(".p.ini.raxel-2"));
+  ASSERT_EQ(mkfifo(dir.file(".p.ini.raxel-3").c_str(), 0600), 0);
+  EXPECT_EQ(after("[s]\nk=1\n", "s", "k", "9"), "[s]\nk=9\n");
+  EXPECT_EQ(support::readText(victim), "mine");
+  EXPECT_TRUE(std::filesystem::is_symlink(dir.file(".p.ini.raxel-0")));
+  EXPECT_TRUE(std::filesystem::is_symlink(dir.file(".p.ini.raxel-1")));
+  EXPECT_FALSE(std::filesystem::exists(dir.file("nothing")));
+  EXPECT_TRUE(std::filesystem::is_directory(dir.file(".p.ini.raxel-2")));
+  EXPECT_TRUE(std::filesystem::is_fifo(dir.file(".p.ini.raxel-3")));
+  EXPECT_FALSE(std::filesystem::is_symlink(path));
+  EXPECT_EQ(filesBeside(), 6u);
+}
+
+TEST_F(Rewrite, TenTakenNamesLeaveOneAtRandom) {
+  for (char slot = '0'; slot <= '9'; ++slot) {
+    std::filesystem::create_directory(dir.file(std::string(".p.ini.raxel-") + slot));
+  }
+  EXPECT_EQ(after("[s]\nk=1\n", "s", "k", "9"), "[s]\nk=9\n");
+  EXPECT_EQ(filesBeside(), 11u);
+}
+
+TEST_F(Rewrite, ALongNameIsCut) {
+  const std::string named = dir.file(std::string(255, 'p'));
+  const std::string stray = dir.file("." + std::string(200, 'p') + ".raxel-0");
+  support::writeFile(named, "[s]\nk=1\n");
+  support::writeFile(stray, "half");
+  EXPECT_EQ(WritePrivateProfileString("s", "k", "9", named.c_str()), 0);
+  EXPECT_EQ(support::readText(named), "[s]\nk=9\n");
+  EXPECT_FALSE(std::filesystem::exists(stray));
+}
+
+TEST_F(Rewrite, TheCopyIsPrivateUntilItIsWhole) {
+  support::writeFile(path, "[s]\nk=1\n");
+  ASSERT_EQ(chmod(path.c_str(), 0666), 0);
+  for (const bool isThere : {true, false}) {
+    if (!isThere) unlink(path.c_str());
+    const support::Disk disk;
+    EXPECT_EQ(WritePrivateProfileString("s", "k", "9", path.c_str()), 0);
+    size_t copies = 0;
+    for (const support::Disk::Opened &opened : disk.opened()) {
+      if ((opened.flags & O_CREAT) == 0) continue;
+      ++copies;
+      EXPECT_NE(opened.flags & O_EXCL, 0) << opened.path;
+      // A new profile has no rights to wait for but those of any new file.
+      const bool beside = opened.path.find(".raxel-") != std::string::npos;
+      EXPECT_EQ(opened.mode, beside && !isThere ? 0666u : 0600u) << opened.path;
+    }
+    EXPECT_EQ(copies, 2u) << "in /tmp and beside the profile";
+  }
+}
+
+// In a folder that everybody may write, another user has the first word about names.
+TEST_F(Rewrite, ASharedFolderOfAnotherUserIsNoTrap) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs to be two users";
+  const std::string victim = dir.file("victim");
+  support::writeFile(victim, "mine");
+  support::writeFile(path, "[s]\nk=1\n");
+  ASSERT_EQ(chmod(dir.path().c_str(), 01777), 0);
+  ASSERT_EQ(seteuid(65534), 0);
+  ASSERT_EQ(symlink("victim", dir.file(".p.ini.raxel-0").c_str()), 0);
+  ASSERT_EQ(mkdir(dir.file(".p.ini.raxel-1").c_str(), 0777), 0);
+  support::writeFile(dir.file(".p.ini.raxel-2"), "theirs");
+  const int fd = open(dir.file(".p.ini.raxel-2").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(flock(fd, LOCK_EX), 0);
+  ASSERT_EQ(seteuid(0), 0);
+  EXPECT_EQ(WritePrivateProfileString("s", "k", "9", path.c_str()), 0);
+  struct stat status;
+  ASSERT_EQ(lstat(path.c_str(), &status), 0);
+  EXPECT_TRUE(S_ISREG(status.st_mode));
+  EXPECT_EQ(status.st_uid, 0u);
+  EXPECT_EQ(support::readText(path), "[s]\nk=9\n");
+  EXPECT_EQ(support::readText(victim), "mine");
+  EXPECT_EQ(support::readText(dir.file(".p.ini.raxel-2")), "theirs");
+  close(fd);
 }
 
 // Whether a temporary file of the library holds a text that only this test writes.

@@ -26,6 +26,16 @@ TEST(LiveBlocks, AreKnownByTheirDataUntilTheyGo) {
   EXPECT_EQ(blockWithData(nullptr), 0u);
 }
 
+TEST(LiveBlocks, AreCounted) {
+  const size_t before = runtime::countBlocks();
+  const Handle first = support::newBlock(1);
+  const Handle second = GlobalReAlloc(support::newBlock(1), 100000, 66);
+  EXPECT_EQ(runtime::countBlocks(), before + 2);
+  GlobalFree(first);
+  GlobalFree(second);
+  EXPECT_EQ(runtime::countBlocks(), before);
+}
+
 TEST(LiveBlocks, KeepTheirPlaceThroughAReallocation) {
   Handle h = support::newBlock(10);
   const void *before = GlobalLock(h);

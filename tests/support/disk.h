@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// What the library asks of the system about files, call by call, and a disk that fails at one of them.
+//
+//   support::Disk disk(support::DiskCall::kWrite, 3, support::DiskFailure::kForever);
+//   ...                              // the third write fails, and every one behind it
+//   EXPECT_TRUE(disk.failed());      // there were three
+//
+// The linker leads the calls of everything in the test program through here.
+#pragma once
+
+#include <sys/types.h>
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace support {
+
+enum class DiskCall { kOpen, kRead, kWrite, kSeek, kClose, kSync, kRename, kCount };
+
+enum class DiskFailure {
+  kOnce,         // the calls that follow work again
+  kForever,      // every later call of the kind fails as well
+  kShort,        // no failure: half of the bytes are moved
+  kInterrupted,  // no failure either: a signal came, and nothing was moved
+};
+
+class Disk {
+ public:
+  struct Opened {
+    std::string path;
+    int flags = 0;
+    mode_t mode = 0;
+  };
+
+  // Only counts.
+  Disk();
+  // The call of this number (1 is the next one) of a kind fails.
+  Disk(DiskCall call, size_t number, DiskFailure failure);
+  ~Disk();
+  Disk(const Disk &) = delete;
+  Disk &operator=(const Disk &) = delete;
+
+  size_t count(DiskCall call) const { return counts_[static_cast<size_t>(call)]; }
+  // Whether there was such a call.
+  bool failed() const { return failed_; }
+  // By open(), not by fopen().
+  const std::vector<Opened> &opened() const { return opened_; }
+
+  // For the calls themselves: counts one. Returns how it is to go, null as ever.
+  static const DiskFailure *meet(DiskCall call);
+  static void note(const char *path, int flags, mode_t mode);
+
+ private:
+  static inline Disk *current = nullptr;
+  std::array<size_t, static_cast<size_t>(DiskCall::kCount)> counts_ = {};
+  std::vector<Opened> opened_;
+  DiskCall call_ = DiskCall::kCount;
+  size_t number_ = 0;
+  DiskFailure failure_ = DiskFailure::kOnce;
+  bool failed_ = false;
+};
+
+// Descriptors that this process has open.
+size_t openDescriptors();
+
+}  // namespace support
