@@ -9,7 +9,9 @@
 #include <atomic>
 #include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 
 #include "command/tell.h"
 #include "failure.h"
@@ -54,6 +56,26 @@ extern "C" void stopOnFault(int) {
   say(input[0] != '\0' ? input.data() : "the input");
   say(": was cut short while it was being read; start again when it is whole\n");
   _exit(kNoInput);
+}
+
+// The filter ends its process when its memory runs out; so does a decoder that finds itself broken, and an
+// exception that nobody takes.
+extern "C" void stopOnAbort(int) {
+  cleanUp(SIGTERM);
+  say("raxel-export: ");
+  if (input[0] != '\0') say(input.data());
+  if (input[0] != '\0') say(": ");
+  say("the export was given up, most often for want of memory\n");
+  _exit(kLibrary);
+}
+
+// Before everything else: what is made before main() needs memory as well.
+[[gnu::constructor(101)]] void watchAborts() {
+  struct sigaction action {};
+  action.sa_mask = stopSignals();
+  action.sa_handler = stopOnAbort;
+  sigaction(SIGABRT, &action, nullptr);
+  std::set_terminate([] { std::abort(); });
 }
 
 constexpr std::array<int, 3> kStops{SIGINT, SIGTERM, SIGHUP};

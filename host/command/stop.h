@@ -12,7 +12,8 @@
 namespace host::stop {
 
 // Installs the handlers: interrupt, terminate and hang-up, and the fault that a mapped input gives when
-// somebody cuts it short.
+// somebody cuts it short. (An abort, by which the filter ends a process that has no memory left, is watched
+// from the start.)
 void install();
 
 // The file to remove when a signal comes; empty for none. Longer names than a path may have are cut off.

@@ -1,0 +1,221 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""Fails every call to the system in turn by which the command writes its files, once and from then on.
+
+    faults.py --build FOLDER --source FOLDER [--all]
+
+The nth open, read, write, seek, close, sync and rename, and the nth allocation. Whatever fails, the file is the new one
+and the command says so by 0, or the old one and it says what went wrong; and nothing lies beside it. Without --all,
+what is called often fails now and then.
+"""
+
+import collections
+import os
+import random
+import re
+import resource
+import signal
+import subprocess
+import sys
+import tempfile
+
+import shared
+from processes import Replaced, Run
+
+KINDS = ("open", "read", "write", "seek", "close", "sync", "rename", "memory")
+# What is out of order when the command ends so: an input, the filter or the memory, a file that cannot be made, written.
+CODES = (66, 70, 73, 74)
+FEW = 24  # of calls of a kind, that are tried of many
+
+
+class Job:
+    """What the command is asked for, the file that comes of it, and what the file is before and after."""
+
+    def __init__(self, name, arguments, path, old):
+        self.name, self.arguments, self.path, self.old = name, arguments, path, old
+        self.new = None
+
+
+class Faults(Replaced):
+    def __init__(self, build, program, source, folder, everything):
+        super().__init__(program, folder)
+        self.library = os.path.join(build, "tests/cli/libfaults.so")
+        self.examples = build
+        self.filter = os.path.join(build, "raxel.so")
+        self.everything = everything
+        self.seen = os.path.join(folder, "seen")
+        self.counts = collections.Counter()
+        self.ends = collections.Counter()
+
+    def picture(self, name, magic, size, width, height):
+        path = os.path.join(self.folder, name)
+        with open(path, "wb") as out:
+            out.write(b"%s\n%d %d\n%s" % (magic, width, height, b"" if magic == b"P4" else b"255\n"))
+            out.write(random.Random(5).randbytes(size))
+        return path
+
+    def jobs(self):
+        color = self.picture("color.ppm", b"P6", 3 * 60 * 50, 60, 50)
+        page = self.picture("page.pbm", b"P4", 80 * 700, 640, 700)
+        pages = self.pages()
+        few = [*pages[:3], *pages[-3:]]
+        profile = os.path.join(self.folder, "own.ini")
+        settings = b"[other]\r\nKey=1\r\n[S]\r\nDriver=RAXEL.1\r\nCompression Mode=1\r\n"
+        made = [
+            ("lzw", [color, self.target, "-m", "rgb", "-c", "lzw"]),
+            ("tiles", [page, self.target, "-m", "bilevel", "-c", "t6", "--verify"]),
+            ("pages", [*few, "-m", "bilevel", "-c", "t6"]),
+        ]
+        if self.everything:
+            for coder in ("none", "packbits"):
+                made.append((coder, [color, self.target, "-m", "rgb", "-c", coder]))
+            for coder in ("huffman", "t4", "t6"):
+                made.append((coder, [page, self.target, "-m", "bilevel", "-c", coder]))
+            made.append(("color16", [color, self.target, "-m", "color16", "-c", "lzw", "--verify"]))
+            made.append(("fifty pages", [*pages, "-c", "lzw"]))
+        jobs = [Job(name, arguments, self.target, self.old) for name, arguments in made]
+        arguments = [color, os.path.join(self.folder, "beside.tif"), "-m", "rgb", "-c", "lzw", "--profile", profile, "--section", "S", "--save"]
+        jobs.append(Job("profile", arguments, profile, settings))
+        return jobs
+
+    def prepare(self, job):
+        with open(job.path, "wb") as out:
+            out.write(job.old)
+
+    def run(self, job, kind, number, how, command=None):
+        """One run with one fault. Whether it came."""
+        self.prepare(job)
+        if os.path.exists(self.seen):
+            os.unlink(self.seen)
+        environment = dict(os.environ, LD_PRELOAD=self.library, RAXEL_FAULT=f"{kind} {number} {how}", RAXEL_FAULT_SEEN=self.seen,
+                           OMP_NUM_THREADS="1")
+        with open(os.path.join(self.folder, "said"), "wb") as said:
+            process = Run(command or [self.program, "-q", *job.arguments], env=environment, stdout=said)
+            code = process.end()
+        return code, process, os.path.exists(self.seen)
+
+    def judge(self, job, what, process):
+        with open(job.path, "rb") as file:
+            content = file.read()
+        code = process.code
+        self.ends[code] += 1
+        self.check(f"{what}: how it ends", code == 0 or code in CODES, process)
+        if code == 0:
+            fine = content == job.new
+        elif job.name == "profile":
+            fine = self.is_profile(job, content)
+        else:
+            fine = content == job.old
+        self.check(f"{what}: the file", fine, f"{len(content)} bytes that begin with {content[:16]!r}; {process.told()}")
+        self.check(f"{what}: what it says", code == 0 or re.match(r"raxel-export: .", process.said()), process)
+        self.check(f"{what}: a temporary is left", not self.strays(), f"{self.strays()}; {process.told()}")
+        for name in self.strays():
+            os.unlink(os.path.join(self.folder, name))
+
+    @staticmethod
+    def is_profile(job, content):
+        """Settings are saved one by one, each with a whole profile: no line is cut, and no key of the old one missing."""
+        def keys(profile):
+            return [line.split(b"=")[0] for line in profile.splitlines()]
+
+        lines = content.splitlines(keepends=True)
+        known = job.old.splitlines(keepends=True) + job.new.splitlines(keepends=True)
+        return set(lines) <= set(known) and set(keys(job.old)) <= set(keys(content))
+
+    def chosen(self, calls):
+        """Which of so many are tried."""
+        if self.everything or calls <= FEW:
+            return range(1, calls + 1)
+        first = FEW // 3
+        return [*range(1, first + 1), *sorted(random.Random(calls).sample(range(first + 1, calls + 1), FEW - first))]
+
+    def calls(self, job, kind):
+        """How many calls of a kind an undisturbed run makes."""
+        low, high = 0, 1
+        while self.run(job, kind, high, "once")[2]:
+            low, high = high, high * 4
+        while high - low > 1:
+            middle = (low + high) // 2
+            if self.run(job, kind, middle, "once")[2]:
+                low = middle
+            else:
+                high = middle
+        return low
+
+    def job(self, job):
+        code, process, _ = self.run(job, "none", 0, "once")
+        with open(job.path, "rb") as file:
+            job.new = file.read()
+        self.check(f"{job.name}: undisturbed", code == 0 and job.new != job.old, process)
+        for kind in KINDS:
+            calls = self.calls(job, kind)
+            self.check(f"{job.name}: calls of {kind}", calls > 0 or kind in ("read", "seek"), calls)
+            for number in self.chosen(calls):
+                for how in ("once", "forever"):
+                    _, process, came = self.run(job, kind, number, how)
+                    self.counts[kind] += came
+                    self.judge(job, f"{job.name}, {kind} {number} {how}", process)
+
+    def filter_alone(self):
+        """The library itself, in a process of its own: it says what it has always said, and the process ends."""
+        output = os.path.join(self.folder, "one.tif")
+        job = Job("one call", [], output, b"old")
+        command = [os.path.join(self.examples, "example_one_call"), self.filter, output]
+        ended = 0
+        calls = self.calls_of(job, command)
+        for number in self.chosen(calls):
+            for how in ("once", "forever"):
+                code, process, _ = self.run(job, "memory", number, how, command)
+                with open(os.path.join(self.folder, "said"), "rb") as said:
+                    words = said.read().decode(errors="replace")
+                told = re.search(r"GloalAlloc function failed due to insufficient memory: needs (\d+) bytes memory!!\n", words)
+                ended += code == -signal.SIGABRT
+                self.check(f"the library, memory {number} {how}", (code == -signal.SIGABRT) == bool(told) and code in (0, 1, 2, -signal.SIGABRT),
+                           f"{words!r}; {process.told()}")
+        self.check("the library: none of its own allocations failed", ended > 0, calls)
+        return f"the library ended {ended} times with its words"
+
+    def calls_of(self, job, command):
+        number = 1
+        while self.run(job, "memory", number, "once", command)[2]:
+            number += 1
+        return number - 1
+
+    def little_room(self):
+        """Less and less room for addresses, as a system gives it that has no more memory."""
+        job = self.jobs()[0]
+        _, process, _ = self.run(job, "none", 0, "once")
+        with open(job.path, "rb") as file:
+            job.new = file.read()
+        step = 1 if self.everything else 8
+        refused = 0
+        for room in range(16, 160, step):
+            self.prepare(job)
+            process = Run([self.program, "-q", *job.arguments],
+                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (room << 20, room << 20)))
+            if process.end() == 127:
+                continue  # the system's loader had not enough for the program itself
+            refused += process.code != 0
+            self.judge(job, f"{room} MiB", process)
+        self.check("little room: it was never too little", refused > 0)
+        return f"{refused} sizes of memory were too small"
+
+
+def main():
+    everything = "--all" in sys.argv
+    sys.argv = [each for each in sys.argv if each != "--all"]
+    build, source, program = shared.places()
+    shared.take_signals()
+    if shared.sanitized(program):
+        print("faults: nothing can be loaded before the sanitizers")
+        return 77
+    with tempfile.TemporaryDirectory(prefix="raxel-faults-") as folder:
+        tried = Faults(build, program, source, folder, everything)
+        for job in tried.jobs():
+            tried.job(job)
+        print(f"{dict(tried.counts)} failed, ended {dict(tried.ends)}; {tried.filter_alone()}; {tried.little_room()}")
+    return shared.tell(tried.faults, f"faults: {tried.checks - len(tried.faults)} passed, {len(tried.faults)} failed")
+
+
+if __name__ == "__main__":
+    sys.exit(main())
