@@ -1,0 +1,68 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""A campaign of parts that do nothing: it stops when its time is up, goes on where it was, and its figures add up.
+
+    frame_test.py
+"""
+
+import json
+import os
+import sys
+import tempfile
+
+sys.path[:0] = [os.path.dirname(os.path.realpath(__file__)), os.path.join(os.path.dirname(os.path.realpath(__file__)), "../cli")]
+
+import campaign  # noqa: E402
+import shared  # noqa: E402
+
+# Notes that it ran, tells its figures, and ends with the code that is its second argument.
+UNIT = """sh -c 'echo $1 >>log; echo "{{\\"kills\\": 5}}"; echo x: 2 passed, $2 failed; exit $2' unit"""
+
+
+def lines(path):
+    with open(path) as file:
+        return file.read().splitlines()
+
+
+def main():
+    checks = shared.Checks(None)
+    with tempfile.TemporaryDirectory(prefix="raxel-frame-") as folder:
+        os.mkdir(os.path.join(folder, "docs"))
+        record, document = os.path.join(folder, campaign.RECORD), os.path.join(folder, campaign.DOCUMENT)
+        open(record, "w").close()
+        with open(document, "w") as out:
+            out.write("before\n" + campaign.BEGIN + "old\n" + campaign.END + "behind\n")
+        log = os.path.join(folder, "log")
+
+        campaign.parts = lambda source: [campaign.Part("steps", UNIT, ["a 0", "b 0", "c 0"]), campaign.Part("crowd", UNIT, ["d 1"])]
+        first = campaign.Campaign(folder, folder, 1)
+        first.left = lambda: 0 if os.path.exists(log) and len(lines(log)) == 2 else 100
+        checks.same("stopped", first.run(), 0)
+        checks.same("until then", lines(log), ["a", "b"])
+        checks.same("nothing is noted of what is not through", lines(record), [])
+
+        checks.same("one part finds something", campaign.Campaign(folder, folder, None).run(), 1)
+        checks.same("it went on", lines(log), ["a", "b", "c", "d"])
+        noted = [json.loads(line) for line in lines(record)]
+        checks.same("what is noted", [(line["part"], line["figure"]) for line in noted],
+                    [("steps", {"kills": 15, "checks": 6, "failed": 0}), ("crowd", {"kills": 5, "checks": 2, "failed": 1})])
+        with open(document) as file:
+            written = file.read()
+        checks.true("the document around the table", written.startswith("before\n") and written.endswith("behind\n") and "old\n" not in written)
+        checks.true("its figures", "| 15 kills, 6 checks, 0 failed |" in written and "1 failed |" in written)
+        checks.true("and what there is none of", "not yet measured" in written)
+        checks.true("it is as written", campaign.write_document(folder, check=True))
+        campaign.note(folder, "fuzzing", "./dev fuzz", {"executions": 1000})
+        checks.true("it is not, with a figure more", not campaign.write_document(folder, check=True))
+        campaign.note(folder, "fuzzing", "./dev fuzz", {"executions": 500})
+        campaign.write_document(folder)
+        with open(document) as file:
+            checks.true("fuzzing adds up", "1,500 executions" in file.read())
+
+        campaign.Campaign(folder, folder, None).run()
+        checks.same("a new one begins anew", lines(log), ["a", "b", "c", "d"] * 2)
+    return checks.told()
+
+
+if __name__ == "__main__":
+    sys.exit(main())
