@@ -9,6 +9,7 @@
 #include "entry/export_host.h"
 #include "support/golden.h"
 #include "support/random.h"
+#include "support/stream_procedure.h"
 
 namespace {
 
@@ -49,7 +50,7 @@ Bytes row(Random &random, size_t size) {
 
 // A colour table of noise with a third of its entries grey. One in four pictures has a short one.
 Bytes palette(Random &random, uint16_t bits) {
-  if (bits == 24) return {};
+  if (bits >= 24) return {};
   const size_t entries = size_t{1} << bits;
   Bytes out;
   for (size_t i = 0; i < entries; ++i) {
@@ -85,7 +86,8 @@ void chooseGeometry(Random &random, RasterSetup &settings, int32_t &width, int32
   }
 }
 
-Bytes exportOne(Random &random, uint16_t bits, int32_t mode, int32_t compression, int32_t layout) {
+Bytes exportOne(Random &random, uint16_t bits, int32_t mode, int32_t compression, int32_t layout,
+                support::HostStream *stream = nullptr) {
   ExportHost host;
   host.settings().nBitmapMode = mode;
   host.settings().nCompressionMode = compression;
@@ -97,7 +99,11 @@ Bytes exportOne(Random &random, uint16_t bits, int32_t mode, int32_t compression
   Picture picture(bits, width, rows, palette(random, bits));
   int32_t outWidth = -1, outHeight = -1;
   chooseGeometry(random, host.settings(), outWidth, outHeight);
-  return host.runInMemory(picture, outWidth, outHeight);
+  if (!stream) return host.runInMemory(picture, outWidth, outHeight);
+  host.settings().lpfnOutputProc = stream->procedure();
+  host.status.word(RAXEL_STATUS_PROC_CONTEXT) = stream->context();
+  host.run("picture.tif", picture, outWidth, outHeight);
+  return stream->bytes();
 }
 
 class GoldenMatrix : public testing::TestWithParam<Name> {};
@@ -116,6 +122,40 @@ TEST_P(GoldenMatrix, FilesAreTheSameOnEveryMachine) {
       }
       support::golden(std::string("entry/") + mode.text + "-" + compression.text + "-" + layout.text, all);
     }
+  }
+}
+
+TEST_P(GoldenMatrix, PicturesOf32BitsToo) {
+  const Name mode = GetParam();
+  for (const Name &compression : kCompressions) {
+    Random random(static_cast<uint64_t>(mode.code * 1000000 + compression.code * 1000 + 500));
+    Bytes all;
+    for (int i = 0; i < 12; ++i) {
+      const int32_t layout = kLayouts[i % 2].code;
+      const Bytes file = exportOne(random, 32, mode.code, compression.code, layout);
+      all.insert(all.end(), file.begin(), file.end());
+    }
+    support::golden(std::string("entry/") + mode.text + "-" + compression.text + "-depth32", all);
+  }
+}
+
+// Which calls a stream procedure sees, in which order and of which sizes, and what they leave.
+TEST_P(GoldenMatrix, StreamProceduresAreCalledAlike) {
+  const Name mode = GetParam();
+  for (const Name &compression : kCompressions) {
+    Random random(static_cast<uint64_t>(mode.code * 1000000 + compression.code * 1000 + 700));
+    Bytes all;
+    for (const uint16_t bits : {uint16_t{1}, uint16_t{4}, uint16_t{8}, uint16_t{24}}) {
+      for (const Name &layout : kLayouts) {
+        support::HostStream stream;
+        const Bytes file = exportOne(random, bits, mode.code, compression.code, layout.code, &stream);
+        const std::string log = stream.log();
+        ASSERT_FALSE(log.empty()) << bits;
+        all.insert(all.end(), log.begin(), log.end());
+        all.insert(all.end(), file.begin(), file.end());
+      }
+    }
+    support::golden(std::string("entry/") + mode.text + "-" + compression.text + "-procedure", all);
   }
 }
 

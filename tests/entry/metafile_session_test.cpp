@@ -10,6 +10,7 @@
 
 #include "entry/export_host.h"
 #include "raxel/driver.h"
+#include "support/golden.h"
 #include "support/stream_procedure.h"
 #include "support/temp_dir.h"
 
@@ -130,6 +131,7 @@ TEST_F(MetafileSession, WithoutANameTheOutputIsABlock) {
   const Bytes bytes = entry_test::bytesOf(host_.status.word(RAXEL_STATUS_OUTPUT));
   ASSERT_FALSE(bytes.empty());
   EXPECT_EQ(bytes[0], 0xFF) << "closing a block appends one byte";
+  support::golden("entry/metafile-session", bytes);
   GlobalFree(host_.status.word(RAXEL_STATUS_OUTPUT));
 }
 
