@@ -74,11 +74,11 @@ std::vector<Part> partsOf(fuzz::Input &input, unsigned depth, unsigned &budget) 
     Part part{fuzz::oneOf<char>(input, {'C', 'S', 'L', 'F', 'D', '{', '(', '['}), 1, {}};
     if (isGroup(part) && depth == 0) part.letter = 'C';
     if (isGroup(part)) {
-      const unsigned alternatives = part.letter == '(' ? input.byte() % 3 + 1 : 1;
+      const unsigned alternatives = part.letter == '(' ? input.byte() % 3u + 1 : 1;
       for (unsigned i = 0; i < alternatives; ++i)
         part.alternatives.push_back(partsOf(input, depth - 1, budget));
     } else {
-      part.repeat = input.once(4) ? input.byte() % 13 : 1;
+      part.repeat = input.once(4) ? input.byte() % 13u : 1;
     }
     parts.push_back(std::move(part));
   }
