@@ -110,6 +110,8 @@ Outcome take(const Reader &reader, const Entry &entry, FinishedPage &page) {
 // Counts the places from the file's start, where they must lie inside it.
 Outcome settle(const Reader &reader, FinishedPage &page) {
   const uint64_t end = reader.file.size - reader.base;
+  if (page.samples != 1 && page.samples != 3) return Outcome::kNotOurs;
+  if (page.bits != 1 && page.bits != 4 && page.bits != 8) return Outcome::kNotOurs;
   if (page.offsets.empty() || page.offsets.size() != page.counts.size()) return Outcome::kNotOurs;
   for (size_t i = 0; i < page.offsets.size(); ++i) {
     const uint64_t at = page.offsets[i];
@@ -117,7 +119,7 @@ Outcome settle(const Reader &reader, FinishedPage &page) {
     page.offsets[i] = static_cast<uint32_t>(reader.base + at);
   }
   if (page.colorMapAt == 0) return Outcome::kDone;
-  if (page.bits > 8 || page.colorMapAt + (uint64_t{6} << page.bits) > end) return Outcome::kNotOurs;
+  if (page.colorMapAt + (uint64_t{6} << page.bits) > end) return Outcome::kNotOurs;
   page.colorMapAt += static_cast<uint32_t>(reader.base);
   return Outcome::kDone;
 }

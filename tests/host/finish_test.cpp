@@ -265,6 +265,14 @@ TEST(Finish, TakesNoDirectoryThatTheFilterDoesNotWrite) {
   bad = good;
   bad[186] = 2;  // a strip inside the header
   EXPECT_EQ(outcome(bad), Outcome::kNotOurs);
+  // Samples and depths that no picture has: each sample's depth would be written.
+  for (const auto &[entryAt, value] :
+       {std::pair{7, 0}, {7, 2}, {7, 255}, {3, 0}, {3, 2}, {3, 16}, {3, 255}}) {
+    bad = good;
+    const auto at = static_cast<size_t>(8 + 2 + entryAt * 12 + 8);
+    bad[at] = static_cast<uint8_t>(value);
+    EXPECT_EQ(outcome(bad), Outcome::kNotOurs) << entryAt << " " << value;
+  }
 }
 
 TEST(Finish, EndsAtFourGiB) {
