@@ -39,7 +39,7 @@ if(RAXEL_COVERAGE)
   target_link_options(raxel_numbers INTERFACE --coverage)
 endif()
 if(RAXEL_FUZZ)
-  target_compile_options(raxel_numbers INTERFACE -g -fsanitize=fuzzer-no-link,address,undefined
+  target_compile_options(raxel_numbers INTERFACE -g -fsanitize=fuzzer-no-link,address,undefined,float-cast-overflow
     -fno-sanitize-recover=all)
   target_link_options(raxel_numbers INTERFACE -fsanitize=address,undefined)
 endif()

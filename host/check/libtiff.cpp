@@ -48,7 +48,8 @@ const LibTiff &libTiff() {
 std::vector<std::string> saidErrors, saidWarnings;
 constexpr size_t kMostMessages = 100;
 
-void collect(std::vector<std::string> &to, const char *format, va_list arguments) {
+__attribute__((format(printf, 2, 0))) void collect(std::vector<std::string> &to, const char *format,
+                                                   va_list arguments) {
   char text[400];
   std::vsnprintf(text, sizeof text, format, arguments);
   if (to.size() < kMostMessages) to.push_back(text);

@@ -93,7 +93,7 @@ class CornerDither {
 void nearestCorners(std::span<const uint8_t> colors, uint8_t *indices) {
   for (size_t x = 0; x < colors.size() / 3; ++x) {
     const uint8_t *c = colors.data() + 3 * x;
-    indices[x] = kCornerOf[(c[0] >> 7) << 2 | (c[1] >> 7) << 1 | (c[2] >> 7)];
+    indices[x] = kCornerOf[static_cast<size_t>((c[0] >> 7) << 2 | (c[1] >> 7) << 1 | (c[2] >> 7))];
   }
 }
 
