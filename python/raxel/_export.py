@@ -16,6 +16,14 @@ from ._report import Report, report_of
 Pictures = Union[Picture, Sequence[Picture]]
 
 
+class _Default(str):
+    """The value of an option that the caller has not given: a preset or a profile goes before it."""
+
+
+_MODE = _Default("auto")
+_COMPRESS = _Default("lzw")
+
+
 def _order(
     caller: str,
     picture: Pictures,
@@ -26,6 +34,8 @@ def _order(
     """What any call asks for. A list is pages of one file."""
     listed = isinstance(picture, (list, tuple))
     given: dict[str, object] = {**options, "pages": bool(pages or listed)}
+    if given.get("preset") is not None or given.get("profile") is not None:
+        given = {name: value for name, value in given.items() if not isinstance(value, _Default)}
     return Order([*_options.arguments(caller, given), *more], sources_of(picture))
 
 
@@ -33,8 +43,8 @@ def save(
     picture: Pictures,
     path_or_file: Union[str, "os.PathLike[str]", IO[bytes]],
     *,
-    mode: Optional[str] = "auto",
-    compress: Optional[str] = "lzw",
+    mode: Optional[str] = _MODE,
+    compress: Optional[str] = _COMPRESS,
     dpi: Union[None, float, tuple[float, float], str] = None,
     dither: Optional[bool] = None,
     pages: bool = False,
@@ -51,7 +61,8 @@ def save(
     :param path_or_file: where to: a path, whose file is replaced when the new one is whole, or an object
         with ``write``, which gets the whole file.
     :param mode: what the pixels become; "auto" is the smallest mode that keeps the picture.
-    :param compress: "none", "packbits", "lzw", and for bilevel pictures "huffman", "t4" and "t6".
+    :param compress: "none", "packbits", "lzw", and for bilevel pictures "huffman", "t4" and "t6". With
+        ``preset=`` or ``profile=`` mode and compression are theirs, unless they are given.
     :param dpi: dots an inch, one number or (across, down); the picture's own, or 96, by default.
     :param dither: True spreads lost levels, False takes the nearest colour.
     :param pages: takes all pages of a file, and not the first alone.
@@ -83,8 +94,8 @@ def _write_all(file: IO[bytes], data: memoryview) -> None:
 def tobytes(
     picture: Pictures,
     *,
-    mode: Optional[str] = "auto",
-    compress: Optional[str] = "lzw",
+    mode: Optional[str] = _MODE,
+    compress: Optional[str] = _COMPRESS,
     dpi: Union[None, float, tuple[float, float], str] = None,
     dither: Optional[bool] = None,
     pages: bool = False,
@@ -101,8 +112,8 @@ def tobytes(
 def plan(
     picture: Pictures,
     *,
-    mode: Optional[str] = "auto",
-    compress: Optional[str] = "lzw",
+    mode: Optional[str] = _MODE,
+    compress: Optional[str] = _COMPRESS,
     dpi: Union[None, float, tuple[float, float], str] = None,
     dither: Optional[bool] = None,
     pages: bool = False,

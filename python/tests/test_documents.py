@@ -25,5 +25,7 @@ def test_every_program(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
     made = {path.name for path in tmp_path.glob("*.tif")}
     assert made == {"picture.tif", "label.tif", "pages.tif", "second.tif", "copy.tif", "page.tif"}
     assert len(names["report"].pages) == 2
+    with Image.open("label.tif") as label:
+        assert label.mode == "1" and label.info["compression"] == "group4"
     with Image.open("page.tif") as page:
         assert page.info["compression"] == "group4" and page.info["dpi"] == (200, 200)

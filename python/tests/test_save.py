@@ -52,6 +52,31 @@ def test_the_same_bytes_as_the_command(tmp_path: Path, png: Path) -> None:
     assert (tmp_path / "python.tif").read_bytes() == (tmp_path / "command.tif").read_bytes()
 
 
+def of_the_command(folder: Path, picture: Path, *options: str) -> bytes:
+    made = folder / "command.tif"
+    subprocess.run([BUILD / "raxel-export", *options, picture, "-o", made], check=True)
+    return made.read_bytes()
+
+
+@pytest.mark.parametrize("preset", raxel.options()["preset"].choices)
+def test_a_preset_makes_what_the_command_makes(tmp_path: Path, png: Path, preset: str) -> None:
+    wanted = of_the_command(tmp_path, png, "--preset", preset)
+    raxel.save(png, tmp_path / "python.tif", preset=preset)
+    assert (tmp_path / "python.tif").read_bytes() == wanted
+    assert raxel.tobytes(png, preset=preset) == wanted
+    compression = {"archive": "lzw", "label": "t6"}.get(preset, "t4")
+    assert raxel.plan(png, preset=preset).compression == compression
+
+
+def test_what_is_given_goes_before_a_preset(tmp_path: Path, png: Path) -> None:
+    wanted = of_the_command(tmp_path, png, "--preset", "label", "--compress", "lzw")
+    assert raxel.tobytes(png, preset="label", compress="lzw") == wanted
+    wanted = of_the_command(tmp_path, png, "--preset", "archive", "--mode", "auto", "--compress", "packbits")
+    assert raxel.tobytes(png, preset="archive", mode="auto", compress="packbits") == wanted
+    assert raxel.plan(png, preset="label", compress="lzw").mode == "bilevel"
+    assert raxel.plan(png, preset=None).compression == "lzw"
+
+
 def test_a_palette_by_name_or_from_a_file(tmp_path: Path, photo: Array) -> None:
     from PIL import Image
 
@@ -180,6 +205,20 @@ def test_a_profile(tmp_path: Path, photo: Array) -> None:
     profile.write_text("")
     raxel.save(photo, tmp_path / "a.tif", profile=profile, section="Scans", compress="packbits", save=True)
     assert raxel.plan(photo, profile=profile, section="Scans", compress=None).compression == "packbits"
+
+
+def test_a_profile_makes_what_the_command_makes(tmp_path: Path, png: Path) -> None:
+    profile = tmp_path / "raxel.ini"
+    profile.write_text("")
+    of = ["--profile", str(profile), "--section", "Panel"]
+    of_the_command(tmp_path, png, *of, "--save", "--mode", "color16", "--compress", "packbits")
+    wanted = of_the_command(tmp_path, png, *of)
+    raxel.save(png, tmp_path / "python.tif", profile=profile, section="Panel")
+    assert (tmp_path / "python.tif").read_bytes() == wanted
+    plan = raxel.plan(png, profile=profile, section="Panel")
+    assert (plan.mode, plan.compression) == ("color16", "packbits")
+    plan = raxel.plan(png, profile=profile, section="Panel", mode="auto", compress="lzw")
+    assert (plan.mode, plan.compression) == ("rgb", "lzw")
 
 
 def test_quantize(photo: Array, shown: Shown) -> None:
