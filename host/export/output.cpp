@@ -45,11 +45,12 @@ void Output::checkWritten() const {
   }
 }
 
-uint8_t *Output::commit() {
+uint8_t *Output::commit(const std::function<void()> &lastLook) {
   if (target_) {
-    target_->commit();
+    target_->commit(lastLook);
     return nullptr;
   }
+  lastLook();
   if (!write_) return memory_.release();
   std::span<const uint8_t> left = memory_.kept();
   while (!left.empty()) {

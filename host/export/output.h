@@ -2,6 +2,7 @@
 // Where the bytes of an export go: a file, a callback or memory.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -24,8 +25,9 @@ class Output {
   void checkWritten() const;
   // All bytes written, for a check of them.
   std::span<const uint8_t> bytes() { return target_ ? target_->bytes() : memory_.kept(); }
-  // Puts the whole file in its place, hands it to the callback, or returns it in memory.
-  uint8_t *commit();
+  // Puts the whole file in its place, hands it to the callback, or returns it in memory. Just before that
+  // it calls `lastLook`, which may throw: nothing has happened then.
+  uint8_t *commit(const std::function<void()> &lastLook);
 
  private:
   std::unique_ptr<Target> target_;  // null: the bytes are kept

@@ -157,10 +157,9 @@ int32_t predictorFor(const RaxelHostJob &job, const Library &library, const Raxe
 
 // All that is done while nobody else may use the filter: the output holds the whole page afterwards.
 void makePage(const RaxelHostJob &job, const Library &library, RaxelHostResult &result, Output *output,
-              PageCount &pages, Clock::time_point &start) {
+              PageCount &pages, Pace &pace, Clock::time_point &start) {
   RaxelPlan &plan = result.plan;
   const FilterLock lock;
-  Pace pace(job);
   checkMemory(0);
   Setup setup(library);
   sendPlan(setup, plan);
@@ -195,7 +194,7 @@ void makePage(const RaxelHostJob &job, const Library &library, RaxelHostResult &
   if (meant) meant->compare(output->bytes(), output->name(), pages.chain.last);
   result.verified = meant ? 1 : 0;
   result.bytes = output->sink().size();
-  pace.check(result.bytes);  // the last moment at which the old file stays
+  pace.check(result.bytes);  // who stops now need not wait for the disk
   result.writeSeconds += secondsSince(start);
 }
 
@@ -218,10 +217,11 @@ void exportPrepared(RaxelHostJob job, RaxelHostResult &result) {
   const Library &library = openFilter("");
   std::optional<Output> output;
   if (!(job.flags & RAXEL_HOST_DRY_RUN)) output.emplace(job);
+  Pace pace(job);
   PageCount pages;
   pages.isPaged = job.nextPage != nullptr;
   for (;;) {
-    makePage(job, library, result, output ? &*output : nullptr, pages, start);
+    makePage(job, library, result, output ? &*output : nullptr, pages, pace, start);
     ++result.pages;
     if (!turnPage(job, result)) break;
     start = Clock::now();
@@ -230,7 +230,7 @@ void exportPrepared(RaxelHostJob job, RaxelHostResult &result) {
   }
   if (!output) return;
   if (pages.isPaged) endPages(*output, pages);
-  result.memory = output->commit();
+  result.memory = output->commit([&] { pace.check(result.bytes); });
   result.writeSeconds += secondsSince(start);
 }
 

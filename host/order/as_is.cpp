@@ -141,7 +141,7 @@ void exportAsIs(const Library &library, const Options &options, Given &given, co
                static_cast<uint64_t>(std::max(result.nHeight, 1)), file, pace);
   describeFile(file.bytes(), view, report);
   if (options.dryRun) return;
-  uint8_t *const made = file.commit();
+  uint8_t *const made = file.commit([&] { pace.check(report.bytes); });
   if (memory) *memory = made;
   if (options.save) saveGiven(library, given, options, report.notes);
   report.writeSeconds = secondsSince(start);

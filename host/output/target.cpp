@@ -201,8 +201,9 @@ int Target::sync() const {
   return rules_.syncChild ? syncInChild(fd_, sink_->size()) : syncToDisk(fd_);
 }
 
-void Target::commit() {
+void Target::commit(const std::function<void()> &lastLook) {
   if (path_.empty()) {
+    if (lastLook) lastLook();
     const std::span<const uint8_t> kept = sink_->kept();
     for (size_t done = 0; done < kept.size();) {
       const ssize_t put = write(fd_, kept.data() + done, kept.size() - done);
@@ -214,6 +215,7 @@ void Target::commit() {
   }
   if (!sink_->flush()) failWrite(sink_->error());
   if (const int error = sync(); error != 0) failWrite(error);
+  if (lastLook) lastLook();
   const Hold hold;  // the name changes hands in one step
   if (rules_.noClobber) {
     if (const int taken = renameToNew(temporary_, path_); taken == EEXIST) {

@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -44,8 +45,9 @@ class Target {
   void checkWritten() const;
   // All bytes written, flushed and shown to the caller until the target goes: for a check of them.
   std::span<const uint8_t> bytes();
-  // Flushes, waits for the disk unless the rules say not to, and puts the file in its place.
-  void commit();
+  // Flushes, waits for the disk unless the rules say not to, and puts the file in its place. Just before
+  // that it calls `lastLook`, which may throw: the old file then stays.
+  void commit(const std::function<void()> &lastLook = nullptr);
 
  private:
   void makeTemporary(mode_t mode);

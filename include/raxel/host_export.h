@@ -57,7 +57,8 @@ typedef enum RaxelHostStage {
 // 1) and the bytes written so far. Answers 0 to go on; any other answer stops the export.
 typedef int32_t (*RaxelHostProgress)(void *context, int32_t stage, double part, uint64_t bytes);
 
-// Asked as often whether to stop: 0 to go on. For programs that show no progress.
+// Asked as often whether to stop: 0 to go on. For programs that show no progress. Both are called once more
+// when the disk has the new file: a stop then still leaves the old one.
 typedef int32_t (*RaxelHostStop)(void *context);
 
 // Takes the file's bytes from first to last in pieces, when the whole file has been made: an export

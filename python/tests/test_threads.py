@@ -3,8 +3,8 @@
 
 from __future__ import annotations
 
+import json
 import os
-import signal
 import subprocess
 import sys
 import threading
@@ -15,6 +15,7 @@ from pathlib import Path
 import numpy as np
 import pytest
 from conftest import Array, Shown
+from PIL import Image
 
 import raxel
 
@@ -72,41 +73,104 @@ def test_what_progress_raises_comes_out(tmp_path: Path, photo: Array, thread: bo
     assert os.listdir(tmp_path) == []
 
 
-SCRIPT = """
-import sys, time, threading, os, signal
+OLD = b"II*\0 the old file"
+INTERRUPTED = """
+import json, os, signal, sys, threading, time
 import numpy as np
 import raxel
-picture = np.random.default_rng(1).integers(0, 256, (3000, 4000, 3), np.uint8)
-raxel.tobytes(picture[:8])
-options = eval(sys.argv[2])
-sent = []
+target, source, options = sys.argv[1], sys.argv[2], eval(sys.argv[3])
+picture = source or np.random.default_rng(1).integers(0, 256, (3000, 4000, 3), np.uint8)
+raxel.tobytes(np.zeros((8, 8, 3), np.uint8))
+def seconds(**options):
+    start = time.monotonic()
+    raxel.tobytes(picture, **options)
+    return time.monotonic() - start
+delay = 0.08
+if options.get("verify"):
+    delay = (seconds(**{**options, "verify": False}) + seconds(**options)) / 2
 def interrupt():
-    time.sleep(float(sys.argv[3]))
+    time.sleep(delay)
     sent.append(time.monotonic())
     os.kill(os.getpid(), signal.SIGINT)
-threading.Thread(target=interrupt).start()
-try:
-    raxel.save(picture, sys.argv[1], **options)
-except KeyboardInterrupt:
-    print((time.monotonic() - sent[0]) * 1000)
-else:
-    print("not stopped")
+tries = []
+for _ in range(3):
+    with open(target, "wb") as old:
+        old.write(b"II*\\0 the old file")
+    sent, finished = [], False
+    sender = threading.Thread(target=interrupt)
+    sender.start()
+    try:
+        raxel.save(picture, target, **options)
+        finished = True
+        sender.join()
+        time.sleep(1)
+    except KeyboardInterrupt:
+        took = (time.monotonic() - sent[0]) * 1000
+    for thread in threading.enumerate():
+        if thread.name == "raxel":
+            thread.join()
+    with open(target, "rb") as now:
+        tries.append(None if finished else [took, now.read().decode()])
+print(json.dumps(tries))
 """
 
 
 @pytest.mark.parametrize(
-    "options", ["{'compress': 'lzw'}", "{'mode': 'color256', 'compress': 'lzw'}"], ids=["lzw", "color256"]
+    "what, options",
+    [
+        ("array", "{'compress': 'lzw'}"),
+        ("array", "{'mode': 'color256', 'compress': 'lzw'}"),
+        ("array", "{'mode': 'rgb', 'compress': 'lzw', 'verify': True}"),
+        ("path", "{'mode': 'color256'}"),
+    ],
+    ids=["lzw", "color256", "verify", "path"],
 )
-def test_an_interrupt_stops_at_once_and_the_old_file_stays(tmp_path: Path, options: str) -> None:
-    path = tmp_path / "a.tif"
-    path.write_bytes(b"II*\0 the old file")
+def test_an_interrupt_stops_at_once_and_the_old_file_stays(tmp_path: Path, what: str, options: str) -> None:
+    """At the beginning, or in the middle of the comparison where there is one. A machine full of work may delay some."""
+    path, source = tmp_path / "a.tif", tmp_path / "source.png"
+    if what == "path":
+        y, x = np.mgrid[0:3000, 0:4000]
+        Image.fromarray((x * y).astype(np.uint8)).save(source, compress_level=1)
+    arguments = [str(path), str(source) if what == "path" else "", options]
+    done = subprocess.run([sys.executable, "-c", INTERRUPTED, *arguments], capture_output=True, text=True, check=True)
+    stopped = [attempt for attempt in json.loads(done.stdout) if attempt]
+    assert stopped and min(took for took, _ in stopped) < 100, done.stdout
+    assert {content.encode() for _, content in stopped} == {OLD}
+    assert set(os.listdir(tmp_path)) <= {"a.tif", "source.png"}
+
+
+SLOW_DISK = """
+import os, signal, sys, threading, time
+import numpy as np
+import raxel
+gates = os.environ["RAXEL_SLOW_DISK"]
+def interrupt():
+    while not os.listdir(gates):
+        time.sleep(0.002)
+    os.kill(os.getpid(), signal.SIGINT)
+threading.Thread(target=interrupt).start()
+try:
+    raxel.save(np.zeros((8, 8, 3), np.uint8), sys.argv[1], **eval(sys.argv[2]))
+except KeyboardInterrupt:
+    print("stopped")
+for gate in os.listdir(gates):
+    os.unlink(os.path.join(gates, gate))
+"""
+
+
+@pytest.mark.parametrize("options", ["{}", "{'as_is': True}", "{'pages': True}"], ids=["picture", "as-is", "pages"])
+def test_an_interrupt_while_the_disk_takes_its_time_leaves_the_old_file(tmp_path: Path, options: str) -> None:
+    path, gates = tmp_path / "a.tif", tmp_path / "gates"
+    path.write_bytes(OLD)
+    gates.mkdir()
+    slow = str(Path(os.environ["RAXEL_BUILD"]) / "tests" / "cli" / "libslow_disk.so")
     done = subprocess.run(
-        [sys.executable, "-c", SCRIPT, str(path), options, "0.08"], capture_output=True, text=True, check=True
+        [sys.executable, "-c", SLOW_DISK, str(path), options], capture_output=True, text=True, timeout=60,
+        env={**os.environ, "LD_PRELOAD": slow, "RAXEL_SLOW_DISK": str(gates)},
     )
-    # The library looks every 20 ms, and Python answers within 100; a machine full of work may add to it.
-    assert float(done.stdout) < 250, done.stdout
-    assert path.read_bytes() == b"II*\0 the old file"
-    assert os.listdir(tmp_path) == ["a.tif"]
+    assert (done.returncode, done.stdout) == (0, "stopped\n"), done.stderr
+    assert path.read_bytes() == OLD
+    assert sorted(os.listdir(tmp_path)) == ["a.tif", "gates"]
 
 
 def test_python_goes_on_meanwhile(large: Array) -> None:

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <functional>
 
 #include "failure.h"
 #include "output/target.h"
@@ -42,7 +43,7 @@ struct Commit {
   std::string message, content;
   size_t files = 0;
 
-  explicit Commit(const host::TargetRules &rules = {}) {
+  explicit Commit(const host::TargetRules &rules = {}, const std::function<void()> &lastLook = nullptr) {
     const support::TempDir folder;
     const std::string path = folder.file("a.tif");
     support::writeFile(path, kOld);
@@ -51,10 +52,11 @@ struct Commit {
       host::Target target(path, rules);
       const std::string text = "new";
       target.sink().write(reinterpret_cast<const uint8_t *>(text.data()), text.size());
-      target.commit();
+      target.commit(lastLook);
     } catch (const host::Failure &failure) {
-      EXPECT_EQ(failure.code(), host::kNoWrite);
-      message = std::string(failure.what()).substr(path.size());
+      EXPECT_EQ(failure.code(), lastLook ? host::kStopped : host::kNoWrite);
+      message = failure.what();
+      if (message.starts_with(path)) message.erase(0, path.size());
     }
     content = support::readText(path);
     for ([[maybe_unused]] const auto &entry : std::filesystem::directory_iterator(folder.path())) ++files;
@@ -92,6 +94,17 @@ TEST(Commit, ADiskThatFailsLeavesTheOldFile) {
   EXPECT_EQ(calls, "sync ");
   EXPECT_EQ(failed.content, kOld);
   EXPECT_EQ(failed.files, 1u);
+}
+
+TEST(Commit, AStopDuringTheWaitForTheDiskLeavesTheOldFile) {
+  const Commit stopped({}, [] {
+    calls += "look ";
+    throw host::Failure(RAXEL_HOST_STOPPED, "stopped");
+  });
+  EXPECT_EQ(calls, "sync look ");
+  EXPECT_EQ(stopped.message, "stopped");
+  EXPECT_EQ(stopped.content, kOld);
+  EXPECT_EQ(stopped.files, 1u);
 }
 
 TEST(Commit, ARefusedRenamingLeavesTheOldFile) {
