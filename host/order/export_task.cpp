@@ -162,6 +162,7 @@ bool readNext(Run &run) {
   run.page.dryRun = run.options.dryRun;
   run.picture.reset();  // no page's memory beside the next one's
   run.picture = run.feed.next(gate);
+  if (run.caller.pages) *run.caller.pages = run.feed.known();
   if (!run.picture) return false;
   run.page.input = run.feed.name();
   describe(*run.picture, run.page);

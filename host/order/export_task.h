@@ -19,6 +19,7 @@ struct Caller {
   RaxelHostTemporary temporary = nullptr;
   RaxelHostWrite write = nullptr;                // takes the file of a task without an output
   uint8_t **memory = nullptr;                    // or is where it lies then, the caller's from then on
+  size_t *pages = nullptr;                       // is told how many there are, as far as it is known
   void *context = nullptr;                       // of all of them
   std::function<void(const Report &page)> told;  // of each page that is written
 };

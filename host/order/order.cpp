@@ -24,6 +24,7 @@ struct RaxelHostOrder {
   std::string report;        // of the last run
   uint8_t *bytes = nullptr;  // the file of the last run, where it has no other place
   uint64_t byteCount = 0;
+  size_t pages = 0;  // of that file, as far as they are known
 
   void dropFile() {
     raxelHostFree(bytes);
@@ -100,6 +101,7 @@ void perform(RaxelHostOrder &order, const RaxelHostCalls &calls) {
   caller.temporary = calls.temporary;
   caller.write = calls.write;
   caller.memory = &order.bytes;
+  caller.pages = &order.pages;
   caller.context = calls.context;
   Report report;
   report.input = order.task.inputs.front().name;
@@ -178,6 +180,7 @@ int raxelHostOrderPicture(RaxelHostOrder *order, const RaxelHostPixels *pixels) 
 int raxelHostOrderRun(RaxelHostOrder *order, const RaxelHostCalls *calls) {
   return host::guard(order, [&] {
     order->report.clear();
+    order->pages = order->task.inputs.size();
     order->dropFile();
     host::perform(*order, host::ownCopy(calls));
   });
@@ -198,6 +201,10 @@ const uint8_t *raxelHostOrderBytes(const RaxelHostOrder *order, uint64_t *count)
 
 const char *raxelHostOrderReport(const RaxelHostOrder *order) {
   return order ? order->report.c_str() : "";
+}
+
+uint32_t raxelHostOrderPages(const RaxelHostOrder *order) {
+  return order ? static_cast<uint32_t>(order->pages) : 0;
 }
 
 const char *raxelHostOptions() {

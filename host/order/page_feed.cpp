@@ -21,6 +21,7 @@ void PageFeed::open() {
     left_ = {0};
   }
   std::ranges::reverse(left_);
+  known_ += left_.size() - 1;
 }
 
 std::unique_ptr<Picture> PageFeed::next(const Gate &gate) {

@@ -112,6 +112,11 @@ RAXEL_EXPORT const uint8_t *raxelHostOrderBytes(const RaxelHostOrder *order, uin
 // null; good until the next run.
 RAXEL_EXPORT const char *raxelHostOrderReport(const RaxelHostOrder *order);
 
+// How many pages the file of the run that is under way, or of the last one, has in all, as far as it is
+// known: a file that is not opened yet counts as one page, so that the number may grow while the run goes
+// on. For progress callbacks, in which it may be called. 0 before.
+RAXEL_EXPORT uint32_t raxelHostOrderPages(const RaxelHostOrder *order);
+
 // All options, as the JSON document of raxel-export --help --json. Never null; never freed.
 RAXEL_EXPORT const char *raxelHostOptions(void);
 

@@ -121,6 +121,7 @@ def _declare(library: ctypes.CDLL) -> None:
         "raxelHostOrderMessage": (c_char_p, [order]),
         "raxelHostOrderError": (c_int32, [order]),
         "raxelHostOrderReport": (c_char_p, [order]),
+        "raxelHostOrderPages": (c_uint32, [order]),
         "raxelHostOrderBytes": (c_void_p, [order, POINTER(c_uint64)]),
         "raxelHostInspect": (c_void_p, [c_char_p]),
         "raxelHostQuantize": (

@@ -9,7 +9,7 @@ import threading
 from ctypes import c_size_t, c_ssize_t, c_uint64, c_void_p, py_object
 from queue import SimpleQueue
 from types import TracebackType
-from typing import Callable, Iterable, Optional, Sequence
+from typing import Callable, Iterable, NamedTuple, Optional, Sequence
 
 from . import _library
 from ._error import Stopped, failure
@@ -24,6 +24,9 @@ Progress = Callable[[float], object]
 _PATIENCE = 0.06
 
 
+# What a callback is told of, at most, before the file is in its place.
+_NEARLY = 0.99
+
 # Bytes of any content, to be filled before anyone else sees them.
 _new_bytes = ctypes.PYFUNCTYPE(py_object, c_void_p, c_ssize_t)(("PyBytes_FromStringAndSize", ctypes.pythonapi))
 _bytes_address = ctypes.PYFUNCTYPE(c_void_p, py_object)(("PyBytes_AsString", ctypes.pythonapi))
@@ -37,6 +40,14 @@ def _use_large_pages(start: int, count: int) -> None:
     first, end = -(-start // _LARGE_PAGE) * _LARGE_PAGE, (start + count) // _LARGE_PAGE * _LARGE_PAGE
     if advice is not None and end > first:
         ctypes.CDLL(None).madvise(c_void_p(first), c_size_t(end - first), advice)
+
+
+class _State(NamedTuple):
+    """How far the library is."""
+
+    stage: int
+    part: float  # of the stage
+    pages: int  # of the file, as far as it is known
 
 
 class Order:
@@ -116,12 +127,12 @@ class Order:
         else:
             self._run_here(progress)
 
-    def _calls(self, progress: Callable[[int, float], bool]) -> HostCalls:
+    def _calls(self, progress: Callable[[_State], bool]) -> HostCalls:
         calls = HostCalls()
         calls.size = ctypes.sizeof(HostCalls)
 
         def tell(_context: object, stage: int, part: float, _bytes: int) -> int:
-            return 0 if progress(stage, part) else 1
+            return 0 if progress(_State(stage, part, lib.raxelHostOrderPages(self._handle))) else 1
 
         calls.progress = HostProgress(tell)
         return calls
@@ -133,12 +144,12 @@ class Order:
         failed: list[BaseException] = []
         refused: list[bool] = [False]
         if progress is not None:
-            meter = _Meter(len(self._sources))
+            meter = _Meter()
             hear = progress
 
-            def tell(stage: int, part: float) -> bool:
+            def tell(state: _State) -> bool:
                 try:
-                    refused.append(hear(meter.whole(stage, part)) is False)
+                    refused.append(hear(meter.whole(state)) is False)
                     return not refused[-1]
                 except BaseException as error:
                     failed.append(error)
@@ -155,17 +166,17 @@ class Order:
     def _run_beside(self, progress: Optional[Progress]) -> None:
         """In the main thread: the library works in another, so that Ctrl-C gets through at once and
         ``progress`` is called here."""
-        news: SimpleQueue[Optional[tuple[int, float]]] = SimpleQueue()
+        news: SimpleQueue[Optional[_State]] = SimpleQueue()
         answers: SimpleQueue[bool] = SimpleQueue()
         stopped = threading.Event()
         codes: list[int] = []
 
-        def tell(stage: int, part: float) -> bool:
+        def tell(state: _State) -> bool:
             if stopped.is_set():
                 return False
             if progress is None:
                 return True
-            news.put((stage, part))
+            news.put(state)
             return answers.get() and not stopped.is_set()
 
         calls = self._calls(tell)
@@ -179,7 +190,7 @@ class Order:
                     self.close()
 
         worker = threading.Thread(target=work, name="raxel")
-        meter = _Meter(len(self._sources))
+        meter = _Meter()
         refused = False
         worker.start()
         try:
@@ -188,7 +199,7 @@ class Order:
                 if state is None:
                     break
                 assert progress is not None
-                refused = progress(meter.whole(*state)) is False
+                refused = progress(meter.whole(state)) is False
                 answers.put(not refused)
             worker.join()
         except BaseException:
@@ -205,19 +216,18 @@ class Order:
 
 
 class _Meter:
-    """One fraction, which never falls, of stages that begin anew with each page."""
+    """One fraction, which never falls, of stages that begin anew with each page and of pages that may become more."""
 
-    def __init__(self, pages: int) -> None:
-        self._pages = pages
+    def __init__(self) -> None:
         self._done = -1
         self._stage = _library.WRITING
         self._last = 0.0
 
-    def whole(self, stage: int, part: float) -> float:
+    def whole(self, state: _State) -> float:
         """The part of the whole that a part of a stage comes to."""
-        if stage == _library.PREPARING and self._stage == _library.WRITING:
+        if state.stage == _library.PREPARING and self._stage == _library.WRITING:
             self._done += 1
-        self._stage = stage
-        own = part if stage == _library.WRITING else 0.0
-        self._last = max(self._last, min((max(self._done, 0) + own) / self._pages, 1.0))
+        self._stage = state.stage
+        own = state.part if state.stage == _library.WRITING else 0.0
+        self._last = max(self._last, min((max(self._done, 0) + own) / max(state.pages, 1), _NEARLY))
         return self._last

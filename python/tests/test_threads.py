@@ -18,6 +18,8 @@ from conftest import Array, Shown
 from PIL import Image
 
 import raxel
+from raxel._export import Pictures
+from raxel._options import Value
 
 
 def test_progress_rises_from_0_to_1(tmp_path: Path, large: Array) -> None:
@@ -37,6 +39,34 @@ def test_progress_of_pages(photo: Array) -> None:
     heard: list[float] = []
     raxel.tobytes([photo, photo], progress=heard.append)
     assert heard == sorted(heard) and heard[0] == 0.0 and 0.5 in heard and heard[-1] == 1.0
+
+
+@pytest.mark.parametrize("thread", [False, True])
+def test_progress_of_files_of_pages(tmp_path: Path, photo: Array, thread: bool) -> None:
+    """Each page is its part, also where one file has them all, and the whole is told once, at the end."""
+    five = tmp_path / "five.tif"
+    raxel.save([photo] * 5, five)
+
+    def heard_of(picture: Pictures, **options: Value) -> list[float]:
+        heard: list[float] = []
+
+        def run() -> None:
+            raxel.save(picture, tmp_path / "a.tif", pages=True, progress=heard.append, **options)
+
+        if thread:
+            with ThreadPoolExecutor() as pool:
+                pool.submit(run).result()
+        else:
+            run()
+        assert heard == sorted(heard) and heard[0] == 0.0
+        assert heard[-1] == 1.0 and heard.count(1.0) == 1
+        return heard
+
+    assert {0.2, 0.4, 0.6, 0.8} <= set(heard_of(five))
+    assert {0.25, 0.5, 0.75} <= set(heard_of(five, page="5,1,1,2"))
+    # What is in the second file is known when it is opened: of six pages one is done, then two.
+    assert {0.5, 4 / 6, 5 / 6} <= set(heard_of([photo, five]))
+    assert max(heard_of([five, photo])[:-1]) == 0.99
 
 
 @pytest.mark.parametrize("thread", [False, True])

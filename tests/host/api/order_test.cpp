@@ -303,6 +303,38 @@ TEST(HostOrder, PutsPicturesAndFilesIntoOneFileAsPages) {
   EXPECT_NE(std::string(raxelHostOrderReport(alone.get())).find(grey), std::string::npos);
 }
 
+TEST(HostOrder, TellsHowManyPagesItKnowsOf) {
+  const support::TempDir folder;
+  const std::string three = folder.file("three.tif");
+  const RaxelHostPixels pixels = pixelsOf(kColors, RAXEL_PIXELS_RGB, 3, 2, 3);
+  const Order first = orderOf({{"pages", nullptr}, {"output", three.c_str()}});
+  EXPECT_EQ(raxelHostOrderPages(first.get()), 0u);
+  for (int page = 0; page < 3; ++page) raxelHostOrderPicture(first.get(), &pixels);
+  ASSERT_EQ(raxelHostOrderRun(first.get(), nullptr), RAXEL_HOST_OK);
+  EXPECT_EQ(raxelHostOrderPages(first.get()), 3u);
+
+  // One picture, and three pages of a file, which are known once it is open.
+  const Order order = orderOf({{"pages", nullptr}});
+  raxelHostOrderPicture(order.get(), &pixels);
+  raxelHostOrderFile(order.get(), three.c_str());
+  struct Seen {
+    const RaxelHostOrder *order;
+    int32_t stage;
+    std::vector<uint32_t> pages;  // when each page's writing began
+  } seen{order.get(), RAXEL_STAGE_WRITING, {}};
+  RaxelHostCalls calls{};
+  calls.size = sizeof calls;
+  calls.context = &seen;
+  calls.progress = [](void *context, int32_t stage, double, uint64_t) -> int32_t {
+    Seen &to = *static_cast<Seen *>(context);
+    if (stage > to.stage) to.pages.push_back(raxelHostOrderPages(to.order));
+    to.stage = stage;
+    return 0;
+  };
+  ASSERT_EQ(raxelHostOrderRun(order.get(), &calls), RAXEL_HOST_OK) << raxelHostOrderMessage(order.get());
+  EXPECT_EQ(seen.pages, (std::vector<uint32_t>{2, 4, 4, 4}));
+}
+
 TEST(HostOrder, GoesToACallbackAndStopsWhenAskedTo) {
   const Order order = orderOf({});
   const RaxelHostPixels pixels = pixelsOf(kColors, RAXEL_PIXELS_RGB, 3, 2, 3);
@@ -343,6 +375,7 @@ TEST(HostOrder, AnswersNullWithACode) {
   EXPECT_EQ(raxelHostOrderSet(none, "dpi", "300"), RAXEL_HOST_BAD_ARGUMENT);
   EXPECT_EQ(raxelHostOrderFile(none, "a"), RAXEL_HOST_BAD_ARGUMENT);
   EXPECT_EQ(raxelHostOrderRun(none, nullptr), RAXEL_HOST_BAD_ARGUMENT);
+  EXPECT_EQ(raxelHostOrderPages(none), 0u);
   EXPECT_STREQ(raxelHostOrderMessage(none), "");
   const Order order = orderOf({});
   EXPECT_EQ(raxelHostOrderFile(order.get(), ""), RAXEL_HOST_BAD_ARGUMENT);
