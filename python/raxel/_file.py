@@ -38,8 +38,11 @@ def export_file(
     :param manifest: the file that gets a line of JSON for each picture: ``source``, ``target``, ``sha256``,
         ``bytes``, ``options``, ``seconds`` and what the source was. With ``skip_done`` it is
         ``raxel-manifest.jsonl`` beside the target by default.
-    :param options: as for :func:`raxel.save`.
+    :param options: as for :func:`raxel.save`, but without ``resume``, and without ``progress``: how far a task is,
+        the engine that runs it knows.
     """
+    if "resume" in options:
+        raise TypeError("export_file() has no option 'resume'; skip_done=True does that")
     if skip_done and manifest is None:
         manifest = os.path.join(os.path.dirname(os.fspath(target)), MANIFEST)
     given: dict[str, object] = {**options, "manifest": manifest, "resume": skip_done}

@@ -180,6 +180,10 @@ _PILLOW_CONVERTED = {
 }
 
 
+# Those in which one colour may stand for transparent pixels.
+_PILLOW_KEYED = ("1", "L", "RGB")
+
+
 # How Pillow keeps them: the kind, and the bytes from pixel to pixel and from channel to channel.
 _PILLOW_STORED = {
     "1": (_library.BOOL, 1, 1),
@@ -210,7 +214,10 @@ def _is_pillow(picture: object) -> bool:
 
 
 def _pillow_alpha(image: Any, colors: int) -> Optional[bytes]:
-    """The opacity of each entry of a palette, where some is transparent."""
+    """The opacity of each entry of a palette, where some is transparent: the palette's own, or what the file
+    that it comes from said."""
+    if image.palette is not None and image.palette.mode == "RGBA":
+        return bytes(image.getpalette("RGBA"))[3::4]
     transparency = image.info.get("transparency")
     if isinstance(transparency, bytes):
         return (transparency + b"\xff" * colors)[:colors]
@@ -225,6 +232,11 @@ def _from_pillow(image: Any) -> Source:
         if image.mode in ("LAB", "YCbCr", "HSV"):
             info = {**info, "icc_profile": None}
         image = image.convert(_PILLOW_CONVERTED[image.mode])
+    elif image.mode in _PILLOW_KEYED and isinstance(info.get("transparency"), (int, tuple)):
+        if image.mode == "1":  # whose white is 255, or in some versions of Pillow 1
+            image = image.convert("L")
+            image.info["transparency"] = 255 if info["transparency"] else 0
+        image = image.convert("RGBA")  # pixels of that colour have no opacity
     width, height = image.size
     keep: list[object] = [image]
     if image.mode in _PILLOW_STORED and (rows := _pillow_rows(image)):

@@ -100,6 +100,15 @@ def test_done_is_what_agrees_in_everything(tmp_path: Path, png: Path) -> None:
     assert not export(compress="packbits").skipped
 
 
+def test_what_goes_by_another_name_is_refused(tmp_path: Path, png: Path) -> None:
+    for value in (True, False):
+        with pytest.raises(TypeError, match="skip_done=True does that"):
+            raxel.export_file(png, tmp_path / "a.tif", manifest=tmp_path / "m.jsonl", resume=value)
+    with pytest.raises(TypeError, match="no option 'progress'"):
+        raxel.export_file(png, tmp_path / "a.tif", progress=print)  # type: ignore[arg-type]
+    assert sorted(os.listdir(tmp_path)) == ["photo.png"]
+
+
 def test_a_cut_line_spoils_no_other(tmp_path: Path, png: Path) -> None:
     manifest = tmp_path / raxel.MANIFEST
     manifest.write_text('{"source":"a.png","tar')

@@ -110,6 +110,49 @@ def test_pillow_palette_with_transparency(shown: Shown) -> None:
     assert shown(raxel.tobytes(image)).tolist() == [[[1, 2, 3], white], [[1, 2, 3], [1, 2, 3]]]
 
 
+def test_pillow_palette_with_opacity(photo: Array, shown: Shown) -> None:
+    """Of the palette itself, as Pillow makes it from RGBA; pixels show as much of what is under them."""
+    image = Image.new("P", (2, 2))
+    image.putpalette([1, 2, 3, 255, 40, 50, 60, 0], "RGBA")
+    image.putpixel((1, 0), 1)
+    red = [255, 0, 0]
+    expected = [[[1, 2, 3], red], [[1, 2, 3], [1, 2, 3]]]
+    assert shown(raxel.tobytes(image, background="red")).tolist() == expected
+    layered = np.dstack([photo, np.where(photo[:, :, 0] < 100, 0, 255).astype(np.uint8)])
+    few = Image.fromarray(layered, "RGBA").quantize(16)
+    assert few.mode == "P"
+    seen = np.asarray(few.convert("RGBA")).astype(int)
+    opacity = seen[:, :, 3:] / 255
+    assert opacity.min() < 0.1
+    expected_pixels = seen[:, :, :3] * opacity + np.array(red) * (1 - opacity)
+    got = shown(raxel.tobytes(few, background="red")).astype(int)
+    assert np.abs(got - expected_pixels).max() <= 1
+
+
+@pytest.mark.parametrize(
+    "mode, pixels, key, color",
+    [
+        ("L", [7, 9], 9, 7),
+        ("RGB", [(1, 2, 3), (4, 5, 6)], (4, 5, 6), (1, 2, 3)),
+        ("1", [0, 255], 255, 0),
+        ("1", [0, 255], 1, 0),
+        ("1", [255, 0], 0, 255),
+    ],
+)
+def test_pillow_color_that_stands_for_nothing(shown: Shown, mode: str, pixels: list[Any], key: Any, color: Any) -> None:
+    """As PNG has it: a picture without opacity, and one colour of it that is transparent."""
+    image = Image.new(mode, (2, 2), pixels[0])
+    image.putpixel((1, 0), pixels[1])
+    image.info["transparency"] = key
+    first = list(color) if mode == "RGB" else [color] * 3
+    expected = [[first, [255, 0, 0]], [first, first]]
+    assert shown(raxel.tobytes(image, mode="rgb", background="red")).tolist() == expected
+    file = io.BytesIO()
+    image.save(file, format="PNG", transparency=key)
+    file.seek(0)
+    assert shown(raxel.tobytes(Image.open(file), mode="rgb", background="red")).tolist() == expected
+
+
 def test_pillow_resolution(photo: Array) -> None:
     image = Image.fromarray(photo)
     image.info["dpi"] = (200, 100)
