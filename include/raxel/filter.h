@@ -50,15 +50,17 @@ RAXEL_EXPORT void fltLoadPointers(FilterLoadRecord *record);
 
 // 0x02000005. Every version query of the library gives this number.
 RAXEL_EXPORT uint32_t KVLGetFilterVersion(void);
-#ifndef RAXEL_NO_SHORT_NAMES  // zero, one
 // Data for the host; no code of the library reads them.
 RAXEL_EXPORT extern uint16_t FilterVersion;        // 1
 RAXEL_EXPORT extern uint16_t FilterID;             // 18
 RAXEL_EXPORT extern int32_t NUM_GDSF_CHARSETS;     // alternative character sets: 0
 RAXEL_EXPORT extern uint8_t GDSF_CHARSETLIST[34];  // zeros
 RAXEL_EXPORT extern char DebugStr[80];             // zeros
-RAXEL_EXPORT extern double zero;                   // 0.0
-RAXEL_EXPORT extern double one;                    // 1.0
+
+#ifndef RAXEL_NO_SHORT_NAMES  // zero, one
+// The same, with names that an application may have for itself.
+RAXEL_EXPORT extern double zero;  // 0.0
+RAXEL_EXPORT extern double one;   // 1.0
 #endif
 // ---- The host status record
 //

@@ -62,27 +62,27 @@ RAXEL_EXPORT int32_t TermColorLib(Handle context);
 // Returns 0, or -1 when something is missing or there is no memory.
 RAXEL_EXPORT int32_t direct_indexed(const uint8_t *rows, uint32_t width, int16_t height, uint16_t *count,
                                     uint16_t mode, uint8_t *table, Handle context);
-#ifndef RAXEL_NO_SHORT_NAMES  // HeapSort, clrswap, split
 // The steps of the median cut. All positions count from the list's first entry.
 //
 // Measures the box over the entries first to last.
 RAXEL_EXPORT void getCRectData(ColorBox *box, const ColorFreq *list, int16_t first, int16_t last);
+// Lets the entry at start sink in the heap that ends at position last, included.
+RAXEL_EXPORT void AdjustHeap(ColorFreq *list, int16_t axis, int32_t start, int32_t last);
+// The position after which to cut a sorted box. The list is read one entry past the box.
+RAXEL_EXPORT int32_t find_median(const ColorFreq *list, const ColorBox *box);
+// The slot of the box with the most pixels that can be split, the lowest of equals; 0 when none can.
+RAXEL_EXPORT int32_t GetMaxHistSum(const ColorBox *boxes, const uint16_t *states, uint16_t colorCount);
+#ifndef RAXEL_NO_SHORT_NAMES  // HeapSort, clrswap, split
 // Sorts n entries by one channel, ascending: axis 0 red, 1 green, any other blue. The list holds n + 1
 // entries: the one past the box takes part in the heap and may change places with one of the box.
 RAXEL_EXPORT void HeapSort(ColorFreq *list, int16_t axis, uint16_t n);
-// Lets the entry at start sink in the heap that ends at position last, included.
-RAXEL_EXPORT void AdjustHeap(ColorFreq *list, int16_t axis, int32_t start, int32_t last);
 // Exchanges two entries; does nothing when one is missing.
 RAXEL_EXPORT void clrswap(ColorFreq *a, ColorFreq *b);
-// The position after which to cut a sorted box. The list is read one entry past the box.
-RAXEL_EXPORT int32_t find_median(const ColorFreq *list, const ColorBox *box);
 // Splits the box of a slot into the two lowest free slots, frees its slot and adds 1 to *nBoxes.
 //   boxes, states  colorCount of each
 // Returns 1, or 0 when an argument is null or the slot is none of colorCount.
 RAXEL_EXPORT int32_t split(ColorBox *boxes, uint16_t slot, uint16_t median, uint16_t *nBoxes,
                            uint16_t *states, const ColorFreq *list, uint16_t colorCount);
-// The slot of the box with the most pixels that can be split, the lowest of equals; 0 when none can.
-RAXEL_EXPORT int32_t GetMaxHistSum(const ColorBox *boxes, const uint16_t *states, uint16_t colorCount);
 #endif
 RAXEL_END
 

@@ -2,9 +2,9 @@
 // The whole of raxel's interface.
 //
 // Some names of the library are words that an application may want for itself. Where RAXEL_NO_SHORT_NAMES
-// is defined before the first of these headers is included, they leave such names out, each with the
-// declarations that go with it; the line that does so says which they are. dlsym still finds them. The
-// headers of libraxelhost (raxel/host.h) declare no name of the filter.
+// is defined before the first of these headers is included, they leave such names out and no others; the
+// line that does so says which they are. dlsym still finds them. The headers of libraxelhost (raxel/host.h)
+// declare no name of the filter.
 #ifndef RAXEL_RAXEL_H
 #define RAXEL_RAXEL_H
 

@@ -38,6 +38,16 @@ done
 for name in $(echo "$all" | grep -x '[a-z]*'); do
   echo "$short" | grep -qx "$name" || fault "$name: no header says that it declares this short name"
 done
+# Nothing else goes with them.
+declared() {
+  echo '#include "raxel/raxel.h"' | "$cc" -std=c99 -E -P "$@" -I"$include" - |
+    grep -oE '[A-Za-z_][A-Za-z_0-9]*[[(;]' | tr -d '[(;' | LC_ALL=C sort -u
+}
+declared -UNONE >"$work/full"
+declared -DRAXEL_NO_SHORT_NAMES >"$work/less"
+echo "$all" | LC_ALL=C sort >"$work/all"
+gone=$(LC_ALL=C comm -23 "$work/full" "$work/less" | LC_ALL=C comm -12 - "$work/all" | xargs)
+test "$gone" = "$(echo $short)" || fault "with RAXEL_NO_SHORT_NAMES these go: $gone"
 # Each header says what it declares itself.
 for header in "$include"/raxel/*.h; do
   for name in $(sed -nE 's,^#ifndef RAXEL_NO_SHORT_NAMES  // (.*)$,\1,p' "$header" | tr ',' ' '); do
