@@ -1,14 +1,27 @@
 # SPDX-License-Identifier: MIT
-"""The programs of docs/python.md run as they stand there, one after the other."""
+"""The programs of the documents run as they stand there, one after the other."""
 
 from __future__ import annotations
 
 from pathlib import Path
 from typing import Any
 
+import numpy as np
 import pytest
+from conftest import Array, Shown
 from documents import blocks
 from PIL import Image, ImageDraw
+
+
+def test_the_way_in(tmp_path: Path, photo: Array, shown: Shown, monkeypatch: pytest.MonkeyPatch) -> None:
+    """What README.md says that Python can do, with pixels as the reader has them."""
+    (program,) = [block for part in blocks("../README.md").values() for block in part if "import raxel" in block]
+    monkeypatch.chdir(tmp_path)
+    exec(compile(program, program, "exec"), {"pixels": photo})
+    (made,) = tmp_path.iterdir()
+    assert np.array_equal(shown(made.read_bytes()), photo)
+    with Image.open(made) as image:
+        assert image.info["compression"] == "tiff_lzw"
 
 
 def test_every_program(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:

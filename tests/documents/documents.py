@@ -15,6 +15,10 @@ import sys
 import tempfile
 
 
+# Where what the documents name in code of its own is to be found.
+FOLDERS = r"src|host|include|tests|docs|examples|samples|bench|fuzz|python|debian|cmake|\.ci"
+
+
 def pages(source):
     """All documents, as (path from the root, text)."""
     names = subprocess.run(["git", "-C", source, "ls-files", "--cached", "--others", "--exclude-standard", "*.md"],
@@ -49,22 +53,47 @@ def links(source):
                 faults.append(f"{name}: {target}: there is no {path}")
             elif place and place not in anchors.get(path, ()):
                 faults.append(f"{name}: {target}: {path} has no such heading")
-        for path in re.findall(r"`((?:src|host|include|tests|docs|examples|samples|bench|fuzz)/[\w./-]+\.\w+)`", text):
+        for path in re.findall(rf"`((?:{FOLDERS})/[\w./-]+)`", text):
             seen += 1
-            if not os.path.exists(os.path.join(source, path)):
+            # `src/folder/name` may stand for a header and its source.
+            if not any(os.path.exists(os.path.join(source, path + end)) for end in ("", ".h")):
                 faults.append(f"{name}: there is no {path}")
+        for line in re.findall(r"^    (?:\w+=\S+ )*(\S*bench/\w.*)$", text, re.M):
+            seen += 1
+            faults += [f"{name}: {line}: {what}" for what in missing_of(source, line)]
     return faults, f"{seen} links", seen > 40
+
+
+def missing_of(source, line):
+    """What a line that measures speaks of and there is not: a script with its options, or a program built from one file."""
+    path, *words = line.split()
+    file = os.path.join(source, path if path.endswith(".py") else f"bench/{os.path.basename(path)}.cpp")
+    if not os.path.exists(file):
+        return [f"there is no {path}"]
+    if not path.endswith(".py"):
+        return []
+    with open(file, encoding="utf-8") as text:
+        program = text.read()
+    options = [word for word in words if word.startswith("--")]
+    names = [name for option, value in zip(words, words[1:]) if option == "--only" for name in value.split(",")]
+    return [f"it does not know {word}" for word in options if f'add_argument("{word}"' not in program] + \
+        [f"it does not know {name}" for name in names if f'"{name}": ' not in program]
 
 
 def commands(source, build):
     """Runs what stands in code of its own and begins with raxel-export, ./dev export or printf."""
     faults, ran = [], 0
     with open(os.path.join(source, "dev"), encoding="utf-8") as text:
-        known = set(re.findall(r"^## (\w+)", text.read(), re.M))
+        helps = re.findall(r"^## (\w+)(.*)", text.read(), re.M)
+    known = {word for word, _ in helps}
     for name, text in pages(source):
         # Those have pictures of their own: tests/cli/recipes.py, python/tests/test_machines.py.
         if name in ("docs/recipes.md", "docs/machines.md"):
             continue
+        for word, options in re.findall(r"`\./dev (\w+)([^`\n]*)`", text):
+            if not all(any(word == name and option in told for name, told in helps)
+                       for option in re.findall(r"--\w+", options) or [""]):
+                faults.append(f"{name}: ./dev {word}{options}: there is no such command")
         with tempfile.TemporaryDirectory() as folder:
             os.symlink(os.path.join(source, "samples"), os.path.join(folder, "samples"))
             environment = {"PATH": build + ":/usr/bin:/bin", "LC_ALL": "C", "HOME": folder}
