@@ -2,6 +2,7 @@
 #include "order/manifest_lines.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -109,6 +110,9 @@ void checkManifest(const std::string &path) {
 
 void appendToManifest(const std::string &path, const std::string &text) {
   const int fd = openForLines(path);
+  // Nobody else appends meanwhile: half of his line would look like one that was cut. Where a disk has no
+  // locks, that costs an empty line at most.
+  while (flock(fd, LOCK_EX) != 0 && errno == EINTR) continue;
   // A line that a full disk has cut must not spoil this one.
   const std::string line = (endsInALine(fd) ? "" : "\n") + text + "\n";
   const ssize_t put = write(fd, line.data(), line.size());

@@ -2,8 +2,11 @@
 #include "order/manifest.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
+#include <sstream>
 
 #include "failure.h"
 #include "order/digest.h"
@@ -74,6 +77,42 @@ TEST(Digest, IsSha256OfFilesOneAfterTheOther) {
   EXPECT_EQ(host::digestOf({}), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
   EXPECT_EQ(codeOf([&] { host::digestOf({folder.file("missing")}); }), host::kNoInput);
   EXPECT_EQ(codeOf([&] { host::digestOf({folder.path()}); }), host::kNoInput);
+}
+
+TEST(Manifest, HasEveryLineOfManyWhoAppendAtOnce) {
+  const support::TempDir folder;
+  const std::string path = folder.file("m.jsonl");
+  constexpr size_t kWriters = 4, kLines = 100;
+  // Of many pages, which a disk may show one after the other.
+  const auto lineBy = [](size_t writer, size_t number) {
+    return "{\"target\":\"" + std::string(20'000 + number, static_cast<char>('a' + writer)) + "\"}";
+  };
+  std::array<pid_t, kWriters> writers{};
+  for (size_t writer = 0; writer < kWriters; ++writer) {
+    writers[writer] = fork();
+    ASSERT_GE(writers[writer], 0);
+    if (writers[writer] != 0) continue;
+    const host::Exit exit = codeOf([&] {
+      for (size_t number = 0; number < kLines; ++number)
+        host::appendToManifest(path, lineBy(writer, number));
+    });
+    _exit(exit);
+  }
+  for (const pid_t writer : writers) {
+    int status = -1;
+    EXPECT_EQ(waitpid(writer, &status, 0), writer);
+    EXPECT_EQ(status, 0);
+  }
+  std::istringstream text(support::readText(path));
+  std::array<size_t, kWriters> seen{};
+  size_t lines = 0;
+  for (std::string line; std::getline(text, line); ++lines) {
+    ASSERT_GT(line.size(), 20'000u) << line;
+    const auto writer = static_cast<size_t>(line[11] - 'a');
+    ASSERT_LT(writer, kWriters) << line.substr(0, 40);
+    ASSERT_TRUE(line == lineBy(writer, seen[writer]++)) << line.substr(0, 40);
+  }
+  EXPECT_EQ(lines, kWriters * kLines);
 }
 
 TEST(Manifest, HasTheLastWholeLineOfATarget) {
