@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The package and its tests as a type checker sees them."""
+"""The package as a type checker sees it, and its documentation."""
 
 from __future__ import annotations
 

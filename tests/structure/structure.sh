@@ -99,13 +99,14 @@ case $check in
     ! { sources src include; ls $library; } | xargs grep -nE '"([^"]*[^"-])?-(-[a-z]|[a-zA-Z][ ,;"])'
     ;;
   licence)
-    # Every source, header, script and build file begins with its licence, after "#!" where it has that.
+    # Every source, header, script, build file and page begins with its licence, after "#!" or the name of a manual
+    # page where it has that.
     find .ci cmake debian dev docs bench examples fuzz host include python samples src tests CMakeLists.txt -type f \
       ! -path '*/__pycache__/*' 2>/dev/null | grep -E \
-      '\.(cpp|h|c|py|pyi|sh|awk|cmake|cmake\.in|map)$|(^|/)CMakeLists\.txt$|^dev$|^\.ci/run$|^debian/(rules|tests/(command|cmake|pkg-config|python))$' |
+      '\.(cpp|h|c|py|pyi|sh|awk|cmake|cmake\.in|map|pc\.in|scd|rst)$|(^|/)CMakeLists\.txt$|^dev$|^\.ci/run$|^debian/(rules|tests/[a-z-]+)$' |
       LC_ALL=C sort | xargs awk '
-      FNR == 1 { ++seen; wanted = /^#!/ ? 2 : 1 }
-      FNR == wanted && !/^(\/\/|#) SPDX-License-Identifier: MIT$/ {
+      FNR == 1 { ++seen; wanted = /^#!/ || FILENAME ~ /\.scd$/ ? 2 : 1 }
+      FNR == wanted && !/^(\/\/|#|;|\.\.) SPDX-License-Identifier: MIT$/ {
         print FILENAME ": its first line, or the one after #!, should be: SPDX-License-Identifier: MIT (as a comment)"
         bad = 1
       }
