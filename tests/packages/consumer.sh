@@ -86,9 +86,10 @@ case $road in
     same "files installed" "$(find "$work/place" -type f)" ""
     ;;
   fetch)
-    # What comes of it is add_subdirectory: here that targets and headers are found.
+    # What comes of it is add_subdirectory: here the filter alone, and that the target of libraxelhost is found.
     configure -DROAD=fetch -DSOURCE="$source"
-    quietly cmake --build made --target CMakeFiles/loads.dir/loads.c.o CMakeFiles/exports.dir/exports.c.o
+    quietly cmake --build made --target loads CMakeFiles/exports.dir/exports.c.o
+    loads made/loads
     ;;
   filter-alone)
     # Only what the filter installs, from the build that is there.
