@@ -58,7 +58,7 @@ class Order:
         if not self._handle:
             raise MemoryError
         self._sources = sources  # borrowed by the library
-        self._abandoned = False
+        self._lent = False  # to a thread, which closes it if nobody waits
         try:
             for name, value in options:
                 encoded = None if value is None else value.encode("utf-8", "surrogateescape")
@@ -78,7 +78,7 @@ class Order:
     def __exit__(
         self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
     ) -> None:
-        if not self._abandoned:
+        if not self._lent:
             self.close()
 
     def close(self) -> None:
@@ -168,7 +168,7 @@ class Order:
         ``progress`` is called here."""
         news: SimpleQueue[Optional[_State]] = SimpleQueue()
         answers: SimpleQueue[bool] = SimpleQueue()
-        stopped = threading.Event()
+        stopped, ended, lock = threading.Event(), threading.Event(), threading.Lock()
         codes: list[int] = []
 
         def tell(state: _State) -> bool:
@@ -183,17 +183,23 @@ class Order:
 
         def work() -> None:
             try:
-                codes.append(lib.raxelHostOrderRun(self._handle, ctypes.byref(calls)))
+                if not stopped.is_set():
+                    codes.append(lib.raxelHostOrderRun(self._handle, ctypes.byref(calls)))
             finally:
                 news.put(None)
-                if self._abandoned:
+                with lock:
+                    ended.set()
+                    is_alone = stopped.is_set()
+                if is_alone:
                     self.close()
 
         worker = threading.Thread(target=work, name="raxel")
         meter = _Meter()
         refused = False
-        worker.start()
+        # An interrupt may come anywhere from here on: the order is the thread's until that has ended.
+        self._lent = True
         try:
+            worker.start()
             while True:
                 state = news.get()
                 if state is None:
@@ -202,13 +208,15 @@ class Order:
                 refused = progress(meter.whole(state)) is False
                 answers.put(not refused)
             worker.join()
+            self._lent = False
         except BaseException:
-            self._abandoned = True
-            stopped.set()
+            with lock:
+                stopped.set()
+                is_left = ended.is_set()
             answers.put(False)
-            worker.join(_PATIENCE)
-            if not worker.is_alive() and self._handle:
+            if is_left:
                 self.close()
+            ended.wait(_PATIENCE)
             raise
         self._end(codes[0], refused)
         if progress is not None:

@@ -179,6 +179,12 @@ def interrupt():
         time.sleep(0.002)
     os.kill(os.getpid(), signal.SIGINT)
 threading.Thread(target=interrupt).start()
+if sys.argv[3] == "soon":
+    begin = threading.Thread.start
+    def start(thread):
+        begin(thread)
+        time.sleep(60)
+    threading.Thread.start = start
 try:
     raxel.save(np.zeros((8, 8, 3), np.uint8), sys.argv[1], **eval(sys.argv[2]))
 except KeyboardInterrupt:
@@ -188,14 +194,21 @@ for gate in os.listdir(gates):
 """
 
 
-@pytest.mark.parametrize("options", ["{}", "{'as_is': True}", "{'pages': True}"], ids=["picture", "as-is", "pages"])
-def test_an_interrupt_while_the_disk_takes_its_time_leaves_the_old_file(tmp_path: Path, options: str) -> None:
+@pytest.mark.parametrize(
+    "options, when",
+    [("{}", "later"), ("{'as_is': True}", "later"), ("{'pages': True}", "later"), ("{}", "soon")],
+    ids=["picture", "as-is", "pages", "starting"],
+)
+def test_an_interrupt_while_the_disk_takes_its_time_leaves_the_old_file(
+    tmp_path: Path, options: str, when: str
+) -> None:
+    """Wherever Python is: soon means that it has not come back from starting the thread that works."""
     path, gates = tmp_path / "a.tif", tmp_path / "gates"
     path.write_bytes(OLD)
     gates.mkdir()
     slow = str(Path(os.environ["RAXEL_BUILD"]) / "tests" / "cli" / "libslow_disk.so")
     done = subprocess.run(
-        [sys.executable, "-c", SLOW_DISK, str(path), options], capture_output=True, text=True, timeout=60,
+        [sys.executable, "-c", SLOW_DISK, str(path), options, when], capture_output=True, text=True, timeout=60,
         env={**os.environ, "LD_PRELOAD": slow, "RAXEL_SLOW_DISK": str(gates)},
     )
     assert (done.returncode, done.stdout) == (0, "stopped\n"), done.stderr
