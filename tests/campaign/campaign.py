@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: MIT
 """The long tests, one after the other, until all are through or the time is up.
 
-    campaign.py --build FOLDER --source FOLDER [--hours H]   run what is left; `./dev campaign [HOURS]` builds first
+    campaign.py --build FOLDER --source FOLDER [--hours H] [--only PART]
+                                                              run what is left; `./dev campaign [HOURS]` builds first
     campaign.py --source FOLDER --add PART COMMAND FIGURE     note what was measured by another command
     campaign.py --source FOLDER --document [--check]          write the table of docs/reliability.md, or compare it
 
@@ -57,7 +58,7 @@ def parts(source):
         found.append(Part("golden", python(f"campaign/{os.path.basename(path)}")))
     if os.path.exists(os.path.join(source, "tests/campaign/mutants.py")):
         found.append(Part("mutation", "/usr/bin/python3 tests/campaign/mutants.py --source . --work build/campaign/mutants --seconds {seconds}"))
-    targets = sorted(os.path.basename(each)[:-len(".cpp")] for each in glob.glob(os.path.join(source, "fuzz/*_fuzz.cpp")))
+    targets = sorted(os.path.basename(each)[:-len("_fuzz.cpp")] for each in glob.glob(os.path.join(source, "fuzz/*_fuzz.cpp")))
     found.append(Part("fuzzing", "./dev fuzz {seconds}", targets))
     return [part for part in found if "tests/" not in part.command or os.path.exists(os.path.join(source, re.search(r"tests/\S+\.py|$", part.command)[0]))]
 
@@ -69,7 +70,7 @@ def figure_of(said):
         if line.startswith("{"):
             figure.update(json.loads(line))
         for pattern, name in ((r": (\d+) passed, \d+ failed", "checks"), (r"\[  PASSED  \] (\d+) test", "tests"),
-                              (r"^[^:]*: Done (\d+) runs", "executions")):
+                              (r"^dev: (\d+) executions", "executions")):
             if counted := re.search(pattern, line):
                 figure[name] = figure.get(name, 0) + int(counted[1])
         if failed := re.search(r": \d+ passed, (\d+) failed|\[  FAILED  \] (\d+) test", line):
@@ -130,14 +131,17 @@ class Campaign:
             self.save()
         figure = add_up(units[unit] for unit in part.units)
         if "left out" not in figure:
-            note(self.source, part.name, part.command.format(build="build/release", seconds="SECONDS"), figure)
+            ends = [""] if len(part.units) == 1 else [f" {part.units[0]}", f" to {part.units[-1]}"]
+            note(self.source, part.name, part.command.format(build="build/release", seconds="SECONDS") + "".join(ends), figure)
         del self.state[part.name]
         self.save()
         return not figure.get("failed")
 
-    def run(self):
+    def run(self, only=None):
         fine = True
         for part in parts(self.source):
+            if only not in (None, part.name):
+                continue
             went = self.part(part)
             if went is None:
                 print("campaign: the time is up; it goes on from here the next time")
@@ -234,6 +238,7 @@ def main():
     arguments.add_argument("--source", required=True)
     arguments.add_argument("--build")
     arguments.add_argument("--hours", type=float)
+    arguments.add_argument("--only", metavar="PART")
     arguments.add_argument("--add", nargs=3, metavar=("PART", "COMMAND", "FIGURE"))
     arguments.add_argument("--document", action="store_true")
     arguments.add_argument("--check", action="store_true")
@@ -248,7 +253,7 @@ def main():
         if not fine:
             print(f"{DOCUMENT} does not have the figures of {RECORD}: ./dev campaign --document")
         return 0 if fine else 1
-    return Campaign(source, os.path.realpath(wanted.build), wanted.hours).run()
+    return Campaign(source, os.path.realpath(wanted.build), wanted.hours).run(wanted.only)
 
 
 if __name__ == "__main__":
