@@ -54,7 +54,7 @@ class Page {
     picture.width = input.byte() % 70;
     picture.height = input.byte() % 50;
     const size_t rowBytes = (size_t{picture.width} * picture.bits + 7) / 8;
-    picture.stride = rowBytes + (input.once(4) ? input.byte() % 16 : 0);
+    picture.stride = rowBytes + (input.once(4) ? input.byte() % 16u : 0u);
     if (input.once(32)) picture.stride = rowBytes / 2;  // refused, and so never read
     // The last row may end with its pixels.
     const size_t count = picture.height == 0 ? 0 : picture.stride * (picture.height - 1) + rowBytes;
