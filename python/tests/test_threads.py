@@ -115,7 +115,8 @@ def seconds(**options):
     start = time.monotonic()
     raxel.tobytes(picture, **options)
     return time.monotonic() - start
-delay = 0.08
+whole = raxel.tobytes(picture, **options)
+delay = min(0.08, seconds(**options) / 2)
 if options.get("verify"):
     delay = (seconds(**{**options, "verify": False}) + seconds(**options)) / 2
 def interrupt():
@@ -139,8 +140,10 @@ for _ in range(3):
     for thread in threading.enumerate():
         if thread.name == "raxel":
             thread.join()
-    with open(target, "rb") as now:
-        tries.append(None if finished else [took, now.read().decode()])
+    with open(target, "rb") as file:
+        now = file.read()
+    # An interrupt may also come when the new file has taken the old one's place.
+    tries.append(None if finished or now == whole else [took, now[:200].decode("latin-1")])
 print(json.dumps(tries))
 """
 
@@ -165,7 +168,7 @@ def test_an_interrupt_stops_at_once_and_the_old_file_stays(tmp_path: Path, what:
     done = subprocess.run([sys.executable, "-c", INTERRUPTED, *arguments], capture_output=True, text=True, check=True)
     stopped = [attempt for attempt in json.loads(done.stdout) if attempt]
     assert stopped and min(took for took, _ in stopped) < 100, done.stdout
-    assert {content.encode() for _, content in stopped} == {OLD}
+    assert {content.encode("latin-1") for _, content in stopped} == {OLD}
     assert set(os.listdir(tmp_path)) <= {"a.tif", "source.png"}
 
 
