@@ -215,6 +215,30 @@ TEST_F(Cells, TheWindowCutsTheArraysOwnColumns) {
   EXPECT_EQ(placed(120, 24, -24, pixels), colors);
 }
 
+// Two arrays of a row each: the second lies where rows of one bit a pixel put it, 4 bytes on.
+TEST_F(Cells, PrecisionMinus32768IsOneBitInAnArrayToo) {
+  host.openBody(20, 2);
+  host.beginRaster(20, 2, -32768);
+  // The bytes behind a row are none of it.
+  for (const std::vector<uint8_t> &row : {numberedRows(8, 1, 0xA1), numberedRows(8, 1, 0xB1)}) {
+    auto record = Host::cellArray(20, 1, -32768, {});
+    Host::put(record, 102, row.data());
+    EXPECT_EQ(host.send(record), 0);
+  }
+  EXPECT_EQ(bufferRows(1), (std::vector<uint8_t>{0xA1, 0xA2, 0xA3, 0xA4, 0xB1, 0xB2, 0xB3, 0xB4}));
+}
+
+// An array's own columns count, not those that begin raster announced: rows of 4 bytes stand 4 apart in
+// the source and in the buffer, whose rows are 8 long.
+TEST_F(Cells, AnArrayNarrowerThanAnnouncedHasItsOwnWidth) {
+  host.openBody(8, 2);
+  host.beginRaster(8, 2, 8);
+  std::vector<uint8_t> pixels(16, 99);
+  for (uint8_t i = 0; i < 8; ++i) pixels[i] = static_cast<uint8_t>(i + 1);
+  EXPECT_EQ(host.send(Host::cellArray(4, 2, 8, pixels)), 0);
+  EXPECT_EQ(bufferRows(1), (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 7, 8, 0, 0, 0, 0, 0, 0, 0, 0}));
+}
+
 TEST_F(Cells, ColorTreatmentAppliesToColorRows) {
   host.settings().nColorMode = RAXEL_STORED_COLORS_INVERT;  // every channel inverted
   host.openBody(1, 2);
@@ -316,6 +340,21 @@ TEST_F(Cells, AFramedIndexedPictureTakesItsPaletteFromTheColorTable) {
   EXPECT_EQ(file.value(320, 0, 1), 2570u);
   EXPECT_EQ(file.value(320, 0, 256), 514u);
   EXPECT_EQ(file.value(320, 0, 513), 7710u);
+}
+
+// 25.4 / 0.127 dots per inch; the picture is written at its own resolution.
+TEST_F(Cells, AFramedPictureHasTheResolutionOfTheViewport) {
+  host.openBody(4, 2, 0.127);
+  host.beginRaster(4, 2, 24);
+  EXPECT_EQ(host.send(Host::cellArray(4, 2, 24, std::vector<uint8_t>(24, 7))), 0);
+  EXPECT_EQ(host.endRaster(), 0);
+  host.finish();
+  const auto bytes = support::readFile(dir.file("cells.tif"));
+  const auto file = support::readTiff(bytes);
+  ASSERT_TRUE(file.ok()) << file.error;
+  EXPECT_EQ(file.value(282), 200u);
+  EXPECT_EQ(file.value(283), 200u);
+  EXPECT_EQ(file.width(), 4u);
 }
 
 // The frame goes the way of every picture, and that way's progress is for the settings' own status record.

@@ -90,6 +90,58 @@ TEST_F(WideTarget, TheCallersBlockStaysAsLongAsItWas) {
   GlobalFree(pixels);
 }
 
+// Pixels of 0.254 mm: 100 dots per inch are a target of the array's own size, 50 half of it, 200 twice.
+class OtherWidth : public testing::Test {
+ protected:
+  OtherWidth() : host(dir.file("width.tif")) {
+    host.settings().nResolutionMode = RAXEL_STORED_RESOLUTION_USER;
+    host.settings().tiff.nYResolution = 100;
+  }
+
+  // The rows of the file that an array of 8 by 4 pixels becomes, whose bytes are 0 to 95.
+  std::vector<uint8_t> rowsAt(int16_t xResolution, uint32_t expectedWidth) {
+    host.settings().tiff.nXResolution = xResolution;
+    host.openBody(8, 4, 0.254);
+    std::vector<uint8_t> pixels(96);
+    for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<uint8_t>(i);
+    EXPECT_EQ(host.send(Host::cellArray(8, 4, 24, pixels)), 0);
+    EXPECT_EQ(host.calls.back().values[3], 50u);
+    EXPECT_EQ(host.calls.size(), 2u) << "the start of the session, and half-way: nothing was scaled";
+    host.finish();
+    const auto bytes = support::readFile(dir.file("width.tif"));
+    const auto file = support::readTiff(bytes);
+    EXPECT_TRUE(file.ok()) << file.error;
+    EXPECT_EQ(file.width(), expectedWidth);
+    EXPECT_EQ(file.height(), 4u);
+    return support::uncompressedRows(file);
+  }
+
+  // The bytes from `first` on, the first and third of each three exchanged.
+  static void addPixels(std::vector<uint8_t> &out, int first, int pixels) {
+    for (int at = first; at < first + 3 * pixels; at += 3) {
+      for (const int channel : {2, 1, 0}) out.push_back(static_cast<uint8_t>(at + channel));
+    }
+  }
+
+  support::TempDir dir;
+  Host host;
+};
+
+// The heights are equal, so nothing is shrunk: rows of 12 bytes are read where 24 were meant, from the
+// fourth one down.
+TEST_F(OtherWidth, ANarrowerTargetAloneShrinksNothing) {
+  std::vector<uint8_t> expected;
+  for (const int row : {3, 2, 1, 0}) addPixels(expected, row * 12, 4);
+  EXPECT_EQ(rowsAt(50, 4), expected);
+}
+
+// Nor is anything stretched: rows of 48 bytes take the block for two, and the upper two are zeros.
+TEST_F(OtherWidth, AWiderTargetAloneStretchesNothing) {
+  std::vector<uint8_t> expected(2 * 48);
+  for (const int row : {1, 0}) addPixels(expected, row * 48, 16);
+  EXPECT_EQ(rowsAt(200, 16), expected);
+}
+
 class TakenAway : public testing::Test {
  protected:
   TakenAway() : host(dir.file("gone.tif")) {}
