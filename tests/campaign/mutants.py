@@ -3,18 +3,25 @@
 """Changes one operator, constant or condition of the library at a time, and sees whether a test notices.
 
     mutants.py --source FOLDER --work FOLDER [--number N] [--seconds S] [--files PATTERN] [--again]
+    mutants.py --source FOLDER --check
 
 The sources are copied to the work folder and built there. What has become of each change is a line of
 results.jsonl in it, so that a run which is stopped goes on with the changes that are left; --again tries those
 that no test had noticed once more. Ends with the share of those that were noticed, and names the others.
+
+Some changes cannot be noticed: a table that begins with other room, a check that another one makes as well. They
+stand in equivalent.txt with the reason, by the text of their line, and count as no survivors. --check tells
+which of its rows are about a line or a change that is no more.
 """
 
 import argparse
+import collections
 import fnmatch
 import json
 import os
 import random
 import re
+import resource
 import shutil
 import signal
 import subprocess
@@ -39,10 +46,15 @@ TOKEN = re.compile(r"""
 """, re.X | re.S | re.M)
 # With no name for what is passed over: tables and checks that the compiler makes.
 LEFT_OUT = re.compile(r"\bstatic_assert\b|\btemplate\b|\busing\b|\boperator\b|\bnoexcept\b")
-# A change that is still alive then goes round in circles, which is to be noticed.
+# Operators with two sides have a space on both, which angle brackets, pointers and references have not.
+TWO_SIDED = frozenset(SWAPS).difference(("++", "--", "true", "false", "break", "continue"))
+# Seconds of work. A change that is still alive then goes round in circles, which is to be noticed; but one that
+# waits for other programs of a busy machine is not.
 PATIENCE = 120
+WHOLE_BUILD = 3600
 PROGRAMS = ("raxel_tests", "raxel_library_tests", "raxel_hostile_tests")
 SUITE = re.compile(r"^(?:TYPED_)?TEST(?:_[FP])?\((\w+),", re.M)
+EQUIVALENT = "tests/campaign/equivalent.txt"
 
 
 def changed_number(text):
@@ -65,11 +77,95 @@ def changes(path, text):
                 yield found.start(), was, changed_number(was)
         elif was == "!":
             yield found.start(), was, ""
-        elif was == "if" and (opened := re.match(r"if\s*\(", text[found.start():])):
-            yield found.start(), opened.group(), opened.group() + "not "
-        else:
+        elif was == "if" and (condition := condition_at(text, found.end())):
+            yield found.start(), f"if ({condition})", f"if (not ({condition}))"
+        elif was not in TWO_SIDED or stands_between(text, found):
             for other in SWAPS.get(was, ()):
                 yield found.start(), was, other
+
+
+def condition_at(text, at):
+    """What stands in the brackets of an `if`, if they begin and end in its line and hold nothing but a condition."""
+    depth = 0
+    for end in range(at, text.find("\n", at)):
+        depth += (text[end] == "(") - (text[end] == ")")
+        if depth == 0 and end > at:
+            return text[at + 2:end] if text.startswith(" (", at) and ";" not in text[at:end] else None
+    return None
+
+
+def stands_between(text, found):
+    """Whether an operator has two sides."""
+    return text[found.start() - 1] in " \n" and text[found.end()] in " \n" and not text.startswith(" /*", found.end())
+
+
+class Place(collections.namedtuple("Place", "file line column was new")):
+    """A change, as it stands in results.jsonl."""
+
+    @staticmethod
+    def of(path, text, at, was, new):
+        return Place(path, text.count("\n", 0, at) + 1, at - text.rfind("\n", 0, at), was, new)
+
+    def offset(self, text):
+        """Where in the file it is; its end when the file has no such line."""
+        lines = text.splitlines(keepends=True)
+        return sum(map(len, lines[:self.line - 1])) + self.column - 1 if self.line <= len(lines) else len(text)
+
+    def told(self):
+        return f"{self.file}:{self.line}:{self.column}: {self.was!r} to {self.new!r}"
+
+
+def line_of(text, at):
+    """The line of a place, without what stands at its ends."""
+    return text[text.rfind("\n", 0, at) + 1:text.find("\n", at)].strip()
+
+
+def which(text, at, was):
+    """Of several of a kind in a line, which one it is, counted from 1."""
+    start = text.rfind("\n", 0, at) + 1
+    token = was.split(" ")[0].rstrip("(")
+    line = text[start:text.find("\n", at)]
+    places = [found.start() for found in TOKEN.finditer(line) if found.group() == token]
+    return places.index(at - start) + 1
+
+
+class Equivalent:
+    """The changes that nothing can notice.
+
+    Lines of the list: `FILE: the text of a line`, and below, for each change of it, `    'was' to 'new': the reason`. Of
+    several of a kind in that line, `'was' 2` is the second.
+    """
+
+    def __init__(self, path):
+        self.rows = {}
+        place = None
+        with open(path, encoding="utf-8") as lines:
+            for number, line in enumerate(lines, 1):
+                if not line.strip() or line.startswith("#"):
+                    continue
+                if row := re.fullmatch(r"    '(.*?)'( \d+)? to '(.*?)': (.+)\n", line):
+                    assert place, f"{path}:{number}: a change of no line"
+                    self.rows[(*place, row[1], int(row[2] or 1), row[3])] = row[4]
+                else:
+                    head = re.fullmatch(r"(src/\S+): (.+)\n", line)
+                    assert head, f"{path}:{number}: neither a line of a source nor a change"
+                    place = head[1], head[2].strip()
+
+    def reason(self, text, place):
+        at = place.offset(text)
+        return self.rows.get((place.file, line_of(text, at), place.was, which(text, at, place.was), place.new))
+
+    def stale(self, root):
+        """The rows that are about nothing that there is."""
+        left = dict(self.rows)
+        for path in sorted({row[0] for row in self.rows}):
+            if not os.path.exists(os.path.join(root, path)):
+                continue
+            with open(os.path.join(root, path), encoding="utf-8") as file:
+                text = file.read()
+            for at, was, new in changes(path, text):
+                left.pop((path, line_of(text, at), was, which(text, at, was), new), None)
+        return list(left)
 
 
 def names(root, pattern):
@@ -97,19 +193,22 @@ class Mutants:
         if not os.path.exists(os.path.join(self.build, "build.ninja")):
             linker = ["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=gold", "-DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=gold"] if shutil.which("ld.gold") else []
             subprocess.run(["cmake", "-G", "Ninja", "-S", self.tree, "-B", self.build, "-DCMAKE_BUILD_TYPE=Release", "-DRAXEL_HOST=OFF",
-                            "-DRAXEL_WERROR=OFF", "-DCMAKE_CXX_FLAGS_RELEASE=-O1", *linker], check=True, stdout=subprocess.DEVNULL)
-        assert self.compiles(3600), "the sources themselves do not build"
+                            "-DRAXEL_WERROR=OFF", "-DCMAKE_CXX_FLAGS_RELEASE=-O1", *linker], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        assert self.compiles(WHOLE_BUILD), "the sources themselves do not build"
         assert self.notices("") is None, "the tests fail as it is"
 
     def compiles(self, patience=600):
         return self.ends(["cmake", "--build", self.build, "--target", *PROGRAMS], {}, patience) == 0
 
     def ends(self, command, settings, patience):
-        """The exit code of a command; of one that takes too long, none."""
+        """The exit code of a command; of one that takes too long, another one than 0."""
+        def limit():
+            resource.setrlimit(resource.RLIMIT_CPU, (patience, patience))
+
         process = subprocess.Popen(command, cwd=self.build, env={**os.environ, **settings}, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True, preexec_fn=limit)
         try:
-            return process.wait(patience)
+            return process.wait(20 * patience)
         except subprocess.TimeoutExpired:
             return None
         finally:
@@ -157,57 +256,91 @@ class Mutants:
             with open(whole, "w", encoding="utf-8") as file:
                 file.write(text)
 
-    def known(self):
-        if not os.path.exists(self.results):
-            return {}
-        with open(self.results, encoding="utf-8") as lines:
-            found = map(json.loads, lines)
-            return {(each["file"], each["line"], each["column"], each["was"], each["new"]): each for each in found}
+    def known(self, sources):
+        """What has become of the changes of lines that are still as they were."""
+        found = {}
+        if os.path.exists(self.results):
+            with open(self.results, encoding="utf-8") as lines:
+                for each in map(json.loads, lines):
+                    place = Place(*(each[name] for name in Place._fields))
+                    text = sources.get(place.file, "")
+                    at = place.offset(text)
+                    if text.startswith(place.was, at) and each.get("text") in (None, line_of(text, at)):
+                        found[place] = each
+        return found
 
     def run(self, wanted):
         end = time.monotonic() + wanted.seconds
         self.prepare()
-        every = []
-        for path in names(self.source, wanted.files):
+        sources = {}
+        for path in names(self.source, "*"):
             with open(os.path.join(self.source, path), encoding="utf-8") as file:
-                text = file.read()
-            for at, was, new in changes(path, text):
-                before = text[:at]
-                every.append((path, before.count("\n") + 1, at - before.rfind("\n"), was, new, at))
+                sources[path] = file.read()
+        every = [Place.of(path, text, *change) for path, text in sources.items() if fnmatch.fnmatch(path, wanted.files)
+                 for change in changes(path, text)]
         random.Random(1).shuffle(every)
-        known = self.known()
+        known = self.known(sources)
+        reasons = Equivalent(os.path.join(self.source, EQUIVALENT))
         tried = 0
-        for *key, at in every[:wanted.number]:
-            seen = known.get(tuple(key))
-            if seen and not (wanted.again and seen["end"] == "survives"):
+        for place in every[:wanted.number]:
+            at = place.offset(sources[place.file])
+            seen = known.get(place)
+            if seen and (not wanted.again or seen["end"] != "survives"):
                 continue
             if time.monotonic() > end:
                 break
             tried += 1
-            outcome = {**dict(zip(("file", "line", "column", "was", "new"), key)), "end": self.judge(key[0], at, *key[3:5])}
-            known[tuple(key)] = outcome
+            known[place] = {**place._asdict(), "text": line_of(sources[place.file], at), "end": self.judge(place.file, at, place.was, place.new)}
             with open(self.results, "a", encoding="utf-8") as lines:
-                lines.write(json.dumps(outcome) + "\n")
-        return every, tried
+                lines.write(json.dumps(known[place]) + "\n")
+        return Result(tried, len(every), known, {place: reasons.reason(sources[place.file], place) for place in known})
+
+
+class Result:
+    """What became of the changes that compile: noticed by a test, equivalent with a reason, or neither."""
+
+    def __init__(self, tried, of, known, reasons):
+        self.tried, self.of = tried, of
+        ends = {place: each["end"] for place, each in known.items() if each["end"] != "does not compile"}
+        self.judged = len(ends)
+        alive = sorted(place for place, end in ends.items() if end == "survives")
+        self.noticed = self.judged - len(alive)
+        self.equivalent = {place: reasons[place] for place in alive if reasons[place]}
+        self.survivors = [place for place in alive if not reasons[place]]
+
+    def tell(self):
+        for place, reason in self.equivalent.items():
+            print(f"{place.told()} changes nothing: {reason}")
+        for place in self.survivors:
+            print(f"{place.told()} survives")
+        able = self.judged - len(self.equivalent)
+        shares = [100 * self.noticed / max(1, count) for count in (able, self.judged)]
+        print(f"mutants: {self.tried} tried now, of {self.of} that there are")
+        print(json.dumps({"mutants": self.judged, "noticed": self.noticed, "equivalent, each with its reason": len(self.equivalent),
+                          "survivors": len(self.survivors),
+                          "noticed of those that can be": f"{shares[0]:.1f} %", "noticed of all": f"{shares[1]:.1f} %"}))
+
+
+def check(source):
+    stale = Equivalent(os.path.join(source, EQUIVALENT)).stale(source)
+    for path, line, was, number, new in stale:
+        print(f"{EQUIVALENT}: {path} has no {was!r} {number} to {new!r} in: {line}")
+    return 1 if stale else 0
 
 
 def main():
     arguments = argparse.ArgumentParser()
     arguments.add_argument("--source", required=True)
-    arguments.add_argument("--work", required=True)
+    arguments.add_argument("--work")
     arguments.add_argument("--number", type=int, default=1000)
     arguments.add_argument("--seconds", type=float, default=1e9)
     arguments.add_argument("--files", default="*")
     arguments.add_argument("--again", action="store_true")
+    arguments.add_argument("--check", action="store_true")
     wanted = arguments.parse_args()
-    mutants = Mutants(wanted.source, wanted.work)
-    every, tried = mutants.run(wanted)
-    judged = [each for each in mutants.known().values() if each["end"] != "does not compile"]
-    alive = [each for each in judged if each["end"] == "survives"]
-    for each in sorted(alive, key=lambda each: (each["file"], each["line"])):
-        print(f"{each['file']}:{each['line']}:{each['column']}: {each['was']!r} to {each['new']!r} survives")
-    share = (len(judged) - len(alive)) / max(len(judged), 1)
-    print(f"mutants: {tried} tried now; of {len(judged)} that compile, out of {len(every)}, {len(judged) - len(alive)} were noticed: {100 * share:.1f} %")
+    if wanted.check:
+        return check(wanted.source)
+    Mutants(wanted.source, wanted.work).run(wanted).tell()
     return 0
 
 
