@@ -25,12 +25,7 @@ Handle openIntoBlock(void **memory) {
   KvlStreamDesc descriptor = {};
   descriptor.lpMemVar = reinterpret_cast<HostWord>(memory);
   descriptor.dwGrow = kGrowth;
-  const Handle stream = kvlOpen(nullptr, &descriptor, KVL_OUTPUT);
-  if (stream == 0) {
-    GlobalFree(block);
-    *memory = nullptr;
-  }
-  return stream;
+  return kvlOpen(nullptr, &descriptor, KVL_OUTPUT);
 }
 
 void handOverBlock(void *&memory, HostWord *status) {

@@ -12,8 +12,7 @@ namespace runtime {
 Handle openThroughProcedure(const char *name, StreamProc procedure, const HostWord *status);
 
 // Opens a new output into a block that starts with 1 byte and grows by 4096. Its locked address goes into
-// *memory, now and at every growth, so *memory must live as long as the stream. 0, and a null address,
-// when it cannot be opened.
+// *memory, now and at every growth, so *memory must live as long as the stream.
 Handle openIntoBlock(void **memory);
 
 // To be called once the stream of such a block is closed. A block that grew has a new address and so a new

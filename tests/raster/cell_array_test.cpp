@@ -267,6 +267,15 @@ TEST_F(Cells, WithoutABufferTheyPushError300) {
   EXPECT_EQ(host.endRaster(), 0);
 }
 
+// 2^31 pixels of 2^30 bits are a row of 2^58 bytes, and 64 of them are 2^64: as a 64-bit number, 0.
+TEST_F(Cells, ABufferOfMoreBytesThanANumberCountsIsNone) {
+  host.openBody(2147483648.0, 4);
+  EXPECT_EQ(host.beginRaster(0x80000000u, 64, 0x40000000), 0);
+  EXPECT_EQ(lpEMData->nCellWidth, 0x80000000u);
+  EXPECT_EQ(lpEMData->hCellBuf, 0u);
+  EXPECT_EQ(host.send(Host::cellArray(4, 1, 8, {1, 2, 3, 4})), RAXEL_NO_MEMORY);
+}
+
 TEST_F(Cells, HugeRowCountsOfNothingEndAtOnce) {
   host.openBody(4, 4);
   host.beginRaster(4, 0xFFFFFFFFu, 0);

@@ -398,9 +398,14 @@ TEST_F(File, NullBuffersAndNegativeCountsMoveNothing) {
   EXPECT_EQ(kvlWrite(h, nullptr, 5), 0);
   EXPECT_EQ(kvlWrite(h, &c, -1), 0);
   EXPECT_EQ(kvlWrite(h, &c, 0), 0);
+  EXPECT_EQ(tell(h), 0);
+  EXPECT_EQ(kvlWrite(h, "0123456789", 10), 10);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_START), 0);
   EXPECT_EQ(kvlRead(h, nullptr, 5), 0);
+  EXPECT_EQ(kvlRead(h, &c, 0), 0);
   EXPECT_EQ(kvlRead(h, &c, -2147483647 - 1), 0);
   EXPECT_EQ(tell(h), 0);
+  EXPECT_EQ(c, 'c');
   EXPECT_EQ(kvlClose(h), 0);
 }
 

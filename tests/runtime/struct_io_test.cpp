@@ -235,6 +235,26 @@ TEST_F(Record, DeepNestingEndsInTimeThatGrowsWithTheFormat) {
   }
 }
 
+// The 65th brace begins nothing, and means nothing either.
+TEST_F(Record, GroupsNestedDeeperThan64AreNoGroups) {
+  const auto nested = [](size_t depth) { return repeated("{", depth) + "C" + repeated("}", depth); };
+  EXPECT_EQ(read("a", nested(64).c_str(), 1, 1), "a");
+  EXPECT_EQ(result, 1);
+  EXPECT_EQ(read("a", nested(65).c_str(), 1, 1), "a");
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(read("", repeated("{}", 65).c_str(), 1, 0), "");
+  EXPECT_EQ(result, 1) << "groups one after the other are not nested";
+  EXPECT_EQ(read("ab", ("}" + nested(64) + "C").c_str(), 1, 2), "ab");
+  EXPECT_EQ(result, 1) << "a brace that closes nothing gives no room for one more";
+  EXPECT_EQ(read("a", ("}" + nested(65)).c_str(), 1, 1), "a");
+  EXPECT_EQ(result, 0);
+}
+
+TEST(UnionSize, TheSixtyFifthParenthesisIsNone) {
+  const std::string format = repeated("(", 65) + "C|3C" + repeated(")", 64);
+  EXPECT_EQ(unionSize(format.c_str()), std::make_pair(3, static_cast<int64_t>(format.size())));
+}
+
 TEST_F(Record, HostileFormatsStayInsideWhatTheyDescribe) {
   static const char kAlphabet[] = "CSLFDcP{}()[]|123?";
   support::Random random(5);
