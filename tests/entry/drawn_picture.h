@@ -3,7 +3,9 @@
 // asked for.
 #pragma once
 
+#include <algorithm>
 #include <functional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -13,7 +15,8 @@
 
 namespace entry_test {
 
-// Row r (counted from the bottom) of an 8-bit picture is filled with the byte r; a 24-bit one too.
+// Row r (counted from the bottom) of an 8-bit picture is filled with the byte r; a 24-bit one too. `fill`
+// makes other rows.
 class DrawnPicture {
  public:
   DrawnPicture() { current = this; }
@@ -30,6 +33,8 @@ class DrawnPicture {
   bool refusesRows = false;
   bool noPixels = false;
   std::function<void(HostWord op)> action;  // what the host does while it is called
+  std::function<void(uint32_t row, std::span<uint8_t> bytes)> fill;
+  std::vector<uint8_t> palette;  // for the record's, as far as it goes
 
   std::vector<HostWord> ops;
   std::vector<std::pair<uint32_t, uint32_t>> ranges;  // of the bands, first and last row
@@ -57,6 +62,9 @@ class DrawnPicture {
         const auto *words = reinterpret_cast<const HostWord *>(b);
         request.assign(words, words + OFFSCREEN_WORDS);
         opened = *reinterpret_cast<const OffscreenRecord *>(a);
+        if (opened.lpPalette != nullptr)
+          std::copy_n(palette.begin(), std::min(palette.size(), size_t{3} * opened.nColors),
+                      opened.lpPalette);
         if (refusesRows) return 0;
         return bandRows != 0 ? bandRows : request[OFFSCREEN_ROWS];
       }
@@ -76,7 +84,8 @@ class DrawnPicture {
     band_ = support::newBlock(stride * (last - first));
     auto *row = static_cast<uint8_t *>(GlobalLock(band_));
     for (uint32_t r = first; r < last; ++r, row += stride) {
-      for (uint32_t i = 0; i < stride; ++i) row[i] = static_cast<uint8_t>(r);
+      std::fill_n(row, stride, static_cast<uint8_t>(r));
+      if (fill) fill(r, {row, stride});
     }
     return band_;
   }

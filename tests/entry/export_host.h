@@ -95,25 +95,23 @@ class ExportHost {
 
   // Exports at the picture's own size, unless `width` and `height` ask for another.
   uint32_t run(const char *name, Picture &picture, int32_t width = -1, int32_t height = -1) {
-    CellInfo info;
     info.extentX = width < 0 ? picture.record().nWidth : width;
     info.extentY = height < 0 ? picture.record().nHeight : height;
     const auto bytes = info.bytes();
     return ExportCellData(name, &picture.record(), bytes.data(), exportRecord());
   }
 
-  // The same into memory: the file's bytes, without the 0xFF behind them and the block's spare room.
+  // The same into memory: the file's bytes.
   Bytes runInMemory(Picture &picture, int32_t width = -1, int32_t height = -1) {
     run(nullptr, picture, width, height);
     const Handle block = status.word(RAXEL_STATUS_OUTPUT);
     status.word(RAXEL_STATUS_OUTPUT) = 0;
-    Bytes bytes = block != 0 ? bytesOf(block) : Bytes();
+    const Bytes bytes = support::fileIn(block);
     GlobalFree(block);
-    while (!bytes.empty() && bytes.back() == 0) bytes.pop_back();
-    if (!bytes.empty()) bytes.pop_back();
     return bytes;
   }
 
+  CellInfo info;  // but for the extents
   HostStatus status;
 
  private:

@@ -28,4 +28,12 @@ inline std::vector<uint8_t> bytesOf(Handle handle) {
   return {data, data + GlobalSize(handle)};
 }
 
+// The file in the block of an in-memory output, without the 0xFF behind it and the block's spare room.
+inline std::vector<uint8_t> fileIn(Handle block) {
+  std::vector<uint8_t> bytes = block != 0 ? bytesOf(block) : std::vector<uint8_t>();
+  while (!bytes.empty() && bytes.back() == 0) bytes.pop_back();
+  if (!bytes.empty()) bytes.pop_back();
+  return bytes;
+}
+
 }  // namespace support
