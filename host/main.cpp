@@ -13,6 +13,7 @@
 #include "command/options.h"
 #include "command/stop.h"
 #include "command/tell.h"
+#include "confine/child.h"
 #include "failure.h"
 
 namespace {
@@ -90,6 +91,7 @@ int main(int argc, char **argv) {
     const host::Options options = host::parseOptions(argc, argv);
     json = options.json;
     onStderr = host::reportsOnStderr(options);
+    host::confineDecoders(!options.noSandbox);
     return ended(run(options));
   } catch (const host::Failure &failure) {
     return fail(json, onStderr, failure.code(), failure.what());

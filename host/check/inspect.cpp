@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <nlohmann/json.hpp>
 
 #include "check/directory.h"
 #include "check/libtiff.h"
+#include "confine/child.h"
 #include "pictures/input.h"
 #include "raxel/tiff_codes.h"
 
@@ -15,19 +17,68 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Has libtiff decode every row, and adds what it says to the faults.
-void decode(std::span<const uint8_t> file, InspectedPage &to) {
-  constexpr uint64_t kLargestRow = uint64_t{1} << 30;
-  TiffReader reader(file, to.directory.offset);
+constexpr uint64_t kLargestRow = uint64_t{1} << 30;
+
+// What libtiff says of a page, as faults.
+using Say = std::function<void(const std::string &fault)>;
+
+// Has it decode every row; true when it can.
+bool decode(std::span<const uint8_t> file, uint32_t directory, const Say &say) {
+  TiffReader reader(file, directory);
   bool whole = reader.isOpen() && reader.rowBytes() > 0 && reader.rowBytes() <= kLargestRow;
   if (whole) {
     std::vector<uint8_t> row(static_cast<size_t>(reader.rowBytes()));
     const uint32_t rows = reader.number(TIFFTAG_IMAGELENGTH, true, 0);
     for (uint32_t y = 0; whole && y < rows; ++y) whole = reader.readRow(y, row.data());
   }
-  for (const std::string &text : reader.warnings()) to.directory.faults.push_back("libtiff warns: " + text);
-  for (const std::string &text : reader.errors()) to.directory.faults.push_back("libtiff fails: " + text);
-  to.decoded = whole;
+  for (const std::string &text : reader.warnings()) say("libtiff warns: " + text);
+  for (const std::string &text : reader.errors()) say("libtiff fails: " + text);
+  return whole;
+}
+
+// What a child tells of its pages, in their order: faults of one, each as a text, and then whether it
+// decodes, as a text of one byte.
+constexpr std::string_view kDecodes = "+", kDoesNot = "-";
+constexpr size_t kLongestFault = 500, kMostFaults = 250;
+
+void tell(std::string_view text) {
+  tellParent(text.data(), std::min(text.size(), kLongestFault));
+}
+
+void hear(Child &child, const std::vector<InspectedPage *> &pages) {
+  size_t page = 0, heard = 0;
+  while (page < pages.size()) {
+    char text[kLongestFault];
+    const size_t size = child.receive(text, sizeof text);
+    const std::string_view said(text, std::min(size, sizeof text));
+    if (size == 0 || ++heard > kMostFaults) {
+      const std::string why = size == 0 ? child.ending().what : "its decoder does not stop telling faults";
+      for (; page < pages.size(); ++page) pages[page]->directory.faults.push_back(why);
+    } else if (said == kDecodes || said == kDoesNot) {
+      pages[page++]->decoded = said == kDecodes;
+      heard = 0;
+    } else {
+      pages[page]->directory.faults.push_back(plainText(said));
+    }
+  }
+}
+
+// The same of all pages that have a directory, in a child where decoders are confined.
+void decodeAll(std::span<const uint8_t> file, const std::vector<InspectedPage *> &pages) {
+  // Those of the pages' rows, of tiles, and what libtiff has beside them; a gigabyte in a second.
+  constexpr Allowance kMost{4 * kLargestRow, 4096};
+  if (!decodersAreConfined() || !libTiffIsInstalled()) {
+    for (InspectedPage *page : pages) {
+      const Say add = [&](const std::string &fault) { page->directory.faults.push_back(fault); };
+      page->decoded = decode(file, page->directory.offset, add);
+    }
+    return;
+  }
+  Child child(kMost, [&] {
+    for (const InspectedPage *page : pages)
+      tell(decode(file, page->directory.offset, tell) ? kDecodes : kDoesNot);
+  });
+  hear(child, pages);
 }
 
 // A page that says to be another one, or one of another number.
@@ -75,12 +126,16 @@ Inspection inspect(const std::string &path) {
   const std::vector<uint64_t> places = directoryPlaces(file);
   const size_t count = std::max(places.size(), size_t{1});
   seen.pages.resize(count);
+  std::vector<InspectedPage *> decoded;
   for (size_t i = 0; i < count; ++i) {
     InspectedPage &page = seen.pages[i];
     page.directory = readDirectory(file, i == 0 ? 0 : static_cast<uint32_t>(places[i]));
-    if (!page.directory.entries.empty()) decode(file, page);
-    checkNumber(i, count, page.directory);
-    if (!page.decoded) seen.exit = kNoInput;
+    if (!page.directory.entries.empty()) decoded.push_back(&page);
+  }
+  decodeAll(file, decoded);
+  for (size_t i = 0; i < count; ++i) {
+    checkNumber(i, count, seen.pages[i].directory);
+    if (!seen.pages[i].decoded) seen.exit = kNoInput;
   }
   return seen;
 }

@@ -103,6 +103,10 @@ toff_t sizeOf(thandle_t handle) {
 
 }  // namespace
 
+bool libTiffIsInstalled() {
+  return installed() != nullptr;
+}
+
 TiffReader::TiffReader(std::span<const uint8_t> bytes, uint64_t directory)
     : lib_(&libTiff()), memory_{bytes, 0, directory} {
   saidErrors.clear();

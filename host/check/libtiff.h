@@ -33,6 +33,9 @@ struct LibTiff {
   decltype(&::TIFFReadRGBATileExt) TIFFReadRGBATileExt;
 };
 
+// Loads it.
+bool libTiffIsInstalled();
+
 // Bytes and a place in them.
 struct TiffBytes {
   std::span<const uint8_t> bytes;

@@ -54,7 +54,9 @@ extern "C" void stopOnFault(int) {
   cleanUp(SIGTERM);
   say("raxel-export: ");
   say(input[0] != '\0' ? input.data() : "the input");
-  say(": was cut short while it was being read; start again when it is whole\n");
+  say(": ");
+  say(kCutShort);
+  say("\n");
   _exit(kNoInput);
 }
 

@@ -209,16 +209,11 @@ void setOption(const OptionRow &row, const std::string &value, Options &o) {
     case OptionId::kDirectory:
       o.directory = value;
       return;
-    case OptionId::kJobs: {
-      const auto jobs = parse<unsigned>(value);
-      if (!jobs || *jobs < 1 || *jobs > 256) failValue(row.longName, value, "give 1 to 256");
-      o.jobs = *jobs;
-      return;
-    }
+    case OptionId::kJobs:
     case OptionId::kThreads: {
-      const auto threads = parse<unsigned>(value);
-      if (!threads || *threads < 1 || *threads > 256) failValue(row.longName, value, "give 1 to 256");
-      o.threads = *threads;
+      const auto number = parse<unsigned>(value);
+      if (!number || *number < 1 || *number > 256) failValue(row.longName, value, "give 1 to 256");
+      (row.id == OptionId::kJobs ? o.jobs : o.threads) = *number;
       return;
     }
     case OptionId::kPages:
@@ -328,6 +323,9 @@ void setOption(const OptionRow &row, const std::string &value, Options &o) {
       return;
     case OptionId::kSection:
       o.section = value;
+      return;
+    case OptionId::kNoSandbox:
+      o.noSandbox = true;
       return;
     case OptionId::kSave:
       o.save = true;

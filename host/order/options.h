@@ -102,6 +102,7 @@ struct Options {
   bool verify = false;
   bool json = false;
   bool quiet = false;
+  bool noSandbox = false;  // decoders work in this process
   bool verbose = false;
 };
 

@@ -42,6 +42,7 @@ bool isCommandsOwn(OptionId id) {
     case OptionId::kDirectory:
     case OptionId::kJobs:
     case OptionId::kThreads:
+    case OptionId::kNoSandbox:
     case OptionId::kShard:
     case OptionId::kInspect:
     case OptionId::kList:

@@ -19,6 +19,10 @@ void bringIn(std::span<const uint8_t> bytes);
 using MappedInputWatch = void (*)(const std::string &name);
 void watchMappedInputs(MappedInputWatch told);
 
+// What is said of such a file.
+inline constexpr const char *kCutShort =
+    "was cut short while it was being read; start again when it is whole";
+
 // What an input is to hold, and what is said of one that does not.
 struct Wanted {
   const char *one;     // what it is: "does not end...; give one picture in a file"
@@ -44,6 +48,8 @@ class Input {
   std::span<const uint8_t> bytes() const { return bytes_; }
   // The name for messages.
   const std::string &name() const { return name_; }
+  // True for a file that is read where it lies, and that somebody may cut short.
+  bool isMapped() const { return mapped_ != nullptr; }
 
  private:
   std::string name_;

@@ -16,6 +16,7 @@
 #include <new>
 
 #include "loading.h"
+#include "pictures/confined.h"
 #include "pictures/exif.h"
 #include "pictures/picture.h"
 
@@ -129,17 +130,18 @@ void fromCmyk(const uint8_t *in, uint32_t width, bool inverted, uint8_t *to) {
 }
 
 // `inks` has room for a row of CMYK, and is null for other pictures.
-bool decode(Decoder &decoder, uint8_t *pixels, size_t stride, uint8_t *inks) {
+bool decode(Decoder &decoder, const Picture &out, uint8_t *inks) {
   const LibJpeg &lib = decoder.lib;
   if (setjmp(decoder.trouble.leave) != 0) return false;
   jpeg_decompress_struct &info = decoder.info;
   lib.jpeg_start_decompress(&info);
   while (info.output_scanline < info.output_height) {
-    uint8_t *to = pixels + stride * info.output_scanline;
+    uint8_t *to = out.pixels.data() + out.view.stride * info.output_scanline;
     JSAMPROW row = inks ? inks : to;
     lib.jpeg_read_scanlines(&info, &row, 1);
     // Adobe's CMYK stores 255 - ink.
     if (inks) fromCmyk(inks, info.output_width, info.saw_Adobe_marker, to);
+    out.rowsAreReady(info.output_scanline);
   }
   lib.jpeg_finish_decompress(&info);
   return true;
@@ -153,9 +155,7 @@ void readResolution(const jpeg_decompress_struct &info, const Exif &exif, Pictur
   out.dpiY = scale == 0 ? exif.dpiY : info.Y_density * scale;
 }
 
-}  // namespace
-
-void readJpeg(std::span<const uint8_t> bytes, Picture &out) {
+void decodeJpeg(std::span<const uint8_t> bytes, Picture &out) {
   Decoder decoder;
   if (!readHeader(decoder, bytes)) decoder.fail();
   const jpeg_decompress_struct &info = decoder.info;
@@ -172,10 +172,16 @@ void readJpeg(std::span<const uint8_t> bytes, Picture &out) {
   out.announce(info.image_width, info.image_height, bits, exif.orientation);
   out.allocate(info.image_width, info.image_height, bits);
   const Buffer inks(channels == 4 ? size_t{info.image_width} * 4 : 0);
-  if (!decode(decoder, out.pixels.data(), out.view.stride, channels == 4 ? inks.data() : nullptr))
-    decoder.fail();
+  if (!decode(decoder, out, channels == 4 ? inks.data() : nullptr)) decoder.fail();
   if (decoder.trouble.manager.num_warnings != 0) out.notes.push_back("the JPEG data has small faults");
   turnUpright(out, exif.orientation);
+}
+
+}  // namespace
+
+void readJpeg(std::span<const uint8_t> bytes, Picture &out) {
+  libJpeg();
+  confined(out, 0, [&] { decodeJpeg(bytes, out); });
 }
 
 }  // namespace host

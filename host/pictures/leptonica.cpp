@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "pictures/confined.h"
 #include "pictures/peek.h"
 #include "pictures/picture.h"
 
@@ -90,13 +91,17 @@ void announceHeader(const Leptonica &lept, std::span<const uint8_t> bytes, Pictu
   out.tableKnown = true;
 }
 
-}  // namespace
+// What the frames of a GIF take, all of which the library decodes on its way to the first.
+uint64_t bytesOfFrames(std::span<const uint8_t> gif) {
+  uint64_t all = 0;
+  for (const GifFrame &frame : gifFrames(gif)) all += uint64_t{frame.width} * frame.height;
+  return all;
+}
 
-void readWithLeptonica(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
-  const Leptonica *lept = prepare::leptonica();
-  if (!lept) throw Unreadable("needs Leptonica, which is not installed (package liblept5)");
-  if (out.format != "GIF") announceHeader(*lept, bytes, out);
-  const Pix pix(lept->pixReadMem(bytes.data(), bytes.size()), FreePix{lept});
+void decode(const Leptonica &lept, std::span<const uint8_t> bytes, const Background &background,
+            Picture &out) {
+  if (out.format != "GIF") announceHeader(lept, bytes, out);
+  const Pix pix(lept.pixReadMem(bytes.data(), bytes.size()), FreePix{&lept});
   if (!pix) {
     throw Unreadable(
         out.format.empty()
@@ -104,22 +109,31 @@ void readWithLeptonica(std::span<const uint8_t> bytes, const Background &backgro
             : "is damaged, or of a kind that Leptonica does not read; convert it to PNG first");
   }
   l_int32 width = 0, height = 0, depth = 0, dpiX = 0, dpiY = 0;
-  lept->pixGetDimensions(pix.get(), &width, &height, &depth);
-  lept->pixGetResolution(pix.get(), &dpiX, &dpiY);
+  lept.pixGetDimensions(pix.get(), &width, &height, &depth);
+  lept.pixGetResolution(pix.get(), &dpiX, &dpiY);
   out.dpiX = dpiX;
   out.dpiY = dpiY;
-  PIXCMAP *map = lept->pixGetColormap(pix.get());
+  PIXCMAP *map = lept.pixGetColormap(pix.get());
   const uint32_t bits = depth == 16 ? 8 : depth == 32 ? 24 : static_cast<uint32_t>(depth);
   out.allocate(static_cast<uint32_t>(width), static_cast<uint32_t>(height), bits);
   if (depth == 32)
-    return copyColors(*lept, pix.get(), hasOpacity(*lept, pix.get(), out.format, bytes), background, out);
-  if (depth == 16) return copyWide(*lept, pix.get(), out);
-  copyPacked(*lept, pix.get(), out);
-  if (map) return copyTable(*lept, map, background, out);
+    return copyColors(lept, pix.get(), hasOpacity(lept, pix.get(), out.format, bytes), background, out);
+  if (depth == 16) return copyWide(lept, pix.get(), out);
+  copyPacked(lept, pix.get(), out);
+  if (map) return copyTable(lept, map, background, out);
   if (depth == 1) {  // without a table a set bit is black
     out.table[0] = out.table[1] = out.table[2] = 255;
     out.useTable(2);
   }
+}
+
+}  // namespace
+
+void readWithLeptonica(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
+  const Leptonica *lept = prepare::leptonica();
+  if (!lept) throw Unreadable("needs Leptonica, which is not installed (package liblept5)");
+  confined(out, out.format == "GIF" ? bytesOfFrames(bytes) : 0,
+           [&] { decode(*lept, bytes, background, out); });
 }
 
 }  // namespace host

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "pictures/picture.h"
 
+#include <csignal>
 #include <new>
 #include <utility>
 
 #include "failure.h"
+#include "pictures/confined.h"
 #include "pictures/peek.h"
 
 namespace host {
@@ -33,6 +35,7 @@ std::string tooLarge(uint32_t width, uint32_t height) {
 
 void Picture::announce(uint32_t width, uint32_t height, uint32_t bits, int orientation) {
   if (width == 0 || height == 0) throw Unreadable("has no pixels");
+  turns = orientation >= 2 && orientation <= 8;
   if (!gate) return;
   const bool onItsSide = orientation >= 5 && orientation <= 8;
   if (onItsSide) {
@@ -73,6 +76,10 @@ void readPage(const Input &input, const Background &background, const Gate &gate
     if (picture.reader) return picture.reader(picture);
     readAs(picture.format, input.bytes(), background, picture);
   } catch (const Unreadable &why) {
+    // A process that reads what a mapped file has no more ends by that signal.
+    const auto *lost = dynamic_cast<const DecoderLost *>(&why);
+    if (lost && lost->signal() == SIGBUS && input.isMapped())
+      throw Failure(kNoInput, input.name() + ": " + kCutShort);
     const std::string kind = picture.format.empty() ? "" : " (" + picture.format + ")";
     throw Failure(kNoInput, input.name() + kind + ": " + why.what());
   } catch (const std::bad_alloc &) {

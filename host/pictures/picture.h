@@ -36,6 +36,10 @@ struct Picture {
   bool tableKnown = true;  // false while a picture of indices is announced without its table
   Buffer pixels;
 
+  // Hears of rows at the top that stay as they are.
+  std::function<void(uint32_t rows)> ready;
+  bool turns = false;  // no row stays where it is decoded
+
   // Called once, when all but the pixels is known; by throwing it keeps them from being decoded.
   std::function<void(const Picture &)> gate;
 
@@ -46,6 +50,10 @@ struct Picture {
   // Readers call it before they decode, with the resolution and, when tableKnown, the table in place: tells
   // the gate the size and depth that the picture will have once it is turned as the orientation asks.
   void announce(uint32_t width, uint32_t height, uint32_t bits, int orientation = 1);
+  // Readers that decode from the top call it after each row.
+  void rowsAreReady(uint32_t rows) const {
+    if (ready && !turns) ready(rows);
+  }
   // Makes room for rows of this size and shows them in the view, without a table.
   void allocate(uint32_t width, uint32_t height, uint32_t bits);
   // Shows `colors` entries of the table in the view.

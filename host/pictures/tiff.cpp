@@ -3,12 +3,11 @@
 // has them; every other kind as libtiff's own red, green, blue and opacity.
 #include <algorithm>
 #include <cstring>
-#include <optional>
 #include <vector>
 
 #include "check/directory.h"
 #include "check/libtiff.h"
-#include "failure.h"
+#include "pictures/confined.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -89,6 +88,7 @@ void readIndices(TiffReader &reader, const Kind &kind, Picture &out) {
   if (reader.rowBytes() != out.view.stride) throw Unreadable("is damaged");
   for (uint32_t y = 0; y < kind.height; ++y) {
     if (!reader.readRow(y, out.pixels.data() + out.view.stride * y)) refuse(reader);
+    out.rowsAreReady(y + 1);
   }
   useTableOf(reader, kind, out);
 }
@@ -122,8 +122,7 @@ void readSamples(TiffReader &reader, const Kind &kind, const Background &backgro
     uint8_t *to = out.pixels.data() + out.view.stride * y;
     const bool asItIs = !wide && !opacity && shown == stored && kind.colors != PHOTOMETRIC_MINISWHITE;
     if (!reader.readRow(y, asItIs ? to : row.data())) refuse(reader);
-    if (asItIs) continue;
-    for (size_t x = 0; x < kind.width; ++x, to += shown) {
+    for (size_t x = 0; !asItIs && x < kind.width; ++x, to += shown) {
       const uint8_t clear = opacity ? sampleOf(row.data(), kind.samples * x + stored, wide) : 255;
       for (size_t c = 0; c < shown; ++c) {
         uint8_t level = sampleOf(row.data(), kind.samples * x + std::min(c, stored - 1), wide);
@@ -131,6 +130,7 @@ void readSamples(TiffReader &reader, const Kind &kind, const Background &backgro
         to[c] = opacity ? over(level, background[c], clear, multiplied) : level;
       }
     }
+    out.rowsAreReady(y + 1);
   }
 }
 
@@ -156,20 +156,8 @@ void readResolution(const TiffReader &reader, Picture &out) {
   out.dpiY = reader.real(TIFFTAG_YRESOLUTION) * scale;
 }
 
-}  // namespace
-
-void readTiff(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
-  if (out.format == "TIFF") {
-    const Directory directory = readDirectory(bytes, static_cast<uint32_t>(out.directory));
-    if (!directory.cut.empty()) throw Unreadable("is cut short or damaged: " + directory.cut);
-  }
-  std::optional<TiffReader> opened;
-  try {
-    opened.emplace(bytes, out.directory);
-  } catch (const Failure &) {
-    throw Unreadable("needs libtiff, which is not installed (package libtiff6)");
-  }
-  TiffReader &reader = *opened;
+void decodeTiff(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
+  TiffReader reader(bytes, out.directory);
   if (!reader.isOpen()) refuse(reader);
   if (!out.isPage && reader.hasFurtherPictures()) out.notes.push_back(kFurtherPictures);
   const Kind kind = kindOf(reader);
@@ -188,6 +176,17 @@ void readTiff(std::span<const uint8_t> bytes, const Background &background, Pict
     readColors(reader, kind, background, out);
   }
   turnUpright(out, orientation);
+}
+
+}  // namespace
+
+void readTiff(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
+  if (out.format == "TIFF") {
+    const Directory directory = readDirectory(bytes, static_cast<uint32_t>(out.directory));
+    if (!directory.cut.empty()) throw Unreadable("is cut short or damaged: " + directory.cut);
+  }
+  if (!libTiffIsInstalled()) throw Unreadable("needs libtiff, which is not installed (package libtiff6)");
+  confined(out, 0, [&] { decodeTiff(bytes, background, out); });
 }
 
 }  // namespace host

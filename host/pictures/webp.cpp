@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "loading.h"
+#include "pictures/confined.h"
 #include "pictures/exif.h"
 #include "pictures/picture.h"
 
@@ -109,9 +110,7 @@ void decodeOver(const WebPIterator &frame, const Background &background, uint8_t
   }
 }
 
-}  // namespace
-
-void readWebp(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
+void decodeWebp(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   const Container container(bytes);
   const WebPIterator &frame = container.frame();
   const uint32_t width = container.feature(WEBP_FF_CANVAS_WIDTH),
@@ -139,6 +138,13 @@ void readWebp(std::span<const uint8_t> bytes, const Background &background, Pict
     decodeOpaque(frame, to, out.view.stride);
   }
   turnUpright(out, exif.orientation);
+}
+
+}  // namespace
+
+void readWebp(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
+  libWebp();
+  confined(out, 0, [&] { decodeWebp(bytes, background, out); });
 }
 
 }  // namespace host

@@ -29,6 +29,7 @@ NOT_IN_PYTHON: Mapping[str, str] = {
     "directory": "a loop over export_file(), or raxel.dask.export_folder(), fills a folder",
     "jobs": "concurrent.futures and its like share work out",
     "threads": "is for the process: the environment variable RAXEL_THREADS says it",
+    "no-sandbox": "a program's own process decodes its pictures",
     "no-dither": "dither=False",
     "dry-run": "raxel.plan()",
     "inspect": "raxel.inspect()",

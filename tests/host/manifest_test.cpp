@@ -154,8 +154,8 @@ TEST(Manifest, TellsTheOptionsThatDecideOnBytes) {
   for (const host::OptionRow &row : host::kOptions) {
     if (!host::decidesOnBytes(row)) names.append(row.longName).append(" ");
   }
-  EXPECT_EQ(
-      names,
-      "output directory jobs threads force no-clobber no-sync manifest resume shard library save dry-run "
-      "verify inspect list json quiet verbose version ");
+  EXPECT_EQ(names,
+            "output directory jobs threads force no-clobber no-sync no-sandbox manifest resume shard "
+            "library save dry-run "
+            "verify inspect list json quiet verbose version ");
 }

@@ -218,6 +218,11 @@ TEST(Options, WaitForTheDiskUnlessToldNotTo) {
   EXPECT_TRUE(parse({"--no-sync", "a", "b"}).rules.noSync);
 }
 
+TEST(Options, ConfineDecodersUnlessToldNotTo) {
+  EXPECT_FALSE(parse({"a", "b"}).noSandbox);
+  EXPECT_TRUE(parse({"--no-sandbox", "a", "b"}).noSandbox);
+}
+
 TEST(Options, RefusesWhatDoesNotGoTogether) {
   EXPECT_EQ(errorOf({"--save", "a", "b"}), "--save needs --profile");
   EXPECT_EQ(errorOf({"--section", "s", "a", "b"}), "--section needs --profile");

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// What a confined child may ask of the system.
+#pragma once
+
+#include <linux/filter.h>
+
+#include <vector>
+
+namespace host {
+
+// The descriptors that such a child has, besides standard error: the stream of bytes to its parent, and the
+// line between them.
+inline constexpr int kStreamToParent = 3, kLineToParent = 4;
+
+// System calls for memory, the two and the end are let through, and all others fail with EPERM: the filter
+// as the kernel takes it. Empty where libseccomp is not installed. The answer stays the same.
+const std::vector<sock_filter> &systemCallFilter();
+
+}  // namespace host

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+#include "confine/limits.h"
+
+#include <fcntl.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <initializer_list>
+
+#include "confine/filter.h"
+
+namespace host {
+namespace {
+
+// The sanitizers reserve more address space than any limit would leave.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kLimitsMemory = false;
+#else
+constexpr bool kLimitsMemory = sizeof(void *) == 8;
+#endif
+
+using Resource = decltype(RLIMIT_CPU);
+
+// The lower one of a limit that this process has and another.
+rlimit lowered(Resource resource, uint64_t most) {
+  rlimit limit{};
+  getrlimit(resource, &limit);
+  limit.rlim_cur = std::min<rlim_t>(limit.rlim_cur, most);
+  return limit;
+}
+
+void forbid(Resource resource) {
+  const rlimit none{0, 0};
+  setrlimit(resource, &none);
+}
+
+// Moves the two where nothing else lies, however the parent numbered them, and closes the rest.
+void keepOnly(int stream, int line) {
+  constexpr int kFree = kLineToParent + 1;
+  const int highStream = fcntl(stream, F_DUPFD, kFree), highLine = fcntl(line, F_DUPFD, kFree);
+  if (dup2(highStream, kStreamToParent) < 0 || dup2(highLine, kLineToParent) < 0) _exit(1);
+  close_range(STDIN_FILENO, STDOUT_FILENO, 0);
+  close_range(kLineToParent + 1, ~0u, 0);
+}
+
+void filterCalls() {
+  const std::vector<sock_filter> &filter = systemCallFilter();
+  if (filter.empty() || prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) return;
+  // The kernel reads it only.
+  const sock_fprog program{static_cast<unsigned short>(filter.size()),
+                           const_cast<sock_filter *>(filter.data())};
+  prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program, 0, 0);
+}
+
+}  // namespace
+
+uint64_t addressSpace() {
+  unsigned long long pages = 0;
+  std::FILE *about = std::fopen("/proc/self/statm", "re");
+  if (!about) return 0;
+  const bool told = std::fscanf(about, "%llu", &pages) == 1;
+  std::fclose(about);
+  return told ? pages * static_cast<uint64_t>(sysconf(_SC_PAGESIZE)) : 0;
+}
+
+void confineThisProcess(const Allowance &most, uint64_t parentsSpace, int stream, int line) {
+  keepOnly(stream, line);
+  const rlimit time = lowered(RLIMIT_CPU, most.seconds);
+  setrlimit(RLIMIT_CPU, &time);
+  if (kLimitsMemory && parentsSpace != 0) {
+    const rlimit space = lowered(RLIMIT_AS, parentsSpace + most.memory);
+    setrlimit(RLIMIT_AS, &space);
+  }
+  for (const Resource resource : {RLIMIT_CORE, RLIMIT_NOFILE, RLIMIT_NPROC}) forbid(resource);
+  filterCalls();
+}
+
+void setAllowance(pid_t child, const Allowance &most, uint64_t parentsSpace) {
+  // A limit that this process has itself is the child's as well.
+  const rlimit time = lowered(RLIMIT_CPU, most.seconds);
+  prlimit(child, RLIMIT_CPU, &time, nullptr);
+  if (!kLimitsMemory || parentsSpace == 0) return;
+  const rlimit space = lowered(RLIMIT_AS, parentsSpace + most.memory);
+  prlimit(child, RLIMIT_AS, &space, nullptr);
+}
+
+}  // namespace host

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// What a confined child may take of the machine.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+
+namespace host {
+
+struct Allowance {
+  uint64_t memory;   // bytes of address space beside what the parent has
+  uint64_t seconds;  // of processor time
+};
+
+// The address space of this process, in bytes; 0 when it is not known.
+uint64_t addressSpace();
+
+// In a new child whose parent had so much: gives up every descriptor but standard error and these two,
+// which become kStreamToParent and kLineToParent, every right that decoding does not need,
+// and what goes beyond the allowance. Limits that were lower stay. Where the system has no filters for its
+// calls, the limits still hold.
+void confineThisProcess(const Allowance &most, uint64_t parentsSpace, int stream, int line);
+
+// From the parent: what the child may take from now on.
+void setAllowance(pid_t child, const Allowance &most, uint64_t parentsSpace);
+
+}  // namespace host
