@@ -5,7 +5,7 @@ pkg_check_modules(LEPTONICA REQUIRED lept)
 add_library(raxelhost_objects OBJECT
   buffer.cpp failure.cpp
   check/directory.cpp check/inspect.cpp check/libtiff.cpp check/verify.cpp
-  confine/child.cpp confine/filter.cpp confine/limits.cpp
+  confine/child.cpp confine/filter.cpp confine/limits.cpp confine/window.cpp
   export/finish_file.cpp export/output.cpp export/pace.cpp export/prepared.cpp export/stages.cpp
   filter/bands.cpp filter/coder.cpp filter/driver.cpp filter/given.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp
   filter/metadata.cpp filter/predict.cpp filter/request.cpp filter/save.cpp filter/setup.cpp

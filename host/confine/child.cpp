@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "confine/child.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -95,21 +94,11 @@ bool makeLine(Ends &line) {
   return true;
 }
 
-bool makeStream(Ends &stream) {
-  constexpr int kLarge = 1 << 20;  // as much as anybody may ask for
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return false;
-  stream.parents = ends[0];
-  stream.childs = ends[1];
-  fcntl(ends[1], F_SETPIPE_SZ, kLarge);
-  return true;
-}
-
-[[noreturn]] void doIt(const Allowance &most, uint64_t parentsSpace, int stream, int line, pid_t parent,
+[[noreturn]] void doIt(const Allowance &most, uint64_t parentsSpace, int line, pid_t parent,
                        const std::function<void()> &work) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(1);  // it was gone before
-  confineThisProcess(most, parentsSpace, stream, line);
+  confineThisProcess(most, parentsSpace, line);
   try {
     work();
   } catch (...) {
@@ -131,8 +120,8 @@ bool decodersAreConfined() {
 Child::Child(const Allowance &most, const std::function<void()> &work)
     : most_(most), parentsSpace_(addressSpace()) {
   systemCallFilter();  // its library is loaded here, since a child can load none
-  Ends line, stream;
-  bool started = makeLine(line) && makeStream(stream);
+  Ends line;
+  bool started = makeLine(line);
   if (started) {
     const pid_t parent = getpid();
     {
@@ -140,18 +129,16 @@ Child::Child(const Allowance &most, const std::function<void()> &work)
       pid_ = fork();
       if (pid_ == 0) takeSignalsPlainly();
     }
-    if (pid_ == 0) doIt(most, parentsSpace_, stream.childs, line.childs, parent, work);
+    if (pid_ == 0) doIt(most, parentsSpace_, line.childs, parent, work);
     started = pid_ > 0;
   }
   if (!started) throw Failure(kLibrary, std::string("cannot start a process: ") + std::strerror(errno));
   line_ = std::exchange(line.parents, -1);
-  stream_ = std::exchange(stream.parents, -1);
 }
 
 Child::~Child() {
   if (pid_ > 0) finish();
   close(line_);
-  close(stream_);
 }
 
 // Looks now and then: decoders work, or wait for the disk, and do not sleep.
@@ -181,28 +168,22 @@ size_t Child::receive(void *record, size_t room) {
   while (!givenUp_ && waitFor(line_)) {
     const ssize_t got = recv(line_, record, room, MSG_TRUNC);
     if (got >= 0) return static_cast<size_t>(got);
-    if (errno != EINTR) break;
+    // The latter is said once of a child that ended before it heard all answers; what it told is there
+    // still.
+    if (errno != EINTR && errno != ECONNRESET) break;
   }
   return 0;
 }
 
-bool Child::readAll(uint8_t *to, size_t size) {
-  while (size != 0) {
-    if (!waitFor(stream_)) return false;
-    const ssize_t got = read(stream_, to, size);
-    if (got == 0 || (got < 0 && errno != EINTR)) return false;
-    if (got < 0) continue;
-    to += got;
-    size -= static_cast<size_t>(got);
-  }
-  return true;
+void Child::goOn() {
+  // A child that is gone is noticed when nothing comes from it, and one that does not listen is not waited
+  // for.
+  send(line_, &kGo, 1, MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
-void Child::goOn(const Allowance &most) {
+void Child::allow(const Allowance &most) {
   most_ = most;
   setAllowance(pid_, most, parentsSpace_);
-  // A child that is gone is noticed when nothing comes from it.
-  send(line_, &kGo, 1, MSG_NOSIGNAL);
 }
 
 void Child::finish() {
@@ -247,15 +228,6 @@ std::string plainText(std::string_view said) {
 
 void tellParent(const void *record, size_t size) {
   if (write(kLineToParent, record, size) != static_cast<ssize_t>(size)) _exit(1);
-}
-
-void streamToParent(const uint8_t *bytes, size_t size) {
-  while (size != 0) {
-    const ssize_t put = write(kStreamToParent, bytes, size);
-    if (put < 0) _exit(1);
-    bytes += put;
-    size -= static_cast<size_t>(put);
-  }
 }
 
 void waitForParent() {

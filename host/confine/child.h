@@ -37,11 +37,10 @@ class Child {
   // Waits for what the child tells next, and returns its size, which is more than `room` for what is cut
   // off; 0 when the child is at its end or stands still.
   size_t receive(void *record, size_t room);
-  // Waits for that many bytes of the child's stream. False when there are no more, or the child stands
-  // still.
-  bool readAll(uint8_t *to, size_t size);
-  // Lets a child go on that waits for it, with another allowance.
-  void goOn(const Allowance &most);
+  // Lets a child go on that waits for it, or will.
+  void goOn();
+  // What it may take from now on.
+  void allow(const Allowance &most);
   // Ends the child.
   void finish();
   // The same for one that is at its end or stands still.
@@ -52,7 +51,7 @@ class Child {
   bool mayGoOn();
 
   pid_t pid_ = 0;
-  int line_ = -1, stream_ = -1;
+  int line_ = -1;
   Allowance most_;
   uint64_t parentsSpace_;
   int asleep_ = 0;                 // looks in a row that found the child asleep
@@ -62,10 +61,8 @@ class Child {
 // A text of the child's, to be shown to people: without what steers a terminal.
 std::string plainText(std::string_view said);
 
-// In the child: tells the parent, sends it bytes, and waits until it may go on. A parent that is gone ends
-// it.
+// In the child: tells the parent, and waits until it may go on. A parent that is gone ends it.
 void tellParent(const void *record, size_t size);
-void streamToParent(const uint8_t *bytes, size_t size);
 void waitForParent();
 
 }  // namespace host

@@ -50,7 +50,6 @@ std::vector<Rule> allowed() {
   std::vector<Rule> rules{
       {SCMP_SYS(read), {is(0, kLineToParent)}},
       {SCMP_SYS(write), {is(0, kLineToParent)}},
-      {SCMP_SYS(write), {is(0, kStreamToParent)}},
       {SCMP_SYS(write), {is(0, STDERR_FILENO)}},
       // Pages that can be run would let a decoder bring its own code.
       {SCMP_SYS(mprotect), {lacks(2, PROT_EXEC)}},

@@ -8,11 +8,10 @@
 
 namespace host {
 
-// The descriptors that such a child has, besides standard error: the stream of bytes to its parent, and the
-// line between them.
-inline constexpr int kStreamToParent = 3, kLineToParent = 4;
+// The descriptor that such a child has, besides standard error: the line between it and its parent.
+inline constexpr int kLineToParent = 3;
 
-// System calls for memory, the two and the end are let through, and all others fail with EPERM: the filter
+// System calls for memory, the line and the end are let through, and all others fail with EPERM: the filter
 // as the kernel takes it. Empty where libseccomp is not installed. The answer stays the same.
 const std::vector<sock_filter> &systemCallFilter();
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "confine/limits.h"
 
-#include <fcntl.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -38,11 +37,9 @@ void forbid(Resource resource) {
   setrlimit(resource, &none);
 }
 
-// Moves the two where nothing else lies, however the parent numbered them, and closes the rest.
-void keepOnly(int stream, int line) {
-  constexpr int kFree = kLineToParent + 1;
-  const int highStream = fcntl(stream, F_DUPFD, kFree), highLine = fcntl(line, F_DUPFD, kFree);
-  if (dup2(highStream, kStreamToParent) < 0 || dup2(highLine, kLineToParent) < 0) _exit(1);
+// However the parent numbered it, and whatever it has there.
+void keepOnly(int line) {
+  if (line != kLineToParent && dup2(line, kLineToParent) < 0) _exit(1);
   close_range(STDIN_FILENO, STDOUT_FILENO, 0);
   close_range(kLineToParent + 1, ~0u, 0);
 }
@@ -67,8 +64,8 @@ uint64_t addressSpace() {
   return told ? pages * static_cast<uint64_t>(sysconf(_SC_PAGESIZE)) : 0;
 }
 
-void confineThisProcess(const Allowance &most, uint64_t parentsSpace, int stream, int line) {
-  keepOnly(stream, line);
+void confineThisProcess(const Allowance &most, uint64_t parentsSpace, int line) {
+  keepOnly(line);
   const rlimit time = lowered(RLIMIT_CPU, most.seconds);
   setrlimit(RLIMIT_CPU, &time);
   if (kLimitsMemory && parentsSpace != 0) {

@@ -16,11 +16,11 @@ struct Allowance {
 // The address space of this process, in bytes; 0 when it is not known.
 uint64_t addressSpace();
 
-// In a new child whose parent had so much: gives up every descriptor but standard error and these two,
-// which become kStreamToParent and kLineToParent, every right that decoding does not need,
-// and what goes beyond the allowance. Limits that were lower stay. Where the system has no filters for its
-// calls, the limits still hold.
-void confineThisProcess(const Allowance &most, uint64_t parentsSpace, int stream, int line);
+// In a new child whose parent had so much: gives up every descriptor but standard error and the line to
+// its parent, which becomes kLineToParent, every right that decoding does not need, and what goes beyond
+// the allowance. Limits that were lower stay. Where the system has no filters for its calls, the limits
+// still hold.
+void confineThisProcess(const Allowance &most, uint64_t parentsSpace, int line);
 
 // From the parent: what the child may take from now on.
 void setAllowance(pid_t child, const Allowance &most, uint64_t parentsSpace);

@@ -7,8 +7,10 @@
 #include <iterator>
 #include <new>
 #include <optional>
+#include <utility>
 
 #include "confine/child.h"
+#include "confine/window.h"
 #include "pictures/told.h"
 
 namespace host {
@@ -38,6 +40,7 @@ Told describe(TellKind kind, const Picture &picture, size_t oldNotes) {
   told.width = picture.view.width;
   told.height = picture.view.height;
   told.bits = picture.view.bits;
+  told.orientation = static_cast<uint32_t>(picture.orientation);
   told.colors = picture.view.table ? picture.view.colors : 0;
   told.tableKnown = picture.tableKnown;
   told.dpiX = picture.dpiX;
@@ -60,36 +63,64 @@ void refuse(const std::string &why) {
   tell(told);
 }
 
-// Sends rows in pieces, while others are decoded.
-class RowStream {
+// Hands over the bytes of rows in pieces. The parent says of each that it has them.
+class RowsToParent {
  public:
-  RowStream(const Picture &picture, size_t oldNotes) : picture_(picture), oldNotes_(oldNotes) {}
-  void send(uint32_t rows, size_t least) {
-    const size_t end = picture_.view.stride * rows;
-    if (end - sent_ < least) return;
-    if (sent_ == 0) tell(describe(kTellRows, picture_, oldNotes_));
-    streamToParent(picture_.view.rows + sent_, end - sent_);
-    sent_ = end;
+  RowsToParent(const Window &window, const Picture &picture, size_t oldNotes)
+      : window_(window), picture_(picture), oldNotes_(oldNotes) {}
+  // Where a row is to be written, when those above it are. Null for those that are longer than a piece.
+  uint8_t *placeOf(uint32_t row) {
+    const size_t stride = picture_.view.stride, inPiece = Window::kPiece / stride;
+    if (inPiece == 0) return nullptr;
+    while (row >= (pieces_ + 1) * inPiece) hand(inPiece * stride);
+    if (used_ == 0) waitForRoom();
+    used_ = stride * (row - pieces_ * inPiece + 1);
+    return window_.piece(pieces_) + used_ - stride;
+  }
+  // All that is not there yet.
+  void finish() {
+    if (used_ != 0) return hand(used_);
+    if (pieces_ != 0) return;
+    const uint8_t *pixels = picture_.pixels.data();
+    for (size_t sent = 0; sent < picture_.pixels.size(); sent += Window::kPiece) {
+      const size_t size = std::min(Window::kPiece, picture_.pixels.size() - sent);
+      waitForRoom();
+      std::memcpy(window_.piece(pieces_), pixels + sent, size);
+      hand(size);
+    }
   }
 
  private:
+  void waitForRoom() {
+    if (pieces_ >= Window::kPieces) waitForParent();
+  }
+  void hand(size_t bytes) {
+    if (pieces_ == 0) tell(describe(kTellRows, picture_, oldNotes_));
+    Told told{};
+    told.kind = kTellPiece;
+    told.bytes = static_cast<uint32_t>(bytes);
+    tell(told);
+    ++pieces_;
+    used_ = 0;
+  }
+
+  const Window &window_;
   const Picture &picture_;
   size_t oldNotes_;
-  size_t sent_ = 0;
+  size_t pieces_ = 0, used_ = 0;  // that are handed over, and bytes of the next
 };
 
-void decodeHere(Picture &out, const std::function<void()> &decode) {
-  constexpr size_t kPiece = size_t{1} << 18;
+void decodeHere(const Window &window, Picture &out, const std::function<void()> &decode) {
   const size_t oldNotes = out.notes.size();
-  RowStream stream(out, oldNotes);
-  out.ready = [&](uint32_t rows) { stream.send(rows, kPiece); };
+  RowsToParent rows(window, out, oldNotes);
+  out.placeOf = [&](uint32_t row) { return rows.placeOf(row); };
   out.gate = [&](const Picture &announced) {
     tell(describe(kTellAnnounced, announced, oldNotes));
     waitForParent();
   };
   try {
     decode();
-    stream.send(out.view.height, 1);
+    rows.finish();
     tell(describe(kTellDone, out, oldNotes));
   } catch (const std::bad_alloc &) {
     Told told{};
@@ -134,8 +165,10 @@ void take(const Told &told, const std::vector<std::string> &oldNotes, Picture &o
   require((told.bits >= 1 && told.bits <= 8) || told.bits == 24);
   require(told.colors <= std::size(told.table) / 3 && (told.colors == 0 || told.bits <= 8));
   require(told.tableKnown <= 1);
+  require(told.orientation >= 1 && told.orientation <= 8);
   std::copy(std::begin(told.table), std::end(told.table), out.table.begin());
   out.tableKnown = told.tableKnown != 0;
+  out.orientation = static_cast<int>(told.orientation);
   out.dpiX = resolution(told.dpiX);
   out.dpiY = resolution(told.dpiY);
   out.notes = oldNotes;
@@ -150,30 +183,64 @@ void take(const Told &told, const std::vector<std::string> &oldNotes, Picture &o
                           told.colors};
 }
 
-// The rows, as far as they come.
-bool takeRows(Child &child, Picture &out) {
-  require(out.view.bits == 24 || (out.view.bits & (out.view.bits - 1)) == 0);
-  const uint64_t size = uint64_t{out.view.stride} * out.view.height;
-  require(size <= kLargestPicture);
-  out.pixels = Buffer(static_cast<size_t>(size));
-  return child.readAll(out.pixels.data(), out.pixels.size());
-}
-
 bool sameSize(const RaxelPicture &a, const RaxelPicture &b) {
   return a.width == b.width && a.height == b.height && a.bits == b.bits;
 }
 
-void hear(Child &child, Picture &out) {
+RaxelPicture turned(RaxelPicture view, int orientation) {
+  if (isOnItsSide(orientation)) std::swap(view.width, view.height);
+  return view;
+}
+
+[[noreturn]] void lose(Child &child) {
+  const Ending ending = child.ending();
+  throw DecoderLost(ending.signal, "is damaged: " + ending.what);
+}
+
+// Takes the bytes of rows, while others are decoded.
+class RowsFromChild {
+ public:
+  RowsFromChild(Child &child, const Window &window, Picture &out)
+      : child_(child), window_(window), out_(out) {}
+  // Before the first.
+  void begin() {
+    require(out_.pixels.size() == 0);
+    const RaxelPicture &view = out_.view;
+    require(view.bits == 24 || (view.bits & (view.bits - 1)) == 0);
+    const uint64_t size = uint64_t{view.stride} * view.height;
+    require(size <= kLargestPicture);
+    out_.pixels = Buffer(static_cast<size_t>(size));
+    begun_ = view;
+  }
+  void takePiece(size_t bytes) {
+    require(bytes != 0 && bytes <= Window::kPiece && bytes <= out_.pixels.size() - taken_);
+    std::memcpy(out_.pixels.data() + taken_, window_.piece(pieces_), bytes);
+    taken_ += bytes;
+    ++pieces_;
+    child_.goOn();
+  }
+  // After the last.
+  void end() {
+    require(out_.pixels.size() != 0 && taken_ == out_.pixels.size() && sameSize(begun_, out_.view));
+    out_.view.rows = out_.pixels.data();
+  }
+
+ private:
+  Child &child_;
+  const Window &window_;
+  Picture &out_;
+  RaxelPicture begun_{};
+  size_t taken_ = 0, pieces_ = 0;
+};
+
+void hear(Child &child, const Window &window, Picture &out) {
   const std::vector<std::string> oldNotes = out.notes;
-  std::optional<RaxelPicture> announced, rows;  // where the decoder knew it all; and what came
-  bool whole = false;
+  std::optional<RaxelPicture> announced;  // where the decoder knew it all
+  RowsFromChild rows(child, window, out);
   for (bool isFirst = true;; isFirst = false) {
     Told told{};
     const size_t size = child.receive(&told, sizeof told);
-    if (size == 0) {
-      const Ending ending = child.ending();
-      throw DecoderLost(ending.signal, "is damaged: " + ending.what);
-    }
+    if (size == 0) lose(child);
     require(size == sizeof told);
     if (told.kind == kTellRefused) {
       const std::vector<std::string> why = textsOf(told);
@@ -181,30 +248,40 @@ void hear(Child &child, Picture &out) {
       throw Unreadable(why[0]);
     }
     if (told.kind == kTellNoMemory) throw std::bad_alloc();
+    if (told.kind == kTellPiece) {
+      rows.takePiece(told.bytes);
+      continue;
+    }
     take(told, oldNotes, out);
     if (told.kind == kTellAnnounced) {
       require(isFirst);
       if (out.tableKnown) announced = out.view;
       if (out.gate) out.gate(out);
-      child.goOn(allowanceFor(uint64_t{out.view.stride} * out.view.height));
-    } else if (told.kind == kTellRows) {
-      require(!rows && (!announced || sameSize(*announced, out.view)));
-      rows = out.view;
-      whole = takeRows(child, out);
-    } else {
-      require(told.kind == kTellDone && whole && sameSize(*rows, out.view));
-      out.view.rows = out.pixels.data();
+      child.allow(allowanceFor(uint64_t{out.view.stride} * out.view.height));
+      child.goOn();
+      continue;
+    }
+    require(told.kind == kTellRows || told.kind == kTellDone);
+    require(!announced || sameSize(*announced, turned(out.view, out.orientation)));
+    if (told.kind == kTellDone) {
+      rows.end();
       return child.finish();
     }
+    rows.begin();
   }
 }
 
 }  // namespace
 
 void confined(Picture &out, uint64_t bytes, const std::function<void()> &decode) {
-  if (!decodersAreConfined()) return decode();
-  Child child(allowanceFor(bytes), [&] { decodeHere(out, decode); });
-  hear(child, out);
+  if (decodersAreConfined()) {
+    const Window window;
+    Child child(allowanceFor(bytes), [&] { decodeHere(window, out, decode); });
+    hear(child, window, out);
+  } else {
+    decode();
+  }
+  turnUpright(out, out.orientation);
 }
 
 }  // namespace host

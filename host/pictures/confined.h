@@ -19,10 +19,10 @@ class DecoderLost : public Unreadable {
   int signal_;
 };
 
-// Has `decode` fill the picture, in a child where decoders are confined (confine/child.h): the gate is
-// called here when the decoder announces, and rows come over as they are ready. The libraries
-// that it needs are loaded before. `bytes` is what the decoded picture takes, where it is not announced.
-// Throws Unreadable, std::bad_alloc, and what the gate throws.
+// Has `decode` fill the picture, and turns it upright. Where decoders are confined (confine/child.h) a
+// child decodes: the gate is called here when the decoder announces, and rows come over as they are ready.
+// The libraries that it needs are loaded before. `bytes` is what the decoded picture takes, where it is not
+// announced. Throws Unreadable, std::bad_alloc, and what the gate throws.
 void confined(Picture &out, uint64_t bytes, const std::function<void()> &decode);
 
 }  // namespace host

@@ -136,12 +136,11 @@ bool decode(Decoder &decoder, const Picture &out, uint8_t *inks) {
   jpeg_decompress_struct &info = decoder.info;
   lib.jpeg_start_decompress(&info);
   while (info.output_scanline < info.output_height) {
-    uint8_t *to = out.pixels.data() + out.view.stride * info.output_scanline;
+    uint8_t *to = out.rowAt(info.output_scanline);
     JSAMPROW row = inks ? inks : to;
     lib.jpeg_read_scanlines(&info, &row, 1);
     // Adobe's CMYK stores 255 - ink.
     if (inks) fromCmyk(inks, info.output_width, info.saw_Adobe_marker, to);
-    out.rowsAreReady(info.output_scanline);
   }
   lib.jpeg_finish_decompress(&info);
   return true;
@@ -174,7 +173,6 @@ void decodeJpeg(std::span<const uint8_t> bytes, Picture &out) {
   const Buffer inks(channels == 4 ? size_t{info.image_width} * 4 : 0);
   if (!decode(decoder, out, channels == 4 ? inks.data() : nullptr)) decoder.fail();
   if (decoder.trouble.manager.num_warnings != 0) out.notes.push_back("the JPEG data has small faults");
-  turnUpright(out, exif.orientation);
 }
 
 }  // namespace

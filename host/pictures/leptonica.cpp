@@ -24,7 +24,7 @@ void copyPacked(const Leptonica &lept, PIX *pix, Picture &out) {
   const l_uint32 *line = lept.pixGetData(pix);
   const l_int32 words = lept.pixGetWpl(pix);
   for (uint32_t y = 0; y < out.view.height; ++y, line += words) {
-    uint8_t *to = out.pixels.data() + out.view.stride * y;
+    uint8_t *to = out.rowAt(y);
     for (size_t i = 0; i < out.view.stride; ++i)
       to[i] = static_cast<uint8_t>(line[i / 4] >> (24 - 8 * (i % 4)));
   }
@@ -47,8 +47,8 @@ void copyWide(const Leptonica &lept, PIX *pix, Picture &out) {
   out.notes.push_back(kReduced);
   const l_uint32 *line = lept.pixGetData(pix);
   const l_int32 words = lept.pixGetWpl(pix);
-  uint8_t *to = out.pixels.data();
   for (uint32_t y = 0; y < out.view.height; ++y, line += words) {
+    uint8_t *to = out.rowAt(y);
     for (uint32_t x = 0; x < out.view.width; ++x)
       *to++ = narrow(line[x / 2] >> (16 - 16 * (x % 2)) & 0xFFFF);
   }
@@ -66,8 +66,8 @@ void copyColors(const Leptonica &lept, PIX *pix, bool hasOpacity, const Backgrou
                 Picture &out) {
   const l_uint32 *line = lept.pixGetData(pix);
   const l_int32 words = lept.pixGetWpl(pix);
-  uint8_t *to = out.pixels.data();
   for (uint32_t y = 0; y < out.view.height; ++y, line += words) {
+    uint8_t *to = out.rowAt(y);
     for (uint32_t x = 0; x < out.view.width; ++x, to += 3) {
       const unsigned opacity = hasOpacity ? line[x] & 255 : 255;
       for (unsigned c = 0; c < 3; ++c) {

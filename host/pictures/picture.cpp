@@ -33,12 +33,11 @@ std::string tooLarge(uint32_t width, uint32_t height) {
   return "is too large: " + std::to_string(width) + " by " + std::to_string(height) + " pixels";
 }
 
-void Picture::announce(uint32_t width, uint32_t height, uint32_t bits, int orientation) {
+void Picture::announce(uint32_t width, uint32_t height, uint32_t bits, int turn) {
   if (width == 0 || height == 0) throw Unreadable("has no pixels");
-  turns = orientation >= 2 && orientation <= 8;
+  orientation = turn >= 1 && turn <= 8 ? turn : 1;
   if (!gate) return;
-  const bool onItsSide = orientation >= 5 && orientation <= 8;
-  if (onItsSide) {
+  if (isOnItsSide(turn)) {
     std::swap(width, height);
     std::swap(dpiX, dpiY);
   }
@@ -46,7 +45,7 @@ void Picture::announce(uint32_t width, uint32_t height, uint32_t bits, int orien
   const auto stride = static_cast<size_t>((uint64_t{width} * bits + 7) / 8);
   view = RaxelPicture{width, height, bits, table.data(), stride, view.table, view.colors};
   gate(*this);
-  if (onItsSide) std::swap(dpiX, dpiY);
+  if (isOnItsSide(turn)) std::swap(dpiX, dpiY);
 }
 
 void Picture::allocate(uint32_t width, uint32_t height, uint32_t bits) {

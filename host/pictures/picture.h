@@ -36,9 +36,10 @@ struct Picture {
   bool tableKnown = true;  // false while a picture of indices is announced without its table
   Buffer pixels;
 
-  // Hears of rows at the top that stay as they are.
-  std::function<void(uint32_t rows)> ready;
-  bool turns = false;  // no row stays where it is decoded
+  // Where rows go that come from the top, one after the other, when not into the pixels; null for those
+  // that do.
+  std::function<uint8_t *(uint32_t row)> placeOf;
+  int orientation = 1;  // as it is decoded
 
   // Called once, when all but the pixels is known; by throwing it keeps them from being decoded.
   std::function<void(const Picture &)> gate;
@@ -47,12 +48,13 @@ struct Picture {
   Picture(const Picture &) = delete;
   Picture &operator=(const Picture &) = delete;
 
-  // Readers call it before they decode, with the resolution and, when tableKnown, the table in place: tells
-  // the gate the size and depth that the picture will have once it is turned as the orientation asks.
+  // Readers call it before they decode, with the resolution and, when tableKnown, the table in place: keeps
+  // the orientation, and tells the gate the size and depth that the picture will have once it is turned.
   void announce(uint32_t width, uint32_t height, uint32_t bits, int orientation = 1);
-  // Readers that decode from the top call it after each row.
-  void rowsAreReady(uint32_t rows) const {
-    if (ready && !turns) ready(rows);
+  // Where readers write a row that decode from the top and look at no row again.
+  uint8_t *rowAt(uint32_t row) const {
+    uint8_t *place = placeOf ? placeOf(row) : nullptr;
+    return place ? place : pixels.data() + view.stride * row;
   }
   // Makes room for rows of this size and shows them in the view, without a table.
   void allocate(uint32_t width, uint32_t height, uint32_t bits);
@@ -86,6 +88,10 @@ void readWithLeptonica(std::span<const uint8_t> bytes, const Background &backgro
 
 // Turns the picture, whose pixels must be its own, as an orientation of TIFF or Exif (1 to 8) asks.
 void turnUpright(Picture &picture, int orientation);
+// Whether width and height change places then.
+constexpr bool isOnItsSide(int orientation) {
+  return orientation >= 5 && orientation <= 8;
+}
 
 // `over` laid on `under` with an opacity of 0 to 255.
 constexpr uint8_t blend(unsigned over, unsigned under, unsigned opacity) {

@@ -87,8 +87,7 @@ void readIndices(TiffReader &reader, const Kind &kind, Picture &out) {
   out.allocate(kind.width, kind.height, kind.bits);
   if (reader.rowBytes() != out.view.stride) throw Unreadable("is damaged");
   for (uint32_t y = 0; y < kind.height; ++y) {
-    if (!reader.readRow(y, out.pixels.data() + out.view.stride * y)) refuse(reader);
-    out.rowsAreReady(y + 1);
+    if (!reader.readRow(y, out.rowAt(y))) refuse(reader);
   }
   useTableOf(reader, kind, out);
 }
@@ -119,7 +118,7 @@ void readSamples(TiffReader &reader, const Kind &kind, const Background &backgro
   std::vector<uint8_t> row(static_cast<size_t>(reader.rowBytes()));
   if (row.size() != size_t{kind.width} * kind.samples * kind.bits / 8) throw Unreadable("is damaged");
   for (uint32_t y = 0; y < kind.height; ++y) {
-    uint8_t *to = out.pixels.data() + out.view.stride * y;
+    uint8_t *to = out.rowAt(y);
     const bool asItIs = !wide && !opacity && shown == stored && kind.colors != PHOTOMETRIC_MINISWHITE;
     if (!reader.readRow(y, asItIs ? to : row.data())) refuse(reader);
     for (size_t x = 0; !asItIs && x < kind.width; ++x, to += shown) {
@@ -130,7 +129,6 @@ void readSamples(TiffReader &reader, const Kind &kind, const Background &backgro
         to[c] = opacity ? over(level, background[c], clear, multiplied) : level;
       }
     }
-    out.rowsAreReady(y + 1);
   }
 }
 
@@ -175,7 +173,6 @@ void decodeTiff(std::span<const uint8_t> bytes, const Background &background, Pi
   } else {
     readColors(reader, kind, background, out);
   }
-  turnUpright(out, orientation);
 }
 
 }  // namespace

@@ -7,8 +7,9 @@
 namespace host {
 
 enum TellKind : uint32_t {
-  kTellAnnounced = 1,  // what the picture will be; the child waits for the parent
-  kTellRows,           // that its rows come, one behind the other as a stream
+  kTellAnnounced = 1,  // what the picture will be, turned; the child waits for the parent
+  kTellRows,           // what it is before it is turned, whose rows come
+  kTellPiece,          // the next of their bytes, in the window (confine/window.h)
   kTellDone,           // what it is, with all its rows
   kTellRefused,        // why it cannot be read, as the one text
   kTellNoMemory,
@@ -17,6 +18,8 @@ enum TellKind : uint32_t {
 struct Told {
   uint32_t kind;
   uint32_t width, height, bits;
+  uint32_t orientation;
+  uint32_t bytes;   // of a piece
   uint32_t colors;  // of the table; 0 for none
   uint32_t tableKnown;
   double dpiX, dpiY;

@@ -137,7 +137,6 @@ void decodeWebp(std::span<const uint8_t> bytes, const Background &background, Pi
   } else {
     decodeOpaque(frame, to, out.view.stride);
   }
-  turnUpright(out, exif.orientation);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@ same pixels in a process of their own.
     confined.py --build FOLDER --source FOLDER
 """
 
+import ctypes
 import io
 import os
 import resource
@@ -20,9 +21,32 @@ import shared
 from processes import Replaced, is_running, until
 
 REACHES = ("open", "create", "unlink", "socket", "fork", "signal", "code", "duplicate", "exec")
-NO_PERMISSION, NO_FILE = 1, 2  # errno
+NO_PERMISSION, NO_FILE, FAULT, NO_DESCRIPTOR = 1, 2, 14, 24  # errno
 KINDS = ("jpg", "jpeg", "tif", "tiff", "gif", "webp", "jp2")
 ENOUGH = 4  # pictures of a kind from this machine
+
+
+class Argument(ctypes.Structure):
+    """What libseccomp compares in a call."""
+    _fields_ = [("number", ctypes.c_uint), ("how", ctypes.c_int), ("value", ctypes.c_uint64), ("more", ctypes.c_uint64)]
+
+
+def takes_filters():
+    """Whether the kernel lets a process filter its calls. Some containers do not."""
+    PR_SET_SECCOMP, SECCOMP_MODE_FILTER = 22, 2
+    libc = ctypes.CDLL(None, use_errno=True)
+    return libc.prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, None) == -1 and ctypes.get_errno() == FAULT
+
+
+def refuse_filters():
+    """Has the kernel refuse all further filters of this process and those that it starts. Checked where it is used."""
+    ALLOW, REFUSE, EQUAL, PR_SET_SECCOMP = 0x7FFF0000, 0x00050000 | NO_PERMISSION, 4, 22
+    lib = ctypes.CDLL("libseccomp.so.2")
+    lib.seccomp_init.restype = ctypes.c_void_p
+    rules = ctypes.c_void_p(lib.seccomp_init(ALLOW))
+    for call, when in ((b"prctl", (Argument(0, EQUAL, PR_SET_SECCOMP, 0),)), (b"seccomp", ())):
+        lib.seccomp_rule_add_array(rules, REFUSE, lib.seccomp_syscall_resolve_name(call), len(when), (Argument * len(when))(*when))
+    lib.seccomp_load(rules)
 
 
 class Confined(Replaced):
@@ -33,10 +57,10 @@ class Confined(Replaced):
         Image.new("L", (64, 64), 7).save(self.jpeg)
         self.decoders = os.path.join(build, "tests/cli/decoders")
 
-    def taken_over(self, trouble, *arguments, **how):
+    def taken_over(self, trouble, *arguments, libraries="", **how):
         """The command with a decoder that makes trouble, on its way to replace the old file."""
         self.put_old()
-        env = dict(os.environ, LD_LIBRARY_PATH=self.decoders, DECODER=trouble,
+        env = dict(os.environ, LD_LIBRARY_PATH=f"{self.decoders}:{libraries}".rstrip(":"), DECODER=trouble,
                    DECODER_FILE=os.path.join(self.folder, "made"))
         return self.start(*arguments, self.jpeg, self.target, env=env, **how)
 
@@ -49,12 +73,15 @@ class Confined(Replaced):
         self.kept(trouble, process)
         return process
 
+    def errors(self, process):
+        said = (line.split() for line in process.said().splitlines())
+        return {words[0]: int(words[1]) for words in said if len(words) == 2 and words[0] in REACHES}
+
     def reaches(self):
         """Everything that a decoder has no business to do is refused, and is not without the sandbox."""
-        def errors(process):
-            said = (line.split() for line in process.said().splitlines())
-            return {words[0]: int(words[1]) for words in said if len(words) == 2 and words[0] in REACHES}
-
+        if not takes_filters():
+            return "skipped: this kernel takes no filters of system calls"
+        errors = self.errors
         process = self.taken_over("reach")
         self.check("reach: the exit code", process.end(60) == 0, process)
         seen = errors(process)
@@ -66,6 +93,27 @@ class Confined(Replaced):
         process.end(60)
         self.check("reach, dry run: what is refused", errors(process) == seen, process)
         return f"{len(seen)} ways out refused"
+
+    def unfiltered(self):
+        """Where the kernel takes no filter, or libseccomp is missing, pictures are read all the same, under the limits."""
+        broken = os.path.join(self.folder, "broken")
+        os.makedirs(broken)
+        with open(os.path.join(broken, "libseccomp.so.2"), "wb"):
+            pass  # what nobody can load
+        ways = {"no library": {"libraries": broken}}
+        if takes_filters():
+            ways["no filters"] = {"preexec_fn": refuse_filters}
+        for name, how in ways.items():
+            process = self.taken_over("reach", **how)
+            self.check(f"{name}: the exit code", process.end(60) == 0, process)
+            seen = self.errors(process)
+            # The limit of descriptors is 0.
+            self.check(f"{name}: its limits", [seen.get(key) for key in ("open", "create", "socket", "duplicate")] == [NO_DESCRIPTOR] * 4, process)
+            self.check(f"{name}: the test could not fail", seen.get("signal") == 0, process)
+            process = self.taken_over("crash", **how)
+            self.check(f"{name}: a crash", process.end(60) == 66, process)
+            self.kept(f"{name}: a crash", process)
+        return f"{len(ways)} systems without filters"
 
     def ends(self):
         """However a decoder ends, the command says so and keeps the old file."""
@@ -208,7 +256,7 @@ def main():
     build, source, program = shared.places()
     with tempfile.TemporaryDirectory(prefix="raxel-confined-") as folder:
         tried = Confined(build, program, source, folder)
-        for step in (tried.reaches, tried.ends, tried.stops, tried.cuts, tried.same):
+        for step in (tried.reaches, tried.unfiltered, tried.ends, tried.stops, tried.cuts, tried.same):
             print(step())
     return shared.tell(tried.faults, f"confined: {tried.checks - len(tried.faults)} passed, {len(tried.faults)} failed")
 

@@ -82,7 +82,7 @@ static void makeTrouble(void) {
   if (has("nothing")) _exit(0);
   if (has("lie")) {  // on the line to the parent, where a record is expected
     static const char lie[5000];
-    if (write(4, lie, sizeof lie) < 0) _exit(3);
+    if (write(3, lie, sizeof lie) < 0) _exit(3);
     pause();
   }
 }
