@@ -40,4 +40,9 @@ inline uint8_t *dataOf(Handle handle) {
   return static_cast<uint8_t *>(load<void *>(blockOf(handle) + kDataPtrAt));
 }
 
+// Whether the data lie in the handle's own block, behind its header.
+inline bool ownsData(Handle handle) {
+  return dataOf(handle) == blockOf(handle) + kDataAt && blockOf(handle)[kDataOffsetAt] == kDataAt;
+}
+
 }  // namespace runtime

@@ -7,6 +7,7 @@
 #include "raxel/memory.h"
 #include "runtime/handle_layout.h"
 #include "runtime/live_blocks.h"
+#include "runtime/slack.h"
 #include "runtime/unaligned.h"
 
 namespace {
@@ -17,11 +18,7 @@ using runtime::dataOf;
 using runtime::kDataAt;
 using runtime::kDataOffsetAt;
 using runtime::kDataPtrAt;
-
-// Whether the data lie in the handle's own block, behind its header.
-bool ownsData(Handle handle) {
-  return dataOf(handle) == blockOf(handle) + kDataAt && blockOf(handle)[kDataOffsetAt] == kDataAt;
-}
+using runtime::ownsData;
 
 // The whole block, or 0 when no size_t can hold it.
 size_t blockLength(uint32_t size) {
@@ -54,6 +51,7 @@ Handle GlobalAlloc(uint32_t flags, uint32_t size) {
   writeHeader(static_cast<uint8_t *>(block), size, flags);
   const auto handle = reinterpret_cast<Handle>(block);
   runtime::noteBlock(handle);
+  runtime::closeSlack(handle);
   return handle;
 }
 
@@ -71,6 +69,7 @@ int32_t GlobalUnlock(Handle /*handle*/) {
 
 int32_t GlobalFree(Handle handle) {
   runtime::forgetBlock(handle);
+  runtime::openSlack(handle);
   std::free(reinterpret_cast<void *>(handle));
   return 0;
 }
@@ -88,6 +87,7 @@ Handle GlobalReAlloc(Handle handle, uint32_t size, uint32_t flags) {
   // Growing in place where the heap can: a memory stream grows thousands of times.
   const size_t length = blockLength(size);
   runtime::forgetBlock(handle);
+  runtime::openSlack(handle);
   void *block = length == 0 ? nullptr : std::realloc(reinterpret_cast<void *>(handle), length);
   if (block == nullptr) exhausted(size);
   auto *bytes = static_cast<uint8_t *>(block);
@@ -95,6 +95,7 @@ Handle GlobalReAlloc(Handle handle, uint32_t size, uint32_t flags) {
   std::memset(bytes + kDataAt + kept, 0, length - kDataAt - kept);
   const auto moved = reinterpret_cast<Handle>(block);
   runtime::noteBlock(moved);
+  runtime::closeSlack(moved);
   return moved;
 }
 

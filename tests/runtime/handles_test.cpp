@@ -19,6 +19,15 @@
 
 namespace {
 
+// A byte between the data's end and the block's: zero, or nobody's to read where accesses are checked.
+void expectSlack(const uint8_t *byte) {
+#if defined(__SANITIZE_ADDRESS__)
+  EXPECT_TRUE(__asan_address_is_poisoned(byte));
+#else
+  EXPECT_EQ(*byte, 0);
+#endif
+}
+
 // The rounded length of a block follows from where its slack ends: size + 34, low three bits off.
 TEST(Handles, DataLieTwentyFourBytesPastTheHandle) {
   for (uint32_t size : {0u, 1u, 6u, 13u, 14u, 4096u}) {
@@ -43,7 +52,8 @@ TEST(Handles, BackOffsetAppearsWithTheFirstLock) {
 TEST(Handles, BlocksAreZeroFilledWithTheirSlack) {
   const Handle h = GlobalAlloc(0, 13);  // 40 bytes in all: 24 before the data, 13, then 3 of slack
   const auto *p = static_cast<const uint8_t *>(GlobalLock(h));
-  for (int i = 0; i < 16; ++i) EXPECT_EQ(p[i], 0);
+  for (int i = 0; i < 13; ++i) EXPECT_EQ(p[i], 0);
+  for (int i = 13; i < 16; ++i) expectSlack(p + i);
   GlobalFree(h);
 }
 
@@ -141,11 +151,11 @@ TEST(Handles, BlocksAreTheSizePlusThirtyFourRoundedDownToEight) {
     for (int pass = 0; pass < 2; ++pass) {
       const auto *block = reinterpret_cast<const uint8_t *>(h);
       EXPECT_GE(malloc_usable_size(reinterpret_cast<void *>(h)), length);
-      for (uint32_t i = 24; i < length; ++i) EXPECT_EQ(block[i], 0) << "slack is zero too";
 #if defined(__SANITIZE_ADDRESS__)
-      EXPECT_FALSE(__asan_address_is_poisoned(block + length - 1)) << size;
-      EXPECT_TRUE(__asan_address_is_poisoned(block + length)) << size;
+      EXPECT_EQ(malloc_usable_size(reinterpret_cast<void *>(h)), length) << "that heap adds nothing";
 #endif
+      for (uint32_t i = 24; i < 24 + size; ++i) EXPECT_EQ(block[i], 0);
+      for (uint32_t i = 24 + size; i < length; ++i) expectSlack(block + i);
       h = GlobalReAlloc(h, size, 66);  // and a block of the same size again
     }
     GlobalFree(h);
@@ -199,6 +209,43 @@ TEST(PointerMemory, ReallocationOfNullIgnoresTheFlags) {
   EXPECT_EQ(kvlPtrGlobalFree(p), 0u);
   EXPECT_EQ(kvlPtrGlobalReAlloc(nullptr, 0, 66), nullptr);
   EXPECT_EQ(kvlPtrGlobalHandle(nullptr), 0u);
+}
+
+// A block of some size: new, grown or shrunk.
+[[maybe_unused]] Handle madeOf(uint32_t size, int way) {
+  switch (way) {
+    case 0:
+      return GlobalAlloc(RAXEL_MOVEABLE_ZERO, size);
+    case 1:
+      return GlobalReAlloc(GlobalAlloc(RAXEL_MOVEABLE_ZERO, size / 2), size, RAXEL_MOVEABLE_ZERO);
+    default:
+      return GlobalReAlloc(GlobalAlloc(RAXEL_MOVEABLE_ZERO, size + 100), size, RAXEL_MOVEABLE_ZERO);
+  }
+}
+
+[[maybe_unused]] void touch(Handle handle, uint32_t at) {
+  auto *data = static_cast<volatile uint8_t *>(GlobalLock(handle));
+  data[at] = 1;
+}
+
+TEST(HandlesDeathTest, AnOverrunByOneByteIsSeen) {
+#if !defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "nobody looks here";
+#else
+  for (uint32_t size = 0; size < 17; ++size) {
+    for (int way = 0; way < 3; ++way) {
+      const Handle h = madeOf(size, way);
+      const auto *data = static_cast<const uint8_t *>(GlobalLock(h));
+      EXPECT_FALSE(__asan_address_is_poisoned(data + size - 1)) << size << ' ' << way;
+      EXPECT_TRUE(__asan_address_is_poisoned(data + size)) << size << ' ' << way;
+      GlobalFree(h);
+    }
+  }
+  // What it is called depends on what lies eight bytes further on.
+  const Handle h = madeOf(8, 2);
+  EXPECT_DEATH(touch(h, 8), "AddressSanitizer: (use-after-poison|heap-buffer-overflow)");
+  GlobalFree(h);
+#endif
 }
 
 // Leaves little memory to this process, and sends the message where death tests read it.
