@@ -19,7 +19,7 @@ endif()
 if(RAXEL_SANITIZE)
   # Of the tests' own code only the addresses are watched: the other checks take a third of its compilation.
   target_compile_options(raxel_numbers INTERFACE
-    -fsanitize=address$<$<NOT:$<BOOL:$<TARGET_PROPERTY:RAXEL_ONLY_TESTS>>>:,undefined>
+    -fsanitize=address$<$<NOT:$<BOOL:$<TARGET_PROPERTY:RAXEL_ONLY_TESTS>>>:,undefined,float-cast-overflow>
     -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(raxel_numbers INTERFACE -fsanitize=address,undefined)
 endif()

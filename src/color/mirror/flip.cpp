@@ -14,7 +14,7 @@
 #include "color/mirror/mirror.h"
 #include "raxel/color.h"
 #include "runtime/blocks.h"
-#include "runtime/handle_layout.h"
+#include "runtime/slack.h"
 
 namespace color {
 
@@ -23,9 +23,7 @@ namespace {
 // All bytes of a block, with its slack. Memory that is only described by a handle has none.
 std::span<uint8_t> wholeBlock(Handle bits) {
   const std::span<uint8_t> bytes = runtime::lockBytes(bits);
-  if (bytes.data() != runtime::blockOf(bits) + runtime::kDataAt) return bytes;
-  const auto size = static_cast<uint32_t>(bytes.size());
-  return {bytes.data(), static_cast<size_t>(runtime::blockBytes(size)) - runtime::kDataAt};
+  return {bytes.data(), bytes.size() + runtime::slackOf(bits).size()};
 }
 
 // Swaps the bytes of two rows that do not overlap, as far as both lie in the block: what lies past it
@@ -122,6 +120,8 @@ void flip(std::span<uint8_t> block, int16_t depth, uint32_t width, uint32_t heig
 
 Handle rlFlipBitmap(Handle bits, int16_t depth, uint32_t width, uint32_t height, uint16_t leftRight,
                     uint16_t topBottom) {
-  if (bits != 0) color::flip(color::wholeBlock(bits), depth, width, height, leftRight != 0, topBottom != 0);
+  if (bits == 0) return bits;
+  const runtime::OpenSlack slack(bits);
+  color::flip(color::wholeBlock(bits), depth, width, height, leftRight != 0, topBottom != 0);
   return bits;
 }

@@ -8,6 +8,7 @@
 
 #include "raxel/color.h"
 #include "raxel/memory.h"
+#include "runtime/slack.h"
 #include "support/blocks.h"
 
 namespace {
@@ -21,7 +22,11 @@ Bytes flip(const Bytes &bits, int16_t depth, uint32_t width, uint32_t height, bo
   if (!bits.empty()) std::memcpy(GlobalLock(block), bits.data(), bits.size());
   EXPECT_EQ(rlFlipBitmap(block, depth, width, height, leftRight ? 1 : 0, topBottom ? 1 : 0), block);
   const auto *p = static_cast<const uint8_t *>(GlobalLock(block));
-  Bytes out(p, p + bits.size() + 3);
+  Bytes out;
+  {
+    const runtime::OpenSlack slack(block);
+    out.assign(p, p + bits.size() + 3);
+  }
   GlobalFree(block);
   return out;
 }
