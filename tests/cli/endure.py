@@ -58,8 +58,8 @@ class Endurance(Replaced):
             seen = self.content()
             left_behind += bool(self.strays())
             replaced += seen == whole
-            # However fast the machine is just now, some three in four are to come in time.
-            longest *= 0.9 if seen == whole else 1.035
+            # However fast the machine is just now, some three in four are to come in time, and not all too soon.
+            longest *= 0.9 if seen == whole else 1.035 if left_behind else 1.2
             self.check("kill: the file is neither the old nor the new one", seen in (self.old, whole),
                        f"{len(seen)} bytes that begin with {seen[:16]!r}")
         self.check("kill: too few came in time", replaced < kills / 2 and left_behind > 0,
