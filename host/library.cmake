@@ -24,6 +24,14 @@ add_library(raxelhost_objects OBJECT
 target_include_directories(raxelhost_objects PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/host)
 target_compile_definitions(raxelhost_objects PRIVATE RAXEL_VERSION_TEXT="${PROJECT_VERSION}"
   RAXEL_INSTALLED_FILTER="${RAXEL_INSTALLED_FILTER}")
+# The instructions of a confined child's filter.
+add_executable(raxel-call-filter confine/filter_main.cpp)
+target_include_directories(raxel-call-filter PRIVATE ${PROJECT_SOURCE_DIR}/host)
+target_link_libraries(raxel-call-filter PRIVATE raxel_warnings PkgConfig::SECCOMP)
+set(RAXEL_CALL_FILTER ${CMAKE_CURRENT_BINARY_DIR}/call_filter.inc)
+add_custom_command(OUTPUT ${RAXEL_CALL_FILTER} COMMAND raxel-call-filter > ${RAXEL_CALL_FILTER} VERBATIM)
+target_sources(raxelhost_objects PRIVATE ${RAXEL_CALL_FILTER})
+target_include_directories(raxelhost_objects PRIVATE ${CMAKE_CURRENT_BINARY_DIR})
 set_source_files_properties(filter/open.cpp PROPERTIES
   COMPILE_DEFINITIONS RAXEL_FILTER_FROM_PROGRAM="${RAXEL_FILTER_FROM_PROGRAM}")
 # GCC 12 sees overlaps in the concatenation of strings where there are none (its bug 105651).

@@ -119,7 +119,6 @@ bool decodersAreConfined() {
 
 Child::Child(const Allowance &most, const std::function<void()> &work)
     : most_(most), parentsSpace_(addressSpace()) {
-  systemCallFilter();  // its library is loaded here, since a child can load none
   Ends line;
   bool started = makeLine(line);
   if (started) {

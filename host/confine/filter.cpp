@@ -1,106 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "confine/filter.h"
 
-#include <dlfcn.h>
-#include <fcntl.h>
-#include <seccomp.h>
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include <cerrno>
-
-#include "loading.h"
-
 namespace host {
 namespace {
 
-struct LibSeccomp {
-  decltype(&::seccomp_init) seccomp_init;
-  decltype(&::seccomp_release) seccomp_release;
-  decltype(&::seccomp_rule_add_array) seccomp_rule_add_array;
-  decltype(&::seccomp_export_bpf) seccomp_export_bpf;
+constexpr sock_filter kProgram[] = {
+#include "call_filter.inc"
 };
-
-bool load(LibSeccomp &to) {
-  void *library = dlopen("libseccomp.so.2", RTLD_LAZY | RTLD_LOCAL);
-  if (!library) return false;
-#define RAXEL_RESOLVE(name) resolve(library, #name, to.name)
-  return RAXEL_RESOLVE(seccomp_init) && RAXEL_RESOLVE(seccomp_release) &&
-         RAXEL_RESOLVE(seccomp_rule_add_array) && RAXEL_RESOLVE(seccomp_export_bpf);
-#undef RAXEL_RESOLVE
-}
-
-struct Rule {
-  int call;
-  std::vector<scmp_arg_cmp> when{};  // all of these hold
-};
-
-// An argument of 32 bits: the upper half of its register may hold anything.
-scmp_arg_cmp is(unsigned argument, int value) {
-  return {argument, SCMP_CMP_MASKED_EQ, 0xFFFFFFFF, static_cast<uint32_t>(value)};
-}
-scmp_arg_cmp has(unsigned argument, int bits) {
-  return {argument, SCMP_CMP_MASKED_EQ, static_cast<uint32_t>(bits), static_cast<uint32_t>(bits)};
-}
-scmp_arg_cmp lacks(unsigned argument, int bits) {
-  return {argument, SCMP_CMP_MASKED_EQ, static_cast<uint32_t>(bits), 0};
-}
-
-std::vector<Rule> allowed() {
-  std::vector<Rule> rules{
-      {SCMP_SYS(read), {is(0, kLineToParent)}},
-      {SCMP_SYS(write), {is(0, kLineToParent)}},
-      {SCMP_SYS(write), {is(0, STDERR_FILENO)}},
-      // Pages that can be run would let a decoder bring its own code.
-      {SCMP_SYS(mprotect), {lacks(2, PROT_EXEC)}},
-      {SCMP_SYS(mmap), {lacks(2, PROT_EXEC), has(3, MAP_ANONYMOUS)}},
-      {SCMP_SYS(mmap2), {lacks(2, PROT_EXEC), has(3, MAP_ANONYMOUS)}},
-  };
-  for (const int call :
-       {SCMP_SYS(munmap),       SCMP_SYS(mremap),          SCMP_SYS(brk),          SCMP_SYS(madvise),
-        SCMP_SYS(futex),        SCMP_SYS(clock_gettime),   SCMP_SYS(gettimeofday), SCMP_SYS(time),
-        SCMP_SYS(rt_sigaction), SCMP_SYS(rt_sigprocmask),  SCMP_SYS(rt_sigreturn), SCMP_SYS(sigreturn),
-        SCMP_SYS(sigaltstack),  SCMP_SYS(restart_syscall), SCMP_SYS(getpid),       SCMP_SYS(gettid),
-        SCMP_SYS(sched_yield),  SCMP_SYS(getrandom),       SCMP_SYS(exit),         SCMP_SYS(exit_group)})
-    rules.push_back({call});
-  return rules;
-}
-
-// What the library writes into a pipe, which has room for more than a filter may take.
-std::vector<sock_filter> programOf(const LibSeccomp &lib, scmp_filter_ctx filter) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return {};
-  std::vector<sock_filter> program(BPF_MAXINSNS);
-  const bool written = lib.seccomp_export_bpf(filter, ends[1]) == 0;
-  close(ends[1]);
-  const ssize_t got = written ? read(ends[0], program.data(), program.size() * sizeof program[0]) : 0;
-  close(ends[0]);
-  program.resize(got > 0 ? static_cast<size_t>(got) / sizeof program[0] : 0);
-  return program;
-}
-
-std::vector<sock_filter> make() {
-  LibSeccomp lib{};
-  if (!load(lib)) return {};
-  const scmp_filter_ctx filter = lib.seccomp_init(SCMP_ACT_ERRNO(EPERM));
-  if (!filter) return {};
-  bool whole = true;
-  for (const Rule &rule : allowed()) {
-    whole =
-        whole && lib.seccomp_rule_add_array(filter, SCMP_ACT_ALLOW, rule.call,
-                                            static_cast<unsigned>(rule.when.size()), rule.when.data()) == 0;
-  }
-  std::vector<sock_filter> program;
-  if (whole) program = programOf(lib, filter);
-  lib.seccomp_release(filter);
-  return program;
-}
 
 }  // namespace
 
-const std::vector<sock_filter> &systemCallFilter() {
-  static const std::vector<sock_filter> program = make();
-  return program;
+std::span<const sock_filter> systemCallFilter() {
+  return kProgram;
 }
 
 }  // namespace host

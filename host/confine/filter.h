@@ -4,7 +4,7 @@
 
 #include <linux/filter.h>
 
-#include <vector>
+#include <span>
 
 namespace host {
 
@@ -12,7 +12,7 @@ namespace host {
 inline constexpr int kLineToParent = 3;
 
 // System calls for memory, the line and the end are let through, and all others fail with EPERM: the filter
-// as the kernel takes it. Empty where libseccomp is not installed. The answer stays the same.
-const std::vector<sock_filter> &systemCallFilter();
+// as the kernel takes it, which confine/filter_main.cpp writes when this is built.
+std::span<const sock_filter> systemCallFilter();
 
 }  // namespace host

@@ -45,8 +45,8 @@ void keepOnly(int line) {
 }
 
 void filterCalls() {
-  const std::vector<sock_filter> &filter = systemCallFilter();
-  if (filter.empty() || prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) return;
+  if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) return;
+  const std::span<const sock_filter> filter = systemCallFilter();
   // The kernel reads it only.
   const sock_fprog program{static_cast<unsigned short>(filter.size()),
                            const_cast<sock_filter *>(filter.data())};

@@ -190,7 +190,6 @@ std::string reachOut() {
 }
 
 TEST_F(Confined, ReachesNothing) {
-  if (host::systemCallFilter().empty()) GTEST_SKIP() << "libseccomp is not installed";
   // A kernel that takes filters would look for one there.
   if (prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, nullptr) != -1 || errno != EFAULT)
     GTEST_SKIP() << "this kernel takes no filters of system calls";
