@@ -37,6 +37,7 @@ SWAPS = {
     "+=": ("-=",), "-=": ("+=",), "|=": ("&=",), "&=": ("|=",), "<<=": (">>=",), ">>=": ("<<=",),
     "true": ("false",), "false": ("true",), "break": ("",), "continue": ("",),
 }
+UNARY = ("++", "--")
 # Comments, texts and characters are passed over; then names, numbers and operators, the longest first.
 TOKEN = re.compile(r"""
     (?P<skip> //[^\n]* | /\*.*?\*/ | R"\(.*?\)" | "(?:\\.|[^"\\\n])*" | '(?:\\.|[^'\\\n])+' | ^[ \t]*\#(?:\\\n|[^\n])* )
