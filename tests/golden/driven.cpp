@@ -45,16 +45,16 @@ Bytes make(Random &random, const Session &session) {
   host.settings().tiff.wLayoutMode = static_cast<uint16_t>(session.layout);
   host.settings().nColorMode =
       static_cast<int32_t>(random.between(RAXEL_STORED_COLORS, RAXEL_STORED_COLORS_GREY_INVERT));
-  // Rows without a resolution are fitted into the setup's size.
-  host.settings().dWidth = static_cast<double>(random.between(10, 64)) / 96;
-  host.settings().dHeight = static_cast<double>(random.between(10, 64)) / 96;
   int32_t width = 0, height = 0;
   const Geometry geometries[] = {kOwnSize, kOwnResolution, kFitted};
   setGeometry(geometries[random.between(0, 2)], random, host.settings(), width, height);
+  // Rows without a resolution are fitted into the setup's size as well.
+  host.settings().dWidth = static_cast<double>(random.between(20, 64)) / 96;
+  host.settings().dHeight = static_cast<double>(random.between(20, 64)) / 96;
   Output output(session.to, host.settings(), host.status_.data());
 
-  const auto columns = static_cast<uint32_t>(random.between(4, 40));
-  const auto rows = static_cast<uint32_t>(random.between(4, 40));
+  const auto columns = static_cast<uint32_t>(random.between(16, 40));
+  const auto rows = static_cast<uint32_t>(random.between(16, 40));
   const double millimetres = random.chance(50) ? 25.4 / static_cast<double>(random.between(60, 140)) : 0;
   host.openBody(columns, rows, millimetres);
   if (session.bits < 24 && random.chance(75)) host.setColors(0, random.bytes((size_t{3} << session.bits)));

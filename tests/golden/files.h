@@ -20,7 +20,8 @@ void makeCalls(const Take &take);
 // driver-<mode>-<compression>-<layout>-<depth>-<framed or alone>-<output>: by a session of the raster
 // driver.
 void makeDriven(const Take &take);
-// session-<mode>-<compression>-<layout>-<output>: drawn in bands into the output of a metafile session.
+// session-<mode>-<compression>-<layout>-<one or bands>-<output>: drawn into the output of a metafile
+// session.
 void makeSessions(const Take &take);
 // tall-<mode>-<compression>-<number>: with nine and more rows of tiles, for as many threads as there may
 // be.
