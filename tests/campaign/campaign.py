@@ -53,9 +53,9 @@ def parts(source):
         Part("sizes of the command's disk", python("campaign/sizes.py"), [f"--from {n} --to {n + 2048}" for n in range(0, 67584, 2048)]),
         Part("full disks", python("cli/endure.py")),
         Part("crowd", python("cli/crowd.py", "--all")),
+        Part("golden", python("campaign/golden.py")),
+        Part("readers", python("campaign/golden_readers.py")),
     ]
-    for path in sorted(glob.glob(os.path.join(source, "tests/campaign/golden*.py"))):
-        found.append(Part("golden", python(f"campaign/{os.path.basename(path)}")))
     if os.path.exists(os.path.join(source, "tests/campaign/mutants.py")):
         found.append(Part("mutation", "/usr/bin/python3 tests/campaign/mutants.py --source . --work build/campaign/mutants --seconds {seconds}"))
     targets = sorted(os.path.basename(each)[:-len("_fuzz.cpp")] for each in glob.glob(os.path.join(source, "fuzz/*_fuzz.cpp")))
