@@ -23,6 +23,8 @@ import subprocess
 import sys
 import time
 
+import golden
+
 HERE = os.path.dirname(os.path.realpath(__file__))
 RECORD = "docs/reliability.jsonl"
 DOCUMENT = "docs/reliability.md"
@@ -53,7 +55,7 @@ def parts(source):
         Part("sizes of the command's disk", python("campaign/sizes.py"), [f"--from {n} --to {n + 2048}" for n in range(0, 67584, 2048)]),
         Part("full disks", python("cli/endure.py")),
         Part("crowd", python("cli/crowd.py", "--all")),
-        Part("golden", python("campaign/golden.py")),
+        Part("golden", python("campaign/golden.py"), list(golden.all_ways())),
         Part("readers", python("campaign/golden_readers.py")),
     ]
     if os.path.exists(os.path.join(source, "tests/campaign/mutants.py")):
