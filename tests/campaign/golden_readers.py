@@ -31,13 +31,13 @@ def unreadable(road, mode, compression, layout, rest, tags):
     if compression in FAX and mode != "bilevel":
         return "fax codes of deeper pixels"
     if layout == "tiles" and compression != "g4":
-        return "named as tiles and not cut into any"
+        return "tiles that are not cut"
     if road == "session" and "bands" in rest and compression != "none":
-        return "strips of bands, which the directory has no room for"
+        return "coded in bands, which the directory has no room for"
     (width,), (height,), row_bits = tags[256], tags[257], tags[258][0] * tags[277][0]
     strip_rows = {tags[278][0], height % tags[278][0]} if 278 in tags else set()
     if compression == "lzw" and any((width * row_bits + 7) // 8 * rows == 1 for rows in strip_rows):
-        return "LZW strips of one byte, which has no code"
+        return "LZW strips of one byte"
     return None
 
 
@@ -91,7 +91,7 @@ def main():
             with open(path, "rb") as file:
                 tags[name] = tiff.directory(file.read())
             if why := unreadable(*words(name), tags[name]):
-                reasons[why] += 1
+                reasons[f"not for readers ({why})"] += 1
             else:
                 paths[name] = path
         libtiff, java = readers.LibTiff(), by_java(paths.values())
@@ -105,7 +105,7 @@ def main():
             if any(isinstance(each, str) or each != seen["libtiff"] for each in seen.values()):
                 failed += 1
                 print(f"FAILED {name}: " + ", ".join(f"{reader}: {each if isinstance(each, str) else each[:2]}" for reader, each in seen.items()))
-    print(json.dumps({"readers": "libtiff, MuPDF, ImageIO", "kinds of files": len(kinds), **reasons}))
+    print(json.dumps({"readers": "libtiff, MuPDF, ImageIO", "kinds": len(kinds), **reasons}))
     print(f"readers: {len(paths) - failed} passed, {failed} failed")
     return 1 if failed or not paths else 0
 
