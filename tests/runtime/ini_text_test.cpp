@@ -18,6 +18,12 @@ std::string trim(std::string text, char character) {
   return text.c_str();
 }
 
+TEST(IniTrimChar, LeavesWhatStandsBehindTheText) {
+  char text[] = {' ', 'a', 'b', '\0', 'Z', 'Y'};
+  IniTrimChar(text, ' ');
+  EXPECT_EQ(std::string(text, sizeof text), std::string("ab\0\0ZY", 6));
+}
+
 TEST(IniCleanLine, TakesOffBracketsQuotesAndLineEndings) {
   EXPECT_EQ(clean("[TIF Export]\r\n", 0), "TIF Export");
   EXPECT_EQ(clean("TIF Export", 0), "TIF Export");

@@ -310,6 +310,28 @@ TEST_F(Rewrite, WhatALivingOneHoldsStays) {
   close(fd);
 }
 
+// Descriptor 0 is one like any other where a host has closed its standard input.
+TEST_F(Rewrite, AHostWithoutStandardInputIsServedAsWell) {
+  const int input = dup(0);
+  close(0);
+  const size_t descriptors = support::openDescriptors();
+  const std::string changed = after("[s]\nk=1\n", "s", "k", "9");
+  const size_t left = support::openDescriptors();
+  unlink(path.c_str());
+  EXPECT_EQ(WritePrivateProfileString("s", "k", "9", path.c_str()), 0);
+  const std::string made = support::readText(path);
+  const size_t leftThen = support::openDescriptors();
+  if (input >= 0) {
+    dup2(input, 0);
+    close(input);
+  }
+  EXPECT_EQ(changed, "[s]\nk=9\n");
+  EXPECT_EQ(made, "\n[s]\nk=9\n");
+  EXPECT_EQ(left, descriptors);
+  EXPECT_EQ(leftThen, descriptors);
+  EXPECT_EQ(filesBeside(), 1u);
+}
+
 TEST_F(Rewrite, PlantedNamesAreNeitherFollowedNorTouched) {
   const std::string victim = dir.file("victim");
   support::writeFile(victim, "mine");

@@ -154,6 +154,20 @@ TEST(UselessFile, PipesHaveNoPositions) {
   EXPECT_EQ(kvlClose(h), -1);
 }
 
+// 4 GiB and 5 bytes, of which none is on the disk: 32 bits would say 5.
+TEST(UselessFile, AnEndPast2To31IsNoPosition) {
+  const support::TempDir dir;
+  const std::string path = dir.file("huge");
+  support::writeFile(path, "abc");
+  ASSERT_EQ(truncate(path.c_str(), 0x100000005), 0);
+  const Handle h = kvlOpen(path.c_str(), nullptr, KVL_UPDATE);
+  ASSERT_NE(h, 0u);
+  EXPECT_EQ(record(h).lSize, INT32_MAX);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_END), -1);
+  EXPECT_EQ(record(h).nError, -1);
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
 TEST(UselessFile, AFileThatFailsToReadAnswersMinusOne) {
   // The memory of this process has no page at offset 0.
   const Handle h = kvlOpen("/proc/self/mem", nullptr, KVL_READ);

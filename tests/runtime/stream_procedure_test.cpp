@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Streams that the host keeps itself: every call arrives at its procedure, unchanged and in order.
+#include "support/stream_procedure.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -179,6 +181,31 @@ TEST_F(Procedure, ALineThatCannotBeWrittenGetsNoEnding) {
   calls.clear();
   failAt = 1;
   EXPECT_EQ(kvlWriteLine(h, "ab", 2), -1) << "the ending failed";
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
+// Every byte of a line is a read of its own, and one that is not the line's is given back by a seek.
+TEST_F(Procedure, LinesAreReadByteByByte) {
+  support::HostStream host;
+  d.lpMemVar = host.context();
+  d.lpfnProc = host.procedureWord();
+  const Handle h = kvlOpen("lines", &d, KVL_READ);
+  ASSERT_NE(h, 0u);
+  for (const char c : std::string("ab\r\ncd\re")) host.bytes().push_back(static_cast<uint8_t>(c));
+  host.clearLog();
+  EXPECT_EQ(kvlGetLineFormat(h), 0);
+  EXPECT_EQ(host.log(), "read 1 x 4\nseek 0 from 0 = 0\n");
+  host.clearLog();
+  char line[8];
+  EXPECT_EQ(kvlReadLine(h, line, 8), 2);
+  EXPECT_STREQ(line, "ab");
+  EXPECT_EQ(host.log(), "read 1 x 4\n");
+  host.clearLog();
+  EXPECT_EQ(kvlReadLine(h, line, 8), 2);
+  EXPECT_STREQ(line, "cd");
+  EXPECT_EQ(host.log(), "read 1 x 4\nseek -1 from 1 = 7\n");
+  EXPECT_EQ(kvlReadLine(h, line, 8), -1) << "the data end before the line does";
+  EXPECT_STREQ(line, "e");
   EXPECT_EQ(kvlClose(h), 0);
 }
 

@@ -24,6 +24,7 @@ TEST(FileStem, FollowsTheLastBackslashSlashOrColon) {
   EXPECT_EQ(stem("c:raxel.dll"), "raxel");
   EXPECT_EQ(stem("dir\\a/b.c"), "a/b") << "a backslash goes before a slash";
   EXPECT_EQ(stem("raxel"), "raxel");
+  EXPECT_EQ(stem("x.so"), "x");
   EXPECT_EQ(stem("raxel.so.2"), "raxel.so");
   EXPECT_EQ(stem("/usr/lib/"), "");
   EXPECT_EQ(stem("/opt/v1.2/raxel"), "raxel");

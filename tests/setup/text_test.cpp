@@ -74,6 +74,7 @@ TEST(ReadDecimal, NumbersTooLargeForADoubleAreInfinite) {
   }
   EXPECT_EQ(setup::readDecimal("-1e999"), -HUGE_VAL);
   EXPECT_EQ(setup::readDecimal(std::string(400, '7').c_str()), HUGE_VAL);
+  EXPECT_EQ(setup::readDecimal((std::string(2000, '7') + "e-1600").c_str()), HUGE_VAL);
 }
 
 TEST(ReadDecimal, NumbersTooSmallForADoubleAreZero) {
@@ -82,6 +83,8 @@ TEST(ReadDecimal, NumbersTooSmallForADoubleAreZero) {
   }
   EXPECT_TRUE(std::signbit(setup::readDecimal("-1e-400")));
   EXPECT_EQ(setup::readDecimal(("0." + std::string(400, '0') + "7").c_str()), 0.0);
+  EXPECT_EQ(setup::readDecimal(("0." + std::string(800, '0') + "7e400").c_str()), 0.0) << "7e-401";
+  EXPECT_EQ(setup::readDecimal(("0." + std::string(2000, '0') + "7e1600").c_str()), 0.0) << "7e-401";
 }
 
 TEST(WriteGeneral, KeepsSignificantDigitsAndNoZerosBehind) {

@@ -2,6 +2,7 @@
 #include "support/disk.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,8 +16,8 @@ Disk::Disk() {
   current = this;
 }
 
-Disk::Disk(DiskCall call, size_t number, DiskFailure failure)
-    : call_(call), number_(number), failure_(failure) {
+Disk::Disk(DiskCall call, size_t number, DiskFailure failure, int error)
+    : call_(call), number_(number), failure_(failure), error_(error) {
   current = this;
 }
 
@@ -36,6 +37,10 @@ const DiskFailure *Disk::meet(DiskCall call) {
 
 void Disk::note(const char *path, int flags, mode_t mode) {
   if (current != nullptr) current->opened_.push_back({path, flags, mode});
+}
+
+int Disk::errorOr(int usual) {
+  return current != nullptr && current->error_ != 0 ? current->error_ : usual;
 }
 
 size_t openDescriptors() {
@@ -58,7 +63,7 @@ namespace {
 // A call that moves nothing and fails with the error, or fails with EINTR when it was interrupted.
 template <class Result>
 Result refuse(const DiskFailure &how, int error, Result result) {
-  errno = how == DiskFailure::kInterrupted ? EINTR : error;
+  errno = how == DiskFailure::kInterrupted ? EINTR : Disk::errorOr(error);
   return result;
 }
 
@@ -82,6 +87,7 @@ ssize_t __real_pwrite(int fd, const void *from, size_t count, off_t at);
 off_t __real_lseek(int fd, off_t offset, int whence);
 int __real_fsync(int fd);
 int __real_rename(const char *from, const char *to);
+int __real_flock(int fd, int operation);
 
 int __wrap_open(const char *path, int flags, ...);
 FILE *__wrap_fopen(const char *path, const char *mode);
@@ -94,6 +100,7 @@ ssize_t __wrap_pwrite(int fd, const void *from, size_t count, off_t at);
 off_t __wrap_lseek(int fd, off_t offset, int whence);
 int __wrap_fsync(int fd);
 int __wrap_rename(const char *from, const char *to);
+int __wrap_flock(int fd, int operation);
 
 int __wrap_open(const char *path, int flags, ...) {
   mode_t mode = 0;
@@ -163,6 +170,11 @@ int __wrap_fsync(int fd) {
 int __wrap_rename(const char *from, const char *to) {
   if (const DiskFailure *how = Disk::meet(DiskCall::kRename)) return refuse(*how, EIO, -1);
   return __real_rename(from, to);
+}
+
+int __wrap_flock(int fd, int operation) {
+  if (const DiskFailure *how = Disk::meet(DiskCall::kLock)) return refuse(*how, EWOULDBLOCK, -1);
+  return __real_flock(fd, operation);
 }
 
 }  // extern "C"

@@ -17,7 +17,7 @@
 
 namespace support {
 
-enum class DiskCall { kOpen, kRead, kWrite, kSeek, kClose, kSync, kRename, kCount };
+enum class DiskCall { kOpen, kRead, kWrite, kSeek, kClose, kSync, kRename, kLock, kCount };
 
 enum class DiskFailure {
   kOnce,         // the calls that follow work again
@@ -36,8 +36,8 @@ class Disk {
 
   // Only counts.
   Disk();
-  // The call of this number (1 is the next one) of a kind fails.
-  Disk(DiskCall call, size_t number, DiskFailure failure);
+  // The call of this number (1 is the next one) of a kind fails, with this error if one is given.
+  Disk(DiskCall call, size_t number, DiskFailure failure, int error = 0);
   ~Disk();
   Disk(const Disk &) = delete;
   Disk &operator=(const Disk &) = delete;
@@ -51,6 +51,8 @@ class Disk {
   // For the calls themselves: counts one. Returns how it is to go, null as ever.
   static const DiskFailure *meet(DiskCall call);
   static void note(const char *path, int flags, mode_t mode);
+  // The error that is wanted, or else the usual one.
+  static int errorOr(int usual);
 
  private:
   static inline Disk *current = nullptr;
@@ -59,6 +61,7 @@ class Disk {
   DiskCall call_ = DiskCall::kCount;
   size_t number_ = 0;
   DiskFailure failure_ = DiskFailure::kOnce;
+  int error_ = 0;
   bool failed_ = false;
 };
 

@@ -106,7 +106,6 @@ TEST(StripCount, GrowsAfterAStripOfLzwAndOfT6) {
 
 constexpr uint32_t kWidth = 4000;
 constexpr uint32_t kHeight = 80;
-constexpr uint32_t kStrips = 4;
 constexpr uint32_t kWindow = 12288;  // what a stream keeps of a file: it fails when a full one does
 
 // How long the writes are that a host would see of a strip, one after the other.
@@ -132,33 +131,52 @@ std::vector<uint32_t> writesOf(int32_t compression, const std::vector<Bytes> &ro
   return writes;
 }
 
-class FullDisk : public testing::TestWithParam<int32_t> {};
+struct Layout {
+  uint16_t mode;
+  std::vector<uint32_t> rows;  // of each piece of the picture
+  uint32_t front;              // bytes before the first one
+};
 
-// Rows are gathered, but a strip counts only what was tried: up to the write that found no room.
+// Four strips behind two arrays of four numbers. In the layout of tiles rows that are not cut into them go
+// out in pieces of up to 32,767 bytes, behind two arrays of eight numbers.
+Layout layoutOf(uint16_t mode) {
+  if (mode == RAXEL_STORED_LAYOUT_STRIPS) return {mode, {20, 20, 20, 20}, 0xDA};
+  return {mode, {65, 15}, 0x106};
+}
+
+class FullDisk : public testing::TestWithParam<std::tuple<int32_t, uint16_t>> {};
+
+// Rows are gathered, but a strip counts only what was tried: up to the write that found no room. Where
+// nothing is patched the count goes on from what it was, unless an end of line sets it.
 TEST_P(FullDisk, AStripCountsWhatWasTried) {
-  const int32_t compression = GetParam();
+  constexpr uint32_t kBefore = 77;
+  const int32_t compression = std::get<0>(GetParam());
+  const Layout layout = layoutOf(std::get<1>(GetParam()));
+  const bool startsAnew =
+      layout.mode == RAXEL_STORED_LAYOUT_STRIPS || compression == RAXEL_STORED_COMPRESS_T4;
   support::Random random(11);
   const Bytes pixels = random.bytes(size_t{kWidth} / 8 * kHeight);
-  std::vector<std::vector<uint32_t>> strips(kStrips);
-  for (uint32_t strip = 0; strip < kStrips; ++strip) {
+  std::vector<std::vector<uint32_t>> strips;
+  size_t fromBottom = kHeight;
+  for (const uint32_t count : layout.rows) {
     std::vector<Bytes> rows;
-    for (uint32_t i = 0; i < kHeight / kStrips; ++i) {
-      const size_t fromBottom = kHeight - 1 - (strip * (kHeight / kStrips) + i);
-      rows.push_back(support::slice(pixels, fromBottom * (kWidth / 8), kWidth / 8));
+    for (uint32_t i = 0; i < count; ++i) {
+      rows.push_back(support::slice(pixels, --fromBottom * (kWidth / 8), kWidth / 8));
     }
-    strips[strip] = writesOf(compression, rows);
+    strips.push_back(writesOf(compression, rows));
   }
   for (const uint32_t limit : {kWindow - 1, kWindow, kWindow + 1, 20000u, 2 * kWindow, 30000u, 36000u}) {
     const support::TempDir dir;
-    InUse use(RAXEL_STORED_MODE_BILEVEL, compression);
+    InUse use(RAXEL_STORED_MODE_BILEVEL, compression, layout.mode);
+    use.setup.tiff.nStripBytes = kBefore;
     const Handle file = kvlOpen(dir.file("full.tif").c_str(), nullptr, KVL_OUTPUT);
     const Pixels block(pixels);
     // The first byte that cannot be kept, because the window before it cannot be written.
     const uint32_t lost = (limit / kWindow + 1) * kWindow;
-    uint32_t expected = 0;
-    uint32_t at = 0xDA;  // the first strip, behind two arrays of four numbers
+    uint32_t expected = kBefore;
+    uint32_t at = layout.front;
     for (const std::vector<uint32_t> &strip : strips) {
-      expected = 0;
+      if (startsAnew) expected = 0;
       for (size_t i = 0; i < strip.size() && at <= lost; ++i) {
         expected += strip[i];
         at += strip[i];
@@ -194,9 +212,14 @@ TEST(FullDiskRow, CountsWhatWasTried) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, FullDisk,
-                         testing::Values(int32_t{RAXEL_STORED_COMPRESS_PACKBITS},
-                                         int32_t{RAXEL_STORED_COMPRESS_HUFFMAN},
-                                         int32_t{RAXEL_STORED_COMPRESS_T4}),
-                         [](const auto &row) { return std::to_string(row.param); });
+                         testing::Combine(testing::Values(int32_t{RAXEL_STORED_COMPRESS_PACKBITS},
+                                                          int32_t{RAXEL_STORED_COMPRESS_HUFFMAN},
+                                                          int32_t{RAXEL_STORED_COMPRESS_T4}),
+                                          testing::Values(uint16_t{RAXEL_STORED_LAYOUT_STRIPS},
+                                                          uint16_t{RAXEL_STORED_LAYOUT_TILES})),
+                         [](const auto &row) {
+                           return std::to_string(std::get<0>(row.param)) + "_layout" +
+                                  std::to_string(std::get<1>(row.param));
+                         });
 
 }  // namespace

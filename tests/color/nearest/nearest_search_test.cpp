@@ -69,6 +69,27 @@ TEST(NearestSearch, AgreesForEveryColorOfSomeCells) {
   }
 }
 
+// The border of red and blue runs through these cells. The first one's answers are kept, and the second
+// one, whose answers are the same, shares them.
+TEST(NearestSearch, CellsWithTheSameAnswersShareThem) {
+  color::NearestSearch search;
+  const Bytes table{200, 0, 0, 0, 0, 200};
+  color::startSearch(search, table, 2, kMany);
+  const auto unitAt = [&](uint32_t v) {
+    found(search, {static_cast<uint8_t>(v), 0, static_cast<uint8_t>(v)}, 3);
+    return search.cells[color::addressOf(v, 0, v) / color::kUnitBytes];
+  };
+  const uint16_t unit = unitAt(100);
+  ASSERT_NE(unit, 0);
+  for (uint32_t red = 100; red < 104; ++red) {
+    for (uint32_t blue = 100; blue < 104; ++blue) {
+      const uint32_t place = color::addressOf(red, 2, blue) % color::kUnitBytes;
+      EXPECT_EQ(search.units[unit * color::kUnitBytes + place], red < blue ? 1 : 0) << red << " " << blue;
+    }
+  }
+  EXPECT_EQ(unitAt(104), unit);
+}
+
 TEST(NearestSearch, EveryGreyFindsTheNearestGreyOrTheLowerOfTwo) {
   Bytes pixels;
   for (int v = 0; v < 256; ++v) pixels.insert(pixels.end(), 3, static_cast<uint8_t>(v));
