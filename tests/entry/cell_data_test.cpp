@@ -422,6 +422,12 @@ TEST(DrawExportCellData, OthersDoNothing) {
   for (HostWord op : {HostWord{0}, HostWord{1}, HostWord{2}, HostWord{3}}) {
     EXPECT_EQ(DrawExportCellData(op, 0, 0, 0), 0u);
   }
+  PictureRecord picture = {};
+  picture.dExtentX = 3;
+  PictureFormat format = {};
+  EXPECT_EQ(DrawExportCellData(RAXEL_DRAW_QUERY, 0, word(&format), 0), 0u);
+  EXPECT_EQ(DrawExportCellData(RAXEL_DRAW_QUERY, word(&picture), 0, 0), 0u);
+  EXPECT_EQ(format.nKind, 0);
 }
 
 }  // namespace

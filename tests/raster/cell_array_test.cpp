@@ -395,6 +395,7 @@ TEST_F(Cells, APaletteOfMoreBitsThanTheTableHasEndsInBlack) {
     const uint8_t color[3] = {static_cast<uint8_t>(255 - i), static_cast<uint8_t>(i), 77};
     std::memcpy(lpEMData->ColorTable[i], color, 3);
   }
+  std::memset(lpEMData->BkColor, 99, sizeof lpEMData->BkColor);  // it stands behind the table
   for (const uint32_t bits : {1u, 4u, 8u, 9u, 12u, 23u}) {
     const runtime::Block palette = raster::paletteOf(*lpEMData, bits);
     const auto bytes = palette.bytes();

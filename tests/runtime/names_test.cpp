@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <set>
 #include <string>
 
@@ -71,7 +72,9 @@ TEST(TemporaryName, LiesInTmpAndIsFree) {
   std::set<std::string> seen;
   for (int i = 0; i < 100; ++i) {
     char out[144];
+    std::memset(out, '#', sizeof out);
     ASSERT_EQ(KVLGetTempFileName(0, "ignored", 7, out), 1);
+    EXPECT_EQ(out[18], '#') << "behind its terminator nothing is stored";
     EXPECT_EQ(std::string(out).substr(0, 5), "/tmp/");
     EXPECT_EQ(std::string(out).size(), 17u);
     EXPECT_EQ(std::string(out).find('/', 5), std::string::npos);
