@@ -11,7 +11,7 @@ namespace {
 
 constexpr uint32_t kWhiteIsZero = 0;  // the filter never writes it
 
-constexpr const char *kSoftware = "raxel " RAXEL_VERSION_TEXT;
+constexpr const char *kOwnName = "raxel " RAXEL_VERSION_TEXT;
 
 uint32_t photometricOf(const RaxelPlan &plan) {
   if (plan.mode == RAXEL_MODE_RGB) return RAXEL_TIFF_RGB;
@@ -36,7 +36,7 @@ void applyPlan(const RaxelPlan &plan, FinishedPage &page) {
   page.photometric = photometricOf(plan);
   page.resolutionX = rationalOf(plan.dpiX);
   page.resolutionY = rationalOf(plan.dpiY);
-  page.software = kSoftware;
+  page.software = kOwnName;
 }
 
 void applyMetadata(const RaxelMetadata &metadata, FinishedPage &page) {
