@@ -57,6 +57,7 @@ def parts(source):
         Part("crowd", python("cli/crowd.py", "--all")),
         Part("golden", python("campaign/golden.py"), list(golden.all_ways())),
         Part("readers", python("campaign/golden_readers.py")),
+        Part("sandbox", python("campaign/sandbox.py")),
     ]
     if os.path.exists(os.path.join(source, "tests/campaign/mutants.py")):
         found.append(Part("mutation", "/usr/bin/python3 tests/campaign/mutants.py --source . --work build/campaign/mutants --seconds {seconds}"))
