@@ -173,8 +173,7 @@ def told(figure):
 
 # The table's rows, and the parts that each is made of.
 ROWS = (
-    ("Lines of `src/` and `host/` that the tests reach", ("line coverage",)),
-    ("Branches of `src/` that they reach", ("branch coverage",)),
+    ("Lines of `src/` and `host/`, and branches of `src/`, that the tests reach", ("coverage",)),
     ("Fuzzing, with the address and undefined-behaviour sanitizers", ("fuzzing",)),
     ("Handle blocks: an overrun of one byte is seen by the address sanitizer", ("slack",)),
     ("The nth call to the disk fails, in the library", ("faults of the library",)),
