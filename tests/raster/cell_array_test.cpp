@@ -560,4 +560,31 @@ TEST_F(Cells, FourChannelPicturesLoseTheFourthBeforeDepthsChange) {
   }
 }
 
+// A fourth channel is dropped on the way to fewer bits only: pixels of 24 bits have none to lose.
+TEST_F(Cells, ThreeChannelsOfTheOutputsDepthStayWhateverTheirKind) {
+  for (const int32_t kind : {RAXEL_RASTER_CMYK, RAXEL_RASTER_ALPHA}) {
+    host.settings().nBitmapMode = RAXEL_STORED_MODE_RGB;
+    host.initialise();
+    host.send(RAXEL_OP_OPEN_DEVICE);
+    lpEMData->DevWindow[3] = 3;
+    lpEMData->DevWindow[4] = 3;
+    const Handle pixels = support::newBlock(48);
+    auto *p = static_cast<uint8_t *>(GlobalLock(pixels));
+    for (uint8_t i = 0; i < 48; ++i) p[i] = static_cast<uint8_t>(i < 36 ? i : 100 + i % 3);
+    RasterWriteCellData(pixels, 4, 4, 100, 24, kind);
+    GlobalFree(pixels);
+    host.terminate();
+    const auto bytes = support::readFile(dir.file("cells.tif"));
+    const auto file = support::readTiff(bytes);
+    ASSERT_TRUE(file.ok()) << file.error;
+    const auto rows = support::uncompressedRows(file);
+    ASSERT_EQ(rows.size(), 48u);
+    // The last row is the first of the file, and the first and third byte of every pixel are exchanged.
+    EXPECT_EQ(std::vector<uint8_t>(rows.begin(), rows.begin() + 6),
+              (std::vector<uint8_t>{102, 101, 100, 102, 101, 100}))
+        << kind;
+    EXPECT_EQ(std::vector<uint8_t>(rows.end() - 3, rows.end()), (std::vector<uint8_t>{11, 10, 9})) << kind;
+  }
+}
+
 }  // namespace
