@@ -237,6 +237,9 @@ TEST(ScaleImageSize, CapsTheLongerSideAt22Inches) {
     ScaleImageSize(&w, &h);
     return std::pair(w, h);
   };
+  EXPECT_EQ(scaled(10, 5), std::pair(10.0, 5.0));
+  EXPECT_EQ(scaled(5, 10), std::pair(5.0, 10.0));
+  EXPECT_EQ(scaled(30, 44), std::pair(15.0, 22.0));
   EXPECT_EQ(scaled(44, 11), std::pair(22.0, 5.5));
   EXPECT_EQ(scaled(11, 44), std::pair(5.5, 22.0));
   EXPECT_EQ(scaled(30, 30), std::pair(22.0, 30 * (22.0 / 30)));

@@ -217,6 +217,7 @@ TEST(CodingThreads, AreBoundByChunksCoresAndTheHost) {
   EXPECT_EQ(tiff::chooseThreads(least + 1, 400, least, 3, 8), 3u);
   EXPECT_EQ(tiff::chooseThreads(least + 1, 400, least, 16, 2), 2u);
   EXPECT_EQ(tiff::chooseThreads(least + 1, 1, least, 16, 8), 1u);
+  EXPECT_EQ(tiff::chooseThreads(least + 1, 2, least, 16, 8), 2u);
   EXPECT_EQ(tiff::chooseThreads(least, 4, least, 16, 8), 1u);
   EXPECT_EQ(tiff::chooseThreads(least + 1, 4, least, 0, 8), 1u);
 }
