@@ -35,7 +35,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT RAXEL_SANITIZE AND NOT RAXEL_THR
 endif()
 
 if(RAXEL_COVERAGE)
-  target_compile_options(raxel_numbers INTERFACE --coverage)
+  target_compile_options(raxel_numbers INTERFACE --coverage -fprofile-update=atomic)
   target_link_options(raxel_numbers INTERFACE --coverage)
 endif()
 if(RAXEL_FUZZ)

@@ -32,7 +32,7 @@ def reasons():
 def counted(source, build, report):
     """What gcovr says of each file: its lines, each with its branches."""
     pages = ["--html-details", os.path.realpath(report)] if report else []
-    command = ["gcovr", "--root", source, "--json", "-", *pages, "--exclude-throw-branches", "-j", str(os.cpu_count()),
+    command = ["gcovr", "--root", source, "--json", "-", *pages, "--exclude-throw-branches",
                *(f"--filter={part}/" for part in PARTS), build]
     said = subprocess.run(command, cwd=source, check=True, capture_output=True, text=True).stdout
     return json.loads(said)["files"]
