@@ -67,6 +67,8 @@ def main():
         with open(os.path.join(source, path), encoding="utf-8") as text:
             rows = [row.strip() for row in text]
         for line in file["lines"]:
+            if line.get("gcovr/noncode"):
+                continue
             row = rows[line["line_number"] - 1]
             key = path, row
             excused = key in known
