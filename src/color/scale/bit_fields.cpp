@@ -85,7 +85,7 @@ GroupShape shapeOfBits(std::span<const uint32_t> columns) {
     lowest = std::min(lowest, offset);
     highest = std::max(highest, offset);
   }
-  const auto more = static_cast<uint32_t>(highest - lowest);
+  const uint32_t more = static_cast<uint32_t>(highest) - static_cast<uint32_t>(lowest);
   if (thirtyTwo <= 8 && more < kMostFields) {
     const uint32_t windows = sixtyFour <= 8 ? 1 : 2;
     return {1, 8, 8 * kGroup, 8, windows + 1 + more, 64 * windows, windows, highest};
