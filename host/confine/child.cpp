@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -147,7 +148,7 @@ bool Child::mayGoOn() {
   asleep_ = look.state == 'S' ? asleep_ + 1 : 0;
   if (asleep_ >= kMostAsleep) givenUp_ = "its decoder stood still";
   // One that does not care for the signal at its limit gets a little more.
-  if (look.seconds > static_cast<double>(most_.seconds) + 2) givenUp_ = kTooLong;
+  if (look.seconds > spent_ + static_cast<double>(most_.seconds) + 2) givenUp_ = kTooLong;
   return !givenUp_;
 }
 
@@ -177,16 +178,39 @@ size_t Child::receive(void *record, size_t room) {
 void Child::goOn() {
   // A child that is gone is noticed when nothing comes from it, and one that does not listen is not waited
   // for.
-  send(line_, &kGo, 1, MSG_NOSIGNAL | MSG_DONTWAIT);
+  ask(&kGo, 1);
+}
+
+bool Child::ask(const void *record, size_t size) {
+  return send(line_, record, size, MSG_NOSIGNAL | MSG_DONTWAIT) == static_cast<ssize_t>(size);
 }
 
 void Child::allow(const Allowance &most) {
   most_ = most;
-  setAllowance(pid_, most, parentsSpace_);
+  // The limit counts whole seconds.
+  const auto spent = static_cast<uint64_t>(std::ceil(spent_));
+  setAllowance(pid_, {most.memory + held_, most.seconds + spent}, parentsSpace_);
+}
+
+bool Child::renew(const Allowance &most) {
+  // More than libraries keep for themselves, and a hundred times what another child costs.
+  constexpr uint64_t kMostHeld = uint64_t{16} << 20;
+  constexpr double kMostSpent = 0.25;
+  const uint64_t space = addressSpace(pid_);
+  held_ = space - std::min(space, parentsSpace_);
+  spent_ = processorTime(pid_);
+  if (space == 0 || held_ > kMostHeld || spent_ > kMostSpent || isLimited()) return false;
+  asleep_ = 0;
+  allow(most);
+  return true;
+}
+
+void Child::stop() {
+  if (pid_ > 0) kill(pid_, SIGKILL);
 }
 
 void Child::finish() {
-  kill(pid_, SIGKILL);
+  stop();
   while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
   }
   pid_ = 0;
@@ -210,7 +234,7 @@ Ending Child::ending() {
   if (done == 0) finish();
   pid_ = 0;
   const int signal = done > 0 && WIFSIGNALED(status) ? WTERMSIG(status) : 0;
-  const double seconds = secondsOf(used.ru_utime) + secondsOf(used.ru_stime);
+  const double seconds = secondsOf(used.ru_utime) + secondsOf(used.ru_stime) - spent_;
   // The limit counts ticks, and what is told here is more exact.
   if (signal == SIGXCPU || (signal == SIGKILL && seconds >= 0.9 * mostSeconds(most_)))
     return {signal, kTooLong};
@@ -231,7 +255,13 @@ void tellParent(const void *record, size_t size) {
 
 void waitForParent() {
   char answer = 0;
-  if (read(kLineToParent, &answer, 1) != 1 || answer != kGo) _exit(1);
+  if (hearParent(&answer, 1) != 1 || answer != kGo) _exit(1);
+}
+
+size_t hearParent(void *record, size_t room) {
+  const ssize_t got = read(kLineToParent, record, room);
+  if (got <= 0) _exit(1);
+  return static_cast<size_t>(got);
 }
 
 }  // namespace host

@@ -39,14 +39,21 @@ class Child {
   size_t receive(void *record, size_t room);
   // Lets a child go on that waits for it, or will.
   void goOn();
-  // What it may take from now on.
+  // Sends a child what it waits for, or will. False when it is at its end or does not listen.
+  bool ask(const void *record, size_t size);
+  // What it may take in all for the work at hand.
   void allow(const Allowance &most);
-  // Ends the child.
-  void finish();
+  // Before work that a child is given besides: it may take all of this for it, whatever it took before.
+  // False for one that took so much, or still holds so much, that another child had better do it, and where
+  // this process has limits of its own, which every child is to have in whole.
+  bool renew(const Allowance &most);
+  // Ends the child. It may not be gone yet.
+  void stop();
   // The same for one that is at its end or stands still.
   Ending ending();
 
  private:
+  void finish();
   bool waitFor(int fd);
   bool mayGoOn();
 
@@ -54,6 +61,8 @@ class Child {
   int line_ = -1;
   Allowance most_;
   uint64_t parentsSpace_;
+  double spent_ = 0;               // seconds that it took for other work before
+  uint64_t held_ = 0;              // bytes that it kept of them
   int asleep_ = 0;                 // looks in a row that found the child asleep
   const char *givenUp_ = nullptr;  // why the child is not waited for any more
 };
@@ -61,8 +70,10 @@ class Child {
 // A text of the child's, to be shown to people: without what steers a terminal.
 std::string plainText(std::string_view said);
 
-// In the child: tells the parent, and waits until it may go on. A parent that is gone ends it.
+// In the child: tells the parent, waits until it may go on, and waits for what it sends, the size of which
+// is returned. A parent that is gone ends it.
 void tellParent(const void *record, size_t size);
 void waitForParent();
+size_t hearParent(void *record, size_t room);
 
 }  // namespace host

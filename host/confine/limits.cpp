@@ -4,11 +4,13 @@
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <initializer_list>
+#include <limits>
 
 #include "confine/filter.h"
 
@@ -55,13 +57,23 @@ void filterCalls() {
 
 }  // namespace
 
-uint64_t addressSpace() {
+uint64_t addressSpace(pid_t process) {
   unsigned long long pages = 0;
-  std::FILE *about = std::fopen("/proc/self/statm", "re");
+  char name[40] = "/proc/self/statm";
+  if (process != 0) std::snprintf(name, sizeof name, "/proc/%d/statm", static_cast<int>(process));
+  std::FILE *about = std::fopen(name, "re");
   if (!about) return 0;
   const bool told = std::fscanf(about, "%llu", &pages) == 1;
   std::fclose(about);
   return told ? pages * static_cast<uint64_t>(sysconf(_SC_PAGESIZE)) : 0;
+}
+
+double processorTime(pid_t process) {
+  clockid_t clock{};
+  timespec time{};
+  if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0)
+    return std::numeric_limits<double>::infinity();
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
 void confineThisProcess(const Allowance &most, uint64_t parentsSpace, int line) {
@@ -83,6 +95,15 @@ void setAllowance(pid_t child, const Allowance &most, uint64_t parentsSpace) {
   if (!kLimitsMemory || parentsSpace == 0) return;
   const rlimit space = lowered(RLIMIT_AS, parentsSpace + most.memory);
   prlimit(child, RLIMIT_AS, &space, nullptr);
+}
+
+bool isLimited() {
+  for (const Resource resource : {RLIMIT_CPU, RLIMIT_AS}) {
+    rlimit limit{};
+    getrlimit(resource, &limit);
+    if (limit.rlim_cur != RLIM_INFINITY) return true;
+  }
+  return false;
 }
 
 }  // namespace host

@@ -37,7 +37,7 @@ std::unique_ptr<Picture> PageFeed::next(const Gate &gate) {
   left_.pop_back();
   // Without a word about pages it is the first one, with a note about the others.
   const bool chosen = options_.pages || !options_.pageRanges.empty();
-  if (!chosen) return readPicture(pages_->input(), options_.background, gate);
+  if (!chosen) return pages_->readFirst(options_.background, gate);
   name_ = pages_->nameOf(page);
   return pages_->read(page, options_.background, gate);
 }

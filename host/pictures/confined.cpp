@@ -11,8 +11,6 @@
 #include <optional>
 #include <utility>
 
-#include "confine/child.h"
-#include "confine/window.h"
 #include "pictures/told.h"
 
 namespace host {
@@ -36,7 +34,7 @@ void putText(const std::string &text, Told &to, size_t &used) {
   ++to.texts;
 }
 
-Told describe(TellKind kind, const Picture &picture, size_t oldNotes) {
+Told describe(TellKind kind, const Picture &picture) {
   Told told{};
   told.kind = kind;
   told.width = picture.view.width;
@@ -49,12 +47,18 @@ Told describe(TellKind kind, const Picture &picture, size_t oldNotes) {
   told.dpiY = picture.dpiY;
   std::copy(picture.table.begin(), picture.table.end(), told.table);
   size_t used = 0;
-  for (size_t i = oldNotes; i < picture.notes.size(); ++i) putText(picture.notes[i], told, used);
+  for (const std::string &note : picture.notes) putText(note, told, used);
   return told;
 }
 
 void tell(const Told &told) {
   tellParent(&told, sizeof told);
+}
+
+void tellOnly(TellKind kind) {
+  Told told{};
+  told.kind = kind;
+  tell(told);
 }
 
 void refuse(const std::string &why) {
@@ -68,8 +72,7 @@ void refuse(const std::string &why) {
 // Hands over the bytes of rows in pieces. The parent says of each that it has them.
 class RowsToParent {
  public:
-  RowsToParent(const Window &window, const Picture &picture, size_t oldNotes)
-      : window_(window), picture_(picture), oldNotes_(oldNotes) {}
+  RowsToParent(const Window &window, const Picture &picture) : window_(window), picture_(picture) {}
   // Where a row is to be written, when those above it are. Null for those that are longer than a piece.
   uint8_t *placeOf(uint32_t row) {
     const size_t stride = picture_.view.stride, inPiece = Window::kPiece / stride;
@@ -97,7 +100,7 @@ class RowsToParent {
     if (pieces_ >= Window::kPieces) waitForParent();
   }
   void hand(size_t bytes) {
-    if (pieces_ == 0) tell(describe(kTellRows, picture_, oldNotes_));
+    if (pieces_ == 0) tell(describe(kTellRows, picture_));
     Told told{};
     told.kind = kTellPiece;
     told.bytes = static_cast<uint32_t>(bytes);
@@ -108,7 +111,6 @@ class RowsToParent {
 
   const Window &window_;
   const Picture &picture_;
-  size_t oldNotes_;
   size_t pieces_ = 0, used_ = 0;  // that are handed over, and bytes of the next
 };
 
@@ -117,25 +119,45 @@ __attribute__((no_sanitize("vptr"))) std::string reasonOf(const std::exception &
   return why.what();
 }
 
-void decodeHere(const Window &window, Picture &out, const std::function<void()> &decode) {
-  const size_t oldNotes = out.notes.size();
-  RowsToParent rows(window, out, oldNotes);
+// A picture that cannot be read is the last one.
+void decodeHere(const Window &window, Picture &out, const Decode &decode) {
+  RowsToParent rows(window, out);
   out.placeOf = [&](uint32_t row) { return rows.placeOf(row); };
   out.gate = [&](const Picture &announced) {
-    tell(describe(kTellAnnounced, announced, oldNotes));
+    tell(describe(kTellAnnounced, announced));
     waitForParent();
   };
   try {
-    decode();
+    decode(out);
     rows.finish();
-    tell(describe(kTellDone, out, oldNotes));
+    tell(describe(kTellDone, out));
   } catch (const std::bad_alloc &) {
-    Told told{};
-    told.kind = kTellNoMemory;
-    tell(told);
+    tellOnly(kTellNoMemory);
+    _exit(0);
   } catch (const std::exception &why) {
     refuse(reasonOf(why));
     _exit(0);  // it would look at what is destroyed in the same way
+  }
+}
+
+// Answers to the picture before, which went without, may come first.
+uint64_t nextPlace() {
+  uint64_t place = 0;
+  while (hearParent(&place, sizeof place) != sizeof place) continue;
+  return place;
+}
+
+// Pictures of one input, until the parent ends this.
+void decodeAll(const Window &window, const Picture &first, const Decode &decode) {
+  for (uint64_t place = first.directory;; place = nextPlace()) {
+    {
+      Picture picture;
+      picture.format = first.format;
+      picture.isPage = first.isPage;
+      picture.directory = place;
+      decodeHere(window, picture, decode);
+    }
+    tellOnly(kTellReady);
   }
 }
 
@@ -271,23 +293,48 @@ void hear(Child &child, const Window &window, Picture &out) {
     }
     require(told.kind == kTellRows || told.kind == kTellDone);
     require(!announced || sameSize(*announced, turned(out.view, out.orientation)));
-    if (told.kind == kTellDone) {
-      rows.end();
-      return child.finish();
-    }
+    if (told.kind == kTellDone) return rows.end();
     rows.begin();
   }
 }
 
 }  // namespace
 
-void confined(Picture &out, uint64_t bytes, const std::function<void()> &decode) {
+// A child that ended when it was done with the page before has done no harm.
+bool DecoderChild::takesOn(const Picture &page, const Allowance &most) {
+  if (!child_ || dismissed_) return false;
+  Told told{};
+  return child_->receive(&told, sizeof told) == sizeof told && told.kind == kTellReady &&
+         child_->renew(most) && child_->ask(&page.directory, sizeof page.directory);
+}
+
+void DecoderChild::fill(Picture &out, uint64_t bytes, const Decode &decode) {
+  const Allowance most = allowanceFor(bytes);
+  if (!takesOn(out, most)) {
+    child_.reset();
+    dismissed_ = false;
+    if (!window_) window_.emplace();
+    child_.emplace(most, [&] { decodeAll(*window_, out, decode); });
+  }
+  try {
+    hear(*child_, *window_, out);
+  } catch (...) {
+    child_.reset();
+    throw;
+  }
+}
+
+void DecoderChild::dismiss() {
+  if (child_) child_->stop();
+  dismissed_ = true;
+}
+
+void confined(Picture &out, uint64_t bytes, const Decode &decode) {
   if (decodersAreConfined()) {
-    const Window window;
-    Child child(allowanceFor(bytes), [&] { decodeHere(window, out, decode); });
-    hear(child, window, out);
+    DecoderChild own;
+    (out.child ? *out.child : own).fill(out, bytes, decode);
   } else {
-    decode();
+    decode(out);
   }
   turnUpright(out, out.orientation);
 }

@@ -12,8 +12,6 @@ namespace {
 // What becomes of a frame when the next one comes (GIF 89a, section 23); else it stays.
 enum Disposal { kToBackground = 2, kToPrevious = 3 };
 
-constexpr uint8_t kTrailer = 0x3B;
-
 }  // namespace
 
 GifPages::GifPages(std::span<const uint8_t> file)
@@ -33,19 +31,10 @@ void GifPages::read(uint32_t page, const Background &background, Picture &out) {
   if (colors_.empty() || drawn_ > page) restart(background);
   while (drawn_ <= page) {
     if (drawn_ != 0) takeAway(frames_[drawn_ - 1], background);
-    draw(frames_[drawn_], background);
+    draw(frames_[drawn_], background, out.child);
     ++drawn_;
   }
   show(out);
-}
-
-// A file of this frame alone, which the reader of single pictures takes.
-std::vector<uint8_t> GifPages::fileOf(const GifFrame &frame) const {
-  std::vector<uint8_t> bytes(file_.begin(), file_.begin() + static_cast<ptrdiff_t>(frames_.front().start));
-  bytes.insert(bytes.end(), file_.begin() + static_cast<ptrdiff_t>(frame.start),
-               file_.begin() + static_cast<ptrdiff_t>(frame.end));
-  bytes.push_back(kTrailer);
-  return bytes;
 }
 
 void GifPages::restart(const Background &background) {
@@ -54,14 +43,14 @@ void GifPages::restart(const Background &background) {
   drawn_ = 0;
 }
 
-void GifPages::draw(const GifFrame &frame, const Background &background) {
+void GifPages::draw(const GifFrame &frame, const Background &background, DecoderChild *child) {
   if (frame.disposal == kToPrevious) before_ = colors_;
-  const std::vector<uint8_t> bytes = fileOf(frame);
   Picture alone;
   alone.format = "GIF";
-  readWithLeptonica(bytes, background, alone);
+  alone.directory = frame.start;
+  alone.child = child;
+  readWithLeptonica(file_, background, alone);
   if (!alone.view.table) throw Unreadable("is damaged: a frame has no colour table");
-  const int clear = gifTransparentIndex(bytes);
   const prepare::Source source(alone.view, RAXEL_TREAT_NONE, nullptr);
   std::vector<uint8_t> indices(alone.view.width), colors(size_t{3} * alone.view.width);
   const uint32_t width = std::min(alone.view.width, screen_.width - std::min(frame.left, screen_.width));
@@ -71,7 +60,8 @@ void GifPages::draw(const GifFrame &frame, const Background &background) {
     source.readColors(y, colors.data());
     uint8_t *to = colors_.data() + (size_t{screen_.width} * (frame.top + y) + frame.left) * 3;
     for (size_t x = 0; x < width; ++x) {
-      if (indices[x] != clear) std::copy_n(colors.begin() + static_cast<ptrdiff_t>(3 * x), 3, to + 3 * x);
+      if (indices[x] != frame.transparent)
+        std::copy_n(colors.begin() + static_cast<ptrdiff_t>(3 * x), 3, to + 3 * x);
     }
   }
 }

@@ -23,9 +23,8 @@ class GifPages {
   void read(uint32_t page, const Background &background, Picture &out);
 
  private:
-  std::vector<uint8_t> fileOf(const GifFrame &frame) const;
   void restart(const Background &background);
-  void draw(const GifFrame &frame, const Background &background);
+  void draw(const GifFrame &frame, const Background &background, DecoderChild *child);
   void takeAway(const GifFrame &frame, const Background &background);
   void show(Picture &out) const;
 

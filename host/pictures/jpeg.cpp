@@ -179,7 +179,7 @@ void decodeJpeg(std::span<const uint8_t> bytes, Picture &out) {
 
 void readJpeg(std::span<const uint8_t> bytes, Picture &out) {
   libJpeg();
-  confined(out, 0, [&] { decodeJpeg(bytes, out); });
+  confined(out, 0, [&](Picture &to) { decodeJpeg(bytes, to); });
 }
 
 }  // namespace host

@@ -98,6 +98,15 @@ uint64_t bytesOfFrames(std::span<const uint8_t> gif) {
   return all;
 }
 
+// A frame of a GIF goes alone, where it is one of several that are wanted: the library would decode all
+// that lie before it. It is kept in `alone`.
+std::span<const uint8_t> fileOf(const Picture &wanted, std::span<const uint8_t> bytes,
+                                std::vector<uint8_t> &alone) {
+  if (wanted.format != "GIF" || wanted.directory == 0) return bytes;
+  alone = gifFrameAlone(bytes, static_cast<size_t>(wanted.directory));
+  return alone;
+}
+
 void decode(const Leptonica &lept, std::span<const uint8_t> bytes, const Background &background,
             Picture &out) {
   if (out.format != "GIF") announceHeader(lept, bytes, out);
@@ -132,8 +141,12 @@ void decode(const Leptonica &lept, std::span<const uint8_t> bytes, const Backgro
 void readWithLeptonica(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   const Leptonica *lept = prepare::leptonica();
   if (!lept) throw Unreadable("needs Leptonica, which is not installed (package liblept5)");
-  confined(out, out.format == "GIF" ? bytesOfFrames(bytes) : 0,
-           [&] { decode(*lept, bytes, background, out); });
+  std::vector<uint8_t> alone;
+  const uint64_t all = out.format == "GIF" ? bytesOfFrames(fileOf(out, bytes, alone)) : 0;
+  confined(out, all, [&](Picture &to) {
+    std::vector<uint8_t> frame;
+    decode(*lept, fileOf(to, bytes, frame), background, to);
+  });
 }
 
 }  // namespace host

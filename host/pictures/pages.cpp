@@ -33,12 +33,22 @@ std::unique_ptr<Picture> Pages::read(uint32_t page, const Background &background
   if (leavesOut_ && page == 0) picture->notes.push_back(kNoPages);
   if (gif_) picture->reader = [&](Picture &to) { gif_->read(page, background, to); };
   if (!gif_ && page != 0) picture->directory = directories_.at(page);
+  picture->child = &child_;
   try {
     readPage(input_, background, gate, *picture);
   } catch (const Failure &failure) {
     if (count_ == 1) throw;
     throw Failure(failure.code(), "page " + std::to_string(page + 1) + " of " + failure.what());
   }
+  if (page + 1 == count_) child_.dismiss();
+  return picture;
+}
+
+std::unique_ptr<Picture> Pages::readFirst(const Background &background, const Gate &gate) {
+  auto picture = std::make_unique<Picture>();
+  picture->child = &child_;
+  readPage(input_, background, gate, *picture);
+  child_.dismiss();
   return picture;
 }
 

@@ -5,6 +5,7 @@
 
 #include <optional>
 
+#include "pictures/confined.h"
 #include "pictures/gif_pages.h"
 #include "pictures/page_range.h"
 #include "pictures/picture.h"
@@ -21,6 +22,8 @@ class Pages {
   // Reads a page, from 0 on. What it shows may lie in the input. Throws a Failure that names the page where
   // there are several.
   std::unique_ptr<Picture> read(uint32_t page, const Background &background, const Gate &gate);
+  // The first one, for a user who said nothing of pages: with a note about others. Throws a Failure.
+  std::unique_ptr<Picture> readFirst(const Background &background, const Gate &gate);
   // The page's name for messages.
   std::string nameOf(uint32_t page) const;
 
@@ -30,6 +33,7 @@ class Pages {
   bool leavesOut_ = false;             // other directories of it
   std::optional<GifPages> gif_;
   uint32_t count_ = 1;
+  DecoderChild child_;
 };
 
 // The pages that the ranges choose of so many, from 0 on, in the order of the ranges. Throws a Failure that

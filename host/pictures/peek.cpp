@@ -94,6 +94,7 @@ class GifBlocks {
   size_t place() const { return std::min(at_, file_.size()); }
   // At least ten bytes of it are there.
   const uint8_t *block() const { return file_.data() + at_; }
+  void goTo(size_t place) { at_ = place; }
   void next() {
     at_ += isPicture() ? 10 + tableSize(file_[at_ + 9]) + 1 : 2;
     while (at_ < file_.size() && file_[at_] != 0) at_ += size_t{1} + file_[at_];
@@ -155,11 +156,14 @@ GifExtras gifExtras(std::span<const uint8_t> file) {
 std::vector<GifFrame> gifFrames(std::span<const uint8_t> file) {
   std::vector<GifFrame> frames;
   GifBlocks blocks(file);
-  GifFrame frame{blocks.place(), 0, 0, 0, 0, 0, 0};
+  GifFrame frame{.start = blocks.place()};
   while (blocks.more()) {
     const uint8_t *block = blocks.block();
     const bool isPicture = blocks.isPicture();
-    if (!isPicture && block[1] == kGraphicControl && block[2] >= 4) frame.disposal = block[3] >> 2 & 7;
+    if (!isPicture && block[1] == kGraphicControl && block[2] >= 4) {
+      frame.disposal = block[3] >> 2 & 7;
+      frame.transparent = (block[3] & 1) != 0 ? block[6] : -1;
+    }
     if (isPicture) {
       frame.left = word(block + 1);
       frame.top = word(block + 3);
@@ -170,9 +174,23 @@ std::vector<GifFrame> gifFrames(std::span<const uint8_t> file) {
     if (!isPicture) continue;
     frame.end = blocks.place();
     frames.push_back(frame);
-    frame = {frame.end, 0, 0, 0, 0, 0, 0};
+    frame = {.start = frame.end};
   }
   return frames;
+}
+
+std::vector<uint8_t> gifFrameAlone(std::span<const uint8_t> file, size_t start) {
+  constexpr uint8_t kTrailer = 0x3B;
+  GifBlocks blocks(file);
+  const Bytes head = file.first(blocks.place());
+  blocks.goTo(start);
+  while (blocks.more() && !blocks.isPicture()) blocks.next();
+  if (blocks.more()) blocks.next();
+  std::vector<uint8_t> alone(head.begin(), head.end());
+  alone.insert(alone.end(), file.begin() + static_cast<ptrdiff_t>(start),
+               file.begin() + static_cast<ptrdiff_t>(blocks.place()));
+  alone.push_back(kTrailer);
+  return alone;
 }
 
 bool gifHasFurtherPictures(std::span<const uint8_t> file) {

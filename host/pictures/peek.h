@@ -23,15 +23,19 @@ struct GifScreen {
 };
 GifScreen gifScreen(std::span<const uint8_t> file);
 
-// A frame of a GIF: the blocks of it and of the extensions in front of it, its place on the screen, and
-// what becomes of it when the next one comes, as the format numbers it.
+// A frame of a GIF: the blocks of it and of the extensions in front of it, its place on the screen, what
+// becomes of it when the next one comes, as the format numbers it, and its transparent index, -1 for none.
 struct GifFrame {
-  size_t start, end;
-  uint32_t left, top, width, height;
-  unsigned disposal;
+  size_t start = 0, end = 0;
+  uint32_t left = 0, top = 0, width = 0, height = 0;
+  unsigned disposal = 0;
+  int transparent = -1;
 };
 // All of them, in their order.
 std::vector<GifFrame> gifFrames(std::span<const uint8_t> file);
+
+// A file of the frame alone whose blocks begin there, which is in the file.
+std::vector<uint8_t> gifFrameAlone(std::span<const uint8_t> file, size_t start);
 
 // True when another picture follows the first one.
 bool gifHasFurtherPictures(std::span<const uint8_t> file);

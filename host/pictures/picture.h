@@ -16,6 +16,8 @@
 
 namespace host {
 
+class DecoderChild;
+
 struct Picture {
   RaxelPicture view{};  // points into the members below, or into the input
   double dpiX = 0;      // dots an inch as the file says; 0 when it does not
@@ -24,10 +26,12 @@ struct Picture {
   std::vector<std::string> notes;
   Metadata metadata;
 
-  // Which picture of several to read: in a TIFF the place of its directory, 0 for the first; and whether
-  // the user knows that there are several.
+  // Which picture of several to read: the place of its directory in a TIFF, of its blocks in a GIF, 0 for
+  // the first; and whether the user knows that there are several.
   uint64_t directory = 0;
   bool isPage = false;
+  // Where decoders are confined, the child of the pages of this input; null for one of its own.
+  DecoderChild *child = nullptr;
 
   // For a page that the format's reader does not find by itself.
   std::function<void(Picture &)> reader;

@@ -183,7 +183,7 @@ void readTiff(std::span<const uint8_t> bytes, const Background &background, Pict
     if (!directory.cut.empty()) throw Unreadable("is cut short or damaged: " + directory.cut);
   }
   if (!libTiffIsInstalled()) throw Unreadable("needs libtiff, which is not installed (package libtiff6)");
-  confined(out, 0, [&] { decodeTiff(bytes, background, out); });
+  confined(out, 0, [&](Picture &to) { decodeTiff(bytes, background, to); });
 }
 
 }  // namespace host

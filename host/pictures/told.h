@@ -13,6 +13,7 @@ enum TellKind : uint32_t {
   kTellDone,           // what it is, with all its rows
   kTellRefused,        // why it cannot be read, as the one text
   kTellNoMemory,
+  kTellReady,  // that it is done with the picture, and waits for another place
 };
 
 struct Told {

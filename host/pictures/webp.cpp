@@ -143,7 +143,7 @@ void decodeWebp(std::span<const uint8_t> bytes, const Background &background, Pi
 
 void readWebp(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   libWebp();
-  confined(out, 0, [&] { decodeWebp(bytes, background, out); });
+  confined(out, 0, [&](Picture &to) { decodeWebp(bytes, background, to); });
 }
 
 }  // namespace host

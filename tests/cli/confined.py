@@ -9,7 +9,9 @@ same pixels in a process of their own.
 import ctypes
 import io
 import os
+import re
 import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -173,6 +175,27 @@ class Confined(Replaced):
         Image.new("L", (64, 64), 7).save(self.jpeg)
         return f"an input of {whole} bytes cut short"
 
+    def children(self):
+        """All pages of an input go through one child."""
+        if not shutil.which("strace"):
+            return "skipped: strace is not installed"
+        pages = [Image.new("L", (64, 64), shade).convert("P") for shade in range(40)]
+        inputs, out, calls = [], os.path.join(self.folder, "pages.tif"), os.path.join(self.folder, "calls")
+        for form in ("tiff", "gif"):
+            inputs.append(os.path.join(self.folder, "many." + form))
+            pages[0].save(inputs[-1], save_all=True, append_images=pages[1:])
+        # Leaks are not found under a tracer.
+        env = dict(os.environ, ASAN_OPTIONS="detect_leaks=0")
+        counts = []
+        for options, count in ((inputs[:1], 1), (inputs[1:], 1), ([*inputs, self.jpeg, *inputs], 5), (["--page", "3-38", inputs[0]], 1)):
+            done = subprocess.run(["strace", "-f", "-qq", "-o", calls, "-e", "trace=clone,clone3,fork,vfork", self.program, "-q", "--pages",
+                                   *options, "-o", out], env=env, capture_output=True, text=True)
+            with open(calls) as file:
+                counts.append(sum(re.match(r"\d+ +(clone3?|v?fork)\(", line) is not None for line in file))
+            self.check(f"children of {options}: the exit code", done.returncode == 0, done.stderr)
+            self.check(f"children of {options}", counts[-1] == count, counts[-1])
+        return f"{counts} children"
+
     def pictures(self):
         """Pictures of all formats that are decoded in a child."""
         photo = Image.open(os.path.join(self.source, "samples/photo.png")).convert("RGB")
@@ -249,7 +272,7 @@ def main():
     build, source, program = shared.places()
     with tempfile.TemporaryDirectory(prefix="raxel-confined-") as folder:
         tried = Confined(build, program, source, folder)
-        for step in (tried.reaches, tried.unfiltered, tried.ends, tried.stops, tried.cuts, tried.same):
+        for step in (tried.reaches, tried.unfiltered, tried.ends, tried.stops, tried.cuts, tried.children, tried.same):
             print(step())
     return shared.tell(tried.faults, f"confined: {tried.checks - len(tried.faults)} passed, {len(tried.faults)} failed")
 

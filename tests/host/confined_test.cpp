@@ -2,7 +2,6 @@
 // Decoders in a child: what they tell is believed only when it makes sense, and they reach nothing.
 #include "pictures/confined.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/seccomp.h>
@@ -25,6 +24,7 @@
 #include "confine/child.h"
 #include "confine/filter.h"
 #include "confine/window.h"
+#include "confined.h"
 #include "failure.h"
 #include "pictures/told.h"
 #include "support/temp_dir.h"
@@ -34,36 +34,17 @@ namespace {
 using host::Picture;
 using host::Told;
 
-class Confined : public testing::Test {
+class Confined : public ConfinedTest {
  protected:
-  void SetUp() override {
-    host::confineDecoders(true);
-    open_ = descriptors();
-  }
-  void TearDown() override {
-    host::confineDecoders(false);
-    EXPECT_EQ(descriptors(), open_);
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
-    EXPECT_EQ(errno, ECHILD);
-  }
-
-  static int descriptors() {
-    DIR *folder = opendir("/proc/self/fd");
-    int count = 0;
-    while (readdir(folder)) ++count;
-    closedir(folder);
-    return count;
-  }
-
   // What is said of a decoder, and the signal that ended it.
   struct End {
     std::string what;
     int signal;
   };
-  static End endOf(const std::function<void(Picture &)> &decode) {
+  static End endOf(const host::Decode &decode) {
     Picture picture;
     try {
-      host::confined(picture, 0, [&] { decode(picture); });
+      host::confined(picture, 0, decode);
     } catch (const host::DecoderLost &lost) {
       return {lost.what(), lost.signal()};
     } catch (const host::Unreadable &why) {
@@ -73,9 +54,6 @@ class Confined : public testing::Test {
     }
     return {"read", 0};
   }
-
- private:
-  int open_ = 0;
 };
 
 void fill(Picture &picture, uint32_t width, uint32_t height, uint32_t bits) {
@@ -99,16 +77,16 @@ TEST_F(Confined, BringsThePictureOver) {
     EXPECT_EQ(announced.notes, (std::vector<std::string>{"before", "announced"}));
   };
   const pid_t parent = getpid();
-  host::confined(picture, 0, [&] {
+  host::confined(picture, 0, [&](Picture &to) {
     if (getpid() == parent) throw host::Unreadable("is decoded here");
-    picture.dpiX = 72.5;
-    picture.notes.emplace_back("announced");
-    picture.table[5] = 9;
-    picture.useTable(2);
-    fill(picture, 301, 200, 8);
-    picture.useTable(3);
-    picture.dpiY = 300;
-    picture.notes.emplace_back("a line\nand \x1b[31mred");
+    to.dpiX = 72.5;
+    to.notes.emplace_back("announced");
+    to.table[5] = 9;
+    to.useTable(2);
+    fill(to, 301, 200, 8);
+    to.useTable(3);
+    to.dpiY = 300;
+    to.notes.emplace_back("a line\nand \x1b[31mred");
   });
   EXPECT_TRUE(asked);
   ASSERT_EQ(picture.pixels.size(), 301u * 200);
@@ -129,12 +107,12 @@ TEST_F(Confined, BringsAPictureOverThatWasTurned) {
     EXPECT_EQ(announced.view.width, 2u);
     EXPECT_EQ(announced.dpiX, 300);
   };
-  host::confined(picture, 0, [&] {
-    picture.dpiX = 200;
-    picture.dpiY = 300;
-    picture.announce(3, 2, 24, 6);
-    picture.allocate(3, 2, 24);
-    for (uint8_t i = 0; i < 18; ++i) picture.pixels.data()[i] = i;
+  host::confined(picture, 0, [&](Picture &to) {
+    to.dpiX = 200;
+    to.dpiY = 300;
+    to.announce(3, 2, 24, 6);
+    to.allocate(3, 2, 24);
+    for (uint8_t i = 0; i < 18; ++i) to.pixels.data()[i] = i;
   });
   EXPECT_EQ(picture.dpiX, 300);
   EXPECT_EQ(picture.dpiY, 200);
@@ -150,7 +128,7 @@ TEST_F(Confined, WorksHereUnlessAsked) {
   Picture picture;
   const pid_t parent = getpid();
   pid_t worker = 0;
-  host::confined(picture, 0, [&] { worker = getpid(); });
+  host::confined(picture, 0, [&](Picture &) { worker = getpid(); });
   EXPECT_EQ(worker, parent);
 }
 
@@ -158,7 +136,7 @@ TEST_F(Confined, LetsTheGateSayNo) {
   Picture picture;
   picture.gate = [](const Picture &) { throw host::Failure(host::kUsage, "too large for me"); };
   try {
-    host::confined(picture, 0, [&] { fill(picture, 10, 10, 24); });
+    host::confined(picture, 0, [](Picture &to) { fill(to, 10, 10, 24); });
     ADD_FAILURE() << "the gate is not heard";
   } catch (const host::Failure &failure) {
     EXPECT_EQ(failure.code(), host::kUsage);
@@ -228,7 +206,7 @@ TEST_F(Confined, HasNothingOfItsParentButTheLine) {
   Picture picture;
   Seen seen{};
   picture.gate = [&](const Picture &) { seen = lookAtChild(); };
-  host::confined(picture, 0, [&] { fill(picture, 8, 8, 8); });
+  host::confined(picture, 0, [](Picture &to) { fill(to, 8, 8, 8); });
   close(own);
   EXPECT_EQ(seen.descriptors, (std::set<int>{STDERR_FILENO, host::kLineToParent}));
   EXPECT_EQ(seen.files, 0u);
@@ -401,11 +379,11 @@ TEST_F(Confined, BringsRowsOverWhileOthersAreDecoded) {
   for (const Size &size : sizes) {
     for (const bool rowByRow : {true, false}) {
       Picture picture;
-      host::confined(picture, 0, [&] {
-        picture.allocate(size.width, size.height, 8);
+      host::confined(picture, 0, [&](Picture &to) {
+        to.allocate(size.width, size.height, 8);
         for (uint32_t y = 0; y < size.height; ++y) {
-          uint8_t *to = rowByRow ? picture.rowAt(y) : picture.pixels.data() + picture.view.stride * y;
-          for (uint32_t x = 0; x < size.width; ++x) to[x] = static_cast<uint8_t>(x * 7 + y * 13);
+          uint8_t *row = rowByRow ? to.rowAt(y) : to.pixels.data() + to.view.stride * y;
+          for (uint32_t x = 0; x < size.width; ++x) row[x] = static_cast<uint8_t>(x * 7 + y * 13);
         }
       });
       ASSERT_EQ(picture.pixels.size(), size_t{size.width} * size.height);
@@ -471,7 +449,7 @@ TEST_F(Confined, TakesTextsAsTheyAre) {
             }).what,
             "unreadable: " + std::string(sizeof Told::text, 'x'));
   Picture picture;
-  host::confined(picture, 0, [&] {
+  host::confined(picture, 0, [](Picture &) {
     lie([](Told &told) {
       told.texts = 8;
       std::fill(std::begin(told.text), std::end(told.text), 'x');
@@ -506,8 +484,8 @@ TEST_F(Confined, TellsOfAFileThatSomebodyCutsShort) {
   picture.gate = [&](const Picture &) { EXPECT_EQ(truncate(path.c_str(), 0), 0); };
   int signal = 0;
   try {
-    host::confined(picture, 0, [&] {
-      picture.announce(64, 64, 8);
+    host::confined(picture, 0, [&](Picture &to) {
+      to.announce(64, 64, 8);
       throw host::Unreadable(std::string(1, static_cast<const volatile char *>(bytes)[0]));
     });
   } catch (const host::DecoderLost &lost) {
