@@ -61,6 +61,7 @@ class DriverHost {
   std::vector<uint8_t> record() {
     const uint32_t opcode = nextOpcode();
     boundWindow();
+    boundPage();
     Bytes record(4);
     Host::put(record, 0, opcode);
     switch (opcode) {
@@ -176,6 +177,19 @@ class DriverHost {
     uint32_t &resolution = lpEMData->nResolution;
     if (resolution != 0 && resolution < 30) resolution = 30;
     if (resolution > 2000 && resolution < 0x7FFF0000u) resolution = 2000;
+  }
+
+  // A page of the settings' own is a few hundred pixels wide, or so large that no block holds it: a metafile
+  // session takes its sides from what the host has told of the frame.
+  void boundPage() {
+    RasterSetup &settings = host.settings();
+    for (double *side : {&settings.dWidth, &settings.dHeight}) {
+      if (*side > 4 && *side < 1e6) *side = 4;
+    }
+    if (settings.dWidth >= 1e6 || settings.dHeight >= 1e6) settings.dWidth = settings.dHeight = 1e9;
+    for (int16_t *resolution : {&settings.tiff.nXResolution, &settings.tiff.nYResolution}) {
+      if (*resolution > 100) *resolution = 100;
+    }
   }
 
   void fillColors(Bytes &record) {
