@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <climits>
 #include <memory>
+#include <random>
 #include <set>
 #include <string_view>
 
@@ -18,6 +19,7 @@ namespace {
 
 constexpr size_t kLongestStem = 200;
 constexpr std::string_view kMark = ".raxel-";
+constexpr size_t kDigits = 12;
 
 void removeUnowned(const std::string &name) {
   const int fd = open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
@@ -29,13 +31,18 @@ void removeUnowned(const std::string &name) {
   close(fd);
 }
 
-// A hidden name that ends in the mark and a slot.
+// A hidden name that ends in the mark and a number.
 bool isTemporary(std::string_view name) {
-  static_assert(kSlots == 10, "one digit");
-  if (name.size() < kMark.size() + 3 || name.front() != '.') return false;
-  const char slot = name.back();
-  name.remove_suffix(1);
-  return slot >= '0' && slot <= '9' && name.ends_with(kMark);
+  const size_t mark = name.rfind(kMark);
+  if (mark == std::string_view::npos || mark < 2 || name.front() != '.') return false;
+  const std::string_view number = name.substr(mark + kMark.size());
+  return (number.size() == 1 || number.size() == kDigits) &&
+         number.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+std::string temporaryName(const std::string &path, const std::string &number) {
+  const std::string folder = folderOf(path);
+  return folder + "." + path.substr(folder.size(), kLongestStem) + std::string(kMark) + number;
 }
 
 // An output that gets a temporary: a regular file, or none yet.
@@ -60,9 +67,14 @@ std::string folderOf(const std::string &path) {
 }
 
 std::string slotName(const std::string &path, int slot) {
-  const std::string folder = folderOf(path);
-  return folder + "." + path.substr(folder.size(), kLongestStem) + std::string(kMark) +
-         std::to_string(slot);
+  return temporaryName(path, std::to_string(slot));
+}
+
+std::string randomName(const std::string &path) {
+  std::random_device bits;
+  std::string number;
+  while (number.size() < kDigits) number += static_cast<char>('0' + bits() % 10u);
+  return temporaryName(path, number);
 }
 
 std::string followLinks(std::string path) {
@@ -83,7 +95,7 @@ Lock lockTemporary(int fd, const std::string &name) {
     return errno == EWOULDBLOCK || errno == EACCES || errno == EINTR ? Lock::kTheirs : Lock::kNone;
   }
   struct stat open, named;
-  const bool same = fstat(fd, &open) == 0 && stat(name.c_str(), &named) == 0 &&
+  const bool same = fstat(fd, &open) == 0 && lstat(name.c_str(), &named) == 0 &&
                     open.st_ino == named.st_ino && open.st_dev == named.st_dev;
   return same ? Lock::kOurs : Lock::kTheirs;
 }

@@ -7,12 +7,14 @@
 
 namespace host {
 
-inline constexpr int kSlots = 10;  // exports to one file at the same time
+inline constexpr int kSlots = 10;  // names that exports to one file try one after the other
 
 // A path up to and with its last slash; empty when it has none.
 std::string folderOf(const std::string &path);
 // The name of a temporary: the file's own, hidden, cut where the system's limit could be passed.
 std::string slotName(const std::string &path, int slot);
+// One for when all of those are taken: the same with a number that nobody foresees.
+std::string randomName(const std::string &path);
 // The file that a chain of links ends in, there or not; the path itself when it is no link. Empty for a
 // chain without an end.
 std::string followLinks(std::string path);

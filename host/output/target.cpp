@@ -22,16 +22,16 @@ namespace {
 
 // A new locked file with these permissions, less those that the user's mask takes away; -1 with errno set
 // when none could be made.
-int createSlot(const std::string &path, mode_t mode, std::string &name) {
-  for (int slot = 0; slot < kSlots; ++slot) {
-    name = slotName(path, slot);
+int createTemporary(const std::string &path, mode_t mode, std::string &name) {
+  for (int attempt = 0; attempt < 2 * kSlots; ++attempt) {
+    name = attempt < kSlots ? slotName(path, attempt) : randomName(path);
     const int fd = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (fd < 0 && errno == EEXIST) continue;
     if (fd < 0) return -1;
     if (lockTemporary(fd, name) != Lock::kTheirs) return fd;
     close(fd);  // somebody took it for a stray in the moment before it was locked
   }
-  errno = EBUSY;
+  errno = EEXIST;
   return -1;
 }
 
@@ -60,8 +60,6 @@ std::string reason(int error) {
       return "you may not write there";
     case EROFS:
       return "the disk is read-only";
-    case EBUSY:
-      return "ten other exports are writing it now";
     case ENOSPC:
       return "the disk is full";
     case EDQUOT:
@@ -103,7 +101,10 @@ std::string worth(const std::string &path, const struct stat &about) {
 
 }  // namespace
 
-Target::Target(const std::string &path, const TargetRules &rules) : name_(path), rules_(rules) {
+// What is thrown once there is a target meets its destructor, which takes the temporary away.
+Target::Target(const std::string &path, const TargetRules &rules, Empty) : name_(path), rules_(rules) {}
+
+Target::Target(const std::string &path, const TargetRules &rules) : Target(path, rules, Empty()) {
   if (path == "-") {
     name_ = "standard output";
     if (isatty(1) && !rules.force)
@@ -136,27 +137,35 @@ Target::Target(const std::string &path, const TargetRules &rules) : name_(path),
   if (!exists && lstat(path_.c_str(), &about) != 0 && errno == ENAMETOOLONG) {
     failCreate(name_, ENAMETOOLONG);
   }
-  // What replaces a file is nobody else's to read until it has that file's rights.
-  makeTemporary(exists ? 0600 : 0666);
   replaces_ = exists;
-  if (exists) {
-    // The new file takes the old one's place with its rights; who may not give files away keeps his own.
-    [[maybe_unused]] const int ignored = fchown(fd_, about.st_uid, about.st_gid);
-    fchmod(fd_, about.st_mode & 07777);
-  }
+  makeTemporary();
+  // The new file takes the old one's place with its rights.
+  if (exists) rights_ = about;
   sink_ = std::make_unique<Sink>(fd_);
 }
 
-void Target::makeTemporary(mode_t mode) {
+void Target::makeTemporary() {
   removeStrays(path_);
   const Hold hold;  // no signal between making the file and knowing of it
-  fd_ = createSlot(path_, mode, temporary_);
+  // One that replaces no file gets what the system gives a new one in this folder, in the end.
+  fd_ = createTemporary(path_, replaces_ ? 0600 : 0666, temporary_);
   if (fd_ < 0) {
     const int error = errno;
     temporary_.clear();
     failCreate(name_, error);
   }
   tellTemporary(temporary_.c_str());
+  if (replaces_) return;
+  if (fstat(fd_, &rights_) != 0) failCreate(name_, errno);
+  fchmod(fd_, 0600);
+}
+
+// Nobody else may read what is not whole. Disks without rights say EPERM, and so keep what is there.
+void Target::giveRights() const {
+  if (replaces_ && fchown(fd_, rights_.st_uid, rights_.st_gid) != 0) {
+    // Who may not give files away keeps his own.
+  }
+  if (fchmod(fd_, rights_.st_mode & 07777) != 0 && errno != EPERM) failWrite(errno);
 }
 
 void Target::tellTemporary(const char *name) const {
@@ -214,6 +223,7 @@ void Target::commit(const std::function<void()> &lastLook) {
     return;
   }
   if (!sink_->flush()) failWrite(sink_->error());
+  giveRights();
   if (const int error = sync(); error != 0) failWrite(error);
   if (lastLook) lastLook();
   const Hold hold;  // the name changes hands in one step

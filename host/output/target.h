@@ -2,7 +2,7 @@
 // The output: a temporary file beside the one asked for, which takes its place only when it is whole.
 #pragma once
 
-#include <sys/types.h>
+#include <sys/stat.h>
 
 #include <functional>
 #include <memory>
@@ -50,7 +50,10 @@ class Target {
   void commit(const std::function<void()> &lastLook = nullptr);
 
  private:
-  void makeTemporary(mode_t mode);
+  struct Empty {};
+  Target(const std::string &path, const TargetRules &rules, Empty);
+  void makeTemporary();
+  void giveRights() const;
   int sync() const;  // an errno
   void tellTemporary(const char *name) const;
   [[noreturn]] void failWrite(int error) const;
@@ -59,8 +62,9 @@ class Target {
   std::string path_;       // the file to replace, links followed; empty when bytes are kept
   std::string temporary_;  // empty once it is renamed
   TargetRules rules_;
-  bool replaces_ = false;  // true when an old file is at stake
-  int fd_ = -1;            // of the temporary, or of what the kept bytes go to
+  struct stat rights_ = {};  // whose the file is to be in the end, and who may do what with it
+  bool replaces_ = false;    // true when an old file is at stake
+  int fd_ = -1;              // of the temporary, or of what the kept bytes go to
   std::unique_ptr<Sink> sink_;
   void *mapped_ = nullptr;
   size_t mappedSize_ = 0;

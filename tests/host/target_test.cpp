@@ -125,21 +125,68 @@ TEST(Target, PlantedNamesAreNeitherFollowedNorTouched) {
   EXPECT_TRUE(std::filesystem::is_directory(folder.file(".a.tif.raxel-1")));
 }
 
-TEST(Target, ATemporaryIsPrivateUntilItHasTheOldFilesRights) {
+// The rights of a target's temporary when it is half written, and those of the file in the end.
+struct Rights {
+  mode_t half, whole;
+};
+
+Rights rightsOf(const std::string &path) {
+  std::string name;
+  host::TargetRules rules;
+  rules.context = &name;
+  rules.temporary = [](void *context, const char *temporary) {
+    if (temporary) *static_cast<std::string *>(context) = temporary;
+  };
+  struct stat half = {}, whole = {};
+  Target target(path, rules);
+  write(target, "ne");
+  target.sink().flush();
+  EXPECT_EQ(stat(name.c_str(), &half), 0);
+  write(target, "w");
+  target.commit();
+  EXPECT_EQ(stat(path.c_str(), &whole), 0);
+  return {half.st_mode & 07777, whole.st_mode & 07777};
+}
+
+TEST(Target, ATemporaryIsPrivateUntilItIsWhole) {
   const support::TempDir folder;
   const std::string path = folder.file("a.tif");
-  support::writeFile(path, kOldFile);
-  ASSERT_EQ(chmod(path.c_str(), 0666), 0);
-  struct stat made = {};
+  const mode_t before = umask(027);
+  const Rights made = rightsOf(path);
+  umask(before);
+  EXPECT_EQ(made.half, 0600u);
+  EXPECT_EQ(made.whole, 0640u) << "what the user's mask leaves";
+  for (const mode_t old : {0666u, 0400u, 0755u}) {
+    support::writeFile(path, kOldFile);
+    ASSERT_EQ(chmod(path.c_str(), old), 0);
+    const Rights replaced = rightsOf(path);
+    EXPECT_EQ(replaced.half, 0600u);
+    EXPECT_EQ(replaced.whole, old) << "those of the old file";
+    ASSERT_EQ(chmod(path.c_str(), 0600), 0);
+  }
+}
+
+TEST(Target, ANameThatIsTakenMakesWayForAnother) {
+  const support::TempDir folder;
+  const std::string path = folder.file("a.tif");
+  for (int slot = 0; slot < 10; ++slot) {
+    ASSERT_EQ(symlink("victim", folder.file(".a.tif.raxel-" + std::to_string(slot)).c_str()), 0);
+  }
+  std::string names;
   host::TargetRules rules;
-  rules.context = &made;
-  rules.temporary = [](void *context, const char *name) {
-    if (name) stat(name, static_cast<struct stat *>(context));
+  rules.context = &names;
+  rules.temporary = [](void *context, const char *temporary) {
+    if (temporary) *static_cast<std::string *>(context) += std::filesystem::path(temporary).filename();
   };
-  Target(path, rules).commit();
-  EXPECT_EQ(made.st_mode & 07777, 0600u) << "while it is made";
-  ASSERT_EQ(stat(path.c_str(), &made), 0);
-  EXPECT_EQ(made.st_mode & 07777, 0666u) << "in the end";
+  {
+    Target target(path, rules);
+    write(target, "new");
+    target.commit();
+  }
+  EXPECT_EQ(support::readText(path), "new");
+  EXPECT_FALSE(std::filesystem::exists(folder.file("victim")));
+  ASSERT_EQ(names.size(), std::string(".a.tif.raxel-").size() + 12);
+  EXPECT_EQ(names.find_first_not_of("0123456789", names.rfind('-') + 1), std::string::npos) << names;
 }
 
 TEST(Target, RemovesTheStrayOfAKilledExportButNotALivingOnes) {
@@ -162,7 +209,8 @@ TEST(Target, SweepsTheStraysOfOtherTargetsFromTheFoldersOfARun) {
   std::filesystem::create_directory(folder.file("linked"));
   std::filesystem::create_symlink("../linked/z.tif", folder.file("to/z.tif"));
   const std::string living = folder.file("to/.living.tif.raxel-1");
-  const std::vector<std::string> strays{"to/.a.tif.raxel-0", "to/.other.tif.raxel-9", "linked/.b.raxel-3"};
+  const std::vector<std::string> strays{"to/.a.tif.raxel-0", "to/.other.tif.raxel-9",
+                                        "to/.a.tif.raxel-012345678901", "linked/.b.raxel-3"};
   const std::vector<std::string> others{"to/a.tif.raxel-0", "to/.a.tif.raxel-x", "to/.raxel-0",
                                         "to/.a.raxel-10", ".c.tif.raxel-0"};
   for (const std::string &name : strays) support::writeFile(folder.file(name), "half");
