@@ -30,6 +30,8 @@ RECORD = "docs/reliability.jsonl"
 DOCUMENT = "docs/reliability.md"
 BEGIN, END = "<!-- figures: written by ./dev campaign -->\n", "<!-- end of figures -->\n"
 WITHOUT_END = 10 ** 9  # seconds
+# What fails, one call after the other: disks and profiles, hosts' procedures, and blocks that end.
+FAULTS = "*DiskFaults*:ProfileFaults.*:*FullDisk*:FailingStrips.*:*FailingOutput.*:*AtAnyCall*"
 
 
 class Part:
@@ -48,6 +50,7 @@ def parts(source):
     found = [
         Part("steps", python("cli/steps.py", "--all")),
         Part("faults", python("cli/faults.py", "--all")),
+        Part("faults of the library", "{build}/raxel_tests --gtest_filter=" + FAULTS),
         Part("kills in an export", python("campaign/kills.py", "--only export --kills 100"), [f"--seed {n}" for n in range(10)]),
         Part("kills in fifty pages", python("campaign/kills.py", "--only fifty --kills 100"), [f"--seed {n}" for n in range(10)]),
         Part("kills in a profile", python("campaign/kills.py", "--only profile --kills 100"), [f"--seed {n}" for n in range(10)]),
@@ -55,9 +58,18 @@ def parts(source):
         Part("sizes of the command's disk", python("campaign/sizes.py"), [f"--from {n} --to {n + 2048}" for n in range(0, 67584, 2048)]),
         Part("full disks", python("cli/endure.py")),
         Part("crowd", python("cli/crowd.py", "--all")),
+        Part("planted names", python("campaign/planted.py")),
         Part("golden", python("campaign/golden.py"), list(golden.all_ways())),
         Part("readers", python("campaign/golden_readers.py")),
         Part("sandbox", python("campaign/sandbox.py")),
+        Part("sanitizers", "./dev test --sanitize"),
+        Part("slack", "build/sanitize/raxel_tests --gtest_filter=HandlesDeathTest.*"),
+        Part("threads", "./dev test --threads"),
+        Part("valgrind", "env RAXEL_CASES=1 valgrind -q --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite "
+             "{build}/raxel_tests --gtest_filter=-*DeathTest*"),
+        Part("tidy", "./dev tidy"),
+        Part("hosts on 32 bit and big-endian", "./dev test --abi all"),
+        Part("coverage", "./dev coverage"),
     ]
     if os.path.exists(os.path.join(source, "tests/campaign/mutants.py")):
         found.append(Part("mutation", "/usr/bin/python3 tests/campaign/mutants.py --source . --work build/campaign/mutants --seconds {seconds}"))
