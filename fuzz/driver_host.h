@@ -179,8 +179,8 @@ class DriverHost {
     if (resolution > 2000 && resolution < 0x7FFF0000u) resolution = 2000;
   }
 
-  // A page of the settings' own is a few hundred pixels wide, or so large that no block holds it: a metafile
-  // session takes its sides from what the host has told of the frame.
+  // A page of the settings' own is a few hundred pixels wide, or so large that no block holds it: a
+  // metafile session takes its sides from what the host has told of the frame.
   void boundPage() {
     RasterSetup &settings = host.settings();
     for (double *side : {&settings.dWidth, &settings.dHeight}) {

@@ -155,6 +155,16 @@ class Faults(Replaced):
                     _, process, came = self.run(job, kind, number, how)
                     self.counts[kind] += came
                     self.judge(job, f"{job.name}, {kind} {number} {how}", process)
+        self.quota(job)
+
+    def quota(self, job):
+        """A user's quota is told from a full disk, by who writes the file."""
+        for number in (1, 2):
+            _, process, came = self.run(job, "write", number, "quota")
+            self.counts["quota"] += came
+            self.judge(job, f"{job.name}, quota {number}", process)
+            if job.name != "profile":
+                self.check(f"{job.name}, quota {number}: why", not came or "your quota is used up" in process.said(), process)
 
     def filter_alone(self):
         """The library itself, in a process of its own: it says what it has always said, and the process ends."""

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Preloaded, a system that fails: the environment variable RAXEL_FAULT has a kind of call, its number and
-// how it goes on, as "write 3 once" or "memory 100 forever". When that call comes, a file RAXEL_FAULT_SEEN
-// is made. Standard input, output and error never fail.
+// how it goes on, as "write 3 once", "memory 100 forever" or "write 2 quota". When that call comes, a file
+// RAXEL_FAULT_SEEN is made. Standard input, output and error never fail.
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -20,6 +20,7 @@
 static char wanted[16];
 static long number;
 static int forever;
+static int full = ENOSPC;
 static const char *seen;
 static atomic_long count;
 
@@ -28,7 +29,8 @@ __attribute__((constructor(101))) static void configure(void) {
   char how[16] = "";
   seen = getenv("RAXEL_FAULT_SEEN");
   if (!fault || sscanf(fault, "%15s %ld %15s", wanted, &number, how) != 3) wanted[0] = 0;
-  forever = strcmp(how, "forever") == 0;
+  forever = strcmp(how, "once") != 0;
+  if (strcmp(how, "quota") == 0) full = EDQUOT;
   atomic_store(&count, 0);
 }
 
@@ -119,11 +121,11 @@ ssize_t pread64(int fd, void *to, size_t size, off64_t at) {
   return pread(fd, to, size, at);
 }
 ssize_t write(int fd, const void *from, size_t size) {
-  FAIL("write", fd, ENOSPC)
+  FAIL("write", fd, full)
   return syscall(SYS_write, fd, from, size);
 }
 ssize_t pwrite(int fd, const void *from, size_t size, off_t at) {
-  FAIL("write", fd, ENOSPC)
+  FAIL("write", fd, full)
   return syscall(SYS_pwrite64, fd, from, size, at);
 }
 ssize_t pwrite64(int fd, const void *from, size_t size, off64_t at) {
