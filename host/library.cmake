@@ -29,7 +29,8 @@ add_executable(raxel-call-filter confine/filter_main.cpp)
 target_include_directories(raxel-call-filter PRIVATE ${PROJECT_SOURCE_DIR}/host)
 target_link_libraries(raxel-call-filter PRIVATE raxel_warnings PkgConfig::SECCOMP)
 set(RAXEL_CALL_FILTER ${CMAKE_CURRENT_BINARY_DIR}/call_filter.inc)
-add_custom_command(OUTPUT ${RAXEL_CALL_FILTER} COMMAND raxel-call-filter > ${RAXEL_CALL_FILTER} VERBATIM)
+add_custom_command(OUTPUT ${RAXEL_CALL_FILTER} COMMAND raxel-call-filter > ${RAXEL_CALL_FILTER}
+  DEPENDS raxel-call-filter VERBATIM)
 target_sources(raxelhost_objects PRIVATE ${RAXEL_CALL_FILTER})
 target_include_directories(raxelhost_objects PRIVATE ${CMAKE_CURRENT_BINARY_DIR})
 set_source_files_properties(filter/open.cpp PROPERTIES
