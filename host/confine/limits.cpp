@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "confine/limits.h"
 
+#include <fcntl.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <initializer_list>
 #include <limits>
 
@@ -58,14 +60,14 @@ void filterCalls() {
 }  // namespace
 
 uint64_t addressSpace(pid_t process) {
-  unsigned long long pages = 0;
-  char name[40] = "/proc/self/statm";
+  char name[40] = "/proc/self/statm", told[100] = "";
   if (process != 0) std::snprintf(name, sizeof name, "/proc/%d/statm", static_cast<int>(process));
-  std::FILE *about = std::fopen(name, "re");
-  if (!about) return 0;
-  const bool told = std::fscanf(about, "%llu", &pages) == 1;
-  std::fclose(about);
-  return told ? pages * static_cast<uint64_t>(sysconf(_SC_PAGESIZE)) : 0;
+  const int about = open(name, O_RDONLY | O_CLOEXEC);
+  if (about < 0) return 0;
+  const ssize_t size = read(about, told, sizeof told - 1);
+  close(about);
+  // Pages, for which 0 stands where there is no number.
+  return size > 0 ? std::strtoull(told, nullptr, 10) * static_cast<uint64_t>(sysconf(_SC_PAGESIZE)) : 0;
 }
 
 double processorTime(pid_t process) {
