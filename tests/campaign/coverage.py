@@ -4,19 +4,28 @@
 
     coverage.py --build FOLDER --source FOLDER [--report HTML]
 
-Reads what the programs of `./dev coverage` have counted. Branches that only an exception takes do not count: the
-compiler makes them behind every call. What cannot be reached stands in unreached.txt with its reason, a line each:
-FILE | TEXT OF THE LINE | REASON. Such lines, and the branches in them, are left out of the shares and counted apart.
+Reads what the programs of `./dev coverage` have counted. Of each line every branch of its source counts once, however
+many copies the compiler made of it: for each file that includes a header, for each kind of a template. Branches that the
+compiler makes by itself do not count: those that only an exception takes, and those of members that nobody wrote, which
+stand at the line that opens a class, and of destructors, at the bracket that closes a block.
+
+What cannot be reached stands in unreached.txt with its reason, a line each: FILE | TEXT OF THE LINE | REASON. The text may
+be that of the line before, " / ", and that of the line, where a file has several that are alike. Such lines, and the
+branches in them, are left out of the shares and counted apart.
 """
 
 import argparse
+import concurrent.futures
 import json
 import os
+import re
 import subprocess
 import sys
 
 HERE = os.path.dirname(os.path.realpath(__file__))
 PARTS = ("src", "host")
+WITHOUT_CONDITION = re.compile(r"(class|struct)\b.*\{|[\]})(;,]+")
+AT_ONCE = 16  # files that one run of gcov reads
 
 
 def reasons():
@@ -29,13 +38,56 @@ def reasons():
     return found
 
 
-def counted(source, build, report):
-    """What gcovr says of each file: its lines, each with its branches."""
-    pages = ["--html-details", os.path.realpath(report)] if report else []
-    command = ["gcovr", "--root", source, "--json", "-", *pages, "--exclude-throw-branches",
-               *(f"--filter={part}/" for part in PARTS), build]
-    said = subprocess.run(command, cwd=source, check=True, capture_output=True, text=True).stdout
-    return json.loads(said)["files"]
+def notes(build):
+    """What the compiler noted of each file that it compiled."""
+    return sorted(os.path.join(folder, name) for folder, _, names in os.walk(build) for name in names if name.endswith(".gcno"))
+
+
+def read(files):
+    said = subprocess.run(["gcov", "--json-format", "--branch-probabilities", "--stdout", *files], check=True,
+                          capture_output=True, text=True).stdout
+    return [json.loads(line) for line in said.splitlines() if line.startswith("{")]
+
+
+class Line:
+    """How often a line was reached, and each of its branches."""
+
+    def __init__(self):
+        self.count = 0
+        self.branches = {}  # by how many a copy has: what is known as it is compiled may leave some out
+
+    def add(self, line, new):
+        """Counts of one more copy; those of the tests' own objects count only where the library's have the same."""
+        taken = [branch["count"] for branch in line["branches"] if not branch["throw"]]
+        self.count += line["count"]
+        if len(taken) > 1 and (new or len(taken) in self.branches):
+            known = self.branches.setdefault(len(taken), [0] * len(taken))
+            self.branches[len(taken)] = [a + b for a, b in zip(known, taken)]
+
+
+def counted(source, build):
+    """The lines of each file, by its path and their numbers."""
+    files = notes(build)
+    own = [file for file in files if os.path.relpath(file, build).split("/")[0] in PARTS]
+    found = {}
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as crew:
+        for new, some in ((True, own), (False, sorted(set(files) - set(own)))):
+            for compiled in crew.map(read, (some[i:i + AT_ONCE] for i in range(0, len(some), AT_ONCE))):
+                for base, file in ((unit["current_working_directory"], file) for unit in compiled for file in unit["files"]):
+                    path = os.path.relpath(os.path.join(base, file["file"]), source)
+                    if path.split("/")[0] not in PARTS:
+                        continue
+                    lines = found.setdefault(path, {})
+                    for line in file["lines"]:
+                        if new or line["line_number"] in lines:
+                            lines.setdefault(line["line_number"], Line()).add(line, new)
+    return found
+
+
+def report(source, build, page):
+    """Pages in which each line stands with its count, for people."""
+    subprocess.run(["gcovr", "--root", source, "--html-details", page, "--exclude-throw-branches", "-j", str(os.cpu_count()),
+                    *(f"--filter={part}/" for part in PARTS), build], cwd=source, check=True, stdout=subprocess.DEVNULL)
 
 
 class Share:
@@ -59,29 +111,28 @@ def main():
     wanted = arguments.parse_args()
     source = os.path.realpath(wanted.source)
     known, used = reasons(), set()
+    if wanted.report:
+        report(source, os.path.realpath(wanted.build), os.path.realpath(wanted.report))
     lines = {part: Share() for part in PARTS}
     branches = {part: Share() for part in PARTS}
-    for file in sorted(counted(source, os.path.realpath(wanted.build), wanted.report), key=lambda file: file["file"]):
-        path = file["file"]
+    for path, found in sorted(counted(source, os.path.realpath(wanted.build)).items()):
         part = path.split("/")[0]
         with open(os.path.join(source, path), encoding="utf-8") as text:
             rows = [row.strip() for row in text]
-        for line in file["lines"]:
-            if line.get("gcovr/noncode"):
-                continue
-            row = rows[line["line_number"] - 1]
-            key = path, row
-            excused = key in known
-            lines[part].add(line["count"], excused)
-            missed = [branch for branch in line["branches"] if not branch["count"]]
-            for branch in line["branches"]:
-                branches[part].add(branch["count"], excused)
-            if excused and (not line["count"] or missed):
-                used.add(key)
-            elif not line["count"]:
-                print(f"{path}:{line['line_number']}: not reached: {row}")
+        for number, line in sorted(found.items()):
+            row = rows[number - 1]
+            keys = {(path, row), (path, f"{rows[number - 2]} / {row}")}.intersection(known)
+            lines[part].add(line.count, keys)
+            taken = [] if WITHOUT_CONDITION.fullmatch(row) else [count for copy in line.branches.values() for count in copy]
+            for count in taken:
+                branches[part].add(count, keys)
+            missed = taken.count(0)
+            if keys and (not line.count or missed):
+                used |= keys
+            elif not line.count:
+                print(f"{path}:{number}: not reached: {row}")
             elif missed and part == "src":
-                print(f"{path}:{line['line_number']}: {len(missed)} of {len(line['branches'])} branches not taken: {row}")
+                print(f"{path}:{number}: {missed} of {len(taken)} branches not taken: {row}")
     for path, text in sorted(set(known) - used):
         print(f"unreached.txt: {path} is reached, or has no such line: {text}")
     for part in PARTS:
