@@ -322,6 +322,10 @@ void DecoderChild::fill(Picture &out, uint64_t bytes, const Decode &decode) {
     child_.reset();
     throw;
   }
+  // The child keeps all memory that the parent had when it began, and what the parent changes in it
+  // meanwhile is copied. Beside a large page another child costs nothing.
+  constexpr size_t kLargePage = size_t{4} << 20;
+  if (out.pixels.size() >= kLargePage) dismiss();
 }
 
 void DecoderChild::dismiss() {

@@ -27,8 +27,8 @@ using Decode = std::function<void(Picture &picture)>;
 
 // The child that decodes the pages of one input, where decoders are confined: the first page starts it, it
 // keeps what it was started with, and waits between pages. A page that ends it, or that it refuses, or that
-// leaves it with much memory or after much time, has the next one begin with another child; so each page
-// may take as much as if it were alone.
+// leaves it with much memory or after much time, has the next one begin with another child, and so has a
+// large one; so each page may take as much as if it were alone.
 //
 // A hostile page may take the child over, and have it lie about pages that come later. They are pages of
 // the same file, which could show the same without that; no other file goes through this child, and what it

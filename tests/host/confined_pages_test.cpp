@@ -148,6 +148,26 @@ TEST_F(ConfinedPages, LargeOnesFollowSmallOnes) {
   }
 }
 
+// It would keep what memory its parent had.
+TEST_F(ConfinedPages, ALargeOneIsTheLastOfItsChild) {
+  host::DecoderChild child;
+  const auto read = [&](uint32_t side) {
+    Picture page;
+    page.child = &child;
+    page.directory = side;
+    host::confined(page, 0, [](Picture &to) {
+      to.dpiX = getpid();
+      const auto across = static_cast<uint32_t>(to.directory);
+      to.allocate(across, across, 8);
+    });
+    return page.dpiX;
+  };
+  const double first = read(10);
+  EXPECT_EQ(read(2047), first);
+  EXPECT_EQ(read(2048), first);
+  EXPECT_NE(read(10), first);
+}
+
 TEST_F(ConfinedPages, ADismissedChildIsNotAsked) {
   host::DecoderChild child;
   const pid_t before = readPage(child, 1, fillPage);
