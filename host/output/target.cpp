@@ -14,6 +14,7 @@
 
 #include "failure.h"
 #include "output/hold.h"
+#include "output/rights.h"
 #include "output/strays.h"
 #include "output/sync.h"
 
@@ -64,6 +65,8 @@ std::string reason(int error) {
       return "the disk is full";
     case EDQUOT:
       return "your quota is used up";
+    case ELOOP:
+      return "its links lead in a circle";
     case EFBIG:
       return "the file would become larger than allowed here";
     default:
@@ -115,6 +118,8 @@ Target::Target(const std::string &path, const TargetRules &rules) : Target(path,
   }
   struct stat about;
   const bool exists = stat(path.c_str(), &about) == 0;
+  // What cannot be looked at may be anybody's letter.
+  if (!exists && errno != ENOENT) failCreate(name_, errno);
   if (exists && S_ISDIR(about.st_mode)) failCreate(name_, EISDIR, "it is a folder");
   if (exists && rules.noClobber) failCreate(name_, EEXIST, "it exists");
   if (exists && !rules.force && access(path.c_str(), W_OK) != 0) {
@@ -132,40 +137,33 @@ Target::Target(const std::string &path, const TargetRules &rules) : Target(path,
     failCreate(name_, EEXIST, why);
   }
   path_ = followLinks(path);
-  if (path_.empty()) failCreate(name_, ELOOP, "its links lead in a circle");
-  // The temporary's shorter name would do where the file's own does not.
-  if (!exists && lstat(path_.c_str(), &about) != 0 && errno == ENAMETOOLONG) {
-    failCreate(name_, ENAMETOOLONG);
-  }
-  replaces_ = exists;
+  if (path_.empty()) failCreate(name_, ELOOP);
+  if (exists) rights_ = rightsOfOldFile(path_, about);
   makeTemporary();
-  // The new file takes the old one's place with its rights.
-  if (exists) rights_ = about;
   sink_ = std::make_unique<Sink>(fd_);
 }
 
 void Target::makeTemporary() {
   removeStrays(path_);
   const Hold hold;  // no signal between making the file and knowing of it
-  // One that replaces no file gets what the system gives a new one in this folder, in the end.
-  fd_ = createTemporary(path_, replaces_ ? 0600 : 0666, temporary_);
-  if (fd_ < 0) {
-    const int error = errno;
-    temporary_.clear();
-    failCreate(name_, error);
+  // What a new file gets in this folder is seen at one that never holds anything: whoever opens a file
+  // while it is open to him can read it later as well.
+  if (!rights_.ofOldFile) {
+    createTemporary(0666);
+    if (fstat(fd_, &rights_.about) != 0) failCreate(name_, errno);
+    unlink(temporary_.c_str());
+    close(fd_);
   }
+  createTemporary(0600);
   tellTemporary(temporary_.c_str());
-  if (replaces_) return;
-  if (fstat(fd_, &rights_) != 0) failCreate(name_, errno);
-  fchmod(fd_, 0600);
 }
 
-// Nobody else may read what is not whole. Disks without rights say EPERM, and so keep what is there.
-void Target::giveRights() const {
-  if (replaces_ && fchown(fd_, rights_.st_uid, rights_.st_gid) != 0) {
-    // Who may not give files away keeps his own.
-  }
-  if (fchmod(fd_, rights_.st_mode & 07777) != 0 && errno != EPERM) failWrite(errno);
+void Target::createTemporary(mode_t mode) {
+  fd_ = host::createTemporary(path_, mode, temporary_);
+  if (fd_ >= 0) return;
+  const int error = errno;
+  temporary_.clear();
+  failCreate(name_, error);
 }
 
 void Target::tellTemporary(const char *name) const {
@@ -183,10 +181,10 @@ Target::~Target() {
 }
 
 void Target::failWrite(int error) const {
-  throw Failure(
-      error == ENOMEM ? RAXEL_HOST_NO_MEMORY : RAXEL_HOST_NO_WRITE,
-      name_ + ": cannot be written: " + reason(error) + (replaces_ ? "; the old file is untouched" : ""),
-      error);
+  throw Failure(error == ENOMEM ? RAXEL_HOST_NO_MEMORY : RAXEL_HOST_NO_WRITE,
+                name_ + ": cannot be written: " + reason(error) +
+                    (rights_.ofOldFile ? "; the old file is untouched" : ""),
+                error);
 }
 
 void Target::checkWritten() const {
@@ -223,7 +221,7 @@ void Target::commit(const std::function<void()> &lastLook) {
     return;
   }
   if (!sink_->flush()) failWrite(sink_->error());
-  giveRights();
+  if (const int error = giveRights(fd_, rights_); error != 0) failWrite(error);
   if (const int error = sync(); error != 0) failWrite(error);
   if (lastLook) lastLook();
   const Hold hold;  // the name changes hands in one step

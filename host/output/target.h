@@ -2,7 +2,7 @@
 // The output: a temporary file beside the one asked for, which takes its place only when it is whole.
 #pragma once
 
-#include <sys/stat.h>
+#include <sys/types.h>
 
 #include <functional>
 #include <memory>
@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "output/rights.h"
 #include "output/sink.h"
 #include "raxel/host.h"
 
@@ -53,7 +54,7 @@ class Target {
   struct Empty {};
   Target(const std::string &path, const TargetRules &rules, Empty);
   void makeTemporary();
-  void giveRights() const;
+  void createTemporary(mode_t mode);
   int sync() const;  // an errno
   void tellTemporary(const char *name) const;
   [[noreturn]] void failWrite(int error) const;
@@ -62,9 +63,8 @@ class Target {
   std::string path_;       // the file to replace, links followed; empty when bytes are kept
   std::string temporary_;  // empty once it is renamed
   TargetRules rules_;
-  struct stat rights_ = {};  // whose the file is to be in the end, and who may do what with it
-  bool replaces_ = false;    // true when an old file is at stake
-  int fd_ = -1;              // of the temporary, or of what the kept bytes go to
+  Rights rights_;  // of the file in the end; those of an old one where one is at stake
+  int fd_ = -1;    // of the temporary, or of what the kept bytes go to
   std::unique_ptr<Sink> sink_;
   void *mapped_ = nullptr;
   size_t mappedSize_ = 0;
