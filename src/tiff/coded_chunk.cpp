@@ -7,7 +7,6 @@
 
 #include "runtime/unaligned.h"
 #include "tiff/geometry.h"
-#include "tiff/lzw_strings.h"
 #include "tiff/tiles.h"
 
 namespace tiff {
@@ -78,12 +77,6 @@ void codeChunkApart(const ChunkPlan &plan, const Chunk &chunk, uint8_t behind, W
     const PackedRows rows{bench.packed.data(), static_cast<uint32_t>(plan.band.cells.rowBytes), chunk.rows};
     out.result = codeTiles(plan, rows, bench, out);
   }
-}
-
-uint64_t bytesApart(const ChunkPlan &plan, uint32_t threads, uint32_t held) {
-  constexpr uint64_t kTables = 4 << 20;  // those of LZW are the largest, and a little for the rest
-  const uint64_t chunk = plan.band.chunkRows * plan.band.cells.rowBytes;
-  return threads * (chunk + kTables) + held * 2 * chunk;
 }
 
 }  // namespace tiff

@@ -38,7 +38,4 @@ struct Workbench {
 void codeChunkApart(const ChunkPlan &plan, const Chunk &chunk, uint8_t behind, Workbench &bench,
                     CodedChunk &out);
 
-// The bytes that coding on so many threads may take.
-uint64_t bytesApart(const ChunkPlan &plan, uint32_t threads, uint32_t held);
-
 }  // namespace tiff

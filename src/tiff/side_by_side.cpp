@@ -18,9 +18,6 @@ bool isThere(uint64_t bytes) {
   return true;
 }
 
-// What a thread takes besides: its stack, and what the heap keeps for it.
-constexpr uint64_t kForEachThread = sizeof(void *) < 8 ? 10 << 20 : 144 << 20;
-
 // A host's signals are for its own threads.
 struct SignalsHeld {
   sigset_t before;
@@ -36,12 +33,18 @@ struct SignalsHeld {
 
 }  // namespace
 
+uint64_t bytesBesides(const ChunkPlan &plan, uint32_t threads) {
+  constexpr uint64_t kTables = 4 << 20;  // those of LZW are the largest, and a little for the rest
+  // A thread's stack, and what the heap keeps for it.
+  constexpr uint64_t kThread = sizeof(void *) < 8 ? 10 << 20 : 144 << 20;
+  const uint64_t chunk = plan.band.chunkRows * plan.band.cells.rowBytes;
+  const uint64_t held = kHeldByThread * 2 * chunk;  // codes may be twice as long
+  return threads * (chunk + held + kTables) + (threads - 1) * kThread;
+}
+
 SideBySide::SideBySide(const ChunkPlan &plan, uint32_t threads)
     : plan_(plan), chunks_(plan.band.chunks()), threads_(threads < kMostThreads ? threads : kMostThreads) {
-  if (threads_ < 2 ||
-      !isThere(bytesApart(plan, threads_, kHeldByThread * threads_) + (threads_ - 1) * kForEachThread)) {
-    return;
-  }
+  if (threads_ < 2 || !isThere(bytesBesides(plan, threads_))) return;
   behindBlock_ = runtime::Block::ofSize(chunks_);
   behind_ = behindBlock_.bytes();
   if (behind_.size() < chunks_) return;

@@ -19,6 +19,11 @@
 
 namespace tiff {
 
+constexpr uint32_t kHeldByThread = 2;  // coded chunks
+
+// The bytes that coding on so many threads, 1 or more, may take.
+uint64_t bytesBesides(const ChunkPlan &plan, uint32_t threads);
+
 class SideBySide {
  public:
   // Starts `threads` - 1 threads, or as many as there can be.
@@ -38,7 +43,6 @@ class SideBySide {
   void giveBack(uint64_t k);
 
  private:
-  static constexpr uint32_t kHeldByThread = 2;  // coded chunks
   static constexpr uint64_t kFree = UINT64_MAX;
 
   struct Slot {

@@ -7,6 +7,10 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
 #include "support/cases.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
@@ -206,6 +210,29 @@ TEST(SideBySideThreads, TakeNoMemoryThatIsNotThere) {
   Band band;
   band.band.cells.rowBytes = uint64_t{1} << 50;
   EXPECT_FALSE(tiff::SideBySide(band.plan, 8).started());
+}
+
+// What is asked for: for each thread a chunk to pack, two coded ones that wait, each of twice its pixels at
+// most, and 4 MB of tables; for each but the caller's a stack and a heap.
+TEST(SideBySideThreads, AskForWhatTheyTake) {
+  const Band band;
+  const uint64_t own = sizeof(void *) < 8 ? 10u << 20 : 144u << 20;
+  EXPECT_EQ(tiff::bytesBesides(band.plan, 3), 3 * (1024 + 2 * 2 * 1024 + (4u << 20)) + 2 * own);
+}
+
+// Two coded chunks for each thread wait to be written, whichever is the slow one.
+TEST(SideBySideThreads, KeepTwoChunksEachThatAreNotWrittenYet) {
+  static std::atomic<int> coded;
+  coded = 0;
+  tiff::Coder counting = tiff::coderOf(RAXEL_TIFF_LZW);
+  counting.encode = [](const tiff::Piece &, tiff::CoderMemory &) { return static_cast<uint32_t>(++coded); };
+  Band band;
+  band.band.chunkRows = 4;  // 16 chunks
+  const tiff::ChunkPlan plan{band.band, counting, 0};
+  const tiff::SideBySide coding(plan, 2);
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (coded < 4 && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+  EXPECT_EQ(coded, 4);
 }
 
 // --- How many
