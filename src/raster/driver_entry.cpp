@@ -38,8 +38,6 @@ bool makeReplyBuffer(uint32_t size) {
   // A state that the host marked as ended is initialised in place and still has its old buffer.
   GlobalFree(lpEMData->hReplyBuf);
   lpEMData->hReplyBuf = runtime::allocate(size);
-  lpEMData->lpReplyBuf = nullptr;
-  if (lpEMData->hReplyBuf == 0) return false;
   lpEMData->nReplySize = size;
   lpEMData->lpReplyBuf = static_cast<uint8_t *>(GlobalLock(lpEMData->hReplyBuf));
   return true;

@@ -40,7 +40,7 @@ int32_t makeRoom(Stream &stream) {
 // which stays in the window as if it had been stored there byte by byte.
 size_t straightLength(const Stream &stream, size_t left) {
   const bool empty = !isMemory(stream) && stream.nHigh < 0 && stream.nError == 0;
-  if (!empty || left <= kBufferSize) return 0;
+  if (!empty) return 0;
   const size_t length = (left - 1) / kBufferSize * kBufferSize;
   return stream.lBufStart + static_cast<int64_t>(length) > INT32_MAX ? 0 : length;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "color/dither/diffuse_greys.h"
 
+#include <iterator>
 #include <utility>
 
 #include "color/nearest/nearest.h"
@@ -72,7 +73,8 @@ bool startGreys(GreyDiffusion &diffusion, std::span<const uint8_t> table, int32_
 
   diffusion.width = width;
   const uint64_t room = uint64_t{width} + 2 * uint64_t{kMargin};
-  diffusion.memory = runtime::Block::ofSize(room * (2 * kGreyRowsAtOnce + 1));
+  diffusion.memory =
+      runtime::Block::ofSize(room * (std::size(diffusion.rows) + std::size(diffusion.values)));
   if (!diffusion.memory) return false;
   uint8_t *row = diffusion.memory.data() + kMargin;
   for (uint8_t *&r : diffusion.rows) r = std::exchange(row, row + room);

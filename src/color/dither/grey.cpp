@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "color/dither/grey.h"
 
+#include <cstdlib>
+
 #include "raxel/color.h"
 
 namespace color {
@@ -10,7 +12,7 @@ namespace {
 constexpr int kNearGrey = 10;  // how far apart the channels of a pixel may lie that is still inverted
 
 bool within(int a, int b) {
-  return (a > b ? a - b : b - a) <= kNearGrey;
+  return std::abs(a - b) <= kNearGrey;
 }
 
 void invert(uint8_t *pixel) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 
 #include "raxel/color.h"
 
@@ -14,7 +15,7 @@ namespace {
 constexpr uint32_t kFarthest = 0x7FFFFFFF;
 
 bool within(int32_t a, int32_t b, int32_t tolerance) {
-  return (a > b ? a - b : b - a) <= tolerance;
+  return std::abs(a - b) <= tolerance;
 }
 
 uint32_t square(int32_t d) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Working out the answers of a cell.
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "color/nearest/nearest.h"
@@ -162,8 +163,7 @@ void answerColors(const NearestSearch &search, const Cube &cube, const Candidate
 // Whether any colour of a fine cell counts as grey.
 bool mayBeGrey(const Cube &cube) {
   const auto farApart = [&](int a, int b) {
-    const int32_t apart = cube.low[a] > cube.low[b] ? cube.low[a] - cube.low[b] : cube.low[b] - cube.low[a];
-    return apart > kGreyTolerance + kFineSide - 1;
+    return std::abs(cube.low[a] - cube.low[b]) > kGreyTolerance + kFineSide - 1;
   };
   return !farApart(0, 1) && !farApart(1, 2) && !farApart(0, 2);
 }

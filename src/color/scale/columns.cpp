@@ -23,7 +23,7 @@ size_t narrowColumns(uint32_t sourceWidth, uint32_t width, uint32_t first, std::
   if (sourceWidth == 0 || width == 0) return columns.size();
   const double ratio = static_cast<double>(sourceWidth) / width;
   const uint32_t last = width - 1;
-  const size_t counted = std::min<size_t>(columns.size(), last > first ? last - first : 0);
+  const size_t counted = std::min<size_t>(columns.size(), last - std::min(first, last));
   // The shorter numbers are converted several at a time.
   if (std::max(sourceWidth, width) <= INT32_MAX) {
     fillNarrowColumns(ratio, static_cast<int32_t>(first), columns.first(counted));
