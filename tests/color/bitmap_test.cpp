@@ -139,6 +139,8 @@ TEST(Pixels, EntriesPastTheCountAreBlack) {
   color::setPixel(block, 0, 24, 0, {.map = map, .table = kTable, .count = 2});
   color::setPixel(block, 1, 24, 1, {.map = map, .table = kTable, .count = 2});
   EXPECT_EQ(block, (Bytes{0, 0, 255, 0, 0, 0, 0x77, 0x77}));
+  color::setPixel(block, 6, 8, 2, {.map = map, .table = {}, .count = 0});  // and what the map lacks is 0
+  EXPECT_EQ(block, (Bytes{0, 0, 255, 0, 0, 0, 0, 0x77}));
 }
 
 TEST(Pixels, ATableOfMoreThan32767EntriesMatchesNothing) {

@@ -50,6 +50,16 @@ TEST(Threads, AreMadeForLargePicturesOfSlowCoders) {
   EXPECT_EQ(madeBy(noise(24, 400, 300, 3), {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_LZW}), 0);
 }
 
+TEST(Threads, AreNoneForAProcessHeldToOneCore) {
+  cpu_set_t before, one;
+  ASSERT_EQ(sched_getaffinity(0, sizeof before, &before), 0);
+  CPU_ZERO(&one);
+  CPU_SET(static_cast<size_t>(sched_getcpu()), &one);
+  ASSERT_EQ(sched_setaffinity(0, sizeof one, &one), 0);
+  EXPECT_EQ(madeBy(noise(24, 800, 500, 3), {RAXEL_ASK_MODE_RGB, RAXEL_ASK_COMPRESS_LZW}), 0);
+  EXPECT_EQ(sched_setaffinity(0, sizeof before, &before), 0);
+}
+
 TEST(Threads, AreHeldToWhatTheEnvironmentSays) {
   const Picture large = noise(24, 800, 500, 3);
   setenv("RAXEL_THREADS", "1", 1);

@@ -196,7 +196,8 @@ TEST_F(Profile, IntegersReadDecimalAndHexadecimal) {
   EXPECT_EQ(number(" 104"), 0);
   EXPECT_EQ(number("0x"), 0);
   EXPECT_EQ(number("\"240\""), 240);
-  EXPECT_EQ(number("007"), 7);
+  EXPECT_EQ(number("017"), 17) << "nor is it octal";
+  EXPECT_EQ(number("1x5"), 1);
 }
 
 TEST_F(Profile, IntegersWrapAtThirtyTwoBits) {

@@ -100,6 +100,16 @@ TEST_F(Procedure, OddArgumentsPassUnchanged) {
   EXPECT_EQ(kvlClose(h), 0);
 }
 
+TEST_F(Procedure, ValuesWithoutRoomOrNumberAreNotAskedFor) {
+  const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
+  calls.clear();
+  uint32_t value = 0;
+  EXPECT_EQ(kvlReadLong(h, nullptr, 1), 0);
+  EXPECT_EQ(kvlReadLong(h, &value, 0), 0);
+  EXPECT_EQ(calls, std::vector<Call>());
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
 TEST_F(Procedure, AnswersOfTheProcedureAreTheResults) {
   const Handle h = kvlOpen("x", &d, KVL_OUTPUT);
   failAt = static_cast<int32_t>(calls.size());

@@ -85,6 +85,8 @@ TEST_F(Record, DigitsRepeatAMember) {
   EXPECT_EQ(read("abcdefghijkl", "12C", 1, 12), "abcdefghijkl");
   EXPECT_EQ(read("ab", "0CC", 1, 1), "a") << "no times moves nothing";
   EXPECT_EQ(result, 1);
+  EXPECT_EQ(read("ab", "C2\0C", 1, 1), "a") << "digits before the end repeat nothing";
+  EXPECT_EQ(result, 1);
 }
 
 TEST_F(Record, NestedRecordsStartAtTheirLargestAlignment) {
@@ -185,6 +187,7 @@ TEST(PadWidth, IsTheLargestAlignmentInsideTheGroup) {
   EXPECT_EQ(GetPadWidth("{C}"), 1);
   EXPECT_EQ(GetPadWidth("{CSC}D"), 2);
   EXPECT_EQ(GetPadWidth("{C{L}S}D"), 4);
+  EXPECT_EQ(GetPadWidth("{{C}L}D"), 4);
   EXPECT_EQ(GetPadWidth("(C|d)"), 8);
   EXPECT_EQ(GetPadWidth("{f}"), 4);
   EXPECT_EQ(GetPadWidth("{}D"), 1);
@@ -210,6 +213,7 @@ TEST(UnionSize, IsTheLargestAlternative) {
   EXPECT_EQ(unionSize("()C"), Result(0, 2));
   EXPECT_EQ(unionSize("(3C"), Result(3, 3)) << "a group left open ends with the format";
   EXPECT_EQ(unionSize("(C|(D"), Result(8, 5));
+  EXPECT_EQ(unionSize("(C2\0C"), Result(1, 3));
   EXPECT_EQ(unionSize("(2[C]P)"), Result(1, 7));
   EXPECT_EQ(unionSize("(99999C)"), Result(65535, 8));
   EXPECT_EQ(GetUnionSize(nullptr, nullptr), nullptr);

@@ -82,6 +82,18 @@ TEST(ColorLib, ForgetsAfterATableUnlessAskedToKeep) {
   EXPECT_EQ(context.counter(31), 0);
 }
 
+TEST(ColorLib, WritesNoMoreEntriesThanThereIsRoomFor) {
+  const Context context;
+  const Bytes row{0, 0, 8, 0, 0, 16, 0, 0, 24, 0, 0, 32};
+  uint16_t count = 0;
+  direct_indexed(row.data(), 4, 1, &count, 0, nullptr, context.handle());
+  context.record().nDistinct = 0;  // a host has been at the record
+  count = 3;
+  Bytes table(12, 0xEE);
+  EXPECT_EQ(direct_indexed(row.data(), 4, 0, &count, 1, table.data(), context.handle()), 0);
+  EXPECT_EQ(table, (Bytes{0, 0, 15, 0, 0, 23, 0, 0, 31, 0xEE, 0xEE, 0xEE}));
+}
+
 TEST(ColorLib, IsReusedForTablesOfOtherSizes) {
   const Context context;
   Bytes table(3 * 100);

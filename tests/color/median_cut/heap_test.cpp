@@ -84,6 +84,9 @@ TEST(AdjustHeap, StopsAtEqualKeysAndAtTheLastPosition) {
   list = listOf({1, 2, 9});
   AdjustHeap(list.data(), 2, 0, 1);  // 9 lies past the last position
   EXPECT_EQ(blues(list), (Keys{2, 1, 9}));
+  list = listOf({1, 2, 3, 9, 9});
+  color::adjustHeap(std::span(list).first(3), 2, 1, 4);  // a position past the list
+  EXPECT_EQ(blues(list), (Keys{1, 2, 3, 9, 9}));
 }
 
 TEST(AdjustHeap, SinksThroughSeveralLevels) {

@@ -78,12 +78,30 @@ TEST(Flip, SharedBytesAreMirroredByPixels) {
   EXPECT_EQ(flip({0x12, 0x34, 0, 0}, 4, 3, 1, true, false), (Bytes{0x42, 0x31, 0, 0, 0, 0, 0}));
 }
 
+TEST(Flip, LongRowsOfSharedBytesAreMirroredByPixels) {
+  // Pixel 3 of 136 changes places with pixel 133, pixel 3 of 40 with pixel 37.
+  Bytes bits(20), mirrored(23);
+  bits[0] = 0x10;
+  mirrored[16] = 0x04;
+  EXPECT_EQ(flip(bits, 1, 136, 1, true, false), mirrored);
+  bits = Bytes(20), mirrored = Bytes(23);
+  bits[1] = 0x0A;
+  mirrored[18] = 0x0A;
+  EXPECT_EQ(flip(bits, 4, 40, 1, true, false), mirrored);
+}
+
 TEST(Flip, MemoryOfTheHostsOwnEndsWithItsSize) {
   Bytes memory{1, 2, 3, 4, 99, 99};
   const Handle block = GlobalPointerToHandle(memory.data(), 4);
   EXPECT_EQ(rlFlipBitmap(block, 8, 4, 1, 1, 0), block);
   EXPECT_EQ(memory, (Bytes{0, 4, 3, 2, 99, 99}));
   GlobalFree(block);
+  // One byte short of a row: pixels 0 and 1 have their partners past the end.
+  memory = {1, 2, 3, 99};
+  const Handle cut = GlobalPointerToHandle(memory.data(), 3);
+  EXPECT_EQ(rlFlipBitmap(cut, 8, 4, 1, 1, 0), cut);
+  EXPECT_EQ(memory, (Bytes{0, 0, 3, 99}));
+  GlobalFree(cut);
 }
 
 TEST(Flip, RowsPastTheBlockAreBlankAndDropped) {

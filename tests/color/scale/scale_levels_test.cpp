@@ -172,10 +172,12 @@ TEST(ScaleLevels, MoveManyPixelsAtOnce) {
   // Bits: 512 in a group, or 64 where every second one and more are left out.
   for (const uint32_t to : {512u * 4, 512u * 7, 512u * 10}) EXPECT_EQ(groups(1, 2000, to), to / 512);
   for (const uint32_t from : {2080u, 2500u, 3000u, 3500u}) EXPECT_EQ(groups(1, from, 2048), 4u);
+  EXPECT_EQ(groups(1, 3000, 2041), 4u);  // the last byte of a row in part, its pixels nearer than in others
   for (const uint32_t from : {4096u, 8192u, 14000u}) EXPECT_EQ(groups(1, from, 2048), 32u);
   // 128 nibbles from 64 bytes where rows are widened, and from 128 where every second one is left out.
   EXPECT_EQ(groups(4, 1000, 1280), 10u);
   EXPECT_EQ(groups(4, 2560, 1280), 10u);
+  EXPECT_EQ(groups(4, 100, 129), 2u);
   // Whole bytes 16 at a time: 16, 5 and 4 pixels. Groups of three bytes need a pixel behind them.
   EXPECT_EQ(groups(8, 1000, 1280), 80u);
   EXPECT_EQ(groups(24, 1000, 1260, 5), 251u);
