@@ -125,7 +125,10 @@ class Campaign:
     def unit(self, part, unit, seconds):
         command = f"{part.command} {unit}".strip().format(build=os.path.relpath(self.build, self.source), seconds=max(1, int(seconds)))
         print(f"campaign: {part.name}: {command}", file=sys.stderr, flush=True)
+        os.makedirs(os.path.dirname(self.path), exist_ok=True)
         done = subprocess.run(shlex.split(command), cwd=self.source, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace")
+        with open(os.path.join(os.path.dirname(self.path), part.name.replace(" ", "-") + ".log"), "w") as log:
+            log.write(f"{command}\n{done.stdout}")
         figure = figure_of(done.stdout)
         if done.returncode not in (0, 77):
             figure["failed"] = max(1, figure.get("failed", 0))

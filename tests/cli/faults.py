@@ -10,6 +10,7 @@ what is called often fails now and then.
 """
 
 import collections
+import json
 import os
 import random
 import re
@@ -223,7 +224,10 @@ def main():
         tried = Faults(build, program, source, folder, everything)
         for job in tried.jobs():
             tried.job(job)
-        print(f"{dict(tried.counts)} failed, ended {dict(tried.ends)}; {tried.filter_alone()}; {tried.little_room()}")
+        told = {f"{kind}s failed": count for kind, count in tried.counts.items()}
+        told |= {f"ended with {code}": count for code, count in sorted(tried.ends.items())}
+        print(f"{tried.filter_alone()}; {tried.little_room()}")
+        print(json.dumps(told))
     return shared.tell(tried.faults, f"faults: {tried.checks - len(tried.faults)} passed, {len(tried.faults)} failed")
 
 
