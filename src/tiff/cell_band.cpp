@@ -37,7 +37,6 @@ void recolorChunk(const CellBand &band, const Chunk &chunk) {
 
 runtime::Block packRows(const CellBand &band, const Chunk &chunk) {
   runtime::Block packed = runtime::Block::ofSize(chunk.rows * band.cells.rowBytes);
-  if (!packed) return packed;
   uint8_t *to = packed.data();
   for (uint32_t left = chunk.rows; left > 0; --left, to += band.cells.rowBytes) {
     if (band.swapsByRow) swapRow(band, chunk.first + left - 1);

@@ -44,7 +44,7 @@ void swapChunk(const CellBand &band, const Chunk &chunk);
 // Everything, also where swapsByRow says that there is a better time for it.
 void recolorChunk(const CellBand &band, const Chunk &chunk);
 
-// The chunk's rows from the top one down, one after the other. No block when none holds them.
+// The chunk's rows from the top one down, one after the other.
 runtime::Block packRows(const CellBand &band, const Chunk &chunk);
 
 // --- Beside it

@@ -77,9 +77,9 @@ uint32_t markBytes(const CellJob &job, uint32_t marks) {
 int32_t codeRows(CellJob &job, const Chunk &chunk) {
   const Framing &framing = job.coder.framing;
   int32_t result = RAXEL_OK;
-  for (uint32_t i = 0; i < framing.before && result == RAXEL_OK; ++i) {
+  if (framing.before) {
     result = writeMark(job);
-    job.state.nStripBytes = markBytes(job, i + 1);
+    job.state.nStripBytes = markBytes(job, 1);
   }
   if (result == RAXEL_OK) {
     result = forRows(job, chunk, [&](std::span<const uint8_t> row) {
@@ -99,7 +99,7 @@ int32_t codeRows(CellJob &job, const Chunk &chunk) {
 // bytes. Its rows have been recoloured.
 uint32_t bytesTried(const CellJob &job, const Chunk &chunk, uint32_t room) {
   const Framing &framing = job.coder.framing;
-  uint32_t tried = markBytes(job, framing.before);
+  uint32_t tried = markBytes(job, framing.before ? 1 : 0);
   for (uint32_t left = chunk.rows; left > 0 && tried <= room; --left) {
     const uint8_t *row = job.band.cells.row(chunk.first + left - 1, job.spare.bytes());
     const std::span<const uint8_t> bytes(row, static_cast<size_t>(job.band.cells.rowBytes));
@@ -131,7 +131,6 @@ bool cutsTiles(const CellJob &job) {
 // The whole chunk at once, or each of its tiles as 8192 bytes.
 int32_t codeChunk(CellJob &job, const Chunk &chunk, Patches &patches) {
   const runtime::Block packed = packRows(job.band, chunk);
-  if (!packed) return RAXEL_NO_MEMORY;
   if (!cutsTiles(job)) return job.pieces.write({packed.bytes(), job.band.width, chunk.rows});
   const PackedRows rows{packed.data(), static_cast<uint32_t>(job.band.cells.rowBytes), chunk.rows};
   const runtime::Block tile = runtime::Block::ofSize(kTileBytes);
@@ -165,7 +164,7 @@ int32_t finishRows(CellJob &job, int32_t result) {
 // failed do not count.
 int32_t codeGathered(CellJob &job, const Chunk &chunk) {
   const Handle file = job.state.hTiffFile;
-  const uint32_t counted = job.coder.framing.before != 0 ? 0 : job.state.nStripBytes;
+  const uint32_t counted = job.coder.framing.before ? 0 : job.state.nStripBytes;
   const uint32_t begin = tell(file);
   const int32_t result = finishRows(job, codeRows(job, chunk));
   if (result == RAXEL_CANNOT_WRITE) {

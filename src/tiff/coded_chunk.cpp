@@ -16,6 +16,11 @@ uint8_t *lengthAt(const CodedChunk &chunk, uint32_t piece) {
   return chunk.lengths.data() + sizeof(uint32_t) * piece;
 }
 
+runtime::Block &ofSize(runtime::Block &block, uint64_t size) {
+  if (!block || block.bytes().size() < size) block = runtime::Block::ofSize(size);
+  return block;
+}
+
 // The whole chunk, straight into the result.
 int32_t codeStrip(const ChunkPlan &plan, const Piece &piece, Workbench &bench, CodedChunk &out) {
   std::swap(bench.memory.out, out.codes);
@@ -33,7 +38,9 @@ int32_t codeStrip(const ChunkPlan &plan, const Piece &piece, Workbench &bench, C
 
 // Tile after tile, each behind the one before.
 int32_t codeTiles(const ChunkPlan &plan, const PackedRows &rows, Workbench &bench, CodedChunk &out) {
-  if (!makeRoom(out.codes, kTileBytes) || !makeRoom(bench.memory, kTileBytes)) return RAXEL_NO_MEMORY;
+  makeRoom(out.codes, kTileBytes);
+  makeRoom(bench.memory, kTileBytes);
+  ofSize(bench.tile, kTileBytes);
   uint32_t filled = 0;
   for (uint32_t column = 0; column < plan.tilesAcross; ++column) {
     cutTile(bench.tile.bytes(), kTileRowBytes, kTileRows, rows, column);
@@ -48,11 +55,6 @@ int32_t codeTiles(const ChunkPlan &plan, const PackedRows &rows, Workbench &benc
     ++out.pieces;
   }
   return RAXEL_OK;
-}
-
-runtime::Block &ofSize(runtime::Block &block, uint64_t size) {
-  if (!block || block.bytes().size() < size) block = runtime::Block::ofSize(size);
-  return block;
 }
 
 }  // namespace
@@ -73,7 +75,7 @@ void codeChunkApart(const ChunkPlan &plan, const Chunk &chunk, uint8_t behind, W
   if (plan.tilesAcross == 0) {
     const std::span<const uint8_t> bytes = bench.packed.bytes().first(static_cast<size_t>(size));
     out.result = codeStrip(plan, {bytes, plan.band.width, chunk.rows}, bench, out);
-  } else if (ofSize(bench.tile, kTileBytes)) {
+  } else {
     const PackedRows rows{bench.packed.data(), static_cast<uint32_t>(plan.band.cells.rowBytes), chunk.rows};
     out.result = codeTiles(plan, rows, bench, out);
   }

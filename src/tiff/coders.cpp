@@ -58,7 +58,7 @@ constexpr Coder kCoders[] = {
      .compression = RAXEL_TIFF_T4,
      .takes = Takes::kRow,
      .bilevel = true,
-     .framing = {.mark = kEol, .before = 1, .behind = 5},
+     .framing = {.mark = kEol, .before = true, .behind = 5},
      .encode = t4},
     {.stored = RAXEL_STORED_COMPRESS_T6,
      .compression = RAXEL_TIFF_T6,

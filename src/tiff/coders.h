@@ -31,10 +31,10 @@ enum class Takes : uint8_t {
   kChunk,  // a whole strip or tile: independent of all others
 };
 
-// A mark that stands before a strip and behind it, so many times; each is a write.
+// A mark that stands once before a strip, or not, and so many times behind it; each is a write.
 struct Framing {
   std::span<const uint8_t> mark = {};
-  uint32_t before = 0;
+  bool before = false;
   uint32_t behind = 0;
 };
 

@@ -166,28 +166,26 @@ uint32_t colorOf(uint64_t same) {
 [[gnu::always_inline]] inline bool encodeShortRuns(FaxWriter &writer, const uint8_t *row,
                                                    const uint8_t *above, uint32_t width) {
   Place place{0, kAllWhite, 0};
-  while (place.a0 < width) {
+  for (;;) {
     if (!step(writer, row, above, width, place) || !writer.reserve(256)) return false;
-    if (place.a0 == width) break;
+    if (place.a0 == width) return true;
     BitWriter bits = writer.bits();
-    stepsOfOneWindow(bits, row, above, width, place);
+    stepsOfOneWindow(bits, row, above, width, place);  // ends before the row does
     writer.setBits(bits);
   }
-  return true;
 }
 
 // The changing elements of a row, with the one that a black first pixel is.
 uint32_t countChanges(const uint8_t *row, uint32_t width) {
   uint32_t changes = 0;
   uint64_t before = 1;  // the white pixel before the row
-  for (uint32_t at = 0; at < width; at += 64) {
+  for (uint32_t at = 0;; at += 64) {
     const uint64_t word = loadLittle(row + at / 8);
     const uint64_t pixels = width - at < 64 ? (uint64_t{1} << (width - at)) - 1 : ~uint64_t{0};
     changes += static_cast<uint32_t>(std::popcount((word ^ (word << 1 | before)) & pixels));
+    if (width - at <= 64) return changes;
     before = word >> 63;
-    if (width - at <= 64) break;
   }
-  return changes;
 }
 
 // A row like the one above it: every change lies directly below one of that row, and

@@ -22,8 +22,8 @@ class FaxBuffer {
   explicit FaxBuffer(Handle owned, uint64_t largest = 0xFFFFFFFFu)
       : block_(owned), bytes_(block_.bytes()), largest_(largest) {}
   // One without a block, whose loss goes on no stack: threads other than the host's have none.
-  static FaxBuffer untold() {
-    FaxBuffer buffer(0);
+  static FaxBuffer untold(uint64_t largest = 0xFFFFFFFFu) {
+    FaxBuffer buffer(0, largest);
     buffer.tells_ = false;
     return buffer;
   }

@@ -4,6 +4,9 @@
 
 #include "runtime/unaligned.h"
 #include "support/hex.h"
+#include "support/random.h"
+#include "support/temp_dir.h"
+#include "support/threads.h"
 #include "tiff/writer_fixture.h"
 
 namespace {
@@ -298,6 +301,35 @@ TEST(WriteCellBits, BandsFollowEachOther) {
   EXPECT_EQ(runtime::load<uint32_t>(static_cast<uint8_t *>(GlobalLock(descriptor)) + 257), 1u);
   EndCellBitmap(out.file, descriptor);
   EXPECT_EQ(support::slice(out.bytes(), out.bytes().size() - 3, 3), hex("03 02 01"));
+}
+
+// Rows that overlap as pixels of three bytes are turned in order: on every road the same.
+TEST(WriteCellBits, DepthOtherThanTheModesIsTheSameOnEveryRoad) {
+  support::Random random(5);
+  const Bytes pixels = random.bytes(40 * 16);
+  const support::TempDir dir;
+  const std::string name = dir.file("out");
+  for (const int32_t compression : support::kEveryCompression) {
+    const auto write = [&](Handle file) {
+      const InUse use(RAXEL_STORED_MODE_RGB, compression);
+      const Pixels block(pixels);
+      Handle descriptor = 0;
+      BeginCellBitmap(file, 40, 16, 24, nullptr, &descriptor);
+      EXPECT_EQ(WriteCellBits(file, block.handle(), 40, 16, 8, 1, descriptor), RAXEL_OK);
+      EndCellBitmap(file, descriptor);
+      return block.bytes();
+    };
+    support::HostOutput out;
+    const Bytes left = write(out.file);
+    const support::Threads forced(8);
+    support::HostOutput apart;
+    EXPECT_EQ(write(apart.file), left) << compression;
+    EXPECT_EQ(apart.bytes(), out.bytes()) << compression;
+    const Handle file = kvlOpen(name.c_str(), nullptr, KVL_OUTPUT);
+    EXPECT_EQ(write(file), left) << compression;
+    EXPECT_EQ(kvlClose(file), 0);
+    EXPECT_EQ(support::readFile(name), out.bytes()) << compression;
+  }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "support/hex.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
+#include "tiff/output.h"
 #include "tiff/writer_fixture.h"
 
 namespace {
@@ -66,6 +67,16 @@ TEST(Collector, NoFileTakesNothing) {
   tiff::Collector out(0, 1000);
   EXPECT_EQ(write(out, Bytes(3)), 0);
   EXPECT_TRUE(out.finish());
+}
+
+// More than one call can carry. The bytes are never looked at.
+TEST(Collector, RowsOfTwoGigabytesAreRefused) {
+  support::HostOutput host;
+  tiff::Collector out(host.file, 0);
+  const uint8_t byte = 0;
+  EXPECT_EQ(out.write(&byte, size_t{0x80000000}), -1);
+  EXPECT_FALSE(tiff::writeAll(host.file, {&byte, size_t{0x80000000}}));
+  EXPECT_TRUE(host.host.calls().empty());
 }
 
 }  // namespace

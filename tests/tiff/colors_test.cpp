@@ -44,6 +44,7 @@ TEST(MapColors, GreysAndColorsDoNotMix) {
   EXPECT_EQ(nearest(100, 105, 100, {100, 104, 100, 0, 5, 0}), 1);
   EXPECT_EQ(nearest(100, 100, 105, {100, 100, 104, 9, 9, 0}), 1);
   EXPECT_EQ(nearest(105, 100, 102, {102, 102, 102, 9, 0, 9}), 1);
+  EXPECT_EQ(nearest(100, 104, 108, {104, 104, 104, 9, 0, 9}), 1);
 }
 
 TEST(MapColors, NoEntryOfItsKindGivesZero) {
@@ -115,6 +116,22 @@ TEST(RemapRows, NibbleSumIsCutToAByte) {
   table[2] = 0x33;
   tiff::remapRows(rows, 0x12, table, true);
   EXPECT_EQ(rows, (Bytes{0x83}));  // 0x250 + 0x33 = 0x283
+}
+
+// Greys are multiples of 256 / their number, the last of them white; without any nothing is set.
+TEST(SettleColorMap, GreysOfEveryNumber) {
+  const tiff::Palette palette(nullptr, 8);
+  for (const uint32_t colors : {0u, 1u, 3u, 16u, 256u}) {
+    TiffWriterState state{};
+    state.nPhotometric = RAXEL_TIFF_BLACK_IS_ZERO;
+    state.nColors = static_cast<uint16_t>(colors);
+    std::memset(state.abColorMap, 0xA5, sizeof state.abColorMap);
+    tiff::settleColorMap(state, palette);
+    for (uint32_t i = 0; i < 256; ++i) {
+      const uint32_t grey = i >= colors ? 0xA5 : i + 1 == colors ? 255 : i * (256u / colors);
+      for (uint32_t c = 0; c < 3; ++c) EXPECT_EQ(state.abColorMap[i][c], grey) << colors << ", " << i;
+    }
+  }
 }
 
 }  // namespace

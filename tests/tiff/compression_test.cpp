@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Coding single pieces: which coder, how many writes, what counts as failed, and what is counted.
+#include "tiff/compression.h"
+
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -215,6 +217,29 @@ TEST_F(Compression, PackBitsOnDiskIsTheSame) {
   EXPECT_EQ(kvlClose(state.hTiffFile), 0);
   EXPECT_EQ(support::readFile(name), out.bytes());
   EXPECT_EQ(state.nStripBytes, counted);
+}
+
+// What would have been tried of a row that cannot be coded: nothing.
+TEST_F(Compression, NothingIsTriedOfRowsThatAreNotCoded) {
+  state.hTiffFile = out.file;
+  tiff::Collector rows(out.file, 0);
+  tiff::PieceWriter pieces(state, rows);
+  const Bytes row(100, 0x55);
+  state.nCompression = RAXEL_TIFF_UNCOMPRESSED;
+  EXPECT_EQ(pieces.bytesTried({row, 800, 1}, 1000), 0u);
+  state.nCompression = RAXEL_TIFF_PACKBITS;
+  EXPECT_EQ(pieces.bytesTried({{row.data(), size_t{0x80000000}}, 8, 1}, 1000), 0u);
+  EXPECT_EQ(pieces.bytesTried({row, 800, 1}, 1000), 2u);
+}
+
+TEST(MakeRoom, KeepsABlockThatIsLargeEnough) {
+  tiff::FaxBuffer buffer(runtime::allocate(20));
+  EXPECT_TRUE(tiff::makeRoom(buffer, 2));  // twice as much and 16 more
+  EXPECT_EQ(buffer.size(), 20u);
+  EXPECT_TRUE(tiff::makeRoom(buffer, 3));
+  EXPECT_EQ(buffer.size(), 22u);
+  EXPECT_FALSE(tiff::makeRoom(buffer, 0x80000000));
+  EXPECT_EQ(buffer.handle(), 0u);
 }
 
 }  // namespace

@@ -318,4 +318,22 @@ TEST(Directory, NoStateIsNoHarm) {
   EXPECT_EQ(WriteTiffDir(nullptr), 0);
 }
 
+// Two to the power of 32 is 0 in 32 bits: a map of no words, and the resolutions in its place.
+TEST(Directory, ThirtyTwoBitsHaveAMapOfNothing) {
+  support::HostOutput out;
+  TiffWriterState state = oneStrip(out.file);
+  state.nBitsPerSample = 32;
+  state.nPhotometric = RAXEL_TIFF_PALETTE;
+  writeFront(state);
+  EXPECT_EQ(support::slice(out.bytes(), 0x82, 0x1000), hex(R"(
+    1A 01  05 00  01 00 00 00  B6 00 00 00      ; 82 XResolution at B6
+    1B 01  05 00  01 00 00 00  BE 00 00 00      ; 8E YResolution at BE
+    28 01  03 00  01 00 00 00  02 00 00 00      ; 9A ResolutionUnit inch
+    40 01  03 00  00 00 00 00  B6 00 00 00      ; A6 ColorMap, none at B6
+    00 00 00 00                                 ; B2 no further directory
+    60 00 00 00  01 00 00 00                    ; B6 96/1
+    48 00 00 00  01 00 00 00                    ; BE 72/1
+  )"));
+}
+
 }  // namespace

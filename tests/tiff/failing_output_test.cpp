@@ -179,4 +179,27 @@ TEST(FailingStrips, AFullDiskIsReported) {
   }
 }
 
+// The mark before a strip is lost: its rows are turned all the same, and those below it are not.
+TEST(FailingStrips, PixelsAreTurnedWhereTheMarkIsLost) {
+  InUse use(RAXEL_STORED_MODE_RGB, RAXEL_STORED_COMPRESS_T4);
+  const auto write = [](Handle file, Handle pixels) {
+    Handle descriptor = 0;
+    BeginCellBitmap(file, 1, 8, 24, nullptr, &descriptor);
+    const int32_t code = pixels == 0 ? 0 : WriteCellBits(file, pixels, 1, 8, 24, 1, descriptor);
+    EndCellBitmap(file, descriptor);
+    return code;
+  };
+  support::HostOutput front;
+  write(front.file, 0);
+  Bytes pixels;
+  for (uint8_t i = 0; i < 8; ++i) pixels.insert(pixels.end(), {1, 2, 3, 0});
+  Bytes expected = pixels;
+  for (size_t row = 6; row < 8; ++row) std::swap(expected[4 * row], expected[4 * row + 2]);
+  const support::MemoryOutput out(front.bytes().size());
+  const Pixels block(pixels);
+  EXPECT_EQ(write(out.file, block.handle()), RAXEL_CANNOT_WRITE);
+  EXPECT_EQ(block.bytes(), expected);
+  EXPECT_EQ(use.setup.tiff.nStripBytes, 2u);  // the mark was tried
+}
+
 }  // namespace

@@ -151,4 +151,31 @@ TEST(Fax1D, LostBufferGivesNothing) {
   EXPECT_EQ(buffer.handle(), 0u);
 }
 
+// In a block that may not grow, whatever its size: all the codes, or none and no block.
+TEST(Fax1D, ABlockThatIsTooSmallIsGivenUp) {
+  const std::string rows[] = {whites(64), rowOf({{'w', 9000}, {'b', 70}, {'w', 100}}),
+                              rowOf({{'b', 1}, {'w', 5200}}),
+                              rowOf({{'w', 30}, {'b', 2}, {'w', 7}, {'b', 3000}, {'w', 3}})};
+  for (const std::string &row : rows) {
+    for (const uint32_t compression : {RAXEL_TIFF_HUFFMAN, RAXEL_TIFF_T4}) {
+      Bytes expected = reference::packBits01(reference::fax1D(row));
+      if (compression == RAXEL_TIFF_T4) expected.insert(expected.end(), {0, 1});
+      const Bytes packed = reference::packRow(row);
+      bool fits = false;
+      for (uint32_t room = 0; room < expected.size() + 64; ++room) {
+        tiff::FaxBuffer buffer(runtime::allocate(room), room);
+        const uint32_t n =
+            tiff::encodeFaxRow(packed, static_cast<uint32_t>(row.size()), compression, buffer);
+        EXPECT_EQ(n == 0, buffer.handle() == 0) << room;
+        EXPECT_FALSE(fits && n == 0) << room;
+        fits = n != 0;
+        if (fits) {
+          EXPECT_EQ(Bytes(buffer.data(), buffer.data() + n), expected) << room;
+        }
+      }
+      EXPECT_TRUE(fits);
+    }
+  }
+}
+
 }  // namespace

@@ -142,4 +142,36 @@ TEST(Fax2D, LostBufferGivesNothing) {
   EXPECT_EQ(buffer.handle(), 0u);
 }
 
+// In a block that may not grow, whatever its size: all the codes, or none and no block. Rows of long runs,
+// of short ones, with a run in horizontal mode, and the same again.
+TEST(Fax2D, ABlockThatIsTooSmallIsGivenUp) {
+  const std::string stripes = [] {
+    std::string row;
+    while (row.size() < 400) row += row.size() % 6 == 0 ? "wb" : "bbww";
+    return row.substr(0, 400);
+  }();
+  const std::string shifted = stripes.substr(5) + "wwwww";
+  const std::string plain = std::string(100, 'w') + std::string(200, 'b') + std::string(100, 'w');
+  const Picture pictures[] = {{plain, plain, std::string(400, 'w')},
+                              {stripes, shifted, stripes, stripes, stripes, shifted},
+                              {plain, stripes, stripes}};
+  for (const Picture &picture : pictures) {
+    const Bytes expected = reference::packBits01(reference::fax2D(picture));
+    const Bytes packed = reference::packPicture(picture);
+    bool fits = false;
+    for (uint32_t room = 0; room < expected.size() + 280; ++room) {
+      tiff::FaxBuffer buffer(runtime::allocate(room), room);
+      const uint32_t n = tiff::encodeFax2D(packed, static_cast<uint32_t>(picture[0].size()),
+                                           static_cast<uint32_t>(picture.size()), buffer);
+      EXPECT_EQ(n == 0, buffer.handle() == 0) << room;
+      EXPECT_FALSE(fits && n == 0) << room;
+      fits = n != 0;
+      if (fits) {
+        EXPECT_EQ(Bytes(buffer.data(), buffer.data() + n), expected) << room;
+      }
+    }
+    EXPECT_TRUE(fits);
+  }
+}
+
 }  // namespace

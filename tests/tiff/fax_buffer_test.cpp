@@ -122,4 +122,14 @@ TEST(FaxBuffer, RunsThatCannotBePlacedAreRefused) {
   EXPECT_EQ(buffer.handle(), 0u);
 }
 
+TEST(FaxBuffer, OneForAThreadLosesItsBlockSilently) {
+  const ErrorState errors;
+  tiff::FaxBuffer buffer = tiff::FaxBuffer::untold(5019);
+  buffer.renew(runtime::allocate(20));
+  EXPECT_FALSE(buffer.grow());
+  EXPECT_EQ(buffer.handle(), 0u);
+  EXPECT_EQ(errors.state.nLastError, 0);
+  EXPECT_EQ(errors.state.nErrCount, 0u);
+}
+
 }  // namespace

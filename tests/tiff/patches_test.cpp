@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Filling in the offsets and byte counts of strips and tiles.
+#include "tiff/patches.h"
+
 #include <gtest/gtest.h>
 
 #include "support/hex.h"
+#include "support/temp_dir.h"
+#include "tiff/output.h"
 #include "tiff/writer_fixture.h"
 
 namespace {
@@ -69,6 +73,100 @@ TEST_F(Patches, NothingInUseDoesNothing) {
   EXPECT_EQ(SetStripOrTileOffset(1), 0);
   EXPECT_EQ(SetStripOrTileByteCount(1, 1), 0);
   EXPECT_TRUE(out.host.calls().empty());
+}
+
+// In a file on disk the numbers may wait, and give the bytes that a stream gets which has each at once:
+// also where they would lie over each other, or over what is still to be written.
+TEST(PatchesOnDisk, AreThoseOfAStream) {
+  const struct {
+    const char *name;
+    uint32_t offsets, counts, strips, first, planned, written;
+  } rows[] = {
+      {"whole", 20, 60, 5, 1, 5, 5},
+      {"a part", 20, 60, 5, 3, 3, 3},
+      {"counts first", 60, 20, 5, 1, 5, 5},
+      {"side by side", 40, 20, 5, 1, 5, 5},
+      {"fewer", 20, 60, 5, 1, 5, 2},
+      {"more than pieces", 20, 60, 5, 4, 3, 3},
+      {"none planned", 20, 60, 5, 1, 0, 2},
+      {"from nothing", 20, 60, 5, 0, 3, 3},
+      {"overlapping", 20, 30, 5, 1, 5, 5},
+      {"overlapping back", 30, 20, 5, 1, 5, 5},
+      {"offsets too far", 150, 60, 5, 1, 5, 5},
+      {"counts too far", 20, 150, 5, 1, 5, 5},
+      {"one strip", 20, 60, 1, 1, 1, 1},
+      {"no number", 20, 60, 5, 1, 5, 0},
+  };
+  const support::TempDir dir;
+  for (const auto &row : rows) {
+    const auto write = [&](Handle file) {
+      const support::InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_PACKBITS);
+      TiffWriterState &state = lpRaster->tiff;
+      state.hTiffFile = file;
+      state.nOffsetsPos = row.offsets;
+      state.nCountsPos = row.counts;
+      state.nStripsDown = row.strips;
+      state.nTilesAcross = 1;
+      for (int i = 0; i < 40; ++i) WriteLong(file, 0);
+      tiff::Patches patches(state, row.first, row.planned);
+      for (uint32_t k = row.first; k < row.first + row.written; ++k) {
+        patches.begin(k);
+        for (uint32_t byte = 0; byte <= k; ++byte) kvlWrite(file, "\xEE", 1);
+        patches.end(k, k + 1);
+      }
+      patches.finish();
+      kvlWrite(file, "end", 3);
+    };
+    support::HostOutput out;
+    write(out.file);
+    const std::string name = dir.file(row.name);
+    const Handle file = kvlOpen(name.c_str(), nullptr, KVL_OUTPUT);
+    write(file);
+    EXPECT_EQ(kvlClose(file), 0);
+    EXPECT_EQ(support::readFile(name), out.bytes()) << row.name;
+  }
+}
+
+// A strip that was begun and not ended has its offset, and no count.
+TEST(PatchesOnDisk, AStripThatWasNotEndedHasNoCount) {
+  const support::TempDir dir;
+  const std::string name = dir.file("out");
+  const support::InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_PACKBITS);
+  TiffWriterState &state = lpRaster->tiff;
+  state.hTiffFile = kvlOpen(name.c_str(), nullptr, KVL_OUTPUT);
+  state.nOffsetsPos = 0;
+  state.nCountsPos = 8;
+  state.nStripsDown = 2;
+  state.nTilesAcross = 1;
+  for (int i = 0; i < 4; ++i) WriteLong(state.hTiffFile, 0x11111111);
+  tiff::Patches patches(state, 1, 2);
+  patches.begin(1);
+  patches.finish();
+  EXPECT_EQ(kvlClose(state.hTiffFile), 0);
+  EXPECT_EQ(support::readFile(name), hex("10000000 11111111 11111111 11111111"));
+}
+
+// --- Going to a place
+
+TEST(SeekTo, GoesWhereAFileIsReadToo) {
+  const support::TempDir dir;
+  const std::string name = dir.file("ten");
+  const Handle made = kvlOpen(name.c_str(), nullptr, KVL_OUTPUT);
+  kvlWrite(made, "0123456789", 10);
+  tiff::seekBack(made, 4);
+  EXPECT_EQ(tiff::tell(made), 4u);
+  tiff::seekBack(made, 12);
+  EXPECT_EQ(tiff::tell(made), 12u);
+  tiff::seekTo(made, 3);
+  tiff::seekTo(made, 0x80000000);  // which is no position of a stream
+  EXPECT_EQ(tiff::tell(made), 3u);
+  EXPECT_EQ(kvlClose(made), 0);
+  const Handle file = kvlOpen(name.c_str(), nullptr, KVL_READ);
+  char byte = 0;
+  tiff::seekTo(file, 7);
+  EXPECT_EQ(kvlRead(file, &byte, 1), 1);
+  EXPECT_EQ(byte, '7');
+  EXPECT_EQ(kvlClose(file), 0);
 }
 
 }  // namespace

@@ -190,17 +190,38 @@ TEST(SideBySideThreads, AreNoneForOne) {
 }
 
 #if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
-// A thread that cannot be made: its stack is larger than any memory.
+// While it is there no thread can be made: its stack would be larger than any memory.
+class NoThreads {
+ public:
+  NoThreads() {
+    pthread_attr_t large;
+    EXPECT_EQ(pthread_getattr_default_np(&before_), 0);
+    EXPECT_EQ(pthread_getattr_default_np(&large), 0);
+    EXPECT_EQ(pthread_attr_setstacksize(&large, SIZE_MAX / 8 * 7), 0);
+    EXPECT_EQ(pthread_setattr_default_np(&large), 0);
+    pthread_attr_destroy(&large);
+  }
+  ~NoThreads() {
+    EXPECT_EQ(pthread_setattr_default_np(&before_), 0);
+    pthread_attr_destroy(&before_);
+  }
+  NoThreads(const NoThreads &) = delete;
+  NoThreads &operator=(const NoThreads &) = delete;
+
+ private:
+  pthread_attr_t before_;
+};
+
 TEST(SideBySideThreads, ThatCannotBeMadeAreDoneWithout) {
-  const auto run = [] {
-    pthread_attr_t attributes;
-    pthread_getattr_default_np(&attributes);
-    if (pthread_attr_setstacksize(&attributes, SIZE_MAX / 8 * 7) != 0) _exit(2);
-    if (pthread_setattr_default_np(&attributes) != 0) _exit(3);
-    const Band band;
-    _exit(tiff::SideBySide(band.plan, 4).started() ? 1 : 0);
-  };
-  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+  const Band band;
+  const NoThreads none;
+  EXPECT_FALSE(tiff::SideBySide(band.plan, 4).started());
+}
+
+TEST_P(SideBySide, WithoutThreadsItIsTheSame) {
+  const Seen alone = seenBy(1);
+  const NoThreads none;
+  EXPECT_EQ(seenBy(8), alone);
 }
 
 #endif
@@ -210,6 +231,87 @@ TEST(SideBySideThreads, TakeNoMemoryThatIsNotThere) {
   Band band;
   band.band.cells.rowBytes = uint64_t{1} << 50;
   EXPECT_FALSE(tiff::SideBySide(band.plan, 8).started());
+  band.band.cells.rowBytes = uint64_t{1} << 56;  // no length of memory at all
+  EXPECT_FALSE(tiff::SideBySide(band.plan, 2).started());
+}
+
+// --- A chunk by itself
+
+TEST(ChunksApart, ThatNoBlockHoldsAre300) {
+  Band band;
+  tiff::Workbench bench;
+  tiff::CodedChunk out;
+  band.band.cells.rowBytes = uint64_t{1} << 40;
+  tiff::codeChunkApart(band.plan, band.band.chunk(0), 0, bench, out);
+  EXPECT_EQ(out.result, RAXEL_NO_MEMORY);
+  EXPECT_EQ(out.pieces, 0u);
+  band.band.cells.rowBytes = 64;
+  band.plan.tilesAcross = 0x40000000;  // a list of four gigabytes
+  tiff::codeChunkApart(band.plan, band.band.chunk(0), 0, bench, out);
+  EXPECT_EQ(out.result, RAXEL_NO_MEMORY);
+  EXPECT_EQ(out.pieces, 0u);
+  EXPECT_FALSE(out.lost);
+}
+
+TEST(ChunksApart, WithFewerPixelsThanTheirWidthAre300) {
+  Band band;
+  band.band.width = 64 * 8 + 1;
+  const tiff::ChunkPlan plan{band.band, tiff::coderOf(RAXEL_TIFF_T6), 0};
+  tiff::Workbench bench;
+  tiff::CodedChunk out;
+  tiff::codeChunkApart(plan, band.band.chunk(0), 0, bench, out);
+  EXPECT_EQ(out.result, RAXEL_NO_MEMORY);
+  EXPECT_EQ(out.pieces, 0u);
+  EXPECT_FALSE(out.lost);
+  band.band.width = 64 * 8;
+  tiff::codeChunkApart(plan, band.band.chunk(0), 0, bench, out);
+  EXPECT_EQ(out.result, RAXEL_OK);
+  EXPECT_EQ(out.pieces, 1u);
+}
+
+// Short chunks and long ones with the same bench, against a new one for each.
+TEST(ChunksApart, FindWhatTheBenchKeepsLongEnough) {
+  const Band band;
+  tiff::Workbench kept;
+  tiff::CodedChunk again;
+  for (const uint32_t rows : {1u, 16u, 2u}) {
+    tiff::Workbench bench;
+    tiff::CodedChunk out;
+    tiff::codeChunkApart(band.plan, {0, rows}, 0, bench, out);
+    tiff::codeChunkApart(band.plan, {0, rows}, 0, kept, again);
+    ASSERT_EQ(again.pieces, 1u);
+    ASSERT_EQ(again.length(0), out.length(0));
+    EXPECT_EQ(std::memcmp(again.codes.data(), out.codes.data(), out.length(0)), 0) << rows;
+  }
+}
+
+// Pixels that alternate below white ones take six bytes of codes for each of theirs, and white ones below
+// them two: more than the room of twice the pixels that there is at first.
+TEST(ChunksApart, WhoseCodesFindNoRoomAreLost) {
+  Bytes pixels(64 * 128, 0xFF);
+  for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = i / 64 % 2 == 0 ? 0x55 : 0xFF;
+  const tiff::CellBand band{.cells = {pixels, 64, 64},
+                            .width = 512,
+                            .rows = 128,
+                            .chunkRows = 128,
+                            .swaps = false,
+                            .swapsByRow = false,
+                            .nibbles = false,
+                            .map = nullptr};
+  for (const uint32_t tilesAcross : {0u, 1u}) {
+    for (const bool benchIsSmall : {false, true}) {
+      const tiff::ChunkPlan plan{band, tiff::coderOf(RAXEL_TIFF_T6), tilesAcross};
+      tiff::Workbench bench;
+      tiff::CodedChunk out;
+      // A strip is coded straight into the result, and a tile by way of the bench.
+      const bool small = benchIsSmall || tilesAcross == 0;
+      (small && tilesAcross != 0 ? bench.memory.out : out.codes) = tiff::FaxBuffer::untold(100);
+      tiff::codeChunkApart(plan, band.chunk(0), 0, bench, out);
+      EXPECT_TRUE(out.lost);
+      EXPECT_EQ(out.result, RAXEL_NO_MEMORY);
+      EXPECT_EQ(out.pieces, 0u);
+    }
+  }
 }
 
 // What is asked for: for each thread a chunk to pack, two coded ones that wait, each of twice its pixels at

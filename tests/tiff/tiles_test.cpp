@@ -55,6 +55,13 @@ TEST(Tiles, NothingToCopyGivesZeros) {
   EXPECT_EQ(tile({}, 2, 2, 0, 1, 0), Bytes(4));
 }
 
+TEST(Tiles, RowsOfNoBytesAreNotTouched) {
+  const Bytes chunk = {1, 2, 3, 4};
+  Bytes out(4, 0xA5);
+  GetTileFromStrip(out.data(), chunk.data(), 0, 2, 2, 2, 0);
+  EXPECT_EQ(out, Bytes(4, 0xA5));
+}
+
 TEST(Tiles, RowsPastTheTileAreLeftOut) {
   EXPECT_EQ(tile({1, 2, 3, 4}, 1, 2, 1, 4, 0), (Bytes{1, 2}));
 }
