@@ -53,8 +53,7 @@ bool takeName(const char *name) {
 }
 
 int32_t giveUp(int32_t code) {
-  releaseOwned(*lpEMData);
-  FreeGlobal();
+  endState();
   return code;
 }
 
@@ -127,8 +126,6 @@ int32_t RASTER_initdvr(HostWord *record) {
 int32_t RASTER_termdvr() {
   if (lpEMData == nullptr) return 0;
   if (lpEMData->nState != RAXEL_STATE_INITIALISED) d_cldv(0);
-  if (lpEMData == nullptr) return 0;
-  raster::releaseOwned(*lpEMData);
-  FreeGlobal();
+  raster::endState();
   return 0;
 }

@@ -10,14 +10,14 @@
 
 namespace raster {
 
-void releaseOwned(RasterDriverState &state) {
-  if (state.hOutFile != 0) kvlClose(state.hOutFile);
-  state.hOutFile = 0;
-  GlobalFree(state.hCellBuf);
-  state.hCellBuf = 0;
-  GlobalFree(state.hReplyBuf);
-  state.hReplyBuf = 0;
-  state.lpReplyBuf = nullptr;
+void endState() {
+  if (lpEMData == nullptr) return;
+  const Handle output = lpEMData->hOutFile;
+  GlobalFree(lpEMData->hCellBuf);
+  GlobalFree(lpEMData->hReplyBuf);
+  FreeGlobal();
+  // A host that is told of the close may call again: by then there is no state.
+  if (output != 0) kvlClose(output);
   freeMemoryOutput();
 }
 
@@ -41,10 +41,7 @@ int32_t tellHost(HostWord a, HostWord b, HostWord c, HostWord d) {
 int32_t AllocGlobal() {
   if (hCommon != 0) return 0;
   // A second initialisation starts afresh; what the first one left is closed quietly.
-  if (lpEMData != nullptr) {
-    raster::releaseOwned(*lpEMData);
-    FreeGlobal();
-  }
+  raster::endState();
   hEMData = GlobalAlloc(RAXEL_MOVEABLE_ZERO, sizeof(RasterDriverState));
   lpEMData = static_cast<RasterDriverState *>(GlobalLock(hEMData));
   return 0;

@@ -21,8 +21,8 @@ enum OtherState : uint32_t {
   kOther15 = 1u << 15,
 };
 
-// Closes and frees whatever a state block still owns, without asking the host anything.
-void releaseOwned(RasterDriverState &state);
+// Frees the state block and closes and frees whatever it still owned, without asking the host anything.
+void endState();
 
 // Points the writer at the settings record that this driver was given. False when there is none.
 bool useDriverSetup();

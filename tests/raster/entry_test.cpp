@@ -161,6 +161,27 @@ TEST(DriverEntry, ASecondInitialisationStartsAfresh) {
   EXPECT_EQ(host.calls.size(), calls + 1) << "the old output is closed without asking the host";
 }
 
+int closes = 0;
+
+// An output that ends the session when it is closed.
+HostWord endWhenClosed(HostWord, HostWord op, HostWord, HostWord) {
+  if (op != KVL_OP_CLOSE) return 1;
+  ++closes;
+  return static_cast<HostWord>(RASTER_dd_entry32(0, RAXEL_ENTRY_END, nullptr));
+}
+
+TEST(DriverEntry, AnOutputThatEndsTheSessionIsClosedOnce) {
+  Host host;
+  host.settings().lpfnOutputProc = endWhenClosed;
+  host.initialise();
+  host.send(RAXEL_OP_OPEN_DEVICE);
+  ASSERT_NE(lpEMData->hOutFile, 0u);
+  closes = 0;
+  EXPECT_EQ(host.initialise(), 0);
+  EXPECT_EQ(closes, 1);
+  EXPECT_EQ(lpEMData->nState, RAXEL_STATE_INITIALISED);
+}
+
 TEST(DriverEntry, TerminationClosesAnOpenDevice) {
   support::TempDir dir;
   Host host(dir.file("open.tif"));
