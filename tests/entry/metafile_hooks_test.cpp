@@ -66,6 +66,10 @@ TEST(MetafileDraw, TheResolutionIsUnsigned) {
 
 TEST(MetafileDraw, NoRowsNoPixelsNoFailure) {
   EXPECT_EQ(DrawPlatformMetafile(RAXEL_DRAW_QUERY, 0, 0, 0), 0u);
+  MetafilePicture picture{};
+  EXPECT_EQ(DrawPlatformMetafile(RAXEL_DRAW_QUERY, reinterpret_cast<HostWord>(&picture), 0, 0), 0u);
+  PictureFormat format{};
+  EXPECT_EQ(DrawPlatformMetafile(RAXEL_DRAW_QUERY, 0, reinterpret_cast<HostWord>(&format), 0), 0u);
   for (HostWord op : {HostWord{1}, HostWord{2}, HostWord{3}, HostWord{4}}) {
     EXPECT_EQ(DrawPlatformMetafile(op, 0, 0, 0), 0u) << op;
   }

@@ -58,6 +58,8 @@ TEST_F(Profile, AnyLineMayNameASection) {
   profile("s\nk=1\n[t]\nk=2\n");
   EXPECT_EQ(get("s", "k"), "1");
   EXPECT_EQ(get("t", "k"), "2");
+  profile("\nk=1\n");
+  EXPECT_EQ(get("[]", "k"), "") << "but an empty one, which names none";
   profile("; comment\n\n  \"s\"  ; here\nk=3\n");
   EXPECT_EQ(get("s", "k"), "3");
   // Before any section, a key line names one too.
