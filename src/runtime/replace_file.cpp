@@ -8,7 +8,6 @@
 #include <climits>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <span>
 
 #include "runtime/names.h"
@@ -22,7 +21,7 @@ constexpr int kMaxLinks = 40;  // as many as the system itself follows
 
 // Replaces a path by what it leads to, through every link. Returns whether the result fits.
 bool followLinks(std::span<char> path) {
-  for (int i = 0; i < kMaxLinks; ++i) {
+  for (int i = 0; i <= kMaxLinks; ++i) {
     char link[PATH_MAX];
     const ssize_t length = readlink(path.data(), link, sizeof link - 1);
     if (length < 0) return true;  // no link
@@ -65,13 +64,8 @@ bool takeOver(int fd, const struct stat &old) {
 }
 
 // Brings a folder's new entry to the disk. Not every file system can, and the file is in place.
-void syncFolder(const char *path) {
-  char folder[PATH_MAX];
-  const size_t length = folderLength(path);
-  if (length >= sizeof folder) return;
-  std::memcpy(folder, path, length);
-  folder[length] = 0;
-  const int fd = open(length == 0 ? "." : folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+void syncFolder(const char *folder) {
+  const int fd = open(folder[0] == 0 ? "." : folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
   fsync(fd);
   close(fd);
@@ -101,6 +95,7 @@ bool replaceFile(const char *path, int source, const struct stat *old) {
                     fsync(copy.fd) == 0 && rename(copy.path, target) == 0;
   if (!done) unlink(copy.path);
   close(copy.fd);
+  target[folderLength(target)] = 0;
   if (done) syncFolder(target);
   return done;
 }

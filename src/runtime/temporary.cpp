@@ -41,7 +41,7 @@ bool nameSlot(std::span<char> path, const char *target, int slot) {
   const size_t folder = folderLength(target);
   const int length = std::snprintf(path.data(), path.size(), "%.*s.%.*s.raxel-%d", static_cast<int>(folder),
                                    target, kLongestStem, target + folder, slot);
-  return length > 0 && static_cast<size_t>(length) < path.size();
+  return static_cast<size_t>(length) < path.size();
 }
 
 // A name that nobody foresees. Returns whether it fits.

@@ -146,4 +146,34 @@ TEST_F(ProfileFaults, ATemporaryThatSomebodyElseHasLockedIsLeftToThem) {
   }
 }
 
+// By the time that the lock is had, the name may be nobody's any more, or another file's.
+TEST_F(ProfileFaults, ATemporaryThatHasLostItsNameIsLeft) {
+  const std::string first = dir.file(".p.ini.raxel-0");
+  for (const bool another : {false, true}) {
+    support::writeFile(path, withKey("1"));
+    const support::BeforeLock meanwhile([&] {
+      unlink(first.c_str());
+      if (another) support::writeFile(first, "theirs");
+    });
+    EXPECT_EQ(WritePrivateProfileString("s", "k", "9", path.c_str()), 0);
+    EXPECT_TRUE(meanwhile.passed());
+    EXPECT_EQ(support::readText(path), withKey("9"));
+    EXPECT_EQ(std::filesystem::exists(first), another);
+    EXPECT_EQ(support::readText(first), another ? "theirs" : "");
+  }
+}
+
+TEST_F(ProfileFaults, OnlyWhatWasLookedAtIsSwept) {
+  const std::string first = dir.file(".p.ini.raxel-0");
+  support::writeFile(path, withKey("1"));
+  support::writeFile(first, "half");
+  const support::BeforeLock meanwhile([&] {
+    unlink(first.c_str());
+    support::writeFile(first, "theirs");
+  });
+  EXPECT_EQ(WritePrivateProfileString("s", "k", "9", path.c_str()), 0);
+  EXPECT_EQ(support::readText(path), withKey("9"));
+  EXPECT_EQ(support::readText(first), "theirs");
+}
+
 }  // namespace

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <filesystem>
 #include <string>
 
 #include "raxel/profile.h"
@@ -163,6 +164,17 @@ TEST_F(Folder, NamesOfAnyLengthAreSafe) {
     EXPECT_EQ(GetPrivateProfileInt("s", "k", 5, name.c_str()), 5);
     WritePrivateProfileString("s", "k", nullptr, name.c_str());
   }
+}
+
+TEST_F(Folder, TheModulesNameIsFoundInTheWorkingFolderToo) {
+  const support::Environment noFolder("INIDIR", nullptr);
+  const std::filesystem::path before = std::filesystem::current_path();
+  support::writeFile(dir.file("module.ini"), "x");
+  std::filesystem::current_path(dir.path());
+  const int32_t found = find("", "/lib/module.so");
+  std::filesystem::current_path(before);
+  EXPECT_EQ(found, 0);
+  EXPECT_EQ(text(), "module.ini");
 }
 
 }  // namespace

@@ -294,4 +294,18 @@ TEST_F(Profile, LargeProfilesEnd) {
   }
 }
 
+TEST_F(Profile, AListWithoutRoomStoresNothing) {
+  profile("[s]\nkey=1\n");
+  char byte = '#';
+  EXPECT_EQ(GetPrivateProfileString("s", nullptr, "d", &byte, 0, path.c_str()), 0);
+  EXPECT_EQ(byte, '#');
+}
+
+// A name that is empty when it is cleaned is no section's, not even that of an empty line.
+TEST_F(Profile, AnEmptyNameIsNoSections) {
+  profile("\n[]\nk=1\n;\nk=2\n");
+  EXPECT_EQ(get("[]", "k", "d"), "d");
+  EXPECT_EQ(result, 1);
+}
+
 }  // namespace

@@ -450,4 +450,56 @@ TEST_F(Rewrite, AnyBytesSurviveAndTheValueReadsBack) {
   }
 }
 
+// ---- What the profile and its folder have -------------------------------------------------------------
+
+TEST_F(Rewrite, ABareNameIsInTheWorkingFolder) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  support::writeFile(path, "[s]\nk=1\n");
+  std::filesystem::current_path(dir.path());
+  WritePrivateProfileString("s", "k", "9", "p.ini");
+  WritePrivateProfileString("s", "k", "9", "new.ini");
+  std::filesystem::current_path(before);
+  EXPECT_EQ(support::readText(path), "[s]\nk=9\n");
+  EXPECT_EQ(support::readText(dir.file("new.ini")), "\n[s]\nk=9\n");
+  EXPECT_EQ(filesBeside(), 2u);
+}
+
+TEST_F(Rewrite, TheOwnerIsKept) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs to be more than one user";
+  const std::pair<uid_t, gid_t> owners[] = {{1234, getegid()}, {geteuid(), 1234}, {1234, 4321}};
+  for (const auto &[user, group] : owners) {
+    support::writeFile(path, "[s]\nk=1\n");
+    ASSERT_EQ(chown(path.c_str(), user, group), 0);
+    WritePrivateProfileString("s", "k", "9", path.c_str());
+    EXPECT_EQ(support::readText(path), "[s]\nk=9\n");
+    struct stat status;
+    ASSERT_EQ(lstat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, user);
+    EXPECT_EQ(status.st_gid, group);
+    unlink(path.c_str());
+  }
+}
+
+// Who may not give files away has one of its own then, with the same permissions.
+TEST_F(Rewrite, WhatCannotBeGivenAwayBecomesOnesOwn) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs to be two users";
+  support::writeFile(path, "[s]\nk=1\n");
+  ASSERT_EQ(chmod(path.c_str(), 0646), 0);
+  ASSERT_EQ(chmod(dir.path().c_str(), 0777), 0);
+  ASSERT_EQ(seteuid(65534), 0);
+  WritePrivateProfileString("s", "k", "9", path.c_str());
+  ASSERT_EQ(seteuid(0), 0);
+  EXPECT_EQ(support::readText(path), "[s]\nk=9\n");
+  struct stat status;
+  ASSERT_EQ(lstat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, 65534u);
+  EXPECT_EQ(status.st_mode & 07777, 0646u);
+}
+
+TEST_F(Rewrite, WithoutChanceThereIsNoPlaceForTheCopy) {
+  const support::Chance none(std::nullopt);
+  EXPECT_EQ(after("[s]\nk=1\n", "s", "k", "9"), "[s]\nk=1\n");
+  EXPECT_EQ(filesBeside(), 1u);
+}
+
 }  // namespace

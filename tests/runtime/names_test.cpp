@@ -10,6 +10,8 @@
 #include <string>
 
 #include "raxel/stream.h"
+#include "support/disk.h"
+#include "support/temp_dir.h"
 
 namespace {
 
@@ -107,6 +109,47 @@ TEST(BoundedNames, AreCutAndTerminated) {
   EXPECT_FALSE(runtime::joinPath(room, "123456", ""));
   room[0] = 0;
   EXPECT_FALSE(runtime::appendRandomName(room));
+}
+
+TEST(TemporaryName, ThatIsTakenIsNotGiven) {
+  const support::Chance same(static_cast<uint32_t>(getpid()));
+  char name[144] = {};
+  ASSERT_EQ(KVLGetTempFileName(0, nullptr, 0, name), 1);
+  support::writeFile(name, "somebody's");
+  char other[144] = "as it was";
+  EXPECT_EQ(KVLGetTempFileName(0, nullptr, 0, other), 0);
+  EXPECT_STREQ(other, "as it was");
+  unlink(name);
+  EXPECT_EQ(KVLGetTempFileName(0, nullptr, 0, other), 1);
+  EXPECT_STREQ(other, name);
+}
+
+TEST(TemporaryName, IsNotGuessedWhereThereIsNoChance) {
+  const support::Chance none(std::nullopt);
+  char name[144] = "as it was";
+  EXPECT_EQ(KVLGetTempFileName(0, nullptr, 0, name), 0);
+  EXPECT_STREQ(name, "as it was");
+}
+
+TEST(TemporaryName, NeedsRoomForTwelveLettersAndTheZero) {
+  char room[18] = "/tmp/";
+  EXPECT_FALSE(runtime::appendRandomName({room, 17}));
+  EXPECT_STREQ(room, "/tmp/");
+  EXPECT_TRUE(runtime::appendRandomName(room));
+  EXPECT_EQ(std::strlen(room), 17u);
+}
+
+TEST(JoinedPaths, HaveOneSlashBetweenTheirParts) {
+  char room[8];
+  EXPECT_TRUE(runtime::joinPath(room, "ab", "cdef"));
+  EXPECT_STREQ(room, "ab/cdef");
+  EXPECT_TRUE(runtime::joinPath(room, "ab/", "cdef"));
+  EXPECT_STREQ(room, "ab/cdef");
+  EXPECT_TRUE(runtime::joinPath(room, "", "cdef"));
+  EXPECT_STREQ(room, "/cdef");
+  EXPECT_FALSE(runtime::joinPath(room, "ab", "cdefg"));
+  EXPECT_FALSE(runtime::joinPath(room, "abcdefg", "h"));
+  EXPECT_FALSE(runtime::joinPath(room, "abcdefgh", "i"));
 }
 
 }  // namespace

@@ -211,6 +211,9 @@ TEST(UnionSize, IsTheLargestAlternative) {
   EXPECT_EQ(unionSize("(C{CL}|D)"), Result(12, 9));
   EXPECT_EQ(unionSize("(C(L|3S)C|D)"), Result(11, 12)) << "4 for the nested start, 6, 1";
   EXPECT_EQ(unionSize("()C"), Result(0, 2));
+  EXPECT_EQ(unionSize("|L"), Result(0, 1)) << "no union is open";
+  EXPECT_EQ(unionSize(")L"), Result(0, 1));
+  EXPECT_EQ(unionSize("]L"), Result(0, 1));
   EXPECT_EQ(unionSize("(3C"), Result(3, 3)) << "a group left open ends with the format";
   EXPECT_EQ(unionSize("(C|(D"), Result(8, 5));
   EXPECT_EQ(unionSize("(C2\0C"), Result(1, 3));

@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <filesystem>
+#include <utility>
 
 namespace support {
 
@@ -41,6 +42,38 @@ void Disk::note(const char *path, int flags, mode_t mode) {
 
 int Disk::errorOr(int usual) {
   return current != nullptr && current->error_ != 0 ? current->error_ : usual;
+}
+
+BeforeLock::BeforeLock(std::function<void()> what) : what_(std::move(what)) {
+  current = this;
+}
+
+BeforeLock::~BeforeLock() {
+  current = nullptr;
+}
+
+void BeforeLock::pass() {
+  if (current == nullptr || current->passed_) return;
+  current->passed_ = true;
+  current->what_();
+}
+
+Chance::Chance(std::optional<uint32_t> bytes) : bytes_(bytes) {
+  current = this;
+}
+
+Chance::~Chance() {
+  current = nullptr;
+}
+
+ssize_t Chance::give(void *to, size_t count) const {
+  if (!bytes_) {
+    errno = ENOSYS;
+    return -1;
+  }
+  for (size_t i = 0; i < count; ++i)
+    static_cast<uint8_t *>(to)[i] = static_cast<uint8_t>(*bytes_ >> i % 4 * 8);
+  return static_cast<ssize_t>(count);
 }
 
 size_t openDescriptors() {
@@ -88,6 +121,7 @@ off_t __real_lseek(int fd, off_t offset, int whence);
 int __real_fsync(int fd);
 int __real_rename(const char *from, const char *to);
 int __real_flock(int fd, int operation);
+ssize_t __real_getrandom(void *to, size_t count, unsigned flags);
 
 int __wrap_open(const char *path, int flags, ...);
 FILE *__wrap_fopen(const char *path, const char *mode);
@@ -172,7 +206,14 @@ int __wrap_rename(const char *from, const char *to) {
   return __real_rename(from, to);
 }
 
+ssize_t __wrap_getrandom(void *to, size_t count, unsigned flags);
+ssize_t __wrap_getrandom(void *to, size_t count, unsigned flags) {
+  const support::Chance *chance = support::Chance::present();
+  return chance != nullptr ? chance->give(to, count) : __real_getrandom(to, count, flags);
+}
+
 int __wrap_flock(int fd, int operation) {
+  support::BeforeLock::pass();
   if (const DiskFailure *how = Disk::meet(DiskCall::kLock)) return refuse(*how, EWOULDBLOCK, -1);
   return __real_flock(fd, operation);
 }

@@ -12,6 +12,9 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -63,6 +66,41 @@ class Disk {
   DiskFailure failure_ = DiskFailure::kOnce;
   int error_ = 0;
   bool failed_ = false;
+};
+
+// What another process does in the moment before the next lock is asked for.
+class BeforeLock {
+ public:
+  explicit BeforeLock(std::function<void()> what);
+  ~BeforeLock();
+  BeforeLock(const BeforeLock &) = delete;
+  BeforeLock &operator=(const BeforeLock &) = delete;
+
+  bool passed() const { return passed_; }
+  // For the call itself.
+  static void pass();
+
+ private:
+  static inline BeforeLock *current = nullptr;
+  std::function<void()> what_;
+  bool passed_ = false;
+};
+
+// While it is there the system has always the same random bytes, or none.
+class Chance {
+ public:
+  explicit Chance(std::optional<uint32_t> bytes);
+  ~Chance();
+  Chance(const Chance &) = delete;
+  Chance &operator=(const Chance &) = delete;
+
+  // For the call itself: whether there is one, and what it gives.
+  static const Chance *present() { return current; }
+  ssize_t give(void *to, size_t count) const;
+
+ private:
+  static inline const Chance *current = nullptr;
+  std::optional<uint32_t> bytes_;
 };
 
 // Descriptors that this process has open.
