@@ -20,7 +20,7 @@ bool readByte(Handle handle, char &byte) {
 
 Line readLine(Handle handle, char *buffer, int32_t max) {
   int32_t stored = 0;
-  if (max > 0) buffer[0] = 0;
+  buffer[0] = 0;
   while (stored < max) {
     char byte;
     if (!readByte(handle, byte)) return {stored, true};

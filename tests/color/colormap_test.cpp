@@ -113,4 +113,14 @@ TEST(ColorMemory, SizesThatFitInNoBlockGiveNone) {
   EXPECT_EQ(rlFreeNewData(h), 1);
 }
 
+// A map that is shorter than its depth has room for is filled to its end, and none at all of a deep source.
+TEST(Colormap, IsFilledAsFarAsItGoes) {
+  std::array<uint32_t, 4> map = {9, 9, 9, 9};
+
+  color::fillColormap(std::span(map).first(3), kTwo, 2, kThree, 24, 3);
+  EXPECT_EQ(map, (std::array<uint32_t, 4>{0xFF000000, 0x07080900, 0, 9}));
+  color::fillColormap(map, kThree, 24, kThree, 24, 3);
+  EXPECT_EQ(map, (std::array<uint32_t, 4>{0xFF000000, 0x07080900, 0, 9}));
+}
+
 }  // namespace

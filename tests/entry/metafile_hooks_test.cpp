@@ -75,4 +75,16 @@ TEST(MetafileDraw, NoRowsNoPixelsNoFailure) {
   }
 }
 
+TEST(MetafileDraw, AQueryNeedsAPictureAndAFormat) {
+  MetafilePicture picture = {};
+  picture.nFrameRight = 100;
+  PictureFormat format = {};
+  format.dWidth = 7.0;
+  const auto from = reinterpret_cast<HostWord>(&picture);
+  const auto to = reinterpret_cast<HostWord>(&format);
+  EXPECT_EQ(DrawPlatformMetafile(RAXEL_DRAW_QUERY, from, 0, 0), 0u);
+  EXPECT_EQ(DrawPlatformMetafile(RAXEL_DRAW_QUERY, 0, to, 0), 0u);
+  EXPECT_EQ(format.dWidth, 7.0);
+}
+
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "entry/host_calls.h"
 #include "raxel/filter.h"
+#include "runtime/live_blocks.h"
 
 namespace {
 
@@ -92,6 +93,18 @@ TEST_F(Offscreen, NothingToDrawWithIsHarmless) {
   EXPECT_EQ(rows, 100u);
   EXPECT_EQ(DrawPlatformOffscreen(nullptr, 0, 1), 0u);
   EXPECT_EQ(TermPlatformOffscreen(nullptr), 0);
+  EXPECT_TRUE(drawn.empty());
+}
+
+TEST_F(Offscreen, ARecordWhoseProcedureIsGoneIsOnlyFreed) {
+  uint32_t rows = 1;
+  OffscreenRecord *record = InitPlatformOffscreen(1, &rows, 24, 0, nullptr, nullptr, draw, nullptr);
+  record->lpfnDraw = nullptr;
+  drawn.clear();
+  EXPECT_EQ(DrawPlatformOffscreen(record, 0, 1), 0u);
+  const size_t blocks = runtime::countBlocks();
+  EXPECT_EQ(TermPlatformOffscreen(record), 0);
+  EXPECT_EQ(runtime::countBlocks(), blocks - 1);
   EXPECT_TRUE(drawn.empty());
 }
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "raster/session.h"
 #include "support/blocks.h"
@@ -585,6 +586,19 @@ TEST_F(Cells, ThreeChannelsOfTheOutputsDepthStayWhateverTheirKind) {
         << kind;
     EXPECT_EQ(std::vector<uint8_t>(rows.end() - 3, rows.end()), (std::vector<uint8_t>{11, 10, 9})) << kind;
   }
+}
+
+TEST_F(Cells, WithoutARecordOrAStateNothingIsDone) {
+  host.initialise();
+  const uint8_t record[64] = {};
+  const auto word = reinterpret_cast<HostWord>(record);
+  EXPECT_EQ(d_gdp(0), 0u);
+  EXPECT_EQ(d_ca(0), 0u);
+  RasterDriverState *state = std::exchange(lpEMData, nullptr);
+  EXPECT_EQ(d_gdp(word), word);
+  EXPECT_EQ(d_ca(word), word);
+  lpEMData = state;
+  EXPECT_EQ(lpEMData->hCellBuf, 0u);
 }
 
 }  // namespace

@@ -62,6 +62,13 @@ TEST(DriverEntry, SaysNothingToAHostWithoutContext) {
   EXPECT_TRUE(host.calls.empty());
 }
 
+TEST(DriverEntry, SaysNothingToAHostWithoutACallback) {
+  Host host;
+  host.status_[RAXEL_STATUS_CALLBACK] = 0;
+  host.initialise();
+  EXPECT_TRUE(host.calls.empty());
+}
+
 TEST(DriverEntry, WritesExactlyTheListedCapabilities) {
   Host host;
   host.settings().nColorMode = RAXEL_STORED_COLORS_GREY_INVERT;

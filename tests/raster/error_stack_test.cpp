@@ -177,4 +177,14 @@ TEST(ErrorStackAlone, WithoutAStateBlockNothingHappens) {
   mov2buf(nullptr, 4);
 }
 
+TEST_F(ErrorStack, WithoutARecordOrABufferNothingIsAnswered) {
+  const uint32_t number = 1;
+  EXPECT_EQ(d_popes(0), 0u);
+  mov2buf(nullptr, 4);
+  EXPECT_EQ(state_.nReplyPos, 0u);
+  state_.lpReplyBuf = nullptr;
+  mov2buf(&number, sizeof number);
+  EXPECT_EQ(state_.nReplyPos, 0u);
+}
+
 }  // namespace

@@ -128,6 +128,11 @@ setup::DeviceInfo parse(const char *text) {
 TEST(DisplayInfoText, NumbersAreSeparatedByExactlyOneCharacter) {
   // After "10" and one space stands another space: it reads as the number 5 and, being no digit, is
   // the one character stepped over. The number is then read once more.
+  const auto plus = parse("+10 5 7");  // a sign is such a character as well
+  EXPECT_EQ(plus.dWidth, 10);
+  EXPECT_EQ(plus.dHeight, 10);
+  EXPECT_EQ(plus.nXRes, 5);
+  EXPECT_EQ(plus.nYRes, 7);
   const auto info = parse("10  5 7");
   EXPECT_EQ(info.dWidth, 10);
   EXPECT_EQ(info.dHeight, 5);

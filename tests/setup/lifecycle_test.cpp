@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "raxel/memory.h"
 #include "runtime/settings_in_use.h"
@@ -126,6 +127,19 @@ TEST_F(Lifecycle, TheDefaultModeStandsInTheFiltersOwnSection) {
     EXPECT_EQ(record.nBitmapMode, RAXEL_STORED_MODE_BILEVEL);
   }
   EXPECT_STREQ(create(profile, "", nullptr).szAppName, "RAXEL");
+}
+
+TEST_F(Lifecycle, AFilterWithoutANameHasNoSectionOfItsOwn) {
+  char *name = std::exchange(szFilter, nullptr);
+  const RasterSetup &record = create("[RAXEL]\n~Mode=RIGHT\n", "", nullptr);
+  szFilter = name;
+  EXPECT_STREQ(record.szAppName, "");
+  EXPECT_STREQ(record.szModeName, "");
+}
+
+TEST_F(Lifecycle, ALibrarysNameWithoutRoomForItsExtensionHasNoProfile) {
+  std::memset(export_szDLLName, 'a', sizeof export_szDLLName);
+  EXPECT_STREQ(createFrom(nullptr, "MODE", "").szProfilePath, "");
 }
 
 TEST_F(Lifecycle, NoModeAnywhereLeavesARecordOfZeros) {

@@ -120,6 +120,9 @@ TEST(Writing, WithoutRoomTheTextIsEmpty) {
   room.fill('#');
   setup::writeInteger(room, 1234);
   EXPECT_STREQ(room.data(), "");
+  room.fill('#');
+  setup::writeInteger(room, 12345);
+  EXPECT_STREQ(room.data(), "");
   setup::writeInteger(room, 123);
   EXPECT_STREQ(room.data(), "123");
 }

@@ -233,6 +233,11 @@ TEST(Scale, WorkersTakeNullAddresses) {
   EXPECT_EQ(Stretch(&byte, nullptr, 8, 1, 1, 1, 1), 0);
   EXPECT_EQ(ShrinkX(nullptr, &byte, 8, 1, 1, 1), 0);
   EXPECT_EQ(StretchX(&byte, nullptr, 8, 1, 1, 1), 0);
+  EXPECT_EQ(Shrink(&byte, nullptr, 8, 1, 1, 1, 1), 0);
+  EXPECT_EQ(Stretch(nullptr, &byte, 8, 1, 1, 1, 1), 0);
+  EXPECT_EQ(ShrinkX(&byte, nullptr, 8, 1, 1, 1), 0);
+  EXPECT_EQ(StretchX(nullptr, &byte, 8, 1, 1, 1), 0);
+  EXPECT_EQ(byte, 0);
   EXPECT_EQ(ShrinkX(&byte, &byte, 8, 0, 1, 0), 0);
   EXPECT_EQ(StretchX(&byte, &byte, 8, 0, 1, 1), 0);
 }
