@@ -78,6 +78,23 @@ TEST(Peek, FindsTheChannelsOfAJpeg2000) {
   EXPECT_EQ(host::jpeg2000Channels(bare), 2u);
 }
 
+TEST(Peek, CutsTheFramesOutOfAGif) {
+  const Bytes picture(kGifPicture.begin(), kGifPicture.end() - 1), end{0x3B};
+  const Bytes file = kGifFront + kComment + control(9, 1) + picture + picture + control(0x0C, 1) +
+                     kComment + picture + kComment + end;
+  const std::vector<host::GifFrame> frames = host::gifFrames(file);
+  ASSERT_EQ(frames.size(), 3u);
+  const auto alone = [&](const host::GifFrame &frame) { return host::gifFrameAlone(file, frame.start); };
+  EXPECT_EQ(alone(frames[0]), kGifFront + kComment + control(9, 1) + picture + end);
+  EXPECT_EQ(alone(frames[1]), kGifFront + picture + end);
+  EXPECT_EQ(alone(frames[2]), kGifFront + control(0x0C, 1) + kComment + picture + end);
+  EXPECT_EQ(frames[0].transparent, 1);
+  EXPECT_EQ(frames[1].transparent, -1);
+  EXPECT_EQ(frames[2].transparent, -1);
+  EXPECT_EQ(frames[0].disposal, 2u);
+  EXPECT_EQ(frames[2].disposal, 3u);
+}
+
 TEST(Peek, FindsTheScreenOfAGif) {
   const auto screenOf = [](uint8_t width, uint8_t height, const Bytes &place) {
     Bytes file =
@@ -106,6 +123,8 @@ TEST(Peek, TrustsNoLength) {
           EXPECT_LE(host::jpeg2000Channels(part), 65535u);
           EXPECT_LE(host::gifScreen(part).width, 131070u);
           host::gifHasFurtherPictures(part);
+          for (const host::GifFrame &frame : host::gifFrames(part))
+            EXPECT_LE(host::gifFrameAlone(part, frame.start).size(), part.size() + 1);
         }
       }
     }
