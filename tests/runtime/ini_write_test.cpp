@@ -46,6 +46,12 @@ TEST_F(Rewrite, ReplacesAKeyInPlace) {
   EXPECT_EQ(filesBeside(), 1u);
 }
 
+TEST_F(Rewrite, KeepsTheByteThatAloneIsLeftToCopy) {
+  std::string rest;  // 4097 bytes in all, and a block of 4096 is copied at once
+  for (int i = 0; i < 29; ++i) rest += ";" + std::string(139, 'x') + "\n";
+  EXPECT_EQ(after("[s]\nk=1\n" + rest, "s", "k", "9"), "[s]\nk=9\n" + rest);
+}
+
 TEST_F(Rewrite, ReplacesEveryLineOfTheKey) {
   EXPECT_EQ(after("[s]\nk=1\nb=2\nk=3\n", "s", "k", "9"), "[s]\nk=9\nb=2\nk=9\n");
 }

@@ -417,6 +417,7 @@ TEST_F(File, StandardSeekAnswersThePosition) {
   EXPECT_EQ(unxSeek(fp, 3, SEEK_SET), 3);
   EXPECT_EQ(unxSeek(fp, 2, SEEK_CUR), 5);
   EXPECT_EQ(unxSeek(fp, 0, SEEK_END), 10);
+  EXPECT_EQ(unxSeek(fp, 0x7FFFFFFF, SEEK_SET), 0x7FFFFFFF);
   EXPECT_EQ(unxSeek(fp, -1, SEEK_SET), -1);
   EXPECT_EQ(unxSeek(fp, 0, 7), -1);
   std::fclose(fp);

@@ -178,6 +178,8 @@ TEST(ScaleLevels, MoveManyPixelsAtOnce) {
   EXPECT_EQ(groups(4, 1000, 1280), 10u);
   EXPECT_EQ(groups(4, 2560, 1280), 10u);
   EXPECT_EQ(groups(4, 100, 129), 2u);
+  // Of every twelfth one 22, as many times as a plan has groups.
+  EXPECT_EQ(groups(4, 98280, 8190, 8190 - 256 * 22), 256u);
   // Whole bytes 16 at a time: 16, 5 and 4 pixels. Groups of three bytes need a pixel behind them.
   EXPECT_EQ(groups(8, 1000, 1280), 80u);
   EXPECT_EQ(groups(24, 1000, 1260, 5), 251u);
