@@ -95,9 +95,9 @@ Lock lockTemporary(int fd, const std::string &name) {
     return errno == EWOULDBLOCK || errno == EACCES || errno == EINTR ? Lock::kTheirs : Lock::kNone;
   }
   struct stat open, named;
-  const bool same = fstat(fd, &open) == 0 && lstat(name.c_str(), &named) == 0 &&
-                    open.st_ino == named.st_ino && open.st_dev == named.st_dev;
-  return same ? Lock::kOurs : Lock::kTheirs;
+  if (lstat(name.c_str(), &named) != 0) return errno == ENOENT ? Lock::kTheirs : Lock::kNone;
+  if (fstat(fd, &open) != 0) return Lock::kNone;
+  return open.st_ino == named.st_ino && open.st_dev == named.st_dev ? Lock::kOurs : Lock::kTheirs;
 }
 
 void removeStrays(const std::string &path) {

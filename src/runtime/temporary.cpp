@@ -22,7 +22,7 @@ constexpr int kLongestStem = 200;
 enum class Lock {
   kOurs,
   kTheirs,  // somebody else holds it, or it no longer has that name
-  kNone,    // the disk has no locks, as some of a network: nobody knows whose it is
+  kNone,    // the disk has no locks, as some of a network, or fails: nobody knows whose it is
 };
 
 Lock lockTemporary(int fd, const char *path) {
@@ -31,9 +31,9 @@ Lock lockTemporary(int fd, const char *path) {
   }
   struct stat open;
   struct stat named;
-  const bool same = fstat(fd, &open) == 0 && lstat(path, &named) == 0 && open.st_ino == named.st_ino &&
-                    open.st_dev == named.st_dev;
-  return same ? Lock::kOurs : Lock::kTheirs;
+  if (lstat(path, &named) != 0) return errno == ENOENT ? Lock::kTheirs : Lock::kNone;
+  if (fstat(fd, &open) != 0) return Lock::kNone;
+  return open.st_ino == named.st_ino && open.st_dev == named.st_dev ? Lock::kOurs : Lock::kTheirs;
 }
 
 // The name for a slot. Returns whether it fits.

@@ -4,7 +4,8 @@
 
     faults.py --build FOLDER --source FOLDER [--all]
 
-The nth open, read, write, seek, close, sync and rename, and the nth allocation. Whatever fails, the file is the new one
+The nth open, read, write, seek, close, sync and rename, the nth look at a file, lock, change of rights and fork, and
+the nth allocation. Whatever fails, the file is the new one
 and the command says so by 0, or the old one and it says what went wrong; and nothing lies beside it. Without --all,
 what is called often fails now and then.
 """
@@ -20,10 +21,14 @@ import subprocess
 import sys
 import tempfile
 
+from PIL import Image
+
 import shared
 from processes import Replaced, Run
 
 KINDS = ("open", "read", "write", "seek", "close", "sync", "rename", "memory")
+MORE = ("look", "lock", "right")  # that go the same way in each job
+SPARED = ("read", "seek")  # what a job may do without
 # What is out of order when the command ends so: an input, the filter or the memory, a file that cannot be made, written.
 CODES = (66, 70, 73, 74)
 FEW = 24  # of calls of a kind, that are tried of many
@@ -32,8 +37,8 @@ FEW = 24  # of calls of a kind, that are tried of many
 class Job:
     """What the command is asked for, the file that comes of it, and what the file is before and after."""
 
-    def __init__(self, name, arguments, path, old):
-        self.name, self.arguments, self.path, self.old = name, arguments, path, old
+    def __init__(self, name, arguments, path, old, kinds=KINDS):
+        self.name, self.arguments, self.path, self.old, self.kinds = name, arguments, path, old, kinds
         self.new = None
 
 
@@ -75,8 +80,13 @@ class Faults(Replaced):
             made.append(("color16", [color, self.target, "-m", "color16", "-c", "lzw", "--verify"]))
             made.append(("fifty pages", [*pages, "-c", "lzw"]))
         jobs = [Job(name, arguments, self.target, self.old) for name, arguments in made]
+        jobs[0].kinds += MORE
+        # Which another process decodes.
+        photo = os.path.join(self.folder, "photo.jpg")
+        Image.frombytes("L", (60, 50), random.Random(6).randbytes(3000)).save(photo)
+        jobs.append(Job("photo", [photo, self.target], self.target, self.old, ("fork",)))
         arguments = [color, os.path.join(self.folder, "beside.tif"), "-m", "rgb", "-c", "lzw", "--profile", profile, "--section", "S", "--save"]
-        jobs.append(Job("profile", arguments, profile, settings))
+        jobs.append(Job("profile", arguments, profile, settings, KINDS + MORE))
         return jobs
 
     def prepare(self, job):
@@ -148,15 +158,18 @@ class Faults(Replaced):
         with open(job.path, "rb") as file:
             job.new = file.read()
         self.check(f"{job.name}: undisturbed", code == 0 and job.new != job.old, process)
-        for kind in KINDS:
+        for kind in job.kinds:
             calls = self.calls(job, kind)
-            self.check(f"{job.name}: calls of {kind}", calls > 0 or kind in ("read", "seek"), calls)
+            self.check(f"{job.name}: calls of {kind}", calls > 0 or kind in SPARED, calls)
             for number in self.chosen(calls):
                 for how in ("once", "forever"):
                     _, process, came = self.run(job, kind, number, how)
                     self.counts[kind] += came
                     self.judge(job, f"{job.name}, {kind} {number} {how}", process)
-        self.quota(job)
+                    if kind == "memory":
+                        self.check(f"{job.name}, {kind} {number} {how}: why", process.code in (0, 70) or "memory" in process.said(), process)
+        if "write" in job.kinds:
+            self.quota(job)
 
     def quota(self, job):
         """A user's quota is told from a full disk, by who writes the file."""

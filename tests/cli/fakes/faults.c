@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Preloaded, a system that fails: the environment variable RAXEL_FAULT has a kind of call, its number and
 // how it goes on, as "write 3 once", "memory 100 forever" or "write 2 quota". When that call comes, a file
-// RAXEL_FAULT_SEEN is made. Standard input, output and error never fail.
+// RAXEL_FAULT_SEEN is made. Children are spared. Standard input, output and error never fail.
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -12,9 +12,13 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/file.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 static char wanted[16];
@@ -23,6 +27,7 @@ static int forever;
 static int full = ENOSPC;
 static const char *seen;
 static atomic_long count;
+static pid_t self;
 
 __attribute__((constructor(101))) static void configure(void) {
   const char *fault = getenv("RAXEL_FAULT");
@@ -32,12 +37,13 @@ __attribute__((constructor(101))) static void configure(void) {
   forever = strcmp(how, "once") != 0;
   if (strcmp(how, "quota") == 0) full = EDQUOT;
   atomic_store(&count, 0);
+  self = getpid();
 }
 
 // Whether this call of a kind is one that fails.
 static int fails(const char *kind) {
   long own;
-  if (!wanted[0] || strcmp(kind, wanted) != 0) return 0;
+  if (!wanted[0] || strcmp(kind, wanted) != 0 || getpid() != self) return 0;
   own = atomic_fetch_add(&count, 1) + 1;
   if (own < number || (own > number && !forever)) return 0;
   if (seen && own == number) {
@@ -160,6 +166,31 @@ int rename(const char *from, const char *to) {
   FAIL("rename", 3, EIO)
   return (int)syscall(SYS_rename, from, to);
 }
+
+// ---- What else is asked about files, and children
+// --------------------------------------------------------------------------------------------------------
+
+#define FAILING(kind, type, name, declared, given) \
+  type name declared {                             \
+    static type(*real) declared;                   \
+    find(&real, #name);                            \
+    FAIL(kind, 3, EIO)                             \
+    return real given;                             \
+  }
+
+FAILING("look", int, stat, (const char *path, struct stat *about), (path, about))
+FAILING("look", int, lstat, (const char *path, struct stat *about), (path, about))
+FAILING("look", int, fstat, (int fd, struct stat *about), (fd, about))
+FAILING("look", int, fstat64, (int fd, struct stat64 *about), (fd, about))
+FAILING("look", int, access, (const char *path, int how), (path, how))
+FAILING("look", ssize_t, readlink, (const char *path, char *to, size_t size), (path, to, size))
+FAILING("lock", int, flock, (int fd, int how), (fd, how))
+FAILING("right", int, fchmod, (int fd, mode_t mode), (fd, mode))
+FAILING("right", int, fchown, (int fd, uid_t user, gid_t group), (fd, user, group))
+FAILING("fork", int, socketpair, (int family, int kind, int protocol, int ends[2]),
+        (family, kind, protocol, ends))
+FAILING("fork", pid_t, fork, (void), ())
+FAILING("fork", pid_t, waitpid, (pid_t child, int *status, int how), (child, status, how))
 
 // ---- Memory
 // -------------------------------------------------------------------------------------------------------
