@@ -175,6 +175,13 @@ TEST_F(PictureOutput, ABandThatNoBlockHoldsWithGigabytesOfTilesIs300BeforeAnythi
   EXPECT_TRUE(stream_.bytes().empty());
 }
 
+TEST_F(PictureOutput, SoDoAFewMoreThanEightMillionTiles) {
+  host_.settings().tiff.wLayoutMode = RAXEL_STORED_LAYOUT_TILES;
+  host_.settings().nCompressionMode = RAXEL_STORED_COMPRESS_T6;
+  EXPECT_EQ(output(512 * 1024, 128 * 8193), RAXEL_NO_MEMORY);  // 8,389,632; the limit is 8,388,608
+  EXPECT_TRUE(stream_.bytes().empty());
+}
+
 TEST_F(PictureOutput, WithoutSettingsIs27) {
   keepRecord_ = true;
   lpRaster = nullptr;

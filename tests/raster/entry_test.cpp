@@ -138,6 +138,7 @@ TEST(DriverEntry, WithACommonBlockThereIsNoStateToAllocate) {
   Host host;
   hCommon = 5;
   EXPECT_EQ(host.initialise(), RAXEL_NO_MEMORY);
+  EXPECT_EQ(AllocGlobal(), 0);
   EXPECT_EQ(lpEMData, nullptr);
 }
 
@@ -243,6 +244,7 @@ TEST(DriverEntry, ANegativeStateDispatchesNothing) {
 }
 
 TEST(DriverEntry, LocksAreNoWork) {
+  EXPECT_EQ(AllocGlobal(), 0);
   EXPECT_EQ(LockGlobal(3), 0);
   EXPECT_EQ(UnlockGlobal(3), 0);
   EXPECT_EQ(FreeGlobal(), 0);

@@ -106,6 +106,12 @@ TEST(DitherLine, TheLastPixelIsNotSearched) {
   EXPECT_EQ(current, greys({0, 0}));
 }
 
+TEST(DitherLine, OneEntryIsATable) {
+  Bytes current = greys({100, 90, 200});
+  dither(current, nullptr, {9, 9, 9});
+  EXPECT_EQ(current, greys({9, 9, 9}));
+}
+
 TEST(DitherLine, GreysMatchOnlyGreys) {
   // (100, 102, 104) would be nearest to the second entry, but counts as grey.
   Bytes current{100, 102, 104, 0, 0, 0};

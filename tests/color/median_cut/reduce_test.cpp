@@ -9,6 +9,7 @@
 #include "raxel/color.h"
 #include "raxel/memory.h"
 #include "support/blocks.h"
+#include "support/page_end.h"
 
 namespace {
 
@@ -149,6 +150,11 @@ TEST(Reduce, WhatABlockLacksIsBlack) {
   std::memcpy(GlobalLock(bits), "\xFF\xFF\xFF\xFF\xFF\xFF\x80", 7);
   expectTable(reduce(bits, 4, 8, 1), 1, {23, 15, 15});
   GlobalFree(bits);
+}
+
+TEST(Reduce, LargePicturesAreReadUpToTheirLastByte) {
+  const support::PageEnd picture(Bytes(size_t{512} * 256 * 3, 0x80));
+  expectTable(reduce(picture.handle(), 512, 256, 1), 1, {135, 135, 135});
 }
 
 TEST(Reduce, SizesFarPastTheBlockEndAtOnce) {
