@@ -30,15 +30,18 @@ RECORD = "docs/reliability.jsonl"
 DOCUMENT = "docs/reliability.md"
 BEGIN, END = "<!-- figures: written by ./dev campaign -->\n", "<!-- end of figures -->\n"
 WITHOUT_END = 10 ** 9  # seconds
+MINUTE = 60
+BEGUN = "begun"  # in the state, beside the units of a part
 # What fails, one call after the other: disks and profiles, hosts' procedures, and blocks that end.
 FAULTS = "*DiskFaults*:ProfileFaults.*:*FullDisk*:FailingStrips.*:*FailingOutput.*:*AtAnyCall*"
 
 
 class Part:
-    """`units` are the ends of its command, one for each."""
+    """`units` are the ends of its command, one for each. Where they take as long as they may, `share` is how much of the
+    time left that is for all of them, and `seconds` how long it is for each where no time is given."""
 
-    def __init__(self, name, command, units=("",)):
-        self.name, self.command, self.units = name, command, units
+    def __init__(self, name, command, units=("",), share=1, seconds=MINUTE):
+        self.name, self.command, self.units, self.share, self.seconds = name, command, units, share, seconds
 
 
 def python(program, more=""):
@@ -72,7 +75,7 @@ def parts(source):
         Part("coverage", "./dev coverage"),
     ]
     if os.path.exists(os.path.join(source, "tests/campaign/mutants.py")):
-        found.append(Part("mutation", "/usr/bin/python3 tests/campaign/mutants.py --source . --work build/campaign/mutants --seconds {seconds}"))
+        found.append(Part("mutation", "/usr/bin/python3 tests/campaign/mutants.py --source . --work build/campaign/mutants --seconds {seconds}", share=0.5, seconds=WITHOUT_END))
     targets = sorted(os.path.basename(each)[:-len("_fuzz.cpp")] for each in glob.glob(os.path.join(source, "fuzz/*_fuzz.cpp")))
     found.append(Part("fuzzing", "./dev fuzz {seconds}", targets))
     return [part for part in found if "tests/" not in part.command or os.path.exists(os.path.join(source, re.search(r"tests/\S+\.py|$", part.command)[0]))]
@@ -110,13 +113,15 @@ class Campaign:
         try:
             with open(self.path) as file:
                 self.state = json.load(file)
-        except FileNotFoundError:
+        except (FileNotFoundError, ValueError):
             self.state = {}
 
     def save(self):
         os.makedirs(os.path.dirname(self.path), exist_ok=True)
         with open(self.path + ".new", "w") as file:
             json.dump(self.state, file, indent=1)
+            file.flush()
+            os.fsync(file.fileno())
         os.replace(self.path + ".new", self.path)
 
     def left(self):
@@ -126,7 +131,8 @@ class Campaign:
         command = f"{part.command} {unit}".strip().format(build=os.path.relpath(self.build, self.source), seconds=max(1, int(seconds)))
         print(f"campaign: {part.name}: {command}", file=sys.stderr, flush=True)
         os.makedirs(os.path.dirname(self.path), exist_ok=True)
-        done = subprocess.run(shlex.split(command), cwd=self.source, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace")
+        # Who kills the campaign ends what it was at, which would be in the way of the next one.
+        done = subprocess.run(["setpriv", "--pdeathsig", "KILL", *shlex.split(command)], cwd=self.source, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace")
         with open(os.path.join(os.path.dirname(self.path), part.name.replace(" ", "-") + ".log"), "w") as log:
             log.write(f"{command}\n{done.stdout}")
         figure = figure_of(done.stdout)
@@ -140,17 +146,20 @@ class Campaign:
     def part(self, part):
         """Runs the units that are left. Whether all of them went well; None when there was no time for all."""
         units = self.state.setdefault(part.name, {})
+        units.setdefault(BEGUN, {"at": datetime.datetime.now().isoformat(), "commit": commit_of(self.source)})
         todo = [unit for unit in part.units if unit not in units]
         for at, unit in enumerate(todo):
             if self.left() <= 0:
                 return None
-            seconds = self.left() / (len(todo) - at) if self.hours else 60
+            seconds = part.share * self.left() / (len(todo) - at) if self.hours else part.seconds
             command, units[unit] = self.unit(part, unit, seconds)
             self.save()
         figure = add_up(units[unit] for unit in part.units)
-        if "left out" not in figure:
+        if figure.get("left out") == len(part.units):
+            print(f"campaign: {part.name} cannot run here, and nothing is noted")
+        else:
             ends = [""] if len(part.units) == 1 else [f" {part.units[0]}", f" to {part.units[-1]}"]
-            note(self.source, part.name, part.command.format(build="build/release", seconds="SECONDS") + "".join(ends), figure)
+            note(self.source, part.name, part.command.format(build="build/release", seconds="SECONDS") + "".join(ends), figure, units[BEGUN])
         del self.state[part.name]
         self.save()
         return not figure.get("failed")
@@ -173,11 +182,22 @@ class Campaign:
 # ---- What was measured ------------------------------------------------------------------------------------------------
 
 
-def note(source, part, command, figure):
-    commit = subprocess.run(["git", "rev-parse", "--short", "HEAD"], cwd=source, capture_output=True, text=True).stdout.strip()
-    line = {"part": part, "date": datetime.date.today().isoformat(), "commit": commit, "command": command, "figure": figure}
-    with open(os.path.join(source, RECORD), "a") as file:
-        file.write(json.dumps(line) + "\n")
+def commit_of(source):
+    return subprocess.run(["git", "rev-parse", "--short", "HEAD"], cwd=source, capture_output=True, text=True).stdout.strip()
+
+
+def note(source, part, command, figure, begun=None):
+    """`begun` tells when and with which sources a campaign began with the part, which it may have been stopped in."""
+    commit, line = commit_of(source), {"part": part, "date": datetime.date.today().isoformat()}
+    line["commit"] = f"{begun['commit']} to {commit}" if begun and begun["commit"] != commit else commit
+    line.update({"command": command, "figure": figure})
+    if begun:
+        line[BEGUN] = begun["at"]
+    with open(os.path.join(source, RECORD), "a+") as file:
+        file.seek(0)
+        # A campaign that is killed between this line and its next step comes here again.
+        if not begun or all(json.loads(each).get(BEGUN) != begun["at"] for each in file):
+            file.write(json.dumps(line) + "\n")
 
 
 def told(figure):

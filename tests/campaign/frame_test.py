@@ -7,16 +7,20 @@
 
 import json
 import os
+import signal
 import sys
 import tempfile
 
 sys.path[:0] = [os.path.dirname(os.path.realpath(__file__)), os.path.join(os.path.dirname(os.path.realpath(__file__)), "../cli")]
 
 import campaign  # noqa: E402
+import processes  # noqa: E402
 import shared  # noqa: E402
 
 # Notes that it ran, tells its figures, and ends with the code that is its second argument.
 UNIT = """sh -c 'echo $1 >>log; echo "{{\\"kills\\": 5}}"; echo x: 2 passed, $2 failed; exit $2' unit"""
+
+SECONDS = "sh -c 'echo {seconds} >>log'"
 
 
 def lines(path):
@@ -61,6 +65,49 @@ def main():
 
         campaign.Campaign(folder, folder, None).run()
         checks.same("a new one begins anew", lines(log), ["a", "b", "c", "d"] * 2)
+
+        # Killed when a figure was noted, and the state still said that it was not.
+        os.truncate(record, 0)
+        campaign.parts = lambda source: [campaign.Part("fuzzing", UNIT, ["a 0", "b 0"])]
+        state = os.path.join(folder, "build/campaign/state.json")
+        killed = campaign.Campaign(folder, folder, None)
+        whole = killed.save
+        killed.save = lambda: whole() if "fuzzing" in killed.state else None
+        killed.run()
+        campaign.Campaign(folder, folder, None).run()
+        checks.same("a figure is noted once", len(lines(record)), 1)
+        campaign.Campaign(folder, folder, None).run()
+        checks.same("another campaign's as well", len(lines(record)), 2)
+        with open(state, "w"):
+            pass
+        checks.same("a state that a power cut has emptied", campaign.Campaign(folder, folder, None).state, {})
+
+        # What takes as long as it may leaves something for the others.
+        os.unlink(log)
+        campaign.parts = lambda source: [campaign.Part("mutation", SECONDS, share=0.5), campaign.Part("fuzzing", SECONDS)]
+        campaign.Campaign(folder, folder, 1).run()
+        seconds = [int(line) for line in lines(log)]
+        checks.true(f"half of the time, and the other half: {seconds}", 1700 < seconds[0] <= 1800 < seconds[1] <= 3600)
+
+        # A unit ends with its campaign.
+        campaign.parts = lambda source: [campaign.Part("steps", "sh -c 'echo $$ >>log; exec sleep 60'")]
+        os.unlink(log)
+        child = os.fork()
+        if child == 0:
+            campaign.Campaign(folder, folder, None).run()
+            os._exit(0)
+        processes.until(lambda: os.path.exists(log) and lines(log))
+        unit = int(lines(log)[0])
+        checks.true("a unit at work", processes.is_running(unit))
+        os.kill(child, signal.SIGKILL)
+        os.waitpid(child, 0)
+        checks.true("a unit goes on without its campaign", processes.until(lambda: not processes.is_running(unit), 10))
+
+        # What cannot run here is told of, and takes no figure's place.
+        os.truncate(record, 0)
+        campaign.parts = lambda source: [campaign.Part("golden", UNIT, ["a 0", "b 77"]), campaign.Part("crowd", UNIT, ["d 77"])]
+        campaign.Campaign(folder, folder, None).run()
+        checks.same("what was left out", [(noted["part"], noted["figure"].get("left out")) for noted in map(json.loads, lines(record))], [("golden", 1)])
     return checks.told()
 
 

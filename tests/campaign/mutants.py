@@ -16,6 +16,8 @@ which of its rows are about a line or a change that is no more.
 
 import argparse
 import collections
+import fcntl
+import filecmp
 import fnmatch
 import json
 import os
@@ -177,6 +179,14 @@ def names(root, pattern):
                 yield path
 
 
+def copied(source, target):
+    """Copies a file that is another one there. It is then younger than what was built of that, as a run that was killed
+    in the middle of a change has left it."""
+    if not os.path.exists(target) or not filecmp.cmp(source, target, shallow=False):
+        shutil.copy(source, target)
+    return target
+
+
 class Mutants:
     def __init__(self, source, work):
         self.source = os.path.realpath(source)
@@ -184,13 +194,15 @@ class Mutants:
         self.build = os.path.join(self.tree, "build/mutants")
         self.results = os.path.join(os.path.realpath(work), "results.jsonl")
         os.makedirs(work, exist_ok=True)
+        self.lock = open(os.path.join(work, "lock"), "w")
+        fcntl.flock(self.lock, fcntl.LOCK_EX)  # two changes at a time would tell of neither
 
     def prepare(self):
         """Copies what has changed, so that little is built again."""
         def left_out(folder, names):
             return {"build", ".git"}.intersection(names) if folder == self.source else ()
 
-        shutil.copytree(self.source, self.tree, ignore=left_out, dirs_exist_ok=True)
+        shutil.copytree(self.source, self.tree, ignore=left_out, copy_function=copied, dirs_exist_ok=True)
         if not os.path.exists(os.path.join(self.build, "build.ninja")):
             linker = ["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=gold", "-DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=gold"] if shutil.which("ld.gold") else []
             subprocess.run(["cmake", "-G", "Ninja", "-S", self.tree, "-B", self.build, "-DCMAKE_BUILD_TYPE=Release", "-DRAXEL_HOST=OFF",

@@ -7,6 +7,7 @@
 
 import json
 import os
+import signal
 import sys
 import tempfile
 
@@ -78,6 +79,18 @@ def main():
         write(source, "tests.cpp", FILES["tests.cpp"].replace("twice(2) == 4", "twice(3) == 6"))
         again = run(again=True)
         checks.same("survivors are, when asked", (again.tried, again.noticed, again.survivors), (2, 4, []))
+        # One that was killed leaves a change in the copy, and what was built of it.
+        write(work, "tree/src/small.cpp", "\n" + FILES["src/small.cpp"].replace("return b;", "return a;"))
+        killed = mutants.Mutants(source, work)
+        checks.true("the change is built", killed.compiles())
+        child = os.fork()
+        if child == 0:
+            signal.alarm(1)
+            mutants.Mutants(source, work)
+            os._exit(0)
+        checks.same("another run waits for the end of this one", os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]), -signal.SIGALRM)
+        killed.lock.close()
+        checks.same("a run that was killed leaves nothing behind", run().tried, 0)
         write(source, mutants.EQUIVALENT, FILES[mutants.EQUIVALENT].replace("(a > b)", "(b > a)"))
         checks.same("the list is about a line that is no more", mutants.check(source), 1)
         with open(os.path.join(work, "results.jsonl")) as lines:
