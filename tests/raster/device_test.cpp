@@ -290,6 +290,13 @@ TEST_F(Picture, AcceptedOpcodesHaveNoEffect) {
   EXPECT_EQ(ds_fl(6), 6u);
 }
 
+TEST_F(Picture, FunctionsWithoutARecordDoNothing) {
+  const RasterDriverState before = *lpEMData;
+  for (DriverFunction f : {ds_dvwn, ds_bgc, ds_dvvp, ds_vpsm, ds_ct, d_gdp, d_ca, d_popes})
+    EXPECT_EQ(f(0), 0u);
+  EXPECT_EQ(std::memcmp(&before, lpEMData, sizeof before), 0);
+}
+
 TEST(DeviceAlone, FunctionsWithoutAStateBlockDoNothing) {
   lpEMData = nullptr;
   uint8_t record[256] = {};

@@ -2,6 +2,8 @@
 // Unframed pictures whose target is wider than their rows, and hosts that take the settings away.
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "raster/session.h"
 #include "support/blocks.h"
 #include "support/temp_dir.h"
@@ -186,6 +188,18 @@ TEST_F(TakenAway, WithoutASetupTheWriterItselfPushes300) {
   RasterWriteCellData(pixels, 4, 4, 0, 8, RAXEL_RASTER_INDEXED);
   EXPECT_EQ(lpEMData->nLastError, RAXEL_NO_MEMORY);
   GlobalFree(pixels);
+}
+
+TEST_F(WideTarget, WithoutPixelsOrAStateNothingIsWritten) {
+  host.openBody(4, 4, 0.254);
+  RasterWriteCellData(0, 4, 4, 0, 8, RAXEL_RASTER_INDEXED);
+  const Handle pixels = support::newBlock(16);
+  RasterDriverState *state = std::exchange(lpEMData, nullptr);
+  RasterWriteCellData(pixels, 4, 4, 0, 8, RAXEL_RASTER_INDEXED);
+  lpEMData = state;
+  GlobalFree(pixels);
+  host.finish();
+  EXPECT_EQ(support::readFile(dir.file("wide.tif")).size(), 0u);
 }
 
 }  // namespace

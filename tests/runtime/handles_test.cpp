@@ -281,4 +281,12 @@ TEST(HandlesDeathTest, ExhaustionPrintsTheRoundedLengthAndEndsTheProcess) {
 #endif
 }
 
+TEST(PointerHandles, OfNothingGrowToZeros) {
+  char none = 'x';
+  const Handle h = GlobalReAlloc(GlobalPointerToHandle(&none, 0), 4, RAXEL_MOVEABLE_ZERO);
+  EXPECT_EQ(GlobalSize(h), 4u);
+  EXPECT_EQ(std::memcmp(GlobalLock(h), "\0\0\0\0", 4), 0);
+  GlobalFree(h);
+}
+
 }  // namespace

@@ -470,4 +470,39 @@ TEST_F(File, AFailedSeekForbidsLaterFlushes) {
   EXPECT_EQ(support::readText(path), bytes);
 }
 
+// The last position that has a name: a stream can be there, and there is nothing to be read.
+TEST(LastPosition, IsOneWhereNothingIs) {
+  const support::TempDir dir;
+  const Handle h = kvlOpen(dir.file("far").c_str(), nullptr, KVL_OUTPUT);
+  EXPECT_EQ(kvlWrite(h, "abc", 3), 3);
+  EXPECT_EQ(kvlSeek(h, INT32_MAX, KVL_FROM_START), INT32_MAX);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_POSITION), INT32_MAX);
+  char byte = '#';
+  EXPECT_LE(kvlRead(h, &byte, 1), 0);
+  EXPECT_EQ(byte, '#');
+  EXPECT_EQ(kvlSeek(h, 1, KVL_FROM_START), 1);
+  EXPECT_EQ(kvlRead(h, &byte, 1), 1);
+  EXPECT_EQ(byte, 'b');
+  EXPECT_EQ(kvlClose(h), 0);
+  EXPECT_EQ(support::readText(dir.file("far")), "abc");
+}
+
+// A pipe has no positions: nothing is taken from one that is attached.
+TEST(AttachedPipe, IsLeftAsItIs) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  ASSERT_EQ(write(ends[1], "abc", 3), 3);
+  FILE *fp = fdopen(ends[0], "r");
+  KvlStreamDesc descriptor{};
+  descriptor.fpOpen = reinterpret_cast<HostWord>(fp);
+  const Handle h = kvlOpen(nullptr, &descriptor, KVL_ATTACH);
+  ASSERT_NE(h, 0u);
+  char bytes[3];
+  EXPECT_LE(kvlRead(h, bytes, 3), 0);
+  kvlClose(h);
+  EXPECT_EQ(std::fgetc(fp), 'a');
+  std::fclose(fp);
+  close(ends[1]);
+}
+
 }  // namespace

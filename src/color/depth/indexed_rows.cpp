@@ -83,12 +83,8 @@ void splitNibbles(const uint8_t *from, uint8_t *to, uint32_t pixels) {
   }
 }
 
-// One byte for each of n pixels.
+// One byte for each of n pixels of less than a byte.
 void unpack(const IndexedRows &rows, const uint8_t *from, uint8_t *to, uint32_t n) {
-  if (rows.sourceDepth == 8) {
-    for (uint32_t x = 0; x < n; ++x) to[x] = rows.unpacked[from[x]][0];
-    return;
-  }
   const uint32_t perByte = 8u / static_cast<uint32_t>(rows.sourceDepth);
   const uint32_t whole = n - n % perByte;
   if (rows.sourceDepth == 1) {

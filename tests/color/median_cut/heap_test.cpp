@@ -77,6 +77,13 @@ TEST(AdjustHeap, RaisesTheRightOneOfEqualChildren) {
   EXPECT_EQ(places(list), (Keys{2, 1, 0}));
 }
 
+TEST(AdjustHeap, WithoutEntriesDoesNothing) {
+  auto list = listOf({1, 2, 3});
+  AdjustHeap(list.data(), 2, 0, -1);
+  AdjustHeap(nullptr, 2, 0, 2);
+  EXPECT_EQ(places(list), (Keys{0, 1, 2}));
+}
+
 TEST(AdjustHeap, StopsAtEqualKeysAndAtTheLastPosition) {
   auto list = listOf({3, 3, 3});
   AdjustHeap(list.data(), 2, 0, 2);
