@@ -51,6 +51,8 @@ TEST_F(File, StartsWithAnEmptyWindow) {
   EXPECT_EQ(s.wLineFormat, 2);
   EXPECT_EQ(s.bIsNamed, 1);
   EXPECT_EQ(s.bDocument, 0);
+  EXPECT_EQ(kvlWrite(h, "x", 0), 0);
+  EXPECT_EQ(s.bDirty, 0);
   EXPECT_EQ(kvlClose(h), 0);
 }
 
