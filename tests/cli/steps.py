@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Kills the command, stops it, and fails it, at each of the system calls by which it makes a file of fifty pages.
+"""Kills the command, stops it, and fails it, at each of the system calls by which it makes a file of fifty pages, and
+kills it at each of those by which it rewrites a profile.
 
     steps.py --build FOLDER --source FOLDER [--all]
 
@@ -67,13 +68,18 @@ class Steps(Replaced):
                 counts[call[1]] += 1
                 made |= "O_CREAT" in line
                 # Looking for names that are not there changes nothing.
-                if made and (".raxel-" in line or self.target in line) and "ENOENT" not in line:
+                if made and self.is_about(line) and "ENOENT" not in line:
                     found.append(Step(call[1], counts[call[1]], line[len(call[0]) - len(call[1]) - 1:].strip()))
         self.whole = self.content()
         names = [step.name for step in found]
-        self.check("steps: what there are", names.count("pwrite64") >= 2 * len(self.job[:-3]) and names.count("rename") == 1
-                   and names.count("fsync") == 1 and "O_CREAT" in found[0].line, dict(collections.Counter(names)))
+        self.check("steps: what there are", self.are_whole(names) and names.count("rename") == 1, dict(collections.Counter(names)))
         return found
+
+    def is_about(self, line):
+        return ".raxel-" in line or self.target in line
+
+    def are_whole(self, names):
+        return names[0] == "openat" and names.count("pwrite64") >= 2 * len(self.job[:-3]) and names.count("fsync") == 1
 
     def chosen(self, steps):
         if self.everything:
@@ -154,6 +160,35 @@ class Steps(Replaced):
         return f"{tried} faults"
 
 
+class ProfileSteps(Steps):
+    """The same for a profile that is rewritten when the picture is there."""
+
+    def __init__(self, program, folder, everything):
+        super().__init__(program, folder, everything)
+        self.profile = os.path.join(folder, "own.ini")
+        self.old = b"[other]\r\nKey=1\r\n[S]\r\nDriver=RAXEL.1\r\nCompression Mode=1\r\n"
+        self.job = self.next = [*self.next, "-c", "lzw", "--profile", self.profile, "--section", "S", "--save"]
+
+    def put_old(self):
+        with open(self.profile, "wb") as out:
+            out.write(self.old)
+        if os.path.exists(self.target):  # each run makes it anew, by the same calls
+            os.unlink(self.target)
+
+    def content(self):
+        with open(self.profile, "rb") as file:
+            return file.read()
+
+    def is_about(self, line):
+        return "own.ini" in line or "(deleted)" in line  # what it is put together in has no name
+
+    def chosen(self, steps):
+        return steps if self.everything else steps[::3]
+
+    def are_whole(self, names):
+        return names.count("fsync") == 1 and min(names.count("write"), names.count("flock")) > 0
+
+
 def main():
     everything = "--all" in sys.argv
     sys.argv = [each for each in sys.argv if each != "--all"]
@@ -165,7 +200,12 @@ def main():
         print(f"steps: none can be seen here: {error} {getattr(error, 'stderr', b'')}")
         return NONE_TO_TRY
     with tempfile.TemporaryDirectory(prefix="raxel-steps-") as folder:
+        profile = ProfileSteps(program, folder, everything)
+        steps = profile.steps()
+        print(f"a profile: {len(steps)} steps, {len(profile.chosen(steps))} of them tried; {profile.kills(steps)}")
+    with tempfile.TemporaryDirectory(prefix="raxel-steps-") as folder:
         tried = Steps(program, folder, everything)
+        tried.checks, tried.faults = profile.checks, profile.faults
         steps = tried.steps()
         print(f"{len(steps)} steps, {len(tried.chosen(steps))} of them tried; {tried.kills(steps)}; {tried.stops(steps)}; {tried.faults_at(steps)}")
     return shared.tell(tried.faults, f"steps: {tried.checks - len(tried.faults)} passed, {len(tried.faults)} failed")
