@@ -26,6 +26,11 @@ void closeOthers(int fd) {
 
 }  // namespace
 
+int troubleWithClosing(int fd) {
+  const int other = dup(fd);
+  return other >= 0 && close(other) != 0 && errno != EINTR ? errno : 0;
+}
+
 int syncToDisk(int fd) {
   return fsync(fd) == 0 ? 0 : errno;
 }

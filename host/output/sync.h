@@ -6,6 +6,10 @@
 
 namespace host {
 
+// What a file's closing would tell of, without closing it, which would give up its lock: disks of a network
+// say only then what they could not write. 0, or the errno.
+int troubleWithClosing(int fd);
+
 // Has a file written to the disk, as fsync does: 0, or the errno.
 int syncToDisk(int fd);
 

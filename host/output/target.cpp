@@ -204,7 +204,7 @@ std::span<const uint8_t> Target::bytes() {
 }
 
 int Target::sync() const {
-  if (rules_.noSync) return 0;
+  if (rules_.noSync) return troubleWithClosing(fd_);
   return rules_.syncChild ? syncInChild(fd_, sink_->size()) : syncToDisk(fd_);
 }
 

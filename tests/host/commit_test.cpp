@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The order in which a file gets to its place, seen at the system calls: this program has its own fsync and
-// rename, which keep a list and can fail.
+// The order in which a file gets to its place, seen at the system calls: this program has its own fsync,
+// rename and what else leads there, which keep a list and can fail.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
@@ -17,7 +17,8 @@
 namespace {
 
 std::string calls;
-bool syncFails, renameFails;
+bool syncFails, renameFails, closeFails;
+int renameNewError, linkError;
 const std::string kOld("II*\0old", 7);  // a TIFF as far as anybody looks
 
 }  // namespace
@@ -33,6 +34,29 @@ extern "C" int rename(const char *from, const char *to) noexcept {
   calls += "rename ";
   if (!renameFails) return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
   errno = EACCES;
+  return -1;
+}
+
+extern "C" int close(int fd) {
+  const auto result = static_cast<int>(syscall(SYS_close, fd));
+  if (!closeFails) return result;
+  errno = EIO;
+  return -1;
+}
+
+extern "C" int renameat2(int fromFolder, const char *from, int toFolder, const char *to,
+                         unsigned how) noexcept {
+  calls += "renameat2 ";
+  if (renameNewError == 0)
+    return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, how));
+  errno = renameNewError;
+  return -1;
+}
+
+extern "C" int link(const char *from, const char *to) noexcept {
+  calls += "link ";
+  if (linkError == 0) return static_cast<int>(syscall(SYS_linkat, AT_FDCWD, from, AT_FDCWD, to, 0));
+  errno = linkError;
   return -1;
 }
 
@@ -114,4 +138,48 @@ TEST(Commit, ARefusedRenamingLeavesTheOldFile) {
   EXPECT_EQ(failed.message, ": cannot be written: you may not write there; the old file is untouched");
   EXPECT_EQ(failed.content, kOld);
   EXPECT_EQ(failed.files, 1u);
+}
+
+// Disks of a network tell of what they could not write when a file is closed.
+TEST(Commit, WhatAClosingTellsOfLeavesTheOldFile) {
+  closeFails = true;
+  const Commit failed({.noSync = true});
+  closeFails = false;
+  EXPECT_EQ(failed.message, ": cannot be written: Input/output error; the old file is untouched");
+  EXPECT_EQ(failed.content, kOld);
+  EXPECT_EQ(failed.files, 1u);
+}
+
+// Some disks know no renaming that replaces nothing, and some of them no links either.
+TEST(Commit, ADiskThatCannotRenameToANewNameReplacesNothingEither) {
+  const auto commit = [](bool madeMeanwhile) {
+    const support::TempDir folder;
+    const std::string path = folder.file("a.tif");
+    calls.clear();
+    int code = 0;
+    try {
+      host::Target target(path, {.noClobber = true});
+      target.sink().write(reinterpret_cast<const uint8_t *>("new"), 3);
+      if (madeMeanwhile) support::writeFile(path, kOld);
+      target.commit();
+    } catch (const host::Failure &failure) {
+      code = failure.code();
+    }
+    size_t files = 0;
+    for ([[maybe_unused]] const auto &entry : std::filesystem::directory_iterator(folder.path())) ++files;
+    EXPECT_EQ(files, 1u);
+    EXPECT_EQ(code, madeMeanwhile ? host::kNoCreate : 0);
+    EXPECT_EQ(support::readText(path), madeMeanwhile ? kOld : "new");
+    return calls;
+  };
+  for (const int error : {EINVAL, ENOSYS}) {
+    renameNewError = error;
+    EXPECT_EQ(commit(false), "sync renameat2 link ");
+    EXPECT_EQ(commit(true), "sync renameat2 link ");
+    linkError = EPERM;
+    EXPECT_EQ(commit(false), "sync renameat2 link rename ");
+    EXPECT_EQ(commit(true), "sync renameat2 link ");
+    linkError = 0;
+  }
+  renameNewError = 0;
 }
