@@ -23,15 +23,15 @@ namespace {
 
 using host::Picture;
 
-constexpr uint32_t kSide = 8;
+constexpr uint32_t kPageSide = 8;
 
 class ConfinedPages : public ConfinedTest {};
 
 // What a page is made of, and which process made it.
 void fillPage(Picture &page) {
   page.dpiX = getpid();
-  page.announce(kSide, kSide, 8);
-  page.allocate(kSide, kSide, 8);
+  page.announce(kPageSide, kPageSide, 8);
+  page.allocate(kPageSide, kPageSide, 8);
   std::fill_n(page.pixels.data(), page.pixels.size(), static_cast<uint8_t>(page.directory));
 }
 
@@ -51,8 +51,8 @@ pid_t readPage(host::DecoderChild &child, uint64_t place, const host::Decode &de
     *said = why.what();
     return 0;
   }
-  EXPECT_EQ(page.view.width, kSide);
-  EXPECT_EQ(page.pixels.data()[kSide * kSide - 1], static_cast<uint8_t>(place));
+  EXPECT_EQ(page.view.width, kPageSide);
+  EXPECT_EQ(page.pixels.data()[kPageSide * kPageSide - 1], static_cast<uint8_t>(place));
   return static_cast<pid_t>(page.dpiX);
 }
 
@@ -249,7 +249,7 @@ TEST_F(ConfinedPages, EachHasAllOfTheLimitsOfItsParent) {
 
 #if !defined(__SANITIZE_ADDRESS__)  // which takes terabytes of addresses
 // The MiB that a page can have.
-double eat() {
+double eatAll() {
   constexpr size_t kPiece = size_t{4} << 20;
   std::vector<void *> got;
   got.reserve(4096);
@@ -273,8 +273,8 @@ TEST_F(ConfinedPages, EachHasAllOfItsMemory) {
     page.directory = place;
     host::confined(page, 0, [](Picture &to) {
       to.dpiX = getpid();
-      to.dpiY = eat();
-      to.allocate(kSide, kSide, 8);
+      to.dpiY = eatAll();
+      to.allocate(kPageSide, kPageSide, 8);
       // A decoder that loses a megabyte a page.
       if (mmap(nullptr, 1 << 20, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) == MAP_FAILED)
         throw std::bad_alloc();
