@@ -216,6 +216,14 @@ TEST_F(Cells, TheWindowCutsTheArraysOwnColumns) {
   EXPECT_EQ(placed(120, 24, -24, pixels), colors);
 }
 
+// Rows of no bits lie in the record itself, and are counted.
+TEST_F(Cells, PrecisionZeroIsNoPointer) {
+  host.openBody(10, 2);
+  host.beginRaster(10, 2, 8);
+  EXPECT_EQ(host.send(Host::cellArray(10, 2, 0, std::vector<uint8_t>(20))), 0);
+  EXPECT_EQ(lpEMData->nCellRowsDone, 2u);
+}
+
 // Two arrays of a row each: the second lies where rows of one bit a pixel put it, 4 bytes on.
 TEST_F(Cells, PrecisionMinus32768IsOneBitInAnArrayToo) {
   host.openBody(20, 2);

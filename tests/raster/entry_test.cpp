@@ -7,6 +7,7 @@
 #include <set>
 
 #include "raster/session.h"
+#include "support/page_end.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -98,6 +99,14 @@ TEST(DriverEntry, ColorModesBecomeTreatments) {
                                   : 0;
     EXPECT_EQ(lpEMData->nColorOp, expected) << mode;
   }
+}
+
+TEST(DriverEntry, ReadsNoFurtherThanTheEndOfItsName) {
+  Host host;
+  const support::PageEnd name({'a', '.', 't', 'i', 'f', 0});
+  host.record_[RAXEL_START_NAME] = reinterpret_cast<HostWord>(name.data());
+  EXPECT_EQ(host.initialise(), 0);
+  EXPECT_STREQ(lpEMData->szOutFile, "a.tif");
 }
 
 TEST(DriverEntry, RefusesNamesThatDoNotFit) {

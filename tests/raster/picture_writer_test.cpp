@@ -92,6 +92,23 @@ TEST_F(WideTarget, TheCallersBlockStaysAsLongAsItWas) {
   GlobalFree(pixels);
 }
 
+TEST_F(WideTarget, OneDotAnInchIsAResolution) {
+  host.settings().nBitmapMode = RAXEL_STORED_MODE_COLOR256;
+  host.settings().nResolutionMode = RAXEL_STORED_RESOLUTION_PICTURE;
+  host.initialise();
+  host.send(RAXEL_OP_OPEN_DEVICE);
+  lpEMData->DevWindow[3] = 15;
+  lpEMData->DevWindow[4] = 7;
+  const Handle pixels = support::newBlock(8 * 4);
+  RasterWriteCellData(pixels, 8, 4, 1, 8, RAXEL_RASTER_INDEXED);
+  GlobalFree(pixels);
+  host.finish();
+  const auto bytes = support::readFile(dir.file("wide.tif"));
+  const auto file = support::readTiff(bytes);
+  EXPECT_EQ(file.width(), 16u) << "the window's";
+  EXPECT_EQ(file.height(), 8u);
+}
+
 // Pixels of 0.254 mm: 100 dots per inch are a target of the array's own size, 50 half of it, 200 twice.
 class OtherWidth : public testing::Test {
  protected:

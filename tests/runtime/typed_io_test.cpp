@@ -176,6 +176,7 @@ TEST(NativeOrder, NothingIsStoredWithoutRoom) {
   kvlNativeToBE(1, nullptr, 4);
   kvlNativeToLE(1, nullptr, 4);
   kvlNativeToBE(1, out, 0);
+  kvlNativeToLE(1, out, 0);
   kvlNativeToLE(1, out, -1);
   EXPECT_EQ(out[0], 9);
 }

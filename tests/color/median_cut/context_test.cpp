@@ -7,6 +7,7 @@
 
 #include "raxel/color.h"
 #include "raxel/memory.h"
+#include "runtime/live_blocks.h"
 #include "support/blocks.h"
 
 namespace {
@@ -40,6 +41,19 @@ TEST(ColorLib, StartsZeroFilled) {
 
 TEST(ColorLib, EndsForTheNullHandleWithZero) {
   EXPECT_EQ(TermColorLib(0), 0);
+}
+
+TEST(ColorLib, LeavesNoBlockBehind) {
+  const size_t blocks = runtime::countBlocks();
+  {
+    const Context context;
+    uint16_t count = 1;
+    Bytes table(3);
+    EXPECT_EQ(direct_indexed(kRedAndBlue.data(), 2, 1, &count, 3, table.data(), context.handle()), 0);
+    EXPECT_EQ(runtime::countBlocks(), blocks + 4)
+        << "the context, the histogram, the boxes and their order";
+  }
+  EXPECT_EQ(runtime::countBlocks(), blocks);
 }
 
 TEST(ColorLib, CountsWithoutChoosing) {

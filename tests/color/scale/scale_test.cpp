@@ -302,6 +302,13 @@ TEST(Scale, RowsOfUnknownPixelsAreStillCopied) {
   EXPECT_EQ(to, (Bytes{5, 6, 7, 8, 5, 6, 7, 8}));
 }
 
+TEST(Scale, MapsNoColumnsOfNoWidth) {
+  std::vector<uint32_t> columns(3, 999);
+  EXPECT_EQ(color::mapColumns(color::Columns::kNarrow, 0, 3, 0, columns), 3u);
+  EXPECT_EQ(color::mapColumns(color::Columns::kNarrow, 3, 0, 0, columns), 3u);
+  EXPECT_EQ(columns, std::vector<uint32_t>(3, 999));
+}
+
 TEST(Scale, MapsColumnsInAnyRun) {
   // Every run of columns on its own gives the columns of the whole row.
   for (const auto &[from, to] :
