@@ -9,7 +9,7 @@
 namespace color {
 
 void adjustHeap(std::span<ColorFreq> list, int32_t axis, int32_t start, int32_t last) {
-  if (start < 0 || list.empty()) return;
+  if (start < 0) return;
   const auto end =
       static_cast<size_t>(std::clamp<int64_t>(last, -1, static_cast<int64_t>(list.size()) - 1) + 1);
   const auto key = [list, axis](size_t i) { return channelOf(list[i].color15, axis); };

@@ -84,6 +84,11 @@ TEST(Flip, LongRowsOfSharedBytesAreMirroredByPixels) {
   bits[0] = 0x10;
   mirrored[16] = 0x04;
   EXPECT_EQ(flip(bits, 1, 136, 1, true, false), mirrored);
+  // Of 137, pixel 1 with pixel 136, alone in its byte.
+  bits = Bytes(20), mirrored = Bytes(23);
+  bits[0] = 0x40;
+  mirrored[17] = 0x80;
+  EXPECT_EQ(flip(bits, 1, 137, 1, true, false), mirrored);
   bits = Bytes(20), mirrored = Bytes(23);
   bits[1] = 0x0A;
   mirrored[18] = 0x0A;

@@ -302,6 +302,13 @@ TEST(Scale, RowsOfUnknownPixelsAreStillCopied) {
   EXPECT_EQ(to, (Bytes{5, 6, 7, 8, 5, 6, 7, 8}));
 }
 
+TEST(Scale, LeavesADestinationThatIsTooShort) {
+  const Bytes from{1, 2, 3, 4};
+  Bytes to(4, 9);
+  color::shrink(from, std::span(to).first(3), 8, {4, 1}, {4, 1});
+  EXPECT_EQ(to, Bytes(4, 9));
+}
+
 TEST(Scale, MapsNoColumnsOfNoWidth) {
   std::vector<uint32_t> columns(3, 999);
   EXPECT_EQ(color::mapColumns(color::Columns::kNarrow, 0, 3, 0, columns), 3u);
