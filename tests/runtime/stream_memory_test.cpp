@@ -7,6 +7,7 @@
 
 #include "raxel/memory.h"
 #include "raxel/stream.h"
+#include "runtime/host_output.h"
 #include "runtime/record_of_stream.h"
 #include "support/blocks.h"
 #include "support/cases.h"
@@ -14,6 +15,14 @@
 namespace {
 
 using support::record;
+
+TEST(MemoryOutput, BeginsInABlockOfOneByte) {
+  void *memory = nullptr;
+  const Handle h = runtime::openIntoBlock(&memory);
+  EXPECT_EQ(GlobalSize(GlobalHandle(memory)), 1u);
+  EXPECT_EQ(kvlClose(h), 0);
+  GlobalFree(GlobalHandle(memory));
+}
 
 // A block of the caller's, as an export into memory hands it over.
 struct Memory : testing::Test {

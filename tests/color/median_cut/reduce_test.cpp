@@ -167,12 +167,12 @@ TEST(Reduce, SizesFarPastTheBlockEndAtOnce) {
 }
 
 TEST(Reduce, PrintsTheTableOnStandardError) {
-  const Bytes pixels{0, 0, 0, 255, 255, 255};
+  const Bytes pixels{0, 0, 0, 255, 128, 64};
   const std::string expected =
       "Color Reduction in Process...24bit -> 7 colors\n"
       "  -new color table size: 2\n"
       "   color 0: [0, 0, 0]\n"
-      "   color 1: [255, 255, 255]\n";
+      "   color 1: [255, 135, 71]\n";
   for (const uint16_t level : {uint16_t{1}, uint16_t{3}, uint16_t{5}, uint16_t{0x8000}}) {
     _debug_color_res = level;
     testing::internal::CaptureStderr();
