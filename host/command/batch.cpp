@@ -93,11 +93,19 @@ Report exportOne(const Library &library, const Options &options, const Originals
     report.exit = failure.code();
     report.error = failure.what();
   } catch (const std::bad_alloc &) {
-    report.exit = kLibrary;
-    report.error = shownName(report.input) + ": there is not enough memory for this picture";
+    // What is left to be told of a file that stands changes nothing; what else was asked for does.
+    const bool isDone = report.isInPlace && !options.save && options.manifest.empty();
+    if (!isDone) {
+      report.exit = kLibrary;
+      report.error = shownName(report.input) + ": there is not enough memory for this picture";
+    }
   }
-  line.clear();
-  tell(report, options);
+  try {
+    line.clear();
+    tell(report, options);
+  } catch (const std::bad_alloc &) {
+    if (report.exit != kDone) throw;
+  }
   return report;
 }
 

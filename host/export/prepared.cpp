@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 
+#include "check/libtiff.h"
 #include "check/verify.h"
 #include "clock.h"
 #include "export/finish_file.h"
@@ -215,6 +216,8 @@ void exportPrepared(RaxelHostJob job, RaxelHostResult &result) {
   Clock::time_point start = Clock::now();
   result.plan = planned(job);
   const Library &library = openFilter("");
+  // Before there is a temporary: the system's loader ends a process that has no memory for a library.
+  if (job.flags & RAXEL_HOST_VERIFY) libTiffIsInstalled();
   std::optional<Output> output;
   if (!(job.flags & RAXEL_HOST_DRY_RUN)) output.emplace(job);
   Pace pace(job);

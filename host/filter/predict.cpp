@@ -2,6 +2,8 @@
 #include "filter/predict.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <new>
 #include <span>
 #include <vector>
 
@@ -22,7 +24,10 @@ uint64_t codedBytes(const Library &library, const RaxelPlan &plan, std::span<con
   Sink sink(-1);
   OutputStream stream(sink, pace);
   Coder coder(library, plan.compression, stream);
-  return coder.isOpen() && coder.code(rows, plan.width, count) == RAXEL_OK ? coder.codedBytes() : 0;
+  const bool coded = coder.isOpen() && coder.code(rows, plan.width, count) == RAXEL_OK;
+  // What is found out with too little memory would decide on the file's bytes.
+  if (sink.error() == ENOMEM || !coder.isOpen()) throw std::bad_alloc();
+  return coded ? coder.codedBytes() : 0;
 }
 
 // Both ways.

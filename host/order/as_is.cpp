@@ -142,6 +142,7 @@ void exportAsIs(const Library &library, const Options &options, Given &given, co
   describeFile(file.bytes(), view, report);
   if (options.dryRun) return;
   uint8_t *const made = file.commit([&] { pace.check(report.bytes); });
+  report.isInPlace = true;
   if (memory) *memory = made;
   if (options.save) saveGiven(library, given, options, report.notes);
   report.writeSeconds = secondsSince(start);

@@ -240,6 +240,7 @@ void carryOut(const Library &library, const Options &options, const Task &task, 
     throw Failure(exitFor(code, job), static_cast<RaxelHostCode>(code),
                   (isAboutPicture(code) ? run.feed.name() + ": " : "") + result.message, result.error);
   }
+  report.isInPlace = !options.dryRun;
   if (caller.memory) *caller.memory = result.memory;
   report.pageCount = result.pages;
   report.bytes = result.bytes;

@@ -27,7 +27,8 @@ struct Report {
   RaxelPlan plan{};
   bool seen = false;
   uint32_t fileWidth = 0, fileHeight = 0, fileBits = 0;
-  uint64_t bytes = 0;  // written, or with --as-is and --dry-run to be written
+  bool isInPlace = false;  // written whole: whatever happens now, the export went well
+  uint64_t bytes = 0;      // written, or with --as-is and --dry-run to be written
   bool dryRun = false;
   bool verified = false;
   bool isDone = false;       // and was before, so that nothing was written

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "failure.h"
 #include "output/hold.h"
@@ -237,7 +238,11 @@ void Target::commit(const std::function<void()> &lastLook) {
   temporary_.clear();
   tellTemporary(nullptr);
   // A killed export may have left a child in the middle of a sync, which held the lock at the beginning.
-  removeStrays(path_);
+  try {
+    removeStrays(path_);
+  } catch (const std::bad_alloc &) {
+    // The file has its name, so the export went well; the next one looks again.
+  }
 }
 
 }  // namespace host
