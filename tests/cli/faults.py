@@ -171,7 +171,9 @@ class Faults(Replaced):
                     self.counts[kind] += came
                     self.judge(job, f"{job.name}, {kind} {number} {how}", process)
                     if kind == "memory":
-                        self.check(f"{job.name}, {kind} {number} {how}: why", process.code in (0, 70) or "memory" in process.said(), process)
+                        # The filter answers alike for whatever keeps a profile from being written.
+                        told = "memory" in process.said() or (job.name == "profile" and "cannot be stored" in process.said())
+                        self.check(f"{job.name}, {kind} {number} {how}: why", process.code in (0, 70) or told, process)
         if "write" in job.kinds:
             self.quota(job)
 
