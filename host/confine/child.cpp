@@ -33,7 +33,7 @@ constexpr const char *kTooLong = "its decoder took too long";
 
 // The child does not do what its parent does on a signal. What the parent ignores, it ignores.
 void takeSignalsPlainly() {
-  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGBUS}) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGBUS, SIGSEGV, SIGABRT}) {
     struct sigaction action {};
     if (sigaction(number, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue;
     std::signal(number, SIG_DFL);

@@ -115,6 +115,8 @@ class Confined(Replaced):
         crashed = self.refused("crash", f"its decoder ended by signal {signal.SIGILL.value}")
         self.refused("nothing", "its decoder ended too soon")
         self.refused("lie", "what its decoder tells makes no sense")
+        if not shared.sanitized(self.program):  # which look after such writes themselves
+            self.refused("astray", f"its decoder ended by signal {signal.SIGSEGV.value}")
         process = self.taken_over("crash", "--no-sandbox")
         self.check("crash, no sandbox: the test could not fail", process.end(60) < 0 or process.code == 1, process)
         # A limit of the whole command holds for its decoders. This one does not care for the signal.

@@ -59,6 +59,10 @@ static void reachOut(void) {
 static void makeTrouble(void) {
   if (has("reach")) reachOut();
   if (has("crash")) __builtin_trap();
+  if (has("astray")) {
+    int *volatile nowhere = NULL;
+    *nowhere = 1;
+  }
   if (has("loop")) {
     report("loops", 0);
     signal(SIGXCPU, SIG_IGN);
