@@ -55,6 +55,8 @@ TWO_SIDED = frozenset(SWAPS).difference(("++", "--", "true", "false", "break", "
 # waits for other programs of a busy machine is not.
 PATIENCE = 120
 WHOLE_BUILD = 3600
+# So many changes are judged before the tests have to pass once more as it is: a full disk would notice all of them.
+AT_ONCE = 20
 PROGRAMS = ("raxel_tests", "raxel_library_tests", "raxel_hostile_tests")
 SUITE = re.compile(r"^(?:TYPED_)?TEST(?:_[FP])?\((\w+),", re.M)
 EQUIVALENT = "tests/campaign/equivalent.txt"
@@ -269,6 +271,14 @@ class Mutants:
             with open(whole, "w", encoding="utf-8") as file:
                 file.write(text)
 
+    def keep(self, fresh):
+        """Adds what has become of some changes to the results, if the tests pass without them still."""
+        if fresh:
+            assert self.compiles() and self.notices("") is None, "the tests fail as it is, and the last changes were judged by nothing"
+            with open(self.results, "a", encoding="utf-8") as lines:
+                lines.writelines(json.dumps(each) + "\n" for each in fresh)
+            fresh.clear()
+
     def known(self, sources):
         """What has become of the changes of lines that are still as they were."""
         found = {}
@@ -294,7 +304,7 @@ class Mutants:
         random.Random(1).shuffle(every)
         known = self.known(sources)
         reasons = Equivalent(os.path.join(self.source, EQUIVALENT))
-        tried = 0
+        tried, fresh = 0, []
         for place in every[:wanted.number]:
             at = place.offset(sources[place.file])
             seen = known.get(place)
@@ -304,8 +314,10 @@ class Mutants:
                 break
             tried += 1
             known[place] = {**place._asdict(), "text": line_of(sources[place.file], at), "end": self.judge(place.file, at, place.was, place.new)}
-            with open(self.results, "a", encoding="utf-8") as lines:
-                lines.write(json.dumps(known[place]) + "\n")
+            fresh.append(known[place])
+            if len(fresh) == AT_ONCE:
+                self.keep(fresh)
+        self.keep(fresh)
         return Result(tried, len(every), known, {place: reasons.reason(sources[place.file], place) for place in known})
 
 

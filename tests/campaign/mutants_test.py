@@ -35,7 +35,8 @@ int twice(int n) {
     # Equal numbers tell nothing of > and >=, and 2 + 2 is 2 * 2.
     "tests.cpp": """int larger(int, int);
 int twice(int);
-int main() { return larger(1, 2) == 2 && larger(2, 1) == 2 && twice(2) == 4 ? 0 : 1; }
+#include <cstdlib>
+int main() { return std::getenv("SMALL_DISK_IS_FULL") ? 1 : larger(1, 2) == 2 && larger(2, 1) == 2 && twice(2) == 4 ? 0 : 1; }
 """,
     mutants.EQUIVALENT: """# a comment
 src/small.cpp: if (a > b) return a;
@@ -93,6 +94,16 @@ def main():
         checks.same("a run that was killed leaves nothing behind", run().tried, 0)
         write(source, mutants.EQUIVALENT, FILES[mutants.EQUIVALENT].replace("(a > b)", "(b > a)"))
         checks.same("the list is about a line that is no more", mutants.check(source), 1)
+        full = mutants.Mutants(source, work)
+        full.prepare()
+        os.environ["SMALL_DISK_IS_FULL"] = "1"
+        try:
+            full.keep([{"text": "noticed by a full disk"}])
+            checks.true("tests that fail as it is judge nothing", False)
+        except AssertionError as why:
+            checks.true("tests that fail as it is judge nothing", "judged by nothing" in str(why))
+        del os.environ["SMALL_DISK_IS_FULL"]
+        full.lock.close()
         with open(os.path.join(work, "results.jsonl")) as lines:
             checks.true("each line tells the text of its own", all(json.loads(line)["text"] in FILES["src/small.cpp"] for line in lines))
     return checks.told()
