@@ -59,6 +59,21 @@ TEST(CellDataOpen, APaletteBufferThatIsTooSmallGrows) {
   kvlPtrGlobalFree(record.lpPalette);
 }
 
+TEST(CellDataOpen, APaletteBesideTrueColorHas256Entries) {
+  Picture picture(24, 1, {{1, 2, 3}}, kFourColors);
+  OffscreenRecord record = {};
+  record.lpPicture = &picture.record();
+  record.nBits = 24;
+  record.nColors = 256;
+  record.lpPalette = static_cast<uint8_t *>(kvlPtrGlobalAlloc(768));
+  const HostWord request[OFFSCREEN_WORDS] = {};
+  CellDataOpen(&record, request);
+  EXPECT_EQ(record.nColors, 256) << "an index is a byte at most, whatever the depth";
+  EXPECT_EQ(bytesOf(kvlPtrGlobalHandle(record.lpPalette)), join({kFourColors, zeros(768 - 12)}));
+  CellDataClose(&record);
+  kvlPtrGlobalFree(record.lpPalette);
+}
+
 TEST(CellDataOpen, ALongSourcePaletteIsTakenUpToItsDepth) {
   Picture picture(1, 2, {{0x40}}, kFourColors);
   Cell cell(picture, 1, 2, 1);

@@ -5,11 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "entry/export_host.h"
 #include "raxel/driver.h"
+#include "raxel/stream_codes.h"
 #include "support/golden.h"
 #include "support/stream_procedure.h"
 #include "support/temp_dir.h"
@@ -156,6 +159,22 @@ TEST_F(MetafileSession, AHostProcedureReceivesTheOutput) {
   EXPECT_EQ(start("picture.tif"), 0);
   EXPECT_EQ(end(), RAXEL_NO_MEMORY);
   EXPECT_EQ(stream.log(), "open picture.tif 4097\nclose\n");
+}
+
+// The name that a host procedure writes while it opens the output.
+char *namedWhileOpening = nullptr;
+
+TEST_F(MetafileSession, ANameThatAHostProcedureWritesIsEmptiedToo) {
+  host_.settings().lpfnOutputProc = [](HostWord, HostWord operation, HostWord, HostWord) -> HostWord {
+    if (operation == KVL_OP_OPEN) std::strcpy(namedWhileOpening, "x");
+    return 1;
+  };
+  name_.resize(16);
+  namedWhileOpening = name_.data();
+  record_[RAXEL_START_NAME] = reinterpret_cast<HostWord>(name_.data());
+  EXPECT_EQ(initdvr(record_.data()), 0);
+  EXPECT_EQ(name_[0], '\0');
+  end();
 }
 
 TEST_F(MetafileSession, AHostProcedureThatRefusesGoesUnnoticed) {
@@ -391,6 +410,18 @@ TEST_F(Rendering, AStopAfterItDeletesTheFile) {
   host_.status.answers = {0, 1, 1};
   EXPECT_EQ(entry::renderMetafile(1, host_.settings()), RAXEL_NO_FORMAT);
   EXPECT_FALSE(std::filesystem::exists(path_));
+}
+
+TEST_F(Rendering, ANameOfOneCharacterIsDeletedToo) {
+  end();
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.path());
+  EXPECT_EQ(start("o"), 0);
+  EXPECT_TRUE(std::filesystem::exists("o"));
+  host_.status.answers = {0, 1, 1};
+  entry::renderMetafile(1, host_.settings());
+  EXPECT_FALSE(std::filesystem::exists("o"));
+  std::filesystem::current_path(before);
 }
 
 TEST_F(Rendering, WithoutAMetafileNobodyIsAsked) {

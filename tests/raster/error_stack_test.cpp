@@ -116,7 +116,7 @@ TEST_F(ErrorStack, EmptyingKeepsFirstError) {
 TEST_F(ErrorStack, SummaryIsCountFirstErrorLost) {
   push(9, RAXEL_CANNOT_WRITE);
   push(9, RAXEL_NO_MEMORY);
-  dq_es();
+  EXPECT_EQ(dq_es(), 0u);
   EXPECT_EQ(state_.nReplyPos, 16u);
   EXPECT_EQ(replyAt<uint32_t>(0), 0u);
   EXPECT_EQ(replyAt<uint32_t>(4), 9u);

@@ -184,6 +184,13 @@ TEST_F(Rewrite, RefusedArgumentsDoNothing) {
   EXPECT_EQ(support::readText(path), "[s]\nk=1\n");
 }
 
+TEST_F(Rewrite, AnyByteMayBeginTheName) {
+  const support::Environment folder("INIDIR", dir.path().c_str());
+  support::writeFile(dir.file("\1p.ini"), "[s]\nk=1\n");
+  WritePrivateProfileString("s", "k", "9", "\1p.ini");
+  EXPECT_EQ(support::readText(dir.file("\1p.ini")), "[s]\nk=9\n");
+}
+
 TEST_F(Rewrite, AnEmptyNameNeverRemovesTheFolder) {
   const std::string folder = dir.file("empty");
   ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);

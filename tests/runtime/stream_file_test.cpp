@@ -326,6 +326,22 @@ TEST_F(File, AttachedStreamStaysOpen) {
   EXPECT_EQ(std::fclose(fp), 0);
 }
 
+TEST_F(File, AnAttachedFileMayGrowUnderTheStream) {
+  support::writeFile(path, "head");
+  FILE *fp = std::fopen(path.c_str(), "r+");
+  KvlStreamDesc d = {};
+  d.fpOpen = reinterpret_cast<HostWord>(fp);
+  const Handle h = kvlOpen("ignored", &d, KVL_ATTACH);
+  ASSERT_NE(h, 0u);
+  EXPECT_EQ(record(h).lSize, 4);
+  support::writeFile(path, std::string(100, 'q'));
+  EXPECT_EQ(kvlWrite(h, "+", 1), 1);
+  EXPECT_EQ(FlushKvlIO(h), 1);
+  EXPECT_EQ(record(h).lSize, 100) << "its owner may write to it as well";
+  EXPECT_EQ(kvlClose(h), 0);
+  EXPECT_EQ(std::fclose(fp), 0);
+}
+
 TEST_F(File, NothingToAttachToFails) {
   KvlStreamDesc d = {};
   EXPECT_EQ(kvlOpen(path.c_str(), &d, KVL_ATTACH), 0u);
