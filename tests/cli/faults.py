@@ -5,9 +5,10 @@
     faults.py --build FOLDER --source FOLDER [--all]
 
 The nth open, read, write, seek, close, sync and rename, the nth look at a file, lock, change of rights and fork, and
-the nth allocation. Whatever fails, the file is the new one
-and the command says so by 0, or the old one and it says what went wrong; and nothing lies beside it. Without --all,
-what is called often fails now and then.
+the nth allocation. Whatever fails, the file is the new one and the command says so by 0, or the old one and it says what
+went wrong; and nothing lies beside it. The same goes for a program that exports through libraxelhost, but that the
+filter ends it, as any process, when an allocation of its own fails. Without --all, what is called often fails now and
+then.
 """
 
 import collections
@@ -30,15 +31,18 @@ KINDS = ("open", "read", "write", "seek", "close", "sync", "rename", "memory")
 MORE = ("look", "lock", "right")  # that go the same way in each job
 SPARED = ("read", "seek")  # what a job may do without
 # What is out of order when the command ends so: an input, the filter or the memory, a file that cannot be made, written.
-CODES = (66, 70, 73, 74)
+NO_INPUT = 66
+CODES = (NO_INPUT, 70, 73, 74)
+FILTERS_END = re.compile(r"GloalAlloc function failed due to insufficient memory: needs (\d+) bytes memory!!\n")
 FEW = 24  # of calls of a kind, that are tried of many
 
 
 class Job:
     """What the command is asked for, the file that comes of it, and what the file is before and after."""
 
-    def __init__(self, name, arguments, path, old, kinds=KINDS):
+    def __init__(self, name, arguments, path, old, kinds=KINDS, program=None):
         self.name, self.arguments, self.path, self.old, self.kinds = name, arguments, path, old, kinds
+        self.program = program  # another one that exports
         self.new = None
 
 
@@ -84,6 +88,7 @@ class Faults(Replaced):
         # Which another process decodes.
         photo = os.path.join(self.folder, "photo.jpg")
         Image.frombytes("L", (60, 50), random.Random(6).randbytes(3000)).save(photo)
+        jobs.append(Job("library", [color, self.target], self.target, self.old, program=os.path.join(self.examples, "example_write")))
         jobs.append(Job("photo", [photo, self.target], self.target, self.old, ("fork",)))
         arguments = [color, os.path.join(self.folder, "beside.tif"), "-m", "rgb", "-c", "lzw", "--profile", profile, "--section", "S", "--save"]
         jobs.append(Job("profile", arguments, profile, settings, KINDS + MORE))
@@ -93,6 +98,14 @@ class Faults(Replaced):
         with open(job.path, "wb") as out:
             out.write(job.old)
 
+    def command(self, job):
+        return [job.program, *job.arguments] if job.program else [self.program, "-q", *job.arguments]
+
+    def words(self):
+        """What has been said on standard output."""
+        with open(os.path.join(self.folder, "said"), "rb") as said:
+            return said.read().decode(errors="replace")
+
     def run(self, job, kind, number, how, command=None):
         """One run with one fault. Whether it came."""
         self.prepare(job)
@@ -101,7 +114,7 @@ class Faults(Replaced):
         environment = dict(os.environ, LD_PRELOAD=self.library, RAXEL_FAULT=f"{kind} {number} {how}", RAXEL_FAULT_SEEN=self.seen,
                            OMP_NUM_THREADS="1")
         with open(os.path.join(self.folder, "said"), "wb") as said:
-            process = Run(command or [self.program, "-q", *job.arguments], env=environment, stdout=said)
+            process = Run(command or self.command(job), env=environment, stdout=said)
             code = process.end()
         return code, process, os.path.exists(self.seen)
 
@@ -112,6 +125,13 @@ class Faults(Replaced):
         self.ends[code] += 1
         # The system's loader ends a process that has no memory for a library, whenever one is loaded.
         loading = code == 127 and process.said() == "out of memory\n"
+        if job.program and code == -signal.SIGABRT:
+            # Nothing of the library's comes to clear up: a temporary may be left, as after a kill.
+            self.check(f"{what}: the filter's last words", FILTERS_END.search(self.words()), process)
+            self.check(f"{what}: the file", content == job.old, process)
+            for name in self.strays():
+                os.unlink(os.path.join(self.folder, name))
+            return
         self.check(f"{what}: how it ends", code == 0 or code in CODES or loading, process)
         if code == 0:
             fine = content == job.new
@@ -120,10 +140,15 @@ class Faults(Replaced):
         else:
             fine = content == job.old
         self.check(f"{what}: the file", fine, f"{len(content)} bytes that begin with {content[:16]!r}; {process.told()}")
-        self.check(f"{what}: what it says", code == 0 or loading or re.match(r"raxel-export: .", process.said()), process)
+        self.check(f"{what}: what it says", code == 0 or loading or self.has_said(job, process), process)
         self.check(f"{what}: a temporary is left", not self.strays(), f"{self.strays()}; {process.told()}")
         for name in self.strays():
             os.unlink(os.path.join(self.folder, name))
+
+    @staticmethod
+    def has_said(job, process):
+        """Whether it said a sentence; the other program does not where it cannot read the picture itself."""
+        return re.match("." if job.program else "raxel-export: .", process.said()) or (job.program and process.code == NO_INPUT)
 
     @staticmethod
     def is_profile(job, content):
@@ -173,7 +198,8 @@ class Faults(Replaced):
                     if kind == "memory":
                         # The filter answers alike for whatever keeps a profile from being written.
                         told = "memory" in process.said() or (job.name == "profile" and "cannot be stored" in process.said())
-                        self.check(f"{job.name}, {kind} {number} {how}: why", process.code in (0, 70) or told, process)
+                        ended = job.program and (process.code in (NO_INPUT, -signal.SIGABRT) or "cannot be loaded" in process.said())
+                        self.check(f"{job.name}, {kind} {number} {how}: why", process.code in (0, 70) or told or ended, process)
         if "write" in job.kinds:
             self.quota(job)
 
@@ -196,9 +222,8 @@ class Faults(Replaced):
         for number in self.chosen(calls):
             for how in ("once", "forever"):
                 code, process, _ = self.run(job, "memory", number, how, command)
-                with open(os.path.join(self.folder, "said"), "rb") as said:
-                    words = said.read().decode(errors="replace")
-                told = re.search(r"GloalAlloc function failed due to insufficient memory: needs (\d+) bytes memory!!\n", words)
+                words = self.words()
+                told = FILTERS_END.search(words)
                 ended += code == -signal.SIGABRT
                 self.check(f"the library, memory {number} {how}", (code == -signal.SIGABRT) == bool(told) and code in (0, 1, 2, -signal.SIGABRT),
                            f"{words!r}; {process.told()}")
@@ -221,8 +246,7 @@ class Faults(Replaced):
         refused = 0
         for room in range(16, 160, step):
             self.prepare(job)
-            process = Run([self.program, "-q", *job.arguments],
-                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (room << 20, room << 20)))
+            process = Run(self.command(job), preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (room << 20, room << 20)))
             if process.end() == 127:
                 continue  # the system's loader had not enough for the program itself
             refused += process.code != 0
