@@ -29,7 +29,7 @@ bool load(LibTiff &to) {
 #undef RAXEL_RESOLVE
 }
 
-// Null when the library is not installed.
+// Null when the library cannot be loaded.
 const LibTiff *installed() {
   static LibTiff functions{};
   static const bool loaded = load(functions);
@@ -40,7 +40,7 @@ const LibTiff &libTiff() {
   const LibTiff *functions = installed();
   if (!functions)
     throw Failure(RAXEL_HOST_NOT_VERIFIED,
-                  "libtiff is needed for this and not installed (package libtiff6)");
+                  "libtiff is needed for this and cannot be loaded (package libtiff6)");
   return *functions;
 }
 

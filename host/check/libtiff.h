@@ -46,7 +46,7 @@ struct TiffBytes {
 // A TIFF being read. Only one lives at a time: the library's messages come without a context.
 class TiffReader {
  public:
-  // Throws a Failure when libtiff is not installed. The bytes are borrowed.
+  // Throws a Failure when libtiff cannot be loaded. The bytes are borrowed.
   // Shows the picture of that directory (0: the first).
   explicit TiffReader(std::span<const uint8_t> bytes, uint64_t directory = 0);
   ~TiffReader();

@@ -50,7 +50,7 @@ bool load(LibJpeg &to) {
 const LibJpeg &libJpeg() {
   static LibJpeg functions{};
   static const bool loaded = load(functions);
-  if (!loaded) throw Unreadable("needs libjpeg-turbo, which is not installed (package libjpeg62-turbo)");
+  if (!loaded) throw Unreadable("needs libjpeg-turbo, which cannot be loaded (package libjpeg62-turbo)");
   return functions;
 }
 

@@ -140,7 +140,7 @@ void decode(const Leptonica &lept, std::span<const uint8_t> bytes, const Backgro
 
 void readWithLeptonica(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   const Leptonica *lept = prepare::leptonica();
-  if (!lept) throw Unreadable("needs Leptonica, which is not installed (package liblept5)");
+  if (!lept) throw Unreadable("needs Leptonica, which cannot be loaded (package liblept5)");
   std::vector<uint8_t> alone;
   const uint64_t all = out.format == "GIF" ? bytesOfFrames(fileOf(out, bytes, alone)) : 0;
   confined(out, all, [&](Picture &to) {

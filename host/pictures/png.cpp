@@ -48,7 +48,7 @@ bool load(LibSpng &to) {
 const LibSpng &libSpng() {
   static LibSpng functions{};
   static const bool loaded = load(functions);
-  if (!loaded) throw Unreadable("needs libspng, which is not installed (package libspng0)");
+  if (!loaded) throw Unreadable("needs libspng, which cannot be loaded (package libspng0)");
   return functions;
 }
 

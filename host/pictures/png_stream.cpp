@@ -36,7 +36,7 @@ bool load(LibDeflate &to) {
 const LibDeflate &libDeflate() {
   static LibDeflate functions{};
   static const bool loaded = load(functions);
-  if (!loaded) throw Unreadable("needs libdeflate, which is not installed (package libdeflate0)");
+  if (!loaded) throw Unreadable("needs libdeflate, which cannot be loaded (package libdeflate0)");
   return functions;
 }
 

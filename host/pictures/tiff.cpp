@@ -182,7 +182,7 @@ void readTiff(std::span<const uint8_t> bytes, const Background &background, Pict
     const Directory directory = readDirectory(bytes, static_cast<uint32_t>(out.directory));
     if (!directory.cut.empty()) throw Unreadable("is cut short or damaged: " + directory.cut);
   }
-  if (!libTiffIsInstalled()) throw Unreadable("needs libtiff, which is not installed (package libtiff6)");
+  if (!libTiffIsInstalled()) throw Unreadable("needs libtiff, which cannot be loaded (package libtiff6)");
   confined(out, 0, [&](Picture &to) { decodeTiff(bytes, background, to); });
 }
 

@@ -46,7 +46,7 @@ const LibWebp &libWebp() {
   static LibWebp functions{};
   static const bool loaded = load(functions);
   if (!loaded)
-    throw Unreadable("needs libwebp, which is not installed (packages libwebp7 and libwebpdemux2)");
+    throw Unreadable("needs libwebp, which cannot be loaded (packages libwebp7 and libwebpdemux2)");
   return functions;
 }
 

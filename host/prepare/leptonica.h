@@ -31,7 +31,7 @@ struct Leptonica {
   decltype(&::pixSauvolaBinarizeTiled) pixSauvolaBinarizeTiled;
 };
 
-// The functions, or null when the library is not installed. The answer stays the same.
+// The functions, or null when the library cannot be loaded. The answer stays the same.
 const Leptonica *leptonica();
 
 }  // namespace prepare

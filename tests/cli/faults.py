@@ -146,6 +146,17 @@ class Faults(Replaced):
             os.unlink(os.path.join(self.folder, name))
 
     @staticmethod
+    def tells_of_memory(job, process):
+        """Whether it ended for want of memory by its code or its words; the loader and libtiff have words of their own, and
+        the filter answers alike for whatever keeps a profile from being read or written."""
+        if job.program and process.code in (NO_INPUT, -signal.SIGABRT):
+            return True
+        words = "memory|cannot be loaded|No space for|malloc|Insertion in"
+        if job.name == "profile":
+            words += "|cannot be stored|can be read"
+        return process.code == 70 or re.search(words, process.said())
+
+    @staticmethod
     def has_said(job, process):
         """Whether it said a sentence; the other program does not where it cannot read the picture itself."""
         return re.match("." if job.program else "raxel-export: .", process.said()) or (job.program and process.code == NO_INPUT)
@@ -196,10 +207,7 @@ class Faults(Replaced):
                     self.counts[kind] += came
                     self.judge(job, f"{job.name}, {kind} {number} {how}", process)
                     if kind == "memory":
-                        # The filter answers alike for whatever keeps a profile from being written.
-                        told = "memory" in process.said() or (job.name == "profile" and "cannot be stored" in process.said())
-                        ended = job.program and (process.code in (NO_INPUT, -signal.SIGABRT) or "cannot be loaded" in process.said())
-                        self.check(f"{job.name}, {kind} {number} {how}: why", process.code in (0, 70) or told or ended, process)
+                        self.check(f"{job.name}, {kind} {number} {how}: why", process.code == 0 or self.tells_of_memory(job, process), process)
         if "write" in job.kinds:
             self.quota(job)
 
