@@ -112,6 +112,14 @@ TEST(Primitives, AreAllReportedUnsupported) {
   EXPECT_EQ(InqGDPSupport(INT32_MIN), 0);
 }
 
+TEST(Primitives, AreReportedAsTheTableSays) {
+  for (int32_t id = 1; id <= 7; ++id) GDPSupport[id] = 100 + id;
+  for (int32_t id = 1; id <= 7; ++id) EXPECT_EQ(InqGDPSupport(-id), 100 + id);
+  EXPECT_EQ(InqGDPSupport(-8), 0);
+  EXPECT_EQ(InqGDPSupport(0), 0);
+  for (int32_t &word : GDPSupport) word = 0;
+}
+
 TEST(Primitives, AreReportedAsAHostStoresThem) {
   GDPSupport[5] = -9;
   EXPECT_EQ(InqGDPSupport(RAXEL_PRIMITIVE_BEGIN_RASTER), -9);

@@ -465,6 +465,15 @@ TEST_F(File, SeeksEndAtTwoGigabytes) {
   EXPECT_EQ(kvlClose(h), 0);
 }
 
+TEST_F(File, TheLastByteThatHasAPositionCanBeTheEnd) {
+  support::writeFile(path, "");
+  ASSERT_EQ(truncate(path.c_str(), 2147483647), 0);
+  const Handle h = open(KVL_READ);
+  EXPECT_EQ(kvlSeek(h, 0, KVL_FROM_END), 2147483647);
+  EXPECT_EQ(kvlSeek(h, -2, KVL_FROM_END), 2147483645);
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
 TEST_F(File, WritesEndAtTwoGigabytes) {
   const Handle h = open(KVL_OUTPUT);
   EXPECT_EQ(kvlSeek(h, 2147483640, KVL_FROM_START), 2147483640);
