@@ -11,6 +11,7 @@
 #include <span>
 
 #include "runtime/names.h"
+#include "runtime/rights.h"
 #include "runtime/temporary.h"
 
 namespace runtime {
@@ -53,16 +54,6 @@ bool copyBytes(int to, int from) {
   }
 }
 
-// Gives a new file the owner and the permissions of the old one. Only a privileged process can give
-// files away, so the owner is kept where that is possible.
-bool takeOver(int fd, const struct stat &old) {
-  struct stat own;
-  if (fstat(fd, &own) != 0) return false;
-  const bool differs = own.st_uid != old.st_uid || own.st_gid != old.st_gid;
-  [[maybe_unused]] const bool given = differs && fchown(fd, old.st_uid, old.st_gid) == 0;
-  return fchmod(fd, old.st_mode & 07777) == 0;
-}
-
 // Brings a folder's new entry to the disk. Not every file system can, and the file is in place.
 void syncFolder(const char *folder) {
   const int fd = open(folder[0] == 0 ? "." : folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -91,7 +82,7 @@ bool replaceFile(const char *path, int source, const struct stat *old) {
   // What replaces a file is nobody else's to read until it has the old one's owner and permissions.
   Temporary copy;
   if (!makeTemporary(copy, target, old == nullptr ? 0666 : 0600)) return false;
-  const bool done = copyBytes(copy.fd, source) && (old == nullptr || takeOver(copy.fd, *old)) &&
+  const bool done = copyBytes(copy.fd, source) && (old == nullptr || takeOver(copy.fd, target, *old)) &&
                     fsync(copy.fd) == 0 && rename(copy.path, target) == 0;
   if (!done) unlink(copy.path);
   close(copy.fd);
