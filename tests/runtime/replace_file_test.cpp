@@ -43,6 +43,17 @@ struct Replace : testing::Test {
   int source = -1;
 };
 
+// It is copied in blocks of 4096 bytes.
+TEST_F(Replace, FilesOfAnyLengthAreWhole) {
+  for (const size_t size : std::to_array<size_t>({0, 1, 4095, 4096, 4097, 8191, 8193})) {
+    std::string text(size, 'a');
+    for (size_t i = 0; i < size; ++i) text[i] = static_cast<char>('a' + i % 23);
+    support::writeFile(dir.file("source"), text);
+    EXPECT_TRUE(replace(dir.file("file"))) << size;
+    EXPECT_EQ(support::readText(dir.file("file")), text) << size;
+  }
+}
+
 // As many links as the system follows, and no more.
 TEST_F(Replace, FortyLinksAreFollowed) {
   const std::string last = chain(40);
