@@ -4,53 +4,62 @@
 
 #include "input.h"
 #include "tiff/fax_buffer.h"
-#include "tiff/reference_fax.h"
+#include "tiff/reference_changes.h"
 
 namespace fuzz {
 
-struct FaxPicture {
+class FaxPicture {
+ public:
+  // The width, the bytes that the output buffer starts with, and the rows: at least one, a set bit for
+  // white.
+  FaxPicture(const uint8_t *data, size_t size) : FaxPicture(Input(data, size)) {}
+
   uint32_t width;
-  std::vector<uint8_t> packed;  // a set bit is white
-  reference::Picture rows;      // the same as letters
-  uint32_t firstRoom;           // bytes that the output buffer starts with
+  uint32_t firstRoom;
+  size_t rowBytes;
+  size_t count;
+  Exact packed;
+  reference::ChangingRows rows;
+
+  std::span<const uint8_t> bytes() const { return {packed.data(), rowBytes * count}; }
+
+ private:
+  explicit FaxPicture(Input input)
+      : width(input.between(1, 3000)),
+        firstRoom(input.byte()),
+        rowBytes((width + 7) / 8),
+        count(std::max<size_t>(1, input.left() / rowBytes)),
+        packed(wholeRows(input.rest(), rowBytes * count)),
+        rows(reference::changingRows(bytes(), width)) {}
+
+  static std::vector<uint8_t> wholeRows(std::vector<uint8_t> bytes, size_t size) {
+    bytes.resize(size);
+    return bytes;
+  }
 };
 
-inline FaxPicture faxPicture(const uint8_t *data, size_t size) {
-  Input input(data, size);
-  FaxPicture picture;
-  picture.width = input.between(1, 3000);
-  picture.firstRoom = input.byte();
-  const size_t rowBytes = (picture.width + 7) / 8;
-  picture.packed = input.rest();
-  picture.packed.resize(std::max<size_t>(1, picture.packed.size() / rowBytes) * rowBytes);
-  for (size_t at = 0; at < picture.packed.size(); at += rowBytes) {
-    std::string row;
-    for (size_t x = 0; x < picture.width; ++x) {
-      row += (picture.packed[at + x / 8] >> (7 - x % 8) & 1) != 0 ? 'w' : 'b';
-    }
-    picture.rows.push_back(row);
-  }
-  return picture;
-}
-
-inline std::vector<uint8_t> taken(const tiff::FaxBuffer &buffer, uint32_t n) {
+inline std::span<const uint8_t> taken(const tiff::FaxBuffer &buffer, uint32_t n) {
   require(buffer.handle() != 0 && n <= buffer.size(), "the buffer holds the codes");
-  return {buffer.data(), buffer.data() + n};
+  return {buffer.data(), n};
 }
 
-// The codes of all rows, one after the other in the same buffer.
+inline bool same(std::span<const uint8_t> a, std::span<const uint8_t> b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end());
+}
+
+// The codes of all rows, one after the other in the same buffer, behind those that are there. Each row lies
+// in a place of its own.
 template <class EncodeRow>
-std::vector<uint8_t> codeRows(const FaxPicture &picture, EncodeRow encodeRow) {
+void codeRows(const FaxPicture &picture, std::vector<uint8_t> &codes, EncodeRow encodeRow) {
   tiff::FaxBuffer buffer(runtime::allocate(picture.firstRoom));
-  const size_t rowBytes = (picture.width + 7) / 8;
-  std::vector<uint8_t> codes;
-  for (size_t at = 0; at < picture.packed.size(); at += rowBytes) {
-    const std::vector<uint8_t> row(picture.packed.begin() + static_cast<ptrdiff_t>(at),
-                                   picture.packed.begin() + static_cast<ptrdiff_t>(at + rowBytes));
-    const std::vector<uint8_t> more = taken(buffer, encodeRow(row, buffer));
+  const Exact row(picture.rowBytes);
+  const std::span<const uint8_t> bytes = picture.bytes();
+  for (size_t at = 0; at < bytes.size(); at += picture.rowBytes) {
+    std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(at), picture.rowBytes, row.data());
+    const std::span<const uint8_t> more =
+        taken(buffer, encodeRow(std::span<const uint8_t>(row.data(), picture.rowBytes), buffer));
     codes.insert(codes.end(), more.begin(), more.end());
   }
-  return codes;
 }
 
 }  // namespace fuzz

@@ -187,7 +187,17 @@ TEST(Lzw, EveryLengthDecodes) {
   }
 }
 
-// The plain form searches its table entry by entry, so it is asked less often for long strips.
+// What the strips are compared with has the codes of a table that is searched entry by entry.
+TEST(Lzw, LinkedStringsAreFoundLikeSearchedOnes) {
+  support::Random random(83);
+  const size_t n = support::cases(60);
+  for (size_t i = 0; i < n; ++i) {
+    const auto length = static_cast<size_t>(random.between(0, i % 4 == 0 ? 9000 : 900));
+    const Bytes strip = sampleStrip(random, length, static_cast<int64_t>(i) % kKinds);
+    ASSERT_EQ(reference::lzwCodesSooner(strip), reference::lzwCodes(strip)) << "case " << i;
+  }
+}
+
 TEST(Lzw, EqualsThePlainForm) {
   support::Random random(81);
   const size_t step = 20 * std::max<size_t>(1, 100 / support::cases(100));

@@ -5,31 +5,65 @@
 
 namespace reference {
 
-std::vector<LzwCode> lzwCodes(std::span<const uint8_t> strip) {
+namespace {
+
+// The table searched from the prefix on: what goes on from a string comes behind it.
+class SearchedStrings {
+ public:
+  // The code of a known string, or 0.
+  uint32_t find(uint32_t prefix, uint32_t byte, uint32_t next) const {
+    for (uint32_t code = std::max(prefix, 258u); code < next; ++code) {
+      if (keys_[code] == (prefix << 16 | byte)) return code;
+    }
+    return 0;
+  }
+  void add(uint32_t prefix, uint32_t byte, uint32_t code) { keys_[code] = prefix << 16 | byte; }
+  void clear() {}
+
+ private:
+  std::vector<uint32_t> keys_ = std::vector<uint32_t>(4096);
+};
+
+// The same, where each string knows the first one that goes on from it, and each of those the next one.
+class LinkedStrings {
+ public:
+  uint32_t find(uint32_t prefix, uint32_t byte, uint32_t) const {
+    uint32_t code = strings_[prefix].first;
+    while (code != 0 && strings_[code].byte != byte) code = strings_[code].next;
+    return code;
+  }
+  void add(uint32_t prefix, uint32_t byte, uint32_t code) {
+    String &before = strings_[prefix];
+    strings_[code] = {byte, 0, 0, 0};
+    (before.first == 0 ? before.first : strings_[before.last].next) = code;
+    before.last = code;
+  }
+  void clear() { std::fill_n(strings_.begin(), 256, String()); }
+
+ private:
+  struct String {
+    uint32_t byte = 0, first = 0, last = 0, next = 0;
+  };
+  std::vector<String> strings_ = std::vector<String>(4096);
+};
+
+template <class Strings>
+std::vector<LzwCode> codesOf(std::span<const uint8_t> strip, Strings strings) {
   std::vector<LzwCode> out;
-  std::vector<uint32_t> table(4096);
   uint32_t width = 9;
   uint32_t next = 258;
   out.push_back({256, width});
   if (strip.size() > 1) {
     uint32_t prefix = strip[0];
-    uint32_t search = std::max(prefix, 258u);
     size_t at = 1;
     while (at < strip.size()) {
       const uint32_t c = strip[at++];
-      const uint32_t key = prefix << 16 | c;
-      bool found = false;
-      while (search < next && !found) {
-        if (table[search] == key) {
-          found = true;
-          prefix = search;
-        }
-        ++search;
-      }
+      const uint32_t known = strings.find(prefix, c, next);
+      const bool found = known != 0;
+      if (found) prefix = known;
       const bool remain = at < strip.size();
       if (found && remain) continue;
-      search = 258;
-      table[next++] = key;
+      strings.add(prefix, c, next++);
       const uint32_t tested = next;
       const auto writeAndCheck = [&] {
         out.push_back({prefix, width});
@@ -38,6 +72,7 @@ std::vector<LzwCode> lzwCodes(std::span<const uint8_t> strip) {
           out.push_back({256, width});
           width = 9;
           next = 258;
+          strings.clear();
         }
         prefix = c;
       };
@@ -50,15 +85,24 @@ std::vector<LzwCode> lzwCodes(std::span<const uint8_t> strip) {
   return out;
 }
 
+}  // namespace
+
+std::vector<LzwCode> lzwCodes(std::span<const uint8_t> strip) {
+  return codesOf(strip, SearchedStrings());
+}
+
+std::vector<LzwCode> lzwCodesSooner(std::span<const uint8_t> strip) {
+  return codesOf(strip, LinkedStrings());
+}
+
 Bytes packLzw(std::span<const LzwCode> codes) {
-  std::vector<bool> bits;
+  Bytes out;
+  uint32_t held = 0, bits = 0;
   for (const LzwCode &c : codes) {
-    for (uint32_t i = c.width; i-- > 0;) bits.push_back((c.code >> i & 1) != 0);
+    held = held << c.width | c.code;
+    for (bits += c.width; bits >= 8; bits -= 8) out.push_back(static_cast<uint8_t>(held >> (bits - 8)));
   }
-  Bytes out((bits.size() + 7) / 8);
-  for (size_t i = 0; i < bits.size(); ++i) {
-    if (bits[i]) out[i / 8] = static_cast<uint8_t>(out[i / 8] | 0x80 >> i % 8);
-  }
+  if (bits > 0) out.push_back(static_cast<uint8_t>(held << (8 - bits)));
   return out;
 }
 
@@ -77,8 +121,10 @@ Bytes unpackLzw(std::span<const uint8_t> codes, size_t length) {
   bool afterClear = false;
   String previous{0, 0};
   while (bit + width <= codes.size() * 8) {
-    uint32_t code = 0;
-    for (uint32_t i = 0; i < width; ++i, ++bit) code = code * 2 + (codes[bit / 8] >> (7 - bit % 8) & 1);
+    uint32_t three = 0;  // bytes that the code lies in
+    for (size_t i = bit / 8; i < bit / 8 + 3; ++i) three = three << 8 | (i < codes.size() ? codes[i] : 0u);
+    const uint32_t code = three >> (24 - width - bit % 8) & ((1u << width) - 1);
+    bit += width;
     if (code == 256) {
       strings.clear();
       width = 9;

@@ -18,11 +18,13 @@ struct LzwCode {
   bool operator==(const LzwCode &) const = default;
 };
 
-// The codes of a strip in order, and the same packed first bit first.
+// The codes of a strip in order, and the same with a table that is linked rather than searched.
 std::vector<LzwCode> lzwCodes(std::span<const uint8_t> strip);
+std::vector<LzwCode> lzwCodesSooner(std::span<const uint8_t> strip);
+// Codes packed first bit first.
 Bytes packLzw(std::span<const LzwCode> codes);
 inline Bytes lzw(std::span<const uint8_t> strip) {
-  return packLzw(lzwCodes(strip));
+  return packLzw(lzwCodesSooner(strip));
 }
 
 // Decodes as far as `length` bytes, as a TIFF reader does that knows a strip's size. Codes that no

@@ -5,6 +5,7 @@ namespace reference {
 
 Bytes packBitsPiece(std::span<const uint8_t> piece) {
   Bytes out;
+  out.reserve(2 * piece.size());
   size_t at = 0;
   while (at < piece.size()) {
     const uint8_t c = piece[at];
@@ -16,20 +17,14 @@ Bytes packBitsPiece(std::span<const uint8_t> piece) {
       at += count;
       continue;
     }
-    Bytes literal{c};
-    size_t next = at + 1;
-    bool metEqual = false;
-    while (next < piece.size()) {
-      if (piece[next] == literal.back()) {
-        metEqual = true;
-        break;
-      }
-      literal.push_back(piece[next++]);
-    }
-    if (metEqual) literal.pop_back();
+    // A literal ends before the first of two equal bytes.
+    size_t end = at + 1;
+    while (end < piece.size() && piece[end] != piece[end - 1]) ++end;
+    if (end < piece.size()) --end;
+    const std::span<const uint8_t> literal = piece.subspan(at, end - at);
     out.push_back(static_cast<uint8_t>(literal.size() - 1));
     out.insert(out.end(), literal.begin(), literal.end());
-    at += literal.size();
+    at = end;
   }
   return out;
 }
