@@ -253,7 +253,7 @@ int32_t WriteCellBits(Handle file, Handle bitmap, uint32_t width, uint32_t rows,
   if (rows == 0) return RAXEL_OK;
   const tiff::CellRows cells{runtime::lockBytes(bitmap), runtime::packedRowBytes(width, bitsPerPixel),
                              runtime::rowStride(width, bitsPerPixel)};
-  const uint64_t size = cells.stride * rows;
+  const uint64_t size = runtime::bitmapBytes(width, rows, bitsPerPixel);
   if (bitmap == 0 || cells.stride == 0 || !runtime::fitsInBlock(size) || cells.rowBytes > INT32_MAX) {
     return RAXEL_NO_MEMORY;
   }

@@ -66,6 +66,7 @@ def parts(source):
         Part("readers", python("campaign/golden_readers.py")),
         Part("sandbox", python("campaign/sandbox.py")),
         Part("sanitizers", "./dev test --sanitize"),
+        Part("integers", python("campaign/integers.py")),
         Part("slack", "build/sanitize/raxel_tests --gtest_filter=HandlesDeathTest.*"),
         Part("threads", "./dev test --threads"),
         Part("valgrind", "env RAXEL_CASES=1 valgrind -q --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite "
@@ -221,7 +222,7 @@ ROWS = (
     ("Temporaries in a folder that others may write", ("planted names",)),
     ("Hostile pictures, decoded without files and sockets", ("sandbox",)),
     ("Undefined behaviour: the whole suite under the sanitizers", ("sanitizers",)),
-    ("Undefined behaviour: threads, valgrind, clang-tidy, cppcheck", ("threads", "valgrind", "tidy", "cppcheck")),
+    ("Undefined behaviour: integers, threads, valgrind, clang-tidy, cppcheck", ("integers", "threads", "valgrind", "tidy", "cppcheck")),
     ("Mutation of `src/`", ("mutation",)),
     ("Golden files, equal on every machine, compiler and number of threads", ("golden",)),
     ("Golden files, decoded equal by independent readers", ("readers",)),

@@ -28,9 +28,9 @@ WITHOUT_CONDITION = re.compile(r"(class|struct)\b.*\{|[\]})(;,]+")
 AT_ONCE = 16  # files that one run of gcov reads
 
 
-def reasons():
+def reasons(name="unreached.txt"):
     found = {}
-    with open(os.path.join(HERE, "unreached.txt"), encoding="utf-8") as lines:
+    with open(os.path.join(HERE, name), encoding="utf-8") as lines:
         for line in lines:
             if line.strip() and not line.startswith("#"):
                 path, text, reason = (cell.strip() for cell in line.rsplit(" | ", 1)[0].split(" | ", 1) + [line.rsplit(" | ", 1)[1]])
