@@ -35,8 +35,15 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT RAXEL_SANITIZE AND NOT RAXEL_THR
 endif()
 
 if(RAXEL_COVERAGE)
-  target_compile_options(raxel_numbers INTERFACE --coverage -fprofile-update=atomic)
-  target_link_options(raxel_numbers INTERFACE --coverage)
+  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/counts)
+  add_library(raxel_counts STATIC ${PROJECT_SOURCE_DIR}/cmake/coverage/counts.c)
+  target_compile_definitions(raxel_counts PRIVATE "RAXEL_COUNTS=\"${PROJECT_BINARY_DIR}/counts\"")
+  set_target_properties(raxel_counts PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  target_compile_options(raxel_numbers INTERFACE --coverage -fprofile-update=atomic -fdata-sections)
+  target_link_options(raxel_numbers INTERFACE --coverage
+    -Wl,--wrap=__gcov_exit,--wrap=__gcov_dump,--wrap=__gcov_reset,--build-id
+    -Wl,-T,${PROJECT_SOURCE_DIR}/cmake/coverage/counts.ld)
+  target_link_libraries(raxel_numbers INTERFACE raxel_counts)
 endif()
 if(RAXEL_FUZZ)
   target_compile_options(raxel_numbers INTERFACE -g -fsanitize=fuzzer-no-link,address,undefined,float-cast-overflow

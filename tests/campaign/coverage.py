@@ -4,7 +4,7 @@
 
     coverage.py --build FOLDER --source FOLDER [--report HTML]
 
-Reads what the programs of `./dev coverage` have counted. Of each line every branch of its source counts once, however
+Reads what the programs of `./dev coverage` have counted, those too that were killed (cmake/coverage). Of each line every branch of its source counts once, however
 many copies the compiler made of it: for each file that includes a header, for each kind of a template. Branches that the
 compiler makes by itself do not count: those that only an exception takes, and those of members that nobody wrote, which
 stand at the line that opens a class, and of destructors, at the bracket that closes a block.
@@ -36,6 +36,26 @@ def reasons(name="unreached.txt"):
                 path, text, reason = (cell.strip() for cell in line.rsplit(" | ", 1)[0].split(" | ", 1) + [line.rsplit(" | ", 1)[1]])
                 found[path, text] = reason
     return found
+
+
+def gather(build):
+    """Has each program and library of the build move what its processes have counted to where gcov looks for it."""
+    counts = os.path.join(build, "counts")
+    environment = dict(os.environ, RAXEL_COUNTS_WRITE="1")
+    for folder, _, names in os.walk(build):
+        for path in (os.path.join(folder, name) for name in names):
+            with open(path, "rb") as file:
+                if file.read(4) != b"\x7fELF" or path.endswith(".o"):
+                    continue
+            notes = subprocess.run(["readelf", "--notes", path], check=True, capture_output=True, text=True).stdout
+            known = re.search(r"Build ID: ([0-9a-f]+)", notes)
+            if not known or not os.path.exists(os.path.join(counts, known[1])):
+                continue
+            is_library = re.search(r"\.so(\.\d+)*$", path)
+            load = [sys.executable, "-c", "import ctypes, sys; ctypes.CDLL(sys.argv[1])"] if is_library else []
+            subprocess.run([*load, path], env=environment, check=True, stdin=subprocess.DEVNULL)
+    for left in os.listdir(counts):
+        print(f"counts/{left}: the program is no longer there")
 
 
 def notes(build):
@@ -111,6 +131,7 @@ def main():
     wanted = arguments.parse_args()
     source = os.path.realpath(wanted.source)
     known, used = reasons(), set()
+    gather(os.path.realpath(wanted.build))
     if wanted.report:
         report(source, os.path.realpath(wanted.build), os.path.realpath(wanted.report))
     lines = {part: Share() for part in PARTS}
