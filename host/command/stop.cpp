@@ -62,12 +62,13 @@ extern "C" void stopOnFault(int) {
 
 // The filter ends its process when its memory runs out; so does a decoder that finds itself broken, and an
 // exception that nobody takes. libtiff does not survive a close after it found no memory for a directory.
-extern "C" void stopOnAbort(int) {
+extern "C" void stopOnAbort(int signal) {
   cleanUp(SIGTERM);
   say("raxel-export: ");
   if (input[0] != '\0') say(input.data());
   if (input[0] != '\0') say(": ");
-  say("the export was given up, most often for want of memory\n");
+  say(signal == SIGSEGV ? "the export was given up after a crash, which want of memory may cause\n"
+                        : "the export was given up, most often for want of memory\n");
   _exit(kLibrary);
 }
 

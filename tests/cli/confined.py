@@ -147,8 +147,11 @@ class Confined(Replaced):
             return [int(pid) for pid in file.read().split()]
 
     def stops(self):
-        """Ctrl-C and kill -9 end both at once."""
-        for number, code in ((signal.SIGINT, 130), (signal.SIGTERM, 143), (signal.SIGKILL, -9)):
+        """Ctrl-C, kill -9 and a crash end both at once."""
+        # The sanitizers tell of a crash themselves.
+        crashes = () if self.sanitized else ((signal.SIGABRT, 70), (signal.SIGSEGV, 70))
+        ends = ((signal.SIGINT, 130), (signal.SIGTERM, 143), (signal.SIGKILL, -9), *crashes)
+        for number, code in ends:
             process = self.taken_over("loop", start_new_session=True)
             until(lambda: "loops" in process.said() or process.has_ended())
             decoders = self.family(process.pid)
@@ -160,7 +163,10 @@ class Confined(Replaced):
             self.check(f"{number.name}: the exit code", process.end(10) == code, process)
             self.check(f"{number.name}: the decoder goes on", until(lambda: not any(is_running(pid) for pid in decoders), 10), decoders)
             self.kept(number.name, process)
-        return "three signals"
+            if code == 70:
+                said = re.search("given up.* want of memory", process.said())
+                self.check(f"{number.name}: what it says", said and ("crash" in said[0]) == (number == signal.SIGSEGV), process)
+        return f"{len(ends)} signals"
 
     def cuts(self):
         """Somebody cuts the input short while the decoder reads it where it lies."""
