@@ -179,12 +179,12 @@ class DriverHost {
     if (resolution > 2000 && resolution < 0x7FFF0000u) resolution = 2000;
   }
 
-  // A page of the settings' own is a few hundred pixels wide, or so large that no block holds it: a
+  // A page of the settings' own is at most 150 pixels wide, or so large that no block holds it: a
   // metafile session takes its sides from what the host has told of the frame.
   void boundPage() {
     RasterSetup &settings = host.settings();
     for (double *side : {&settings.dWidth, &settings.dHeight}) {
-      if (*side > 4 && *side < 1e6) *side = 4;
+      if (*side > 1.5 && *side < 1e6) *side = 1.5;
     }
     if (settings.dWidth >= 1e6 || settings.dHeight >= 1e6) settings.dWidth = settings.dHeight = 1e9;
     for (int16_t *resolution : {&settings.tiff.nXResolution, &settings.tiff.nYResolution}) {

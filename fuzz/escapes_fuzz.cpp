@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 
+#include "files.h"
 #include "input.h"
 #include "raxel/raxel.h"
 #include "support/temp_dir.h"
@@ -322,7 +323,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (input.once(4)) mode = text(input);
     if (input.once(4)) application = text(input);
     const auto values = input.bytes(input.word() % 400);
-    support::writeFile(file, "[MODE]\nDriver=RAXEL.1\n" + std::string(values.begin(), values.end()));
+    fuzz::writeWhole(file, "[MODE]\nDriver=RAXEL.1\n" + std::string(values.begin(), values.end()));
   }
   const Handle setup =
       CreateSetup(0, hasProfile ? file.c_str() : "/nonexistent.ini", mode.c_str(), application.c_str());

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "files.h"
 #include "input.h"
 #include "raxel/profile.h"
 #include "support/temp_dir.h"
@@ -42,7 +43,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const size_t room = input.word() % 400;
   const std::string section = text(input), key = text(input), value = text(input);
   const auto profile = input.rest();
-  support::writeFile(file, std::string(profile.begin(), profile.end()));
+  fuzz::writeWhole(file, profile);
 
   const char *sectionOrNull = what & kNullSection ? nullptr : section.c_str();
   const char *keyOrNull = what & kNullKey ? nullptr : key.c_str();

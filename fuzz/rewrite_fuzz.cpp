@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "files.h"
 #include "input.h"
 #include "raxel/profile.h"
 #include "support/temp_dir.h"
@@ -141,12 +142,12 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   for (Write &write : writes) write = writeOf(input);
   const auto profile = input.rest();
   std::string expected(profile.begin(), profile.end());
-  support::writeFile(file, expected);
+  fuzz::writeWhole(file, expected);
   for (const Write &write : writes) {
     WritePrivateProfileString(write.section.c_str(), write.hasKey ? write.key.c_str() : nullptr,
                               write.hasValue ? write.value.c_str() : nullptr, file.c_str());
     expected = edited(expected, write);
-    fuzz::require(support::readText(file) == expected, "the profile of the plain editor");
+    fuzz::require(fuzz::readWhole<std::string>(file) == expected, "the profile of the plain editor");
   }
   size_t files = 0;
   for ([[maybe_unused]] const auto &entry : std::filesystem::directory_iterator(dir.path())) ++files;

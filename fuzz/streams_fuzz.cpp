@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "files.h"
 #include "input.h"
 #include "raxel/memory.h"
 #include "raxel/stream.h"
@@ -86,11 +87,11 @@ void onFile(fuzz::Input &input) {
   static const support::TempDir dir;
   static const std::string file = dir.file("stream");
   PlainFile plain{pattern(input, lengthOf(input))};
-  support::writeFile(file, std::string(plain.bytes.begin(), plain.bytes.end()));
+  fuzz::writeWhole(file, plain.bytes);
   const Handle stream = kvlOpen(file.c_str(), nullptr, KVL_UPDATE);
   compare(input, stream, plain, false);
   fuzz::require(kvlClose(stream) == 0, "a file closes");
-  fuzz::require(support::readFile(file) == plain.bytes, "the bytes of the plain file");
+  fuzz::require(fuzz::readWhole<Bytes>(file) == plain.bytes, "the bytes of the plain file");
 }
 
 void onBlock(fuzz::Input &input) {
@@ -273,17 +274,20 @@ void onOddBlock(fuzz::Input &input) {
   KvlStreamDesc descriptor = {};
   descriptor.lpMemVar = reinterpret_cast<HostWord>(&data);
   descriptor.dwLength = length;
-  descriptor.dwGrow = static_cast<HostWord>(
-      fuzz::oneOf<int32_t>(input, {0, 1, 16, -1, -500, 1000, static_cast<int32_t>(input.byte())}));
+  const auto grows =
+      fuzz::oneOf<int32_t>(input, {0, 1, 16, -1, -500, 1000, static_cast<int32_t>(input.byte())});
+  descriptor.dwGrow = static_cast<HostWord>(grows);
   const Handle stream =
       kvlOpen("", &descriptor,
               fuzz::oneOf<uint32_t>(input, {KVL_OUTPUT, KVL_READ, KVL_WRITE, KVL_UPDATE, KVL_CREATE}));
   if (stream != 0) {
     for (size_t step = 0; input.left() > 0 && step < kMostSteps; ++step) {
-      // A target far behind the end would make the block as large.
+      // A target far behind the end makes the block as large, in steps of what it grows by.
       const unsigned what = input.byte();
       if (what % 4 == 0) {
-        kvlSeek(stream, static_cast<int32_t>(input.word()) - 20000, static_cast<int32_t>(what / 4 % 3));
+        const int32_t offset = static_cast<int32_t>(input.word()) - 20000;
+        kvlSeek(stream, grows > 0 && grows < 256 ? offset % 1000 : offset,
+                static_cast<int32_t>(what / 4 % 3));
       } else if (what % 4 == 1) {
         const fuzz::Exact to(what, true);
         const int32_t moved = kvlRead(stream, to.data(), static_cast<int32_t>(what));
