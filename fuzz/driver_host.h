@@ -175,7 +175,7 @@ class DriverHost {
     }
     // A resolution multiplies its pixels.
     uint32_t &resolution = lpEMData->nResolution;
-    if (resolution != 0 && resolution < 30) resolution = 30;
+    if (resolution != 0 && resolution < 150) resolution = 150;
     if (resolution > 2000 && resolution < 0x7FFF0000u) resolution = 2000;
   }
 
@@ -185,6 +185,8 @@ class DriverHost {
     RasterSetup &settings = host.settings();
     for (double *side : {&settings.dWidth, &settings.dHeight}) {
       if (*side > 1.5 && *side < 1e6) *side = 1.5;
+      // A side of less than nothing goes on until the host objects: now and then.
+      if (*side < 0 && settings.tiff.nXResolution % 8 != 3) *side = 0;
     }
     if (settings.dWidth >= 1e6 || settings.dHeight >= 1e6) settings.dWidth = settings.dHeight = 1e9;
     for (int16_t *resolution : {&settings.tiff.nXResolution, &settings.tiff.nYResolution}) {
