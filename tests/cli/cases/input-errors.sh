@@ -17,5 +17,11 @@ code raxel-export wide.ppm out.tif
 printf 'P4\n8 65535\n' >tall.pbm
 head -c 65535 /dev/zero >>tall.pbm
 code raxel-export tall.pbm out.tif
+# A bitmap 2^31 pixels wide, which is a negative width, and one of 256 colours that ends before them.
+bmp() { printf 'BM\0\0\0\0\0\0\0\0\66\0\0\0\50\0\0\0'; printf "$1\1\0\0\0\1\0\10\0"; head -c 24 /dev/zero; }
+bmp '\0\0\0\200' >negative.bmp
+code raxel-export negative.bmp out.tif
+bmp '\1\0\0\0' >bare.bmp
+code raxel-export bare.bmp out.tif
 ls *.tif 2>/dev/null
 code raxel-export --size x600px tall.pbm out.tif

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: MIT
 # Outputs that cannot be created (73) or written (74).
 code raxel-export "$SAMPLES/chart4.png" missing/out.tif
+echo text >plain
+code raxel-export "$SAMPLES/chart4.png" plain/out.tif
 mkdir folder
 code raxel-export "$SAMPLES/chart4.png" folder
 printf 'MM\0*\nold\n' >kept.tif
