@@ -61,8 +61,10 @@ static void appendBuildId(char *path) {
   }
 }
 
-// Straight to the system: tests watch and fail the C library's calls.
-__attribute__((constructor(101))) static void share(void) {
+// Before all other code, the host's first constructors (101) too. Straight to the system: tests watch and
+// fail the C library's calls.
+#pragma GCC diagnostic ignored "-Wprio-ctor-dtor"
+__attribute__((constructor(100))) static void share(void) {
   const size_t size = (size_t)(raxel_counts_end - raxel_counts_begin);
   const int kept = writes() ? MAP_PRIVATE : MAP_SHARED;
   char path[sizeof RAXEL_COUNTS + 100] = RAXEL_COUNTS "/";

@@ -5,9 +5,9 @@
     coverage.py --build FOLDER --source FOLDER [--report HTML]
 
 Reads what the programs of `./dev coverage` have counted, those too that were killed (cmake/coverage). Of each line every branch of its source counts once, however
-many copies the compiler made of it: for each file that includes a header, for each kind of a template. Branches that the
-compiler makes by itself do not count: those that only an exception takes, and those of members that nobody wrote, which
-stand at the line that opens a class, and of destructors, at the bracket that closes a block.
+many copies the compiler made of it: for each file that includes a header, for each kind of a template. What the compiler
+makes by itself does not count: branches that only an exception takes, members that nobody wrote, which stand at the line
+that opens a class, and destructors, at the bracket that closes a block; such lines are none.
 
 What cannot be reached stands in unreached.txt with its reason, a line each: FILE | TEXT OF THE LINE | REASON. The text may
 be that of the line before, " / ", and that of the line, where a file has several that are alike. Such lines, and the
@@ -24,7 +24,7 @@ import sys
 
 HERE = os.path.dirname(os.path.realpath(__file__))
 PARTS = ("src", "host")
-WITHOUT_CONDITION = re.compile(r"(class|struct)\b.*\{|[\]})(;,]+")
+MADE = re.compile(r"(class|struct)\b.*\{|[\]})(;,]+")
 AT_ONCE = 16  # files that one run of gcov reads
 
 
@@ -142,9 +142,11 @@ def main():
             rows = [row.strip() for row in text]
         for number, line in sorted(found.items()):
             row = rows[number - 1]
+            if MADE.fullmatch(row):
+                continue
             keys = {(path, row), (path, f"{rows[number - 2]} / {row}")}.intersection(known)
             lines[part].add(line.count, keys)
-            taken = [] if WITHOUT_CONDITION.fullmatch(row) else [count for copy in line.branches.values() for count in copy]
+            taken = [count for copy in line.branches.values() for count in copy]
             for count in taken:
                 branches[part].add(count, keys)
             missed = taken.count(0)
