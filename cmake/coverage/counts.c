@@ -69,7 +69,9 @@ __attribute__((constructor(100))) static void share(void) {
   const int kept = writes() ? MAP_PRIVATE : MAP_SHARED;
   char path[sizeof RAXEL_COUNTS + 100] = RAXEL_COUNTS "/";
   appendBuildId(path);
-  const long file = syscall(SYS_openat, AT_FDCWD, path, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+  long file = syscall(SYS_openat, AT_FDCWD, path, O_RDWR | O_CLOEXEC);
+  // Tests look at when a process makes its first file.
+  if (file < 0) file = syscall(SYS_openat, AT_FDCWD, path, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   if (file < 0) return;
   if (syscall(SYS_lseek, file, 0, SEEK_END) == (long)size || syscall(SYS_ftruncate, file, size) == 0)
     syscall(SYS_mmap, raxel_counts_begin, size, PROT_READ | PROT_WRITE, MAP_FIXED | kept, file, 0);

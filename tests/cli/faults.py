@@ -123,8 +123,7 @@ class Faults(Replaced):
             content = file.read()
         code = process.code
         self.ends[code] += 1
-        # The system's loader ends a process that has no memory for a library, whenever one is loaded.
-        loading = code == 127 and process.said() == "out of memory\n"
+        loading = self.ends_loading(process)
         if job.program and code == -signal.SIGABRT:
             # Nothing of the library's comes to clear up: a temporary may be left, as after a kill.
             self.check(f"{what}: the filter's last words", FILTERS_END.search(self.words()), process)
@@ -160,6 +159,11 @@ class Faults(Replaced):
     def has_said(job, process):
         """Whether it said a sentence; the other program does not where it cannot read the picture itself."""
         return re.match("." if job.program else "raxel-export: .", process.said()) or (job.program and process.code == NO_INPUT)
+
+    @staticmethod
+    def ends_loading(process):
+        """The system's loader ends a process that has no memory for a library, whenever one is loaded."""
+        return process.code == 127 and process.said() == "out of memory\n"
 
     @staticmethod
     def is_profile(job, content):
@@ -233,8 +237,8 @@ class Faults(Replaced):
                 words = self.words()
                 told = FILTERS_END.search(words)
                 ended += code == -signal.SIGABRT
-                self.check(f"the library, memory {number} {how}", (code == -signal.SIGABRT) == bool(told) and code in (0, 1, 2, -signal.SIGABRT),
-                           f"{words!r}; {process.told()}")
+                fine = (code == -signal.SIGABRT) == bool(told) and code in (0, 1, 2, -signal.SIGABRT)
+                self.check(f"the library, memory {number} {how}", fine or self.ends_loading(process), f"{words!r}; {process.told()}")
         self.check("the library: none of its own allocations failed", ended > 0, calls)
         return f"the library ended {ended} times with its words"
 

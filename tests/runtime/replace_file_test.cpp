@@ -12,6 +12,7 @@
 #include <string>
 
 #include "runtime/temporary.h"
+#include "support/disk.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -93,6 +94,17 @@ TEST_F(Replace, TemporariesThatDoNotFitAreNotMade) {
     runtime::Temporary made;
     const std::string target = std::string(folder - 1, 'f') + "/p.ini.and.more";
     EXPECT_FALSE(runtime::makeTemporary(made, target.c_str(), 0600)) << folder;
+  }
+}
+
+// Nor is a name tried that was cut: before its letters, or within what stands before them.
+TEST_F(Replace, CutNamesAreNotTried) {
+  for (const size_t folder : std::to_array<size_t>({PATH_MAX - 9, PATH_MAX - 5})) {
+    runtime::Temporary made;
+    const std::string target = std::string(folder - 1, 'f') + "/p";
+    const support::Disk disk;
+    EXPECT_FALSE(runtime::makeTemporary(made, target.c_str(), 0600)) << folder;
+    EXPECT_TRUE(disk.opened().empty()) << folder;
   }
 }
 

@@ -152,9 +152,12 @@ TEST(Fax2D, ABlockThatIsTooSmallIsGivenUp) {
   }();
   const std::string shifted = stripes.substr(5) + "wwwww";
   const std::string plain = std::string(100, 'w') + std::string(200, 'b') + std::string(100, 'w');
-  const Picture pictures[] = {{plain, plain, std::string(400, 'w')},
-                              {stripes, shifted, stripes, stripes, stripes, shifted},
-                              {plain, stripes, stripes}};
+  std::vector<Picture> pictures = {{plain, plain, std::string(400, 'w')},
+                                   {stripes, shifted, stripes, stripes, stripes, shifted},
+                                   {plain, stripes, stripes}};
+  // First rows that end within a byte and with one: what is left for the next row is short then.
+  for (size_t width = 385; width < 400; ++width)
+    pictures.push_back({stripes.substr(0, width), shifted.substr(0, width)});
   for (const Picture &picture : pictures) {
     const Bytes expected = reference::packBits01(reference::fax2D(picture));
     const Bytes packed = reference::packPicture(picture);
