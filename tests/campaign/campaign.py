@@ -77,7 +77,7 @@ def parts(source):
     ]
     if os.path.exists(os.path.join(source, "tests/campaign/mutants.py")):
         found.append(Part("mutation", "/usr/bin/python3 tests/campaign/mutants.py --source . --work build/campaign/mutants --seconds {seconds}", share=0.5, seconds=WITHOUT_END))
-    targets = sorted(os.path.basename(each)[:-len("_fuzz.cpp")] for each in glob.glob(os.path.join(source, "fuzz/*_fuzz.cpp")))
+    targets = sorted(os.path.basename(each) for each in glob.glob(os.path.join(source, "fuzz/corpus/*")))  # a folder for each
     found.append(Part("fuzzing", "./dev fuzz {seconds}", targets))
     return [part for part in found if "tests/" not in part.command or os.path.exists(os.path.join(source, re.search(r"tests/\S+\.py|$", part.command)[0]))]
 
