@@ -236,7 +236,7 @@ def record(source):
     with open(os.path.join(source, RECORD)) as file:
         for line in map(json.loads, file):
             before = lines.get(line["part"])
-            if before and line["part"] == "fuzzing" and isinstance(line["figure"], dict):
+            if before and line["part"] == "fuzzing" and all(isinstance(each["figure"], dict) for each in (before, line)):
                 line["figure"] = add_up([before["figure"], line["figure"]])
             lines[line["part"]] = line
     return lines

@@ -56,6 +56,7 @@ def main():
         checks.true("its figures", "| 15 kills, 6 checks, 0 failed |" in written and "1 failed |" in written)
         checks.true("and what there is none of", "not yet measured" in written)
         checks.true("it is as written", campaign.write_document(folder, check=True))
+        campaign.note(folder, "fuzzing", "by hand", "some executions")
         campaign.note(folder, "fuzzing", "./dev fuzz", {"executions": 1000})
         checks.true("it is not, with a figure more", not campaign.write_document(folder, check=True))
         campaign.note(folder, "fuzzing", "./dev fuzz", {"executions": 500})
