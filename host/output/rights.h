@@ -14,6 +14,7 @@ struct Rights {
   bool ofOldFile = false;
   struct stat about = {};
   std::vector<char> list;  // of further users and groups, as the system keeps it; empty where there is none
+  bool listIsLost = false;  // it cannot be read
 };
 
 Rights rightsOfOldFile(const std::string &path, const struct stat &about);

@@ -14,11 +14,13 @@ docs/reliability.jsonl (its date, command and figure), and the next campaign beg
 
 import argparse
 import datetime
+import fcntl
 import glob
 import json
 import os
 import re
 import shlex
+import signal
 import subprocess
 import sys
 import time
@@ -31,6 +33,8 @@ DOCUMENT = "docs/reliability.md"
 BEGIN, END = "<!-- figures: written by ./dev campaign -->\n", "<!-- end of figures -->\n"
 WITHOUT_END = 10 ** 9  # seconds
 MINUTE = 60
+LONGEST = 6 * 3600  # that any unit takes
+NOT_YET = 75  # the code of a unit that has not got as far as it is to
 BEGUN = "begun"  # in the state, beside the units of a part
 # What fails, one call after the other: disks and profiles, hosts' procedures, and blocks that end.
 FAULTS = "*DiskFaults*:ProfileFaults.*:*FullDisk*:FailingStrips.*:*FailingOutput.*:*AtAnyCall*"
@@ -76,8 +80,9 @@ def parts(source):
         Part("coverage", "./dev coverage"),
     ]
     if os.path.exists(os.path.join(source, "tests/campaign/mutants.py")):
-        found.append(Part("mutation", "/usr/bin/python3 tests/campaign/mutants.py --source . --work build/campaign/mutants --seconds {seconds}", share=0.5, seconds=WITHOUT_END))
-    targets = sorted(os.path.basename(each) for each in glob.glob(os.path.join(source, "fuzz/corpus/*")))  # a folder for each
+        found.append(Part("mutation", "/usr/bin/python3 tests/campaign/mutants.py --source . --work build/campaign/mutants --again --seconds {seconds}", share=0.5, seconds=WITHOUT_END))
+    # One program may be built for several formats: each target has a corpus.
+    targets = sorted(map(os.path.basename, glob.glob(os.path.join(source, "fuzz/corpus/*"))))
     found.append(Part("fuzzing", "./dev fuzz {seconds}", targets))
     return [part for part in found if "tests/" not in part.command or os.path.exists(os.path.join(source, re.search(r"tests/\S+\.py|$", part.command)[0]))]
 
@@ -92,6 +97,8 @@ def figure_of(said):
                               (r"^dev: (\d+) executions", "executions")):
             if counted := re.search(pattern, line):
                 figure[name] = figure.get(name, 0) + int(counted[1])
+        if "[  PASSED  ] 0 test" in line:
+            figure["failed"] = figure.get("failed", 0) + 1  # a name that has changed, say
         if failed := re.search(r": \d+ passed, (\d+) failed|\[  FAILED  \] (\d+) test", line):
             figure["failed"] = figure.get("failed", 0) + int(failed[1] or failed[2])
     return figure
@@ -108,14 +115,17 @@ def add_up(figures):
 class Campaign:
     def __init__(self, source, build, hours):
         self.source, self.build = source, build
-        self.until = time.monotonic() + (hours * 3600 if hours else WITHOUT_END)
+        self.until = time.monotonic() + (WITHOUT_END if hours is None else hours * 3600)
         self.hours = hours
         self.path = os.path.join(source, "build/campaign/state.json")
+        self.state = self.kept()
+
+    def kept(self):
         try:
             with open(self.path) as file:
-                self.state = json.load(file)
+                return json.load(file)
         except (FileNotFoundError, ValueError):
-            self.state = {}
+            return {}
 
     def save(self):
         os.makedirs(os.path.dirname(self.path), exist_ok=True)
@@ -133,15 +143,27 @@ class Campaign:
         print(f"campaign: {part.name}: {command}", file=sys.stderr, flush=True)
         os.makedirs(os.path.dirname(self.path), exist_ok=True)
         # Who kills the campaign ends what it was at, which would be in the way of the next one.
-        done = subprocess.run(["setpriv", "--pdeathsig", "KILL", *shlex.split(command)], cwd=self.source, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace")
+        # What that leaves of a unit's own children holds the lock.
+        process = subprocess.Popen(["setpriv", "--pdeathsig", "KILL", *shlex.split(command)], cwd=self.source, stdout=subprocess.PIPE,
+                                   stderr=subprocess.STDOUT, text=True, errors="replace", pass_fds=[self.lock.fileno()], process_group=0)
+        try:
+            said, _ = process.communicate(timeout=max(LONGEST, 2 * seconds))
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            said, _ = process.communicate()
+        done = subprocess.CompletedProcess(command, process.returncode, said)
         with open(os.path.join(os.path.dirname(self.path), part.name.replace(" ", "-") + ".log"), "w") as log:
             log.write(f"{command}\n{done.stdout}")
         figure = figure_of(done.stdout)
+        if done.returncode == NOT_YET:
+            return command, None
         if done.returncode not in (0, 77):
             figure["failed"] = max(1, figure.get("failed", 0))
             print(done.stdout[-4000:], file=sys.stderr, flush=True)
         if done.returncode == 77:
             figure["left out"] = 1
+        if part.name == "fuzzing" and "executions" in figure:
+            figure[f"of {unit}"] = figure["executions"]
         return command, figure
 
     def part(self, part):
@@ -152,8 +174,12 @@ class Campaign:
         for at, unit in enumerate(todo):
             if self.left() <= 0:
                 return None
-            seconds = part.share * self.left() / (len(todo) - at) if self.hours else part.seconds
+            seconds = part.seconds if self.hours is None else part.share * self.left() / (len(todo) - at)
             command, units[unit] = self.unit(part, unit, seconds)
+            if units[unit] is None:
+                del units[unit]
+                print(f"campaign: {part.name} is not through, and goes on the next time")
+                return True
             self.save()
         figure = add_up(units[unit] for unit in part.units)
         if figure.get("left out") == len(part.units):
@@ -166,6 +192,14 @@ class Campaign:
         return not figure.get("failed")
 
     def run(self, only=None):
+        os.makedirs(os.path.dirname(self.path), exist_ok=True)
+        # One campaign at a time, and none beside what a killed one has left at work.
+        with open(os.path.join(os.path.dirname(self.path), "lock"), "w") as self.lock:
+            fcntl.flock(self.lock, fcntl.LOCK_EX)
+            self.state = self.kept()
+            return self.run_parts(only)
+
+    def run_parts(self, only):
         fine = True
         for part in parts(self.source):
             if only not in (None, part.name):
@@ -199,6 +233,8 @@ def note(source, part, command, figure, begun=None):
         # A campaign that is killed between this line and its next step comes here again.
         if not begun or all(json.loads(each).get(BEGUN) != begun["at"] for each in file):
             file.write(json.dumps(line) + "\n")
+            file.flush()
+            os.fsync(file.fileno())
 
 
 def told(figure):
@@ -222,7 +258,7 @@ ROWS = (
     ("Temporaries in a folder that others may write", ("planted names",)),
     ("Hostile pictures, decoded without files and sockets", ("sandbox",)),
     ("Undefined behaviour: the whole suite under the sanitizers", ("sanitizers",)),
-    ("Undefined behaviour: integers, threads, valgrind, clang-tidy, cppcheck", ("integers", "threads", "valgrind", "tidy", "cppcheck")),
+    ("Undefined behaviour: integers, threads, valgrind, clang-tidy, cppcheck", ("integers", "threads", "valgrind", "tidy")),
     ("Mutation of `src/`", ("mutation",)),
     ("Golden files, equal on every machine, compiler and number of threads", ("golden",)),
     ("Golden files, decoded equal by independent readers", ("readers",)),
@@ -236,7 +272,7 @@ def record(source):
     with open(os.path.join(source, RECORD)) as file:
         for line in map(json.loads, file):
             before = lines.get(line["part"])
-            if before and line["part"] == "fuzzing" and all(isinstance(each["figure"], dict) for each in (before, line)):
+            if before and line["part"] == "fuzzing" and isinstance(line["figure"], dict) and isinstance(before["figure"], dict):
                 line["figure"] = add_up([before["figure"], line["figure"]])
             lines[line["part"]] = line
     return lines
@@ -266,8 +302,9 @@ def write_document(source, check=False):
     written = front + BEGIN + table(source) + END + rest.split(END)[1]
     if check:
         return written == text
-    with open(path, "w") as file:
+    with open(path + ".new", "w") as file:
         file.write(written)
+    os.replace(path + ".new", path)
     return True
 
 

@@ -56,7 +56,7 @@ def main():
         checks.true("its figures", "| 15 kills, 6 checks, 0 failed |" in written and "1 failed |" in written)
         checks.true("and what there is none of", "not yet measured" in written)
         checks.true("it is as written", campaign.write_document(folder, check=True))
-        campaign.note(folder, "fuzzing", "by hand", "some executions")
+        campaign.note(folder, "fuzzing", "./dev fuzz", "some thousand executions")
         campaign.note(folder, "fuzzing", "./dev fuzz", {"executions": 1000})
         checks.true("it is not, with a figure more", not campaign.write_document(folder, check=True))
         campaign.note(folder, "fuzzing", "./dev fuzz", {"executions": 500})
@@ -103,6 +103,13 @@ def main():
         os.kill(child, signal.SIGKILL)
         os.waitpid(child, 0)
         checks.true("a unit goes on without its campaign", processes.until(lambda: not processes.is_running(unit), 10))
+
+        # What has not got as far as it is to keeps its place, and the others run.
+        os.truncate(record, 0)
+        campaign.parts = lambda source: [campaign.Part("mutation", UNIT, ["a 75"]), campaign.Part("crowd", UNIT, ["d 0"])]
+        campaign.Campaign(folder, folder, None).run()
+        checks.same("what is not through", [json.loads(line)["part"] for line in lines(record)], ["crowd"])
+        checks.same("no test is no success", campaign.figure_of("[  PASSED  ] 0 tests.\n"), {"tests": 0, "failed": 1})
 
         # What cannot run here is told of, and takes no figure's place.
         os.truncate(record, 0)

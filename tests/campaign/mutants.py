@@ -7,7 +7,8 @@
 
 The sources are copied to the work folder and built there. What has become of each change is a line of
 results.jsonl in it, so that a run which is stopped goes on with the changes that are left; --again tries those
-that no test had noticed once more. Ends with the share of those that were noticed, and names the others.
+that no test had noticed once more, but for those of the list below. Ends when N changes that compile were judged, with
+the share of those that were noticed, and names the others; with 75 when the time was up before.
 
 Some changes cannot be noticed: a table that begins with other room, a check that another one makes as well. They
 stand in equivalent.txt with the reason, by the text of their line, and count as no survivors. --check tells
@@ -59,6 +60,8 @@ WHOLE_BUILD = 3600
 AT_ONCE = 20
 PROGRAMS = ("raxel_tests", "raxel_library_tests", "raxel_hostile_tests")
 SUITE = re.compile(r"^(?:TYPED_)?TEST(?:_[FP])?\((\w+),", re.M)
+ENOUGH = 95  # of a hundred that can be noticed
+NOT_YET = 75  # the time was up before so many were judged
 EQUIVALENT = "tests/campaign/equivalent.txt"
 
 
@@ -221,7 +224,8 @@ class Mutants:
             resource.setrlimit(resource.RLIMIT_CPU, (patience, patience))
 
         process = subprocess.Popen(command, cwd=self.build, env={**os.environ, **settings}, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True, preexec_fn=limit)
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True, preexec_fn=limit,
+                                   pass_fds=[self.lock.fileno()])  # whoever goes on when this is killed holds up the next run
         try:
             return process.wait(20 * patience)
         except subprocess.TimeoutExpired:
@@ -305,28 +309,37 @@ class Mutants:
         known = self.known(sources)
         reasons = Equivalent(os.path.join(self.source, EQUIVALENT))
         tried, fresh = 0, []
-        for place in every[:wanted.number]:
+        judged, in_time = 0, True
+        for place in every:
             at = place.offset(sources[place.file])
             seen = known.get(place)
-            if seen and (not wanted.again or seen["end"] != "survives"):
-                continue
-            if time.monotonic() > end:
+            again = wanted.again and seen and seen["end"] == "survives" and not reasons.reason(sources[place.file], place)
+            in_time = not (again or not seen) or time.monotonic() <= end
+            if judged == wanted.number or not in_time:
                 break
+            if seen and not again:
+                judged += compiled(seen)
+                continue
             tried += 1
             known[place] = {**place._asdict(), "text": line_of(sources[place.file], at), "end": self.judge(place.file, at, place.was, place.new)}
+            judged += compiled(known[place])
             fresh.append(known[place])
             if len(fresh) == AT_ONCE:
                 self.keep(fresh)
         self.keep(fresh)
-        return Result(tried, len(every), known, {place: reasons.reason(sources[place.file], place) for place in known})
+        return Result(in_time, tried, len(every), known, {place: reasons.reason(sources[place.file], place) for place in known})
+
+
+def compiled(each):
+    return each["end"] != "does not compile"
 
 
 class Result:
     """What became of the changes that compile: noticed by a test, equivalent with a reason, or neither."""
 
-    def __init__(self, tried, of, known, reasons):
-        self.tried, self.of = tried, of
-        ends = {place: each["end"] for place, each in known.items() if each["end"] != "does not compile"}
+    def __init__(self, through, tried, of, known, reasons):
+        self.through, self.tried, self.of = through, tried, of
+        ends = {place: each["end"] for place, each in known.items() if compiled(each)}
         self.judged = len(ends)
         alive = sorted(place for place, end in ends.items() if end == "survives")
         self.noticed = self.judged - len(alive)
@@ -340,6 +353,7 @@ class Result:
             print(f"{place.told()} survives")
         able = self.judged - len(self.equivalent)
         shares = [100 * self.noticed / max(1, count) for count in (able, self.judged)]
+        self.share = shares[0]
         print(f"mutants: {self.tried} tried now, of {self.of} that there are")
         print(json.dumps({"mutants": self.judged, "noticed": self.noticed, "equivalent, each with its reason": len(self.equivalent),
                           "survivors": len(self.survivors),
@@ -365,8 +379,11 @@ def main():
     wanted = arguments.parse_args()
     if wanted.check:
         return check(wanted.source)
-    Mutants(wanted.source, wanted.work).run(wanted).tell()
-    return 0
+    result = Mutants(wanted.source, wanted.work).run(wanted)
+    result.tell()
+    if not result.through:
+        return NOT_YET
+    return 0 if result.share >= ENOUGH else 1
 
 
 if __name__ == "__main__":

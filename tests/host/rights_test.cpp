@@ -146,6 +146,10 @@ TEST_F(OutputRights, NobodyGetsMoreThanTheOldFileGaveHim) {
   putOld(0674, 7);
   replaceAsAnother();
   EXPECT_EQ(mode(), 0644u);
+  // And those of the old group are now among all others, who had more.
+  putOld(0604, 7);
+  replaceAsAnother();
+  EXPECT_EQ(mode(), 0600u);
   // Root keeps everything.
   putOld(0660, 7);
   EXPECT_EQ(replace(), "");
@@ -187,6 +191,15 @@ TEST_F(OutputRights, AListOfUsersIsKept) {
   EXPECT_EQ(replace(), "");
   EXPECT_EQ(listed(), "");
   EXPECT_EQ(mode(), 0640u);
+  // What a list has for a group would be another group's.
+  if (geteuid() == 0) {
+    putOld(0600, 7);
+    ASSERT_EQ(setxattr(path.c_str(), kName, list.data(), list.size(), 0), 0);
+    ASSERT_EQ(chmod(path.c_str(), 0664), 0);
+    replaceAsAnother();
+    EXPECT_EQ(listed(), "");
+    EXPECT_EQ(mode(), 0600u);
+  }
   // A new file has it.
   unlink(path.c_str());
   EXPECT_EQ(replace(), "");

@@ -77,6 +77,10 @@ TEST_F(ProfileRights, NobodyGetsMoreThanTheOldFileGaveHim) {
   putOld(02664, 7);
   rewriteAsAnother();
   EXPECT_EQ(mode(), 0644u);
+  // And those of the old group are now among all others, who had more.
+  putOld(0604, 7);
+  rewriteAsAnother();
+  EXPECT_EQ(mode(), 0600u);
   // Root keeps everything.
   putOld(0660, 7);
   rewrite();
@@ -104,6 +108,18 @@ TEST_F(ProfileRights, AListOfUsersIsKept) {
   rewrite();
   EXPECT_EQ(listed(), "");
   EXPECT_EQ(mode(), 0640u);
+}
+
+// What a list has for a group would be another group's.
+TEST_F(ProfileRights, AListStaysWithItsGroup) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs to be two users";
+  putOld(0604, 7);
+  const std::string list = listOf(1);
+  if (setxattr(path.c_str(), kList, list.data(), list.size(), 0) != 0) GTEST_SKIP() << "this disk has none";
+  ASSERT_EQ(chmod(path.c_str(), 0664), 0);
+  rewriteAsAnother();
+  EXPECT_EQ(listed(), "");
+  EXPECT_EQ(mode(), 0600u);
 }
 
 TEST_F(ProfileRights, AListThatIsTooLongGivesTheGroupNothing) {
