@@ -23,7 +23,7 @@ Picture inLetters(const ChangingRows &rows, size_t width) {
     char color = 'w';
     for (const uint32_t place : rows.row(index)) {
       color = color == 'w' ? 'b' : 'w';
-      std::fill(row.begin() + place, row.end(), color);
+      std::fill(row.begin() + static_cast<ptrdiff_t>(place), row.end(), color);
     }
     picture.push_back(row);
   }
