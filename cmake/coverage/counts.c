@@ -11,6 +11,7 @@
 #include <elf.h>
 #include <fcntl.h>
 #include <link.h>
+#include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -48,9 +49,11 @@ static const ElfW(Phdr) * parts(void) {
 
 // A copy of a library has the same, and one that is linked again has another.
 static void appendBuildId(char *path) {
+  // A program that is not moved has addresses for places.
+  const uintptr_t base = __ehdr_start.e_type == ET_EXEC ? 0 : (uintptr_t)&__ehdr_start;
   for (int i = 0; i < __ehdr_start.e_phnum; ++i) {
     if (parts()[i].p_type != PT_NOTE) continue;
-    const char *at = (const char *)&__ehdr_start + parts()[i].p_vaddr, *end = at + parts()[i].p_memsz;
+    const char *at = (const char *)(base + parts()[i].p_vaddr), *end = at + parts()[i].p_memsz;
     while (at < end) {
       const ElfW(Nhdr) *note = (const ElfW(Nhdr) *)at;
       const char *data = at + sizeof *note + ((note->n_namesz + 3) & ~3u);

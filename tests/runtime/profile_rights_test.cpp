@@ -1,14 +1,49 @@
 // SPDX-License-Identifier: MIT
-// Who may do what with a profile once it has been rewritten.
+// Who may do what with a profile once it has been rewritten. This program has its own getxattr, fsetxattr
+// and fchmod, which can fail.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <string>
 
 #include "raxel/profile.h"
 #include "support/temp_dir.h"
+
+namespace {
+
+constexpr int kEmptyList = -1;
+int getxattrError, fsetxattrError, fchmodError;
+std::string listToTell;  // in the place of the disk's
+
+}  // namespace
+
+extern "C" ssize_t getxattr(const char *path, const char *name, void *value, size_t size) noexcept {
+  if (!listToTell.empty() && listToTell.size() <= size) {
+    std::memcpy(value, listToTell.data(), listToTell.size());
+    return static_cast<ssize_t>(listToTell.size());
+  }
+  if (getxattrError == kEmptyList) return 0;
+  if (getxattrError == 0) return static_cast<ssize_t>(syscall(SYS_getxattr, path, name, value, size));
+  errno = getxattrError;
+  return -1;
+}
+
+extern "C" int fsetxattr(int fd, const char *name, const void *value, size_t size, int flags) noexcept {
+  if (fsetxattrError == 0) return static_cast<int>(syscall(SYS_fsetxattr, fd, name, value, size, flags));
+  errno = fsetxattrError;
+  return -1;
+}
+
+extern "C" int fchmod(int fd, mode_t mode) noexcept {
+  if (fchmodError == 0) return static_cast<int>(syscall(SYS_fchmod, fd, mode));
+  errno = fchmodError;
+  return -1;
+}
 
 namespace {
 
@@ -29,6 +64,11 @@ std::string listOf(uint32_t users) {
 struct ProfileRights : testing::Test {
   support::TempDir folder;
   std::string path = folder.file("p.ini");
+
+  ~ProfileRights() override {
+    getxattrError = fsetxattrError = fchmodError = 0;
+    listToTell.clear();
+  }
 
   void putOld(mode_t mode, gid_t group = 0) const {
     unlink(path.c_str());
@@ -130,6 +170,38 @@ TEST_F(ProfileRights, AListThatIsTooLongGivesTheGroupNothing) {
   rewrite();
   EXPECT_EQ(listed(), "");
   EXPECT_EQ(mode(), 0600u);
+}
+
+// Whom a list had kept out would be let in without it.
+TEST_F(ProfileRights, AListThatIsLostLeavesTheOwnerAlone) {
+  putOld(0664);
+  getxattrError = EIO;
+  rewrite();
+  EXPECT_EQ(mode(), 0600u);
+  putOld(0664);
+  listToTell = listOf(1);
+  fsetxattrError = EIO;
+  rewrite();
+  EXPECT_EQ(mode(), 0600u);
+}
+
+TEST_F(ProfileRights, DisksWithoutListsOrRightsAreNoObstacle) {
+  for (const int error : {ENODATA, EOPNOTSUPP, ENOSYS, kEmptyList}) {
+    putOld(0664);
+    getxattrError = error;
+    rewrite();
+    EXPECT_EQ(mode(), 0664u) << error;
+  }
+  for (const int error : {EPERM, EOPNOTSUPP, ENOSYS}) {
+    putOld(0664);
+    fchmodError = error;
+    rewrite();
+    EXPECT_EQ(mode(), 0600u) << error;
+  }
+  putOld(0664);
+  fchmodError = EIO;
+  WritePrivateProfileString("s", "k", "9", path.c_str());
+  EXPECT_EQ(support::readText(path), "[s]\nk=1\n") << "the old one stays";
 }
 
 }  // namespace
