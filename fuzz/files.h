@@ -18,7 +18,8 @@ void writeWhole(const std::string &name, const Bytes &bytes) {
   std::FILE *file = std::fopen(name.c_str(), "wb");
   require(file != nullptr, "a file of the target's own");
   std::setvbuf(file, nullptr, _IONBF, 0);
-  require(std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size(), "room for it");
+  // Where there are no bytes there may be no address either.
+  require(bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size(), "room for it");
   std::fclose(file);
 }
 
@@ -30,7 +31,8 @@ Bytes readWhole(const std::string &name) {
   std::FILE *file = std::fopen(name.c_str(), "rb");
   require(file != nullptr, "a file of the target's own");
   std::setvbuf(file, nullptr, _IONBF, 0);
-  require(std::fread(bytes.data(), 1, bytes.size(), file) == bytes.size(), "as many bytes as it has");
+  require(bytes.empty() || std::fread(bytes.data(), 1, bytes.size(), file) == bytes.size(),
+          "as many bytes as it has");
   std::fclose(file);
   return bytes;
 }
