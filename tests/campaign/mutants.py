@@ -311,16 +311,18 @@ class Mutants:
         tried, fresh = 0, []
         judged, in_time = 0, True
         for place in every:
-            at = place.offset(sources[place.file])
+            if judged == wanted.number:
+                break
             seen = known.get(place)
             again = wanted.again and seen and seen["end"] == "survives" and not reasons.reason(sources[place.file], place)
             in_time = not (again or not seen) or time.monotonic() <= end
-            if judged == wanted.number or not in_time:
+            if not in_time:
                 break
             if seen and not again:
                 judged += compiled(seen)
                 continue
             tried += 1
+            at = place.offset(sources[place.file])
             known[place] = {**place._asdict(), "text": line_of(sources[place.file], at), "end": self.judge(place.file, at, place.was, place.new)}
             judged += compiled(known[place])
             fresh.append(known[place])

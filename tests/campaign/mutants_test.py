@@ -68,6 +68,8 @@ def main():
 
         first = run(number=2)
         checks.same("two are tried", (first.tried, first.of, first.judged), (2, 5, 2))
+        checks.true("as many as are wanted need no time", run(number=2, seconds=-1).through)
+        checks.true("more of them do", not run(number=3, seconds=-1).through)
         result = run()
         checks.same("the others are, when it goes on", (result.tried, result.judged, result.noticed), (3, 5, 3))
         checks.same("what nothing can notice", {place.told(): why for place, why in result.equivalent.items()},
