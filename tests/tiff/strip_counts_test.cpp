@@ -3,6 +3,8 @@
 // the output fails.
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "runtime/file_limit.h"
 #include "runtime/unaligned.h"
 #include "support/random.h"
@@ -108,6 +110,13 @@ constexpr uint32_t kWidth = 4000;
 constexpr uint32_t kHeight = 80;
 constexpr uint32_t kWindow = 12288;  // what a stream keeps of a file: it fails when a full one does
 
+// How many bytes a row's codes take, without an end of line.
+uint32_t faxRow(const Bytes &row, uint32_t width) {
+  std::string pixels;
+  for (uint32_t x = 0; x < width; ++x) pixels += (row[x / 8] << x % 8 & 0x80) != 0 ? 'w' : 'b';
+  return static_cast<uint32_t>(reference::packBits01(reference::fax1D(pixels)).size());
+}
+
 // How long the writes are that a host would see of a strip, one after the other.
 std::vector<uint32_t> writesOf(int32_t compression, const std::vector<Bytes> &rows) {
   std::vector<uint32_t> writes;
@@ -121,10 +130,7 @@ std::vector<uint32_t> writesOf(int32_t compression, const std::vector<Bytes> &ro
                 .size());
       }
     } else {
-      std::string pixels;
-      for (uint32_t x = 0; x < kWidth; ++x) pixels += (row[x / 8] << x % 8 & 0x80) != 0 ? 'w' : 'b';
-      add(reference::packBits01(reference::fax1D(pixels)).size() +
-          (compression == RAXEL_STORED_COMPRESS_T4 ? 2 : 0));
+      add(faxRow(row, kWidth) + (compression == RAXEL_STORED_COMPRESS_T4 ? 2u : 0u));
     }
   }
   for (int i = 0; compression == RAXEL_STORED_COMPRESS_T4 && i < 5; ++i) add(2);
@@ -192,6 +198,78 @@ TEST_P(FullDisk, AStripCountsWhatWasTried) {
     EXPECT_EQ(use.setup.tiff.nStripBytes, expected) << limit;
     kvlClose(file);
   }
+}
+
+// Where the codes of a first row end: it is noise up to some byte, and white from there on.
+struct LongRow {
+  static constexpr uint32_t kWidth = 64000;
+  Bytes pixels;
+  uint32_t coded;  // with its end of line
+  uint32_t end;    // in a file whose first strip begins with it
+};
+
+// Such rows which end at most so many bytes before the disk does, each at another one.
+std::vector<LongRow> rowsEndingBefore(uint32_t limit, uint32_t height, uint32_t most, uint64_t seed) {
+  support::HostOutput front;
+  {
+    InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T4);
+    Handle descriptor = 0;
+    BeginCellBitmap(front.file, LongRow::kWidth, height, 1, Bytes(6).data(), &descriptor);
+    EndCellBitmap(front.file, descriptor);
+  }
+  support::Random random(seed);
+  const Bytes noise = random.bytes(LongRow::kWidth / 8);
+  std::map<uint32_t, LongRow> rows;
+  for (size_t length = noise.size(); length > 0; --length) {
+    LongRow row{Bytes(noise.begin(), noise.begin() + static_cast<ptrdiff_t>(length)), 0, 0};
+    row.pixels.resize(noise.size(), 0xFF);
+    row.coded = faxRow(row.pixels, LongRow::kWidth) + 2;
+    row.end = static_cast<uint32_t>(front.bytes().size()) + 2 + row.coded;
+    if (row.end + most < limit) break;
+    if (row.end > limit) length -= (row.end - limit) / 8;  // a byte of noise takes less than eight
+    if (row.end <= limit) rows.emplace(row.end, row);
+  }
+  std::vector<LongRow> all;
+  for (auto &[end, row] : rows) all.push_back(std::move(row));
+  return all;
+}
+
+// What the first strip counts when its rows are all like this one.
+uint32_t countedOnFullDisk(const LongRow &row, uint32_t height) {
+  const support::TempDir dir;
+  InUse use(RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_COMPRESS_T4);
+  const Handle file = kvlOpen(dir.file("full.tif").c_str(), nullptr, KVL_OUTPUT);
+  Bytes rows;
+  for (uint32_t i = 0; i < height; ++i) rows.insert(rows.end(), row.pixels.begin(), row.pixels.end());
+  const Pixels block(rows);
+  {
+    const support::FileLimit disk(kWindow - 1);
+    EXPECT_EQ(support::writePicture(file, {LongRow::kWidth, height, 1, {}, Bytes(6)}, block.handle()),
+              RAXEL_CANNOT_WRITE);
+  }
+  kvlClose(file);
+  return use.setup.tiff.nStripBytes;
+}
+
+// The five ends of line behind a T.4 strip are tried one by one.
+TEST(FullDiskEnd, AStripCountsTheMarksThatWereTried) {
+  const std::vector<LongRow> rows = rowsEndingBefore(kWindow, 1, 10, 5);
+  EXPECT_GE(rows.size(), 4u);
+  for (const LongRow &row : rows) {
+    const uint32_t marks = std::min((kWindow - row.end) / 2 + 1, 5u);
+    EXPECT_EQ(countedOnFullDisk(row, 1), 2 + row.coded + 2 * marks) << row.end;
+  }
+}
+
+// Of a strip of two rows the second is tried as well where the disk ends with the first, or behind it.
+TEST(FullDiskEnd, AStripCountsTheRowThatFoundNoRoomAtAll) {
+  std::vector<LongRow> rows;
+  for (uint64_t seed = 1; seed < 20 && (rows.empty() || rows.back().end != kWindow); ++seed) {
+    rows = rowsEndingBefore(kWindow, 8, 10, seed);
+  }
+  ASSERT_FALSE(rows.empty());
+  EXPECT_EQ(rows.back().end, kWindow);
+  for (const LongRow &row : rows) EXPECT_EQ(countedOnFullDisk(row, 8), 2 + 2 * row.coded) << row.end;
 }
 
 // A piece coded by itself counts in the same way.
