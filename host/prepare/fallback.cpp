@@ -49,22 +49,38 @@ bool anyRowAlternates(const Block &block) {
   return false;
 }
 
-// Rows in the shortest strip: strips hold a quarter of the rows, and the last what is left.
-uint32_t shortestStrip(uint32_t height) {
-  const uint32_t rows = std::max(height / 4, 1u);
-  const uint32_t last = height % rows;
+// Strips hold a quarter of the rows, and the last what is left.
+uint32_t stripRows(const RaxelPlan &plan) {
+  return plan.strips == RAXEL_STRIPS_ONE ? plan.height : std::max(plan.height / 4, 1u);
+}
+
+uint32_t shortestStrip(const RaxelPlan &plan) {
+  const uint32_t rows = stripRows(plan);
+  const uint32_t last = plan.height % rows;
   return last == 0 ? rows : last;
+}
+
+// True when the last row of the picture, or of a strip of several rows, takes a byte: libtiff may lose it.
+bool anyStripEndsInAByte(const Block &block) {
+  const RaxelPlan &plan = block.plan;
+  const auto takesAByte = [&](uint32_t y) {
+    return huffmanBits(block.row(y), plan.width, !codesComplement(plan)) <= 8;
+  };
+  const uint32_t rows = stripRows(plan);
+  for (uint32_t end = rows; rows > 1 && end < plan.height; end += rows) {
+    if (takesAByte(end - 1)) return true;
+  }
+  return takesAByte(plan.height - 1);
 }
 
 }  // namespace
 
 Fallback fallbackOf(const Block &block) {
   const RaxelPlan &plan = block.plan;
-  if (plan.compression == RAXEL_COMPRESS_LZW && rowBytes(plan) * shortestStrip(plan.height) == 1) {
+  if (plan.compression == RAXEL_COMPRESS_LZW && rowBytes(plan) * shortestStrip(plan) == 1) {
     return {RAXEL_COMPRESS_PACKBITS, RAXEL_NOTE_LZW_AS_PACKBITS};
   }
-  if (plan.compression == RAXEL_COMPRESS_HUFFMAN && plan.width < 64 &&
-      huffmanBits(block.row(plan.height - 1), plan.width, !codesComplement(plan)) <= 8) {
+  if (plan.compression == RAXEL_COMPRESS_HUFFMAN && plan.width < 64 && anyStripEndsInAByte(block)) {
     return {RAXEL_COMPRESS_PACKBITS, RAXEL_NOTE_HUFFMAN_AS_PACKBITS};
   }
   if (codesRuns(plan.compression) && plan.width % 32 == 0 && anyRowAlternates(block)) {

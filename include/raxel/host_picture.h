@@ -133,7 +133,7 @@ enum {
   RAXEL_NOTE_REDUCED = 4,               // colours or levels were lost
   RAXEL_NOTE_DITHERED = 8,              // lost levels were spread by error diffusion
   RAXEL_NOTE_LZW_AS_PACKBITS = 16,      // one-byte strips, which LZW cannot carry here
-  RAXEL_NOTE_HUFFMAN_AS_PACKBITS = 32,  // a one-byte last row, which a common reader misreads
+  RAXEL_NOTE_HUFFMAN_AS_PACKBITS = 32,  // a one-byte row ends a strip: a common reader misreads it
   RAXEL_NOTE_RUNS_AS_T6 = 64,           // a row of T.4 or Huffman with more runs than a common reader takes
   RAXEL_NOTE_DOCUMENT = 128,            // taken for a document: grey is cut and not dithered
   RAXEL_NOTE_NO_DOCUMENT = 256,         // taken for none: grey is dithered

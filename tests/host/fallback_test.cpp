@@ -82,6 +82,34 @@ TEST(HostFallback, HuffmanGoesOutAsPackBitsWhenTheLastRowFitsInAByte) {
   EXPECT_GT(large, 100);
 }
 
+namespace {
+
+// A picture of 5 by 16 pixels, striped but for one row, which is white.
+int withWhiteRow(uint32_t at, int strips) {
+  TestPicture picture(5, 16, 1);
+  for (uint32_t y = 0; y < 16; ++y) {
+    for (uint32_t x = 0; x < 5; ++x) picture.setIndex(x, y, y == at || x % 2 == 1 ? 1 : 0);
+  }
+  RaxelRequest wanted = request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_HUFFMAN);
+  wanted.finish = 1;
+  wanted.strips = strips;
+  return prepared(picture, wanted).plan.compression;
+}
+
+}  // namespace
+
+// Readers lose the last row of any strip that has several.
+TEST(HostFallback, HuffmanGoesOutAsPackBitsWhenTheLastRowOfAStripFitsInAByte) {
+  for (uint32_t at = 0; at < 16; ++at) {
+    EXPECT_EQ(withWhiteRow(at, RAXEL_STRIPS_QUARTERS),
+              at % 4 == 3 ? RAXEL_COMPRESS_PACKBITS : RAXEL_COMPRESS_HUFFMAN)
+        << at;
+    EXPECT_EQ(withWhiteRow(at, RAXEL_STRIPS_ONE),
+              at == 15 ? RAXEL_COMPRESS_PACKBITS : RAXEL_COMPRESS_HUFFMAN)
+        << at;
+  }
+}
+
 TEST(HostFallback, APackBitsFallbackIsNotComplemented) {
   TestPicture picture(4, 2, 1);
   const Prepared made = prepared(picture, request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_HUFFMAN));
