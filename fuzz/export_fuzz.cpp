@@ -29,8 +29,10 @@ int32_t listen(HostWord context, HostWord a, HostWord, HostWord, HostWord percen
 
 using fuzz::oneOf;
 
-// Option codes that exist, and some that do not. Sizes stay small: half an inch at most.
+// Option codes that exist, and some that do not. Sizes stay small: mostly an eighth of an inch, half an
+// inch at most.
 void settle(fuzz::Input &input, RasterSetup &setup) {
+  const double inch = input.rarely(8) ? 1 : 0.25;
   setup.nBitmapMode =
       oneOf<int32_t>(input, {RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_MODE_GREY16, RAXEL_STORED_MODE_GREY256,
                              RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_MODE_COLOR16, 220,
@@ -50,8 +52,8 @@ void settle(fuzz::Input &input, RasterSetup &setup) {
       oneOf<uint16_t>(input, {RAXEL_STORED_LAYOUT_STRIPS, RAXEL_STORED_LAYOUT_TILES, 0});
   setup.tiff.nXResolution = oneOf<int16_t>(input, {32, 96, 100, 300, 400, 1, 0, -1, -400});
   setup.tiff.nYResolution = oneOf<int16_t>(input, {32, 96, 100, 300, 400, 1, 0, -1, -400});
-  setup.dWidth = oneOf(input, {0.5, 0.03125, 0.3, 0.0, -0.2, 1e-300});
-  setup.dHeight = oneOf(input, {0.5, 0.03125, 0.3, 0.0, -0.2, 1e-300});
+  setup.dWidth = inch * oneOf(input, {0.5, 0.03125, 0.3, 0.0, -0.2, 1e-300});
+  setup.dHeight = inch * oneOf(input, {0.5, 0.03125, 0.3, 0.0, -0.2, 1e-300});
 }
 
 Handle block(const std::vector<uint8_t> &bytes) {
@@ -66,17 +68,22 @@ void put(uint8_t *record, size_t at, T value) {
   std::memcpy(record + at, &value, sizeof value);
 }
 
+uint32_t longestSide(const fuzz::Input &input) {
+  return input.rarely(8) ? 90 : 24;
+}
+
 void describe(fuzz::Input &input, uint8_t *info) {
   put(info, 2, oneOf<uint16_t>(input, {96, 0, 1, 300}));  // display dots per inch
   const auto unitsPerInch = oneOf<uint16_t>(input, {100, 72, 300, 1, 0});
   put(info, 10, unitsPerInch);
   // Up to half an inch; without a resolution the extents are inches already.
-  const uint32_t longest = unitsPerInch == 0 ? 1 : unitsPerInch / 2;
+  const uint32_t longest = unitsPerInch == 0 ? 1 : unitsPerInch / (input.rarely(8) ? 2u : 8u);
   for (const size_t at : {12u, 16u}) {
     const auto extent = static_cast<int32_t>(input.between(0, longest));
     put(info, at, input.byte() % 16 == 0 ? -extent : extent);
   }
-  for (const size_t at : {20u, 24u}) put(info, at, static_cast<int32_t>(input.between(0, 90)));
+  for (const size_t at : {20u, 24u})
+    put(info, at, static_cast<int32_t>(input.between(0, longestSide(input))));
 }
 
 // Whether the output stays below these sides or is too large for any block. In between, a side of less than
@@ -128,8 +135,8 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
   PictureRecord picture{};
   picture.nBits = oneOf<uint16_t>(input, {1, 4, 8, 24, 32, 16, 0});
-  picture.nWidth = static_cast<uint16_t>(input.between(0, 90));
-  picture.nHeight = static_cast<uint16_t>(input.between(0, 90));
+  picture.nWidth = static_cast<uint16_t>(input.between(0, longestSide(input)));
+  picture.nHeight = static_cast<uint16_t>(input.between(0, longestSide(input)));
   const unsigned palette = input.byte();
   if (palette % 4 != 0 && picture.nBits <= 8) {
     auto colors = input.bytes(palette % 4 == 1 ? palette : size_t{3} << picture.nBits);
@@ -153,8 +160,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const auto pixels = input.rest();
   for (size_t i = 0; i < rows.size() && !pixels.empty(); ++i) rows[i] = pixels[i % pixels.size()];
   picture.hBits = block(rows);
-  // Large pictures take long, and are tried now and then.
-  const uint64_t side = filling % 64 == 3 ? 2000 : 260;
+  const uint64_t side = input.rarely(64) ? 2000 : 260;
   const bool modest = isModest(*static_cast<RasterSetup *>(GlobalLock(setup)), picture, info, side);
   GlobalUnlock(setup);
 

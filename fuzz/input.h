@@ -14,7 +14,7 @@ namespace fuzz {
 
 class Input {
  public:
-  Input(const uint8_t *data, size_t size) : data_(data), left_(size) {}
+  Input(const uint8_t *data, size_t size) : data_(data), left_(size), sum_(sumOf({data, size})) {}
 
   // Past the end of the input everything is 0.
   uint8_t byte() {
@@ -32,6 +32,9 @@ class Input {
   }
   // Now and then: once in so many bytes.
   bool once(unsigned in) { return byte() % in == in - 1; }
+  // One input in so many, whatever it says: for what takes long. What a fuzzer makes of a slow input would
+  // mostly be slow as well, if a byte of the input said so.
+  bool rarely(unsigned in) const { return sum_ % in == 0; }
   // A number from low to high, both included; spans of up to 65536 numbers.
   uint32_t between(uint32_t low, uint32_t high) { return low + word() % (high - low + 1); }
 
@@ -47,8 +50,15 @@ class Input {
   size_t left() const { return left_; }
 
  private:
+  static uint32_t sumOf(std::span<const uint8_t> bytes) {
+    uint32_t sum = 0x811C9DC5u;  // FNV-1a, and its high bits among the low ones
+    for (const uint8_t byte : bytes) sum = static_cast<uint32_t>((sum ^ byte) * uint64_t{0x01000193});
+    return sum ^ sum >> 15;
+  }
+
   const uint8_t *data_;
   size_t left_;
+  uint32_t sum_;
 };
 
 template <typename T, size_t N>
