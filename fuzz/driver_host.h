@@ -20,6 +20,7 @@ class DriverHost {
     // A small display and page: pictures may have to be as large.
     SetDisplayInfo(64, 48, 96, 96);
     SetPrinterInfo(0.5, 0.4, 60, 60);
+    stream.keepNoLog();
     const unsigned failing = input.byte();
     if (failing % 4 == 1) stream.failAt(failing / 4 * 8 + 1);
     if (failing % 4 == 2) stream.limitTo(size_t{failing} * 8);
@@ -210,7 +211,7 @@ class DriverHost {
     const unsigned choice = input_.byte();
     int32_t primitive = isActive ? RAXEL_PRIMITIVE_END_RASTER : RAXEL_PRIMITIVE_BEGIN_RASTER;
     if (choice % 8 == 7) primitive = static_cast<int32_t>(choice / 8) - 16;
-    if (primitive == RAXEL_PRIMITIVE_END_RASTER && ++pictures_ > kMostPictures) primitive = 0;
+    if (primitive == RAXEL_PRIMITIVE_END_RASTER && ++pictures_ > mostPictures()) primitive = 0;
     uint32_t points = choice % 4;
     if (choice == 253) points = 0xFFFFFFFFu;
     if (choice == 254) points = 0x555556u;
@@ -236,7 +237,7 @@ class DriverHost {
     const bool isActive = lpEMData != nullptr && lpEMData->bCellActive != 0;
     uint32_t columns, rows;
     sides(columns, rows);
-    if (!isActive && ++pictures_ > kMostPictures) rows = 0;
+    if (!isActive && ++pictures_ > mostPictures()) rows = 0;
     int32_t bits = precision();
     Host::put(record, 24, number());
     Host::put(record, 48, number());
@@ -264,7 +265,8 @@ class DriverHost {
     }
   }
 
-  static constexpr unsigned kMostPictures = 5;  // each costs more than a hundred records
+  // Each costs more than a hundred records.
+  unsigned mostPictures() const { return input_.rarely(8) ? 5 : 2; }
 
   Input &input_;
   Bytes rows_;

@@ -31,7 +31,7 @@ constexpr size_t kLongestInBlock = 200;
 size_t lengthOf(fuzz::Input &input) {
   const unsigned choice = input.byte();
   if (choice < 128) return choice % 16;
-  if (choice < 192) return size_t{choice} * 8;
+  if (choice < 192 || !input.rarely(8)) return choice % 64 * size_t{8};
   if (choice < 250) return 12288u * (choice % 3 + 1) + choice % 5 - 2;
   return input.between(0, 40000);
 }
@@ -113,6 +113,7 @@ void onBlock(fuzz::Input &input) {
 
 void onProcedure(fuzz::Input &input) {
   support::HostStream host;
+  host.keepNoLog();
   KvlStreamDesc descriptor = {};
   descriptor.lpMemVar = host.context();
   descriptor.lpfnProc = host.procedureWord();

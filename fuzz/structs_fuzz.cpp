@@ -33,6 +33,7 @@ class Stream {
  public:
   Stream(const Bytes &bytes, uint16_t order) {
     KvlStreamDesc descriptor = {};
+    host_.keepNoLog();
     descriptor.lpMemVar = host_.context();
     descriptor.lpfnProc = host_.procedureWord();
     handle_ = kvlOpen("records", &descriptor, KVL_OUTPUT);

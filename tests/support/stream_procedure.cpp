@@ -102,7 +102,7 @@ HostWord HostStream::dispatch(HostWord contextOrToken, HostWord op, HostWord arg
   bool failing = self->failed_ && self->failForever_;
   if (self->untilFailure_ > 0 && --self->untilFailure_ == 0) self->failed_ = failing = true;
   call.answer = self->perform(call, arg1, failing);
-  self->calls_.push_back(call);
+  if (self->logs_) self->calls_.push_back(call);
   if (op == kOpen && call.answer != 0) return contextOrToken;
   return static_cast<HostWord>(call.answer);
 }

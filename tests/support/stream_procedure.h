@@ -66,6 +66,8 @@ class HostStream {
   // are folded into "write 1 x 12".
   std::string log() const;
   void clearLog() { calls_.clear(); }
+  // For a host that never looks at the calls: colours and rows come in thousands of them.
+  void keepNoLog() { logs_ = false; }
 
   std::vector<uint8_t> &bytes() { return bytes_; }
   const std::vector<uint8_t> &bytes() const { return bytes_; }
@@ -86,6 +88,7 @@ class HostStream {
   size_t capacity_ = SIZE_MAX;
   size_t untilFailure_ = 0;  // 0: no failure to come
   bool failForever_ = false;
+  bool logs_ = true;
   bool failed_ = false;
   bool open_ = false;
   bool deleted_ = false;
