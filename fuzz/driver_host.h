@@ -18,8 +18,9 @@ class DriverHost {
  public:
   explicit DriverHost(Input &input) : input_(input) {
     // A small display and page: pictures may have to be as large.
-    SetDisplayInfo(64, 48, 96, 96);
-    SetPrinterInfo(0.5, 0.4, 60, 60);
+    const int32_t part = input.rarely(16) ? 1 : 4;
+    SetDisplayInfo(64 / part, 48 / part, 96, 96);
+    SetPrinterInfo(0.5 / part, 0.4 / part, 60, 60);
     stream.keepNoLog();
     const unsigned failing = input.byte();
     if (failing % 4 == 1) stream.failAt(failing / 4 * 8 + 1);
@@ -51,8 +52,9 @@ class DriverHost {
     settings.tiff.wLayoutMode = modes % 16 == 1 ? RAXEL_STORED_LAYOUT_TILES : RAXEL_STORED_LAYOUT_STRIPS;
     settings.tiff.nXResolution = static_cast<int16_t>(input_.between(32, 60));
     settings.tiff.nYResolution = static_cast<int16_t>(input_.between(32, 60));
-    settings.dWidth = static_cast<double>(input_.between(1, 20)) / 32;
-    settings.dHeight = static_cast<double>(input_.between(1, 20)) / 32;
+    const double parts = input_.rarely(16) ? 32 : 128;
+    settings.dWidth = static_cast<double>(input_.between(1, 20)) / parts;
+    settings.dHeight = static_cast<double>(input_.between(1, 20)) / parts;
     settings.lpfnOutputProc = input_.once(4) ? nullptr : stream.procedure();
     host.status_[RAXEL_STATUS_PROC_CONTEXT] = stream.context();
   }
@@ -152,8 +154,9 @@ class DriverHost {
   // Sides of a raster: small, nothing at all, or more than any block holds.
   void sides(uint32_t &columns, uint32_t &rows) {
     const unsigned kind = input_.byte();
-    columns = input_.byte() % 40;
-    rows = input_.byte() % 40;
+    const unsigned longest = input_.rarely(16) ? 40 : 16;
+    columns = input_.byte() % longest;
+    rows = input_.byte() % longest;
     if (kind == 255) columns = rows = 0xFFFFFFFFu;
     if (kind == 254) columns = rows = 0x80000000u;
   }

@@ -29,10 +29,10 @@ int32_t listen(HostWord context, HostWord a, HostWord, HostWord, HostWord percen
 
 using fuzz::oneOf;
 
-// Option codes that exist, and some that do not. Sizes stay small: mostly an eighth of an inch, half an
+// Option codes that exist, and some that do not. Sizes stay small: mostly a sixteenth of an inch, half an
 // inch at most.
 void settle(fuzz::Input &input, RasterSetup &setup) {
-  const double inch = input.rarely(8) ? 1 : 0.25;
+  const double inch = input.rarely(64) ? 1 : 0.125;
   setup.nBitmapMode =
       oneOf<int32_t>(input, {RAXEL_STORED_MODE_BILEVEL, RAXEL_STORED_MODE_GREY16, RAXEL_STORED_MODE_GREY256,
                              RAXEL_STORED_MODE_COLOR8, RAXEL_STORED_MODE_COLOR16, 220,
@@ -69,7 +69,7 @@ void put(uint8_t *record, size_t at, T value) {
 }
 
 uint32_t longestSide(const fuzz::Input &input) {
-  return input.rarely(8) ? 90 : 24;
+  return input.rarely(64) ? 90 : 16;
 }
 
 void describe(fuzz::Input &input, uint8_t *info) {
@@ -77,7 +77,7 @@ void describe(fuzz::Input &input, uint8_t *info) {
   const auto unitsPerInch = oneOf<uint16_t>(input, {100, 72, 300, 1, 0});
   put(info, 10, unitsPerInch);
   // Up to half an inch; without a resolution the extents are inches already.
-  const uint32_t longest = unitsPerInch == 0 ? 1 : unitsPerInch / (input.rarely(8) ? 2u : 8u);
+  const uint32_t longest = unitsPerInch == 0 ? 1 : unitsPerInch / (input.rarely(64) ? 2u : 16u);
   for (const size_t at : {12u, 16u}) {
     const auto extent = static_cast<int32_t>(input.between(0, longest));
     put(info, at, input.byte() % 16 == 0 ? -extent : extent);
@@ -161,7 +161,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const auto pixels = input.rest();
   for (size_t i = 0; i < rows.size() && !pixels.empty(); ++i) rows[i] = pixels[i % pixels.size()];
   picture.hBits = block(rows);
-  const uint64_t side = input.rarely(64) ? 2000 : 260;
+  const uint64_t side = input.rarely(2048) ? 2000 : 260;
   const bool modest = isModest(*static_cast<RasterSetup *>(GlobalLock(setup)), picture, info, side);
   GlobalUnlock(setup);
 
