@@ -112,7 +112,7 @@ void packIndices(const Source &source, const std::vector<uint8_t> &indices, cons
 // The nearest entry for each pixel; true when all pixels have the very colours. If `allOrNone`, the first
 // row with a pixel that has not is the last.
 bool takeNearest(const Source &source, std::span<const Color> colors, bool allOrNone, const Block &block) {
-  NearestColor nearest(colors);
+  NearestColor nearest(colors, uint64_t{source.width()} * source.height());
   std::vector<uint8_t> room(size_t{source.width()} * 3), indices(source.width());
   bool exact = true;
   for (uint32_t y = 0; y < source.height(); ++y) {

@@ -94,7 +94,7 @@ void doRows(std::array<Row, kTogether> rows, ptrdiff_t count, ptrdiff_t width, N
 
 void diffuse(const Source &source, std::span<const Color> table, uint8_t *indices, Shares shares) {
   const size_t width = source.width();
-  NearestColor nearest(table);
+  NearestColor nearest(table, uint64_t{source.width()} * source.height());
   std::array<Lanes, 256> entries{};
   for (size_t i = 0; i < table.size(); ++i) readLanes(table[i].data(), entries[i]);
   std::vector<uint8_t> bytes(3 * width);

@@ -2,13 +2,16 @@
 #include "prepare/histogram.h"
 
 #include <algorithm>
+#include <array>
 #include <span>
+#include <utility>
 
 namespace prepare {
 namespace {
 
 constexpr uint64_t kEnough = 1 << 22;    // pixels
 constexpr uint32_t kFewCubes = 1 << 11;  // in which colours are told apart
+constexpr size_t kFewKeys = 1 << 14;     // that are sorted sooner than a table of all cubes is cleared
 
 uint32_t cubeOf(const uint8_t *color) {
   return static_cast<uint32_t>((color[0] >> 2) << 12 | (color[1] >> 2) << 6 | color[2] >> 2);
@@ -36,6 +39,27 @@ uint32_t stepFor(const Source &source) {
   uint32_t step = 1;
   while (uint64_t{source.width()} * source.height() / step > kEnough) step *= 2;
   return step;
+}
+
+uint8_t channelOf(uint32_t cube, uint32_t place) {
+  return static_cast<uint8_t>((cube & 63) << 2 | (place & 3));
+}
+
+Color colorAt(uint32_t cube, uint32_t place) {
+  return {channelOf(cube >> 12, place >> 4), channelOf(cube >> 6, place >> 2), channelOf(cube, place)};
+}
+
+// In ascending order, by eight bits of three at a time: keys of 24 bits.
+void sortKeys(std::vector<uint32_t> &keys) {
+  std::vector<uint32_t> other(keys.size());
+  for (unsigned shift = 0; shift < 24; shift += 8) {
+    std::array<uint32_t, 256> places{};
+    for (const uint32_t key : keys) ++places[key >> shift & 0xFF];
+    uint32_t first = 0;
+    for (uint32_t &place : places) first += std::exchange(place, first);
+    for (const uint32_t key : keys) other[places[key >> shift & 0xFF]++] = key;
+    keys.swap(other);
+  }
 }
 
 // Calls count(color) for the pixels that are looked at.
@@ -79,11 +103,68 @@ std::vector<ColorCount> eachColor(const Source &source, std::span<const Cube> cu
     for (uint32_t place = 0; place < 64; ++place) {
       const uint32_t n = counts[numbers[i] * 64u + place];
       if (n == 0) continue;
-      found.push_back({{static_cast<uint8_t>(i >> 12 << 2 | place >> 4),
-                        static_cast<uint8_t>((i >> 6 & 63) << 2 | (place >> 2 & 3)),
-                        static_cast<uint8_t>((i & 63) << 2 | (place & 3))},
-                       n});
+      found.push_back({colorAt(i, place), n});
     }
+  }
+  return found;
+}
+
+// Of a small picture: the same from its pixels side by side, first by cube and then by place.
+std::vector<ColorCount> fromSorted(const Source &source) {
+  std::vector<uint32_t> keys;
+  keys.reserve(size_t{source.width()} * source.height());
+  forEachSample(source, [&](const uint8_t *color) { keys.push_back(cubeOf(color) << 6 | placeOf(color)); });
+  sortKeys(keys);
+  // Each colour, and how many of these are the first of a cube.
+  std::vector<ColorCount> found;
+  uint32_t cubes = 0;
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (i == 0 || keys[i] >> 6 != keys[i - 1] >> 6) ++cubes;
+    if (i == 0 || keys[i] != keys[i - 1]) found.push_back({colorAt(keys[i] >> 6, keys[i] & 63), 0});
+    ++found.back().count;
+  }
+  if (cubes < kFewCubes) return found;
+  found.clear();
+  for (size_t i = 0; i < keys.size();) {
+    const uint32_t index = keys[i] >> 6;
+    Cube cube;
+    for (; i < keys.size() && keys[i] >> 6 == index; ++i) cube.add(colorAt(index, keys[i] & 63).data());
+    found.push_back(colorOf(index, cube));
+  }
+  return found;
+}
+
+uint32_t largerCubeOf(const Color &color) {
+  return static_cast<uint32_t>((color[0] >> 3) << 10 | (color[1] >> 3) << 5 | color[2] >> 3);
+}
+
+struct Sums {
+  uint64_t channels[3];
+  uint32_t count;
+
+  void add(const ColorCount &c) {
+    for (size_t k = 0; k < 3; ++k) channels[k] += uint64_t{c.mean[k]} * c.count;
+    count += c.count;
+  }
+  ColorCount mean() const {
+    return {{meanOf(0, channels[0], count), meanOf(0, channels[1], count), meanOf(0, channels[2], count)},
+            count};
+  }
+};
+
+// Few colours, side by side by cube. Their numbers must fit beside it into a key.
+std::vector<ColorCount> fewInLargerCubes(const std::vector<ColorCount> &histogram) {
+  constexpr unsigned kNumberBits = 9;
+  std::vector<uint32_t> keys(histogram.size());
+  for (uint32_t i = 0; i < keys.size(); ++i) keys[i] = largerCubeOf(histogram[i].mean) << kNumberBits | i;
+  sortKeys(keys);
+  std::vector<ColorCount> found;
+  for (size_t i = 0; i < keys.size();) {
+    const uint32_t index = keys[i] >> kNumberBits;
+    Sums cube{};
+    for (; i < keys.size() && keys[i] >> kNumberBits == index; ++i)
+      cube.add(histogram[keys[i] & ((1u << kNumberBits) - 1)]);
+    found.push_back(cube.mean());
   }
   return found;
 }
@@ -91,6 +172,7 @@ std::vector<ColorCount> eachColor(const Source &source, std::span<const Cube> cu
 }  // namespace
 
 std::vector<ColorCount> histogramOf(const Source &source) {
+  if (uint64_t{source.width()} * source.height() <= kFewKeys) return fromSorted(source);
   std::vector<Cube> cubes(64 * 64 * 64);
   forEachSample(source, [&](const uint8_t *color) { cubes[cubeOf(color)].add(color); });
   std::vector<ColorCount> found;
@@ -101,23 +183,12 @@ std::vector<ColorCount> histogramOf(const Source &source) {
 }
 
 std::vector<ColorCount> inLargerCubes(const std::vector<ColorCount> &histogram) {
-  struct Sums {
-    uint64_t channels[3];
-    uint32_t count;
-  };
+  if (histogram.size() <= 1u << 9) return fewInLargerCubes(histogram);
   std::vector<Sums> cubes(32 * 32 * 32);
-  for (const ColorCount &c : histogram) {
-    Sums &cube =
-        cubes[static_cast<size_t>((c.mean[0] >> 3) << 10 | (c.mean[1] >> 3) << 5 | c.mean[2] >> 3)];
-    for (size_t k = 0; k < 3; ++k) cube.channels[k] += uint64_t{c.mean[k]} * c.count;
-    cube.count += c.count;
-  }
+  for (const ColorCount &c : histogram) cubes[largerCubeOf(c.mean)].add(c);
   std::vector<ColorCount> found;
   for (const Sums &cube : cubes) {
-    if (cube.count == 0) continue;
-    found.push_back({{meanOf(0, cube.channels[0], cube.count), meanOf(0, cube.channels[1], cube.count),
-                      meanOf(0, cube.channels[2], cube.count)},
-                     cube.count});
+    if (cube.count != 0) found.push_back(cube.mean());
   }
   return found;
 }

@@ -41,7 +41,7 @@ uint8_t nearestEntry(std::span<const Color> table, const Color &color) {
 }
 
 Candidates::Candidates(std::span<const Color> table)
-    : table_(table), all_(table.size()), large_(16 * 16 * 16), small_(32 * 32 * 32) {
+    : table_(table), all_(table.size()), large_(16 * 16 * 16), numbers_(large_.size()) {
   for (size_t i = 0; i < all_.size(); ++i) all_[i] = static_cast<uint8_t>(i);
 }
 
@@ -77,17 +77,15 @@ void Candidates::note(List &list, std::span<const uint8_t> from, const Color &co
 }
 
 std::span<const uint8_t> Candidates::around(const Color &color) {
-  const auto cell = [&](int bits) {
-    const int shift = 8 - bits;
-    return static_cast<size_t>((color[0] >> shift) << (2 * bits) | (color[1] >> shift) << bits |
-                               color[2] >> shift);
-  };
-  List &small = small_[cell(5)];
-  if (small.count == 0) {
-    List &large = large_[cell(4)];
-    if (large.count == 0) note(large, all_, color, 16);
-    note(small, listed(large), color, 8);
+  const auto cell = static_cast<size_t>((color[0] >> 4) << 8 | (color[1] >> 4) << 4 | color[2] >> 4);
+  if (large_[cell].count == 0) {
+    note(large_[cell], all_, color, 16);
+    numbers_[cell] = static_cast<uint16_t>(small_.size());
+    small_.emplace_back();
   }
+  List &small = small_[numbers_[cell]][static_cast<size_t>((color[0] >> 3 & 1) << 2 |
+                                                           (color[1] >> 3 & 1) << 1 | (color[2] >> 3 & 1))];
+  if (small.count == 0) note(small, listed(large_[cell]), color, 8);
   return listed(small);
 }
 
@@ -100,8 +98,11 @@ std::span<const uint8_t> Candidates::inSmallCell(const Color &low) {
   return possible_;
 }
 
-NearestColor::NearestColor(std::span<const Color> table)
-    : table_(table), candidates_(table), answered_(64 * 64 * 64), answers_(kAnswers) {
+NearestColor::NearestColor(std::span<const Color> table, uint64_t pixels)
+    : table_(table), candidates_(table) {
+  if (pixels <= kFewPixels) return;
+  answered_.resize(64 * 64 * 64);
+  answers_.resize(kAnswers);
   for (size_t i = 0; i < table.size(); ++i) {
     answers_.insert(answers_.end(), kAnswers, static_cast<uint8_t>(i));
   }
@@ -125,6 +126,10 @@ void NearestColor::answer(size_t cell) {
 }
 
 void NearestColor::findRow(std::span<const uint8_t> colors, uint8_t *indices) {
+  if (answered_.empty()) {
+    for (; !colors.empty(); colors = colors.subspan(3)) *indices++ = find(colors[0], colors[1], colors[2]);
+    return;
+  }
   const uint32_t *answered = answered_.data();
   const uint8_t *answers = answers_.data();
   const uint8_t *end = colors.data() + colors.size();

@@ -42,20 +42,26 @@ class Candidates {
   void keepPossible(std::span<const uint8_t> from, const Color &low, int side);
 
   std::span<const Color> table_;
-  std::vector<uint8_t> all_;         // every index
-  std::vector<List> large_, small_;  // cells of side 16 and 8
-  std::vector<uint8_t> lists_;       // their candidates, each list in the table's order
-  std::vector<uint8_t> possible_;    // what keepPossible has kept
+  std::vector<uint8_t> all_;                // every index
+  std::vector<List> large_;                 // cells of side 16
+  std::vector<uint16_t> numbers_;           // of them, among those that somebody has asked about
+  std::vector<std::array<List, 8>> small_;  // of these, the cells of side 8
+  std::vector<uint8_t> lists_;              // their candidates, each list in the table's order
+  std::vector<uint8_t> possible_;           // what keepPossible has kept
 };
 
 // For millions of pixels: the answers for the 64 colours of a cell of side 4 are kept, so that a pixel
-// costs two look-ups from the second time on.
+// costs two look-ups from the second time on. Few pixels are done before the room for all that is cleared,
+// and compare with candidates each.
 class NearestColor {
  public:
+  static constexpr uint64_t kFewPixels = 1 << 13;
+
   // Up to 256 entries; borrowed.
-  explicit NearestColor(std::span<const Color> table);
+  explicit NearestColor(std::span<const Color> table, uint64_t pixels = UINT64_MAX);
 
   uint8_t find(uint8_t red, uint8_t green, uint8_t blue) {
+    if (answered_.empty()) return candidates_.find({red, green, blue});
     const size_t cell = cellOf(red, green, blue);
     if (answered_[cell] == 0) answer(cell);
     return answers_[answered_[cell] * kAnswers + placeOf(red, green, blue)];
@@ -78,7 +84,7 @@ class NearestColor {
 
   std::span<const Color> table_;
   Candidates candidates_;
-  std::vector<uint32_t> answered_;  // of each cell: the number of its answers, 0 for none yet
+  std::vector<uint32_t> answered_;  // of each cell: the number of its answers, 0 for none yet; or empty
   std::vector<uint8_t> answers_;    // 64 of each number; from 1 on those of one entry throughout
 };
 

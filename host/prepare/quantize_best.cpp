@@ -17,7 +17,7 @@ int quantizeBest(const Source &source, uint32_t colors, bool dither, Reduced &ou
     diffuse(source, table, out.indices.data());
     return RAXEL_HOST_OK;
   }
-  NearestColor nearest(table);
+  NearestColor nearest(table, uint64_t{source.width()} * source.height());
   std::vector<uint8_t> row(size_t{source.width()} * 3);
   for (uint32_t y = 0; y < source.height(); ++y) {
     const uint8_t *pixels = source.colorsOf(y, row.data());

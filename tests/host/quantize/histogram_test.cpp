@@ -5,8 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <map>
 
 #include "host/pictures.h"
+#include "support/random.h"
 
 using host_test::TestPicture;
 using prepare::Color;
@@ -16,6 +19,88 @@ namespace {
 
 std::vector<ColorCount> histogram(const TestPicture &picture) {
   return prepare::histogramOf(prepare::Source(picture.view, RAXEL_TREAT_NONE, nullptr));
+}
+
+// The same by a map: cubes of 4 by 4 by 4, or colours where they fill fewer than 2048 cubes.
+std::vector<ColorCount> plainHistogram(const TestPicture &picture) {
+  struct Sums {
+    uint64_t count = 0, channels[3] = {};
+  };
+  std::map<Color, Sums> cubes, colors;
+  for (uint32_t y = 0; y < picture.view.height; ++y) {
+    for (uint32_t x = 0; x < picture.view.width; ++x) {
+      const uint8_t *c = picture.view.rows + y * picture.view.stride + 3 * x;
+      for (Sums *sums : {&cubes[{static_cast<uint8_t>(c[0] / 4), static_cast<uint8_t>(c[1] / 4),
+                                 static_cast<uint8_t>(c[2] / 4)}],
+                         &colors[{c[0], c[1], c[2]}]}) {
+        ++sums->count;
+        for (size_t k = 0; k < 3; ++k) sums->channels[k] += c[k];
+      }
+    }
+  }
+  std::vector<ColorCount> found;
+  for (const auto &[key, sums] : cubes.size() < 2048 ? colors : cubes) {
+    Color mean{};
+    for (size_t k = 0; k < 3; ++k)
+      mean[k] = static_cast<uint8_t>((sums.channels[k] + sums.count / 2) / sums.count);
+    found.push_back({mean, static_cast<uint32_t>(sums.count)});
+  }
+  // Colours side by side by cube.
+  const auto cubeOf = [](const ColorCount &c) {
+    return Color{static_cast<uint8_t>(c.mean[0] / 4), static_cast<uint8_t>(c.mean[1] / 4),
+                 static_cast<uint8_t>(c.mean[2] / 4)};
+  };
+  std::ranges::stable_sort(found,
+                           [&](const ColorCount &a, const ColorCount &b) { return cubeOf(a) < cubeOf(b); });
+  return found;
+}
+
+bool same(const std::vector<ColorCount> &some, const std::vector<ColorCount> &others) {
+  return std::ranges::equal(some, others, [](const ColorCount &a, const ColorCount &b) {
+    return a.mean == b.mean && a.count == b.count;
+  });
+}
+
+TEST(Histogram, IsTheSameOfSmallAndOfLargePictures) {
+  support::Random random(61);
+  // On both sides of 16384 pixels, of few colours, of many in few cubes and of many cubes.
+  for (uint32_t width : {1u, 7u, 60u, 127u, 128u, 129u, 200u}) {
+    for (unsigned mask : {0xC0u, 0x1Fu, 0x3Fu, 0xFFu}) {
+      TestPicture picture(width, 128, 24);
+      for (uint32_t y = 0; y < 128; ++y) {
+        for (uint32_t x = 0; x < width; ++x) {
+          picture.setColor(
+              x, y,
+              {static_cast<uint8_t>(random.byte() & mask), static_cast<uint8_t>(random.byte() & mask),
+               static_cast<uint8_t>(random.byte() & mask)});
+        }
+      }
+      ASSERT_TRUE(same(histogram(picture), plainHistogram(picture))) << width << ' ' << mask;
+    }
+  }
+}
+
+TEST(Histogram, LargerCubesAreTheSameOfFewColorsAndOfMany) {
+  support::Random random(62);
+  for (size_t count : {size_t{1}, size_t{2}, size_t{511}, size_t{512}, size_t{513}, size_t{3000}}) {
+    std::vector<ColorCount> colors(count);
+    for (ColorCount &c : colors)
+      c = {{random.byte(), static_cast<uint8_t>(random.byte() & 15), random.byte()}, random.byte() + 1u};
+    std::map<unsigned, std::array<uint64_t, 4>> cubes;
+    for (const ColorCount &c : colors) {
+      auto &sums = cubes[static_cast<unsigned>(c.mean[0] / 8 * 1024 + c.mean[1] / 8 * 32 + c.mean[2] / 8)];
+      for (size_t k = 0; k < 3; ++k) sums[k] += uint64_t{c.mean[k]} * c.count;
+      sums[3] += c.count;
+    }
+    std::vector<ColorCount> plain;
+    for (const auto &[cube, sums] : cubes) {
+      const auto mean = [&sums = sums](size_t k) {
+        return static_cast<uint8_t>((sums[k] + sums[3] / 2) / sums[3]);
+      };
+      plain.push_back({{mean(0), mean(1), mean(2)}, static_cast<uint32_t>(sums[3])});
+    }
+    ASSERT_TRUE(same(prepare::inLargerCubes(colors), plain)) << count;
+  }
 }
 
 TEST(Histogram, TellsColorsApartWhereThereAreFewCubes) {

@@ -19,7 +19,7 @@ TEST(NearestColor, FindsTheFirstOfTheNearest) {
     std::vector<Color> table(count);
     for (Color &c : table) c = {random.byte(), random.byte(), random.byte()};
     if (count > 2) table[count - 1] = table[1];  // a second one of the same colour is never chosen
-    prepare::NearestColor nearest(table);
+    prepare::NearestColor nearest(table), few(table, prepare::NearestColor::kFewPixels);
     prepare::Candidates candidates(table);
     for (int i = 0; i < 4000; ++i) {
       const uint8_t red = random.byte(), green = random.byte(), blue = random.byte();
@@ -28,6 +28,7 @@ TEST(NearestColor, FindsTheFirstOfTheNearest) {
         if (squares(table[k], red, green, blue) < squares(table[best], red, green, blue)) best = k;
       }
       ASSERT_EQ(nearest.find(red, green, blue), best) << count;
+      ASSERT_EQ(few.find(red, green, blue), best) << count;
       ASSERT_EQ(candidates.find({red, green, blue}), best) << count;
       ASSERT_EQ(prepare::nearestEntry(table, {red, green, blue}), best) << count;
     }
@@ -38,11 +39,13 @@ TEST(NearestColor, FindsWholeRows) {
   support::Random random(22);
   std::vector<Color> table(200);
   for (Color &c : table) c = {random.byte(), random.byte(), random.byte()};
-  prepare::NearestColor rows(table), pixels(table);
-  std::vector<uint8_t> indices(1000);
+  prepare::NearestColor rows(table), few(table, 1), pixels(table);
+  std::vector<uint8_t> indices(1000), ofFew(1000);
   for (int n = 0; n < 4; ++n) {
     const std::vector<uint8_t> colors = random.bytes(3000);
     rows.findRow(colors, indices.data());
+    few.findRow(colors, ofFew.data());
+    ASSERT_EQ(ofFew, indices);
     for (size_t x = 0; x < 1000; ++x) {
       ASSERT_EQ(indices[x], pixels.find(colors[3 * x], colors[3 * x + 1], colors[3 * x + 2]));
     }
