@@ -158,7 +158,9 @@ DirectoryEntry readEntry(const Bytes &bytes, uint64_t at, Directory &directory) 
   }
   // Of the strips none is left unlooked at; a tag that stands twice does not count again.
   const bool all = isNeeded(entry.tag) && !directory.find(entry.tag);
-  for (uint32_t i = 0; i < (all ? entry.count : std::min(entry.count, kMostValues)); ++i) {
+  const uint32_t count = all ? entry.count : std::min(entry.count, kMostValues);
+  entry.values.reserve(count);
+  for (uint32_t i = 0; i < count; ++i) {
     entry.values.push_back(valueAt(bytes, place + uint64_t{kTypes[entry.type].size} * i, entry.type));
   }
   return entry;

@@ -104,15 +104,17 @@ Json jsonOf(const InspectedPage &page) {
       json["text"] = entry.text;
     } else {
       // Whole numbers are shown as such.
-      json["values"] = Json::array();
+      Json::array_t values;
+      values.reserve(entry.values.size());
       for (double value : entry.values) {
         const bool whole = value == std::floor(value);
-        json["values"].push_back(whole ? Json(static_cast<int64_t>(value)) : Json(value));
+        values.push_back(whole ? Json(static_cast<int64_t>(value)) : Json(value));
       }
+      json["values"] = std::move(values);
     }
-    entries.push_back(json);
+    entries.push_back(std::move(json));
   }
-  return {{"entries", entries}, {"faults", page.directory.faults}, {"decodes", page.decoded}};
+  return {{"entries", std::move(entries)}, {"faults", page.directory.faults}, {"decodes", page.decoded}};
 }
 
 }  // namespace

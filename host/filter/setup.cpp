@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "filter/setup.h"
 
+#include <optional>
+
 #include "failure.h"
 #include "output/hold.h"
 
@@ -19,7 +21,8 @@ Setup::~Setup() {
 
 int32_t Setup::tryEscape(int32_t escape, int32_t size, const void *value, bool save) {
   // A profile being rewritten is not left half done, nor are its temporary files left behind.
-  const Hold hold;
+  std::optional<Hold> hold;
+  if (save) hold.emplace();
   return library_.escapeSetup(handle_, escape, size, value, nullptr, save ? 1 : 0);
 }
 

@@ -49,6 +49,10 @@ void applyMetadata(const RaxelMetadata &metadata, FinishedPage &page) {
 }
 
 uint64_t metadataBytes(const RaxelMetadata &metadata) {
+  const auto isEmpty = [](const char *given) { return !given || *given == '\0'; };
+  if (isEmpty(metadata.description) && isEmpty(metadata.artist) && isEmpty(metadata.copyright) &&
+      isEmpty(metadata.dateTime) && (!metadata.icc || metadata.iccBytes == 0))
+    return 0;
   FinishedPage page;
   const uint64_t without = directoryBytes(page, 0);
   applyMetadata(metadata, page);

@@ -22,6 +22,7 @@ struct NewEntry {
 
 NewEntry numbers(Tag tag, Type type, std::span<const uint32_t> values) {
   NewEntry entry{tag, type, static_cast<uint32_t>(values.size()), {}};
+  entry.value.reserve(values.size() * (type == kShort ? 2 : 4));
   for (const uint32_t value : values) put(entry.value, value, type == kShort ? 2 : 4);
   return entry;
 }
@@ -97,7 +98,9 @@ std::vector<NewEntry> entriesOf(const FinishedPage &page) {
 // Entry count, entries, the next directory's place (none yet), values; all at even places.
 std::vector<uint8_t> directoryAt(uint64_t start, const std::vector<NewEntry> &entries) {
   std::vector<uint8_t> front, values;
-  const uint64_t valuesAt = start + kCountBytes + kEntryBytes * entries.size() + kLinkBytes;
+  const size_t frontBytes = kCountBytes + kEntryBytes * entries.size() + kLinkBytes;
+  const uint64_t valuesAt = start + frontBytes;
+  front.reserve(frontBytes);
   put(front, static_cast<uint32_t>(entries.size()), kCountBytes);
   for (const NewEntry &entry : entries) {
     put(front, entry.tag, 2);

@@ -2,8 +2,9 @@
 #include "pictures/gif_pages.h"
 
 #include <algorithm>
-#include <unordered_map>
+#include <optional>
 
+#include "prepare/distinct.h"
 #include "prepare/source.h"
 
 namespace host {
@@ -82,22 +83,21 @@ void GifPages::takeAway(const GifFrame &frame, const Background &background) {
 // The screen as indices while there are no more than 256 colours on it, else as colours.
 void GifPages::show(Picture &out) const {
   const size_t pixels = colors_.size() / 3;
-  std::unordered_map<uint32_t, uint8_t> entries;
+  prepare::DistinctColors distinct;
   std::vector<uint8_t> indices(pixels);
   size_t i = 0;
   for (; i < pixels; ++i) {
-    const uint8_t *c = colors_.data() + 3 * i;
-    const auto [entry, isNew] = entries.try_emplace(uint32_t{c[0]} << 16 | uint32_t{c[1]} << 8 | c[2],
-                                                    static_cast<uint8_t>(entries.size()));
-    if (isNew && entries.size() > 256) break;
-    if (isNew) std::copy_n(c, 3, out.table.begin() + 3 * entry->second);
-    indices[i] = entry->second;
+    const std::optional<uint8_t> index = distinct.add(colors_.data() + 3 * i, 256);
+    if (!index) break;
+    indices[i] = *index;
   }
+  const std::span<const prepare::Color> colors = distinct.colors();
+  for (size_t k = 0; k < colors.size(); ++k) std::ranges::copy(colors[k], out.table.data() + 3 * k);
   const bool indexed = i == pixels;
   if (!indexed) out.announce(screen_.width, screen_.height, 24);
   out.allocate(screen_.width, screen_.height, indexed ? 8 : 24);
   std::ranges::copy(indexed ? indices : colors_, out.pixels.data());
-  if (indexed) out.useTable(static_cast<uint32_t>(entries.size()));
+  if (indexed) out.useTable(static_cast<uint32_t>(colors.size()));
 }
 
 }  // namespace host

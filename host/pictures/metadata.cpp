@@ -99,6 +99,7 @@ void readDirectory(Bytes tiff, uint64_t directory, Metadata &to) {
   const uint64_t entries = numberAt(tiff, directory, big ? 8 : 2, little);
   for (uint64_t i = 0; i < std::min(entries, kMostEntries); ++i) {
     const uint64_t at = directory + (big ? 8 : 2) + (4 + 2 * place) * i;
+    if (at >= tiff.size()) break;  // a count that the block does not hold
     const uint64_t count = numberAt(tiff, at + 4, place, little), valueAt = at + 4 + place;
     const Bytes value =
         partOf(tiff, count <= place ? valueAt : numberAt(tiff, valueAt, place, little), count);
