@@ -53,6 +53,8 @@ void compare(const finish::FinishedPage &page, const std::vector<uint8_t> &file,
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   fuzz::Input input(data, size);
+  // Telling what is seen takes longer than everything else together.
+  const bool isTold = input.rarely(16);
   const unsigned what = input.byte();
   const uint64_t base = what % 8 == 7 ? input.word() : 0;
   std::string texts[5];
@@ -73,7 +75,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     seen.bytes = bytes.size();
     seen.pages[0].directory = host::readDirectory(bytes, at);
     for (const auto &entry : seen.pages[0].directory.entries) host::meaning(entry);
-    fuzz::require(!host::toJson(seen).empty(), "an inspection that can be told");
+    fuzz::require(!isTold || !host::toJson(seen).empty(), "an inspection that can be told");
   }
   host::pagePlaces(bytes, places);
 

@@ -29,12 +29,12 @@ int32_t choice(fuzz::Input &input, int count) {
 // A page: a picture in places of exactly its size, and what is wanted of it.
 class Page {
  public:
-  Page(fuzz::Input &input, RaxelPicture &picture, RaxelRequest &request)
+  Page(fuzz::Input &input, bool isLarge, RaxelPicture &picture, RaxelRequest &request)
       : colors_(input.byte() + 1u),
         paletteColors_(input.byte() + 1u),
         table_(ramp(input, colors_)),
         palette_(ramp(input, paletteColors_)),
-        rows_(rowsOf(input, picture)) {
+        rows_(rowsOf(input, isLarge, picture)) {
     picture.rows = input.once(64) ? nullptr : rows_.data();
     picture.table = colors_ % 4 == 0 ? nullptr : table_.data();
     picture.colors = picture.table == nullptr ? 0 : colors_;
@@ -49,10 +49,10 @@ class Page {
     return bytes;
   }
 
-  static std::vector<uint8_t> rowsOf(fuzz::Input &input, RaxelPicture &picture) {
+  static std::vector<uint8_t> rowsOf(fuzz::Input &input, bool isLarge, RaxelPicture &picture) {
     picture.bits = oneOf<uint32_t>(input, {1, 2, 4, 8, 24, 1, 8, 24, 0, 3, 16, 32});
-    picture.width = input.byte() % 70;
-    picture.height = input.byte() % 50;
+    picture.width = input.byte() % (isLarge ? 70u : 26u);
+    picture.height = input.byte() % (isLarge ? 50u : 12u);
     const size_t rowBytes = (size_t{picture.width} * picture.bits + 7) / 8;
     picture.stride = rowBytes + (input.once(4) ? input.byte() % 16u : 0u);
     if (input.once(32)) picture.stride = rowBytes / 2;  // refused, and so never read
@@ -121,6 +121,7 @@ bool isModest(const RaxelPicture &picture, const RaxelRequest &request, uint64_t
 // The program around the export.
 struct Program {
   fuzz::Input &input;
+  bool isLarge;
   uint64_t mostPixels;
   unsigned untilStop = 0, untilRefusal = 0, pages = 1;
   std::vector<std::unique_ptr<Page>> shown;
@@ -144,7 +145,7 @@ struct Program {
     auto &self = *static_cast<Program *>(context);
     fuzz::require(page == self.shown.size() && before != nullptr, "the next page");
     if (page >= self.pages) return self.input.once(16) ? 7 : 0;
-    self.shown.push_back(std::make_unique<Page>(self.input, *picture, *request));
+    self.shown.push_back(std::make_unique<Page>(self.input, self.isLarge, *picture, *request));
     return isModest(*picture, *request, self.mostPixels) ? 1 : 0;
   }
 };
@@ -156,8 +157,9 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   RaxelHostJob job;
   raxelHostJobDefaults(&job, sizeof job);
   const unsigned what = input.byte();
-  // Large pages take long, and are tried now and then.
-  Program program{input, what % 16 == 15 ? 200000u : 24000u, 0, 0, 1, {}, {}};
+  // Large pages take long, and are tried now and then, the largest rarely.
+  const bool isLarge = input.rarely(64);
+  Program program{input, isLarge, input.rarely(2048) ? 200000u : isLarge ? 24000u : 1500u, 0, 0, 1, {}, {}};
   job.context = &program;
   job.flags = RAXEL_HOST_VERIFY;
   if (what % 16 == 1) job.flags |= RAXEL_HOST_DRY_RUN;
@@ -182,7 +184,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     metadata.iccBytes = icc.size();
     job.metadata = &metadata;
   }
-  program.shown.push_back(std::make_unique<Page>(input, job.picture, job.request));
+  program.shown.push_back(std::make_unique<Page>(input, program.isLarge, job.picture, job.request));
   if (!isModest(job.picture, job.request, program.mostPixels)) return 0;
 
   RaxelHostResult result{};
