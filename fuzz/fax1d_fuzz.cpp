@@ -7,6 +7,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const fuzz::FaxPicture picture(data, size);
   std::vector<uint8_t> codes;
+  codes.reserve(200);
   fuzz::codeRows(picture, codes, [&](std::span<const uint8_t> row, tiff::FaxBuffer &buffer) {
     return tiff::encodeFaxRow(row, picture.width, RAXEL_TIFF_HUFFMAN, buffer);
   });

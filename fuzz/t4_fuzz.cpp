@@ -6,7 +6,9 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const fuzz::FaxPicture picture(data, size);
-  std::vector<uint8_t> strip = {0x00, 0x01};
+  std::vector<uint8_t> strip;
+  strip.reserve(300);
+  strip.insert(strip.end(), {0x00, 0x01});
   fuzz::codeRows(picture, strip, [&](std::span<const uint8_t> row, tiff::FaxBuffer &buffer) {
     return tiff::encodeFaxRow(row, picture.width, RAXEL_TIFF_T4, buffer);
   });

@@ -70,6 +70,7 @@ const CodeList &listedModes() {
 // CodeList to bytes, first bit highest, the last byte filled with zeros.
 class CodeWriter {
  public:
+  CodeWriter() { bytes_.reserve(200); }
   void add(TypedCode code) {
     held_ = held_ << code.length | code.bits;
     for (count_ += code.length; count_ >= 8; count_ -= 8) {

@@ -16,6 +16,11 @@ using Bytes = std::vector<uint8_t>;
 // black.
 class ChangingRows {
  public:
+  // Most pictures of tests are small.
+  ChangingRows() {
+    places_.reserve(100);
+    ends_.reserve(20);
+  }
   size_t count() const { return ends_.size(); }
   std::span<const uint32_t> row(size_t index) const {
     const size_t begin = index == 0 ? 0 : ends_[index - 1];

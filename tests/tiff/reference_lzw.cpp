@@ -48,8 +48,9 @@ class LinkedStrings {
 };
 
 template <class Strings>
-std::vector<LzwCode> codesOf(std::span<const uint8_t> strip, Strings strings) {
+std::vector<LzwCode> codesOf(std::span<const uint8_t> strip, Strings &strings) {
   std::vector<LzwCode> out;
+  out.reserve(strip.size() + 4);
   uint32_t width = 9;
   uint32_t next = 258;
   out.push_back({256, width});
@@ -88,15 +89,20 @@ std::vector<LzwCode> codesOf(std::span<const uint8_t> strip, Strings strings) {
 }  // namespace
 
 std::vector<LzwCode> lzwCodes(std::span<const uint8_t> strip) {
-  return codesOf(strip, SearchedStrings());
+  SearchedStrings strings;
+  return codesOf(strip, strings);
 }
 
 std::vector<LzwCode> lzwCodesSooner(std::span<const uint8_t> strip) {
-  return codesOf(strip, LinkedStrings());
+  // What a string of an earlier strip left is met by none of this one.
+  static thread_local LinkedStrings strings;
+  strings.clear();
+  return codesOf(strip, strings);
 }
 
 Bytes packLzw(std::span<const LzwCode> codes) {
   Bytes out;
+  out.reserve(codes.size() * 3 / 2 + 2);
   uint32_t held = 0, bits = 0;
   for (const LzwCode &c : codes) {
     held = held << c.width | c.code;
@@ -114,7 +120,9 @@ Bytes unpackLzw(std::span<const uint8_t> codes, size_t length) {
     size_t size;
   };
   Bytes out;
+  out.reserve(length);
   std::vector<String> strings;  // from code 258 on
+  strings.reserve(std::min<size_t>(length, 4096));
   uint32_t width = 9;
   size_t bit = 0;
   bool cleared = false;
