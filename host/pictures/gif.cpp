@@ -65,12 +65,13 @@ void layOnScreen(const GifScreen &screen, const Background &background, Picture 
 void readGif(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   const GifScreen screen = gifScreen(bytes);
   if (!out.isPage && gifHasFurtherPictures(bytes)) out.notes.push_back(kFurtherPictures);
-  if (screen.width != 0 && screen.height != 0) {
-    // The frame's table may be smaller than its codes allow.
-    out.tableKnown = false;
-    out.announce(screen.width, screen.height, 8);
-    out.tableKnown = true;
-  }
+  // The decoder finds a frame behind some damage; of that one nobody could say how large it will be.
+  if (screen.width == 0 || screen.height == 0)
+    throw Unreadable("is damaged: no frame is where one belongs");
+  // The frame's table may be smaller than its codes allow.
+  out.tableKnown = false;
+  out.announce(screen.width, screen.height, 8);
+  out.tableKnown = true;
   readWithLeptonica(bytes, background, out);
   const int transparent = gifTransparentIndex(bytes);
   if (transparent >= 0 && static_cast<uint32_t>(transparent) < out.view.colors)
