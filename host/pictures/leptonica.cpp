@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Through Leptonica: JPEG 2000, PAM, and the frames of GIF.
+// Through Leptonica: JPEG 2000, PAM with an opacity, and the frames of GIF.
 #include "prepare/leptonica.h"
 
 #include <algorithm>

@@ -7,6 +7,7 @@
 
 #include "failure.h"
 #include "pictures/confined.h"
+#include "pictures/pam.h"
 #include "pictures/peek.h"
 
 namespace host {
@@ -14,7 +15,7 @@ namespace {
 
 void readAs(const std::string &format, std::span<const uint8_t> bytes, const Background &background,
             Picture &out) {
-  if (format == "PNM") return readPnm(bytes, out);
+  if (format == "PNM" || (format == "PAM" && isOpaquePam(bytes))) return readPnm(bytes, out);
   if (format == "PNG") return readPng(bytes, background, out);
   if (format == "JPEG") return readJpeg(bytes, out);
   if (format == "PDF" || format == "SVG") {

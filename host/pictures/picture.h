@@ -81,7 +81,7 @@ void readPage(const Input &input, const Background &background, const Gate &gate
 class Unreadable : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
-void readPnm(std::span<const uint8_t> bytes, Picture &out);
+void readPnm(std::span<const uint8_t> bytes, Picture &out);  // and PAM where isOpaquePam (pam.h)
 void readPng(std::span<const uint8_t> bytes, const Background &background, Picture &out);
 void readJpeg(std::span<const uint8_t> bytes, Picture &out);
 void readTiff(std::span<const uint8_t> bytes, const Background &background, Picture &out);

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// PBM, PGM and PPM, plain and raw. Raw pictures of 1 and 8 bits are read where they lie; two levels of grey
-// take one bit.
+// PBM, PGM and PPM, plain and raw, and PAM without an opacity, which has their raw pixels. Raw pictures of
+// 1 and 8 bits are read where they lie; two levels of grey take one bit.
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
+#include "pictures/pam.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -13,7 +14,7 @@ namespace {
 // Walks over the text of a header or of a plain picture.
 class Scanner {
  public:
-  explicit Scanner(std::span<const uint8_t> bytes) : bytes_(bytes) {}
+  Scanner(std::span<const uint8_t> bytes, size_t at) : bytes_(bytes), at_(at) {}
 
   size_t at() const { return at_; }
   size_t left() const { return bytes_.size() - at_; }
@@ -64,8 +65,10 @@ class Scanner {
   }
 
   std::span<const uint8_t> bytes_;
-  size_t at_ = 2;  // past the magic
+  size_t at_;
 };
+
+constexpr size_t kMagicBytes = 2;
 
 struct Header {
   char kind;                     // '1' to '6'
@@ -84,6 +87,11 @@ Header readHeader(std::span<const uint8_t> bytes, Scanner &scanner) {
   if (header.most == 0) throw Unreadable("has a largest value of 0");
   if (header.raw()) scanner.endHeader();
   return header;
+}
+
+// As that of a PGM or PPM.
+Header headerOf(const PamHeader &pam) {
+  return {pam.depth == 1 ? '5' : '6', pam.width, pam.height, pam.most};
 }
 
 uint64_t rawStride(const Header &header) {
@@ -177,8 +185,9 @@ void readConverted(const Header &header, const uint8_t *in, Picture &out) {
 }  // namespace
 
 void readPnm(std::span<const uint8_t> bytes, Picture &out) {
-  Scanner scanner(bytes);
-  const Header header = readHeader(bytes, scanner);
+  const std::optional<PamHeader> pam = pamHeader(bytes);
+  Scanner scanner(bytes, pam ? pam->pixelsAt : kMagicBytes);
+  const Header header = pam ? headerOf(*pam) : readHeader(bytes, scanner);
   if (header.most > 255) out.notes.push_back(kReduced);
   if (!header.raw()) return readPlain(header, scanner, out);
   const uint64_t wanted = rawStride(header) * header.height;

@@ -77,6 +77,15 @@ def write_all(source, folder):
         path = os.path.join(folder, f"{name}.tif")
         subprocess.run(["convert", os.path.join(folder, "rgb.png"), *options, ("TIFF64:" if name == "big" else "") + path], check=True)
         made[path] = 1 if "jpeg" in options or "CMYK" in options else 0
+    # netpbm's own words for what Pillow cannot open: see meant().
+    for name, path in (("deep", "deep.png"), ("rgb", "rgb.png"), ("grey", "grey.png"), ("two", "two.png"), ("clear", "clear.png")):
+        options = ("-alphapam",) if name == "clear" else ()
+        pam = subprocess.run(["pngtopam", *options, os.path.join(folder, path)], check=True, capture_output=True).stdout
+        if not pam.startswith(b"P7"):
+            pam = subprocess.run(["pamtopam"], input=pam, check=True, capture_output=True).stdout
+        made[path := os.path.join(folder, f"{name}-pam.pam")] = 0
+        with open(path, "wb") as out:
+            out.write(pam)
     put_bombs(folder, photo, made)
     put_masks(folder, clear, made)
     put_small_frames(folder, photo, made)
@@ -154,6 +163,7 @@ def put_masks(folder, clear, made):
 
     put("bgra.bmp", 32, (0xFF0000, 0xFF00, 0xFF, 0xFF000000), [row.tobytes("raw", "BGRA") for row in rows])
     put("bgrx.bmp", 32, (0xFF0000, 0xFF00, 0xFF, 0), [row.tobytes("raw", "BGRA") for row in rows])
+    put("unclear.bmp", 32, (0xFF0000, 0xFF00, 0xFF, 0xFF000000), [row.convert("RGB").tobytes("raw", "BGRX") for row in rows])
     put("bgrx-1.bmp", 32, (0xFF0000, 0xFF00, 0xFF), [row.tobytes("raw", "BGRA") for row in rows], 1)
     put("565.bmp", 16, (0xF800, 0x7E0, 0x1F, 0), packed(5, 6, 5))
     put("555.bmp", 16, (0x7C00, 0x3E0, 0x1F, 0), packed(5, 5, 5))
@@ -161,7 +171,22 @@ def put_masks(folder, clear, made):
 
 
 def put_small_frames(folder, photo, made):
-    """GIFs whose first frame leaves a part of the screen free, with few colours and with as many as there may be."""
+    """Animations whose first frame leaves a part of the screen free; GIFs with few colours and with as many as there may be."""
+    photo.crop((0, 0, 40, 30)).save(path := os.path.join(folder, "frame.webp"), lossless=True)
+    with open(path, "rb") as file:
+        alone = file.read()[12:]  # its one chunk
+
+    def chunk(kind, data):
+        return kind + struct.pack("<I", len(data)) + data + bytes(len(data) % 2)
+
+    def three(*numbers):
+        return b"".join(struct.pack("<I", number)[:3] for number in numbers)
+
+    shown = chunk(b"ANMF", three(12 // 2, 8 // 2, 40 - 1, 30 - 1, 100) + b"\0" + alone)
+    all = chunk(b"VP8X", b"\x02\0\0\0" + three(61 - 1, 47 - 1)) + chunk(b"ANIM", b"\xff\xff\xff\xff\0\0") + shown
+    with open(path, "wb") as out:
+        out.write(chunk(b"RIFF", b"WEBP" + all))
+    made[path] = 0
     for colors in (2, 5, 200, 256):
         frame = photo.crop((0, 0, 40, 30)).quantize(colors)
         path = os.path.join(folder, f"frame-{colors}.gif")
@@ -177,11 +202,12 @@ def put_small_frames(folder, photo, made):
 
 
 def on_screen(image, color):
-    """A GIF's frame where it belongs. Pillow fills the screen with the file's background colour, which viewers leave clear."""
-    if image.format != "GIF" or not os.path.basename(image.filename).startswith("frame-"):
+    """A frame where it belongs. Pillow fills the screen with the file's background colour, or black, which viewers leave clear."""
+    if not os.path.basename(getattr(image, "filename", "")).startswith("frame"):
         return image
+    left, top = (12, 8) if image.format == "WEBP" else (13, 9)
     screen = Image.new("RGB", image.size, color)
-    screen.paste(image.convert("RGB").crop((13, 9, 53, 39)), (13, 9))
+    screen.paste(image.convert("RGB").crop((left, top, left + 40, top + 30)), (left, top))
     return screen
 
 
@@ -193,12 +219,13 @@ def upright(image):
 
 
 def meant(path, color):
-    # Pillow refuses to look at it.
-    with Image.open(path.replace("bombs", "plain")) as image:
+    # Pillow refuses to look at it, and cannot open PAM.
+    with Image.open(path.replace("bombs", "plain").replace("-pam.pam", ".png")) as image:
         image = on_screen(upright(image), color)
         if image.mode.startswith("I"):
             return image.convert("I").point(lambda v: v / 257).convert("L").convert("RGB")
-        if image.mode == "CMYK":
+        # An opacity of 0 everywhere is not meant.
+        if image.mode == "CMYK" or os.path.basename(path) == "unclear.bmp":
             return image.convert("RGB")
         over = image.convert("RGBA")
         under = Image.new("RGBA", over.size, (*color, 255))

@@ -94,6 +94,15 @@ TEST(HostPlan, PlansFinishedFilesAtEveryResolution) {
   EXPECT_EQ(codeOf(sized(60, 40, 1), wanted), RAXEL_HOST_BAD_RESOLUTION);
 }
 
+TEST(HostPlan, RefusesWaysToFinishThatThereAreNot) {
+  for (const auto &[finish, strips] : {std::pair{2, 0}, {-1, 0}, {1, RAXEL_STRIPS_ONE + 1}, {1, -1}}) {
+    RaxelRequest wanted = request(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_T6);
+    wanted.finish = finish;
+    wanted.strips = strips;
+    EXPECT_EQ(codeOf(sized(60, 40, 1), wanted), RAXEL_HOST_BAD_ARGUMENT) << finish << " " << strips;
+  }
+}
+
 TEST(HostPlan, CodesOneStripInFinishedFaxFilesOnly) {
   RaxelRequest wanted = request(RAXEL_MODE_BILEVEL);
   wanted.strips = RAXEL_STRIPS_ONE;

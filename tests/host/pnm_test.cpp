@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "pictures/pam.h"
 #include "pictures/picture.h"
 
 namespace {
@@ -178,4 +179,57 @@ TEST(Pnm, EveryPrefixOfAPictureIsReadOrRefused) {
       }
     }
   }
+}
+
+namespace {
+
+std::string pam(const std::string &depth, const std::string &most, const std::string &pixels) {
+  return "P7\nWIDTH 2\nHEIGHT 1\nDEPTH " + depth + "\nMAXVAL " + most + "\nTUPLTYPE ANY\nENDHDR\n" + pixels;
+}
+
+std::vector<uint8_t> rowOf(const std::string &file, uint32_t bits) {
+  Picture picture;
+  read(file, picture);
+  EXPECT_EQ(picture.view.bits, bits);
+  EXPECT_EQ(picture.view.width, 2u);
+  EXPECT_EQ(picture.view.height, 1u);
+  const uint8_t *row = picture.view.rows;
+  return {row, row + (2 * bits + 7) / 8};
+}
+
+using Row = std::vector<uint8_t>;
+
+}  // namespace
+
+TEST(Pam, HasThePixelsOfARawPgmOrPpm) {
+  EXPECT_EQ(rowOf(pam("1", "255", "\x12\x34"), 8), (Row{0x12, 0x34}));
+  EXPECT_EQ(rowOf(pam("1", "65535", "\x40\x00\xFF\xFF"s), 8), (Row{0x40, 0xFF}));
+  EXPECT_EQ(rowOf(pam("3", "255", "abcdef"), 24), (Row{'a', 'b', 'c', 'd', 'e', 'f'}));
+  EXPECT_EQ(rowOf(pam("3", "65535", "\x12\x34\x56\x78\x9A\xBC\xDE\xF0\x11\x22\x33\x44"), 24),
+            (Row{0x12, 0x56, 0x9A, 0xDE, 0x11, 0x33}));
+  // Black and white: 1 is white, a byte each.
+  EXPECT_EQ(rowOf(pam("1", "1", "\0\1"s), 1), (Row{0x40}));
+}
+
+TEST(Pam, NeedsAHeaderThatIsWhole) {
+  EXPECT_TRUE(host::isOpaquePam(bytesOf(pam("1", "255", ""))));
+  EXPECT_TRUE(
+      host::isOpaquePam(bytesOf("P7\n# so\n\n MAXVAL\t7 \nDEPTH 3\nHEIGHT 1\nWIDTH 9\r\nENDHDR\n"s)));
+  EXPECT_FALSE(host::isOpaquePam(bytesOf(pam("2", "255", ""))));
+  EXPECT_FALSE(host::isOpaquePam(bytesOf(pam("4", "255", ""))));
+  EXPECT_TRUE(host::pamHeader(bytesOf(pam("4", "255", ""))));
+  for (const std::string &wrong :
+       {pam("5", "255", ""), pam("0", "255", ""), pam("1", "65536", ""), pam("1", "0", ""),
+        pam("1", "-1", ""), pam("1", "2x", ""), pam("1", "", "")})
+    EXPECT_FALSE(host::pamHeader(bytesOf(wrong))) << wrong;
+  const std::string whole = pam("1", "255", "");
+  for (size_t size = 0; size < whole.size(); ++size)
+    EXPECT_FALSE(host::pamHeader(bytesOf(whole.substr(0, size)))) << size;
+  EXPECT_EQ(host::pamHeader(bytesOf(whole))->pixelsAt, whole.size());
+  // Comments without end are no header.
+  EXPECT_FALSE(host::pamHeader(bytesOf("P7\n#" + std::string(5000, 'x') + "\n" + whole.substr(3))));
+}
+
+TEST(Pam, EndsInTheMiddleOfItsPixels) {
+  EXPECT_EQ(errorOf(pam("3", "255", "abcde")), "ends after 5 of 6 bytes of pixels");
 }
