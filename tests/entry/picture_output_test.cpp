@@ -182,6 +182,16 @@ TEST_F(PictureOutput, SoDoAFewMoreThanEightMillionTiles) {
   EXPECT_TRUE(stream_.bytes().empty());
 }
 
+// Beyond 1,024 by 8,192 tiles.
+TEST_F(PictureOutput, SoDoesARowOrColumnOfTilesThatIsBegun) {
+  host_.settings().tiff.wLayoutMode = RAXEL_STORED_LAYOUT_TILES;
+  host_.settings().nCompressionMode = RAXEL_STORED_COMPRESS_T6;
+  constexpr double kWidth = 512 * 1024, kHeight = 128 * 8192;
+  EXPECT_EQ(output(kWidth + 1, kHeight), RAXEL_NO_MEMORY);
+  EXPECT_EQ(output(kWidth, kHeight + 2), RAXEL_NO_MEMORY);
+  EXPECT_TRUE(stream_.bytes().empty());
+}
+
 TEST_F(PictureOutput, WithoutSettingsIs27) {
   keepRecord_ = true;
   lpRaster = nullptr;
