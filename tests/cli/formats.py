@@ -183,9 +183,9 @@ def put_small_frames(folder, photo, made):
         return b"".join(struct.pack("<I", number)[:3] for number in numbers)
 
     shown = chunk(b"ANMF", three(12 // 2, 8 // 2, 40 - 1, 30 - 1, 100) + b"\0" + alone)
-    all = chunk(b"VP8X", b"\x02\0\0\0" + three(61 - 1, 47 - 1)) + chunk(b"ANIM", b"\xff\xff\xff\xff\0\0") + shown
+    whole = chunk(b"VP8X", b"\x02\0\0\0" + three(61 - 1, 47 - 1)) + chunk(b"ANIM", b"\xff\xff\xff\xff\0\0") + shown
     with open(path, "wb") as out:
-        out.write(chunk(b"RIFF", b"WEBP" + all))
+        out.write(chunk(b"RIFF", b"WEBP" + whole))
     made[path] = 0
     for colors in (2, 5, 200, 256):
         frame = photo.crop((0, 0, 40, 30)).quantize(colors)
