@@ -143,7 +143,7 @@ void tryElsewhere(const std::vector<ColorCount> &colors, std::vector<Color> &tab
     const size_t from = leastNeeded(best, table.size());
     const size_t to = byError(best, table.size())[failed];
     ++failed;
-    if (from == to) continue;
+    if (from == to || best.of[to].pixels == 0) continue;  // what nothing is nearest to has no sides
     std::vector<Color> trial = table;
     divide(best.of[to], trial[to], trial[from]);
     Clusters clusters = gather(colors, trial);
