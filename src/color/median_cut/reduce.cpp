@@ -11,6 +11,7 @@
 #include "color/median_cut/heap.h"
 #include "color/median_cut/histogram.h"
 #include "runtime/blocks.h"
+#include "runtime/unaligned.h"
 
 static_assert(sizeof(void *) != 4 || sizeof(ColorLibContext) == 24, "three handles and six numbers");
 
@@ -32,11 +33,21 @@ void putEntry(std::span<uint8_t> table, size_t i, uint32_t red5, uint32_t green5
   table[3 * i + 2] = widen(blue5);
 }
 
+// The first cell from here on that holds a colour, or kCells. Most cells of most pictures are empty: four
+// of them are looked at together.
+uint32_t nextCell(Counters counters, uint32_t cell) {
+  for (; cell % 4 != 0; ++cell) {
+    if (counters[cell] != 0) return cell;
+  }
+  while (cell < kCells && runtime::load<uint64_t>(&counters[cell]) == 0) cell += 4;
+  while (cell < kCells && counters[cell] == 0) ++cell;
+  return cell;
+}
+
 // The table of a picture with few colours: each of them, in the order of their cells.
 void listCells(Counters counters, std::span<uint8_t> table) {
   size_t n = 0;
-  for (uint32_t cell = 0; cell < kCells; ++cell) {
-    if (counters[cell] == 0) continue;
+  for (uint32_t cell = nextCell(counters, 0); cell < kCells; cell = nextCell(counters, cell + 1)) {
     const auto color15 = static_cast<uint16_t>(cell);
     putEntry(table, n++, channelOf(color15, 0), channelOf(color15, 1), channelOf(color15, 2));
   }
@@ -95,8 +106,9 @@ bool cutHistogram(ColorLibContext &context, Counters counters, uint16_t wanted, 
   if (!block || boxes.empty() || states.empty()) return false;
   const std::span<ColorFreq> list = lockArray<ColorFreq>(block.handle(), entries);
   size_t n = 0;
-  for (uint32_t cell = 0; cell < kCells && n < context.nDistinct; ++cell) {
-    if (counters[cell] != 0) list[n++] = {static_cast<uint16_t>(cell), counters[cell]};
+  for (uint32_t cell = nextCell(counters, 0); cell < kCells && n < context.nDistinct;
+       cell = nextCell(counters, cell + 1)) {
+    list[n++] = {static_cast<uint16_t>(cell), counters[cell]};
   }
   cutIntoTable(context, list, boxes, states, table);
   return true;
@@ -136,7 +148,7 @@ int32_t reduce(std::span<const uint8_t> rows, uint32_t width, int32_t height, ui
     result = -1;
   }
   if ((mode & kKeepHistogram) == 0) {
-    std::fill(counters.begin(), counters.end(), uint16_t{0});
+    std::memset(counters.data(), 0, counters.size_bytes());
     context.nDistinct = 0;
   }
   return result;

@@ -150,7 +150,7 @@ void sortColors(Color *list, int axis, int n) {
 }
 
 Reduced reduce(const Bytes &rows, uint32_t width, uint32_t height, int wanted) {
-  std::vector<int> histogram(32768, 0);
+  std::vector<uint16_t> histogram(32768, 0);
   int distinct = 0;
   for (uint32_t y = 0; y < height; ++y) {
     for (uint32_t x = 0; x < width; ++x) {
