@@ -50,7 +50,7 @@ inline Bytes filled(Input &input, size_t count) {
 
 inline uint32_t side(Input &input) {
   const unsigned choice = input.byte();
-  return choice % (input.rarely(256) ? 156 : input.rarely(16) ? 40 : 16) + 1;
+  return choice % (input.rarely(4096) ? 156 : input.rarely(64) ? 40 : 15) + 1;
 }
 
 // A picture of some depth. Now and then its block is shorter than it says.

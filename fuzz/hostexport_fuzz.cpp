@@ -70,6 +70,12 @@ class Page {
   void fill(fuzz::Input &input, RaxelRequest &request) {
     request.mode = choice(input, RAXEL_MODES);
     request.compression = choice(input, RAXEL_COMPRESSIONS);
+    // Choosing colours, and LZW's tables of megabytes, take longer than all else of a small picture.
+    const bool chooses = request.mode == RAXEL_MODE_COLOR16 || request.mode == RAXEL_MODE_COLOR256;
+    if (chooses && !input.rarely(4)) request.mode = RAXEL_MODE_COLOR8;
+    if (request.compression == RAXEL_COMPRESS_LZW && !input.rarely(16)) {
+      request.compression = RAXEL_COMPRESS_PACKBITS;
+    }
     request.layout = input.once(4) ? choice(input, RAXEL_LAYOUT_TILES + 1) : int32_t{RAXEL_LAYOUT_STRIPS};
     const double dpi[] = {96, 100, 300, 72.5, 32, 400, 1, 100000, 0, -1, 31, kNotANumber, 1e300, 204};
     request.dpiX = oneOf(input, dpi);

@@ -47,10 +47,18 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
   const char *sectionOrNull = what & kNullSection ? nullptr : section.c_str();
   const char *keyOrNull = what & kNullKey ? nullptr : key.c_str();
-  read(sectionOrNull, keyOrNull, value, room, file.c_str());
-  read(section.c_str(), nullptr, "", room, file.c_str());
-  GetPrivateProfileInt(section.c_str(), key.c_str(), 7, file.c_str());
-  if (what & kWrite) {
+  switch (what >> 4 & 3) {
+    case 0:
+      read(section.c_str(), nullptr, "", room, file.c_str());
+      break;
+    case 1:
+      GetPrivateProfileInt(section.c_str(), key.c_str(), 7, file.c_str());
+      break;
+    default:
+      read(sectionOrNull, keyOrNull, value, room, file.c_str());
+      break;
+  }
+  if ((what & kWrite) && input.rarely(16)) {  // which takes longer than twenty profiles that are read
     WritePrivateProfileString(sectionOrNull, keyOrNull, what & kNullValue ? nullptr : value.c_str(),
                               file.c_str());
     read(section.c_str(), keyOrNull, "", room, file.c_str());

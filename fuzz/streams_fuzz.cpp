@@ -255,6 +255,7 @@ void onLiar(fuzz::Input &input) {
 
 void onFailing(fuzz::Input &input) {
   support::HostStream host;
+  host.keepNoLog();
   host.failAt(input.byte() + 1u,
               input.once(2) ? support::HostStream::Failure::kOnce : support::HostStream::Failure::kForever);
   if (input.once(2)) host.limitTo(input.word() % 2000);
