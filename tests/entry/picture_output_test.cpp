@@ -190,6 +190,12 @@ TEST_F(PictureOutput, SoDoesARowOrColumnOfTilesThatIsBegun) {
   EXPECT_EQ(output(kWidth + 1, kHeight), RAXEL_NO_MEMORY);
   EXPECT_EQ(output(kWidth, kHeight + 2), RAXEL_NO_MEMORY);
   EXPECT_TRUE(stream_.bytes().empty());
+  // As many are listed, here on a disk that takes nothing but the header.
+  picture_.noPixels = true;
+  stream_.keepNoLog();
+  stream_.limitTo(8);
+  EXPECT_EQ(output(kWidth, kHeight), RAXEL_NO_MEMORY);
+  EXPECT_EQ(stream_.bytes().size(), 8u);
 }
 
 TEST_F(PictureOutput, WithoutSettingsIs27) {
