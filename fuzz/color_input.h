@@ -53,9 +53,23 @@ inline uint32_t side(Input &input) {
   return choice % (input.rarely(4096) ? 156 : input.rarely(64) ? 40 : 15) + 1;
 }
 
+// Up to 15 pixels, or up to 150: some 128 are taken together.
+inline uint32_t width(Input &input) {
+  const unsigned choice = input.byte();
+  return choice < 144 ? choice % 15 + 1 : choice - 105;
+}
+
+// So many rows that a picture stays below 256 pixels, from which on a search is prepared for megabytes. Now
+// and then it gets some more, and rarely as many as it likes.
+inline uint32_t rows(Input &input, uint32_t width) {
+  const uint32_t most = input.rarely(4096) ? 22500 : input.rarely(64) ? 1600 : 255;
+  return std::clamp(fuzz::width(input), 1u, std::max(most / width, 1u));
+}
+
 // A picture of some depth. Now and then its block is shorter than it says.
 inline plain::Picture picture(Input &input, int depth) {
-  plain::Picture out{{}, side(input), side(input), depth};
+  plain::Picture out{{}, width(input), 0, depth};
+  out.height = rows(input, out.width);
   out.bits = filled(input, size_t{plain::lineBytes(out.width, depth)} * out.height);
   if (input.once(16)) out.bits.resize(out.bits.size() * input.byte() / 256);
   return out;

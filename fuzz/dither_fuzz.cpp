@@ -42,7 +42,7 @@ void toChosen(const plain::Picture &picture, int depth, const plain::Table &sour
 // A row by itself, and the row below it.
 void oneLine(fuzz::Input &input) {
   const plain::Table table = fuzz::table(input, 40);
-  const uint32_t width = fuzz::side(input);
+  const uint32_t width = fuzz::width(input);
   fuzz::Bytes current = fuzz::filled(input, size_t{3} * width),
               next = fuzz::filled(input, size_t{3} * width);
   const bool isLast = input.once(4);

@@ -43,14 +43,14 @@ class DriverHost {
                                 RAXEL_STORED_MODE_GREY256, RAXEL_STORED_MODE_COLOR8,
                                 RAXEL_STORED_MODE_COLOR16, RAXEL_STORED_MODE_COLOR256, 0});
     // Choosing a table of colours takes longer than all else that is asked here.
-    if (settings.nBitmapMode == RAXEL_STORED_MODE_COLOR256 && !input_.rarely(4)) {
+    if (settings.nBitmapMode == RAXEL_STORED_MODE_COLOR256 && !input_.rarely(5)) {
       settings.nBitmapMode = RAXEL_STORED_MODE_RGB;
     }
     settings.nCompressionMode = oneOf<int32_t>(
         input_, {RAXEL_STORED_COMPRESS_NONE, RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_STORED_COMPRESS_HUFFMAN,
                  RAXEL_STORED_COMPRESS_LZW, RAXEL_STORED_COMPRESS_T4, RAXEL_STORED_COMPRESS_T6, 0});
     // LZW's tables of megabytes take longer than all the rest: the address sanitizer marks every byte.
-    if (settings.nCompressionMode == RAXEL_STORED_COMPRESS_LZW && !input_.rarely(16)) {
+    if (settings.nCompressionMode == RAXEL_STORED_COMPRESS_LZW && !input_.rarely(17)) {
       settings.nCompressionMode = RAXEL_STORED_COMPRESS_NONE;
     }
     const unsigned modes = input_.byte();
@@ -60,7 +60,7 @@ class DriverHost {
     settings.tiff.wLayoutMode = modes % 16 == 1 ? RAXEL_STORED_LAYOUT_TILES : RAXEL_STORED_LAYOUT_STRIPS;
     settings.tiff.nXResolution = static_cast<int16_t>(input_.between(32, 60));
     settings.tiff.nYResolution = static_cast<int16_t>(input_.between(32, 60));
-    const double parts = input_.rarely(16) ? 32 : 128;
+    const double parts = input_.rarely(15) ? 32 : 128;
     settings.dWidth = static_cast<double>(input_.between(1, 20)) / parts;
     settings.dHeight = static_cast<double>(input_.between(1, 20)) / parts;
     settings.lpfnOutputProc = input_.once(4) ? nullptr : stream.procedure();
@@ -277,7 +277,7 @@ class DriverHost {
   }
 
   // Each costs more than a hundred records.
-  unsigned mostPictures() const { return input_.rarely(8) ? 5 : 1; }
+  unsigned mostPictures() const { return input_.rarely(7) ? 5 : 1; }
 
   Input &input_;
   Bytes rows_;

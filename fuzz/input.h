@@ -12,6 +12,11 @@
 
 namespace fuzz {
 
+// What Input::rarely answers: what the input's bytes come to, as fuzzing wants it, or always the same, so
+// that an input that is kept goes both ways.
+enum class Rare { kByInput, kAlways, kNever };
+inline Rare rare = Rare::kByInput;
+
 class Input {
  public:
   Input(const uint8_t *data, size_t size) : data_(data), left_(size), sum_(sumOf({data, size})) {}
@@ -33,8 +38,9 @@ class Input {
   // Now and then: once in so many bytes.
   bool once(unsigned in) { return byte() % in == in - 1; }
   // One input in so many, whatever it says: for what takes long. What a fuzzer makes of a slow input would
-  // mostly be slow as well, if a byte of the input said so.
-  bool rarely(unsigned in) const { return sum_ % in == 0; }
+  // mostly be slow as well, if a byte of the input said so. Numbers without a common divisor do not go
+  // together.
+  bool rarely(unsigned in) const { return rare == Rare::kByInput ? sum_ % in == 0 : rare == Rare::kAlways; }
   // A number from low to high, both included; spans of up to 65536 numbers.
   uint32_t between(uint32_t low, uint32_t high) { return low + word() % (high - low + 1); }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Profiles of any bytes: read a value, list the keys, read a number, write or delete a key, and read it
-// again. Input: what to do, section, key and value with their lengths, then the profile.
+// Profiles of any bytes: read a value, list the keys or read a number, and now and then write or delete a
+// key and read it again. Input: what to do, section, key and value with their lengths, then the profile.
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -48,10 +48,10 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const char *sectionOrNull = what & kNullSection ? nullptr : section.c_str();
   const char *keyOrNull = what & kNullKey ? nullptr : key.c_str();
   switch (what >> 4 & 3) {
-    case 0:
+    case 2:
       read(section.c_str(), nullptr, "", room, file.c_str());
       break;
-    case 1:
+    case 3:
       GetPrivateProfileInt(section.c_str(), key.c_str(), 7, file.c_str());
       break;
     default:

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Replays a fuzz target without the fuzzer: every file of the corpus as it is, cut short, and with
-// seeded bytes changed, and some noise besides. A finding ends the program, as it does in the fuzzer.
+// Replays a fuzz target without the fuzzer: every file of the corpus as it is, with and without what is
+// rare (Input::rarely), cut short, and with seeded bytes changed, and some noise besides. A finding ends
+// the program, as it does in the fuzzer.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "input.h"
 #include "support/cases.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
@@ -59,10 +61,13 @@ int main(int argc, char **argv) {
   size_t fed = 0;
   for (const std::string &file : files) {
     const Bytes bytes = support::readFile(file);
-    feed(bytes);
+    for (const fuzz::Rare rare : {fuzz::Rare::kAlways, fuzz::Rare::kNever, fuzz::Rare::kByInput}) {
+      fuzz::rare = rare;
+      feed(bytes);
+    }
     const size_t variations = support::cases(kVariationsOfEach);
     for (size_t i = 0; i < variations; ++i) feed(varied(bytes, random));
-    fed += 1 + variations;
+    fed += 3 + variations;
   }
   const size_t noises = support::cases(kNoises);
   for (size_t i = 0; i < noises; ++i)

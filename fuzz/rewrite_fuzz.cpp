@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Profiles of any bytes rewritten: after each write the file is what a plain editor of its lines makes of
-// it. Input: a few writes (what to do, section, key and value with their lengths), then the profile. Most
-// of them are made between two streams, as a file takes longer than its edit.
+// Profiles of any bytes rewritten: after each write they are what a plain editor of their lines makes of
+// them. Input: a few writes (what to do, section, key and value with their lengths), then the profile. Most
+// profiles are edited between two streams, as a file takes longer than its edit.
 #include <cstring>
 #include <filesystem>
 #include <string>
