@@ -86,6 +86,7 @@ def write_all(source, folder):
         made[path := os.path.join(folder, f"{name}-pam.pam")] = 0
         with open(path, "wb") as out:
             out.write(pam)
+    put_spix(folder, made)
     put_bombs(folder, photo, made)
     put_masks(folder, clear, made)
     put_small_frames(folder, photo, made)
@@ -121,6 +122,24 @@ def put_tiles(path, image, turn):
         out.write(struct.pack("<I3H", 0, 8, 8, 8))
         out.write(struct.pack(f"<{2 * count}I", *(data + size * i for i in range(count)), *[size] * count))
         out.write(b"".join(tiles))
+
+
+def put_spix(folder, made):
+    """Leptonica's own pixels, in words of 32 bits from their high end on; without a table a set bit is black."""
+    for name, depth in (("two", 1), ("deep", 16)):
+        with Image.open(os.path.join(folder, f"{name}.png")) as image:
+            width, height = image.size
+            if depth == 1:
+                bits = ImageChops.invert(image.convert("1")).tobytes()
+            else:
+                bits = struct.pack(f">{width * height}H", *image.convert("I").getdata())
+        row = len(bits) // height
+        words = (width * depth + 31) // 32
+        rows = b"".join(bits[row * y:row * (y + 1)].ljust(4 * words, b"\0") for y in range(height))
+        made[path := os.path.join(folder, f"{name}-spix.spix")] = 0
+        with open(path, "wb") as out:
+            out.write(b"spix" + struct.pack("<6I", width, height, depth, words, 0, len(rows)))
+            out.write(struct.pack(f"<{words * height}I", *struct.unpack(f">{words * height}I", rows)))
 
 
 def put_bombs(folder, photo, made):
@@ -219,8 +238,9 @@ def upright(image):
 
 
 def meant(path, color):
-    # Pillow refuses to look at it, and cannot open PAM.
-    with Image.open(path.replace("bombs", "plain").replace("-pam.pam", ".png")) as image:
+    # Pillow refuses to look at it, and cannot open PAM and SPIX.
+    name = path.replace("bombs", "plain").replace("-pam.pam", ".png").replace("-spix.spix", ".png")
+    with Image.open(name) as image:
         image = on_screen(upright(image), color)
         if image.mode.startswith("I"):
             return image.convert("I").point(lambda v: v / 257).convert("L").convert("RGB")

@@ -62,6 +62,15 @@ TEST(Directory, ReadsBothByteOrders) {
   }
 }
 
+TEST(Directory, ReadsSignedNumbers) {
+  for (bool little : {true, false}) {
+    Bytes file = sample(little);
+    file[little ? 12 : 13] = 9;  // the width's type: 32 bits with a sign
+    for (size_t at = 18; at < 22; ++at) file[at] = 0xFF;
+    EXPECT_EQ(host::readDirectory(file).value(256, 0), -1);
+  }
+}
+
 TEST(Directory, ReducedImagesAndMasksAreNoPages) {
   // Directories of one entry each, which says these kinds.
   const auto placesOf = [](bool little, unsigned type, const std::vector<uint32_t> &kinds, unsigned tag) {

@@ -192,6 +192,24 @@ TEST(Request, ASettingComesFromTheNearestSource) {
   EXPECT_EQ(request.compression, RAXEL_COMPRESS_LZW);
 }
 
+TEST(Request, EveryCompressionOfAProfileHasItsOwn) {
+  const std::pair<int, int> all[] = {{RAXEL_STORED_COMPRESS_NONE, RAXEL_COMPRESS_NONE},
+                                     {RAXEL_STORED_COMPRESS_PACKBITS, RAXEL_COMPRESS_PACKBITS},
+                                     {RAXEL_STORED_COMPRESS_HUFFMAN, RAXEL_COMPRESS_HUFFMAN},
+                                     {RAXEL_STORED_COMPRESS_LZW, RAXEL_COMPRESS_LZW},
+                                     {RAXEL_STORED_COMPRESS_T4, RAXEL_COMPRESS_T4},
+                                     {RAXEL_STORED_COMPRESS_T6, RAXEL_COMPRESS_T6}};
+  const support::TempDir folder;
+  host::Options options;
+  options.profile = folder.file("p.ini");
+  options.section = "m";
+  for (const auto &[stored, meant] : all) {
+    support::writeFile(options.profile, "[m]\nDriver=RAXEL.1\nBitmap Mode=215\nCompression Mode=" +
+                                            std::to_string(stored) + "\n");
+    EXPECT_EQ(requestOf(options, Read(1)).compression, meant) << stored;
+  }
+}
+
 // A profile that nobody named, found in the usual folder and without the mode that it speaks of.
 TEST(Request, AnEmptySectionOfAnUnnamedProfileIsNoChoice) {
   const support::TempDir folder;

@@ -27,3 +27,6 @@ done
 printf 'P5\n2 2\n255\nabcd' >grey.pgm
 raxel-export --as-is -m rgb grey.pgm out.tif
 raxel-export --as-is -m color16 grey.pgm out.tif
+printf 'P4\n70000 1\n' >wide.pbm
+head -c 8750 /dev/zero >>wide.pbm
+code raxel-export --as-is wide.pbm out.tif

@@ -25,3 +25,5 @@ bmp '\1\0\0\0' >bare.bmp
 code raxel-export bare.bmp out.tif
 ls *.tif 2>/dev/null
 code raxel-export --size x600px tall.pbm out.tif
+code raxel-export --page 1-2 -d . missing.tif
+code raxel-export /proc/self/mem out.tif

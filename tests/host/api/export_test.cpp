@@ -232,6 +232,19 @@ TEST(HostExport, ACallbackThatFailsGivesItsErrno) {
   EXPECT_STREQ(job.result.message, "the picture: cannot be written: No space left on device");
 }
 
+// The codes of a strip are put where rows are coded.
+TEST(HostExport, ACallbackThatFailsEndsASingleStrip) {
+  for (const int compression : {RAXEL_COMPRESS_HUFFMAN, RAXEL_COMPRESS_T4, RAXEL_COMPRESS_T6}) {
+    Job job(900, 700);
+    job.job.request.mode = RAXEL_MODE_BILEVEL;
+    job.job.request.compression = compression;
+    job.job.request.strips = RAXEL_STRIPS_ONE;
+    job.job.write = [](void *, const void *, uint64_t) -> int32_t { return ENOSPC; };
+    EXPECT_EQ(job.run(), RAXEL_HOST_NO_WRITE);
+    EXPECT_EQ(job.result.error, ENOSPC);
+  }
+}
+
 TEST(HostExport, TellsWhyAFileCannotBe) {
   const support::TempDir folder;
   const std::string path = folder.file("none/a.tif");
@@ -298,6 +311,12 @@ TEST(HostExport, TakesTheDriversRoad) {
   driver.job.request.dpiX = 200;
   raxelHostFree(driver.result.memory);
   EXPECT_EQ(driver.run(), RAXEL_HOST_BAD_ROAD);
+  driver.job.request.dpiX = cell.job.request.dpiX;
+  driver.job.request.mode = RAXEL_MODE_BILEVEL;
+  driver.job.request.compression = RAXEL_COMPRESS_T6;
+  driver.job.request.strips = RAXEL_STRIPS_ONE;
+  EXPECT_EQ(driver.run(), RAXEL_HOST_BAD_ROAD);
+  EXPECT_STREQ(driver.result.message, "only the one call with a finished picture writes a single strip");
   metafile.job.road = RAXEL_ROAD_METAFILE;
   EXPECT_EQ(metafile.run(), RAXEL_HOST_FILTER_FAILED);
 }

@@ -153,6 +153,9 @@ TEST(HostOrder, ReadsEveryKindOfPixel) {
   pixels.rowStep = 1;
   const Bytes checked{255, 255, 255, 0, 0, 0, 255, 255, 255, 0, 0, 0, 255, 255, 255, 0, 0, 0};
   EXPECT_EQ(shown(pixels), checked);
+  pixels.first = bits.data() + 1;  // from the bottom up
+  pixels.rowStep = -1;
+  EXPECT_EQ(shown(pixels), Bytes(checked.rbegin(), checked.rend()));
   EXPECT_EQ(shown(pixelsOf({1, 0, 255, 0, 7, 0}, RAXEL_PIXELS_BOOL, 3, 2, 1)), checked);
 
   EXPECT_EQ(shown(pixelsOf({9, 200}, RAXEL_PIXELS_GREY, 1, 2, 1)), (Bytes{9, 9, 9, 200, 200, 200}));
