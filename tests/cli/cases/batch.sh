@@ -22,3 +22,6 @@ long=$(printf 'a%.0s' {1..40000})
 timeout 100 raxel-export -q --json -j 2 -d to "$long" chart4.png >long.json 2>long.err
 echo "exit $?, $(($(wc -c <long.json) / 40000)) times the name, $(wc -l <long.json) lines"
 ls -A to
+# As many descriptors as a process begins with, and one for what it loads.
+(ulimit -n 4 && code raxel-export -j 2 -d to chart4.png ramp.png)
+ls -A to
