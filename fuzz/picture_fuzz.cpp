@@ -119,8 +119,10 @@ void readAll(const std::string &format, Bytes bytes) {
     if (format == "PNG") return host::readPng(bytes, kWhite, out);
     if (format == "JPEG") return host::readJpeg(bytes, out);
     if (format == "BMP") return host::readBmp(bytes, kWhite, out);
-    fuzz::require(format == "WebP", "a format that there is");
-    host::readWebp(bytes, kWhite, out);
+    if (format == "WebP") return host::readWebp(bytes, kWhite, out);
+    const bool isOther = format == "JPEG 2000" || format == "SPIX" || format == "PAM";
+    fuzz::require(isOther, "a format that there is");
+    host::readWithLeptonica(bytes, kWhite, out);
   });
 }
 
@@ -129,8 +131,9 @@ void readAll(const std::string &format, Bytes bytes) {
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   // What begins otherwise never comes to this format's reader.
   const std::string format = host::formatOf({data, size}), wanted = fuzzedFormat;
-  const bool isSame = format == wanted || format == "Big" + wanted ||
-                      (format == "PAM" && wanted == "PNM" && host::isOpaquePam({data, size}));
+  // A PAM without an opacity is read as a PNM.
+  const bool isOpaque = format == "PAM" && host::isOpaquePam({data, size});
+  const bool isSame = isOpaque ? wanted == "PNM" : format == wanted || format == "Big" + wanted;
   if (isSame) readAll(wanted, {data, size});
   return 0;
 }

@@ -78,17 +78,23 @@ void copyColors(const Leptonica &lept, PIX *pix, bool hasOpacity, const Backgrou
   }
 }
 
-// As far as the library can tell without decoding.
-void announceHeader(const Leptonica &lept, std::span<const uint8_t> bytes, Picture &out) {
+struct Size {
+  l_int32 width = 0, height = 0;
+  friend bool operator==(const Size &, const Size &) = default;
+};
+
+// As far as the library can tell without decoding; no pixels where it cannot.
+Size announceHeader(const Leptonica &lept, std::span<const uint8_t> bytes, Picture &out) {
   l_int32 format = 0, width = 0, height = 0, bits = 0, samples = 0, table = 0;
   if (lept.pixReadHeaderMem(bytes.data(), bytes.size(), &format, &width, &height, &bits, &samples,
                             &table) != 0 ||
       width <= 0 || height <= 0 || bits <= 0)
-    return;
+    return {};
   out.tableKnown = false;
   out.announce(static_cast<uint32_t>(width), static_cast<uint32_t>(height),
                samples > 1 ? 24 : std::min(static_cast<uint32_t>(bits), 8u));
   out.tableKnown = true;
+  return {width, height};
 }
 
 // What the frames of a GIF take, all of which the library decodes on its way to the first.
@@ -109,7 +115,11 @@ std::span<const uint8_t> fileOf(const Picture &wanted, std::span<const uint8_t> 
 
 void decode(const Leptonica &lept, std::span<const uint8_t> bytes, const Background &background,
             Picture &out) {
-  if (out.format != "GIF") announceHeader(lept, bytes, out);
+  // It would look for as many samples as the first channel has.
+  if (out.format == "JPEG 2000" && jpeg2000HasCoarseChannels(bytes))
+    throw Unreadable("has channels of fewer samples than pixels; convert it to PNG first");
+  const bool hasHeader = out.format != "GIF";
+  const Size told = hasHeader ? announceHeader(lept, bytes, out) : Size{};
   const Pix pix(lept.pixReadMem(bytes.data(), bytes.size()), FreePix{&lept});
   if (!pix) {
     throw Unreadable(
@@ -119,6 +129,9 @@ void decode(const Leptonica &lept, std::span<const uint8_t> bytes, const Backgro
   }
   l_int32 width = 0, height = 0, depth = 0, dpiX = 0, dpiY = 0;
   lept.pixGetDimensions(pix.get(), &width, &height, &depth);
+  // What limits were asked about. A header may lie, and samples may be coarser than their picture.
+  if (hasHeader && told != Size{width, height})
+    throw Unreadable("is damaged: it is not of the size that it tells");
   lept.pixGetResolution(pix.get(), &dpiX, &dpiY);
   out.dpiX = dpiX;
   out.dpiY = dpiY;

@@ -201,10 +201,26 @@ bool gifHasFurtherPictures(std::span<const uint8_t> file) {
   return false;
 }
 
+namespace {
+
+constexpr uint64_t kCodestream = 0xFF4FFF51;  // SOC, and SIZ behind it
+
+}  // namespace
+
 uint32_t jpeg2000Channels(std::span<const uint8_t> file) {
-  constexpr uint64_t kCodestream = 0xFF4FFF51;
   if (numberAt(file, 0, 4) == kCodestream) return static_cast<uint32_t>(numberAt(file, 40, 2));
   return static_cast<uint32_t>(numberAt(boxIn(boxIn(file, "jp2h"), "ihdr"), 8, 2));
+}
+
+bool jpeg2000HasCoarseChannels(std::span<const uint8_t> file) {
+  const Bytes code = numberAt(file, 0, 4) == kCodestream ? file : boxIn(file, "jp2c");
+  if (numberAt(code, 0, 4) != kCodestream) return false;
+  const uint64_t channels = numberAt(code, 40, 2);
+  for (uint64_t i = 0; i < channels; ++i) {
+    // Depth, and how far apart samples are across and down.
+    if ((numberAt(code, static_cast<size_t>(42 + 3 * i), 3) & 0xFFFF) != 0x0101) return true;
+  }
+  return false;
 }
 
 Jpeg2000Extras jpeg2000Extras(std::span<const uint8_t> file) {

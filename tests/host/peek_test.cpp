@@ -78,6 +78,21 @@ TEST(Peek, FindsTheChannelsOfAJpeg2000) {
   EXPECT_EQ(host::jpeg2000Channels(bare), 2u);
 }
 
+TEST(Peek, FindsChannelsOfFewerSamplesInAJpeg2000) {
+  Bytes code{0xFF, 0x4F, 0xFF, 0x51};
+  code.resize(42);
+  code[41] = 2;
+  const Bytes whole{7, 1, 1}, half{7, 2, 1}, third{7, 1, 3};
+  const Bytes front = box("jP  ", {13, 10, 0x87, 10}) + box("jp2h", imageHeader(2));
+  for (const Bytes &channels : {whole + half, third + whole, whole}) {  // the last one ends too early
+    EXPECT_TRUE(host::jpeg2000HasCoarseChannels(code + channels));
+    EXPECT_TRUE(host::jpeg2000HasCoarseChannels(front + box("jp2c", code + channels)));
+  }
+  EXPECT_FALSE(host::jpeg2000HasCoarseChannels(code + whole + whole));
+  EXPECT_FALSE(host::jpeg2000HasCoarseChannels(front + box("jp2c", code + whole + whole)));
+  EXPECT_FALSE(host::jpeg2000HasCoarseChannels(front));
+}
+
 TEST(Peek, CutsTheFramesOutOfAGif) {
   const Bytes picture(kGifPicture.begin(), kGifPicture.end() - 1), end{0x3B};
   const Bytes file = kGifFront + kComment + control(9, 1) + picture + picture + control(0x0C, 1) +
@@ -121,6 +136,7 @@ TEST(Peek, TrustsNoLength) {
           part[at] = value;
           EXPECT_LT(host::gifTransparentIndex(part), 256);
           EXPECT_LE(host::jpeg2000Channels(part), 65535u);
+          host::jpeg2000HasCoarseChannels(part);
           EXPECT_LE(host::gifScreen(part).width, 131070u);
           host::gifHasFurtherPictures(part);
           for (const host::GifFrame &frame : host::gifFrames(part))
