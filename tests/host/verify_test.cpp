@@ -2,6 +2,7 @@
 #include "check/verify.h"
 
 #include <gtest/gtest.h>
+#include <tiff.h>
 
 #include "failure.h"
 #include "host/pictures.h"
@@ -15,7 +16,7 @@ void put(Bytes &out, uint32_t value, int bytes) {
 }
 
 struct Kind {
-  uint32_t bits = 1, compression = 1, photometric = 1;
+  uint32_t bits = 1, compression = COMPRESSION_NONE, photometric = PHOTOMETRIC_MINISBLACK;
 };
 
 // A TIFF of one strip, written out by hand.
@@ -100,8 +101,9 @@ TEST(Verify, BitsBeyondTheWidthDoNotCount) {
 
 TEST(Verify, RowsThatCannotBeDecodedAreNamed) {
   // LZW without a code that it knows.
-  const std::string said = Case(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_LZW)
-                               .errorOf(handMade({.compression = 5}, 10, 2, 96, {0xFF, 0xFF, 0xFF, 0xFF}));
+  const std::string said =
+      Case(RAXEL_MODE_BILEVEL, RAXEL_COMPRESS_LZW)
+          .errorOf(handMade({.compression = COMPRESSION_LZW}, 10, 2, 96, {0xFF, 0xFF, 0xFF, 0xFF}));
   EXPECT_NE(said.find("x.tif: the check failed: row 0 cannot be decoded"), std::string::npos) << said;
 }
 
@@ -109,7 +111,7 @@ TEST(Verify, TheColoursCountToo) {
   Case c(RAXEL_MODE_COLOR16);
   Bytes rows;
   for (uint32_t y = 0; y < 2; ++y) rows.insert(rows.end(), c.made.row(y), c.made.row(y) + 5);
-  const Kind kind{.bits = 4, .photometric = 3};
+  const Kind kind{.bits = 4, .photometric = PHOTOMETRIC_PALETTE};
   const std::span table = std::span(c.made.table).first<48>();
   EXPECT_EQ(c.errorOf(handMade(kind, 10, 2, 96, rows, table)), "");
   const Bytes right = handMade(kind, 10, 2, 96, rows, table);
