@@ -72,7 +72,7 @@ class Page {
     request.compression = choice(input, RAXEL_COMPRESSIONS);
     // Choosing colours, and LZW's tables of megabytes, take longer than all else of a small picture.
     const bool chooses = request.mode == RAXEL_MODE_COLOR16 || request.mode == RAXEL_MODE_COLOR256;
-    if (chooses && !input.rarely(5)) request.mode = RAXEL_MODE_COLOR8;
+    if (chooses && !input.rarely(13)) request.mode = RAXEL_MODE_COLOR8;
     if (request.compression == RAXEL_COMPRESS_LZW && !input.rarely(17)) {
       request.compression = RAXEL_COMPRESS_PACKBITS;
     }
