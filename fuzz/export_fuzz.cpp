@@ -94,8 +94,8 @@ void describe(fuzz::Input &input, uint8_t *info) {
     put(info, at, static_cast<int32_t>(input.between(0, longestSide(input))));
 }
 
-// Whether the output stays below these sides or is too large for any block. In between, a side of less than
-// nothing asks for gigabytes: a machine that lacks them ends the process, as it must.
+// Whether the output stays below some sides or, rarely, is too large for any block. In between, a side of
+// less than nothing asks for gigabytes: a machine that lacks them ends the process, as it must.
 bool isModest(const fuzz::Input &input, RasterSetup &settings, PictureRecord picture, const uint8_t *info) {
   const uint64_t side = input.rarely(2048) ? 2000 : 260;
   int32_t numbers[4];  // extents, then the display

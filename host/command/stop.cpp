@@ -105,6 +105,8 @@ void install() {
   // A full quota and a closed pipe come back as errors of the write.
   signal(SIGXFSZ, SIG_IGN);
   signal(SIGPIPE, SIG_IGN);
+  // Where the caller ignores how its children end, this process would not be told how its own do.
+  signal(SIGCHLD, SIG_DFL);
 }
 
 void setTemporary(const std::string &path) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Colours chosen for a picture in memory, and error diffusion to given ones.
 #include <algorithm>
-#include <new>
+#include <exception>
 #include <optional>
 
 #include "failure.h"
@@ -70,7 +70,7 @@ int guard(Action action) {
     return action();
   } catch (const Failure &failure) {
     return failure.reason();
-  } catch (const std::bad_alloc &) {
+  } catch (const std::exception &) {  // of memory, or of a length that no memory holds
     return RAXEL_HOST_NO_MEMORY;
   }
 }

@@ -79,22 +79,32 @@ void copyColors(const Leptonica &lept, PIX *pix, bool hasOpacity, const Backgrou
 }
 
 struct Size {
-  l_int32 width = 0, height = 0;
+  uint32_t width = 0, height = 0;
   friend bool operator==(const Size &, const Size &) = default;
 };
 
-// As far as the library can tell without decoding; no pixels where it cannot.
+// What a JPEG 2000 decodes to. The library looks for as many samples of each channel as the first one has.
+Size sizeOfJpeg2000(std::span<const uint8_t> bytes) {
+  const Jpeg2000Grid grid = jpeg2000Grid(bytes);
+  if (grid.width == 0 || grid.height == 0) throw Unreadable("is damaged: it does not begin with its size");
+  if (grid.isCoarse) throw Unreadable("has channels of fewer samples than pixels; convert it to PNG first");
+  return {grid.width, grid.height};
+}
+
+// As far as can be told without decoding; no pixels where it cannot.
 Size announceHeader(const Leptonica &lept, std::span<const uint8_t> bytes, Picture &out) {
+  const Size known = out.format == "JPEG 2000" ? sizeOfJpeg2000(bytes) : Size{};
   l_int32 format = 0, width = 0, height = 0, bits = 0, samples = 0, table = 0;
   if (lept.pixReadHeaderMem(bytes.data(), bytes.size(), &format, &width, &height, &bits, &samples,
                             &table) != 0 ||
       width <= 0 || height <= 0 || bits <= 0)
     return {};
+  const Size size =
+      known.width != 0 ? known : Size{static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
   out.tableKnown = false;
-  out.announce(static_cast<uint32_t>(width), static_cast<uint32_t>(height),
-               samples > 1 ? 24 : std::min(static_cast<uint32_t>(bits), 8u));
+  out.announce(size.width, size.height, samples > 1 ? 24 : std::min(static_cast<uint32_t>(bits), 8u));
   out.tableKnown = true;
-  return {width, height};
+  return size;
 }
 
 // What the frames of a GIF take, all of which the library decodes on its way to the first.
@@ -115,9 +125,6 @@ std::span<const uint8_t> fileOf(const Picture &wanted, std::span<const uint8_t> 
 
 void decode(const Leptonica &lept, std::span<const uint8_t> bytes, const Background &background,
             Picture &out) {
-  // It would look for as many samples as the first channel has.
-  if (out.format == "JPEG 2000" && jpeg2000HasCoarseChannels(bytes))
-    throw Unreadable("has channels of fewer samples than pixels; convert it to PNG first");
   const bool hasHeader = out.format != "GIF";
   const Size told = hasHeader ? announceHeader(lept, bytes, out) : Size{};
   const Pix pix(lept.pixReadMem(bytes.data(), bytes.size()), FreePix{&lept});
@@ -129,15 +136,16 @@ void decode(const Leptonica &lept, std::span<const uint8_t> bytes, const Backgro
   }
   l_int32 width = 0, height = 0, depth = 0, dpiX = 0, dpiY = 0;
   lept.pixGetDimensions(pix.get(), &width, &height, &depth);
-  // What limits were asked about. A header may lie, and samples may be coarser than their picture.
-  if (hasHeader && told != Size{width, height})
-    throw Unreadable("is damaged: it is not of the size that it tells");
+  const Size size{static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
+  // Limits were asked about another picture.
+  if (told != Size{} && told != size) throw Unreadable("is damaged: it is not of the size that it tells");
   lept.pixGetResolution(pix.get(), &dpiX, &dpiY);
   out.dpiX = dpiX;
   out.dpiY = dpiY;
   PIXCMAP *map = lept.pixGetColormap(pix.get());
   const uint32_t bits = depth == 16 ? 8 : depth == 32 ? 24 : static_cast<uint32_t>(depth);
-  out.allocate(static_cast<uint32_t>(width), static_cast<uint32_t>(height), bits);
+  if (hasHeader && told == Size{}) out.announce(size.width, size.height, bits);
+  out.allocate(size.width, size.height, bits);
   if (depth == 32)
     return copyColors(lept, pix.get(), hasOpacity(lept, pix.get(), out.format, bytes), background, out);
   if (depth == 16) return copyWide(lept, pix.get(), out);

@@ -18,8 +18,9 @@ uint64_t numberAt(Bytes file, uint64_t at, uint64_t size) {
   return value;
 }
 
-// The content of the first box of a kind in a sequence of boxes (ISO 15444-1, annex I): a length that
-// counts itself, four letters, and where the length is 1 a longer one. Empty when there is none.
+// The content of the first box of a kind in a sequence of boxes (JPEG 2000, ISO 15444-1): a length that
+// counts itself, four letters, and where the length is 1 a longer one. One that says more than there is
+// ends with the file, as decoders have it. Empty when there is none.
 Bytes boxIn(Bytes boxes, std::string_view kind) {
   for (uint64_t at = 0; at + 8 <= boxes.size();) {
     uint64_t length = numberAt(boxes, at, 4), front = 8;
@@ -28,7 +29,8 @@ Bytes boxIn(Bytes boxes, std::string_view kind) {
       front = 16;
     }
     if (length == 0) length = boxes.size() - at;  // up to the end
-    if (length < front || length > boxes.size() - at) return {};
+    length = std::min<uint64_t>(length, boxes.size() - at);
+    if (length < front) return {};
     const Bytes box = boxes.subspan(static_cast<size_t>(at), static_cast<size_t>(length));
     if (std::equal(kind.begin(), kind.end(), box.begin() + 4))
       return box.subspan(static_cast<size_t>(front));
@@ -212,15 +214,21 @@ uint32_t jpeg2000Channels(std::span<const uint8_t> file) {
   return static_cast<uint32_t>(numberAt(boxIn(boxIn(file, "jp2h"), "ihdr"), 8, 2));
 }
 
-bool jpeg2000HasCoarseChannels(std::span<const uint8_t> file) {
+Jpeg2000Grid jpeg2000Grid(std::span<const uint8_t> file) {
   const Bytes code = numberAt(file, 0, 4) == kCodestream ? file : boxIn(file, "jp2c");
-  if (numberAt(code, 0, 4) != kCodestream) return false;
+  if (numberAt(code, 0, 4) != kCodestream) return {};
+  // The grid's end and where the picture begins on it, across and down; then each channel's depth and
+  // steps.
+  const auto side = [&](uint64_t at) {
+    const uint64_t end = numberAt(code, at, 4), start = numberAt(code, at + 8, 4);
+    return static_cast<uint32_t>(end - std::min(start, end));
+  };
+  Jpeg2000Grid grid{side(8), side(12), false};
   const uint64_t channels = numberAt(code, 40, 2);
-  for (uint64_t i = 0; i < channels; ++i) {
-    // Depth, and how far apart samples are across and down.
-    if ((numberAt(code, static_cast<size_t>(42 + 3 * i), 3) & 0xFFFF) != 0x0101) return true;
+  for (uint64_t i = 0; i < channels && !grid.isCoarse; ++i) {
+    grid.isCoarse = numberAt(code, 43 + 3 * i, 2) != 0x0101;
   }
-  return false;
+  return grid;
 }
 
 Jpeg2000Extras jpeg2000Extras(std::span<const uint8_t> file) {

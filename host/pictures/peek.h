@@ -43,8 +43,13 @@ bool gifHasFurtherPictures(std::span<const uint8_t> file);
 // The number of channels, of a JP2 file or a bare codestream; 0 when it is not found. An even one has
 // opacity for its last.
 uint32_t jpeg2000Channels(std::span<const uint8_t> file);
-// Whether a channel has fewer samples than the picture has pixels.
-bool jpeg2000HasCoarseChannels(std::span<const uint8_t> file);
+// What its codestream tells: the picture's size, and whether a channel has fewer samples than the picture
+// has pixels. No size where there is no codestream, or one that does not begin with it.
+struct Jpeg2000Grid {
+  uint32_t width = 0, height = 0;
+  bool isCoarse = false;
+};
+Jpeg2000Grid jpeg2000Grid(std::span<const uint8_t> file);
 
 // What files say besides: a GIF in front of its first picture, a JP2 file among its boxes.
 struct GifExtras {

@@ -129,8 +129,8 @@ for _ in range(12):
         old.write(b"II*\\0 the old file")
     sent, finished = [], False
     sender = threading.Thread(target=interrupt)
-    sender.start()
     try:
+        sender.start()
         raxel.save(picture, target, **options)
         finished = True
         sender.join()

@@ -183,3 +183,20 @@ TEST(Commit, ADiskThatCannotRenameToANewNameReplacesNothingEither) {
   }
   renameNewError = 0;
 }
+
+TEST(Commit, ADiskThatCannotRenameToANewNameIsNamed) {
+  const support::TempDir folder;
+  const std::string path = folder.file("a.tif");
+  std::string message;
+  renameNewError = EIO;
+  try {
+    host::Target target(path, {.noClobber = true});
+    target.sink().write(reinterpret_cast<const uint8_t *>("new"), 3);
+    target.commit();
+  } catch (const host::Failure &failure) {
+    message = failure.what();
+  }
+  renameNewError = 0;
+  EXPECT_EQ(message, path + ": cannot be written: Input/output error");
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}

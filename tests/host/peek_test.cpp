@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <vector>
+
+#include "pictures/picture.h"
 
 namespace {
 
@@ -78,19 +81,52 @@ TEST(Peek, FindsTheChannelsOfAJpeg2000) {
   EXPECT_EQ(host::jpeg2000Channels(bare), 2u);
 }
 
-TEST(Peek, FindsChannelsOfFewerSamplesInAJpeg2000) {
-  Bytes code{0xFF, 0x4F, 0xFF, 0x51};
+TEST(Peek, FindsTheGridOfAJpeg2000) {
+  // 11 by 5 samples, of which 7 by 4 are the picture's.
+  Bytes code{0xFF, 0x4F, 0xFF, 0x51, 0, 0, 0, 0, 0, 0, 0, 11, 0, 0, 0, 5, 0, 0, 0, 4, 0, 0, 0, 1};
   code.resize(42);
   code[41] = 2;
   const Bytes whole{7, 1, 1}, half{7, 2, 1}, third{7, 1, 3};
   const Bytes front = box("jP  ", {13, 10, 0x87, 10}) + box("jp2h", imageHeader(2));
+  const auto gridOf = [](const Bytes &file) {
+    const host::Jpeg2000Grid grid = host::jpeg2000Grid(file);
+    return std::array<uint32_t, 3>{grid.width, grid.height, grid.isCoarse};
+  };
+  using Grid = std::array<uint32_t, 3>;
+  const auto inBox = [&](const Bytes &content) { return front + box("jp2c", content); };
   for (const Bytes &channels : {whole + half, third + whole, whole}) {  // the last one ends too early
-    EXPECT_TRUE(host::jpeg2000HasCoarseChannels(code + channels));
-    EXPECT_TRUE(host::jpeg2000HasCoarseChannels(front + box("jp2c", code + channels)));
+    EXPECT_EQ(gridOf(code + channels), (Grid{7, 4, true}));
+    EXPECT_EQ(gridOf(inBox(code + channels)), (Grid{7, 4, true}));
   }
-  EXPECT_FALSE(host::jpeg2000HasCoarseChannels(code + whole + whole));
-  EXPECT_FALSE(host::jpeg2000HasCoarseChannels(front + box("jp2c", code + whole + whole)));
-  EXPECT_FALSE(host::jpeg2000HasCoarseChannels(front));
+  EXPECT_EQ(gridOf(code + whole + whole), (Grid{7, 4, false}));
+  EXPECT_EQ(gridOf(inBox(code + whole + whole)), (Grid{7, 4, false}));
+  Bytes longer = inBox(code + whole + half);
+  longer[front.size()] = 0x7F;  // a length beyond the file's end
+  EXPECT_EQ(gridOf(longer), (Grid{7, 4, true}));
+  Bytes outside = code + whole + whole;
+  outside[19] = 12;  // begins behind the grid's end
+  EXPECT_EQ(gridOf(outside), (Grid{0, 4, false}));
+  EXPECT_EQ(gridOf(front), (Grid{0, 0, false}));
+  EXPECT_EQ(gridOf(inBox({0xFF, 0x4F, 0xFF, 0x64, 0, 2, 0xFF, 0x51})), (Grid{0, 0, false}));
+}
+
+TEST(Peek, AJpeg2000IsNotDecodedWithoutItsGrid) {
+  const auto refusalOf = [](const Bytes &file) -> std::string {
+    host::Picture picture;
+    picture.format = "JPEG 2000";
+    try {
+      host::readWithLeptonica(file, {255, 255, 255}, picture);
+    } catch (const host::Unreadable &why) {
+      return why.what();
+    }
+    return "";
+  };
+  Bytes code{0xFF, 0x4F, 0xFF, 0x51, 0, 0, 0, 0, 0, 0, 0, 4, 0, 0, 0, 4};
+  code.resize(42);
+  code[41] = 2;
+  EXPECT_EQ(refusalOf(code + Bytes{7, 1, 1, 7, 2, 1}),
+            "has channels of fewer samples than pixels; convert it to PNG first");
+  EXPECT_EQ(refusalOf({0xFF, 0x4F, 0xFF, 0x64}), "is damaged: it does not begin with its size");
 }
 
 TEST(Peek, CutsTheFramesOutOfAGif) {
@@ -127,8 +163,9 @@ TEST(Peek, FindsTheScreenOfAGif) {
 
 TEST(Peek, TrustsNoLength) {
   const Bytes gif = kGifFront + kComment + control(1, 1) + kGifPicture,
-              jp2 = box("jp2h", box("colr", {1, 0, 0}) + imageHeader(4));
-  for (const Bytes &whole : {gif, jp2}) {
+              jp2 = box("jp2h", box("colr", {1, 0, 0}) + imageHeader(4)),
+              code = box("jp2c", Bytes{0xFF, 0x4F, 0xFF, 0x51} + Bytes(44, 1));
+  for (const Bytes &whole : {gif, jp2, code}) {
     for (size_t length = 0; length <= whole.size(); ++length) {
       for (size_t at = 0; at < length; ++at) {
         for (const uint8_t value : Bytes{0, 1, 255}) {
@@ -136,7 +173,7 @@ TEST(Peek, TrustsNoLength) {
           part[at] = value;
           EXPECT_LT(host::gifTransparentIndex(part), 256);
           EXPECT_LE(host::jpeg2000Channels(part), 65535u);
-          host::jpeg2000HasCoarseChannels(part);
+          host::jpeg2000Grid(part);
           EXPECT_LE(host::gifScreen(part).width, 131070u);
           host::gifHasFurtherPictures(part);
           for (const host::GifFrame &frame : host::gifFrames(part))

@@ -51,4 +51,5 @@ TEST(PngFilters, RefuseWhatTheyDoNotKnow) {
   rows.resize(rows.size() + host::kPngSpare);
   EXPECT_TRUE(host::unfilterPng(rows.data(), 3, 1, 3));
   EXPECT_FALSE(host::unfilterPng(rows.data(), 3, 2, 3));
+  EXPECT_FALSE(host::unfilterPng(rows.data(), 3, 1, 5));  // no pixel takes as many bytes
 }

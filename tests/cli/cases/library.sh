@@ -11,3 +11,8 @@ code raxel-export --library /usr/lib/x86_64-linux-gnu/libz.so.1 "$in" out.tif
 cp "$(command -v raxel-export)" alone
 code ./alone "$in" out.tif
 ls
+# What is loaded when it is needed.
+mkdir lib
+: >lib/libtiff.so.6
+LD_LIBRARY_PATH=lib code raxel-export --verify "$in" out.tif
+LD_LIBRARY_PATH=lib raxel-export "$in" out.tif

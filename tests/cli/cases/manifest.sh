@@ -20,3 +20,4 @@ rm small.tif
 (ulimit -f 1 && code raxel-export --manifest full.jsonl small.pbm small.tif)
 ls small.tif
 wc -c <full.jsonl
+code raxel-export --manifest one.jsonl missing.png missing.tif

@@ -408,6 +408,16 @@ TEST(HostReduce, KeepsColorsThatAreFewEnough) {
             RAXEL_HOST_BAD_ARGUMENT);
 }
 
+TEST(HostReduce, RefusesPixelsThatAreNone) {
+  const Bytes bytes{9, 9, 9};
+  RaxelHostPixels none = pixelsOf(bytes, RAXEL_PIXELS_RGB, 1, 1, 3);
+  none.first = nullptr;
+  Bytes indices(1), table(6);
+  EXPECT_EQ(raxelHostQuantize(&none, 2, RAXEL_QUANTIZE_BEST, 0, indices.data(), table.data(), nullptr),
+            RAXEL_HOST_BAD_PICTURE);
+  EXPECT_EQ(raxelHostDither(&none, table.data(), 2, indices.data()), RAXEL_HOST_BAD_PICTURE);
+}
+
 TEST(HostReduce, SpreadsWhatATableCannotShow) {
   const Bytes greys(64 * 64, 128), table{0, 0, 0, 255, 255, 255};
   const RaxelHostPixels pixels = pixelsOf(greys, RAXEL_PIXELS_GREY, 64, 64, 1);
