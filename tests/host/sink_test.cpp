@@ -9,6 +9,10 @@
 #include <cerrno>
 #include <cstring>
 
+#include "export/finish_file.h"
+#include "export/output.h"
+#include "failure.h"
+#include "output/stream.h"
 #include "raxel/stream_codes.h"
 #include "support/random.h"
 #include "support/temp_dir.h"
@@ -141,4 +145,48 @@ TEST(Sink, PagesStandBehindEachOther) {
   close(fd);
   EXPECT_EQ(support::readFile(path), whole);
   EXPECT_TRUE(std::ranges::equal(memory.kept(), whole));
+}
+
+namespace {
+
+template <class Action>
+std::string outputFailure(Action action) {
+  try {
+    action();
+  } catch (const host::Failure &failure) {
+    return failure.what();
+  }
+  return "";
+}
+
+}  // namespace
+
+TEST(Output, InMemoryEndsBeforeTwoGigabytes) {
+  host::Output output("", host::TargetRules{});
+  const uint8_t byte = 1;
+  output.sink().seek(INT32_MAX, KVL_FROM_START);
+  EXPECT_FALSE(output.sink().write(&byte, 1));
+  EXPECT_EQ(outputFailure([&] { output.checkWritten(); }),
+            output.name() + ": cannot be written: the file would take 2 GiB or more");
+}
+
+TEST(Output, NumbersNoMorePagesThanAFileCan) {
+  host::Output output("", host::TargetRules{});
+  host::PageCount pages;
+  pages.number = 65533;
+  EXPECT_EQ(outputFailure([&] { host::startPage(output, pages); }), "");
+  EXPECT_EQ(pages.number, 65534u);
+  EXPECT_EQ(outputFailure([&] { host::startPage(output, pages); }),
+            output.name() + ": cannot be finished: a file numbers its pages up to 65535");
+}
+
+TEST(Output, ServesTheFilterNothingThatItDoesNotAskFor) {
+  host::Sink sink(-1);
+  host::Pace pace(RaxelHostJob{});
+  host::OutputStream stream(sink, pace);
+  const auto context = reinterpret_cast<HostWord>(&stream);
+  uint8_t byte = 0;
+  const HostWord to = reinterpret_cast<HostWord>(&byte);
+  EXPECT_EQ(host::OutputStream::procedure(context, KVL_OP_READ, to, 1), ~HostWord{0});
+  EXPECT_EQ(host::OutputStream::procedure(0, KVL_OP_READ, to, 1), 0u);
 }
