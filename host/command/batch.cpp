@@ -158,10 +158,10 @@ class Pool {
         outcome_(outcome),
         line_(std::to_string(tasks.size()) + " pictures", wantsLine(options)) {}
 
-  void start(size_t index) {
+  // Returns whether there is room for one more beside those at work.
+  bool start(size_t index) {
     int ends[2];
-    if (pipe(ends) != 0)
-      throw Failure(kLibrary, std::string("cannot start a process: ") + std::strerror(errno));
+    if (pipe(ends) != 0) return findNoRoom();
     if (options_.resume) readManifest(options_.manifest);
     std::fflush(nullptr);
     const pid_t parent = getpid();
@@ -176,7 +176,12 @@ class Pool {
         endWith(parent);
       }
     }
-    if (pid < 0) throw Failure(kLibrary, std::string("cannot start a process: ") + std::strerror(errno));
+    if (pid < 0) {
+      const int error = errno;
+      for (const int end : ends) close(end);
+      errno = error;
+      return findNoRoom();
+    }
     if (pid == 0) {
       close(ends[0]);
       // The line belongs to the parent, which counts pictures; a message takes its place.
@@ -189,6 +194,7 @@ class Pool {
     }
     close(ends[1]);
     children_[pid] = {index, ends[0]};
+    return true;
   }
 
   // Takes in reports until one is whole. All pipes are read meanwhile: a child whose report is longer than
@@ -213,6 +219,12 @@ class Pool {
   size_t running() const { return children_.size(); }
 
  private:
+  // There will be some when one of those at work has ended.
+  bool findNoRoom() const {
+    if (running() != 0) return false;
+    throw Failure(kLibrary, std::string("cannot start a process: ") + std::strerror(errno));
+  }
+
   // Of a child whose pipe is at its end.
   void finish(pid_t pid) {
     int status = 0;
@@ -270,7 +282,7 @@ int exportAll(const Options &options) {
     Pool pool(library, options, originals, tasks, outcome);
     for (size_t i = 0; i < tasks.size(); ++i) {
       if (pool.running() == options.jobs) pool.waitForOne();
-      pool.start(i);
+      while (!pool.start(i)) pool.waitForOne();
     }
     while (pool.running() != 0) pool.waitForOne();
   } else {

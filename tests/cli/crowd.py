@@ -84,8 +84,8 @@ class Crowd(Replaced):
             self.check("output: a temporary is left", not self.strays(), self.strays())
         return f"{CROWD * self.rounds} exports to one file, looked at {looked} times"
 
-    def little_memory(self):
-        """Side by side with less and less memory for each: what is there afterwards is whole, and the rest is told of."""
+    def side_by_side(self):
+        """Eight pictures, what becomes of each, and the folder for it."""
         to = os.path.join(self.folder, "to")
         os.makedirs(to, exist_ok=True)
         pictures = [os.path.join(self.folder, f"{number}.ppm") for number in range(8)]
@@ -95,25 +95,41 @@ class Crowd(Replaced):
             self.start(path, os.path.join(to, name), "-c", "lzw").end()
             with open(os.path.join(to, name), "rb") as file:
                 wholes[name] = file.read()
-        small = 0
-        for room in range(16, 160, 4 if self.times > 20 else 16):
-            for name in wholes:
-                with open(os.path.join(to, name), "wb") as out:
-                    out.write(self.old)
-            process = Run([self.program, "-q", "-j", "4", "-c", "lzw", "-d", to, *pictures],
-                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (room << 20, room << 20)))
-            code = process.end()
-            kept = 0
-            for name, whole in wholes.items():
-                with open(os.path.join(to, name), "rb") as file:
-                    content = file.read()
-                kept += content == self.old
-                self.check(f"{room} MiB: {name}", content in (whole, self.old), f"{len(content)} bytes; {process.told()}")
-            small += kept > 0
-            self.check(f"{room} MiB: how it ends", (code == 0) == (kept == 0) and code in (0, 70, 127), f"{kept} old; {process.told()}")
-            self.check(f"{room} MiB: a temporary is left", not self.strays(to), self.strays(to))
+        return to, pictures, wholes
+
+    def squeezed(self, title, limit, most, codes, to, pictures, wholes):
+        """Under a limit each file is whole or the old one, and the code tells which. Answers how many are old, and the words."""
+        for name in wholes:
+            with open(os.path.join(to, name), "wb") as out:
+                out.write(self.old)
+        process = Run([self.program, "-q", "-j", "4", "-c", "lzw", "-d", to, *pictures],
+                      preexec_fn=lambda: resource.setrlimit(limit, (most, most)))
+        code = process.end()
+        kept = 0
+        for name, whole in wholes.items():
+            with open(os.path.join(to, name), "rb") as file:
+                content = file.read()
+            kept += content == self.old
+            self.check(f"{title}: {name}", content in (whole, self.old), f"{len(content)} bytes; {process.told()}")
+        self.check(f"{title}: how it ends", (code == 0) == (kept == 0) and code in codes, f"{kept} old; {process.told()}")
+        self.check(f"{title}: a temporary is left", not self.strays(to), self.strays(to))
+        return kept, process.told()
+
+    def little_memory(self):
+        """Side by side with less and less memory for each: what is there afterwards is whole, and the rest is told of."""
+        work = self.side_by_side()
+        small = sum(self.squeezed(f"{room} MiB", resource.RLIMIT_AS, room << 20, (0, 70, 127), *work)[0] > 0
+                    for room in range(16, 160, 4 if self.times > 20 else 16))
         self.check("little memory: it was never too little", small > 0)
-        return f"{small} sizes of memory were too small for all"
+        return f"little memory: {small} times too little"
+
+    def few_descriptors(self):
+        """The same from as many descriptors on as a process begins with, and one for what it loads."""
+        work = self.side_by_side()
+        told = [self.squeezed(f"{most} descriptors", resource.RLIMIT_NOFILE, most, (0, 66, 70, 73), *work) for most in range(4, 24)]
+        self.check("few descriptors: the first", told[0][0] == 8 and "cannot start a process: Too many open files" in told[0][1], told[0])
+        self.check("few descriptors: they never were enough", told[-1][0] == 0, told[-1])
+        return f"few descriptors: {sum(kept > 0 for kept, _ in told)} times too few"
 
 
 def main():
@@ -126,7 +142,7 @@ def main():
         return 77
     with tempfile.TemporaryDirectory(prefix="raxel-crowd-") as folder:
         tried = Crowd(build, program, folder, everything)
-        for step in (tried.profile, tried.output, tried.little_memory):
+        for step in (tried.profile, tried.output, tried.little_memory, tried.few_descriptors):
             print(step(), flush=True)
     return shared.tell(tried.faults, f"crowd: {tried.checks - len(tried.faults)} passed, {len(tried.faults)} failed")
 

@@ -22,9 +22,6 @@ long=$(printf 'a%.0s' {1..40000})
 timeout 100 raxel-export -q --json -j 2 -d to "$long" chart4.png >long.json 2>long.err
 echo "exit $?, $(($(wc -c <long.json) / 40000)) times the name, $(wc -l <long.json) lines"
 ls -A to
-# As many descriptors as a process begins with, and one for what it loads.
-(ulimit -n 4 && code raxel-export -j 2 -d to chart4.png ramp.png)
-ls -A to
 # A caller that does not want to know how its children end does not keep the command from knowing of its own.
 careless='import os, signal, sys; signal.signal(signal.SIGCHLD, signal.SIG_IGN); os.execvp(sys.argv[1], sys.argv[1:])'
 code python3 -c "$careless" raxel-export -q -j 2 -d to chart4.png broken.png
