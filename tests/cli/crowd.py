@@ -6,6 +6,7 @@
 """
 
 import ctypes
+import functools
 import multiprocessing
 import os
 import random
@@ -84,6 +85,7 @@ class Crowd(Replaced):
             self.check("output: a temporary is left", not self.strays(), self.strays())
         return f"{CROWD * self.rounds} exports to one file, looked at {looked} times"
 
+    @functools.cached_property
     def side_by_side(self):
         """Eight pictures, what becomes of each, and the folder for it."""
         to = os.path.join(self.folder, "to")
@@ -117,7 +119,7 @@ class Crowd(Replaced):
 
     def little_memory(self):
         """Side by side with less and less memory for each: what is there afterwards is whole, and the rest is told of."""
-        work = self.side_by_side()
+        work = self.side_by_side
         small = sum(self.squeezed(f"{room} MiB", resource.RLIMIT_AS, room << 20, (0, 70, 127), *work)[0] > 0
                     for room in range(16, 160, 4 if self.times > 20 else 16))
         self.check("little memory: it was never too little", small > 0)
@@ -125,7 +127,7 @@ class Crowd(Replaced):
 
     def few_descriptors(self):
         """The same from as many descriptors on as a process begins with, and one for what it loads."""
-        work = self.side_by_side()
+        work = self.side_by_side
         told = [self.squeezed(f"{most} descriptors", resource.RLIMIT_NOFILE, most, (0, 66, 70, 73), *work) for most in range(4, 24)]
         self.check("few descriptors: the first", told[0][0] == 8 and "cannot start a process: Too many open files" in told[0][1], told[0])
         self.check("few descriptors: they never were enough", told[-1][0] == 0, told[-1])
