@@ -237,9 +237,8 @@ class RowsFromChild {
     require(out_.pixels.size() == 0);
     const RaxelPicture &view = out_.view;
     require(view.bits == 24 || (view.bits & (view.bits - 1)) == 0);
-    const uint64_t size = uint64_t{view.stride} * view.height;
-    require(size <= kLargestPicture);
-    out_.pixels = Buffer(static_cast<size_t>(size));
+    require(!isTooLarge(view.stride, view.height));
+    out_.pixels = Buffer(view.stride * view.height);
     begun_ = view;
   }
   void takePiece(size_t bytes) {
@@ -287,7 +286,10 @@ void hear(Child &child, const Window &window, Picture &out) {
       require(isFirst);
       if (out.tableKnown) announced = out.view;
       if (out.gate) out.gate(out);
-      child.allow(allowanceFor(uint64_t{out.view.stride} * out.view.height));
+      // One that is too large is announced, too, before its decoder says so.
+      child.allow(allowanceFor(isTooLarge(out.view.stride, out.view.height)
+                                   ? kLargestPicture
+                                   : out.view.stride * out.view.height));
       child.goOn();
       continue;
     }

@@ -115,6 +115,10 @@ constexpr uint8_t narrow(unsigned v) {
 
 // The most that a decoded picture may take: hostile headers promise more than any machine has.
 constexpr uint64_t kLargestPicture = uint64_t{1} << 32;
+// Rows of so many bytes, of which there is at least one. Their product may have more than 64 bits.
+constexpr bool isTooLarge(uint64_t stride, uint32_t height) {
+  return stride > kLargestPicture / height;
+}
 // What to say of one that takes more.
 std::string tooLarge(uint32_t width, uint32_t height);
 

@@ -190,7 +190,9 @@ void readPnm(std::span<const uint8_t> bytes, Picture &out) {
   const Header header = pam ? headerOf(*pam) : readHeader(bytes, scanner);
   if (header.most > 255) out.notes.push_back(kReduced);
   if (!header.raw()) return readPlain(header, scanner, out);
-  const uint64_t wanted = rawStride(header) * header.height;
+  const uint64_t stride = rawStride(header);
+  if (stride > UINT64_MAX / header.height) throw Unreadable(tooLarge(header.width, header.height));
+  const uint64_t wanted = stride * header.height;
   if (wanted > scanner.left()) {
     throw Unreadable("ends after " + std::to_string(scanner.left()) + " of " + std::to_string(wanted) +
                      " bytes of pixels");

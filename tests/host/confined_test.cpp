@@ -289,6 +289,18 @@ TEST_F(Confined, BelievesNoLies) {
   }
 }
 
+// 2^64 + 26 bytes, of which 64 bits hold the 26.
+TEST_F(Confined, BelievesNoMoreBytesThanCanBeCounted) {
+  EXPECT_EQ(endOf([](Picture &) {
+              const Change many = [](Told &t) { t.width = 3062868337, t.height = 2007567422, t.bits = 24; };
+              tellOf(host::kTellRows, many);
+              tellPiece(26);
+              tellOf(host::kTellDone, many);
+              _exit(0);
+            }).what,
+            kNonsense);
+}
+
 TEST_F(Confined, WantsAllRowsInTheirTime) {
   const auto done = [](const std::function<void()> &first) {
     return endOf([&](Picture &) {
