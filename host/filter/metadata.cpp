@@ -63,7 +63,7 @@ std::string listed(const std::vector<std::string> &things) {
 std::vector<uint8_t> givenProfile(const Options &options) {
   if (options.icc == Options::kKeepProfile || options.icc == Options::kDropProfile) return {};
   const Input input(options.icc, kProfile);
-  const std::vector<uint8_t> icc(input.bytes().begin(), input.bytes().end());
+  std::vector<uint8_t> icc(input.bytes().begin(), input.bytes().end());
   if (icc.size() > kProfile.longest || !isProfile(icc))
     throw Failure(kNoInput, input.name() + ": " + kProfile.unlike);
   return icc;

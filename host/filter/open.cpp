@@ -49,7 +49,7 @@ std::string findLibrary(const std::string &wanted) {
   for (const std::string &folder : {programFolder(), ownFolder()}) {
     if (folder.empty()) continue;
     for (const char *place : {"raxel.so", RAXEL_FILTER_FROM_PROGRAM, "raxel/raxel.so"}) {
-      if (const std::string path = folder + place; access(path.c_str(), F_OK) == 0) return path;
+      if (std::string path = folder + place; access(path.c_str(), F_OK) == 0) return path;
     }
   }
   if (const char *path = RAXEL_INSTALLED_FILTER; access(path, F_OK) == 0) return path;

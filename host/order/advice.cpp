@@ -73,7 +73,7 @@ Failure advised(const Failure &failure, const Options &options, const std::strin
 }
 
 std::string noteText(uint32_t note) {
-  const std::string text = raxelHostNote(note);
+  std::string text = raxelHostNote(note);
   if (note == RAXEL_NOTE_DOCUMENT) return text + "; --dither makes dots of it";
   if (note == RAXEL_NOTE_NO_DOCUMENT) return text + "; --threshold auto cuts it into black and white";
   return text;

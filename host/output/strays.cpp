@@ -83,8 +83,8 @@ std::string followLinks(std::string path) {
   for (int links = 0; links < kMostLinks; ++links) {
     const ssize_t length = readlink(path.c_str(), to, sizeof to);
     if (length < 0) return path;
-    const std::string next(to, static_cast<size_t>(length));
-    path = next.front() == '/' ? next : folderOf(path) + next;
+    path.resize(*to == '/' ? 0 : folderOf(path).size());
+    path.append(to, static_cast<size_t>(length));
   }
   return "";
 }

@@ -95,6 +95,7 @@ std::vector<Color> cutBoxes(std::vector<ColorCount> colors, uint32_t most) {
     boxes.push_back(second);
   }
   std::vector<Color> table;
+  table.reserve(boxes.size());
   for (const Box &box : boxes) table.push_back(box.color());
   return table;
 }

@@ -162,8 +162,9 @@ std::vector<ColorCount> fewInLargerCubes(const std::vector<ColorCount> &histogra
   for (size_t i = 0; i < keys.size();) {
     const uint32_t index = keys[i] >> kNumberBits;
     Sums cube{};
-    for (; i < keys.size() && keys[i] >> kNumberBits == index; ++i)
+    do {
       cube.add(histogram[keys[i] & ((1u << kNumberBits) - 1)]);
+    } while (++i < keys.size() && keys[i] >> kNumberBits == index);
     found.push_back(cube.mean());
   }
   return found;

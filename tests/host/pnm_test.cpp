@@ -157,7 +157,8 @@ TEST(Pnm, RefusesMissingPixels) {
   EXPECT_EQ(errorOf("P5\n2 1 256\nabc"), "ends after 3 of 4 bytes of pixels");
   EXPECT_EQ(errorOf("P6\n2147483647 2147483647 255\nabc"),
             "ends after 3 of 13835058042397261827 bytes of pixels");
-  EXPECT_EQ(errorOf("P6\n2147483647 1431655767 65535\nabc"), "is too large: 2147483647 by 1431655767 pixels");
+  EXPECT_EQ(errorOf("P6\n2147483647 1431655767 65535\nabc"),
+            "is too large: 2147483647 by 1431655767 pixels");
   EXPECT_EQ(errorOf("P2\n2 2 255\n1 2 3"), "ends before the pixel");
   EXPECT_EQ(errorOf("P3\n65535 65535 255\n1 2 3"), "ends in the middle of its pixels");
   EXPECT_EQ(errorOf("P1\n4 1\n10x1"), "has a pixel that is neither 0 nor 1");
