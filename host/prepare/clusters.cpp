@@ -110,7 +110,7 @@ size_t leastNeeded(const Clusters &clusters, size_t entries) {
 }
 
 uint8_t toByte(double value) {
-  return static_cast<uint8_t>(std::lround(std::clamp(value, 0.0, 255.0)));
+  return static_cast<uint8_t>(std::floor(std::clamp(value, 0.0, 255.0) + 0.5));
 }
 
 // Two entries at the two sides of a cluster, along the channel in which it spreads most.

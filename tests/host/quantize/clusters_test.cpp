@@ -93,6 +93,18 @@ TEST(Clusters, FewColorsAreAllInTheTable) {
     EXPECT_EQ(errorOf(colors, prepare::chooseColors(colors, most)), 0u);
 }
 
+// Rounds leave an entry to which nothing is nearest, and trials come to it: its mean would be no number.
+TEST(Clusters, AnEntryWithoutPixelsIsNotDivided) {
+  const std::vector<ColorCount> colors{{{9, 0, 0}, 9}, {{8, 2, 0}, 2}, {{8, 0, 0}, 9},
+                                       {{7, 0, 0}, 9}, {{6, 1, 0}, 8}, {{8, 3, 0}, 3}};
+  for (const Color &entry : prepare::chooseColors(colors, 3)) {
+    EXPECT_GE(entry[0], 6);
+    EXPECT_LE(entry[0], 9);
+    EXPECT_LE(entry[1], 3);
+    EXPECT_EQ(entry[2], 0);
+  }
+}
+
 TEST(Clusters, TrialsFindWhatRoundsAloneCannot) {
   // Four heaps of colours and four entries. Boxes are cut first at the mean of all, through the middle of
   // the heap that most pixels are in, and no round brings the two halves together again.
