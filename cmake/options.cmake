@@ -27,6 +27,15 @@ if(RAXEL_THREAD_SANITIZER)
   target_compile_options(raxel_numbers INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
   target_link_options(raxel_numbers INTERFACE -fsanitize=thread)
 endif()
+if(RAXEL_INTEGERS)
+  # Numbers of the tests' own may do as they like. (Which object is of which type is another check's: its records
+  # are one for each library, and an exception comes from another one.)
+  target_compile_options(raxel_numbers INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:RAXEL_ONLY_TESTS>>>:
+    -fsanitize=integer,undefined,float-divide-by-zero -fno-sanitize=vptr>)
+  execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-runtime-dir OUTPUT_VARIABLE runtime OUTPUT_STRIP_TRAILING_WHITESPACE
+    COMMAND_ERROR_IS_FATAL ANY)
+  target_link_options(raxel_numbers INTERFACE -fsanitize=undefined -shared-libsan LINKER:-rpath,${runtime})
+endif()
 # What starts with every picture carries its own part of the C++ library: to load the whole one, with the two
 # thousand names that it looks up, takes longer than a small export.
 add_library(raxel_own_runtime INTERFACE)
