@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <climits>
 #include <csetjmp>
+#include <cstring>
 #include <new>
 
 #include "loading.h"
@@ -129,12 +130,18 @@ void fromCmyk(const uint8_t *in, uint32_t width, bool inverted, uint8_t *to) {
   }
 }
 
-// `inks` has room for a row of CMYK, and is null for other pictures.
+// `inks` has room for a row of CMYK, and is null for other pictures. Rows of any other size would not fit.
 bool decode(Decoder &decoder, const Picture &out, uint8_t *inks) {
   const LibJpeg &lib = decoder.lib;
   if (setjmp(decoder.trouble.leave) != 0) return false;
   jpeg_decompress_struct &info = decoder.info;
   lib.jpeg_start_decompress(&info);
+  const auto channels = inks ? 4 : out.view.bits / 8;
+  if (info.output_width != out.view.width || info.output_height != out.view.height ||
+      static_cast<uint32_t>(info.output_components) != channels) {
+    std::strcpy(decoder.trouble.message, "its rows are of another size than it says");
+    return false;
+  }
   while (info.output_scanline < info.output_height) {
     uint8_t *to = out.rowAt(info.output_scanline);
     JSAMPROW row = inks ? inks : to;
@@ -161,7 +168,8 @@ void decodeJpeg(std::span<const uint8_t> bytes, Picture &out) {
   const auto channels = static_cast<uint32_t>(info.num_components);
   if (uint64_t{info.image_width} * info.image_height * channels > kLargestPicture)
     throw Unreadable(tooLarge(info.image_width, info.image_height));
-  if (channels == 2) throw Unreadable("has two channels, which is no known kind of picture");
+  if (channels != 1 && channels != 3 && channels != 4)
+    throw Unreadable("has " + std::to_string(channels) + " channels, which is no known kind of picture");
   Exif exif;
   for (jpeg_saved_marker_ptr m = info.marker_list; m && !exif.found; m = m->next) {
     exif = readExif(m->data, m->data_length);

@@ -117,7 +117,7 @@ void jpeg_save_markers(j_decompress_ptr info, int marker, unsigned int most) {
 int jpeg_read_header(j_decompress_ptr info, boolean require) {
   (void)require;
   info->image_width = info->image_height = info->output_width = info->output_height = kSide;
-  info->num_components = 1;
+  info->num_components = info->output_components = 1;
   return JPEG_HEADER_OK;
 }
 
