@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <unordered_set>
 
 #include "finish/tags.h"
@@ -71,6 +72,9 @@ constexpr std::array<Type, 13> kTypes{{{"", 0},
                                        {"DOUBLE", 8}}};
 
 constexpr uint32_t kMostValues = 70000;  // more than the strips or tiles of any file written here
+// Of all entries together, which in a hostile file may lie over each other.
+constexpr uint32_t kMostValuesInAll = 1 << 20;
+constexpr uint32_t kMostPieces = 1 << 24;  // strips or tiles
 constexpr uint32_t kMostText = 200;
 constexpr size_t kMostFaults = 1000;  // nobody reads more
 
@@ -133,7 +137,13 @@ void addFault(Directory &directory, const std::string &fault, bool cuts) {
   if (cuts && directory.cut.empty()) directory.cut = fault;
 }
 
-DirectoryEntry readEntry(const Bytes &bytes, uint64_t at, Directory &directory) {
+// What was read of a directory so far.
+struct Progress {
+  uint32_t room = kMostValuesInAll;
+  std::set<uint16_t> needed;
+};
+
+DirectoryEntry readEntry(const Bytes &bytes, uint64_t at, Progress &progress, Directory &directory) {
   DirectoryEntry entry{static_cast<uint16_t>(bytes.number(at, 2)),
                        static_cast<uint16_t>(bytes.number(at + 2, 2)),
                        static_cast<uint32_t>(bytes.number(at + 4, 4)),
@@ -157,8 +167,13 @@ DirectoryEntry readEntry(const Bytes &bytes, uint64_t at, Directory &directory) 
     return entry;
   }
   // Of the strips none is left unlooked at; a tag that stands twice does not count again.
-  const bool all = isNeeded(entry.tag) && !directory.find(entry.tag);
-  const uint32_t count = all ? entry.count : std::min(entry.count, kMostValues);
+  const bool all = isNeeded(entry.tag) && progress.needed.insert(entry.tag).second;
+  if (all && entry.count > kMostPieces) {
+    addFault(directory, tagName(entry.tag) + " has more values than a picture needs", true);
+    return entry;
+  }
+  const uint32_t count = all ? entry.count : std::min({entry.count, kMostValues, progress.room});
+  if (!all) progress.room -= count;
   entry.values.reserve(count);
   for (uint32_t i = 0; i < count; ++i) {
     entry.values.push_back(valueAt(bytes, place + uint64_t{kTypes[entry.type].size} * i, entry.type));
@@ -277,8 +292,9 @@ Directory readDirectory(std::span<const uint8_t> file, uint32_t at) {
     directory.faults.push_back("its directory lies beyond the end of the file");
     return directory;
   }
+  Progress progress;
   for (uint64_t i = 0; i < count; ++i)
-    directory.entries.push_back(readEntry(bytes, start + 12 * i, directory));
+    directory.entries.push_back(readEntry(bytes, start + 12 * i, progress, directory));
   directory.next = static_cast<uint32_t>(bytes.number(start + 12 * count, 4));
   checkOrder(directory);
   checkPieces(directory, file.size(), finish::kStripOffsets, finish::kStripByteCounts);

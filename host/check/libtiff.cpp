@@ -203,6 +203,8 @@ bool TiffReader::readColors(const TakePixels &take) {
   const uint32_t wide = tiled_ ? tileWidth_ : width_,
                  high = tiled_ ? tileHeight_ : std::min(number(TIFFTAG_ROWSPERSTRIP, true, height), height);
   if (wide == 0 || high == 0 || uint64_t{wide} * high > SIZE_MAX / 8) return false;
+  // A tile may be larger than its picture.
+  if (tiled_ && uint64_t{wide} * high > kLargestTiles / sizeof(uint32_t)) return false;
   std::vector<uint32_t> piece(size_t{wide} * high);
   // The library would turn pieces one by one.
   lib_->TIFFSetField(tiff_, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);

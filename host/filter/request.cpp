@@ -99,7 +99,7 @@ double ownDpi(double dpi, std::vector<std::string> &notes) {
   constexpr double kMost = 100000, kNear = 0.0127;
   if (!(dpi >= 1.5) || !std::isfinite(dpi)) return 96;
   if (dpi > kMost) {
-    notes.push_back("the picture's " + std::to_string(static_cast<long>(dpi)) +
+    notes.push_back("the picture's " + std::to_string(std::lround(std::min(dpi, 1e9))) +
                     " dots an inch cannot be written; 100000 are");
     return kMost;
   }
@@ -151,6 +151,11 @@ void contain(const SizeBox &box, bool onPaper, const Picture &picture, RaxelRequ
   setPixels(across * scale * dotsX, down * scale * dotsY, request);
 }
 
+// Of a page of inches and any resolution: what is too large stays so.
+uint32_t toPixels(double side) {
+  return static_cast<uint32_t>(std::min<double>(side, UINT32_MAX));
+}
+
 // Puts the picture into the box. In a box of inches its proportions are those on paper, in one of pixels
 // those of the pixels, and padded always those on paper.
 void fit(const SizeBox &box, int how, const Picture &picture, RaxelRequest &request) {
@@ -160,8 +165,8 @@ void fit(const SizeBox &box, int how, const Picture &picture, RaxelRequest &requ
   const double height = std::max(1.0, std::round(box.pixels ? box.y : box.y * request.dpiY));
   if (how == kFitExact) return setPixels(width, height, request);
   contain({width, height, true}, true, picture, request);
-  request.pageWidth = static_cast<uint32_t>(width);
-  request.pageHeight = static_cast<uint32_t>(height);
+  request.pageWidth = toPixels(width);
+  request.pageHeight = toPixels(height);
 }
 
 // A box of pixels with both sides given is meant exactly where dots are not square.

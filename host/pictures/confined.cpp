@@ -237,7 +237,7 @@ class RowsFromChild {
     require(out_.pixels.size() == 0);
     const RaxelPicture &view = out_.view;
     require(view.bits == 24 || (view.bits & (view.bits - 1)) == 0);
-    require(!isTooLarge(view.stride, view.height));
+    require(!isTooLarge(view.width, view.height, view.bits));
     out_.pixels = Buffer(view.stride * view.height);
     begun_ = view;
   }
@@ -287,7 +287,7 @@ void hear(Child &child, const Window &window, Picture &out) {
       if (out.tableKnown) announced = out.view;
       if (out.gate) out.gate(out);
       // One that is too large is announced, too, before its decoder says so.
-      child.allow(allowanceFor(isTooLarge(out.view.stride, out.view.height)
+      child.allow(allowanceFor(isTooLarge(out.view.width, out.view.height, out.view.bits)
                                    ? kLargestPicture
                                    : out.view.stride * out.view.height));
       child.goOn();

@@ -144,7 +144,7 @@ uint8_t packEight(const uint8_t *in) {
 }
 
 void packBools(const uint8_t *in, uint32_t width, uint8_t *out) {
-  uint32_t x = 0;
+  size_t x = 0;
   for (; x + 8 <= width; x += 8) *out++ = packEight(in + x);
   if (x == width) return;
   std::array<uint8_t, 8> last{};

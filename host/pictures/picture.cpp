@@ -36,6 +36,7 @@ std::string tooLarge(uint32_t width, uint32_t height) {
 
 void Picture::announce(uint32_t width, uint32_t height, uint32_t bits, int turn) {
   if (width == 0 || height == 0) throw Unreadable("has no pixels");
+  if (isTooLong(width, height)) throw Unreadable(tooLarge(width, height));
   orientation = turn >= 1 && turn <= 8 ? turn : 1;
   if (!gate) return;
   if (isOnItsSide(turn)) {
@@ -52,7 +53,7 @@ void Picture::announce(uint32_t width, uint32_t height, uint32_t bits, int turn)
 void Picture::allocate(uint32_t width, uint32_t height, uint32_t bits) {
   const uint64_t stride = (uint64_t{width} * bits + 7) / 8;
   if (width == 0 || height == 0) throw Unreadable("has no pixels");
-  if (isTooLarge(stride, height)) throw Unreadable(tooLarge(width, height));
+  if (isTooLarge(width, height, bits)) throw Unreadable(tooLarge(width, height));
   pixels = Buffer(static_cast<size_t>(stride * height));
   view = RaxelPicture{width, height, bits, pixels.data(), static_cast<size_t>(stride), nullptr, 0};
 }

@@ -115,9 +115,12 @@ constexpr uint8_t narrow(unsigned v) {
 
 // The most that a decoded picture may take: hostile headers promise more than any machine has.
 constexpr uint64_t kLargestPicture = uint64_t{1} << 32;
-// Rows of so many bytes, of which there is at least one. Their product may have more than 64 bits.
-constexpr bool isTooLarge(uint64_t stride, uint32_t height) {
-  return stride > kLargestPicture / height;
+constexpr bool isTooLong(uint32_t width, uint32_t height) {
+  return width > RAXEL_HOST_LONGEST_SIDE || height > RAXEL_HOST_LONGEST_SIDE;
+}
+// There is at least one row.
+constexpr bool isTooLarge(uint32_t width, uint32_t height, uint32_t bits) {
+  return isTooLong(width, height) || (uint64_t{width} * bits + 7) / 8 > kLargestPicture / height;
 }
 // What to say of one that takes more.
 std::string tooLarge(uint32_t width, uint32_t height);

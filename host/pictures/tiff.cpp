@@ -115,8 +115,9 @@ void readSamples(TiffReader &reader, const Kind &kind, const Background &backgro
   const bool multiplied =
       kind.extra == EXTRASAMPLE_ASSOCALPHA || (kind.extra == EXTRASAMPLE_UNSPECIFIED && kind.rgb());
   out.allocate(kind.width, kind.height, greys ? 8 : 24);
+  if (reader.rowBytes() != size_t{kind.width} * kind.samples * kind.bits / 8)
+    throw Unreadable("is damaged");
   std::vector<uint8_t> row(static_cast<size_t>(reader.rowBytes()));
-  if (row.size() != size_t{kind.width} * kind.samples * kind.bits / 8) throw Unreadable("is damaged");
   for (uint32_t y = 0; y < kind.height; ++y) {
     uint8_t *to = out.rowAt(y);
     const bool asItIs = !wide && !opacity && shown == stored && kind.colors != PHOTOMETRIC_MINISWHITE;

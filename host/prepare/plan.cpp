@@ -23,6 +23,7 @@ bool within(int32_t value, int32_t count) {
 int checkPicture(const RaxelPicture &picture) {
   const uint32_t bits = picture.bits;
   if (!picture.rows || picture.width == 0 || picture.height == 0) return RAXEL_HOST_BAD_PICTURE;
+  if (std::max(picture.width, picture.height) > RAXEL_HOST_LONGEST_SIDE) return RAXEL_HOST_BAD_PICTURE;
   if (bits != 1 && bits != 2 && bits != 4 && bits != 8 && bits != 24) return RAXEL_HOST_BAD_PICTURE;
   if ((uint64_t{picture.width} * bits + 7) / 8 > picture.stride) return RAXEL_HOST_BAD_PICTURE;
   return RAXEL_HOST_OK;

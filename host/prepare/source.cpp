@@ -37,7 +37,7 @@ void Source::readIndices(uint32_t y, uint8_t *out) const {
   }
   const uint32_t bits = picture_.bits, perByte = 8 / bits;
   const unsigned mask = (1u << bits) - 1;
-  uint32_t x = 0;
+  size_t x = 0;
   for (; x + perByte <= picture_.width; ++in) {
     for (uint32_t shift = 8; shift != 0; ++x) {
       shift -= bits;

@@ -14,7 +14,7 @@ RAXEL_BEGIN
 typedef enum RaxelHostCode {
   RAXEL_HOST_OK,                   // done
   RAXEL_HOST_BAD_ARGUMENT,         // a null pointer, or a value outside its enumeration
-  RAXEL_HOST_BAD_PICTURE,          // no pixels, an unknown depth, rows shorter than the width
+  RAXEL_HOST_BAD_PICTURE,          // no pixels or too many, an unknown depth, rows shorter than the width
   RAXEL_HOST_TOO_WIDE,             // more than 65535 pixels
   RAXEL_HOST_TOO_TALL,             // more than 65534 rows
   RAXEL_HOST_TOO_LARGE,            // 2 GiB of pixels and more

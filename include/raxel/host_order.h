@@ -38,8 +38,8 @@ typedef enum RaxelPixelKind {
 // pixels of a row and the channels of a pixel. Rows of grey, indices and RGB that lie as the filter takes
 // them are read in place. Transparent parts show the option "background".
 typedef struct RaxelHostPixels {
-  uint32_t size;  // sizeof(RaxelHostPixels)
-  uint32_t width;
+  uint32_t size;   // sizeof(RaxelHostPixels)
+  uint32_t width;  // pixels, up to RAXEL_HOST_LONGEST_SIDE
   uint32_t height;
   int32_t kind;           // RaxelPixelKind
   uint32_t channelBytes;  // 1, or 2 for numbers of 16 bits in the machine's order, which become 8 bits

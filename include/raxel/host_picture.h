@@ -88,9 +88,12 @@ typedef enum RaxelQuantizer {
   RAXEL_QUANTIZERS        // how many there are
 } RaxelQuantizer;
 
+// The most pixels that a picture may have from left to right, and from top to bottom.
+#define RAXEL_HOST_LONGEST_SIDE 67108864u
+
 // A picture as it was read. Borrowed; never written.
 typedef struct RaxelPicture {
-  uint32_t width;  // pixels
+  uint32_t width;  // pixels, up to RAXEL_HOST_LONGEST_SIDE
   uint32_t height;
   uint32_t bits;         // 1, 2, 4, 8: indices, leftmost pixel in the high bits; 24: red, green, blue
   const uint8_t *rows;   // the top row

@@ -184,6 +184,43 @@ TEST(Directory, LooksAtEveryStrip) {
   EXPECT_EQ(host::readDirectory(file).cut, "strip 80000 reaches beyond the end of the file");
 }
 
+// Values of many entries may lie over each other, and would take a thousand times as much as the file.
+TEST(Directory, KeepsNoMoreValuesThanAnyFileHas) {
+  constexpr uint32_t kEntries = 6000;
+  Bytes file{'I', 'I'};
+  put16(file, 42, true);
+  put32(file, 8, true);
+  put16(file, kEntries, true);
+  for (uint32_t i = 0; i < kEntries; ++i) {
+    put16(file, 1000 + i, true);
+    put16(file, 1, true);
+    put32(file, 70000, true);
+    put32(file, 8, true);
+  }
+  put32(file, 0, true);
+  size_t values = 0;
+  const host::Directory directory = host::readDirectory(file);
+  for (const host::DirectoryEntry &entry : directory.entries) values += entry.values.size();
+  EXPECT_EQ(directory.entries.size(), kEntries);
+  EXPECT_EQ(values, 1u << 20);
+}
+
+TEST(Directory, KeepsNoMoreStripsThanAPictureNeeds) {
+  Bytes file{'I', 'I'};
+  put16(file, 42, true);
+  put32(file, 8, true);
+  put16(file, 1, true);
+  put16(file, 273, true);
+  put16(file, 1, true);
+  put32(file, (1 << 24) + 1, true);
+  put32(file, 8, true);
+  put32(file, 0, true);
+  file.resize(8 + (1 << 24) + 1);
+  const host::Directory directory = host::readDirectory(file);
+  EXPECT_EQ(directory.cut, "StripOffsets has more values than a picture needs");
+  EXPECT_EQ(directory.entries.at(0).values.size(), 0u);
+}
+
 TEST(Directory, AnyBytesAreReadWithoutHarm) {
   support::Random random(11);
   for (int round = 0; round < 3000; ++round) {

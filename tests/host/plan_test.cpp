@@ -178,6 +178,10 @@ TEST(HostPlan, RefusesBadPictures) {
   EXPECT_EQ(codeOf(sized(0, 2), wanted), RAXEL_HOST_BAD_PICTURE);
   EXPECT_EQ(codeOf(sized(2, 0), wanted), RAXEL_HOST_BAD_PICTURE);
   EXPECT_EQ(codeOf(sized(2, 2, 16), wanted), RAXEL_HOST_BAD_PICTURE);
+  EXPECT_EQ(codeOf(sized(RAXEL_HOST_LONGEST_SIDE, 1), wanted), RAXEL_HOST_TOO_WIDE);
+  EXPECT_EQ(codeOf(sized(RAXEL_HOST_LONGEST_SIDE + 1, 1), wanted), RAXEL_HOST_BAD_PICTURE);
+  EXPECT_EQ(codeOf(sized(1, RAXEL_HOST_LONGEST_SIDE), wanted), RAXEL_HOST_TOO_TALL);
+  EXPECT_EQ(codeOf(sized(1, RAXEL_HOST_LONGEST_SIDE + 1), wanted), RAXEL_HOST_BAD_PICTURE);
   RaxelPicture narrow = sized(2, 2);
   narrow.stride = 5;
   EXPECT_EQ(codeOf(narrow, wanted), RAXEL_HOST_BAD_PICTURE);

@@ -36,6 +36,17 @@ int modeOf(const Read &read) {
 
 }  // namespace
 
+// A resolution that no number of dots can say, as a file has it that nobody looked through.
+TEST(Request, ABoundlessResolutionIsTold) {
+  Read read(8);
+  read.picture.dpiX = 1e300;
+  read.picture.dpiY = 96;
+  std::vector<std::string> notes;
+  EXPECT_EQ(requestOf({}, read, &notes).dpiX, 100000);
+  ASSERT_FALSE(notes.empty());
+  EXPECT_EQ(notes[0], "the picture's 1000000000 dots an inch cannot be written; 100000 are");
+}
+
 TEST(Request, TakesTheSmallestModeThatKeepsThePicture) {
   EXPECT_EQ(modeOf(Read(24)), RAXEL_MODE_RGB);
   EXPECT_EQ(modeOf(Read(8)), RAXEL_MODE_GREY256);

@@ -268,6 +268,8 @@ TEST(HostOrder, RefusesPicturesThatMakeNoSense) {
   pixels = pixelsOf(kColors, RAXEL_PIXELS_RGB, 3, 2, 3);
   pixels.first = nullptr;
   EXPECT_EQ(refusal(pixels), "picture 1: has no pixels");
+  pixels = pixelsOf(kColors, RAXEL_PIXELS_BITS, RAXEL_HOST_LONGEST_SIDE + 1, 1, 1);
+  EXPECT_EQ(refusal(pixels), "picture 1: is too large: 67108865 by 1 pixels");
   pixels = pixelsOf(kColors, RAXEL_PIXEL_KINDS, 3, 2, 3);
   EXPECT_EQ(refusal(pixels), "picture 1: is of an unknown kind");
   pixels = pixelsOf(kColors, RAXEL_PIXELS_RGB, 3, 2, 3);

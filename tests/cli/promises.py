@@ -1,0 +1,129 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""Short files that promise more than any machine has, or than there is room for: each is refused by name, soon and with
+little memory, by a decoder in its child as well as by one in the process itself.
+
+    promises.py --build FOLDER --source FOLDER
+"""
+
+import os
+import struct
+import subprocess
+import sys
+import tempfile
+import zlib
+
+import shared
+
+MEMORY = 700 << 20  # bytes that any of them may take
+SECONDS = 20  # of work; the slowest machine takes a tenth
+LONGEST = 1 << 26  # pixels of a side
+SIZES = {1: "B", 2: "B", 3: "H", 4: "I", 7: "B", 11: "f"}
+
+
+def tiff(tags, pieces):
+    """A TIFF of these tags, each with its type and values: "at" and "bytes" are those of its pieces."""
+    head = 8 + 2 + 12 * len(tags) + 4
+    data, places = b"", []
+    for piece in pieces:
+        places.append(head + len(data))
+        data += piece
+    entries = b""
+    for tag, kind, values in tags:
+        values = places if values == "at" else [len(piece) for piece in pieces] if values == "bytes" else values
+        packed = struct.pack(f"<{len(values)}{SIZES[kind]}", *values)
+        if len(packed) > 4:
+            data += b"\0" * (len(data) % 2)
+            packed, data = struct.pack("<I", head + len(data)), data + packed
+        entries += struct.pack("<HHI", tag, kind, len(values)) + packed.ljust(4, b"\0")
+    return struct.pack("<2sHIH", b"II", 42, 8, len(tags)) + entries + bytes(4) + data
+
+
+def strips(width, height, bits, samples, colors, rows, compression, pieces):
+    return tiff([(256, 4, [width]), (257, 4, [height]), (258, 3, [bits] * samples), (259, 3, [compression]), (262, 3, [colors]),
+                 (273, 4, "at"), (277, 3, [samples]), (278, 4, [rows]), (279, 4, "bytes")], pieces)
+
+
+def jpeg(channels, side):
+    """Of one value, whose first scan has as many channels as it may."""
+    def segment(marker, content):
+        return bytes((0xFF, marker)) + struct.pack(">H", len(content) + 2) + content
+
+    seen = min(channels, 4)
+    codes = b"\1" + bytes(15) + b"\0"  # one, of one bit
+    return (b"\xff\xd8" + segment(0xDB, b"\0" + b"\1" * 64) +
+            segment(0xC0, struct.pack(">BHHB", 8, side, side, channels) + b"".join(bytes((i + 1, 0x11, 0)) for i in range(channels))) +
+            segment(0xC4, b"\x00" + codes) + segment(0xC4, b"\x10" + codes) +
+            segment(0xDA, bytes([seen]) + b"".join(bytes((i + 1, 0)) for i in range(seen)) + b"\0\x3f\0") +
+            bytes(side // 8 * (side // 8) * seen // 4) + b"\xff\xd9")
+
+
+def png(width, height, bits, kind):
+    def chunk(name, content):
+        return struct.pack(">I", len(content)) + name + content + struct.pack(">I", zlib.crc32(name + content))
+
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, bits, kind, 0, 0, 0)) +
+            chunk(b"IDAT", zlib.compress(bytes(height * ((width * bits + 7) // 8 + 1)), 9)) + chunk(b"IEND", b""))
+
+
+def promises():
+    """Name to the bytes, what is said of it (all that is refused ends with 66) and the options."""
+    small = ["--size", "100x100"]
+    deflated = zlib.compress(bytes(100))
+    packer = zlib.compressobj()
+    row = b"".join(packer.compress(bytes(1 << 20)) for _ in range(1 << 9)) + packer.flush()
+    many = [(tag if tag not in (273, 279, 320, 324, 325) else 999, 1, 70000, 8) for tag in range(1000, 1000 + 60000)]
+    return {
+        # 2^64 + 26 bytes, of which 64 bits hold the 26.
+        "wrapped.tif": (strips(3062868337, 2007567422, 8, 3, 2, 669189141, 32773, [bytes(8)] * 3), "is too large: 3062868337 by 2007567422", small),
+        # The first place behind the last word or byte of a row has 33 bits.
+        "word.tif": (strips(4294967233, 1, 1, 1, 1, 1, 8, [row]), "is too large: 4294967233 by 1 pixels", small),
+        "byte.tif": (strips(4294967295, 1, 1, 1, 1, 1, 8, [row]), "is too large: 4294967295 by 1 pixels", [*small, "-m", "bilevel"]),
+        "rows.tif": (strips(1, 4294967295, 8, 1, 1, 4294967295, 8, [row]), "is too large: 1 by 4294967295 pixels", small),
+        "long.png": (png(LONGEST + 1, 1, 1, 0), f"is too large: {LONGEST + 1} by 1 pixels", small),
+        "longest.png": (png(LONGEST, 1, 1, 0), None, ["-m", "grey256", "--size", "100x1px", "--fit", "exact"]),
+        "row16.tif": (strips(1 << 29, 1, 16, 1, 1, 1, 8, [deflated]), "is too large: 536870912 by 1 pixels", small),
+        "tile.tif": (tiff([(256, 4, [1]), (257, 4, [1]), (258, 3, [8] * 4), (259, 3, [8]), (262, 3, [5]), (277, 3, [4]), (322, 4, [32768]),
+                           (323, 4, [32768]), (324, 4, "at"), (325, 4, "bytes")], [deflated]), "is damaged", []),
+        "values.tif": (struct.pack("<2sHIH", b"II", 42, 8, len(many)) + b"".join(struct.pack("<HHII", *entry) for entry in many) + bytes(4),
+                       "is damaged", []),
+        **{f"channels{n}.jpg": (jpeg(n, 64), f"has {n} channels, which is no known kind of picture", []) for n in (2, 5, 9, 10)},
+        **{f"channels{n}.jpg": (jpeg(n, 64), None, []) for n in (1, 3, 4)},
+    }
+
+
+def main():
+    _, _, program = shared.places()
+    sanitized = shared.sanitized(program)
+    faults, tried, failed = [], 0, 0
+    with tempfile.TemporaryDirectory(prefix="raxel-promises-") as folder:
+        out = os.path.join(folder, "out.tif")
+        for name, (content, said, options) in promises().items():
+            path = os.path.join(folder, name)
+            with open(path, "wb") as file:
+                file.write(content)
+            for more in ([], ["--no-sandbox"]):
+                tried += 1
+                before = len(faults)
+                process = subprocess.Popen([program, "-q", *more, *options, path, out], stderr=subprocess.PIPE, text=True)
+                words = process.stderr.read()
+                _, status, used = os.wait4(process.pid, 0)
+                process.returncode = os.waitstatus_to_exitcode(status)
+                title = " ".join((name, *more))
+                if process.returncode != (66 if said else 0) or (said or "") not in words:
+                    faults.append(f"{title}: ends with {process.returncode}, says {words!r}")
+                # The sanitizers keep blocks that were given back.
+                if not sanitized and used.ru_maxrss > MEMORY >> 10:
+                    faults.append(f"{title}: takes {used.ru_maxrss >> 10} MiB")
+                if not sanitized and used.ru_utime + used.ru_stime > SECONDS:
+                    faults.append(f"{title}: takes {used.ru_utime + used.ru_stime:.1f} s")
+                if os.path.exists(out) != (said is None):
+                    faults.append(f"{title}: the output is {'there' if said else 'not there'}")
+                if os.path.exists(out):
+                    os.unlink(out)
+                failed += len(faults) > before
+    return shared.tell(faults, f"promises: {tried - failed} passed, {failed} failed")
+
+
+if __name__ == "__main__":
+    sys.exit(main())
