@@ -4,7 +4,9 @@
 
 #include <array>
 #include <cerrno>
+#include <fstream>
 #include <memory>
+#include <thread>
 
 #include "raxel/host.h"
 #include "support/temp_dir.h"
@@ -448,4 +450,46 @@ TEST(HostInspect, TellsOfFilesAndOfWhatIsNone) {
   ASSERT_NE(text, nullptr);
   EXPECT_NE(std::string(text).find("\"faults\":[],\"decodes\":true"), std::string::npos) << text;
   raxelHostFree(text);
+}
+
+// Orders of every kind side by side: what they share, they share in turns.
+TEST(HostOrder, AnyThreadMayOrder) {
+  Bytes photo(64 * 48 * 3);
+  for (size_t i = 0; i < photo.size(); ++i) photo[i] = static_cast<uint8_t>(i * i / 7);
+  const RaxelHostPixels pixels = pixelsOf(photo, RAXEL_PIXELS_RGB, 64, 48, 3);
+  const support::TempDir folder;
+  const std::string manifest = folder.file("pages.jsonl"), input = folder.file("in.ppm"),
+                    missing = folder.file("missing.ppm");
+  std::ofstream(input) << "P6 3 2 255\n" << std::string(kColors.begin(), kColors.end());
+  const std::array<std::vector<Option>, 5> ways{
+      {{{"mode", "color256"}, {"quantizer", "best"}},
+       {{"mode", "color16"}, {"quantizer", "fast"}, {"dither", nullptr}},
+       {{"mode", "color256"}, {"quantizer", "filter"}},
+       {{"mode", "bilevel"}, {"compress", "t6"}, {"size", "32x24px"}},
+       {{"mode", "rgb"}, {"compress", "lzw"}}}};
+  const auto made = [&](size_t way) {
+    const Order order = orderOf(ways.at(way));
+    EXPECT_EQ(raxelHostOrderPicture(order.get(), &pixels), RAXEL_HOST_OK);
+    return fileOf(order);
+  };
+  std::array<Bytes, 5> wanted;
+  for (size_t way = 0; way < ways.size(); ++way) wanted.at(way) = made(way);
+  const auto work = [&](size_t number) {
+    for (size_t n = 0; n < 10; ++n) {
+      const size_t way = (number + n) % ways.size();
+      EXPECT_EQ(made(way), wanted.at(way)) << way;
+      const std::string target =
+          folder.file((std::to_string(number) + "-" + std::to_string(n) + ".tif").c_str());
+      const Order noted = orderOf({{"output", target.c_str()}, {"manifest", manifest.c_str()}});
+      EXPECT_EQ(raxelHostOrderFile(noted.get(), input.c_str()), RAXEL_HOST_OK);
+      EXPECT_EQ(raxelHostOrderRun(noted.get(), nullptr), RAXEL_HOST_OK)
+          << raxelHostOrderMessage(noted.get());
+      const Order lost = orderOf({{"output", target.c_str()}});
+      EXPECT_EQ(raxelHostOrderFile(lost.get(), missing.c_str()), RAXEL_HOST_OK);
+      EXPECT_EQ(raxelHostOrderRun(lost.get(), nullptr), RAXEL_HOST_BAD_PICTURE);
+    }
+  };
+  std::array<std::thread, 4> threads;
+  for (size_t i = 0; i < threads.size(); ++i) threads.at(i) = std::thread(work, i);
+  for (std::thread &thread : threads) thread.join();
 }
