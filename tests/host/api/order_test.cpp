@@ -480,7 +480,8 @@ TEST(HostOrder, AnyThreadMayOrder) {
       EXPECT_EQ(made(way), wanted.at(way)) << way;
       const std::string target =
           folder.file((std::to_string(number) + "-" + std::to_string(n) + ".tif").c_str());
-      const Order noted = orderOf({{"output", target.c_str()}, {"manifest", manifest.c_str()}});
+      const Order noted =
+          orderOf({{"output", target.c_str()}, {"manifest", manifest.c_str()}, {"resume", nullptr}});
       EXPECT_EQ(raxelHostOrderFile(noted.get(), input.c_str()), RAXEL_HOST_OK);
       EXPECT_EQ(raxelHostOrderRun(noted.get(), nullptr), RAXEL_HOST_OK)
           << raxelHostOrderMessage(noted.get());
