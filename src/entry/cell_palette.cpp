@@ -6,6 +6,7 @@
 #include "entry/cell_data.h"
 #include "raxel/color.h"
 #include "raxel/driver.h"
+#include "runtime/live_blocks.h"
 
 namespace entry {
 namespace {
@@ -16,7 +17,10 @@ constexpr uint32_t kEntryBytes = 3;
 // copy of at least as many entries as the output depth has indices into the cache. What the table
 // lacks is black.
 void adoptTable(OffscreenRecord &record, Handle table, uint32_t entries) {
-  if (record.lpPalette == nullptr || record.nColors < entries) {
+  // A block of ours may be shorter than its record says.
+  const Handle block = record.lpPalette == nullptr ? 0 : runtime::blockWithData(record.lpPalette);
+  const bool isShort = block != 0 && GlobalSize(block) < entries * kEntryBytes;
+  if (record.lpPalette == nullptr || record.nColors < entries || isShort) {
     record.lpPalette = static_cast<uint8_t *>(
         kvlPtrGlobalReAlloc(record.lpPalette, entries * kEntryBytes, RAXEL_MOVEABLE_ZERO));
   }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "raster/cell_geometry.h"
 #include "raster/driver_state.h"
@@ -56,6 +57,8 @@ void endRaster(RasterDriverState &state) {
     dropBuffer(state);
     return;
   }
+  // What the host does meanwhile finds no buffer to drop.
+  const runtime::Block pixels(std::exchange(state.hCellBuf, 0));
   PictureRecord picture = {};
   picture.nBits = static_cast<uint16_t>(state.nCellBits);
   picture.nWidth = static_cast<uint16_t>(state.nCellWidth);
@@ -63,7 +66,7 @@ void endRaster(RasterDriverState &state) {
   picture.nResolution = static_cast<uint16_t>(state.nResolution);
   picture.dExtentX = state.nCellWidth;
   picture.dExtentY = state.nCellHeight;
-  picture.hBits = state.hCellBuf;
+  picture.hBits = pixels.handle();
   runtime::Block palette;
   if (state.nCellBits < 24) {
     palette = paletteOf(state, state.nCellBits);
@@ -74,7 +77,6 @@ void endRaster(RasterDriverState &state) {
     picture.hPalette = palette.handle();
   }
   OutputPicture(state.hOutFile, &picture, DrawExportCellData);
-  if (lpEMData != nullptr) dropBuffer(*lpEMData);
 }
 
 // One cell array, with its record's numbers resolved.
@@ -176,10 +178,10 @@ void writeAlone(RasterDriverState &state, const Cells &cells) {
   state.hCellBuf = runtime::allocate(runtime::bitmapBytes(cells.width, cells.rows, cells.bits));
   uint32_t done = 0;
   placeRows(cells, state.hCellBuf, cells.rows, done);
-  if (state.hCellBuf == 0) return;
-  RasterWriteCellData(state.hCellBuf, cells.width, cells.rows, state.nResolution, cells.bits,
+  const runtime::Block pixels(std::exchange(state.hCellBuf, 0));
+  if (!pixels) return;
+  RasterWriteCellData(pixels.handle(), cells.width, cells.rows, state.nResolution, cells.bits,
                       cells.bits == 24 ? RAXEL_RASTER_RGB : RAXEL_RASTER_INDEXED);
-  if (lpEMData != nullptr) dropBuffer(*lpEMData);
 }
 
 // Inside a frame the rows wait for its end; outside they are a picture.

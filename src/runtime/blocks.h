@@ -9,13 +9,14 @@
 #include <utility>
 
 #include "raxel/memory.h"
+#include "runtime/handle_layout.h"
 
 namespace runtime {
 
 // Whether a block of this many bytes can be asked for at all. Sizes are computed in 64 bits, and a
 // picture too large for one block counts as "no memory" at the caller.
 inline bool fitsInBlock(uint64_t size) {
-  return size <= 0xFFFFFFFFu && size <= SIZE_MAX / 2;
+  return size <= 0xFFFFFFFFu && blockBytes(static_cast<uint32_t>(size)) <= SIZE_MAX / 2;
 }
 
 // A new zero-filled block, or 0 when its size fits in no block.

@@ -15,7 +15,7 @@ namespace {
 constexpr size_t kNameRoom = 144;  // of a profile's name in a settings record
 
 const char *profileFolder() {
-  const char *folder = std::getenv("INIDIR");
+  const char *folder = secure_getenv("INIDIR");
   return folder == nullptr || *folder == 0 ? nullptr : folder;
 }
 

@@ -22,7 +22,7 @@ Line readLine(Handle handle, char *buffer, int32_t max) {
   int32_t stored = 0;
   buffer[0] = 0;
   while (stored < max) {
-    char byte;
+    char byte = 0;  // a host procedure may say that it read, and store nothing
     if (!readByte(handle, byte)) return {stored, true};
     if (byte == kLf) break;
     if (byte == kCr) {
@@ -72,7 +72,7 @@ int32_t kvlSetLineFormat(Handle handle, int32_t format) {
 int32_t kvlGetLineFormat(Handle handle) {
   if (handle == 0) return -1;
   int32_t format = -1;
-  char byte;
+  char byte = 0;
   while (format < 0 && runtime::readByte(handle, byte)) {
     if (byte == runtime::kLf) format = 2;
     if (byte == runtime::kCr) format = runtime::readByte(handle, byte) && byte == runtime::kLf ? 0 : 1;

@@ -57,7 +57,7 @@ DeviceInfo parseDisplayInfo(const char *text) {
 }
 
 DeviceInfo displayInDots() {
-  const char *environment = std::getenv("DISPLAYINFO");
+  const char *environment = secure_getenv("DISPLAYINFO");
   if (isGiven(environment)) return parseDisplayInfo(environment);
   DeviceInfo info = kUsualDisplay;
   if (display.dWidth != 0.0) info.dWidth = display.dWidth;

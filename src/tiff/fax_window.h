@@ -39,7 +39,7 @@ inline uint64_t reverseBits(uint64_t bytes) {
 // search for a change ends at most two pixels past the width, and what it finds there means the width.
 //   from  (width + 7) / 8 bytes      to  kWindowSlack bytes more
 inline void copyForWindows(const uint8_t *from, uint32_t width, uint8_t *to) {
-  const size_t rowBytes = (size_t{width} + 7) / 8;
+  const size_t rowBytes = width / 8 + (width % 8 != 0);
   size_t at = 0;
   for (; at + 8 <= rowBytes; at += 8) storeLittle(to + at, reverseBits(loadLittle(from + at)));
   if (at < rowBytes) {

@@ -30,7 +30,7 @@ uint32_t threadsOfText(const char *text) {
 // Weak, so that tests can say how many there are.
 [[gnu::weak]] uint32_t codingThreads(uint64_t bytes, uint64_t chunks, uint64_t least) {
   if (chooseThreads(bytes, chunks, least, kMostThreads, kMostThreads) == 1) return 1;
-  return chooseThreads(bytes, chunks, least, usableCores(), threadsOfText(std::getenv("RAXEL_THREADS")));
+  return chooseThreads(bytes, chunks, least, usableCores(), threadsOfText(secure_getenv("RAXEL_THREADS")));
 }
 
 }  // namespace tiff

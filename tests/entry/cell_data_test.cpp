@@ -59,6 +59,20 @@ TEST(CellDataOpen, APaletteBufferThatIsTooSmallGrows) {
   kvlPtrGlobalFree(record.lpPalette);
 }
 
+TEST(CellDataOpen, APaletteBufferShorterThanItIsSaidToBeGrows) {
+  Picture picture(4, 2, {{0x01}}, kFourColors);
+  OffscreenRecord record = {};
+  record.lpPicture = &picture.record();
+  record.nBits = 4;
+  record.nColors = 256;
+  record.lpPalette = static_cast<uint8_t *>(kvlPtrGlobalAlloc(3));
+  const HostWord request[OFFSCREEN_WORDS] = {};
+  CellDataOpen(&record, request);
+  EXPECT_EQ(bytesOf(kvlPtrGlobalHandle(record.lpPalette)), join({kFourColors, zeros(36)}));
+  CellDataClose(&record);
+  kvlPtrGlobalFree(record.lpPalette);
+}
+
 TEST(CellDataOpen, APaletteBesideTrueColorHas256Entries) {
   Picture picture(24, 1, {{1, 2, 3}}, kFourColors);
   OffscreenRecord record = {};

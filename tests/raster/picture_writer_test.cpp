@@ -198,6 +198,25 @@ TEST_F(TakenAway, ASessionEndedInTheReportLeavesNothingToAnswer) {
   EXPECT_EQ(lpEMData, nullptr);
 }
 
+// A new frame has a buffer of its own; that of the picture which is written stays until it is.
+TEST(TakesNothingAway, AFrameBegunInTheReport) {
+  const auto written = [](bool begins) {
+    support::TempDir dir;
+    Host host(dir.file("frame.tif"));
+    host.openBody(96, 96);
+    host.action = [&host, begins] {
+      host.action = nullptr;
+      if (begins) host.beginRaster(4, 4, 8);
+    };
+    EXPECT_EQ(host.send(Host::cellArray(96, 96, 24, std::vector<uint8_t>(96 * 96 * 3, 7))), 0);
+    host.action = nullptr;
+    host.terminate();
+    return support::readFile(dir.file("frame.tif"));
+  };
+  EXPECT_GT(written(false).size(), 96u * 96u);
+  EXPECT_EQ(written(true), written(false));
+}
+
 TEST_F(TakenAway, WithoutASetupTheWriterItselfPushes300) {
   host.record_[RAXEL_START_SETUP] = 0;
   host.initialise();

@@ -15,6 +15,7 @@
 #endif
 
 #include "raxel/memory.h"
+#include "runtime/blocks.h"
 #include "runtime/live_blocks.h"
 
 namespace {
@@ -55,6 +56,15 @@ TEST(Handles, BlocksAreZeroFilledWithTheirSlack) {
   for (int i = 0; i < 13; ++i) EXPECT_EQ(p[i], 0);
   for (int i = 13; i < 16; ++i) expectSlack(p + i);
   GlobalFree(h);
+}
+
+// A block has a header and slack, which no size_t of 32 bits holds beside as many bytes.
+TEST(Handles, TheLongestBlockLeavesRoomForItsHeader) {
+  constexpr bool isWide = sizeof(size_t) > 4;
+  EXPECT_TRUE(runtime::fitsInBlock(0x7FFFFF00));
+  for (const uint64_t size : {0x7FFFFFDEu, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
+    EXPECT_EQ(runtime::fitsInBlock(size), isWide) << size;
+  EXPECT_FALSE(runtime::fitsInBlock(0x100000000u));
 }
 
 TEST(Handles, ReallocationKeepsTheSmallerSizeAndZeroesTheTail) {

@@ -194,6 +194,18 @@ TEST_F(Procedure, ALineThatCannotBeWrittenGetsNoEnding) {
   EXPECT_EQ(kvlClose(h), 0);
 }
 
+// What a host says that it has read, and has not stored, is 0.
+TEST(SilentProcedure, BytesThatAreNotStoredAreZero) {
+  KvlStreamDesc silent{};
+  silent.lpfnProc =
+      reinterpret_cast<HostWord>(+[](HostWord, HostWord, HostWord, HostWord) -> HostWord { return 1; });
+  const Handle h = kvlOpen("x", &silent, KVL_READ);
+  std::string buffer(5, '#');
+  EXPECT_EQ(kvlReadLine(h, buffer.data(), 4), 4);
+  EXPECT_EQ(buffer, std::string(4, 0) + "#");
+  EXPECT_EQ(kvlClose(h), 0);
+}
+
 // Every byte of a line is a read of its own, and one that is not the line's is given back by a seek.
 TEST_F(Procedure, LinesAreReadByteByByte) {
   support::HostStream host;
