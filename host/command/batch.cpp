@@ -86,8 +86,8 @@ Report exportOne(const Library &library, const Options &options, const Originals
   Report report;
   report.input = task.inputs.front().name;
   try {
-    if (task.failure) throw *task.failure;
     originals.protectFrom(task.output);
+    if (task.failure) throw *task.failure;
     exportRecorded(library, options, task, callerOf(options, line), report);
   } catch (const Failure &failure) {
     report.exit = failure.code();
@@ -187,8 +187,12 @@ class Pool {
       // The line belongs to the parent, which counts pictures; a message takes its place.
       Progress none("", false);
       none.takeOver(line_);
-      const Report report = exportOne(library_, options_, originals_, tasks_[index], none);
-      std::fflush(nullptr);
+      Report report = exportOne(library_, options_, originals_, tasks_[index], none);
+      // What was to be told is as good as an output.
+      if ((std::fflush(nullptr) != 0 || std::ferror(stdout) != 0) && report.exit == 0) {
+        report.exit = kNoWrite;
+        report.error = std::string("standard output: cannot be written: ") + std::strerror(errno);
+      }
       writeAll(ends[1], toJson(report));
       _exit(report.exit);
     }
@@ -267,7 +271,9 @@ class Pool {
 
 int exportAll(const Options &options) {
   const Library &library = openFilter(options);
-  const Originals originals(options.inputs);
+  std::vector<std::string> files = optionFilesOf(options);
+  files.insert(files.end(), options.inputs.begin(), options.inputs.end());
+  const Originals originals(files);
   const std::vector<Task> tasks = tasksOf(options);
   if (!options.dryRun) {
     if (!options.directory.empty()) makeFolder(options.directory);

@@ -17,7 +17,7 @@ constexpr char kVariable[] = "RAXEL_THREADS";
 
 // What the filter takes from it: a whole number above 0, and else no limit.
 unsigned heldByEnvironment() {
-  const char *text = std::getenv(kVariable);
+  const char *text = secure_getenv(kVariable);
   if (text == nullptr) return 0;
   unsigned number = 0;
   const char *end = text + std::strlen(text);

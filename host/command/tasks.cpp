@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <set>
 
+#include "output/strays.h"
 #include "pictures/pages.h"
 
 namespace host {
@@ -46,10 +47,15 @@ std::vector<Task> tasksOf(const Options &options) {
       tasks.push_back({{{options.inputs[i]}}, options.outputs[i], std::nullopt, std::nullopt});
     }
   }
-  std::set<std::string> taken;
-  for (const Task &task : tasks) {
-    if (!options.directory.empty() && !taken.insert(task.output).second)
+  std::set<std::string> taken, files;
+  for (Task &task : tasks) {
+    if (options.directory.empty()) continue;
+    if (!taken.insert(task.output).second)
       throw Failure(kUsage, "two pages would be written to " + task.output);
+    // By a link; the later one would take the earlier one's place.
+    const std::string file = followLinks(task.output);
+    if (!files.insert(file).second && !task.failure)
+      task.failure = Failure(kNoCreate, task.output + ": cannot be created: another page goes to " + file);
   }
   return tasks;
 }

@@ -37,11 +37,21 @@ Entry32 workingEntry(int32_t (*entry)(uint32_t, void *, uint32_t)) {
   return working;
 }
 
-// A device session; remembers the first code.
+// A device session; remembers the first code. It ends with its scope, also where memory ends: the filter
+// would close an open one when the next begins, and its stream would be gone.
 class Session {
  public:
-  explicit Session(Entry32 entry) : entry_(entry) {}
+  Session(Entry32 entry, void *start) : entry_(entry) { run(RAXEL_ENTRY_START, start); }
+  ~Session() {
+    if (!ended_) entry_(0, RAXEL_ENTRY_END, nullptr);
+  }
+  Session(const Session &) = delete;
+  Session &operator=(const Session &) = delete;
 
+  void end() {
+    ended_ = true;
+    run(RAXEL_ENTRY_END, nullptr);
+  }
   void run(uint32_t op, void *record) {
     const int32_t code = entry_(0, op, record);
     if (code_ == 0) code_ = code;
@@ -53,6 +63,7 @@ class Session {
  private:
   Entry32 entry_;
   int32_t code_ = 0;
+  bool ended_ = false;
 };
 
 void setWindow(Session &session, const RaxelPlan &plan) {
@@ -128,8 +139,7 @@ int32_t exportThroughDriver(const Library &library, Setup &setup, const RaxelPla
   init[RAXEL_START_SETUP] = setup.handle();
   init[RAXEL_START_STATUS] = reinterpret_cast<HostWord>(stream.status());
   init[RAXEL_START_CAPABILITIES] = reinterpret_cast<HostWord>(capabilities.data());
-  Session session(workingEntry(library.rasterEntry));
-  session.run(RAXEL_ENTRY_START, init.data());
+  Session session(workingEntry(library.rasterEntry), init.data());
   session.run(RAXEL_OP_OPEN_DEVICE);
   session.run(RAXEL_OP_BEGIN_PICTURE);
   setWindow(session, plan);
@@ -141,7 +151,7 @@ int32_t exportThroughDriver(const Library &library, Setup &setup, const RaxelPla
   session.run(Record(RAXEL_OP_PRIMITIVE, 28).put(16, int32_t{RAXEL_PRIMITIVE_END_RASTER}));
   session.run(RAXEL_OP_END_PICTURE);
   session.run(RAXEL_OP_CLOSE_DEVICE);
-  session.run(RAXEL_ENTRY_END, nullptr);
+  session.end();
   return session.code();
 }
 
@@ -151,9 +161,8 @@ int32_t exportThroughMetafile(const Library &library, Setup &setup, OutputStream
   init[RAXEL_START_NAME] = reinterpret_cast<HostWord>(name);
   init[RAXEL_START_SETUP] = setup.handle();
   init[RAXEL_START_STATUS] = reinterpret_cast<HostWord>(stream.status());
-  Session session(workingEntry(library.metafileEntry));
-  session.run(RAXEL_ENTRY_START, init.data());
-  session.run(RAXEL_ENTRY_END, nullptr);
+  Session session(workingEntry(library.metafileEntry), init.data());
+  session.end();
   return session.code();
 }
 

@@ -48,16 +48,15 @@ Sources sourcesOf(const Task &task) {
   return sources;
 }
 
-// The files that options name.
-std::vector<std::string> optionFilesOf(const Options &options) {
-  std::vector<std::string> files;
-  const bool namesIcc = options.icc != Options::kKeepProfile && options.icc != Options::kDropProfile;
-  if (namesIcc) files.push_back(options.icc);
-  if (!options.palette.empty() && !findPalette(options.palette)) files.push_back(options.palette);
-  struct stat about;
-  if (!options.profile.empty() && stat(options.profile.c_str(), &about) == 0)
-    files.push_back(options.profile);
-  return files;
+// Only what is read back tells of itself; a pipe would never come, and a device without end.
+void checkTarget(const Options &options, const std::string &target) {
+  struct stat about, manifest;
+  const bool exists = !target.empty() && target != "-" && stat(target.c_str(), &about) == 0;
+  if (target.empty() || target == "-" || (exists && !S_ISREG(about.st_mode)))
+    throw Failure(kUsage, "--manifest needs an output that is a file");
+  if (exists && stat(options.manifest.c_str(), &manifest) == 0 && about.st_dev == manifest.st_dev &&
+      about.st_ino == manifest.st_ino)
+    throw Failure(kUsage, "--manifest and the output are one file, " + target);
 }
 
 Json optionsOf(const Options &options) {
@@ -124,6 +123,17 @@ bool isDone(const Options &options, const Task &task, const Sources &sources,
 
 }  // namespace
 
+std::vector<std::string> optionFilesOf(const Options &options) {
+  std::vector<std::string> files;
+  const bool namesIcc = options.icc != Options::kKeepProfile && options.icc != Options::kDropProfile;
+  if (namesIcc) files.push_back(options.icc);
+  if (!options.palette.empty() && !findPalette(options.palette)) files.push_back(options.palette);
+  struct stat about;
+  if (!options.profile.empty() && stat(options.profile.c_str(), &about) == 0)
+    files.push_back(options.profile);
+  return files;
+}
+
 bool decidesOnBytes(const OptionRow &row) {
   if (row.id == OptionId::kLibrary || row.id == OptionId::kSave) return false;
   return row.group == kGroupPicture || row.group == kGroupFilter || row.id == OptionId::kPages ||
@@ -140,9 +150,8 @@ void openManifest(const Options &options) {
 void exportRecorded(const Library &library, const Options &options, const Task &task, const Caller &caller,
                     Report &report) {
   if (options.manifest.empty() || options.dryRun) return exportTask(library, options, task, caller, report);
-  if (task.output.empty() || task.output == "-")
-    throw Failure(kUsage, "--manifest needs an output that is a file");
   checkManifest(options.manifest);
+  checkTarget(options, task.output);
   const Sources sources = sourcesOf(task);
   nlohmann::ordered_json line = beginningOf(options, task, sources);
   if (options.resume && isDone(options, task, sources, line)) {

@@ -16,6 +16,9 @@ namespace host {
 
 struct OptionRow;
 
+// The files that options name: an ICC profile, a palette, a profile that is there.
+std::vector<std::string> optionFilesOf(const Options &options);
+
 // Whether an option decides on the bytes of a file, and so belongs to what the manifest says of it.
 bool decidesOnBytes(const OptionRow &row);
 

@@ -22,6 +22,11 @@ namespace {
 
 using Json = nlohmann::json;
 
+// A line has lists of names, and nothing that is deeper; what is would be written out by a call in a call.
+bool isShallow(int depth, Json::parse_event_t, Json &) {
+  return depth <= 4;
+}
+
 // Where the lines of targets begin, by the hashes of their names. Who takes a line looks whether it is the
 // right one.
 class Index {
@@ -40,7 +45,7 @@ class Index {
     in.seekg(read_);
     for (std::string line; std::getline(in, line);) {
       if (in.eof()) break;  // not whole yet
-      const Json entry = Json::parse(line, nullptr, false);
+      const Json entry = Json::parse(line, isShallow, false);
       if (entry.is_object() && entry.contains("target")) places_[hashOf(entry["target"].dump())] = read_;
       read_ = in.tellg();
     }

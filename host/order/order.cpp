@@ -89,7 +89,7 @@ void perform(RaxelHostOrder &order, const RaxelHostCalls &calls) {
   checkInputs(order.task, options);
   order.task.output = options.output;
   if (!options.output.empty()) {
-    std::vector<std::string> files;
+    std::vector<std::string> files = optionFilesOf(options);
     for (const TaskInput &input : order.task.inputs) {
       if (!input.pixels) files.push_back(input.name);
     }
@@ -118,6 +118,15 @@ void perform(RaxelHostOrder &order, const RaxelHostCalls &calls) {
   if (order.bytes) order.byteCount = report.bytes;
 }
 
+// Where there is no memory for words there are none.
+void tell(std::string &message, const std::exception &failure) {
+  try {
+    message = failure.what();
+  } catch (const std::bad_alloc &) {
+    message.clear();
+  }
+}
+
 // What an action throws, as a code, a sentence and an errno.
 template <class Action>
 int guard(std::string &message, int &error, Action action) {
@@ -128,14 +137,14 @@ int guard(std::string &message, int &error, Action action) {
     return RAXEL_HOST_OK;
   } catch (const Failure &failure) {
     error = failure.error();
-    message = failure.what();
+    tell(message, failure);
     return failure.reason();
   } catch (const std::bad_alloc &) {
     error = ENOMEM;
     message.clear();  // there is no memory for words
     return RAXEL_HOST_NO_MEMORY;
   } catch (const std::exception &failure) {
-    message = failure.what();
+    tell(message, failure);
     return RAXEL_HOST_FILTER_FAILED;
   }
 }
@@ -209,15 +218,19 @@ uint32_t raxelHostOrderPages(const RaxelHostOrder *order) {
 }
 
 const char *raxelHostOptions() {
-  static const std::string *const options = new std::string(host::optionsJson());
-  return options->c_str();
+  try {
+    static const std::string *const options = new std::string(host::optionsJson());
+    return options->c_str();
+  } catch (const std::exception &) {
+    return nullptr;
+  }
 }
 
 char *raxelHostInspect(const char *path) {
-  host::Inspection seen;
   std::string text;
   int error = 0;
   host::guard(text, error, [&] {
+    host::Inspection seen;
     seen.name = path ? path : "";
     try {
       seen = host::inspect(seen.name);

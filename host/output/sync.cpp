@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "output/sync.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -27,7 +28,7 @@ void closeOthers(int fd) {
 }  // namespace
 
 int troubleWithClosing(int fd) {
-  const int other = dup(fd);
+  const int other = fcntl(fd, F_DUPFD_CLOEXEC, 3);
   return other >= 0 && close(other) != 0 && errno != EINTR ? errno : 0;
 }
 

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "failure.h"
 #include "output/hold.h"
@@ -113,7 +114,7 @@ Target::Target(const std::string &path, const TargetRules &rules) : Target(path,
     name_ = "standard output";
     if (isatty(1) && !rules.force)
       throw Failure(RAXEL_HOST_NO_CREATE, name_ + ": is a terminal; send it to a file or a pipe");
-    fd_ = dup(1);
+    fd_ = fcntl(1, F_DUPFD_CLOEXEC, 3);
     sink_ = std::make_unique<Sink>(-1);
     return;
   }
@@ -128,9 +129,7 @@ Target::Target(const std::string &path, const TargetRules &rules) : Target(path,
     failCreate(name_, error, error == EACCES ? "it is write-protected" : reason(error));
   }
   if (exists && !S_ISREG(about.st_mode)) {
-    fd_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    if (fd_ < 0) failCreate(name_, errno);
-    sink_ = std::make_unique<Sink>(-1);
+    openAsItIs();
     return;
   }
   if (const std::string why = exists && rules.onlyTiff && !rules.force ? worth(path, about) : "";
@@ -139,9 +138,26 @@ Target::Target(const std::string &path, const TargetRules &rules) : Target(path,
   }
   path_ = followLinks(path);
   if (path_.empty()) failCreate(name_, ELOOP);
+  struct stat there;
+  // A descriptor's file may have lost its name, or never had one: nothing else can take its place.
+  if (exists &&
+      (stat(path_.c_str(), &there) != 0 || there.st_dev != about.st_dev || there.st_ino != about.st_ino)) {
+    path_.clear();
+    isNameless_ = true;
+    openAsItIs();
+    return;
+  }
   if (exists) rights_ = rightsOfOldFile(path_, about);
   makeTemporary();
   sink_ = std::make_unique<Sink>(fd_);
+}
+
+void Target::openAsItIs() {
+  fd_ = open(name_.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+  if (fd_ < 0) failCreate(name_, errno);
+  if (isatty(fd_) && !rules_.force)
+    throw Failure(RAXEL_HOST_NO_CREATE, name_ + ": is a terminal; send it to a file or a pipe");
+  sink_ = std::make_unique<Sink>(-1);
 }
 
 void Target::makeTemporary() {
@@ -153,7 +169,7 @@ void Target::makeTemporary() {
     createTemporary(0666);
     if (fstat(fd_, &rights_.about) != 0) failCreate(name_, errno);
     unlink(temporary_.c_str());
-    close(fd_);
+    close(std::exchange(fd_, -1));
   }
   createTemporary(0600);
   tellTemporary(temporary_.c_str());
@@ -212,6 +228,7 @@ int Target::sync() const {
 void Target::commit(const std::function<void()> &lastLook) {
   if (path_.empty()) {
     if (lastLook) lastLook();
+    if (isNameless_ && ftruncate(fd_, 0) != 0) failWrite(errno);
     const std::span<const uint8_t> kept = sink_->kept();
     for (size_t done = 0; done < kept.size();) {
       const ssize_t put = write(fd_, kept.data() + done, kept.size() - done);
@@ -219,6 +236,7 @@ void Target::commit(const std::function<void()> &lastLook) {
       if (put <= 0) failWrite(put < 0 ? errno : EIO);
       done += static_cast<size_t>(put);
     }
+    if (const int error = troubleWithClosing(fd_); error != 0) failWrite(error);
     return;
   }
   if (!sink_->flush()) failWrite(sink_->error());

@@ -53,6 +53,7 @@ class Target {
  private:
   struct Empty {};
   Target(const std::string &path, const TargetRules &rules, Empty);
+  void openAsItIs();
   void makeTemporary();
   void createTemporary(mode_t mode);
   int sync() const;  // an errno
@@ -63,8 +64,9 @@ class Target {
   std::string path_;       // the file to replace, links followed; empty when bytes are kept
   std::string temporary_;  // empty once it is renamed
   TargetRules rules_;
-  Rights rights_;  // of the file in the end; those of an old one where one is at stake
-  int fd_ = -1;    // of the temporary, or of what the kept bytes go to
+  Rights rights_;            // of the file in the end; those of an old one where one is at stake
+  int fd_ = -1;              // of the temporary, or of what the kept bytes go to
+  bool isNameless_ = false;  // an old file's, which no other can replace
   std::unique_ptr<Sink> sink_;
   void *mapped_ = nullptr;
   size_t mappedSize_ = 0;

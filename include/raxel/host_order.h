@@ -117,7 +117,8 @@ RAXEL_EXPORT const char *raxelHostOrderReport(const RaxelHostOrder *order);
 // on. For progress callbacks, in which it may be called. 0 before.
 RAXEL_EXPORT uint32_t raxelHostOrderPages(const RaxelHostOrder *order);
 
-// All options, as the JSON document of raxel-export --help --json. Never null; never freed.
+// All options, as the JSON document of raxel-export --help --json. Never freed; null when there is no
+// memory.
 RAXEL_EXPORT const char *raxelHostOptions(void);
 
 // What a TIFF file holds, as the JSON object that raxel-export --inspect --json has for a file, from
