@@ -5,6 +5,7 @@
 #include "entry/output_stream.h"
 #include "raxel/filter.h"
 #include "raxel/memory.h"
+#include "runtime/settings_block.h"
 #include "runtime/settings_in_use.h"
 #include "runtime/unaligned.h"
 
@@ -40,7 +41,7 @@ CellInfo readInfo(const void *info) {
 uint32_t ExportCellData(const char *name, PictureRecord *picture, const void *info,
                         HostWord *exportRecord) {
   if (picture == nullptr || info == nullptr || exportRecord == nullptr) return RAXEL_BAD_SETUP;
-  auto *settings = static_cast<RasterSetup *>(GlobalLock(exportRecord[RAXEL_RECORD_SETUP]));
+  RasterSetup *settings = runtime::lockSettings(exportRecord[RAXEL_RECORD_SETUP]);
   if (settings == nullptr) return RAXEL_BAD_SETUP;
   auto *status = reinterpret_cast<HostWord *>(exportRecord[RAXEL_RECORD_STATUS]);
   const runtime::SettingsInUse use(settings);

@@ -8,17 +8,24 @@
 #include "entry/output_stream.h"
 #include "raxel/driver.h"
 #include "raxel/memory.h"
+#include "raxel/stream.h"
 #include "runtime/bitmap_modes.h"
+#include "runtime/host_output.h"
 #include "runtime/host_status.h"
+#include "runtime/settings_block.h"
 #include "runtime/settings_in_use.h"
 
 namespace entry {
 namespace {
 
 int32_t closeSessionOutput(RasterSetup &settings) {
+  const runtime::SettingsInUse use(&settings);
   const Handle stream = settings.hOutFile;
   settings.hOutFile = 0;
-  return closeOutput(stream, settings.lpStatus, &settings.lpOutputMemory);
+  const int32_t closed = kvlClose(stream);
+  // The host's procedure may have destroyed the record.
+  if (!use.destroyed()) runtime::handOverBlock(settings.lpOutputMemory, settings.lpStatus);
+  return closed;
 }
 
 // Takes the name over and leaves the host an empty one. False for a name that does not fit.
@@ -29,6 +36,12 @@ bool takeName(RasterSetup &settings, char *name) {
   if (fits && length != 0) std::memcpy(settings.szOutputFile, name, length);
   if (name != nullptr) name[0] = '\0';
   return fits;
+}
+
+// A host's procedure has destroyed the record in the middle of the start.
+int32_t withoutSettings() {
+  lpRaster = nullptr;
+  return RAXEL_BAD_SETUP;
 }
 
 // The colour mode by the code that the host gave for it.
@@ -103,11 +116,13 @@ int32_t initdvr(HostWord *record) {
   using namespace entry;
   if (record == nullptr) return RAXEL_BAD_SETUP;
   hRaster = record[RAXEL_START_SETUP];
-  lpRaster = static_cast<RasterSetup *>(GlobalLock(hRaster));
+  lpRaster = runtime::lockSettings(hRaster);
   if (lpRaster == nullptr) return RAXEL_BAD_SETUP;
   RasterSetup &settings = *lpRaster;
+  const runtime::SettingsInUse use(&settings);
   // A session that was never terminated: its output is closed as it stands.
   if (settings.hOutFile != 0) closeSessionOutput(settings);
+  if (use.destroyed()) return withoutSettings();
 
   auto *status = reinterpret_cast<HostWord *>(record[RAXEL_START_STATUS]);
   settings.lpStatus = status;
@@ -118,8 +133,13 @@ int32_t initdvr(HostWord *record) {
 
   auto *name = reinterpret_cast<char *>(record[RAXEL_START_NAME]);
   if (!takeName(settings, name)) return RAXEL_CANNOT_WRITE;
-  settings.hOutFile =
+  const Handle output =
       openOutput({settings.szOutputFile, settings.lpfnOutputProc, status}, &settings.lpOutputMemory);
+  if (use.destroyed()) {
+    kvlClose(output);
+    return withoutSettings();
+  }
+  settings.hOutFile = output;
   // A host procedure that refuses goes unnoticed here; the session then has no output.
   if (settings.hOutFile == 0 && settings.lpfnOutputProc == nullptr) return RAXEL_CANNOT_WRITE;
   if (name != nullptr) name[0] = '\0';

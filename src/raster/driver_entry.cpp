@@ -8,6 +8,7 @@
 #include "raxel/filter.h"
 #include "raxel/memory.h"
 #include "runtime/blocks.h"
+#include "runtime/settings_block.h"
 #include "runtime/settings_in_use.h"
 
 namespace raster {
@@ -15,7 +16,7 @@ namespace {
 
 void takeSetup(Handle setup) {
   hSetup = setup;
-  lpSetup = static_cast<RasterSetup *>(GlobalLock(setup));
+  lpSetup = runtime::lockSettings(setup);
   lpEMData->hSetupRef = setup;
   if (lpSetup == nullptr) return;
   const int64_t treatment = int64_t{lpSetup->nColorMode} - RAXEL_STORED_COLORS;

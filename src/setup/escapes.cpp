@@ -6,6 +6,7 @@
 #include "raxel/memory.h"
 #include "raxel/profile.h"
 #include "raxel/settings.h"
+#include "runtime/settings_block.h"
 #include "runtime/unaligned.h"
 #include "setup/option_codes.h"
 #include "setup/settings.h"
@@ -237,7 +238,8 @@ int32_t carryOut(int32_t number, int32_t size, const Call &call) {
 int32_t xEscapeSetup(Handle setup, int32_t escape, int32_t size, const void *input, void *output,
                      int32_t save) {
   if (setup == 0) return RAXEL_REFUSED;
-  lpRaster = static_cast<RasterSetup *>(GlobalLock(setup));
+  lpRaster = runtime::lockSettings(setup);
+  if (lpRaster == nullptr) return RAXEL_REFUSED;
   const int32_t result = setup::carryOut(escape, size, {*lpRaster, setup, input, output, save != 0});
   GlobalUnlock(setup);
   return result;

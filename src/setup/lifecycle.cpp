@@ -7,6 +7,7 @@
 #include "raxel/text.h"
 #include "runtime/blocks.h"
 #include "runtime/host_output.h"
+#include "runtime/settings_block.h"
 #include "runtime/settings_in_use.h"
 #include "setup/profile_load.h"
 #include "setup/settings.h"
@@ -17,7 +18,7 @@ namespace setup {
 namespace {
 
 RasterSetup *lockRecord(Handle handle) {
-  return static_cast<RasterSetup *>(GlobalLock(handle));
+  return runtime::lockSettings(handle);
 }
 
 // The section of this mode's keys. The default mode is named in the filter's own section, not in

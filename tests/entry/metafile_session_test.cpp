@@ -8,6 +8,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "entry/export_host.h"
@@ -228,6 +229,34 @@ TEST_F(MetafileSession, DestroyingTheSetupEndsTheSessionQuietly) {
   host_.forgetSetup();
   EXPECT_EQ(end(), RAXEL_NO_MEMORY);
   GlobalFree(host_.status.word(RAXEL_STATUS_OUTPUT));
+}
+
+Handle victim = 0;
+HostWord atThis = 0;  // the call at which a host's procedure destroys it
+HostWord destroyer(HostWord, HostWord op, HostWord, HostWord) {
+  if (op == atThis && victim != 0) DestroySetup(std::exchange(victim, 0));
+  return 7;
+}
+
+TEST_F(MetafileSession, ASetupDestroyedAtTheOpeningStartsNothing) {
+  host_.settings().lpfnOutputProc = destroyer;
+  victim = host_.setup();
+  atThis = KVL_OP_OPEN;
+  EXPECT_EQ(start("x"), RAXEL_BAD_SETUP);
+  host_.forgetSetup();
+  EXPECT_EQ(lpRaster, nullptr);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
+}
+
+TEST_F(MetafileSession, ASetupDestroyedAtTheClosingBeforeAnotherStartStartsNothing) {
+  host_.settings().lpfnOutputProc = destroyer;
+  EXPECT_EQ(start("x"), 0);
+  victim = host_.setup();
+  atThis = KVL_OP_CLOSE;
+  EXPECT_EQ(start("y"), RAXEL_BAD_SETUP);
+  host_.forgetSetup();
+  EXPECT_EQ(lpRaster, nullptr);
+  EXPECT_EQ(end(), RAXEL_NO_MEMORY);
 }
 
 // ---- Writer fields
