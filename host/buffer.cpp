@@ -21,6 +21,14 @@ Buffer::Buffer(size_t size)
   useLargePages(data_, size);
 }
 
+Buffer Buffer::zeroes(size_t size) {
+  Buffer made;
+  made.data_ = static_cast<uint8_t *>(std::calloc(size == 0 ? 1 : size, 1));
+  made.size_ = size;
+  if (!made.data_) throw std::bad_alloc();
+  return made;
+}
+
 Buffer::~Buffer() {
   std::free(data_);
 }

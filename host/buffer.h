@@ -17,6 +17,8 @@ class Buffer {
  public:
   Buffer() = default;
   explicit Buffer(size_t size);
+  // Of zeros, which take no memory until they are looked at.
+  static Buffer zeroes(size_t size);
   ~Buffer();
   Buffer(Buffer &&other) noexcept { swap(other); }
   Buffer &operator=(Buffer &&other) noexcept {

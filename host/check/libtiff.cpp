@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "buffer.h"
 #include "failure.h"
 #include "loading.h"
 
@@ -161,6 +162,11 @@ bool TiffReader::readTileRow(uint32_t y) {
   const uint64_t tileRow = lib_->TIFFTileRowSize64(tiff_), tileSize = lib_->TIFFTileSize64(tiff_);
   if (tileRow == 0 || tileWidth_ == 0 || tileHeight_ == 0 || tileSize < tileRow * tileHeight_) return false;
   if (tileSize > kLargestTiles || rowBytes_ * tileHeight_ > kLargestTiles) return false;
+  // Tiles go side by side in whole bytes, which those of a multiple of 16 pixels always are.
+  const bool planes = number(TIFFTAG_PLANARCONFIG, false, PLANARCONFIG_CONTIG) != PLANARCONFIG_CONTIG;
+  const uint64_t pixel = uint64_t{number(TIFFTAG_BITSPERSAMPLE, false, 1)} *
+                         (planes ? 1 : number(TIFFTAG_SAMPLESPERPIXEL, false, 1));
+  if (tileWidth_ < width_ && tileWidth_ * pixel % 8 != 0) return false;
   std::vector<uint8_t> tile(static_cast<size_t>(tileSize));
   tiles_.resize(static_cast<size_t>(rowBytes_ * tileHeight_));
   uint64_t column = 0;
@@ -176,7 +182,11 @@ bool TiffReader::readTileRow(uint32_t y) {
 }
 
 bool TiffReader::readRow(uint32_t y, uint8_t *row) {
-  if (!tiled_) return lib_->TIFFReadScanline(tiff_, row, y, 0) == 1;
+  if (!tiled_) {
+    // What a strip does not fill is not left as it was: the library takes some for whole that are not.
+    std::memset(row, 0, static_cast<size_t>(rowBytes_));
+    return lib_->TIFFReadScanline(tiff_, row, y, 0) == 1;
+  }
   if (tileHeight_ == 0 || (y % tileHeight_ == 0 && !readTileRow(y))) return false;
   std::memcpy(row, tiles_.data() + rowBytes_ * (y % tileHeight_), static_cast<size_t>(rowBytes_));
   return true;
@@ -205,7 +215,14 @@ bool TiffReader::readColors(const TakePixels &take) {
   if (wide == 0 || high == 0 || uint64_t{wide} * high > SIZE_MAX / 8) return false;
   // A tile may be larger than its picture.
   if (tiled_ && uint64_t{wide} * high > kLargestTiles / sizeof(uint32_t)) return false;
-  std::vector<uint32_t> piece(size_t{wide} * high);
+  // No code makes as many pixels of a byte, and the library takes all of a strip's memory first.
+  constexpr uint64_t kMostOfAByte = 4096;
+  const uint64_t pixels = uint64_t{wide} * high;
+  if (pixels > kLargestTiles / sizeof(uint32_t) && pixels / kMostOfAByte > memory_.bytes.size())
+    return false;
+  const Buffer zeroes = Buffer::zeroes(size_t{wide} * high * sizeof(uint32_t));
+  const std::span<uint32_t> piece(static_cast<uint32_t *>(static_cast<void *>(zeroes.data())),
+                                  size_t{wide} * high);
   // The library would turn pieces one by one.
   lib_->TIFFSetField(tiff_, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
   for (uint64_t y = 0; y < height; y += high) {

@@ -42,6 +42,7 @@ void layOnScreen(const GifScreen &screen, const Background &background, Picture 
   const uint32_t bits = indexed ? bitsFor(colors) : 24;
   if (!indexed) out.view.table = nullptr;
   out.announce(screen.width, screen.height, bits);
+  checkScreen(screen.width, screen.height);
   out.allocate(screen.width, screen.height, bits);
   std::vector<uint8_t> row(indexed ? screen.width : size_t{3} * screen.width);
   for (uint32_t y = 0; y < screen.height; ++y) {

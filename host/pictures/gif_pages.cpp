@@ -28,7 +28,7 @@ void GifPages::read(uint32_t page, const Background &background, Picture &out) {
   out.tableKnown = false;
   out.announce(width, height, 8);
   out.tableKnown = true;
-  if (uint64_t{3} * width * height > kLargestPicture) throw Unreadable(tooLarge(width, height));
+  checkScreen(width, height);
   if (colors_.empty() || drawn_ > page) restart(background);
   while (drawn_ <= page) {
     if (drawn_ != 0) takeAway(frames_[drawn_ - 1], background);

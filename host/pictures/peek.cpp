@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "pictures/picture.h"
+
 namespace host {
 namespace {
 
@@ -235,6 +237,11 @@ Jpeg2000Extras jpeg2000Extras(std::span<const uint8_t> file) {
   const Bytes color = boxIn(boxIn(file, "jp2h"), "colr");
   const bool profile = !color.empty() && (color[0] == 2 || color[0] == 3);  // of two kinds
   return {profile, !boxIn(file, "xml ").empty() || !boxIn(file, "uuid").empty()};
+}
+
+void checkScreen(uint32_t width, uint32_t height) {
+  constexpr uint64_t kLargest = uint64_t{1} << 28;
+  if (uint64_t{width} * height > kLargest) throw Unreadable(tooLarge(width, height));
 }
 
 }  // namespace host

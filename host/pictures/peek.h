@@ -22,6 +22,8 @@ struct GifScreen {
   uint32_t width, height, left, top;
 };
 GifScreen gifScreen(std::span<const uint8_t> file);
+// Throws Unreadable for a screen so large that no frame needs it.
+void checkScreen(uint32_t width, uint32_t height);
 
 // A frame of a GIF: the blocks of it and of the extensions in front of it, its place on the screen, what
 // becomes of it when the next one comes, as the format numbers it, and its transparent index, -1 for none.

@@ -231,7 +231,12 @@ bool showInflated(Buffer rows, const Front &front, const Background &background,
 
 void decodeAsItIs(spng_ctx *context, const Front &front, Picture &out) {
   // The passes of an interlaced picture are laid over each other within a byte.
-  if (front.interlaced() && out.view.bits < 8) std::memset(out.pixels.data(), 0, out.pixels.size());
+  if (front.interlaced() && out.view.bits < 8) {
+    const size_t size = out.pixels.size();
+    out.pixels = Buffer();
+    out.pixels = Buffer::zeroes(size);
+    out.view.rows = out.pixels.data();
+  }
   check(libSpng().spng_decode_image(context, out.pixels.data(), out.pixels.size(), SPNG_FMT_RAW, 0));
 }
 
@@ -287,7 +292,9 @@ void readPng(std::span<const uint8_t> bytes, const Background &background, Pictu
   }
   const spng_ihdr &header = front.header;
   if (front.transparent && front.grey() && front.asItIs())
-    markTransparentLevel(front.transparency.gray, header.bit_depth, background, out);
+    // Bits above the depth count for nothing.
+    markTransparentLevel(front.transparency.gray & ((1u << header.bit_depth) - 1), header.bit_depth,
+                         background, out);
   out.announce(header.width, header.height, front.bits(background), exif.orientation);
   decode(stream, front, background, out);
   turnUpright(out, exif.orientation);

@@ -5,6 +5,7 @@
 #include <webp/decode.h>
 #include <webp/demux.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -110,6 +111,8 @@ void decodeOver(const WebPIterator &frame, const Background &background, uint8_t
   }
 }
 
+constexpr uint32_t kLongestSide = 16384;  // of a frame
+
 void decodeWebp(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   const Container container(bytes);
   const WebPIterator &frame = container.frame();
@@ -119,6 +122,8 @@ void decodeWebp(std::span<const uint8_t> bytes, const Background &background, Pi
   if (frame.width <= 0 || frame.height <= 0 || frame.x_offset < 0 || frame.y_offset < 0 ||
       end(frame.x_offset, frame.width) > width || end(frame.y_offset, frame.height) > height)
     throw Unreadable("is damaged: its first frame does not lie on its canvas");
+  // No picture has more, and an animation with a larger canvas is nothing but its background.
+  if (std::max(width, height) > kLongestSide) throw Unreadable(tooLarge(width, height));
   if (container.feature(WEBP_FF_FRAME_COUNT) > 1) out.notes.push_back(kFurtherPictures);
   const Exif exif = container.exif();
   out.dpiX = exif.dpiX;

@@ -7,6 +7,7 @@ little memory, by a decoder in its child as well as by one in the process itself
 """
 
 import os
+import random
 import struct
 import subprocess
 import sys
@@ -58,12 +59,18 @@ def jpeg(channels, side):
             bytes(side // 8 * (side // 8) * seen // 4) + b"\xff\xd9")
 
 
-def png(width, height, bits, kind):
+def gif(width, height):
+    """Two frames of one pixel on a screen."""
+    frame = b"\x2c" + struct.pack("<HHHHB", 0, 0, 1, 1, 0) + b"\2\2\x44\1\0"
+    return b"GIF89a" + struct.pack("<HHBBB", width, height, 0x80, 0, 0) + bytes(3) + b"\xff" * 3 + frame * 2 + b"\x3b"
+
+
+def png(width, height, bits, kind, interlaced=0, rows=None):
     def chunk(name, content):
         return struct.pack(">I", len(content)) + name + content + struct.pack(">I", zlib.crc32(name + content))
 
-    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, bits, kind, 0, 0, 0)) +
-            chunk(b"IDAT", zlib.compress(bytes(height * ((width * bits + 7) // 8 + 1)), 9)) + chunk(b"IEND", b""))
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, bits, kind, 0, 0, interlaced)) +
+            chunk(b"IDAT", zlib.compress(bytes(height * ((width * bits + 7) // 8 + 1)) if rows is None else rows)) + chunk(b"IEND", b""))
 
 
 def promises():
@@ -87,9 +94,29 @@ def promises():
                            (323, 4, [32768]), (324, 4, "at"), (325, 4, "bytes")], [deflated]), "is damaged", []),
         "values.tif": (struct.pack("<2sHIH", b"II", 42, 8, len(many)) + b"".join(struct.pack("<HHII", *entry) for entry in many) + bytes(4),
                        "is damaged", []),
+        # Strips of inks, a first pass, and screens around small frames.
+        "inks.tif": (strips(37000, 37000, 8, 4, 5, 37000, 8, [deflated]), "is damaged", small),
+        "passes.png": (png(LONGEST, 500, 1, 0, interlaced=1, rows=b""), "is damaged", small),
+        "screen.gif": (gif(65000, 65000), "is too large: 65000 by 65000 pixels", small),
+        "screens.gif": (gif(37000, 37000), "is too large: 37000 by 37000 pixels", [*small, "--page", "2"]),
         **{f"channels{n}.jpg": (jpeg(n, 64), f"has {n} channels, which is no known kind of picture", []) for n in (2, 5, 9, 10)},
         **{f"channels{n}.jpg": (jpeg(n, 64), None, []) for n in (1, 3, 4)},
     }
+
+
+def unfilled(program, folder):
+    """Whether rows that a strip does not fill as it says hold what the memory held before."""
+    noise = random.Random(7).randbytes(300 * 12)
+    path, seen = os.path.join(folder, "padded.tif"), []
+    with open(path, "wb") as file:  # the last strip has one row, and is as long as the others
+        file.write(strips(300, 13, 8, 1, 1, 12, 8, [zlib.compress(noise, 0)] * 2))
+    for fill in (90, 165):
+        out = os.path.join(folder, f"{fill}.tif")
+        subprocess.run([program, "-q", "--no-sandbox", "-m", "grey256", path, out], check=True,
+                       env={**os.environ, "GLIBC_TUNABLES": f"glibc.malloc.perturb={fill}:glibc.malloc.tcache_count=0"})
+        with open(out, "rb") as file:
+            seen.append(file.read())
+    return seen[0] != seen[1]
 
 
 def main():
@@ -122,6 +149,11 @@ def main():
                 if os.path.exists(out):
                     os.unlink(out)
                 failed += len(faults) > before
+        if not sanitized:  # they have a malloc of their own
+            tried += 1
+            if unfilled(program, folder):
+                faults.append("padded.tif: its last row is what the memory held")
+                failed += 1
     return shared.tell(faults, f"promises: {tried - failed} passed, {failed} failed")
 
 
