@@ -60,6 +60,15 @@ TEST_F(Escapes, TheNullHandleIsRefused) {
     EXPECT_EQ(xEscapeSetup(0, number, 4, &value, &value, 0), -1);
 }
 
+TEST_F(Escapes, ABlockTooShortForARecordIsRefused) {
+  const Handle block = GlobalAlloc(RAXEL_MOVEABLE_ZERO, sizeof(RasterSetup) - 1);
+  const double five = 5.0;
+  EXPECT_EQ(xEscapeSetup(block, 13, sizeof five, &five, nullptr, 0), RAXEL_REFUSED);
+  EXPECT_EQ(EditSetup(block, 1), RAXEL_REFUSED);
+  EXPECT_EQ(DestroySetup(block), 1);
+  GlobalFree(block);
+}
+
 TEST_F(Escapes, TheRecordBecomesTheCurrentOne) {
   lpRaster = nullptr;
   xEscapeSetup(handle_, kNoEscape, 0, nullptr, nullptr, 0);
