@@ -138,10 +138,11 @@ Target::Target(const std::string &path, const TargetRules &rules) : Target(path,
   }
   path_ = followLinks(path);
   if (path_.empty()) failCreate(name_, ELOOP);
-  struct stat there;
-  // A descriptor's file may have lost its name, or never had one: nothing else can take its place.
-  if (exists &&
-      (stat(path_.c_str(), &there) != 0 || there.st_dev != about.st_dev || there.st_ino != about.st_ino)) {
+  // A descriptor's file may have lost its name, or never had one: nothing else can take its place. One that
+  // another process replaces at this moment has none either, and the next look finds the new one.
+  struct stat again;
+  if (exists && about.st_nlink == 0 && stat(path.c_str(), &again) == 0 && again.st_dev == about.st_dev &&
+      again.st_ino == about.st_ino) {
     path_.clear();
     isNameless_ = true;
     openAsItIs();
