@@ -63,7 +63,7 @@ TEST_F(Escapes, TheNullHandleIsRefused) {
 TEST_F(Escapes, ABlockTooShortForARecordIsRefused) {
   const Handle block = GlobalAlloc(RAXEL_MOVEABLE_ZERO, sizeof(RasterSetup) - 1);
   const double five = 5.0;
-  EXPECT_EQ(xEscapeSetup(block, 13, sizeof five, &five, nullptr, 0), RAXEL_REFUSED);
+  EXPECT_EQ(xEscapeSetup(block, RAXEL_ESCAPE_SET_WIDTH, sizeof five, &five, nullptr, 0), RAXEL_REFUSED);
   EXPECT_EQ(EditSetup(block, 1), RAXEL_REFUSED);
   EXPECT_EQ(DestroySetup(block), 1);
   GlobalFree(block);
