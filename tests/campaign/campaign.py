@@ -188,7 +188,7 @@ class Campaign:
             print(f"campaign: {part.name} cannot run here, and nothing is noted")
         else:
             ends = [""] if len(part.units) == 1 else [f" {part.units[0]}", f" to {part.units[-1]}"]
-            note(self.source, part.name, part.command.format(build="build/release", seconds="SECONDS") + "".join(ends), figure, units[BEGUN])
+            note(self.source, part.name, (part.command + "".join(ends)).format(build="build/release", seconds="SECONDS"), figure, units[BEGUN])
         del self.state[part.name]
         self.save()
         return not figure.get("failed")
