@@ -237,10 +237,10 @@ int32_t carryOut(int32_t number, int32_t size, const Call &call) {
 
 int32_t xEscapeSetup(Handle setup, int32_t escape, int32_t size, const void *input, void *output,
                      int32_t save) {
-  if (setup == 0) return RAXEL_REFUSED;
-  lpRaster = runtime::lockSettings(setup);
-  if (lpRaster == nullptr) return RAXEL_REFUSED;
-  const int32_t result = setup::carryOut(escape, size, {*lpRaster, setup, input, output, save != 0});
+  RasterSetup *record = runtime::lockSettings(setup);
+  if (record == nullptr) return RAXEL_REFUSED;
+  lpRaster = record;
+  const int32_t result = setup::carryOut(escape, size, {*record, setup, input, output, save != 0});
   GlobalUnlock(setup);
   return result;
 }

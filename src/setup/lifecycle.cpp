@@ -17,10 +17,6 @@
 namespace setup {
 namespace {
 
-RasterSetup *lockRecord(Handle handle) {
-  return runtime::lockSettings(handle);
-}
-
 // The section of this mode's keys. The default mode is named in the filter's own section, not in
 // the application's.
 void chooseMode(RasterSetup &record, const char *mode) {
@@ -47,7 +43,7 @@ Handle CreateSetup(HostWord /*reserved*/, const char *profile, const char *mode,
   const Handle handle = runtime::allocate(sizeof(RasterSetup));
   if (handle == 0) return 0;
   hRaster = handle;
-  lpRaster = setup::lockRecord(handle);
+  lpRaster = runtime::lockSettings(handle);
   RasterSetup &record = *lpRaster;
   // For the rest of the process: "raxel" is "RAXEL" in section names and driver names.
   if (szFilter != nullptr) strupr(szFilter);
@@ -65,7 +61,7 @@ Handle CreateSetup(HostWord /*reserved*/, const char *profile, const char *mode,
 }
 
 int32_t EditSetup(Handle setup, HostWord data) {
-  RasterSetup *record = setup::lockRecord(setup);
+  RasterSetup *record = runtime::lockSettings(setup);
   if (record == nullptr) return RAXEL_REFUSED;
   lpRaster = record;
   record->dwEditData = data;
@@ -73,7 +69,7 @@ int32_t EditSetup(Handle setup, HostWord data) {
 }
 
 int32_t DestroySetup(Handle setup) {
-  RasterSetup *record = setup::lockRecord(setup);
+  RasterSetup *record = runtime::lockSettings(setup);
   if (record == nullptr) return 1;
   runtime::SettingsInUse::forget(record);
   setup::closeSessionOutput(*record);

@@ -61,11 +61,13 @@ TEST_F(Escapes, TheNullHandleIsRefused) {
 }
 
 TEST_F(Escapes, ABlockTooShortForARecordIsRefused) {
+  xEscapeSetup(handle_, kNoEscape, 0, nullptr, nullptr, 0);
   const Handle block = GlobalAlloc(RAXEL_MOVEABLE_ZERO, sizeof(RasterSetup) - 1);
   const double five = 5.0;
   EXPECT_EQ(xEscapeSetup(block, RAXEL_ESCAPE_SET_WIDTH, sizeof five, &five, nullptr, 0), RAXEL_REFUSED);
   EXPECT_EQ(EditSetup(block, 1), RAXEL_REFUSED);
   EXPECT_EQ(DestroySetup(block), 1);
+  EXPECT_EQ(lpRaster, record_) << "the current one stays";
   GlobalFree(block);
 }
 
