@@ -212,17 +212,15 @@ bool TiffReader::readColors(const TakePixels &take) {
   // Strips are as wide as the picture; the library bounds their rows by the picture's.
   const uint32_t wide = tiled_ ? tileWidth_ : width_,
                  high = tiled_ ? tileHeight_ : std::min(number(TIFFTAG_ROWSPERSTRIP, true, height), height);
-  if (wide == 0 || high == 0 || uint64_t{wide} * high > SIZE_MAX / 8) return false;
-  // A tile may be larger than its picture.
-  if (tiled_ && uint64_t{wide} * high > kLargestTiles / sizeof(uint32_t)) return false;
-  // No code makes as many pixels of a byte, and the library takes all of a strip's memory first.
-  constexpr uint64_t kMostOfAByte = 4096;
   const uint64_t pixels = uint64_t{wide} * high;
-  if (pixels > kLargestTiles / sizeof(uint32_t) && pixels / kMostOfAByte > memory_.bytes.size())
-    return false;
-  const Buffer zeroes = Buffer::zeroes(size_t{wide} * high * sizeof(uint32_t));
-  const std::span<uint32_t> piece(static_cast<uint32_t *>(static_cast<void *>(zeroes.data())),
-                                  size_t{wide} * high);
+  if (pixels == 0 || pixels > SIZE_MAX / 8) return false;
+  // A tile may be larger than its picture. No code makes as many pixels of a byte, and the library takes
+  // all of a strip's memory first.
+  constexpr uint64_t kMostOfAByte = 4096;
+  const bool isVast = pixels > kLargestTiles / sizeof(uint32_t);
+  if (isVast && (tiled_ || pixels / kMostOfAByte > memory_.bytes.size())) return false;
+  const Buffer zeroes = Buffer::zeroes(pixels * sizeof(uint32_t));
+  const std::span<uint32_t> piece(static_cast<uint32_t *>(static_cast<void *>(zeroes.data())), pixels);
   // The library would turn pieces one by one.
   lib_->TIFFSetField(tiff_, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
   for (uint64_t y = 0; y < height; y += high) {
