@@ -13,7 +13,7 @@ add_library(raxelhost_objects OBJECT
   order/advice.cpp order/as_is.cpp order/digest.cpp order/export_task.cpp order/given_palette.cpp order/manifest.cpp order/manifest_lines.cpp order/option_list.cpp order/option_values.cpp order/order.cpp order/page_feed.cpp
   order/presets.cpp order/reduce.cpp order/report.cpp order/shard.cpp
   output/hold.cpp output/originals.cpp output/rights.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
-  pictures/bmp.cpp pictures/confined.cpp pictures/exif.cpp pictures/gif.cpp pictures/gif_pages.cpp pictures/input.cpp pictures/jpeg.cpp pictures/leptonica.cpp
+  pictures/bmp.cpp pictures/confined.cpp pictures/exif.cpp pictures/gif.cpp pictures/gif_pages.cpp pictures/input.cpp pictures/jpeg.cpp pictures/jpeg2000.cpp pictures/jpeg_segments.cpp pictures/leptonica.cpp
   pictures/memory.cpp pictures/metadata.cpp pictures/pages.cpp pictures/pam.cpp pictures/palette.cpp pictures/peek.cpp pictures/picture.cpp pictures/png.cpp pictures/png_filters.cpp
   pictures/png_stream.cpp pictures/pnm.cpp pictures/tiff.cpp pictures/upright.cpp pictures/webp.cpp
   prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/cut.cpp prepare/diffuse.cpp

@@ -234,20 +234,44 @@ std::string typeName(uint16_t type) {
   return type != 0 && type < kTypes.size() ? kTypes[type].name : "type " + std::to_string(type);
 }
 
+namespace {
+
+// How a file lays its directories out.
+struct Layout {
+  Bytes bytes;
+  uint32_t place;  // bytes of a place in the file, and of a count of values
+  uint32_t count;  // bytes of a count of entries
+  uint32_t entry() const { return 4 + 2 * place; }
+  uint32_t value() const { return 4 + place; }  // where it stands in its entry
+};
+
+Layout layoutOf(std::span<const uint8_t> file) {
+  const Bytes bytes(file, file[0] == 'I');
+  return bytes.number(2, 2) == 43 ? Layout{bytes, 8, 8} : Layout{bytes, 4, 2};
+}
+
+// Of one value, as readers have it who know BigTIFF's types; an unknown type has none.
+uint64_t sizeOfType(uint64_t type) {
+  constexpr uint64_t kIfd = 13, kLong8 = 16, kIfd8 = 18;
+  if (type < kTypes.size()) return kTypes[static_cast<size_t>(type)].size;
+  return type == kIfd ? 4 : type >= kLong8 && type <= kIfd8 ? 8 : 0;
+}
+
+}  // namespace
+
 std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file) {
   std::vector<uint64_t> places;
   if (file.size() < 16) return places;
-  const Bytes bytes(file, file[0] == 'I');
-  const bool big = bytes.number(2, 2) == 43;
-  const uint32_t countSize = big ? 8 : 2, entrySize = big ? 20 : 12, placeSize = big ? 8 : 4;
+  const Layout layout = layoutOf(file);
+  const Bytes &bytes = layout.bytes;
   std::unordered_set<uint64_t> seen;
-  for (uint64_t at = bytes.number(placeSize, placeSize); at != 0;) {
-    const bool inside = at >= 8 && bytes.has(at, countSize);
-    const uint64_t count = inside ? bytes.number(at, countSize) : 0;
+  for (uint64_t at = bytes.number(layout.place, layout.place); at != 0;) {
+    const bool inside = at >= 8 && bytes.has(at, layout.count);
+    const uint64_t count = inside ? bytes.number(at, layout.count) : 0;
     const bool isNew = seen.insert(at).second;
     places.push_back(isNew ? at : kLinkBack);
     if (!inside || !isNew || count > UINT16_MAX) break;
-    at = bytes.number(at + countSize + entrySize * count, placeSize);
+    at = bytes.number(at + layout.count + layout.entry() * count, layout.place);
   }
   return places;
 }
@@ -255,19 +279,37 @@ std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file) {
 std::vector<uint64_t> pagePlaces(std::span<const uint8_t> file, std::vector<uint64_t> places) {
   constexpr uint64_t kReduced = 1, kMask = 4;
   if (places.empty()) return places;
-  const Bytes bytes(file, file[0] == 'I');
-  const bool big = bytes.number(2, 2) == 43;
-  const uint32_t countSize = big ? 8 : 2, valueInEntry = big ? 12 : 8;
+  const Layout layout = layoutOf(file);
+  const Bytes &bytes = layout.bytes;
   const auto isNoPage = [&](uint64_t place) {
-    const uint64_t entry = place + countSize;
-    if (bytes.number(place, countSize) == 0 || bytes.number(entry, 2) != finish::kNewSubfileType)
+    const uint64_t entry = place + layout.count;
+    if (bytes.number(place, layout.count) == 0 || bytes.number(entry, 2) != finish::kNewSubfileType)
       return false;
     const uint64_t type = bytes.number(entry + 2, 2);
     const uint32_t size = type == finish::kLong ? 4 : type == finish::kShort ? 2 : 0;
-    return (bytes.number(entry + valueInEntry, size) & (kReduced | kMask)) != 0;
+    return (bytes.number(entry + layout.value(), size) & (kReduced | kMask)) != 0;
   };
   places.erase(std::remove_if(places.begin() + 1, places.end(), isNoPage), places.end());
   return places;
+}
+
+uint64_t bytesOfValues(std::span<const uint8_t> file, uint64_t at) {
+  if (file.size() < 16) return 0;
+  const Layout layout = layoutOf(file);
+  const Bytes &bytes = layout.bytes;
+  if (at == 0) at = bytes.number(layout.place, layout.place);
+  const uint64_t entries = std::min<uint64_t>(bytes.number(at, layout.count), UINT16_MAX);
+  uint64_t all = 0;
+  for (uint64_t i = 0; i < entries; ++i) {
+    const uint64_t entry = at + layout.count + layout.entry() * i,
+                   count = bytes.number(entry + 4, layout.place);
+    if (count > file.size()) continue;
+    const uint64_t size = sizeOfType(bytes.number(entry + 2, 2)) * count;
+    const uint64_t inEntry = entry + layout.value();
+    const uint64_t place = size <= layout.place ? inEntry : bytes.number(inEntry, layout.place);
+    if (bytes.has(place, size)) all += size;
+  }
+  return all;
 }
 
 Directory readDirectory(std::span<const uint8_t> file, uint32_t at) {

@@ -44,6 +44,10 @@ std::vector<uint64_t> directoryPlaces(std::span<const uint8_t> file);
 // NewSubfileType says, which is a directory's first entry.
 std::vector<uint64_t> pagePlaces(std::span<const uint8_t> file, std::vector<uint64_t> places);
 
+// What the values of all entries of a TIFF's or BigTIFF's directory take, at a place or the first one for
+// 0: more than the file where they lie over each other, as hostile ones do.
+uint64_t bytesOfValues(std::span<const uint8_t> file, uint64_t at = 0);
+
 // Names for texts; "tag 65000" and "type 13" for unknown ones.
 std::string tagName(uint16_t tag);
 std::string typeName(uint16_t type);

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "buffer.h"
+#include "check/directory.h"
 #include "failure.h"
 #include "loading.h"
 
@@ -23,6 +24,8 @@ bool load(LibTiff &to) {
          RAXEL_RESOLVE(TIFFGetFieldDefaulted) && RAXEL_RESOLVE(TIFFIsTiled) &&
          RAXEL_RESOLVE(TIFFScanlineSize64) && RAXEL_RESOLVE(TIFFReadScanline) &&
          RAXEL_RESOLVE(TIFFTileSize64) && RAXEL_RESOLVE(TIFFTileRowSize64) && RAXEL_RESOLVE(TIFFReadTile) &&
+         RAXEL_RESOLVE(TIFFNumberOfStrips) && RAXEL_RESOLVE(TIFFNumberOfTiles) &&
+         RAXEL_RESOLVE(TIFFGetStrileOffset) && RAXEL_RESOLVE(TIFFGetStrileByteCount) &&
          RAXEL_RESOLVE(TIFFSetErrorHandler) && RAXEL_RESOLVE(TIFFSetWarningHandler) &&
          RAXEL_RESOLVE(TIFFSetField) && RAXEL_RESOLVE(TIFFLastDirectory) &&
          RAXEL_RESOLVE(TIFFRGBAImageOK) && RAXEL_RESOLVE(TIFFReadRGBAStripExt) &&
@@ -114,16 +117,33 @@ TiffReader::TiffReader(std::span<const uint8_t> bytes, uint64_t directory)
   saidWarnings.clear();
   errorsBefore_ = lib_->TIFFSetErrorHandler(onError);
   warningsBefore_ = lib_->TIFFSetWarningHandler(onWarning);
+  // The library reads the values of each entry, and the same ones again for the next.
+  const uint64_t size = bytes.size(), mostValues = 4 * size + (uint64_t{1} << 20);
+  if (bytesOfValues(bytes, directory) > mostValues) {
+    saidErrors.emplace_back("the values of its directory lie over each other");
+    return;
+  }
   tiff_ = lib_->TIFFClientOpen("output", "rm", &memory_, readBytes, writeNothing, seekTo, closeNothing,
                                sizeOf, nullptr, nullptr);
-  if (!tiff_) return;
+  if (tiff_) open();
+}
+
+void TiffReader::open() {
   width_ = number(TIFFTAG_IMAGEWIDTH, true, 0);
+  height_ = number(TIFFTAG_IMAGELENGTH, true, 0);
   tiled_ = lib_->TIFFIsTiled(tiff_) != 0;
   rowBytes_ = lib_->TIFFScanlineSize64(tiff_);
   if (tiled_) {
     tileWidth_ = number(TIFFTAG_TILEWIDTH, true, 0);
     tileHeight_ = number(TIFFTAG_TILELENGTH, true, 0);
   }
+  // Some files have a last strip of as many rows as the others. Of one that it takes at once the library
+  // shows as much as its fast decoder happened to write; the plain one stops behind the rows asked for.
+  const uint32_t code = number(TIFFTAG_COMPRESSION, false, COMPRESSION_NONE),
+                 rows = number(TIFFTAG_ROWSPERSTRIP, true, 0);
+  const bool isDeflate = code == COMPRESSION_ADOBE_DEFLATE || code == COMPRESSION_DEFLATE;
+  if (isDeflate && !tiled_ && rows != 0 && rows != UINT32_MAX && height_ % rows != 0)
+    lib_->TIFFSetField(tiff_, TIFFTAG_DEFLATE_SUBCODEC, DEFLATE_SUBCODEC_ZLIB);
 }
 
 TiffReader::~TiffReader() {
@@ -158,10 +178,18 @@ std::vector<uint8_t> TiffReader::colorMap(uint32_t bits) const {
 // Hostile files promise tiles of any size.
 constexpr uint64_t kLargestTiles = uint64_t{1} << 29;
 
+// Small pictures may have large tiles, but not many that lie beside them.
+bool TiffReader::hasSaneTiles(uint64_t tileBytes) const {
+  constexpr uint64_t kForEachByte = 16;
+  if (tileBytes > kLargestTiles) return false;
+  const uint64_t tiles = lib_->TIFFNumberOfTiles(tiff_), most = rowBytes_ * height_ * kForEachByte;
+  return tiles * tileBytes <= std::max(most, 4 * kLargestTiles);
+}
+
 bool TiffReader::readTileRow(uint32_t y) {
   const uint64_t tileRow = lib_->TIFFTileRowSize64(tiff_), tileSize = lib_->TIFFTileSize64(tiff_);
   if (tileRow == 0 || tileWidth_ == 0 || tileHeight_ == 0 || tileSize < tileRow * tileHeight_) return false;
-  if (tileSize > kLargestTiles || rowBytes_ * tileHeight_ > kLargestTiles) return false;
+  if (!hasSaneTiles(tileSize) || rowBytes_ * tileHeight_ > kLargestTiles) return false;
   // Tiles go side by side in whole bytes, which those of a multiple of 16 pixels always are.
   const bool planes = number(TIFFTAG_PLANARCONFIG, false, PLANARCONFIG_CONTIG) != PLANARCONFIG_CONTIG;
   const uint64_t pixel = uint64_t{number(TIFFTAG_BITSPERSAMPLE, false, 1)} *
@@ -192,6 +220,17 @@ bool TiffReader::readRow(uint32_t y, uint8_t *row) {
   return true;
 }
 
+uint32_t TiffReader::pieces() const {
+  return tiled_ ? lib_->TIFFNumberOfTiles(tiff_) : lib_->TIFFNumberOfStrips(tiff_);
+}
+
+std::span<const uint8_t> TiffReader::piece(uint32_t index) const {
+  const uint64_t at = lib_->TIFFGetStrileOffset(tiff_, index),
+                 count = lib_->TIFFGetStrileByteCount(tiff_, index), size = memory_.bytes.size();
+  if (at > size || count > size - at) return {};
+  return memory_.bytes.subspan(static_cast<size_t>(at), static_cast<size_t>(count));
+}
+
 uint16_t TiffReader::extraSample() const {
   uint16_t count = 0, *kinds = nullptr;
   if (!lib_->TIFFGetFieldDefaulted(tiff_, TIFFTAG_EXTRASAMPLES, &count, &kinds) || count == 0) return 0;
@@ -208,25 +247,24 @@ std::string TiffReader::refusalOfColors() const {
 }
 
 bool TiffReader::readColors(const TakePixels &take) {
-  const uint32_t height = number(TIFFTAG_IMAGELENGTH, true, 0);
   // Strips are as wide as the picture; the library bounds their rows by the picture's.
-  const uint32_t wide = tiled_ ? tileWidth_ : width_,
-                 high = tiled_ ? tileHeight_ : std::min(number(TIFFTAG_ROWSPERSTRIP, true, height), height);
+  const uint32_t stripHeight = std::min(number(TIFFTAG_ROWSPERSTRIP, true, height_), height_);
+  const uint32_t wide = tiled_ ? tileWidth_ : width_, high = tiled_ ? tileHeight_ : stripHeight;
   const uint64_t pixels = uint64_t{wide} * high;
   if (pixels == 0 || pixels > SIZE_MAX / 8) return false;
-  // A tile may be larger than its picture. No code makes as many pixels of a byte, and the library takes
-  // all of a strip's memory first.
+  if (tiled_ && !hasSaneTiles(pixels * sizeof(uint32_t))) return false;
+  // No code makes as many pixels of a byte, and the library takes all of a strip's memory first.
   constexpr uint64_t kMostOfAByte = 4096;
   const bool isVast = pixels > kLargestTiles / sizeof(uint32_t);
-  if (isVast && (tiled_ || pixels / kMostOfAByte > memory_.bytes.size())) return false;
+  if (isVast && pixels / kMostOfAByte > memory_.bytes.size()) return false;
   const Buffer zeroes = Buffer::zeroes(pixels * sizeof(uint32_t));
   const std::span<uint32_t> piece(static_cast<uint32_t *>(static_cast<void *>(zeroes.data())), pixels);
   // The library would turn pieces one by one.
   lib_->TIFFSetField(tiff_, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-  for (uint64_t y = 0; y < height; y += high) {
+  for (uint64_t y = 0; y < height_; y += high) {
     for (uint64_t x = 0; x < width_; x += wide) {
       const auto left = static_cast<uint32_t>(x), top = static_cast<uint32_t>(y);
-      const uint32_t columns = std::min(wide, width_ - left), rows = std::min(high, height - top);
+      const uint32_t columns = std::min(wide, width_ - left), rows = std::min(high, height_ - top);
       const int read = tiled_ ? lib_->TIFFReadRGBATileExt(tiff_, left, top, piece.data(), 1)
                               : lib_->TIFFReadRGBAStripExt(tiff_, top, piece.data(), 1);
       if (read != 1) return false;

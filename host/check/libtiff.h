@@ -23,6 +23,10 @@ struct LibTiff {
   decltype(&::TIFFReadScanline) TIFFReadScanline;
   decltype(&::TIFFTileSize64) TIFFTileSize64;
   decltype(&::TIFFTileRowSize64) TIFFTileRowSize64;
+  decltype(&::TIFFNumberOfStrips) TIFFNumberOfStrips;
+  decltype(&::TIFFNumberOfTiles) TIFFNumberOfTiles;
+  decltype(&::TIFFGetStrileOffset) TIFFGetStrileOffset;
+  decltype(&::TIFFGetStrileByteCount) TIFFGetStrileByteCount;
   decltype(&::TIFFReadTile) TIFFReadTile;
   decltype(&::TIFFSetErrorHandler) TIFFSetErrorHandler;
   decltype(&::TIFFSetWarningHandler) TIFFSetWarningHandler;
@@ -68,6 +72,12 @@ class TiffReader {
   bool readRow(uint32_t y, uint8_t *row);
   uint64_t rowBytes() const { return rowBytes_; }
 
+  // The strips or tiles, of a width in pixels, and what the file holds of each: nothing for one that is not
+  // in it.
+  uint32_t pieces() const;
+  uint32_t pieceWidth() const { return tiled_ ? tileWidth_ : width_; }
+  std::span<const uint8_t> piece(uint32_t index) const;
+
   // Why the library cannot turn this file into colours; empty when it can.
   std::string refusalOfColors() const;
   // Receives pixels of a row from column x on; libtiff's TIFFGetR, TIFFGetG, TIFFGetB and TIFFGetA take
@@ -86,10 +96,12 @@ class TiffReader {
   TIFF *tiff_ = nullptr;
   uint64_t rowBytes_ = 0;
   bool tiled_ = false;
-  uint32_t tileWidth_ = 0, tileHeight_ = 0, width_ = 0;
+  uint32_t tileWidth_ = 0, tileHeight_ = 0, width_ = 0, height_ = 0;
   std::vector<uint8_t> tiles_;  // one row of tiles, as rows of the picture
   TiffBytes memory_;
 
+  void open();
+  bool hasSaneTiles(uint64_t tileBytes) const;
   bool readTileRow(uint32_t y);
 };
 

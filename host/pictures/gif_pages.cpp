@@ -45,7 +45,7 @@ void GifPages::restart(const Background &background) {
 }
 
 void GifPages::draw(const GifFrame &frame, const Background &background, DecoderChild *child) {
-  if (frame.disposal == kToPrevious) before_ = colors_;
+  if (frame.disposal == kToPrevious) keep(frame);
   Picture alone;
   alone.format = "GIF";
   alone.directory = frame.start;
@@ -67,16 +67,34 @@ void GifPages::draw(const GifFrame &frame, const Background &background, Decoder
   }
 }
 
+// The pixels of the screen in a row of the frame.
+std::span<uint8_t> GifPages::rowUnder(const GifFrame &frame, uint32_t row) {
+  const uint32_t left = std::min(frame.left, screen_.width),
+                 right = std::min(frame.left + frame.width, screen_.width), y = frame.top + row;
+  if (y >= screen_.height) return {};
+  return std::span(colors_).subspan(3 * (size_t{screen_.width} * y + left), 3 * size_t{right - left});
+}
+
+void GifPages::keep(const GifFrame &frame) {
+  before_.clear();
+  for (uint32_t row = 0; row < frame.height; ++row) {
+    const std::span<const uint8_t> pixels = rowUnder(frame, row);
+    before_.insert(before_.end(), pixels.begin(), pixels.end());
+  }
+}
+
 // The frame that shows makes room for the next.
 void GifPages::takeAway(const GifFrame &frame, const Background &background) {
-  if (frame.disposal == kToPrevious) std::swap(colors_, before_);
-  if (frame.disposal != kToBackground) return;
-  const uint32_t right = std::min(frame.left + frame.width, screen_.width);
-  const uint32_t bottom = std::min(frame.top + frame.height, screen_.height);
-  for (uint32_t y = frame.top; y < bottom; ++y) {
-    for (uint32_t x = frame.left; x < right; ++x)
-      std::ranges::copy(background,
-                        colors_.begin() + static_cast<ptrdiff_t>((size_t{screen_.width} * y + x) * 3));
+  if (frame.disposal != kToPrevious && frame.disposal != kToBackground) return;
+  auto kept = before_.cbegin();
+  for (uint32_t row = 0; row < frame.height; ++row) {
+    const std::span<uint8_t> pixels = rowUnder(frame, row);
+    if (frame.disposal == kToPrevious) {
+      std::copy_n(kept, pixels.size(), pixels.begin());
+      kept += static_cast<ptrdiff_t>(pixels.size());
+    } else {
+      for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = background[i % 3];
+    }
   }
 }
 

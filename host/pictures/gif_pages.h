@@ -25,6 +25,8 @@ class GifPages {
  private:
   void restart(const Background &background);
   void draw(const GifFrame &frame, const Background &background, DecoderChild *child);
+  std::span<uint8_t> rowUnder(const GifFrame &frame, uint32_t row);
+  void keep(const GifFrame &frame);
   void takeAway(const GifFrame &frame, const Background &background);
   void show(Picture &out) const;
 
@@ -33,7 +35,7 @@ class GifPages {
   GifScreen screen_;
   uint32_t drawn_ = 0;           // frames that the screen has seen, the last of which still shows
   std::vector<uint8_t> colors_;  // of the screen, red, green, blue; empty before the first
-  std::vector<uint8_t> before_;  // the screen under a frame that is to leave it as it was
+  std::vector<uint8_t> before_;  // the pixels under a frame that is to leave them as they were
 };
 
 }  // namespace host

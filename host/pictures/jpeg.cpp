@@ -13,12 +13,12 @@
 #include <algorithm>
 #include <climits>
 #include <csetjmp>
-#include <cstring>
 #include <new>
 
 #include "loading.h"
 #include "pictures/confined.h"
 #include "pictures/exif.h"
+#include "pictures/jpeg_segments.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -31,7 +31,6 @@ struct LibJpeg {
   decltype(&::jpeg_mem_src) jpeg_mem_src;
   decltype(&::jpeg_read_header) jpeg_read_header;
   decltype(&::jpeg_read_scanlines) jpeg_read_scanlines;
-  decltype(&::jpeg_save_markers) jpeg_save_markers;
   decltype(&::jpeg_start_decompress) jpeg_start_decompress;
   decltype(&::jpeg_std_error) jpeg_std_error;
 };
@@ -43,8 +42,7 @@ bool load(LibJpeg &to) {
   return RAXEL_RESOLVE(jpeg_CreateDecompress) && RAXEL_RESOLVE(jpeg_destroy_decompress) &&
          RAXEL_RESOLVE(jpeg_finish_decompress) && RAXEL_RESOLVE(jpeg_mem_src) &&
          RAXEL_RESOLVE(jpeg_read_header) && RAXEL_RESOLVE(jpeg_read_scanlines) &&
-         RAXEL_RESOLVE(jpeg_save_markers) && RAXEL_RESOLVE(jpeg_start_decompress) &&
-         RAXEL_RESOLVE(jpeg_std_error);
+         RAXEL_RESOLVE(jpeg_start_decompress) && RAXEL_RESOLVE(jpeg_std_error);
 #undef RAXEL_RESOLVE
 }
 
@@ -79,15 +77,31 @@ void noteWarning(j_common_ptr common, int level) {
   if (code == JWRN_JPEG_EOF || code == JWRN_HIT_MARKER || code == JWRN_HUFF_BAD_CODE) leaveOnError(common);
 }
 
+void refuse(Trouble &trouble, const char *why) {
+  std::snprintf(trouble.message, sizeof trouble.message, "%s", why);
+}
+
+// Called for each row of blocks while the scans are gathered. A scan of a few bytes passes over the whole
+// picture.
+void countScans(j_common_ptr common) {
+  constexpr int kMostScans = 500;  // encoders make some ten
+  Trouble *trouble = reinterpret_cast<Trouble *>(common->err);
+  if (reinterpret_cast<j_decompress_ptr>(common)->input_scan_number <= kMostScans) return;
+  refuse(*trouble, "it has more scans than a picture needs");
+  std::longjmp(trouble->leave, 1);
+}
+
 struct Decoder {
   const LibJpeg &lib = libJpeg();
   jpeg_decompress_struct info{};
   Trouble trouble{};
+  jpeg_progress_mgr progress{};
 
   Decoder() {
     info.err = lib.jpeg_std_error(&trouble.manager);
     trouble.manager.error_exit = leaveOnError;
     trouble.manager.emit_message = noteWarning;
+    progress.progress_monitor = countScans;
   }
   ~Decoder() { lib.jpeg_destroy_decompress(&info); }
   Decoder(const Decoder &) = delete;
@@ -108,7 +122,7 @@ bool readHeader(Decoder &decoder, std::span<const uint8_t> bytes) {
   if (setjmp(decoder.trouble.leave) != 0) return false;
   jpeg_decompress_struct &info = decoder.info;
   lib.jpeg_CreateDecompress(&info, JPEG_LIB_VERSION, sizeof info);
-  lib.jpeg_save_markers(&info, JPEG_APP0 + 1, 0xFFFF);
+  info.progress = &decoder.progress;
   lib.jpeg_mem_src(&info, bytes.data(), bytes.size());
   info.mem->max_memory_to_use = static_cast<long>(std::min<uint64_t>(kLargestPicture, LONG_MAX));
   lib.jpeg_read_header(&info, TRUE);
@@ -130,6 +144,22 @@ void fromCmyk(const uint8_t *in, uint32_t width, bool inverted, uint8_t *to) {
   }
 }
 
+// Of the squares of eight by eight samples, of which the picture is made.
+uint64_t blocksOf(const jpeg_decompress_struct &info) {
+  uint64_t blocks = 0;
+  for (int i = 0; i < info.num_components; ++i)
+    blocks += uint64_t{info.comp_info[i].width_in_blocks} * info.comp_info[i].height_in_blocks;
+  return blocks;
+}
+
+// Whether each channel came in a scan, and in a progressive picture its means, without which all is grey.
+bool hasAllChannels(const jpeg_decompress_struct &info) {
+  for (int i = 0; i < info.num_components; ++i) {
+    if (!info.comp_info[i].quant_table || (info.coef_bits && info.coef_bits[i][0] < 0)) return false;
+  }
+  return true;
+}
+
 // `inks` has room for a row of CMYK, and is null for other pictures. Rows of any other size would not fit.
 bool decode(Decoder &decoder, const Picture &out, uint8_t *inks) {
   const LibJpeg &lib = decoder.lib;
@@ -139,7 +169,11 @@ bool decode(Decoder &decoder, const Picture &out, uint8_t *inks) {
   const auto channels = inks ? 4 : out.view.bits / 8;
   if (info.output_width != out.view.width || info.output_height != out.view.height ||
       static_cast<uint32_t>(info.output_components) != channels) {
-    std::strcpy(decoder.trouble.message, "its rows are of another size than it says");
+    refuse(decoder.trouble, "its rows are of another size than it says");
+    return false;
+  }
+  if (!hasAllChannels(info)) {
+    refuse(decoder.trouble, "scans are missing");
     return false;
   }
   while (info.output_scanline < info.output_height) {
@@ -171,12 +205,15 @@ void decodeJpeg(std::span<const uint8_t> bytes, Picture &out) {
   if (channels != 1 && channels != 3 && channels != 4)
     throw Unreadable("has " + std::to_string(channels) + " channels, which is no known kind of picture");
   Exif exif;
-  for (jpeg_saved_marker_ptr m = info.marker_list; m && !exif.found; m = m->next) {
-    exif = readExif(m->data, m->data_length);
+  for (const auto &[marker, body] : jpegSegments(bytes)) {
+    if (marker == JPEG_APP0 + 1 && !exif.found) exif = readExif(body.data(), body.size());
   }
   readResolution(info, exif, out);
   const uint32_t bits = channels == 1 ? 8 : 24;
   out.announce(info.image_width, info.image_height, bits, exif.orientation);
+  // Huffman codes take a bit at least, arithmetic ones less.
+  if (!info.arith_code && blocksOf(info) / 8 > bytes.size())
+    throw Unreadable("is damaged: it has less than a bit for each block");
   out.allocate(info.image_width, info.image_height, bits);
   const Buffer inks(channels == 4 ? size_t{info.image_width} * 4 : 0);
   if (!decode(decoder, out, channels == 4 ? inks.data() : nullptr)) decoder.fail();

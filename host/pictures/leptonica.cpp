@@ -3,8 +3,11 @@
 #include "prepare/leptonica.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "pictures/confined.h"
+#include "pictures/jpeg2000.h"
+#include "pictures/pam.h"
 #include "pictures/peek.h"
 #include "pictures/picture.h"
 
@@ -88,11 +91,23 @@ Size sizeOfJpeg2000(std::span<const uint8_t> bytes) {
   const Jpeg2000Grid grid = jpeg2000Grid(bytes);
   if (grid.width == 0 || grid.height == 0) throw Unreadable("is damaged: it does not begin with its size");
   if (grid.isCoarse) throw Unreadable("has channels of fewer samples than pixels; convert it to PNG first");
+  const std::string missing = jpeg2000Missing(bytes);
+  if (!missing.empty()) throw Unreadable("is cut short or damaged: " + missing);
   return {grid.width, grid.height};
+}
+
+// The library takes the memory of all pixels before it looks for them.
+void checkPam(std::span<const uint8_t> bytes) {
+  const std::optional<PamHeader> header = pamHeader(bytes);
+  if (!header) throw Unreadable("is damaged: it does not begin with a header");
+  const uint64_t pixel = uint64_t{header->depth} * (header->most > 255 ? 2 : 1);
+  if (uint64_t{header->width} * header->height > (bytes.size() - header->pixelsAt) / pixel)
+    throw Unreadable("is cut short: its pixels end too soon");
 }
 
 // As far as can be told without decoding; no pixels where it cannot.
 Size announceHeader(const Leptonica &lept, std::span<const uint8_t> bytes, Picture &out) {
+  if (out.format == "PAM") checkPam(bytes);
   const Size known = out.format == "JPEG 2000" ? sizeOfJpeg2000(bytes) : Size{};
   l_int32 format = 0, width = 0, height = 0, bits = 0, samples = 0, table = 0;
   if (lept.pixReadHeaderMem(bytes.data(), bytes.size(), &format, &width, &height, &bits, &samples,
@@ -107,18 +122,16 @@ Size announceHeader(const Leptonica &lept, std::span<const uint8_t> bytes, Pictu
   return size;
 }
 
-// What the frames of a GIF take, all of which the library decodes on its way to the first.
-uint64_t bytesOfFrames(std::span<const uint8_t> gif) {
-  uint64_t all = 0;
-  for (const GifFrame &frame : gifFrames(gif)) all += uint64_t{frame.width} * frame.height;
-  return all;
+// What the frame of a GIF takes, of which the library tells nothing before it has decoded it.
+uint64_t bytesOfFrame(std::span<const uint8_t> alone) {
+  const std::vector<GifFrame> frames = gifFrames(alone);
+  return frames.empty() ? 0 : uint64_t{frames[0].width} * frames[0].height;
 }
 
-// A frame of a GIF goes alone, where it is one of several that are wanted: the library would decode all
-// that lie before it. It is kept in `alone`.
+// A frame of a GIF goes alone: the library would decode all that the file has. It is kept in `alone`.
 std::span<const uint8_t> fileOf(const Picture &wanted, std::span<const uint8_t> bytes,
                                 std::vector<uint8_t> &alone) {
-  if (wanted.format != "GIF" || wanted.directory == 0) return bytes;
+  if (wanted.format != "GIF") return bytes;
   alone = gifFrameAlone(bytes, static_cast<size_t>(wanted.directory));
   return alone;
 }
@@ -163,7 +176,8 @@ void readWithLeptonica(std::span<const uint8_t> bytes, const Background &backgro
   const Leptonica *lept = prepare::leptonica();
   if (!lept) throw Unreadable("needs Leptonica, which cannot be loaded (package liblept5)");
   std::vector<uint8_t> alone;
-  const uint64_t all = out.format == "GIF" ? bytesOfFrames(fileOf(out, bytes, alone)) : 0;
+  const std::span<const uint8_t> file = fileOf(out, bytes, alone);
+  const uint64_t all = out.format == "GIF" ? bytesOfFrame(file) : 0;
   confined(out, all, [&](Picture &to) {
     std::vector<uint8_t> frame;
     decode(*lept, fileOf(to, bytes, frame), background, to);

@@ -8,6 +8,8 @@
 #include <utility>
 
 #include "finish/tags.h"
+#include "pictures/jpeg2000.h"
+#include "pictures/jpeg_segments.h"
 #include "pictures/peek.h"
 
 namespace host {
@@ -150,33 +152,22 @@ void readDirectory(Bytes tiff, uint64_t directory, Metadata &to) {
 // Exif in a JPEG and in some WebPs stands behind six bytes.
 void readExifBlock(Bytes block, Metadata &to) {
   if (startsWith(block, kExifFront)) block = block.subspan(kExifFront.size());
-  const std::vector<uint8_t> own = std::move(to.icc);
+  std::vector<uint8_t> own = std::move(to.icc);
   readDirectory(block, 0, to);
-  to.icc = own;  // one in an Exif block is not the picture's
+  to.icc = std::move(own);  // one in an Exif block is not the picture's
 }
 
 // The profile comes in pieces that are numbered from 1 on.
 void readJpeg(Bytes file, Metadata &to) {
-  constexpr uint8_t kMarker = 0xFF, kScan = 0xDA, kApp1 = 0xE1, kApp2 = 0xE2, kApp13 = 0xED,
-                    kComment = 0xFE;
+  constexpr uint8_t kApp1 = 0xE1, kApp2 = 0xE2, kApp13 = 0xED, kComment = 0xFE;
   std::map<uint8_t, Bytes> profile;
-  for (uint64_t at = 2; at + 4 <= file.size() && file[static_cast<size_t>(at)] == kMarker;) {
-    const uint8_t marker = file[static_cast<size_t>(at) + 1];
-    if (marker == kMarker) {  // a fill byte
-      ++at;
-      continue;
-    }
-    if (marker == kScan) break;
-    const uint64_t length = numberAt(file, at + 2, 2, false);
-    if (length < 2) break;
-    const Bytes body = partOf(file, at + 4, length - 2);
+  for (const auto &[marker, body] : jpegSegments(file)) {
     if (marker == kApp1 && startsWith(body, kExifFront)) readExifBlock(body, to);
     if (marker == kApp1 && startsWith(body, "http://ns.adobe.com/xap/1.0/"sv)) drop(kXmp, to);
     if (marker == kApp13 && startsWith(body, "Photoshop "sv)) drop(kPhotoshop, to);
     if (marker == kComment) drop(kComments, to);
     if (marker == kApp2 && startsWith(body, kProfileFront) && body.size() > kProfileFront.size() + 2)
       profile[body[kProfileFront.size()]] = body.subspan(kProfileFront.size() + 2);
-    at += 2 + length;
   }
   for (const auto &[number, piece] : profile) to.icc.insert(to.icc.end(), piece.begin(), piece.end());
 }

@@ -12,35 +12,6 @@ namespace {
 
 using Bytes = std::span<const uint8_t>;
 
-// A number of `size` bytes with the highest first; 0 beyond the end.
-uint64_t numberAt(Bytes file, uint64_t at, uint64_t size) {
-  if (at > file.size() || size > file.size() - at) return 0;
-  uint64_t value = 0;
-  for (uint64_t i = 0; i < size; ++i) value = value << 8 | file[static_cast<size_t>(at + i)];
-  return value;
-}
-
-// The content of the first box of a kind in a sequence of boxes (JPEG 2000, ISO 15444-1): a length that
-// counts itself, four letters, and where the length is 1 a longer one. One that says more than there is
-// ends with the file, as decoders have it. Empty when there is none.
-Bytes boxIn(Bytes boxes, std::string_view kind) {
-  for (uint64_t at = 0; at + 8 <= boxes.size();) {
-    uint64_t length = numberAt(boxes, at, 4), front = 8;
-    if (length == 1) {
-      length = numberAt(boxes, at + 8, 8);
-      front = 16;
-    }
-    if (length == 0) length = boxes.size() - at;  // up to the end
-    length = std::min<uint64_t>(length, boxes.size() - at);
-    if (length < front) return {};
-    const Bytes box = boxes.subspan(static_cast<size_t>(at), static_cast<size_t>(length));
-    if (std::equal(kind.begin(), kind.end(), box.begin() + 4))
-      return box.subspan(static_cast<size_t>(front));
-    at += length;
-  }
-  return {};
-}
-
 struct Magic {
   std::string_view bytes;
   size_t at;
@@ -121,6 +92,16 @@ uint32_t word(const uint8_t *at) {
 
 }  // namespace
 
+// Behind "RIFF", a size and "WEBP" comes a chunk with its size: of the canvas, or of either code.
+uint32_t webpWidth(std::span<const uint8_t> file) {
+  constexpr size_t kChunkAt = 12, kEnd = 30;
+  if (file.size() < kEnd || std::memcmp(file.data(), "RIFF", 4) != 0 || formatOf(file) != "WebP") return 0;
+  const std::string_view kind(reinterpret_cast<const char *>(file.data() + kChunkAt), 4);
+  if (kind == "VP8X") return 1 + (word(&file[24]) | uint32_t{file[26]} << 16);
+  if (kind == "VP8L") return 1 + (word(&file[21]) & 0x3FFF);
+  return kind == "VP8 " ? word(&file[26]) & 0x3FFF : 0;
+}
+
 int gifTransparentIndex(std::span<const uint8_t> file) {
   int transparent = -1;
   for (GifBlocks blocks(file); blocks.more() && !blocks.isPicture(); blocks.next()) {
@@ -187,6 +168,7 @@ std::vector<uint8_t> gifFrameAlone(std::span<const uint8_t> file, size_t start) 
   constexpr uint8_t kTrailer = 0x3B;
   GifBlocks blocks(file);
   const Bytes head = file.first(blocks.place());
+  if (start == 0) start = blocks.place();
   blocks.goTo(start);
   while (blocks.more() && !blocks.isPicture()) blocks.next();
   if (blocks.more()) blocks.next();
@@ -203,40 +185,6 @@ bool gifHasFurtherPictures(std::span<const uint8_t> file) {
     if (blocks.isPicture() && ++pictures == 2) return true;
   }
   return false;
-}
-
-namespace {
-
-constexpr uint64_t kCodestream = 0xFF4FFF51;  // SOC, and SIZ behind it
-
-}  // namespace
-
-uint32_t jpeg2000Channels(std::span<const uint8_t> file) {
-  if (numberAt(file, 0, 4) == kCodestream) return static_cast<uint32_t>(numberAt(file, 40, 2));
-  return static_cast<uint32_t>(numberAt(boxIn(boxIn(file, "jp2h"), "ihdr"), 8, 2));
-}
-
-Jpeg2000Grid jpeg2000Grid(std::span<const uint8_t> file) {
-  const Bytes code = numberAt(file, 0, 4) == kCodestream ? file : boxIn(file, "jp2c");
-  if (numberAt(code, 0, 4) != kCodestream) return {};
-  // The grid's end and where the picture begins on it, across and down; then each channel's depth and
-  // steps.
-  const auto side = [&](uint64_t at) {
-    const uint64_t end = numberAt(code, at, 4), start = numberAt(code, at + 8, 4);
-    return static_cast<uint32_t>(end - std::min(start, end));
-  };
-  Jpeg2000Grid grid{side(8), side(12), false};
-  const uint64_t channels = numberAt(code, 40, 2);
-  for (uint64_t i = 0; i < channels && !grid.isCoarse; ++i) {
-    grid.isCoarse = numberAt(code, 43 + 3 * i, 2) != 0x0101;
-  }
-  return grid;
-}
-
-Jpeg2000Extras jpeg2000Extras(std::span<const uint8_t> file) {
-  const Bytes color = boxIn(boxIn(file, "jp2h"), "colr");
-  const bool profile = !color.empty() && (color[0] == 2 || color[0] == 3);  // of two kinds
-  return {profile, !boxIn(file, "xml ").empty() || !boxIn(file, "uuid").empty()};
 }
 
 void checkScreen(uint32_t width, uint32_t height) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Looks into files for their format, and for what Leptonica does not tell of the pictures that it reads.
-// Bytes are not trusted.
+// Looks into files for their format, and for what Leptonica does not tell of the GIFs that it reads. Bytes
+// are not trusted.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +15,9 @@ std::string formatOf(std::span<const uint8_t> file);
 
 // The index of the first picture's transparent colour; -1 for none.
 int gifTransparentIndex(std::span<const uint8_t> file);
+
+// The width of a still WebP with a RIFF header, in pixels; 0 for all else.
+uint32_t webpWidth(std::span<const uint8_t> file);
 
 // The screen of a GIF, as large as its first frame needs, and that frame's place on it; all 0 without a
 // frame.
@@ -36,31 +39,16 @@ struct GifFrame {
 // All of them, in their order.
 std::vector<GifFrame> gifFrames(std::span<const uint8_t> file);
 
-// A file of the frame alone whose blocks begin there, which is in the file.
+// A file of the frame alone whose blocks begin there, which is in the file; of the first one for 0.
 std::vector<uint8_t> gifFrameAlone(std::span<const uint8_t> file, size_t start);
 
 // True when another picture follows the first one.
 bool gifHasFurtherPictures(std::span<const uint8_t> file);
 
-// The number of channels, of a JP2 file or a bare codestream; 0 when it is not found. An even one has
-// opacity for its last.
-uint32_t jpeg2000Channels(std::span<const uint8_t> file);
-// What its codestream tells: the picture's size, and whether a channel has fewer samples than the picture
-// has pixels. No size where there is no codestream, or one that does not begin with it.
-struct Jpeg2000Grid {
-  uint32_t width = 0, height = 0;
-  bool isCoarse = false;
-};
-Jpeg2000Grid jpeg2000Grid(std::span<const uint8_t> file);
-
-// What files say besides: a GIF in front of its first picture, a JP2 file among its boxes.
+// What the file says besides, in front of its first picture.
 struct GifExtras {
   bool comments, xmp, profile;
 };
 GifExtras gifExtras(std::span<const uint8_t> file);
-struct Jpeg2000Extras {
-  bool profile, texts;
-};
-Jpeg2000Extras jpeg2000Extras(std::span<const uint8_t> file);
 
 }  // namespace host

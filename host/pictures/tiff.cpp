@@ -8,6 +8,7 @@
 #include "check/directory.h"
 #include "check/libtiff.h"
 #include "pictures/confined.h"
+#include "pictures/peek.h"
 #include "pictures/picture.h"
 
 namespace host {
@@ -155,6 +156,17 @@ void readResolution(const TiffReader &reader, Picture &out) {
   out.dpiY = reader.real(TIFFTAG_YRESOLUTION) * scale;
 }
 
+// libtiff takes it for granted that each piece is as wide as the directory says.
+void checkWebpPieces(const TiffReader &reader) {
+  if (reader.number(TIFFTAG_COMPRESSION, false, COMPRESSION_NONE) != COMPRESSION_WEBP) return;
+  if (reader.number(TIFFTAG_FILLORDER, false, FILLORDER_MSB2LSB) != FILLORDER_MSB2LSB)
+    throw Unreadable("is damaged: the bits of its WebP data are turned round");
+  for (uint32_t i = 0; i < reader.pieces(); ++i) {
+    if (webpWidth(reader.piece(i)) != reader.pieceWidth())
+      throw Unreadable("is damaged: its WebP data are of another width than it says");
+  }
+}
+
 void decodeTiff(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   TiffReader reader(bytes, out.directory);
   if (!reader.isOpen()) refuse(reader);
@@ -167,6 +179,7 @@ void decodeTiff(std::span<const uint8_t> bytes, const Background &background, Pi
   if (kind.indexed()) useTableOf(reader, kind, out);
   const uint32_t bits = kind.indexed() ? kind.bits : kind.staysGrey(background) ? 8 : 24;
   out.announce(kind.width, kind.height, bits, orientation);
+  checkWebpPieces(reader);
   if (kind.indexed()) {
     readIndices(reader, kind, out);
   } else if (kind.grey() || kind.rgb()) {

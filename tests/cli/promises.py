@@ -14,21 +14,25 @@ import sys
 import tempfile
 import zlib
 
+from PIL import Image
+
 import shared
 
 MEMORY = 700 << 20  # bytes that any of them may take
 SECONDS = 20  # of work; the slowest machine takes a tenth
 LONGEST = 1 << 26  # pixels of a side
+WEBP = "524946461e000000574542505650384c110000002f07c001000750b22257a6ff8188e87f0000"
 SIZES = {1: "B", 2: "B", 3: "H", 4: "I", 7: "B", 11: "f"}
 
 
 def tiff(tags, pieces):
-    """A TIFF of these tags, each with its type and values: "at" and "bytes" are those of its pieces."""
+    """A TIFF of these tags, each with its type and values: "at" and "bytes" are those of its pieces, which may be the first again."""
     head = 8 + 2 + 12 * len(tags) + 4
     data, places = b"", []
-    for piece in pieces:
-        places.append(head + len(data))
-        data += piece
+    for i, piece in enumerate(pieces):
+        same = i > 0 and piece is pieces[0]
+        places.append(places[0] if same else head + len(data))
+        data += b"" if same else piece
     entries = b""
     for tag, kind, values in tags:
         values = places if values == "at" else [len(piece) for piece in pieces] if values == "bytes" else values
@@ -59,10 +63,24 @@ def jpeg(channels, side):
             bytes(side // 8 * (side // 8) * seen // 4) + b"\xff\xd9")
 
 
-def gif(width, height):
-    """Two frames of one pixel on a screen."""
-    frame = b"\x2c" + struct.pack("<HHHHB", 0, 0, 1, 1, 0) + b"\2\2\x44\1\0"
-    return b"GIF89a" + struct.pack("<HHBBB", width, height, 0x80, 0, 0) + bytes(3) + b"\xff" * 3 + frame * 2 + b"\x3b"
+def scans(side, count, spectrum=(0, 0), before=b""):
+    """A progressive grey JPEG whose scans have one value of a bit for each block, of those coefficients."""
+    def segment(marker, content):
+        return bytes((0xFF, marker)) + struct.pack(">H", len(content) + 2) + content
+
+    codes = b"\1" + bytes(15) + b"\0"
+    mean = segment(0xDA, b"\1\1\0" + bytes(spectrum) + b"\0") + bytes((side // 8) ** 2 // 8)
+    # Of the highest coefficient, whose end comes for 16384 blocks at once.
+    highest = segment(0xDA, b"\1\1\0\x3f\x3f\0") + bytes(2 * ((side // 8) ** 2 // 16384 + 1))
+    return (b"\xff\xd8" + before + segment(0xDB, b"\0" + b"\1" * 64) + segment(0xC2, struct.pack(">BHHB", 8, side, side, 1) + b"\1\x11\0") +
+            segment(0xC4, b"\x00" + codes) + segment(0xC4, b"\x10\1" + bytes(15) + b"\xe0") + mean + highest * (count - 1) + b"\xff\xd9")
+
+
+def gif(width, height, frames=((1, 1), (1, 1)), disposal=None):
+    """Frames on a screen, each of one code."""
+    control = b"" if disposal is None else b"\x21\xf9\4" + bytes([disposal << 2]) + bytes(4)
+    return (b"GIF89a" + struct.pack("<HHBBB", width, height, 0x80, 0, 0) + bytes(3) + b"\xff" * 3 +
+            b"".join(control + b"\x2c" + struct.pack("<HHHHB", 0, 0, *frame, 0) + b"\2\2\x44\1\0" for frame in frames) + b"\x3b")
 
 
 def png(width, height, bits, kind, interlaced=0, rows=None):
@@ -73,11 +91,29 @@ def png(width, height, bits, kind, interlaced=0, rows=None):
             chunk(b"IDAT", zlib.compress(bytes(height * ((width * bits + 7) // 8 + 1)) if rows is None else rows)) + chunk(b"IEND", b""))
 
 
+def webp(tiff_width):
+    """A TIFF whose only strip is a WebP of 8 by 8 pixels of one colour."""
+    still = bytes.fromhex(WEBP)
+    return strips(tiff_width, 8, 8, 3, 2, 8, 50001, [still])
+
+
+def directory(big):
+    """A pixel, and 4,000 entries whose values are the same 480,000 bytes."""
+    pixel = [(tag, 4, 1, value) for tag, value in ((256, 1), (257, 1), (258, 8), (259, 1), (262, 1), (273, 8), (278, 1), (279, 1))]
+    entries = pixel + [(tag, 1, 480000, 16) for tag in range(1000, 5000)]
+    if big:
+        head = struct.pack("<2sHHHQQ", b"II", 43, 8, 0, 16, len(entries)) + b"".join(struct.pack("<HHQQ", *entry) for entry in entries)
+    else:
+        head = struct.pack("<2sHIH", b"II", 42, 8, len(entries)) + b"".join(struct.pack("<HHII", *entry) for entry in entries)
+    return head.ljust(500000, b"\0")
+
+
 def promises():
     """Name to the bytes, what is said of it (all that is refused ends with 66) and the options."""
     small = ["--size", "100x100"]
     deflated = zlib.compress(bytes(100))
     packer = zlib.compressobj()
+    tile = zlib.compress(bytes(65536 * 4096), 1)
     row = b"".join(packer.compress(bytes(1 << 20)) for _ in range(1 << 9)) + packer.flush()
     many = [(tag if tag not in (273, 279, 320, 324, 325) else 999, 1, 70000, 8) for tag in range(1000, 1000 + 60000)]
     return {
@@ -101,22 +137,40 @@ def promises():
         "screens.gif": (gif(37000, 37000), "is too large: 37000 by 37000 pixels", [*small, "--page", "2"]),
         **{f"channels{n}.jpg": (jpeg(n, 64), f"has {n} channels, which is no known kind of picture", []) for n in (2, 5, 9, 10)},
         **{f"channels{n}.jpg": (jpeg(n, 64), None, []) for n in (1, 3, 4)},
+        # Scans that pass over the whole picture, scans that are not there, and segments of nothing.
+        "blocks.jpg": (scans(20000, 1)[:-100000], "is damaged: it has less than a bit for each block", small),
+        "scans.jpg": (scans(8000, 3000), "is damaged: it has more scans than a picture needs", small),
+        "means.jpg": (scans(64, 2), None, []),
+        "means_missing.jpg": (scans(64, 2, (1, 1)), "is damaged: scans are missing", []),
+        "segments.jpg": (scans(64, 2, before=b"\xff\xe1\0\2" * 400000), None, []),
+        # Directories, tiles beside their picture, and WebP of another size than the strip.
+        "overlap.tif": (directory(False), "is damaged: the values of its directory lie over each other", []),
+        "overlap_big.tif": (directory(True), "is damaged: the values of its directory lie over each other", []),
+        "tiles.tif": (tiff([(256, 4, [1]), (257, 4, [1 << 20]), (258, 3, [8]), (259, 3, [8]), (262, 3, [1]), (277, 3, [1]), (322, 4, [65536]),
+                            (323, 4, [4096]), (324, 4, "at"), (325, 4, "bytes")], [tile] * 256), "is damaged", small),
+        "webp.tif": (webp(8), None, []),
+        "webp_narrow.tif": (webp(16), "is damaged: its WebP data are of another width than it says", []),
+        # What comes behind the pixels that are asked for, or is not there.
+        "opacity.pam": (b"P7\nWIDTH 20000\nHEIGHT 20000\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + bytes(100), "is cut short", small),
+        "later.gif": (gif(1, 1, ((1, 1), *((32000, 32000),) * 3)), None, []),
+        "restored.gif": (gif(5000, 5000, ((1, 1),) * 3000, 3), None, [*small, "--page", "3000"]),
     }
 
 
 def unfilled(program, folder):
-    """Whether rows that a strip does not fill as it says hold what the memory held before."""
+    """What is wrong with a picture whose last strip has one row, and is as long as the others: it has that row whatever the memory held."""
     noise = random.Random(7).randbytes(300 * 12)
-    path, seen = os.path.join(folder, "padded.tif"), []
-    with open(path, "wb") as file:  # the last strip has one row, and is as long as the others
-        file.write(strips(300, 13, 8, 1, 1, 12, 8, [zlib.compress(noise, 0)] * 2))
-    for fill in (90, 165):
-        out = os.path.join(folder, f"{fill}.tif")
-        subprocess.run([program, "-q", "--no-sandbox", "-m", "grey256", path, out], check=True,
-                       env={**os.environ, "GLIBC_TUNABLES": f"glibc.malloc.perturb={fill}:glibc.malloc.tcache_count=0"})
-        with open(out, "rb") as file:
-            seen.append(file.read())
-    return seen[0] != seen[1]
+    path, out = os.path.join(folder, "padded.tif"), os.path.join(folder, "out.tif")
+    for level in (0, 9):
+        with open(path, "wb") as file:
+            file.write(strips(300, 13, 8, 1, 1, 12, 8, [zlib.compress(noise, level)] * 2))
+        for fill in (90, 165):
+            subprocess.run([program, "-q", "--no-sandbox", "-m", "grey256", "-c", "none", path, out], check=True,
+                           env={**os.environ, "GLIBC_TUNABLES": f"glibc.malloc.perturb={fill}:glibc.malloc.tcache_count=0"})
+            with Image.open(out) as image:
+                if image.convert("L").tobytes()[:13 * 300] != noise + noise[:300]:
+                    return f"padded.tif at level {level}: its rows are others with memory of {fill}"
+    return ""
 
 
 def main():
@@ -151,9 +205,9 @@ def main():
                 failed += len(faults) > before
         if not sanitized:  # they have a malloc of their own
             tried += 1
-            if unfilled(program, folder):
-                faults.append("padded.tif: its last row is what the memory held")
-                failed += 1
+            fault = unfilled(program, folder)
+            faults += [fault] if fault else []
+            failed += fault != ""
     return shared.tell(faults, f"promises: {tried - failed} passed, {failed} failed")
 
 

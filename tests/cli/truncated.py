@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Cuts TIFF files short: each is refused, the old output stays, and the only line on stderr is the command's.
+"""Cuts TIFF, JPEG, WebP and JPEG 2000 short: each is refused, the old output stays, and the only line on stderr is the command's.
 
     truncated.py --build FOLDER --source FOLDER
 """
@@ -17,6 +17,7 @@ from PIL import Image
 import shared
 
 OLD = b"II*\0the old file"
+TILED = "Pillow's JPEG 2000 of tiles"
 
 
 def big_tiff(image):
@@ -43,6 +44,13 @@ def kinds(program, sample, folder):
     out = io.BytesIO()
     photo.quantize(200).save(out, "TIFF", compression="tiff_lzw")
     made["Pillow's palette"] = out.getvalue()
+    for name, more in (("JPEG", {}), ("JPEG", {"progressive": True}), ("WEBP", {}), ("WEBP", {"lossless": True}), ("JPEG2000", {})):
+        out = io.BytesIO()
+        photo.save(out, name, **more)
+        made[f"Pillow's {name} {more}"] = out.getvalue()
+    out = io.BytesIO()
+    photo.save(out, "JPEG2000", tile_size=(64, 64), no_jp2=True)
+    made[TILED] = out.getvalue()
     for compression in ("none", "lzw", "packbits"):
         path = os.path.join(folder, "own.tif")
         subprocess.run([program, "-q", "-c", compression, sample, path], check=True)
@@ -51,28 +59,38 @@ def kinds(program, sample, folder):
     return made
 
 
+def pieces(made):
+    """Each file as far as a share of it, and whole; a codestream also without its last tiles, but with its end."""
+    for name, whole in made.items():
+        for percent in (10, 30, 60, 90, 95, 99, 100):
+            yield f"{name} at {percent} %", whole[:len(whole) * percent // 100], percent == 100
+    tile, end, whole = b"\xff\x90\0\x0a", b"\xff\xd9", made[TILED]
+    at = whole.find(tile)
+    while at > 0:
+        yield f"{TILED} as far as byte {at}", whole[:at] + end, False
+        at = whole.find(tile, at + 1)
+
+
 def main():
     _, source, program = shared.places()
     sample = os.path.join(source, "samples/photo.png")
     faults, tried = [], 0
     with tempfile.TemporaryDirectory(prefix="raxel-truncated-") as folder:
-        cut, target = os.path.join(folder, "cut.tif"), os.path.join(folder, "out.tif")
-        for name, whole in kinds(program, sample, folder).items():
-            for percent in (10, 30, 60, 90, 95, 99, 100):
-                tried += 1
-                with open(cut, "wb") as out:
-                    out.write(whole[:len(whole) * percent // 100])
-                with open(target, "wb") as out:
-                    out.write(OLD)
-                done = subprocess.run([program, "-q", "-c", "lzw", cut, target], capture_output=True, text=True)
-                with open(target, "rb") as file:
-                    kept = file.read() == OLD
-                lines = done.stderr.splitlines()
-                whole_here = percent == 100
-                if done.returncode != (0 if whole_here else 66) or kept == whole_here:
-                    faults.append(f"{name} at {percent} %: exit {done.returncode}, the old file is {'kept' if kept else 'gone'}")
-                if len(lines) != (0 if whole_here else 1) or not all(line.startswith(f"raxel-export: {cut}") for line in lines):
-                    faults.append(f"{name} at {percent} %: says {lines}")
+        cut, target = os.path.join(folder, "cut"), os.path.join(folder, "out.tif")
+        for name, whole, is_whole in pieces(kinds(program, sample, folder)):
+            tried += 1
+            with open(cut, "wb") as out:
+                out.write(whole)
+            with open(target, "wb") as out:
+                out.write(OLD)
+            done = subprocess.run([program, "-q", "-c", "lzw", cut, target], capture_output=True, text=True)
+            with open(target, "rb") as file:
+                kept = file.read() == OLD
+            lines = done.stderr.splitlines()
+            if done.returncode != (0 if is_whole else 66) or kept == is_whole:
+                faults.append(f"{name}: exit {done.returncode}, the old file is {'kept' if kept else 'gone'}")
+            if len(lines) != (0 if is_whole else 1) or not all(line.startswith(f"raxel-export: {cut}") for line in lines):
+                faults.append(f"{name}: says {lines}")
     return shared.tell(faults, f"truncated: {tried} files, {len(faults)} faults")
 
 

@@ -22,6 +22,8 @@
 enum { kSide = 64 };
 
 static struct jpeg_memory_mgr memory;
+static JQUANT_TBL table;
+static jpeg_component_info grey = {.quant_table = &table};
 static const unsigned char *file;
 static size_t fileSize;
 
@@ -110,14 +112,11 @@ void jpeg_mem_src(j_decompress_ptr info, const unsigned char *bytes, unsigned lo
   fileSize = size;
 }
 
-void jpeg_save_markers(j_decompress_ptr info, int marker, unsigned int most) {
-  (void)info, (void)marker, (void)most;
-}
-
 int jpeg_read_header(j_decompress_ptr info, boolean require) {
   (void)require;
   info->image_width = info->image_height = info->output_width = info->output_height = kSide;
   info->num_components = info->output_components = 1;
+  info->comp_info = &grey;
   return JPEG_HEADER_OK;
 }
 

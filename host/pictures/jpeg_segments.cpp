@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#include "pictures/jpeg_segments.h"
+
+#include <algorithm>
+
+namespace host {
+namespace {
+
+constexpr uint8_t kFront = 0xFF, kStuffed = 0x00, kTemporary = 0x01, kFirstRestart = 0xD0, kStart = 0xD8,
+                  kEnd = 0xD9, kScan = 0xDA;
+
+bool standsAlone(uint8_t marker) {
+  return marker == kStuffed || marker == kTemporary || (marker >= kFirstRestart && marker <= kStart);
+}
+
+}  // namespace
+
+std::vector<JpegSegment> jpegSegments(std::span<const uint8_t> file) {
+  std::vector<JpegSegment> segments;
+  for (size_t at = 0; at + 4 <= file.size();) {
+    const uint8_t marker = file[at + 1];
+    if (file[at] != kFront || marker == kFront) {
+      ++at;
+      continue;
+    }
+    at += 2;
+    if (standsAlone(marker)) continue;
+    if (marker == kScan || marker == kEnd) break;
+    const size_t length = size_t{file[at]} << 8 | file[at + 1], left = file.size() - at;
+    if (length < 2) break;
+    segments.push_back({marker, length <= left ? file.subspan(at + 2, length - 2) : file.last(0)});
+    at += std::min(length, left);
+  }
+  return segments;
+}
+
+}  // namespace host
