@@ -97,6 +97,20 @@ def webp(tiff_width):
     return strips(tiff_width, 8, 8, 3, 2, 8, 50001, [still])
 
 
+def canvas(width, height):
+    """An animation of that still on a canvas."""
+    def chunk(name, content):
+        return name + struct.pack("<I", len(content)) + content
+
+    def size(*numbers):
+        return b"".join(struct.pack("<I", number)[:3] for number in numbers)
+
+    still = bytes.fromhex(WEBP)[12:]
+    frame = chunk(b"ANMF", size(0, 0, 7, 7, 100) + b"\0" + still)
+    body = b"WEBP" + chunk(b"VP8X", b"\2\0\0\0" + size(width - 1, height - 1)) + chunk(b"ANIM", bytes(6)) + frame
+    return chunk(b"RIFF", body)
+
+
 def directory(big):
     """A pixel, and 4,000 entries whose values are the same 480,000 bytes."""
     pixel = [(tag, 4, 1, value) for tag, value in ((256, 1), (257, 1), (258, 8), (259, 1), (262, 1), (273, 8), (278, 1), (279, 1))]
@@ -150,6 +164,12 @@ def promises():
                             (323, 4, [4096]), (324, 4, "at"), (325, 4, "bytes")], [tile] * 256), "is damaged", small),
         "webp.tif": (webp(8), None, []),
         "webp_narrow.tif": (webp(16), "is damaged: its WebP data are of another width than it says", []),
+        "canvas.webp": (canvas(16385, 8), "is too large: 16385 by 8 pixels", []),
+        "canvas_largest.webp": (canvas(16384, 8), None, small),
+        # Two tiles of 20 pixels of a bit, which lie side by side in no whole bytes; one alone does not mind.
+        **{f"tiles{width}.tif": (tiff([(256, 4, [width]), (257, 4, [16]), (258, 3, [1]), (259, 3, [1]), (262, 3, [1]), (277, 3, [1]), (322, 4, [20]),
+                                       (323, 4, [16]), (324, 4, "at"), (325, 4, "bytes")], [bytes(48)] * ((width + 19) // 20)), said, [])
+           for width, said in ((40, "is damaged"), (20, None))},
         # What comes behind the pixels that are asked for, or is not there.
         "opacity.pam": (b"P7\nWIDTH 20000\nHEIGHT 20000\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + bytes(100), "is cut short", small),
         "later.gif": (gif(1, 1, ((1, 1), *((32000, 32000),) * 3)), None, []),

@@ -108,18 +108,20 @@ TEST(Png, LaysTransparentEntriesOnTheBackground) {
 }
 
 TEST(Png, ATransparentGreyLevelShowsTheBackground) {
-  spng_trns transparent{};
-  transparent.gray = 1;
-  Picture picture;
-  read(encode({4, 1, 2, SPNG_COLOR_TYPE_GRAYSCALE, {0x1B}, {}, &transparent}), picture);
-  ASSERT_EQ(picture.view.colors, 4u);
-  EXPECT_EQ(Bytes(picture.view.table, picture.view.table + 12),
-            (Bytes{0, 0, 0, 0, 0, 200, 170, 170, 170, 255, 255, 255}));
+  for (const unsigned level : {1u, 0xFF01u, 0xFFFDu}) {  // its two lowest bits count
+    spng_trns transparent{};
+    transparent.gray = static_cast<uint16_t>(level);
+    Picture picture;
+    read(encode({4, 1, 2, SPNG_COLOR_TYPE_GRAYSCALE, {0x1B}, {}, &transparent}), picture);
+    ASSERT_EQ(picture.view.colors, 4u) << level;
+    EXPECT_EQ(Bytes(picture.view.table, picture.view.table + 12),
+              (Bytes{0, 0, 0, 0, 0, 200, 170, 170, 170, 255, 255, 255}));
+  }
 }
 
 TEST(Png, ATransparentColorShowsTheBackground) {
   spng_trns transparent{};
-  transparent.red = 10;
+  transparent.red = 0xFF0A;  // of which the lower byte counts
   transparent.green = 20;
   transparent.blue = 30;
   Picture picture;
