@@ -21,6 +21,7 @@ import shared
 
 WIDTH, HEIGHT = 2000, 1000
 NONE_TO_TRY = 77  # what CTest takes for a test left out
+NO_CREATE = 73
 
 
 class Terminal:
@@ -105,8 +106,25 @@ def main():
         refused = Terminal([program, os.path.join(source, "samples/chart4.png"), "-"], "stdout",
                            stderr=subprocess.PIPE)
         seen, code = refused.rest()
-        check("no picture on a terminal", code == 73 and seen == b"" and b"is a terminal" in refused.process.stderr.read(),
+        check("no picture on a terminal", code == NO_CREATE and seen == b"" and b"is a terminal" in refused.process.stderr.read(),
               (code, seen))
+
+        # The same one by its name: a picture that would fit into it without anybody who reads.
+        dot = os.path.join(folder, "dot.pgm")
+        with open(dot, "wb") as file:
+            file.write(b"P5\n1 1\n255\n0")
+        mine, theirs = pty.openpty()
+        os.set_blocking(mine, False)
+        named = subprocess.run([program, dot, os.ttyname(theirs)], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                               stderr=subprocess.PIPE, start_new_session=True, check=False)
+        try:
+            seen = os.read(mine, 4096)
+        except BlockingIOError:
+            seen = b""
+        check("no picture on a terminal's name", named.returncode == NO_CREATE and seen == b"" and b"is a terminal" in named.stderr,
+              (named.returncode, named.stderr, seen))
+        os.close(mine)
+        os.close(theirs)
 
         piped = subprocess.Popen([program, "-c", "packbits", "-", out], stdin=subprocess.PIPE, stderr=subprocess.PIPE)
         slowly(piped)
