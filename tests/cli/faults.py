@@ -31,8 +31,9 @@ KINDS = ("open", "read", "write", "seek", "close", "sync", "rename", "memory")
 MORE = ("look", "lock", "right")  # that go the same way in each job
 SPARED = ("read", "seek")  # what a job may do without
 # What is out of order when the command ends so: an input, the filter or the memory, a file that cannot be made, written.
-NO_INPUT = 66
-CODES = (NO_INPUT, 70, 73, 74)
+NO_INPUT, NO_WRITE = 66, 74
+CODES = (NO_INPUT, 70, 73, NO_WRITE)
+CLOSING_STDOUT = "raxel-export: standard output: cannot be written: Input/output error\n"
 FILTERS_END = re.compile(r"GloalAlloc function failed due to insufficient memory: needs (\d+) bytes memory!!\n")
 FEW = 24  # of calls of a kind, that are tried of many
 
@@ -224,6 +225,17 @@ class Faults(Replaced):
             if job.name != "profile":
                 self.check(f"{job.name}, quota {number}: why", not came or "your quota is used up" in process.said(), process)
 
+    def standard_output(self):
+        """What only the closing of standard output tells is no success, though all the bytes are there."""
+        job = Job("standard output", [self.picture("color.ppm", b"P6", 3 * 60 * 50, 60, 50), "-", "-c", "lzw"], self.target, self.old)
+        told = 0
+        for number in range(1, self.calls(job, "close") + 1):
+            code, process, _ = self.run(job, "close", number, "once")
+            known = code == 0 or (code == NO_WRITE and process.said() == CLOSING_STDOUT)
+            self.check(f"standard output, close {number}: how it ends", known or (code in CODES and self.has_said(job, process)), process)
+            told += code == NO_WRITE
+        self.check("standard output: nobody heard its closing", told == 1, told)
+
     def filter_alone(self):
         """The library itself, in a process of its own: it says what it has always said, and the process ends."""
         output = os.path.join(self.folder, "one.tif")
@@ -279,6 +291,7 @@ def main():
         tried = Faults(build, program, source, folder, everything)
         for job in tried.jobs():
             tried.job(job)
+        tried.standard_output()
         told = {f"{kind}s failed": count for kind, count in tried.counts.items()}
         told |= {f"ended with {code}": count for code, count in sorted(tried.ends.items())}
         print(f"{tried.filter_alone()}; {tried.little_room()}")

@@ -150,6 +150,34 @@ TEST(Commit, WhatAClosingTellsOfLeavesTheOldFile) {
   EXPECT_EQ(failed.files, 1u);
 }
 
+// What is written as it is has no old file that could stay.
+TEST(Commit, WhatAClosingTellsOfAFileThatIsOpenAlreadyIsNoSuccess) {
+  const support::TempDir folder;
+  const int fd = open(folder.file("out").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  for (const std::string name : {"-", "/dev/null"}) {
+    for (const bool fails : {false, true}) {
+      std::string message;
+      const int stdoutBefore = dup(STDOUT_FILENO);
+      dup2(fd, STDOUT_FILENO);
+      try {
+        host::Target target(name, {});
+        target.sink().write(reinterpret_cast<const uint8_t *>("new"), 3);
+        closeFails = fails;
+        target.commit();
+      } catch (const host::Failure &failure) {
+        EXPECT_EQ(failure.code(), host::kNoWrite) << name;
+        message = failure.what();
+      }
+      closeFails = false;
+      dup2(stdoutBefore, STDOUT_FILENO);
+      close(stdoutBefore);
+      const std::string told = name == "-" ? "standard output" : name;
+      EXPECT_EQ(message, fails ? told + ": cannot be written: Input/output error" : "");
+    }
+  }
+  close(fd);
+}
+
 // Some disks know no renaming that replaces nothing, and some of them no links either.
 TEST(Commit, ADiskThatCannotRenameToANewNameReplacesNothingEither) {
   const auto commit = [](bool madeMeanwhile) {
