@@ -13,6 +13,7 @@
 #include <map>
 #include <mutex>
 #include <nlohmann/json.hpp>
+#include <string_view>
 #include <unordered_map>
 
 #include "failure.h"
@@ -114,16 +115,18 @@ void checkManifest(const std::string &path) {
 }
 
 void appendToManifest(const std::string &path, const std::string &text) {
+  const std::string lines = "\n" + text + "\n";  // while there is nothing to close where memory ends
   const int fd = openForLines(path);
   // Nobody else appends meanwhile: half of his line would look like one that was cut. Where a disk has no
   // locks, that costs an empty line at most.
   while (flock(fd, LOCK_EX) != 0 && errno == EINTR) continue;
   // A line that a full disk has cut must not spoil this one.
-  const std::string line = (endsInALine(fd) ? "" : "\n") + text + "\n";
+  const std::string_view line = std::string_view(lines).substr(endsInALine(fd) ? 1 : 0);
   const ssize_t put = write(fd, line.data(), line.size());
-  const int error = put < 0 ? errno : ENOSPC;
-  close(fd);
-  if (put != static_cast<ssize_t>(line.size())) {
+  int error = put == static_cast<ssize_t>(line.size()) ? 0 : put < 0 ? errno : ENOSPC;
+  // Some disks of a network say only here what they could not write.
+  if (close(fd) != 0 && errno != EINTR && error == 0) error = errno;
+  if (error != 0) {
     throw Failure(kNoWrite,
                   path + ": cannot be written: " + std::strerror(error) + "; the picture is written",
                   error);

@@ -11,6 +11,7 @@
 #include <functional>
 
 #include "failure.h"
+#include "order/manifest_lines.h"
 #include "output/target.h"
 #include "support/temp_dir.h"
 
@@ -176,6 +177,22 @@ TEST(Commit, WhatAClosingTellsOfAFileThatIsOpenAlreadyIsNoSuccess) {
     }
   }
   close(fd);
+}
+
+TEST(Commit, WhatAClosingTellsOfAManifestIsNoSuccess) {
+  const support::TempDir folder;
+  const std::string path = folder.file("m.jsonl");
+  std::string message;
+  closeFails = true;
+  try {
+    host::appendToManifest(path, "{}");
+  } catch (const host::Failure &failure) {
+    EXPECT_EQ(failure.code(), host::kNoWrite);
+    EXPECT_EQ(failure.error(), EIO);
+    message = failure.what();
+  }
+  closeFails = false;
+  EXPECT_EQ(message, path + ": cannot be written: Input/output error; the picture is written");
 }
 
 // Some disks know no renaming that replaces nothing, and some of them no links either.
