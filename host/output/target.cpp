@@ -96,6 +96,22 @@ std::string worth(const std::string &path, const struct stat &about) {
   return tiff ? "" : "it exists and is no TIFF";
 }
 
+bool isSame(const struct stat &one, const struct stat &other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+// Whether nothing else can take a file's place: a descriptor's may have lost the name that the end of its
+// links tells, or never have had one, whatever further links to it there are. One that another process
+// replaces at this moment has none either, and the next look, at `path`, finds the new one.
+bool isNameless(const std::string &path, const std::string &end, const struct stat &file) {
+  struct stat named, again;
+  if (end == path) return false;
+  const bool isNamed = stat(end.c_str(), &named) == 0;
+  if (isNamed ? isSame(named, file) : errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG)
+    return false;
+  return stat(path.c_str(), &again) == 0 && isSame(again, file);
+}
+
 [[noreturn]] void failCreate(const std::string &name, int error, const std::string &why) {
   throw Failure(RAXEL_HOST_NO_CREATE, name + ": cannot be created: " + why, error);
 }
@@ -138,11 +154,7 @@ Target::Target(const std::string &path, const TargetRules &rules) : Target(path,
   }
   path_ = followLinks(path);
   if (path_.empty()) failCreate(name_, ELOOP);
-  // A descriptor's file may have lost its name, or never had one: nothing else can take its place. One that
-  // another process replaces at this moment has none either, and the next look finds the new one.
-  struct stat again;
-  if (exists && about.st_nlink == 0 && stat(path.c_str(), &again) == 0 && again.st_dev == about.st_dev &&
-      again.st_ino == about.st_ino) {
+  if (exists && isNameless(path, path_, about)) {
     path_.clear();
     isNameless_ = true;
     openAsItIs();

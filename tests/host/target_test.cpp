@@ -263,6 +263,53 @@ TEST(Target, WritesThroughLinks) {
   EXPECT_EQ(support::readText(folder.file("real/a.tif")), "new");
 }
 
+// The system tells a name for a descriptor's file that nobody has any more, and which is nobody else's
+// either.
+TEST(Target, WritesADescriptorsFileThatLostItsNameInPlace) {
+  const auto written = [](const std::string &name, bool linked, bool taken) {
+    const support::TempDir folder;
+    const std::string path = folder.file(name), other = folder.file("other.tif");
+    support::writeFile(path, kOldFile + "and more");
+    const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    if (linked) std::filesystem::create_hard_link(path, other);
+    std::filesystem::remove(path);
+    if (taken) support::writeFile(path + " (deleted)", "Dear");
+    Target target("/dev/fd/" + std::to_string(fd), {});
+    write(target, "new");
+    target.commit();
+    if (linked) {
+      EXPECT_EQ(support::readText(other), "new") << name;
+    }
+    if (taken) {
+      EXPECT_EQ(support::readText(path + " (deleted)"), "Dear") << name;
+    }
+    EXPECT_EQ(filesIn(folder.path()), size_t{linked} + size_t{taken}) << name;
+    std::string text(20, 0);
+    const ssize_t size = pread(fd, text.data(), text.size(), 0);
+    close(fd);
+    return text.substr(0, size < 0 ? 0 : static_cast<size_t>(size));
+  };
+  for (const bool linked : {false, true}) {
+    for (const std::string &name : {std::string("a.tif"), std::string(250, 'n')})
+      EXPECT_EQ(written(name, linked, false), "new");
+    EXPECT_EQ(written("a.tif", linked, true), "new");
+  }
+}
+
+TEST(Target, ReplacesADescriptorsFileByItsName) {
+  const support::TempDir folder;
+  const std::string path = folder.file("a.tif"), other = folder.file("other.tif");
+  support::writeFile(path, kOldFile);
+  const int fd = open(path.c_str(), O_RDWR | O_CLOEXEC);
+  std::filesystem::create_hard_link(path, other);
+  Target target("/dev/fd/" + std::to_string(fd), {});
+  write(target, "new");
+  target.commit();
+  close(fd);
+  EXPECT_EQ(support::readText(path), "new");
+  EXPECT_EQ(support::readText(other), kOldFile);
+}
+
 TEST(Target, LongNamesWork) {
   const support::TempDir folder;
   const std::string path = folder.file(std::string(251, 'n') + ".tif");

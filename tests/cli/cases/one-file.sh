@@ -28,6 +28,16 @@ rm gone
 code raxel-export -q a.png -o /dev/fd/3 --force
 cmp /dev/fd/3 whole.tif && echo the same
 exec 3>&-
+# One that has only another name is as well, and not the file that would be called as the system says.
+mkdir links
+cp whole.tif links/gone
+exec 3<>links/gone
+ln links/gone links/here
+rm links/gone
+code raxel-export -q b.png -o /dev/fd/3
+raxel-export -q b.png other.tif
+cmp links/here other.tif && ls links
+exec 3>&-
 ls
 # What nobody can read was not told.
 raxel-export --dry-run -j 2 a.png b.png -d other >/dev/full
