@@ -4,7 +4,7 @@ pkg_check_modules(LEPTONICA REQUIRED lept)
 
 add_library(raxelhost_objects OBJECT
   buffer.cpp failure.cpp
-  check/directory.cpp check/inspect.cpp check/libtiff.cpp check/verify.cpp
+  check/directory.cpp check/inspect.cpp check/json_text.cpp check/libtiff.cpp check/verify.cpp
   confine/child.cpp confine/filter.cpp confine/limits.cpp confine/window.cpp
   export/finish_file.cpp export/output.cpp export/pace.cpp export/prepared.cpp export/stages.cpp
   filter/bands.cpp filter/coder.cpp filter/driver.cpp filter/given.cpp filter/handover.cpp filter/library.cpp filter/one_strip.cpp filter/open.cpp
@@ -37,8 +37,8 @@ set_source_files_properties(filter/open.cpp PROPERTIES
   COMPILE_DEFINITIONS RAXEL_FILTER_FROM_PROGRAM="${RAXEL_FILTER_FROM_PROGRAM}")
 # GCC 12 sees overlaps in the concatenation of strings where there are none (its bug 105651).
 target_compile_options(raxelhost_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
-set_source_files_properties(check/inspect.cpp order/manifest.cpp order/manifest_lines.cpp order/option_list.cpp
-  order/option_values.cpp order/report.cpp PROPERTIES COMPILE_OPTIONS "${RAXEL_LARGE_HEADERS}")
+set_source_files_properties(check/json_text.cpp order/manifest.cpp order/manifest_lines.cpp
+  order/option_values.cpp PROPERTIES COMPILE_OPTIONS "${RAXEL_LARGE_HEADERS}")
 raxel_several_at_once(raxelhost_objects 8)
 target_link_libraries(raxelhost_objects
   PRIVATE raxel_warnings PUBLIC raxel_numbers nlohmann_json::nlohmann_json ${CMAKE_DL_LIBS})

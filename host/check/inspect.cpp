@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <nlohmann/json.hpp>
 
 #include "check/directory.h"
+#include "check/json_text.h"
 #include "check/libtiff.h"
 #include "confine/child.h"
 #include "pictures/input.h"
@@ -14,8 +14,6 @@
 
 namespace host {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr uint64_t kLargestRow = uint64_t{1} << 30;
 
@@ -93,28 +91,35 @@ void checkNumber(size_t page, size_t count, Directory &directory) {
                              " of " + std::to_string(count));
 }
 
-Json jsonOf(const InspectedPage &page) {
-  Json entries = Json::array();
-  for (const DirectoryEntry &entry : page.directory.entries) {
-    Json json{{"tag", entry.tag},
-              {"name", tagName(entry.tag)},
-              {"type", typeName(entry.type)},
-              {"count", entry.count}};
-    if (entry.type == 2) {
-      json["text"] = entry.text;
+std::string valuesOf(const DirectoryEntry &entry) {
+  JsonArray values;
+  for (double value : entry.values) {
+    // Whole numbers are shown as such.
+    if (value == std::floor(value)) {
+      values.add(static_cast<int64_t>(value));
     } else {
-      // Whole numbers are shown as such.
-      Json::array_t values;
-      values.reserve(entry.values.size());
-      for (double value : entry.values) {
-        const bool whole = value == std::floor(value);
-        values.push_back(whole ? Json(static_cast<int64_t>(value)) : Json(value));
-      }
-      json["values"] = std::move(values);
+      values.add(value);
     }
-    entries.push_back(std::move(json));
   }
-  return {{"entries", std::move(entries)}, {"faults", page.directory.faults}, {"decodes", page.decoded}};
+  return values.json();
+}
+
+void addPage(const InspectedPage &page, JsonObject &json) {
+  JsonArray entries;
+  for (const DirectoryEntry &entry : page.directory.entries) {
+    JsonObject one;
+    one.add("tag", entry.tag).add("name", tagName(entry.tag)).add("type", typeName(entry.type));
+    one.add("count", entry.count);
+    if (entry.type == 2) {
+      one.add("text", entry.text);
+    } else {
+      one.addJson("values", valuesOf(entry));
+    }
+    entries.addJson(one.json());
+  }
+  json.addJson("entries", entries.json());
+  json.addJson("faults", jsonTexts(page.directory.faults));
+  json.add("decodes", page.decoded);
 }
 
 }  // namespace
@@ -172,13 +177,18 @@ std::string meaning(const DirectoryEntry &entry) {
 }
 
 std::string toJson(const Inspection &seen) {
-  Json json{{"input", seen.name},
-            {"exit", seen.exit},
-            {"bytes", seen.bytes},
-            {"littleEndian", seen.pages.front().directory.littleEndian}};
-  json.update(jsonOf(seen.pages.front()));
-  for (size_t i = 1; i < seen.pages.size(); ++i) json["furtherPages"].push_back(jsonOf(seen.pages[i]));
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+  JsonObject json;
+  json.add("input", seen.name).add("exit", seen.exit).add("bytes", seen.bytes);
+  json.add("littleEndian", seen.pages.front().directory.littleEndian);
+  addPage(seen.pages.front(), json);
+  JsonArray further;
+  for (size_t i = 1; i < seen.pages.size(); ++i) {
+    JsonObject page;
+    addPage(seen.pages[i], page);
+    further.addJson(page.json());
+  }
+  if (seen.pages.size() > 1) json.addJson("furtherPages", further.json());
+  return json.json();
 }
 
 }  // namespace host

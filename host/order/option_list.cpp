@@ -1,28 +1,29 @@
 // SPDX-License-Identifier: MIT
 #include "order/option_list.h"
 
-#include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "check/json_text.h"
 #include "order/option_table.h"
 
 namespace host {
 
 std::string optionsJson() {
-  using Json = nlohmann::ordered_json;
-  Json options = Json::array();
+  JsonArray options;
   for (const OptionRow &row : kOptions) {
-    Json option{{"name", row.longName}, {"group", row.group}, {"help", row.help}};
-    if (row.shortName) option["short"] = std::string(1, row.shortName);
-    if (!row.argument.empty()) option["argument"] = row.argument;
+    JsonObject option;
+    option.add("name", row.longName).add("group", row.group).add("help", row.help);
+    if (row.shortName) option.add("short", std::string(1, row.shortName));
+    if (!row.argument.empty()) option.add("argument", row.argument);
     if (row.completes == Completes::kChoices) {
       std::istringstream words{std::string(row.choices)};
-      option["choices"] = Json::array();
-      for (std::string word; words >> word;) option["choices"].push_back(word);
+      JsonArray choices;
+      for (std::string word; words >> word;) choices.add(word);
+      option.addJson("choices", choices.json());
     }
-    options.push_back(option);
+    options.addJson(option.json());
   }
-  return Json{{"command", "help"}, {"exit", 0}, {"options", options}}.dump();
+  return JsonObject().add("command", "help").add("exit", 0).addJson("options", options.json()).json();
 }
 
 }  // namespace host

@@ -227,9 +227,9 @@ const char *raxelHostOptions() {
 }
 
 char *raxelHostInspect(const char *path) {
-  std::string text;
+  std::string text, message;
   int error = 0;
-  host::guard(text, error, [&] {
+  host::guard(message, error, [&] {
     host::Inspection seen;
     seen.name = path ? path : "";
     try {

@@ -2,71 +2,80 @@
 #include "order/report.h"
 
 #include <cmath>
-#include <nlohmann/json.hpp>
+
+#include "check/json_text.h"
 
 namespace host {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-Json numberOf(double value) {
+std::string thousandths(double value) {
   const double kept = std::round(value * 1000) / 1000;
-  return kept == std::floor(kept) ? Json(static_cast<int64_t>(kept)) : Json(kept);
+  return kept == std::floor(kept) ? jsonOf(static_cast<int64_t>(kept)) : jsonOf(kept);
 }
 
 const char *orNull(const char *text) {
   return text ? text : "";
 }
 
+std::string pictureOf(const Report &report) {
+  JsonObject json;
+  json.add("format", report.format).add("width", report.width).add("height", report.height);
+  json.add("bits", report.bits).add("colors", report.colors);
+  return json.json();
+}
+
+std::string plannedFileOf(const Report &report) {
+  const RaxelPlan &p = report.plan;
+  JsonArray dpi;
+  dpi.addJson(thousandths(p.dpiX));
+  dpi.addJson(thousandths(p.dpiY));
+  JsonObject json;
+  json.add("width", p.width).add("height", p.height).add("bits", p.bits);
+  json.add("mode", orNull(raxelHostModeName(p.mode)));
+  json.add("compression", orNull(raxelHostCompressionName(p.compression)));
+  json.add("layout", p.layout == RAXEL_LAYOUT_TILES ? "tiles" : "strips");
+  json.addJson("dpi", dpi.json());
+  json.add("uncompressedBytes", p.uncompressedBytes);
+  if (p.threshold >= 0) json.add("threshold", p.threshold);
+  if (report.differences) json.add("predictor", "horizontal");
+  if (report.bytes != 0) json.add("bytes", report.bytes);
+  return json.json();
+}
+
+std::string seenFileOf(const Report &report) {
+  JsonObject json;
+  json.add("width", report.fileWidth).add("height", report.fileHeight).add("bits", report.fileBits);
+  return json.add("bytes", report.bytes).json();
+}
+
 }  // namespace
 
 std::string toJson(const Report &report) {
-  Json json{{"input", report.input}, {"exit", report.exit}};
-  if (!report.output.empty()) json["output"] = report.output;
-  if (!report.error.empty()) json["error"] = report.error;
-  if (!report.format.empty()) {
-    json["picture"] = {{"format", report.format},
-                       {"width", report.width},
-                       {"height", report.height},
-                       {"bits", report.bits},
-                       {"colors", report.colors}};
-  }
-  if (report.planned) {
-    const RaxelPlan &p = report.plan;
-    json["file"] = {{"width", p.width},
-                    {"height", p.height},
-                    {"bits", p.bits},
-                    {"mode", orNull(raxelHostModeName(p.mode))},
-                    {"compression", orNull(raxelHostCompressionName(p.compression))},
-                    {"layout", p.layout == RAXEL_LAYOUT_TILES ? "tiles" : "strips"},
-                    {"dpi", {numberOf(p.dpiX), numberOf(p.dpiY)}},
-                    {"uncompressedBytes", p.uncompressedBytes}};
-    if (p.threshold >= 0) json["file"]["threshold"] = p.threshold;
-    if (report.differences) json["file"]["predictor"] = "horizontal";
-    if (report.bytes != 0) json["file"]["bytes"] = report.bytes;
-  }
+  JsonObject json;
+  json.add("input", report.input).add("exit", report.exit);
+  if (!report.output.empty()) json.add("output", report.output);
+  if (!report.error.empty()) json.add("error", report.error);
+  if (!report.format.empty()) json.addJson("picture", pictureOf(report));
   if (report.seen) {
-    json["file"] = {{"width", report.fileWidth},
-                    {"height", report.fileHeight},
-                    {"bits", report.fileBits},
-                    {"bytes", report.bytes}};
+    json.addJson("file", seenFileOf(report));
+  } else if (report.planned) {
+    json.addJson("file", plannedFileOf(report));
   }
   if (report.isPaged && report.exit == kDone) {
-    json["pages"] = Json::array();
-    for (const std::string &page : report.pages) json["pages"].push_back(Json::parse(page));
-    if (report.bytes != 0) json["bytes"] = report.bytes;
+    JsonArray pages;
+    for (const std::string &page : report.pages) pages.addJson(page);
+    json.addJson("pages", pages.json());
+    if (report.bytes != 0) json.add("bytes", report.bytes);
   }
   if (report.exit == kDone) {
-    if (report.isDone) json["skipped"] = true;
-    json["dryRun"] = report.dryRun;
-    json["verified"] = report.verified;
-    json["notes"] = report.notes;
-    json["details"] = report.details;
-    json["seconds"] = {
-        {"read", report.readSeconds}, {"prepare", report.prepareSeconds}, {"write", report.writeSeconds}};
+    if (report.isDone) json.add("skipped", true);
+    json.add("dryRun", report.dryRun).add("verified", report.verified);
+    json.addJson("notes", jsonTexts(report.notes)).addJson("details", jsonTexts(report.details));
+    JsonObject seconds;
+    seconds.add("read", report.readSeconds).add("prepare", report.prepareSeconds);
+    json.addJson("seconds", seconds.add("write", report.writeSeconds).json());
   }
-  // Names of files may be any bytes.
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+  return json.json();
 }
 
 std::string toJsonDocument(const std::vector<std::string> &reports, int exit) {
@@ -76,13 +85,11 @@ std::string toJsonDocument(const std::vector<std::string> &reports, int exit) {
 }
 
 std::string errorJson(int exit, const std::string &message) {
-  return Json{{"command", "none"}, {"exit", exit}, {"error", message}}.dump(
-             -1, ' ', false, Json::error_handler_t::replace) +
-         "\n";
+  return JsonObject().add("command", "none").add("exit", exit).add("error", message).json() + "\n";
 }
 
 std::string versionJson(const std::string &version) {
-  return Json{{"command", "version"}, {"exit", 0}, {"version", version}}.dump() + "\n";
+  return JsonObject().add("command", "version").add("exit", 0).add("version", version).json() + "\n";
 }
 
 }  // namespace host

@@ -31,9 +31,10 @@ KINDS = ("open", "read", "write", "seek", "close", "sync", "rename", "memory")
 MORE = ("look", "lock", "right")  # that go the same way in each job
 SPARED = ("read", "seek")  # what a job may do without
 # What is out of order when the command ends so: an input, the filter or the memory, a file that cannot be made, written.
-NO_INPUT, NO_WRITE = 66, 74
-CODES = (NO_INPUT, 70, 73, NO_WRITE)
+NO_INPUT, NO_MEMORY, NO_WRITE = 66, 70, 74
+CODES = (NO_INPUT, NO_MEMORY, 73, NO_WRITE)
 CLOSING_STDOUT = "raxel-export: standard output: cannot be written: Input/output error\n"
+MEMORY = re.compile("memory|cannot be loaded|No space for|malloc|Insertion in")
 FILTERS_END = re.compile(r"GloalAlloc function failed due to insufficient memory: needs (\d+) bytes memory!!\n")
 FEW = 24  # of calls of a kind, that are tried of many
 
@@ -151,10 +152,9 @@ class Faults(Replaced):
         the filter answers alike for whatever keeps a profile from being read or written."""
         if job.program and process.code in (NO_INPUT, -signal.SIGABRT):
             return True
-        words = "memory|cannot be loaded|No space for|malloc|Insertion in"
-        if job.name == "profile":
-            words += "|cannot be stored|can be read"
-        return process.code == 70 or re.search(words, process.said())
+        if job.name == "profile" and re.search("cannot be stored|can be read", process.said()):
+            return True
+        return process.code == NO_MEMORY or MEMORY.search(process.said())
 
     @staticmethod
     def has_said(job, process):
@@ -236,6 +236,25 @@ class Faults(Replaced):
             told += code == NO_WRITE
         self.check("standard output: nobody heard its closing", told == 1, told)
 
+    def inspection(self):
+        """What --inspect tells is whole, or it is told that memory was wanting, which may look like a fault of the file."""
+        path = self.picture("color.ppm", b"P6", 3 * 60 * 50, 60, 50)
+        pages = os.path.join(self.folder, "pages.tif")
+        self.start(path, path, "-o", pages, "--pages", "-c", "lzw").end()
+        job = Job("inspection", [], self.target, self.old)
+        command = [self.program, "--inspect", "--json", pages]
+        code, process, _ = self.run(job, "none", 0, "once", command)
+        whole, refused = self.words(), 0
+        self.check("inspection: undisturbed", code == 0, process)
+        for number in self.chosen(self.calls_of(job, command)):
+            for how in ("once", "forever"):
+                code, process, _ = self.run(job, "memory", number, how, command)
+                refused += code == NO_MEMORY
+                told = MEMORY.search(self.words() + process.said())
+                fine = self.words() == whole if code == 0 else code in CODES and told
+                self.check(f"inspection, memory {number} {how}", fine or self.ends_loading(process), f"{self.words()[-400:]!r}; {process.told()}")
+        self.check("inspection: it always had enough", refused > 0, refused)
+
     def filter_alone(self):
         """The library itself, in a process of its own: it says what it has always said, and the process ends."""
         output = os.path.join(self.folder, "one.tif")
@@ -292,6 +311,7 @@ def main():
         for job in tried.jobs():
             tried.job(job)
         tried.standard_output()
+        tried.inspection()
         told = {f"{kind}s failed": count for kind, count in tried.counts.items()}
         told |= {f"ended with {code}": count for code, count in sorted(tried.ends.items())}
         print(f"{tried.filter_alone()}; {tried.little_room()}")
