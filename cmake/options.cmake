@@ -10,6 +10,11 @@ target_compile_options(raxel_warnings INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual>
   $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CXX_COMPILER_ID:GNU>>:-Wcast-align=strict -Wduplicated-cond -Wlogical-op>)
 
+# Where the system's own numbers end at 2 GiB and in 2038 there are wider ones, for all that is built here.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 # Doubles are plain IEEE, each step rounded as written, on every machine.
 add_library(raxel_numbers INTERFACE)
 target_compile_options(raxel_numbers INTERFACE -ffp-contract=off)

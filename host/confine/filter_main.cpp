@@ -43,11 +43,12 @@ std::vector<Rule> allowed() {
       {SCMP_SYS(mmap2), {lacks(2, PROT_EXEC), has(3, MAP_ANONYMOUS)}},
   };
   for (const int call :
-       {SCMP_SYS(munmap),       SCMP_SYS(mremap),          SCMP_SYS(brk),          SCMP_SYS(madvise),
-        SCMP_SYS(futex),        SCMP_SYS(clock_gettime),   SCMP_SYS(gettimeofday), SCMP_SYS(time),
-        SCMP_SYS(rt_sigaction), SCMP_SYS(rt_sigprocmask),  SCMP_SYS(rt_sigreturn), SCMP_SYS(sigreturn),
-        SCMP_SYS(sigaltstack),  SCMP_SYS(restart_syscall), SCMP_SYS(getpid),       SCMP_SYS(gettid),
-        SCMP_SYS(sched_yield),  SCMP_SYS(getrandom),       SCMP_SYS(exit),         SCMP_SYS(exit_group)})
+       {SCMP_SYS(munmap),          SCMP_SYS(mremap),          SCMP_SYS(brk),          SCMP_SYS(madvise),
+        SCMP_SYS(futex),           SCMP_SYS(clock_gettime),   SCMP_SYS(gettimeofday), SCMP_SYS(time),
+        SCMP_SYS(rt_sigaction),    SCMP_SYS(rt_sigprocmask),  SCMP_SYS(rt_sigreturn), SCMP_SYS(sigreturn),
+        SCMP_SYS(sigaltstack),     SCMP_SYS(restart_syscall), SCMP_SYS(getpid),       SCMP_SYS(gettid),
+        SCMP_SYS(sched_yield),     SCMP_SYS(getrandom),       SCMP_SYS(exit),         SCMP_SYS(exit_group),
+        SCMP_SYS(clock_gettime64), SCMP_SYS(futex_time64)})
     rules.push_back({call});
   return rules;
 }

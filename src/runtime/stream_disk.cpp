@@ -24,9 +24,9 @@ int32_t writeBorrowed(FILE *fp, int32_t offset, std::span<const uint8_t> from) {
 }
 
 int32_t sizeOfBorrowed(FILE *fp) {
-  const long here = std::ftell(fp);
+  const off_t here = ftello(fp);
   const int32_t size = unxSeek(fp, 0, SEEK_END);
-  if (here >= 0) std::fseek(fp, here, SEEK_SET);
+  if (here >= 0) fseeko(fp, here, SEEK_SET);
   return size;
 }
 
@@ -84,6 +84,6 @@ int32_t sizeAfterWrite(const Stream &stream, int32_t end) {
 
 int32_t unxSeek(FILE *stream, int32_t offset, int32_t whence) {
   if (stream == nullptr || std::fseek(stream, offset, whence) != 0) return -1;
-  const long position = std::ftell(stream);
+  const off_t position = ftello(stream);
   return position > INT32_MAX ? -1 : static_cast<int32_t>(position);
 }

@@ -89,7 +89,7 @@ TEST(FullDisk, BytesLostByAReadAreReportedAtTheClose) {
 // The record after a failing write in bulk is that of the byte that could not be stored.
 TEST(FullDisk, TheRecordStandsAtTheWindowThatFailed) {
   const support::TempDir dir;
-  for (const rlim_t bytes : {0u, 5000u, 12288u, 30000u, 36864u}) {
+  for (const uint32_t bytes : {0u, 5000u, 12288u, 30000u, 36864u}) {
     const std::string path = dir.file(std::to_string(bytes));
     const Handle h = kvlOpen(path.c_str(), nullptr, KVL_OUTPUT);
     std::string from(100000, 0);

@@ -3,6 +3,8 @@
 // how it goes on, as "write 3 once", "memory 100 forever" or "write 2 quota". When that call comes, a file
 // RAXEL_FAULT_SEEN is made. Children are spared. Standard input, output and error never fail.
 #define _GNU_SOURCE
+#undef _FILE_OFFSET_BITS  // it has functions of both widths, by their own names
+#undef _TIME_BITS
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
