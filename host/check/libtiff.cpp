@@ -104,6 +104,15 @@ int closeNothing(thandle_t) {
 toff_t sizeOf(thandle_t handle) {
   return static_cast<TiffBytes *>(handle)->bytes.size();
 }
+// The library reads all but the header where the bytes lie. It does not write there: files that it maps
+// itself cannot be written to.
+int mapBytes(thandle_t handle, void **base, toff_t *size) {
+  const std::span<const uint8_t> bytes = static_cast<TiffBytes *>(handle)->bytes;
+  *base = const_cast<uint8_t *>(bytes.data());
+  *size = bytes.size();
+  return 1;
+}
+void unmapNothing(thandle_t, void *, toff_t) {}
 
 }  // namespace
 
@@ -123,8 +132,8 @@ TiffReader::TiffReader(std::span<const uint8_t> bytes, uint64_t directory)
     saidErrors.emplace_back("the values of its directory lie over each other");
     return;
   }
-  tiff_ = lib_->TIFFClientOpen("output", "rm", &memory_, readBytes, writeNothing, seekTo, closeNothing,
-                               sizeOf, nullptr, nullptr);
+  tiff_ = lib_->TIFFClientOpen("output", "r", &memory_, readBytes, writeNothing, seekTo, closeNothing,
+                               sizeOf, mapBytes, unmapNothing);
   if (tiff_) open();
 }
 
@@ -181,7 +190,8 @@ constexpr uint64_t kLargestTiles = uint64_t{1} << 29;
 // Small pictures may have large tiles, but not many that lie beside them.
 bool TiffReader::hasSaneTiles(uint64_t tileBytes) const {
   constexpr uint64_t kForEachByte = 16;
-  if (tileBytes > kLargestTiles) return false;
+  constexpr uint32_t kWidest = 1 << 20;  // beside a narrow picture; fax codes take 16 bytes for each pixel
+  if (tileBytes > kLargestTiles || tileWidth_ > std::max(kWidest, width_)) return false;
   const uint64_t tiles = lib_->TIFFNumberOfTiles(tiff_), most = rowBytes_ * height_ * kForEachByte;
   return tiles * tileBytes <= std::max(most, 4 * kLargestTiles);
 }

@@ -170,6 +170,11 @@ def promises():
         **{f"tiles{width}.tif": (tiff([(256, 4, [width]), (257, 4, [16]), (258, 3, [1]), (259, 3, [1]), (262, 3, [1]), (277, 3, [1]), (322, 4, [20]),
                                        (323, 4, [16]), (324, 4, "at"), (325, 4, "bytes")], [bytes(48)] * ((width + 19) // 20)), said, [])
            for width, said in ((40, "is damaged"), (20, None))},
+        # Fax codes take memory for the changes of a row; planes of uncompressed tiles lie where they lie.
+        "wide.tif": (tiff([(256, 4, [16]), (257, 4, [16]), (258, 3, [1]), (259, 3, [3]), (262, 3, [1]), (277, 3, [1]), (322, 4, [1 << 26]),
+                           (323, 4, [16]), (324, 4, "at"), (325, 4, "bytes")], [bytes(800)]), "is damaged", []),
+        "planes.tif": (tiff([(256, 4, [16]), (257, 4, [16]), (258, 3, [8] * 3), (259, 3, [1]), (262, 3, [2]), (277, 3, [3]), (284, 3, [2]), (322, 4, [16]),
+                             (323, 4, [16]), (324, 4, "at"), (325, 4, "bytes")], [bytes(256)] * 3), None, []),
         # What comes behind the pixels that are asked for, or is not there.
         "opacity.pam": (b"P7\nWIDTH 20000\nHEIGHT 20000\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + bytes(100), "is cut short", small),
         "later.gif": (gif(1, 1, ((1, 1), *((32000, 32000),) * 3)), None, []),
