@@ -57,18 +57,18 @@ uint64_t tilesOf(Bytes code) {
   return along(8) * along(12);
 }
 
-constexpr uint64_t kTilePart = 0xFF90, kEnd = 0xFFD9;
+constexpr uint64_t kStartOfTilePart = 0xFF90, kEndOfCodestream = 0xFFD9;
 
 // Behind a tile-part: its length counts from its marker on, and 0 says that the codestream's end is its
 // own, which no coded data look like. 0 where that lies beyond the codestream.
 uint64_t endOfTilePart(Bytes code, uint64_t at) {
   constexpr uint64_t kShortest = 14;
-  constexpr uint8_t kEndBytes[] = {kEnd >> 8, kEnd & 0xFF};
+  constexpr uint8_t kEndMarker[] = {kEndOfCodestream >> 8, kEndOfCodestream & 0xFF};
   const uint64_t length = numberAt(code, at + 6, 4), left = code.size() - at;
   if (left < kShortest) return 0;
   if (length != 0) return length >= kShortest && length <= left ? at + length : 0;
   const auto from = code.begin() + static_cast<ptrdiff_t>(at + kShortest);
-  const auto end = std::search(from, code.end(), std::begin(kEndBytes), std::end(kEndBytes));
+  const auto end = std::search(from, code.end(), std::begin(kEndMarker), std::end(kEndMarker));
   return end == code.end() ? 0 : static_cast<uint64_t>(end - code.begin());
 }
 
@@ -108,8 +108,8 @@ std::string jpeg2000Missing(std::span<const uint8_t> file) {
   if (tiles == 0 || tiles > kMostTiles) return "its size makes no sense";
   std::vector<TileParts> parts(static_cast<size_t>(tiles));
   uint64_t at = 2, marker = 0;
-  while ((marker = numberAt(code, at, 2)) != kEnd) {
-    if (marker == kTilePart) {
+  while ((marker = numberAt(code, at, 2)) != kEndOfCodestream) {
+    if (marker == kStartOfTilePart) {
       const uint64_t tile = numberAt(code, at + 4, 2), end = endOfTilePart(code, at);
       if (tile >= tiles) return "it has a tile that does not belong to it";
       if (end == 0) return "a tile reaches beyond its end";

@@ -6,11 +6,11 @@
 namespace host {
 namespace {
 
-constexpr uint8_t kFront = 0xFF, kStuffed = 0x00, kTemporary = 0x01, kFirstRestart = 0xD0, kStart = 0xD8,
-                  kEnd = 0xD9, kScan = 0xDA;
+constexpr uint8_t kMarkerByte = 0xFF, kStuffed = 0x00, kTemporary = 0x01, kFirstRestart = 0xD0,
+                  kStartOfImage = 0xD8, kEndOfImage = 0xD9, kStartOfScan = 0xDA;
 
 bool standsAlone(uint8_t marker) {
-  return marker == kStuffed || marker == kTemporary || (marker >= kFirstRestart && marker <= kStart);
+  return marker == kStuffed || marker == kTemporary || (marker >= kFirstRestart && marker <= kStartOfImage);
 }
 
 }  // namespace
@@ -19,13 +19,13 @@ std::vector<JpegSegment> jpegSegments(std::span<const uint8_t> file) {
   std::vector<JpegSegment> segments;
   for (size_t at = 0; at + 4 <= file.size();) {
     const uint8_t marker = file[at + 1];
-    if (file[at] != kFront || marker == kFront) {
+    if (file[at] != kMarkerByte || marker == kMarkerByte) {
       ++at;
       continue;
     }
     at += 2;
     if (standsAlone(marker)) continue;
-    if (marker == kScan || marker == kEnd) break;
+    if (marker == kStartOfScan || marker == kEndOfImage) break;
     const size_t length = size_t{file[at]} << 8 | file[at + 1], left = file.size() - at;
     if (length < 2) break;
     segments.push_back({marker, length <= left ? file.subspan(at + 2, length - 2) : file.last(0)});
