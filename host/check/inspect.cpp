@@ -37,7 +37,7 @@ bool decode(std::span<const uint8_t> file, uint32_t directory, const Say &say) {
 // What a child tells of its pages, in their order: faults of one, each as a text, and then whether it
 // decodes, as a text of one byte.
 constexpr std::string_view kDecodes = "+", kDoesNot = "-";
-constexpr size_t kLongestFault = 500, kMostFaults = 250;
+constexpr size_t kLongestFault = 500, kMostHeard = 250;
 
 void tell(std::string_view text) {
   tellParent(text.data(), std::min(text.size(), kLongestFault));
@@ -49,7 +49,7 @@ void hear(Child &child, const std::vector<InspectedPage *> &pages) {
     char text[kLongestFault];
     const size_t size = child.receive(text, sizeof text);
     const std::string_view said(text, std::min(size, sizeof text));
-    if (size == 0 || ++heard > kMostFaults) {
+    if (size == 0 || ++heard > kMostHeard) {
       const std::string why = size == 0 ? child.ending().what : "its decoder does not stop telling faults";
       for (; page < pages.size(); ++page) pages[page]->directory.faults.push_back(why);
     } else if (said == kDecodes || said == kDoesNot) {
