@@ -301,13 +301,11 @@ uint64_t bytesOfValues(std::span<const uint8_t> file, uint64_t at) {
   const uint64_t entries = std::min<uint64_t>(bytes.number(at, layout.count), UINT16_MAX);
   uint64_t all = 0;
   for (uint64_t i = 0; i < entries; ++i) {
-    const uint64_t entry = at + layout.count + layout.entry() * i,
-                   count = bytes.number(entry + 4, layout.place);
-    if (count > file.size()) continue;
+    const uint64_t entry = at + layout.count + layout.entry() * i, inEntry = entry + layout.value();
+    const uint64_t count = std::min<uint64_t>(bytes.number(entry + 4, layout.place), file.size());
     const uint64_t size = sizeOfType(bytes.number(entry + 2, 2)) * count;
-    const uint64_t inEntry = entry + layout.value();
     const uint64_t place = size <= layout.place ? inEntry : bytes.number(inEntry, layout.place);
-    if (bytes.has(place, size)) all += size;
+    all += std::min(size, file.size() - std::min<uint64_t>(place, file.size()));
   }
   return all;
 }

@@ -189,11 +189,12 @@ constexpr uint64_t kLargestTiles = uint64_t{1} << 29;
 
 // Small pictures may have large tiles, but not many that lie beside them.
 bool TiffReader::hasSaneTiles(uint64_t tileBytes) const {
-  constexpr uint64_t kForEachByte = 16;
+  constexpr uint64_t kForEachPixel = 16, kAtLeast = uint64_t{1} << 29;
   constexpr uint32_t kWidest = 1 << 20;  // beside a narrow picture; fax codes take 16 bytes for each pixel
   if (tileBytes > kLargestTiles || tileWidth_ > std::max(kWidest, width_)) return false;
-  const uint64_t tiles = lib_->TIFFNumberOfTiles(tiff_), most = rowBytes_ * height_ * kForEachByte;
-  return tiles * tileBytes <= std::max(most, 4 * kLargestTiles);
+  const auto covered = [](uint64_t side, uint64_t tile) { return (side + tile - 1) / tile * tile; };
+  const uint64_t pixels = covered(width_, tileWidth_) * covered(height_, tileHeight_);
+  return pixels <= std::max(uint64_t{width_} * height_ * kForEachPixel, kAtLeast);
 }
 
 bool TiffReader::readTileRow(uint32_t y) {

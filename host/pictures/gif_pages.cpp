@@ -30,10 +30,14 @@ void GifPages::read(uint32_t page, const Background &background, Picture &out) {
   out.tableKnown = true;
   checkScreen(width, height);
   if (colors_.empty() || drawn_ > page) restart(background);
-  while (drawn_ <= page) {
-    if (drawn_ != 0) takeAway(frames_[drawn_ - 1], background);
-    draw(frames_[drawn_], background, out.child);
-    ++drawn_;
+  try {
+    for (; drawn_ <= page; ++drawn_) {
+      if (drawn_ != 0) takeAway(frames_[drawn_ - 1], background);
+      draw(frames_[drawn_], background, out.child);
+    }
+  } catch (...) {
+    colors_.clear();  // which are between two frames
+    throw;
   }
   show(out);
 }

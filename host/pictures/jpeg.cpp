@@ -81,12 +81,23 @@ void refuse(Trouble &trouble, const char *why) {
   std::snprintf(trouble.message, sizeof trouble.message, "%s", why);
 }
 
+// Of the squares of eight by eight samples, of which the picture is made.
+uint64_t blocksOf(const jpeg_decompress_struct &info) {
+  uint64_t blocks = 0;
+  for (int i = 0; i < info.num_components; ++i)
+    blocks += uint64_t{info.comp_info[i].width_in_blocks} * info.comp_info[i].height_in_blocks;
+  return blocks;
+}
+
 // Called for each row of blocks while the scans are gathered. A scan of a few bytes passes over the whole
 // picture.
 void countScans(j_common_ptr common) {
-  constexpr int kMostScans = 500;  // encoders make some ten
+  constexpr uint64_t kFewScans = 32, kMostScans = 500;  // encoders make some ten
+  constexpr uint64_t kMostBlocks = uint64_t{1} << 26;   // of all scans together, where they are not few
   Trouble *trouble = reinterpret_cast<Trouble *>(common->err);
-  if (reinterpret_cast<j_decompress_ptr>(common)->input_scan_number <= kMostScans) return;
+  const jpeg_decompress_struct &info = *reinterpret_cast<j_decompress_ptr>(common);
+  const auto scans = static_cast<uint64_t>(info.input_scan_number);
+  if (scans <= kFewScans || (scans <= kMostScans && scans * blocksOf(info) <= kMostBlocks)) return;
   refuse(*trouble, "it has more scans than a picture needs");
   std::longjmp(trouble->leave, 1);
 }
@@ -144,14 +155,6 @@ void fromCmyk(const uint8_t *in, uint32_t width, bool inverted, uint8_t *to) {
   }
 }
 
-// Of the squares of eight by eight samples, of which the picture is made.
-uint64_t blocksOf(const jpeg_decompress_struct &info) {
-  uint64_t blocks = 0;
-  for (int i = 0; i < info.num_components; ++i)
-    blocks += uint64_t{info.comp_info[i].width_in_blocks} * info.comp_info[i].height_in_blocks;
-  return blocks;
-}
-
 // Whether each channel came in a scan, and in a progressive picture its means, without which all is grey.
 bool hasAllChannels(const jpeg_decompress_struct &info) {
   for (int i = 0; i < info.num_components; ++i) {
@@ -205,9 +208,9 @@ void decodeJpeg(std::span<const uint8_t> bytes, Picture &out) {
   if (channels != 1 && channels != 3 && channels != 4)
     throw Unreadable("has " + std::to_string(channels) + " channels, which is no known kind of picture");
   Exif exif;
-  for (const auto &[marker, body] : jpegSegments(bytes)) {
+  eachJpegSegment(bytes, [&](uint8_t marker, std::span<const uint8_t> body) {
     if (marker == JPEG_APP0 + 1 && !exif.found) exif = readExif(body.data(), body.size());
-  }
+  });
   readResolution(info, exif, out);
   const uint32_t bits = channels == 1 ? 8 : 24;
   out.announce(info.image_width, info.image_height, bits, exif.orientation);

@@ -43,7 +43,12 @@ constexpr uint64_t kCodestream = 0xFF4FFF51;  // SOC, and SIZ behind it
 
 // Empty where there is none, or one that does not begin with its size.
 Bytes codestreamOf(Bytes file) {
-  const Bytes code = numberAt(file, 0, 4) == kCodestream ? file : boxIn(file, "jp2c");
+  Bytes code = file;
+  if (numberAt(file, 0, 4) != kCodestream) {
+    // Decoders go on behind the box's end.
+    const Bytes box = boxIn(file, "jp2c");
+    code = box.empty() ? box : file.subspan(static_cast<size_t>(box.data() - file.data()));
+  }
   return numberAt(code, 0, 4) == kCodestream ? code : Bytes();
 }
 
@@ -59,15 +64,17 @@ uint64_t tilesOf(Bytes code) {
 
 constexpr uint64_t kStartOfTilePart = 0xFF90, kEndOfCodestream = 0xFFD9;
 
+// The marker's segment and nothing behind it: some files have such ones beside the tile's parts.
+constexpr uint64_t kEmptyTilePart = 12;
+
 // Behind a tile-part: its length counts from its marker on, and 0 says that the codestream's end is its
 // own, which no coded data look like. 0 where that lies beyond the codestream.
 uint64_t endOfTilePart(Bytes code, uint64_t at) {
-  constexpr uint64_t kShortest = 14;
   constexpr uint8_t kEndMarker[] = {kEndOfCodestream >> 8, kEndOfCodestream & 0xFF};
   const uint64_t length = numberAt(code, at + 6, 4), left = code.size() - at;
-  if (left < kShortest) return 0;
-  if (length != 0) return length >= kShortest && length <= left ? at + length : 0;
-  const auto from = code.begin() + static_cast<ptrdiff_t>(at + kShortest);
+  if (left < kEmptyTilePart) return 0;
+  if (length != 0) return length >= kEmptyTilePart && length <= left ? at + length : 0;
+  const auto from = code.begin() + static_cast<ptrdiff_t>(at + kEmptyTilePart);
   const auto end = std::search(from, code.end(), std::begin(kEndMarker), std::end(kEndMarker));
   return end == code.end() ? 0 : static_cast<uint64_t>(end - code.begin());
 }
@@ -114,7 +121,7 @@ std::string jpeg2000Missing(std::span<const uint8_t> file) {
       if (tile >= tiles) return "it has a tile that does not belong to it";
       if (end == 0) return "a tile reaches beyond its end";
       TileParts &known = parts[static_cast<size_t>(tile)];
-      ++known.seen;
+      known.seen += end - at > kEmptyTilePart;
       known.told = std::max(known.told, static_cast<unsigned>(numberAt(code, at + 11, 1)));
       at = end;
       continue;

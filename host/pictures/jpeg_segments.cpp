@@ -15,8 +15,7 @@ bool standsAlone(uint8_t marker) {
 
 }  // namespace
 
-std::vector<JpegSegment> jpegSegments(std::span<const uint8_t> file) {
-  std::vector<JpegSegment> segments;
+void eachJpegSegment(std::span<const uint8_t> file, const TakeSegment &take) {
   for (size_t at = 0; at + 4 <= file.size();) {
     const uint8_t marker = file[at + 1];
     if (file[at] != kMarkerByte || marker == kMarkerByte) {
@@ -28,10 +27,9 @@ std::vector<JpegSegment> jpegSegments(std::span<const uint8_t> file) {
     if (marker == kStartOfScan || marker == kEndOfImage) break;
     const size_t length = size_t{file[at]} << 8 | file[at + 1], left = file.size() - at;
     if (length < 2) break;
-    segments.push_back({marker, length <= left ? file.subspan(at + 2, length - 2) : file.last(0)});
+    take(marker, length <= left ? file.subspan(at + 2, length - 2) : file.last(0));
     at += std::min(length, left);
   }
-  return segments;
 }
 
 }  // namespace host

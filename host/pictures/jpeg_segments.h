@@ -3,18 +3,17 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
-#include <vector>
 
 namespace host {
 
-struct JpegSegment {
-  uint8_t marker;                 // its second byte
-  std::span<const uint8_t> body;  // behind the length; empty where the file ends before it does
-};
+// Receives a marker's second byte, and what is behind the length: nothing where the file ends before it
+// does.
+using TakeSegment = std::function<void(uint8_t marker, std::span<const uint8_t> body)>;
 
-// Those in front of the first scan, in their order. Bytes that belong to none are passed over, as decoders
-// do.
-std::vector<JpegSegment> jpegSegments(std::span<const uint8_t> file);
+// Calls it for each segment in front of the first scan, in their order. Bytes that belong to none are
+// passed over, as decoders do.
+void eachJpegSegment(std::span<const uint8_t> file, const TakeSegment &take);
 
 }  // namespace host

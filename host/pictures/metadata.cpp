@@ -161,14 +161,14 @@ void readExifBlock(Bytes block, Metadata &to) {
 void readJpeg(Bytes file, Metadata &to) {
   constexpr uint8_t kApp1 = 0xE1, kApp2 = 0xE2, kApp13 = 0xED, kComment = 0xFE;
   std::map<uint8_t, Bytes> profile;
-  for (const auto &[marker, body] : jpegSegments(file)) {
+  eachJpegSegment(file, [&](uint8_t marker, Bytes body) {
     if (marker == kApp1 && startsWith(body, kExifFront)) readExifBlock(body, to);
     if (marker == kApp1 && startsWith(body, "http://ns.adobe.com/xap/1.0/"sv)) drop(kXmp, to);
     if (marker == kApp13 && startsWith(body, "Photoshop "sv)) drop(kPhotoshop, to);
     if (marker == kComment) drop(kComments, to);
     if (marker == kApp2 && startsWith(body, kProfileFront) && body.size() > kProfileFront.size() + 2)
       profile[body[kProfileFront.size()]] = body.subspan(kProfileFront.size() + 2);
-  }
+  });
   for (const auto &[number, piece] : profile) to.icc.insert(to.icc.end(), piece.begin(), piece.end());
 }
 

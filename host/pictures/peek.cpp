@@ -94,11 +94,13 @@ uint32_t word(const uint8_t *at) {
 
 // Behind "RIFF", a size and "WEBP" comes a chunk with its size: of the canvas, or of either code.
 uint32_t webpWidth(std::span<const uint8_t> file) {
-  constexpr size_t kChunkAt = 12, kEnd = 30;
-  if (file.size() < kEnd || std::memcmp(file.data(), "RIFF", 4) != 0 || formatOf(file) != "WebP") return 0;
+  constexpr size_t kChunkAt = 12, kShortest = 26;
+  if (file.size() < kShortest || std::memcmp(file.data(), "RIFF", 4) != 0 || formatOf(file) != "WebP")
+    return 0;
   const std::string_view kind(reinterpret_cast<const char *>(file.data() + kChunkAt), 4);
-  if (kind == "VP8X") return 1 + (word(&file[24]) | uint32_t{file[26]} << 16);
   if (kind == "VP8L") return 1 + (word(&file[21]) & 0x3FFF);
+  if (file.size() < kWebpFront) return 0;
+  if (kind == "VP8X") return 1 + (word(&file[24]) | uint32_t{file[26]} << 16);
   return kind == "VP8 " ? word(&file[26]) & 0x3FFF : 0;
 }
 

@@ -16,7 +16,8 @@ std::string formatOf(std::span<const uint8_t> file);
 // The index of the first picture's transparent colour; -1 for none.
 int gifTransparentIndex(std::span<const uint8_t> file);
 
-// The width of a still WebP with a RIFF header, in pixels; 0 for all else.
+// The width of a still WebP with a RIFF header, in pixels; 0 for all else. So many bytes tell it.
+inline constexpr size_t kWebpFront = 30;
 uint32_t webpWidth(std::span<const uint8_t> file);
 
 // The screen of a GIF, as large as its first frame needs, and that frame's place on it; all 0 without a

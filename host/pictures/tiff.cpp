@@ -156,13 +156,22 @@ void readResolution(const TiffReader &reader, Picture &out) {
   out.dpiY = reader.real(TIFFTAG_YRESOLUTION) * scale;
 }
 
+uint8_t bitsTurned(uint8_t byte) {
+  unsigned turned = 0;
+  for (unsigned bit = 0; bit < 8; ++bit) turned |= (byte >> bit & 1u) << (7 - bit);
+  return static_cast<uint8_t>(turned);
+}
+
 // libtiff takes it for granted that each piece is as wide as the directory says.
 void checkWebpPieces(const TiffReader &reader) {
   if (reader.number(TIFFTAG_COMPRESSION, false, COMPRESSION_NONE) != COMPRESSION_WEBP) return;
-  if (reader.number(TIFFTAG_FILLORDER, false, FILLORDER_MSB2LSB) != FILLORDER_MSB2LSB)
-    throw Unreadable("is damaged: the bits of its WebP data are turned round");
+  const bool turned = reader.number(TIFFTAG_FILLORDER, false, FILLORDER_MSB2LSB) == FILLORDER_LSB2MSB;
   for (uint32_t i = 0; i < reader.pieces(); ++i) {
-    if (webpWidth(reader.piece(i)) != reader.pieceWidth())
+    const std::span<const uint8_t> piece = reader.piece(i);
+    std::vector<uint8_t> front(piece.begin(),
+                               piece.begin() + static_cast<ptrdiff_t>(std::min(kWebpFront, piece.size())));
+    if (turned) std::ranges::transform(front, front.begin(), bitsTurned);
+    if (webpWidth(front) != reader.pieceWidth())
       throw Unreadable("is damaged: its WebP data are of another width than it says");
   }
 }

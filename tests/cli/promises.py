@@ -91,10 +91,13 @@ def png(width, height, bits, kind, interlaced=0, rows=None):
             chunk(b"IDAT", zlib.compress(bytes(height * ((width * bits + 7) // 8 + 1)) if rows is None else rows)) + chunk(b"IEND", b""))
 
 
-def webp(tiff_width):
-    """A TIFF whose only strip is a WebP of 8 by 8 pixels of one colour."""
+def webp(tiff_width, order=1):
+    """A TIFF whose only strip is a WebP of 8 by 8 pixels of one colour, with the lowest bit of each byte first where the order is 2."""
     still = bytes.fromhex(WEBP)
-    return strips(tiff_width, 8, 8, 3, 2, 8, 50001, [still])
+    if order == 2:
+        still = bytes(int(f"{byte:08b}"[::-1], 2) for byte in still)
+    return tiff([(256, 4, [tiff_width]), (257, 4, [8]), (258, 3, [8] * 3), (259, 3, [50001]), (262, 3, [2]), (266, 3, [order]), (273, 4, "at"),
+                 (277, 3, [3]), (278, 4, [8]), (279, 4, "bytes")], [still])
 
 
 def canvas(width, height):
@@ -154,6 +157,8 @@ def promises():
         # Scans that pass over the whole picture, scans that are not there, and segments of nothing.
         "blocks.jpg": (scans(20000, 1)[:-100000], "is damaged: it has less than a bit for each block", small),
         "scans.jpg": (scans(8000, 3000), "is damaged: it has more scans than a picture needs", small),
+        "scans_few.jpg": (scans(64, 400), None, []),
+        "scans_large.jpg": (scans(16000, 400), "is damaged: it has more scans than a picture needs", small),
         "means.jpg": (scans(64, 2), None, []),
         "means_missing.jpg": (scans(64, 2, (1, 1)), "is damaged: scans are missing", []),
         "segments.jpg": (scans(64, 2, before=b"\xff\xe1\0\2" * 400000), None, []),
@@ -163,6 +168,8 @@ def promises():
         "tiles.tif": (tiff([(256, 4, [1]), (257, 4, [1 << 20]), (258, 3, [8]), (259, 3, [8]), (262, 3, [1]), (277, 3, [1]), (322, 4, [65536]),
                             (323, 4, [4096]), (324, 4, "at"), (325, 4, "bytes")], [tile] * 256), "is damaged", small),
         "webp.tif": (webp(8), None, []),
+        "webp_turned.tif": (webp(8, 2), None, []),
+        "webp_turned_narrow.tif": (webp(16, 2), "is damaged: its WebP data are of another width than it says", []),
         "webp_narrow.tif": (webp(16), "is damaged: its WebP data are of another width than it says", []),
         "canvas.webp": (canvas(16385, 8), "is too large: 16385 by 8 pixels", []),
         "canvas_largest.webp": (canvas(16384, 8), None, small),
@@ -177,6 +184,7 @@ def promises():
                              (323, 4, [16]), (324, 4, "at"), (325, 4, "bytes")], [bytes(256)] * 3), None, []),
         # What comes behind the pixels that are asked for, or is not there.
         "opacity.pam": (b"P7\nWIDTH 20000\nHEIGHT 20000\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + bytes(100), "is cut short", small),
+        "comment.pam": (b"P7\n#" + b"x" * 5000 + b"\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + bytes(4), None, []),
         "later.gif": (gif(1, 1, ((1, 1), *((32000, 32000),) * 3)), None, []),
         "restored.gif": (gif(5000, 5000, ((1, 1),) * 3000, 3), None, [*small, "--page", "3000"]),
     }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -12,8 +13,9 @@ using Seen = std::vector<std::pair<int, Bytes>>;
 
 Seen segmentsOf(const Bytes &file) {
   Seen seen;
-  for (const host::JpegSegment &segment : host::jpegSegments(file))
-    seen.emplace_back(segment.marker, Bytes(segment.body.begin(), segment.body.end()));
+  host::eachJpegSegment(file, [&](uint8_t marker, std::span<const uint8_t> body) {
+    seen.emplace_back(marker, Bytes(body.begin(), body.end()));
+  });
   return seen;
 }
 

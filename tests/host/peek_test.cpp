@@ -59,14 +59,18 @@ TEST(Peek, FindsTheWidthOfAWebp) {
     Bytes file = kWebp;
     std::copy(kind, kind + 4, file.begin() + 12);
     std::ranges::copy(rest, file.begin() + 20);
+    file.resize(20 + rest.size());
     return host::webpWidth(file);
   };
   // In 14 bits, of which the lossless code has one less than there are pixels; and of a canvas in 24.
   EXPECT_EQ(widthOf("VP8 ", {0, 0, 0, 0x9D, 1, 0x2A, 0x39, 0xF0, 7, 0}), 0x3039u);
   EXPECT_EQ(widthOf("VP8L", {0x2F, 0x38, 0xF0, 1, 0, 0, 0, 0, 0, 0}), 0x3039u);
   EXPECT_EQ(widthOf("VP8X", {0, 0, 0, 0, 0x38, 0x30, 1, 0, 0, 0}), 0x13039u);
+  EXPECT_EQ(widthOf("VP8 ", {0, 0, 0, 0x9D, 1, 0x2A, 0x39, 0xF0, 7}), 0u);
+  EXPECT_EQ(widthOf("VP8X", {0, 0, 0, 0, 0x38, 0x30, 1, 0, 0}), 0u);
   EXPECT_EQ(widthOf("ALPH", {0, 0, 0, 0x9D, 1, 0x2A, 0x39, 0xF0, 7, 0}), 0u);
-  EXPECT_EQ(host::webpWidth(Bytes(kWebp.begin(), kWebp.end() - 1)), 0u);
+  EXPECT_EQ(host::webpWidth(Bytes(kWebp.begin(), kWebp.begin() + 26)), 1u);
+  EXPECT_EQ(host::webpWidth(Bytes(kWebp.begin(), kWebp.begin() + 25)), 0u);
   Bytes other = kWebp;
   other[0] = 'r';
   EXPECT_EQ(host::webpWidth(other), 0u);
