@@ -124,8 +124,9 @@ Size announceHeader(const Leptonica &lept, std::span<const uint8_t> bytes, Pictu
 
 // What the frame of a GIF takes, of which the library tells nothing before it has decoded it.
 uint64_t bytesOfFrame(std::span<const uint8_t> alone) {
-  const std::vector<GifFrame> frames = gifFrames(alone);
-  return frames.empty() ? 0 : uint64_t{frames[0].width} * frames[0].height;
+  uint64_t bytes = 0;
+  for (const GifFrame &frame : gifFrames(alone)) bytes += uint64_t{frame.width} * frame.height;
+  return bytes;
 }
 
 // A frame of a GIF goes alone: the library would decode all that the file has. It is kept in `alone`.
