@@ -15,7 +15,7 @@ add_library(raxelhost_objects OBJECT
   output/hold.cpp output/originals.cpp output/rights.cpp output/sink.cpp output/strays.cpp output/stream.cpp output/sync.cpp output/target.cpp
   pictures/bmp.cpp pictures/confined.cpp pictures/exif.cpp pictures/gif.cpp pictures/gif_pages.cpp pictures/input.cpp pictures/jpeg.cpp pictures/jpeg2000.cpp pictures/jpeg_segments.cpp pictures/leptonica.cpp
   pictures/memory.cpp pictures/metadata.cpp pictures/pages.cpp pictures/pam.cpp pictures/palette.cpp pictures/peek.cpp pictures/picture.cpp pictures/png.cpp pictures/png_filters.cpp
-  pictures/png_stream.cpp pictures/pnm.cpp pictures/tiff.cpp pictures/upright.cpp pictures/webp.cpp
+  pictures/png_stream.cpp pictures/pnm.cpp pictures/tiff.cpp pictures/upright.cpp pictures/webp.cpp pictures/webp_pieces.cpp
   prepare/boxes.cpp prepare/clusters.cpp prepare/colors.cpp prepare/cut.cpp prepare/diffuse.cpp
   prepare/document.cpp prepare/fallback.cpp prepare/greys.cpp prepare/histogram.cpp prepare/leptonica.cpp prepare/names.cpp
   prepare/nearest.cpp prepare/page.cpp prepare/plan.cpp prepare/predict.cpp prepare/prepare.cpp prepare/quantize_best.cpp prepare/quantize_fast.cpp

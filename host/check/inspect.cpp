@@ -10,6 +10,7 @@
 #include "check/libtiff.h"
 #include "confine/child.h"
 #include "pictures/input.h"
+#include "pictures/webp_pieces.h"
 #include "raxel/tiff_codes.h"
 
 namespace host {
@@ -24,6 +25,10 @@ using Say = std::function<void(const std::string &fault)>;
 bool decode(std::span<const uint8_t> file, uint32_t directory, const Say &say) {
   TiffReader reader(file, directory);
   bool whole = reader.isOpen() && reader.rowBytes() > 0 && reader.rowBytes() <= kLargestRow;
+  if (const std::string fault = whole ? faultOfWebpPieces(reader) : ""; !fault.empty()) {
+    say(fault);
+    whole = false;
+  }
   if (whole) {
     std::vector<uint8_t> row(static_cast<size_t>(reader.rowBytes()));
     const uint32_t rows = reader.number(TIFFTAG_IMAGELENGTH, true, 0);

@@ -12,6 +12,7 @@
 #include "check/directory.h"
 #include "failure.h"
 #include "loading.h"
+#include "raxel/host.h"
 
 namespace host {
 namespace {
@@ -104,8 +105,8 @@ int closeNothing(thandle_t) {
 toff_t sizeOf(thandle_t handle) {
   return static_cast<TiffBytes *>(handle)->bytes.size();
 }
-// The library reads all but the header where the bytes lie. It does not write there: files that it maps
-// itself cannot be written to.
+// The library sees most of the file where it lies. It does not write there: files that it maps itself
+// cannot be written to.
 int mapBytes(thandle_t handle, void **base, toff_t *size) {
   const std::span<const uint8_t> bytes = static_cast<TiffBytes *>(handle)->bytes;
   *base = const_cast<uint8_t *>(bytes.data());
@@ -192,15 +193,23 @@ bool TiffReader::hasSaneTiles(uint64_t tileBytes) const {
   constexpr uint64_t kForEachPixel = 16, kAtLeast = uint64_t{1} << 29;
   constexpr uint32_t kWidest = 1 << 20;  // beside a narrow picture; fax codes take 16 bytes for each pixel
   if (tileBytes > kLargestTiles || tileWidth_ > std::max(kWidest, width_)) return false;
+  // Sides of no picture: those of one are limited.
+  if (tileHeight_ > RAXEL_HOST_LONGEST_SIDE || std::max(width_, height_) > RAXEL_HOST_LONGEST_SIDE)
+    return false;
   const auto covered = [](uint64_t side, uint64_t tile) { return (side + tile - 1) / tile * tile; };
   const uint64_t pixels = covered(width_, tileWidth_) * covered(height_, tileHeight_);
   return pixels <= std::max(uint64_t{width_} * height_ * kForEachPixel, kAtLeast);
 }
 
+static bool refuseTiles() {
+  saidErrors.emplace_back("its tiles are larger than a picture needs");
+  return false;
+}
+
 bool TiffReader::readTileRow(uint32_t y) {
   const uint64_t tileRow = lib_->TIFFTileRowSize64(tiff_), tileSize = lib_->TIFFTileSize64(tiff_);
   if (tileRow == 0 || tileWidth_ == 0 || tileHeight_ == 0 || tileSize < tileRow * tileHeight_) return false;
-  if (!hasSaneTiles(tileSize) || rowBytes_ * tileHeight_ > kLargestTiles) return false;
+  if (!hasSaneTiles(tileSize) || rowBytes_ * tileHeight_ > kLargestTiles) return refuseTiles();
   // Tiles go side by side in whole bytes, which those of a multiple of 16 pixels always are.
   const bool planes = number(TIFFTAG_PLANARCONFIG, false, PLANARCONFIG_CONTIG) != PLANARCONFIG_CONTIG;
   const uint64_t pixel = uint64_t{number(TIFFTAG_BITSPERSAMPLE, false, 1)} *
@@ -263,7 +272,7 @@ bool TiffReader::readColors(const TakePixels &take) {
   const uint32_t wide = tiled_ ? tileWidth_ : width_, high = tiled_ ? tileHeight_ : stripHeight;
   const uint64_t pixels = uint64_t{wide} * high;
   if (pixels == 0 || pixels > SIZE_MAX / 8) return false;
-  if (tiled_ && !hasSaneTiles(pixels * sizeof(uint32_t))) return false;
+  if (tiled_ && !hasSaneTiles(pixels * sizeof(uint32_t))) return refuseTiles();
   // No code makes as many pixels of a byte, and the library takes all of a strip's memory first.
   constexpr uint64_t kMostOfAByte = 4096;
   const bool isVast = pixels > kLargestTiles / sizeof(uint32_t);

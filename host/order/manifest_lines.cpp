@@ -115,7 +115,7 @@ void checkManifest(const std::string &path) {
 }
 
 void appendToManifest(const std::string &path, const std::string &text) {
-  const std::string lines = "\n" + text + "\n";  // while there is nothing to close where memory ends
+  const std::string lines = "\n" + text + "\n";  // made first: where memory ends no file is open
   const int fd = openForLines(path);
   // Nobody else appends meanwhile: half of his line would look like one that was cut. Where a disk has no
   // locks, that costs an empty line at most.

@@ -227,9 +227,9 @@ const char *raxelHostOptions() {
 }
 
 char *raxelHostInspect(const char *path) {
-  std::string text, message;
+  std::string text, unheard;  // null says enough
   int error = 0;
-  host::guard(message, error, [&] {
+  host::guard(unheard, error, [&] {
     host::Inspection seen;
     seen.name = path ? path : "";
     try {

@@ -73,6 +73,7 @@ void readGif(std::span<const uint8_t> bytes, const Background &background, Pictu
   out.tableKnown = false;
   out.announce(screen.width, screen.height, 8);
   out.tableKnown = true;
+  if (!gifIsWhole(bytes)) throw Unreadable(kGifIsCut);
   readWithLeptonica(bytes, background, out);
   const int transparent = gifTransparentIndex(bytes);
   if (transparent >= 0 && static_cast<uint32_t>(transparent) < out.view.colors)

@@ -16,7 +16,7 @@ enum Disposal { kToBackground = 2, kToPrevious = 3 };
 }  // namespace
 
 GifPages::GifPages(std::span<const uint8_t> file)
-    : file_(file), frames_(gifFrames(file)), screen_(gifScreen(file)) {}
+    : file_(file), frames_(gifFrames(file)), screen_(gifScreen(file)), isWhole_(gifIsWhole(file)) {}
 
 uint32_t GifPages::count() const {
   return std::max(static_cast<uint32_t>(frames_.size()), 1u);
@@ -29,6 +29,7 @@ void GifPages::read(uint32_t page, const Background &background, Picture &out) {
   out.announce(width, height, 8);
   out.tableKnown = true;
   checkScreen(width, height);
+  if (!isWhole_) throw Unreadable(kGifIsCut);
   if (colors_.empty() || drawn_ > page) restart(background);
   try {
     for (; drawn_ <= page; ++drawn_) {
@@ -81,6 +82,8 @@ std::span<uint8_t> GifPages::rowUnder(const GifFrame &frame, uint32_t row) {
 
 void GifPages::keep(const GifFrame &frame) {
   before_.clear();
+  before_.reserve(3 * size_t{std::min(frame.width, screen_.width)} *
+                  std::min(frame.height, screen_.height));
   for (uint32_t row = 0; row < frame.height; ++row) {
     const std::span<const uint8_t> pixels = rowUnder(frame, row);
     before_.insert(before_.end(), pixels.begin(), pixels.end());

@@ -33,6 +33,7 @@ class GifPages {
   std::span<const uint8_t> file_;
   std::vector<GifFrame> frames_;
   GifScreen screen_;
+  bool isWhole_;
   uint32_t drawn_ = 0;           // frames that the screen has seen, the last of which still shows
   std::vector<uint8_t> colors_;  // of the screen, red, green, blue; empty before the first
   std::vector<uint8_t> before_;  // the pixels under a frame that is to leave them as they were

@@ -8,7 +8,7 @@
 namespace host {
 namespace {
 
-constexpr size_t kLongestHeader = 1 << 20;  // with comments of any length
+constexpr size_t kLongestHeader = 1 << 20;  // comments included
 
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view kSpace = " \t\r";

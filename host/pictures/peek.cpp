@@ -66,6 +66,7 @@ class GifBlocks {
     return at_ + 10 <= file_.size() && (file_[at_] == kPicture || file_[at_] == kExtension);
   }
   bool isPicture() const { return file_[at_] == kPicture; }
+  bool isShortExtension() const { return at_ + 2 <= file_.size() && file_[at_] == kExtension; }
   size_t place() const { return std::min(at_, file_.size()); }
   // At least ten bytes of it are there.
   const uint8_t *block() const { return file_.data() + at_; }
@@ -84,25 +85,13 @@ class GifBlocks {
   size_t at_;
 };
 
-constexpr uint8_t kGraphicControl = 0xF9, kComment = 0xFE, kApplication = 0xFF;
+constexpr uint8_t kTrailer = 0x3B, kGraphicControl = 0xF9, kComment = 0xFE, kApplication = 0xFF;
 
 uint32_t word(const uint8_t *at) {
   return at[0] | uint32_t{at[1]} << 8;
 }
 
 }  // namespace
-
-// Behind "RIFF", a size and "WEBP" comes a chunk with its size: of the canvas, or of either code.
-uint32_t webpWidth(std::span<const uint8_t> file) {
-  constexpr size_t kChunkAt = 12, kShortest = 26;
-  if (file.size() < kShortest || std::memcmp(file.data(), "RIFF", 4) != 0 || formatOf(file) != "WebP")
-    return 0;
-  const std::string_view kind(reinterpret_cast<const char *>(file.data() + kChunkAt), 4);
-  if (kind == "VP8L") return 1 + (word(&file[21]) & 0x3FFF);
-  if (file.size() < kWebpFront) return 0;
-  if (kind == "VP8X") return 1 + (word(&file[24]) | uint32_t{file[26]} << 16);
-  return kind == "VP8 " ? word(&file[26]) & 0x3FFF : 0;
-}
 
 int gifTransparentIndex(std::span<const uint8_t> file) {
   int transparent = -1;
@@ -166,8 +155,15 @@ std::vector<GifFrame> gifFrames(std::span<const uint8_t> file) {
   return frames;
 }
 
+bool gifIsWhole(std::span<const uint8_t> file) {
+  GifBlocks blocks(file);
+  while (blocks.more()) blocks.next();
+  // Extensions at the end may be shorter than what a walk looks at.
+  while (blocks.isShortExtension()) blocks.next();
+  return blocks.place() < file.size() && file[blocks.place()] == kTrailer;
+}
+
 std::vector<uint8_t> gifFrameAlone(std::span<const uint8_t> file, size_t start) {
-  constexpr uint8_t kTrailer = 0x3B;
   GifBlocks blocks(file);
   const Bytes head = file.first(blocks.place());
   if (start == 0) start = blocks.place();

@@ -16,10 +16,6 @@ std::string formatOf(std::span<const uint8_t> file);
 // The index of the first picture's transparent colour; -1 for none.
 int gifTransparentIndex(std::span<const uint8_t> file);
 
-// The width of a still WebP with a RIFF header, in pixels; 0 for all else. So many bytes tell it.
-inline constexpr size_t kWebpFront = 30;
-uint32_t webpWidth(std::span<const uint8_t> file);
-
 // The screen of a GIF, as large as its first frame needs, and that frame's place on it; all 0 without a
 // frame.
 struct GifScreen {
@@ -42,6 +38,9 @@ std::vector<GifFrame> gifFrames(std::span<const uint8_t> file);
 
 // A file of the frame alone whose blocks begin there, which is in the file; of the first one for 0.
 std::vector<uint8_t> gifFrameAlone(std::span<const uint8_t> file, size_t start);
+
+// Whether its blocks go on to its end. Nothing else tells of one that is cut short between two of them.
+bool gifIsWhole(std::span<const uint8_t> file);
 
 // True when another picture follows the first one.
 bool gifHasFurtherPictures(std::span<const uint8_t> file);

@@ -106,6 +106,8 @@ constexpr uint8_t blend(unsigned over, unsigned under, unsigned opacity) {
 inline constexpr const char *kFurtherPictures =
     "only the first picture of the file is taken; others follow it";
 
+inline constexpr const char *kGifIsCut = "is cut short or damaged: its blocks do not go on to its end";
+
 inline constexpr const char *kReduced = "16-bit channels are reduced to 8";
 
 // 16 bits to 8, rounded.

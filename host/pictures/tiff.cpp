@@ -8,8 +8,8 @@
 #include "check/directory.h"
 #include "check/libtiff.h"
 #include "pictures/confined.h"
-#include "pictures/peek.h"
 #include "pictures/picture.h"
+#include "pictures/webp_pieces.h"
 
 namespace host {
 namespace {
@@ -156,26 +156,6 @@ void readResolution(const TiffReader &reader, Picture &out) {
   out.dpiY = reader.real(TIFFTAG_YRESOLUTION) * scale;
 }
 
-uint8_t bitsTurned(uint8_t byte) {
-  unsigned turned = 0;
-  for (unsigned bit = 0; bit < 8; ++bit) turned |= (byte >> bit & 1u) << (7 - bit);
-  return static_cast<uint8_t>(turned);
-}
-
-// libtiff takes it for granted that each piece is as wide as the directory says.
-void checkWebpPieces(const TiffReader &reader) {
-  if (reader.number(TIFFTAG_COMPRESSION, false, COMPRESSION_NONE) != COMPRESSION_WEBP) return;
-  const bool turned = reader.number(TIFFTAG_FILLORDER, false, FILLORDER_MSB2LSB) == FILLORDER_LSB2MSB;
-  for (uint32_t i = 0; i < reader.pieces(); ++i) {
-    const std::span<const uint8_t> piece = reader.piece(i);
-    std::vector<uint8_t> front(piece.begin(),
-                               piece.begin() + static_cast<ptrdiff_t>(std::min(kWebpFront, piece.size())));
-    if (turned) std::ranges::transform(front, front.begin(), bitsTurned);
-    if (webpWidth(front) != reader.pieceWidth())
-      throw Unreadable("is damaged: its WebP data are of another width than it says");
-  }
-}
-
 void decodeTiff(std::span<const uint8_t> bytes, const Background &background, Picture &out) {
   TiffReader reader(bytes, out.directory);
   if (!reader.isOpen()) refuse(reader);
@@ -188,7 +168,8 @@ void decodeTiff(std::span<const uint8_t> bytes, const Background &background, Pi
   if (kind.indexed()) useTableOf(reader, kind, out);
   const uint32_t bits = kind.indexed() ? kind.bits : kind.staysGrey(background) ? 8 : 24;
   out.announce(kind.width, kind.height, bits, orientation);
-  checkWebpPieces(reader);
+  if (const std::string fault = faultOfWebpPieces(reader); !fault.empty())
+    throw Unreadable("is damaged: " + fault);
   if (kind.indexed()) {
     readIndices(reader, kind, out);
   } else if (kind.grey() || kind.rgb()) {

@@ -122,7 +122,8 @@ RAXEL_EXPORT uint32_t raxelHostOrderPages(const RaxelHostOrder *order);
 RAXEL_EXPORT const char *raxelHostOptions(void);
 
 // What a TIFF file holds, as the JSON object that raxel-export --inspect --json has for a file, from
-// "input" to "decodes"; where it cannot be read, `exit` is 66 and `faults` says why. Freed with
+// "input" to "decodes"; where it cannot be read, `exit` is 66 (70: for want
+// of memory or of libtiff) and `faults` says why. Freed with
 // raxelHostFree; null when there is no memory.
 RAXEL_EXPORT char *raxelHostInspect(const char *path);
 

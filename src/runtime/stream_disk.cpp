@@ -83,7 +83,7 @@ int32_t sizeAfterWrite(const Stream &stream, int32_t end) {
 }  // namespace runtime
 
 int32_t unxSeek(FILE *stream, int32_t offset, int32_t whence) {
-  if (stream == nullptr || std::fseek(stream, offset, whence) != 0) return -1;
+  if (stream == nullptr || fseeko(stream, offset, whence) != 0) return -1;
   const off_t position = ftello(stream);
   return position > INT32_MAX ? -1 : static_cast<int32_t>(position);
 }

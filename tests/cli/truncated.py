@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Cuts TIFF, JPEG, WebP and JPEG 2000 short: each is refused, the old output stays, and the only line on stderr is the command's.
+"""Cuts TIFF, JPEG, GIF, WebP and JPEG 2000 short: each is refused, the old output stays, and the only line on stderr is the command's.
 
     truncated.py --build FOLDER --source FOLDER
 """
@@ -17,6 +17,7 @@ from PIL import Image
 import shared
 
 OLD = b"II*\0the old file"
+FRAMES = "Pillow's GIF of frames"
 TILED = "Pillow's JPEG 2000 of tiles"
 
 
@@ -51,6 +52,10 @@ def kinds(program, sample, folder):
     out = io.BytesIO()
     photo.save(out, "JPEG2000", tile_size=(64, 64), no_jp2=True)
     made[TILED] = out.getvalue()
+    out = io.BytesIO()
+    frames = [photo.crop((0, 0, 40 + 20 * i, 60)).quantize(32) for i in range(4)]
+    frames[0].save(out, "GIF", save_all=True, append_images=frames[1:], disposal=3, duration=100, comment=b"a")
+    made[FRAMES] = out.getvalue()
     for compression in ("none", "lzw", "packbits"):
         path = os.path.join(folder, "own.tif")
         subprocess.run([program, "-q", "-c", compression, sample, path], check=True)
@@ -64,6 +69,12 @@ def pieces(made):
     for name, whole in made.items():
         for percent in (10, 30, 60, 90, 95, 99, 100):
             yield f"{name} at {percent} %", whole[:len(whole) * percent // 100], percent == 100
+    whole = made[FRAMES]
+    for length in range(len(whole) // 3, len(whole), 101):
+        yield f"{FRAMES} as far as byte {length}", whole[:length], False
+    at = whole.find(b"\x21\xf9\4", len(whole) // 2)
+    for length in (at, at + 4, at + 8, at + 12, len(whole) - 1):
+        yield f"{FRAMES} as far as byte {length}", whole[:length], False
     tile, end, whole = b"\xff\x90\0\x0a", b"\xff\xd9", made[TILED]
     at = whole.find(tile)
     while at > 0:
@@ -77,19 +88,20 @@ def main():
     faults, tried = [], 0
     with tempfile.TemporaryDirectory(prefix="raxel-truncated-") as folder:
         cut, target = os.path.join(folder, "cut"), os.path.join(folder, "out.tif")
-        for name, whole, is_whole in pieces(kinds(program, sample, folder)):
+        tries = [(*piece, more) for piece in pieces(kinds(program, sample, folder)) for more in ([], ["--pages"]) if more == [] or FRAMES in piece[0]]
+        for name, whole, is_whole, more in tries:
             tried += 1
             with open(cut, "wb") as out:
                 out.write(whole)
             with open(target, "wb") as out:
                 out.write(OLD)
-            done = subprocess.run([program, "-q", "-c", "lzw", cut, target], capture_output=True, text=True)
+            done = subprocess.run([program, "-q", *more, "-c", "lzw", cut, target], capture_output=True, text=True)
             with open(target, "rb") as file:
                 kept = file.read() == OLD
             lines = done.stderr.splitlines()
             if done.returncode != (0 if is_whole else 66) or kept == is_whole:
                 faults.append(f"{name}: exit {done.returncode}, the old file is {'kept' if kept else 'gone'}")
-            if len(lines) != (0 if is_whole else 1) or not all(line.startswith(f"raxel-export: {cut}") for line in lines):
+            if len(lines) != (0 if is_whole else 1) or not all(line.startswith("raxel-export: ") and cut in line for line in lines):
                 faults.append(f"{name}: says {lines}")
     return shared.tell(faults, f"truncated: {tried} files, {len(faults)} faults")
 

@@ -77,7 +77,7 @@ struct Session {
 
 }  // namespace
 
-// The next one would close it, when its stream is gone.
+// A session left open would be closed by the one after it, when its stream is gone.
 TEST(DriverSession, IsEndedOnceWhereverMemoryEnds) {
   const Session whole(0);
   const size_t calls = heard.size();

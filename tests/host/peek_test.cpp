@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "pictures/picture.h"
+#include "pictures/webp_pieces.h"
 
 namespace {
 
@@ -94,6 +95,19 @@ TEST(Peek, CutsTheFramesOutOfAGif) {
   EXPECT_EQ(frames[2].disposal, 3u);
 }
 
+TEST(Peek, AGifGoesOnToItsEnd) {
+  const Bytes picture(kGifPicture.begin(), kGifPicture.end() - 1), end{0x3B};
+  const Bytes shortComment{0x21, 0xFE, 1, 'a', 0}, none{0x21, 0xFE, 0};
+  EXPECT_TRUE(host::gifIsWhole(kGifFront + picture + end));
+  EXPECT_TRUE(host::gifIsWhole(kGifFront + picture + shortComment + none + end));
+  EXPECT_TRUE(host::gifIsWhole(kGifFront + kComment + picture + control(9, 1) + picture + end + kComment));
+  const Bytes whole = kGifFront + picture + control(9, 1) + picture + shortComment + end;
+  for (size_t length = 0; length < whole.size(); ++length)
+    EXPECT_FALSE(host::gifIsWhole(Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length))))
+        << length;
+  EXPECT_FALSE(host::gifIsWhole(kGifFront + picture + Bytes(20)));
+}
+
 TEST(Peek, FindsTheScreenOfAGif) {
   const auto screenOf = [](uint8_t width, uint8_t height, const Bytes &place) {
     Bytes file =
@@ -120,6 +134,7 @@ TEST(Peek, TrustsNoLength) {
           EXPECT_LT(host::gifTransparentIndex(part), 256);
           EXPECT_LE(host::webpWidth(part), 1u << 24);
           EXPECT_LE(host::gifScreen(part).width, 131070u);
+          host::gifIsWhole(part);
           host::gifHasFurtherPictures(part);
           for (const host::GifFrame &frame : host::gifFrames(part))
             EXPECT_LE(host::gifFrameAlone(part, frame.start).size(), part.size() + 1);

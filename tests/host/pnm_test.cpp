@@ -228,7 +228,7 @@ TEST(Pam, NeedsAHeaderThatIsWhole) {
   for (size_t size = 0; size < whole.size(); ++size)
     EXPECT_FALSE(host::pamHeader(bytesOf(whole.substr(0, size)))) << size;
   EXPECT_EQ(host::pamHeader(bytesOf(whole))->pixelsAt, whole.size());
-  // Comments of any length, but not without end.
+  // Long comments, but not without end.
   EXPECT_TRUE(host::pamHeader(bytesOf("P7\n#" + std::string(5000, 'x') + "\n" + whole.substr(3))));
   EXPECT_FALSE(host::pamHeader(bytesOf("P7\n#" + std::string(1 << 20, 'x') + "\n" + whole.substr(3))));
 }
