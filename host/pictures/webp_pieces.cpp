@@ -17,7 +17,7 @@ uint32_t shortAt(const uint8_t *at) {
 
 uint8_t bitsTurned(uint8_t byte) {
   unsigned turned = 0;
-  for (unsigned bit = 0; bit < 8; ++bit) turned |= (byte >> bit & 1u) << (7 - bit);
+  for (unsigned bit = 0; bit < 8; ++bit) turned |= (unsigned{byte} >> bit & 1u) << (7 - bit);
   return static_cast<uint8_t>(turned);
 }
 
