@@ -25,6 +25,14 @@ std::string front(const std::string &path) {
   return {bytes.data(), static_cast<size_t>(count)};
 }
 
+void expectReplaced(const std::string &path) {
+  const Handle stream = LOADED(kvlOpen)(path.c_str(), nullptr, KVL_OUTPUT);
+  ASSERT_NE(stream, 0u);
+  EXPECT_EQ(LOADED(kvlWrite)(stream, "new", 3), 3);
+  EXPECT_EQ(LOADED(kvlClose)(stream), 0);
+  EXPECT_EQ(support::readText(path), "new");
+}
+
 struct LargeFiles : testing::Test {
   support::TempDir folder;
   std::string path = folder.file("file");
@@ -39,11 +47,7 @@ TEST_F(LargeFiles, ThatAreDatedAfter2038AreRead) {
 TEST_F(LargeFiles, ThatAreDatedAfter2038AreWritten) {
   support::writeFile(path, "words");
   if (!made("touch -d '2040-01-01 00:00 UTC'", path)) GTEST_SKIP() << "the disk knows no such date";
-  const Handle stream = LOADED(kvlOpen)(path.c_str(), nullptr, KVL_OUTPUT);
-  ASSERT_NE(stream, 0u);
-  EXPECT_EQ(LOADED(kvlWrite)(stream, "new", 3), 3);
-  EXPECT_EQ(LOADED(kvlClose)(stream), 0);
-  EXPECT_EQ(support::readText(path), "new");
+  expectReplaced(path);
 }
 
 TEST_F(LargeFiles, ProfilesThatAreDatedAfter2038AreReadAndRewritten) {
@@ -65,11 +69,7 @@ TEST_F(LargeFiles, OfThreeGigabytesAreReadFromTheirFront) {
 TEST_F(LargeFiles, OfThreeGigabytesAreReplaced) {
   support::writeFile(path, "word");
   if (!made("truncate -s 3G", path)) GTEST_SKIP() << "the disk has no such files";
-  const Handle stream = LOADED(kvlOpen)(path.c_str(), nullptr, KVL_OUTPUT);
-  ASSERT_NE(stream, 0u);
-  EXPECT_EQ(LOADED(kvlWrite)(stream, "new", 3), 3);
-  EXPECT_EQ(LOADED(kvlClose)(stream), 0);
-  EXPECT_EQ(support::readText(path), "new");
+  expectReplaced(path);
 }
 
 }  // namespace
