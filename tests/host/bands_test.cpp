@@ -38,15 +38,7 @@ Sent send(const RaxelPicture &picture, const RaxelRequest &request, bool inBands
               RAXEL_HOST_OK);
   }
   sent.notes = plan.notes;
-  const host::Handover handover{pixels,
-                                table,
-                                static_cast<uint16_t>(plan.bits),
-                                static_cast<uint16_t>(plan.width),
-                                static_cast<uint16_t>(plan.height),
-                                plan.extentX,
-                                plan.extentY,
-                                static_cast<uint16_t>(plan.unitsPerInch),
-                                rows ? &*rows : nullptr};
+  const host::Handover handover = host_test::handoverOf(plan, pixels, table, rows ? &*rows : nullptr);
   host::Sink sink(-1);
   host::Pace pace(RaxelHostJob{});
   host::OutputStream stream(sink, pace);

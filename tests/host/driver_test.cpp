@@ -51,14 +51,7 @@ struct Session {
     EXPECT_EQ(
         raxelHostPrepare(&picture.view, &wanted, &library.services, &plan, pixels.bytes(), table.bytes()),
         RAXEL_HOST_OK);
-    const host::Handover handover{pixels,
-                                  table,
-                                  static_cast<uint16_t>(plan.bits),
-                                  static_cast<uint16_t>(plan.width),
-                                  static_cast<uint16_t>(plan.height),
-                                  plan.extentX,
-                                  plan.extentY,
-                                  static_cast<uint16_t>(plan.unitsPerInch)};
+    const host::Handover handover = host_test::handoverOf(plan, pixels, table);
     host::Sink sink(-1);
     host::Pace pace(RaxelHostJob{});
     host::OutputStream stream(sink, pace);
